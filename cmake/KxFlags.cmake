@@ -1,0 +1,72 @@
+# Language, warnings and instrumentation, the same for every target of the tree.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
+set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g")
+
+if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(KX_CCACHE ccache)
+    mark_as_advanced(KX_CCACHE)
+    if(KX_CCACHE)
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${KX_CCACHE}")
+    endif()
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # g++ 12 sees overlapping copies inside std::string's own operators (GCC bug 105651).
+    add_compile_options(-Wno-restrict)
+endif()
+
+if(KX_HARDEN)
+    add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+
+if(KX_SANITIZE)
+    list(JOIN KX_SANITIZE "," KX_SANITIZE_LIST)
+    add_compile_options(-fsanitize=${KX_SANITIZE_LIST} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${KX_SANITIZE_LIST})
+    # Pools would hide a use after free or a byte too far from the sanitizer.
+    add_compile_definitions(KX_PLAIN_MALLOC=1)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # The instrumented code misleads the flow-based warnings; the other builds keep them.
+        add_compile_options(-Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread
+                            -Wno-null-dereference -Wno-tsan)
+    endif()
+endif()
+
+if(KX_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "KX_FUZZ needs clang")
+    endif()
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+if(KX_COVERAGE)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+        add_link_options(-fprofile-instr-generate)
+    else()
+        add_compile_options(--coverage)
+        add_link_options(--coverage)
+    endif()
+endif()
+
+if(NOT KX_SANITIZE AND NOT KX_FUZZ AND NOT KX_COVERAGE)
+    # Nobody interposes functions of these libraries, so calls within a library may be direct.
+    add_compile_options(-fno-plt -fno-semantic-interposition)
+    add_link_options(-Wl,-Bsymbolic-functions -Wl,-O1)
+endif()

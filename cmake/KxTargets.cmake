@@ -1,0 +1,49 @@
+# Folders are targets. Every function globs, so that a new class means adding its files and nothing here.
+
+# kx_add_library(<name> ALIAS <Kx::Name> DEPENDS <targets>...)
+# Makes the shared library <name> of all sources under the current folder. The sources are compiled into the
+# OBJECT library <name>_objects first, so that whoever links the objects keeps those that only register
+# themselves. A folder without sources becomes an interface target that passes its dependencies on.
+function(kx_add_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "ALIAS" "DEPENDS")
+    string(REGEX REPLACE "^Kx::" "" export_name "${ARG_ALIAS}")
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    if(sources)
+        add_library(${name}_objects OBJECT ${sources})
+        target_include_directories(${name}_objects PUBLIC "${PROJECT_SOURCE_DIR}")
+        target_link_libraries(${name}_objects PUBLIC ${ARG_DEPENDS})
+        add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
+        set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION 1)
+        set(scope PUBLIC)
+    else()
+        message(STATUS "${name}: no sources yet")
+        add_library(${name} INTERFACE)
+        set(scope INTERFACE)
+    endif()
+    target_link_libraries(${name} ${scope} ${ARG_DEPENDS})
+    target_include_directories(${name} ${scope}
+        "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+        "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/kxsipobject>")
+    target_compile_features(${name} ${scope} cxx_std_20)
+    set_target_properties(${name} PROPERTIES EXPORT_NAME ${export_name})
+    add_library(${ARG_ALIAS} ALIAS ${name})
+endfunction()
+
+# kx_add_tests(<name> <subfolder> LIBRARIES <targets>... [ENVIRONMENT <NAME=value>...])
+# Makes one GoogleTest executable of all sources under tests/<subfolder>; every TEST is a test of ctest.
+function(kx_add_tests name subfolder)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LIBRARIES;ENVIRONMENT")
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${subfolder}/*.cpp")
+    if(NOT sources)
+        message(STATUS "${name}: no sources yet")
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_compile_definitions(${name} PRIVATE KX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
+    set(properties TIMEOUT 300)
+    if(ARG_ENVIRONMENT)
+        list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
