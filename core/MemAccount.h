@@ -1,0 +1,139 @@
+#pragma once
+
+#include "core/CoreApi.h"
+#include "core/MemPool.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace Oskan {
+
+/** A name under which memory is counted. Has static storage duration and costs nothing at load:
+
+        constinit MemAccount s_account{"KxSipHeader"};
+
+    Accounts of one name are one account. Usable from any thread, from static initialisers to static destructors. */
+class KX_CORE_API MemAccount {
+public:
+    /** @param name a literal, or text that lives as long as the process. */
+    constexpr explicit MemAccount(const char* name) noexcept : m_name(name) {}
+    MemAccount(const MemAccount&) = delete;
+    MemAccount& operator=(const MemAccount&) = delete;
+
+    const char* getName() const noexcept { return m_name; }
+
+    /** @return at least size bytes, aligned to 8, and to 16 when size is a multiple of 16. Never nil.
+        @throws std::bad_alloc when there is no memory. */
+    void* allocate(std::size_t size) {
+#ifdef KX_PLAIN_MALLOC
+        return allocatePlain(size);
+#else
+        return MemPool::allocate(size, *this);
+#endif
+    }
+
+    /** @param block from allocate of this account, in any thread; nil is allowed. */
+    void deallocate(void* block) noexcept {
+#ifdef KX_PLAIN_MALLOC
+        deallocatePlain(block);
+#else
+        MemPool::deallocate(block, *this);
+#endif
+    }
+
+    /** @param size as it was given to allocate; spares a look at the block's slab. */
+    void deallocate(void* block, [[maybe_unused]] std::size_t size) noexcept {
+#ifdef KX_PLAIN_MALLOC
+        deallocatePlain(block);
+#else
+        MemPool::deallocate(block, size, *this);
+#endif
+    }
+
+private:
+    friend class MemPool;
+
+    void* allocatePlain(std::size_t size);
+    void deallocatePlain(void* block) noexcept;
+
+    const char* m_name;
+    std::atomic<std::uint32_t> m_rowOffset{0}; ///< Of the account's cells in a thread's cache; 0 before the first use.
+};
+
+/** What is allocated under an account and not given back. */
+struct MemUsage {
+    std::int64_t liveObjects = 0;
+    std::int64_t liveBytes = 0; ///< Of the blocks, which are a little larger than what was asked for.
+};
+
+struct MemAccountUsage {
+    std::string_view name;
+    MemUsage usage;
+};
+
+/** The accounts of the process. Every thread counts for itself and the sums are made when asked for: exact when no
+    other thread allocates meanwhile, else a picture of about now. */
+class KX_CORE_API MemAccounts {
+public:
+    /** Zeros for a name that nobody has allocated under. */
+    static MemUsage sGetUsage(std::string_view name);
+    /** All accounts that were ever allocated under, in order of first use. */
+    static std::vector<MemAccountUsage> sList();
+};
+
+/** Makes allocations fail, for tests. Concerns the calling thread alone. */
+class KX_CORE_API MemAllocatorFaults {
+public:
+    /** The n-th allocation from now, counted from 1, throws std::bad_alloc; the later ones succeed again. */
+    static void sFailAfter(std::uint64_t n);
+    static void sDisarm();
+};
+
+inline void* MemPool::allocate(std::size_t size, MemAccount& account) {
+    if (size <= MemClasses::kMaxBlock) [[likely]] {
+        const std::size_t cellOffset = kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
+        MemCell& cell = t_memCache->cell(account.m_rowOffset.load(std::memory_order_relaxed), cellOffset);
+        if (void* const block = cell.head) [[likely]] {
+            cell.head = *static_cast<void**>(block);
+            cell.live.store(cell.live.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+            return block;
+        }
+    }
+    return allocateSlow(size, account);
+}
+
+inline void MemPool::deallocate(void* block, MemAccount& account) noexcept {
+    if (!block)
+        return;
+    const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
+    if (!push(t_memCache->cell(rowOffset, slabOf(block)->cellOffset), block)) [[unlikely]]
+        deallocateSlow(block, account);
+}
+
+inline void MemPool::deallocate(void* block, std::size_t size, MemAccount& account) noexcept {
+    if (!block)
+        return;
+    const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
+    const std::size_t cellOffset =
+        size > MemClasses::kMaxBlock
+            ? 0
+            : kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
+    if (!push(t_memCache->cell(rowOffset, cellOffset), block)) [[unlikely]]
+        deallocateSlow(block, account);
+}
+
+} // namespace Oskan
+
+/** Gives a class the operator new and delete (and their placement forms) of an account, and getMemAccountName.
+    Stands in a public section. The destructor of a base that others delete through must be virtual.
+    @param account an Oskan::MemAccount of static storage duration. */
+#define KX_MEM_ACCOUNT_OPERATORS(account)                                                                             \
+    static void* operator new(std::size_t size) { return (account).allocate(size); }                                  \
+    static void* operator new(std::size_t, void* place) noexcept { return place; }                                    \
+    static void operator delete(void* block, std::size_t size) noexcept { (account).deallocate(block, size); }        \
+    static void operator delete(void*, void*) noexcept {}                                                             \
+    static const char* getMemAccountName() noexcept { return (account).getName(); }                                   \
+    static_assert(true)
