@@ -1,0 +1,58 @@
+#include "util/KxAscii.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace KxAscii {
+
+bool equalsNoCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (a[i] != b[i] && toLower(a[i]) != toLower(b[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int compareNoCase(std::string_view a, std::string_view b) {
+    const std::size_t common = std::min(a.size(), b.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        const int difference = static_cast<unsigned char>(toLower(a[i])) - static_cast<unsigned char>(toLower(b[i]));
+        if (difference != 0) {
+            return difference;
+        }
+    }
+    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
+int compare(std::string_view a, std::string_view b) {
+    const std::size_t common = std::min(a.size(), b.size());
+    const int difference = common == 0 ? 0 : std::memcmp(a.data(), b.data(), common);
+    if (difference != 0) {
+        return difference;
+    }
+    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
+int toInt(std::string_view text) {
+    std::size_t at = 0;
+    while (at < text.size() && isSpace(text[at])) {
+        ++at;
+    }
+    const bool negative = at < text.size() && text[at] == '-';
+    if (at < text.size() && (text[at] == '-' || text[at] == '+')) {
+        ++at;
+    }
+    std::int64_t value = 0;
+    constexpr std::int64_t kLimit = std::int64_t{std::numeric_limits<int>::max()} + 1;
+    for (; at < text.size() && isDigit(text[at]); ++at) {
+        value = std::min(value * 10 + (text[at] - '0'), kLimit);
+    }
+    return static_cast<int>(negative ? -value : std::min(value, kLimit - 1));
+}
+
+} // namespace KxAscii

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "util/UtilApi.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/** Characters as SIP sees them: bytes, ASCII, never the locale's. */
+namespace KxAscii {
+
+constexpr bool isSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+constexpr bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+constexpr char toLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+constexpr char toUpper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+}
+constexpr bool isAlpha(char c) {
+    return toLower(c) >= 'a' && toLower(c) <= 'z';
+}
+
+/** Equal but for the case of ASCII letters. */
+KX_UTIL_API bool equalsNoCase(std::string_view a, std::string_view b);
+/** Negative, zero or positive; letters compare as if lower case. */
+KX_UTIL_API int compareNoCase(std::string_view a, std::string_view b);
+/** Negative, zero or positive; bytes compare as unsigned, a prefix sorts first. */
+KX_UTIL_API int compare(std::string_view a, std::string_view b);
+
+constexpr std::string_view trim(std::string_view text) {
+    while (!text.empty() && isSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+/** A cheap hash of a name that ignores ASCII case: its length and five of its characters. Names that collide are
+    told apart by comparing them, so tables must bound the names that share a bucket. */
+constexpr std::uint32_t hashNoCase(std::string_view name) {
+    const std::size_t n = name.size();
+    if (n == 0) {
+        return 0;
+    }
+    const auto at = [&](std::size_t i) {
+        return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i]) | 0x20U);
+    };
+    const std::uint32_t mixed = at(0) * 0x9E3779B1U ^ at(n / 2) * 0x85EBCA6BU ^ at(n - 1) * 0xC2B2AE35U ^
+                                at(n / 3) * 0x27D4EB2FU ^ static_cast<std::uint32_t>(n) * 0x165667B1U;
+    return mixed ^ (mixed >> 15);
+}
+
+/** `atoi` over counted text: leading white space, a sign, digits; 0 when there are none; saturates. */
+KX_UTIL_API int toInt(std::string_view text);
+
+} // namespace KxAscii

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "core/Assertion.h"
+#include "util/KxObject.h"
+
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+/** What all handles have in common: one pointer, nil or holding a reference. */
+class KX_UTIL_API KxHandleBase {
+public:
+    bool isNil() const { return m_object == nullptr; }
+    explicit operator bool() const { return m_object != nullptr; }
+
+    friend bool operator==(const KxHandleBase& a, const KxHandleBase& b) { return a.m_object == b.m_object; }
+    friend bool operator==(const KxHandleBase& a, std::nullptr_t) { return a.m_object == nullptr; }
+
+protected:
+    constexpr KxHandleBase() : m_object(nullptr) {}
+    explicit constexpr KxHandleBase(KxObject* object) : m_object(object) {}
+
+    /** Ties `companion` to `object`: it is released when the object goes. */
+    static void keepBeside(KxObject* object, KxObject* companion);
+
+    KxObject* m_object;
+};
+
+template <class T>
+class KxHandle;
+
+/** Says that a handle refers to an immortal constant. */
+struct KxUncounted {};
+
+/** The base of KxHandle<T>: KxHandleBase, or, for a class that names a `HandleParent` (exceptions do), the parent's
+    handle, so that a handler for a handle of the parent catches a handle of the child. */
+template <class T, class = void>
+struct KxHandleParent {
+    using type = KxHandleBase;
+};
+template <class T>
+struct KxHandleParent<T, std::void_t<typename T::HandleParent>> {
+    using type = KxHandle<typename T::HandleParent>;
+};
+
+/** A counted reference to a KxObject of class T, or nil. Copying adds a reference, moving does not, the last one to go
+    frees the object. Dereferencing nil is an assertion failure ("pObj!=0"). Different handles to one object may be
+    used on different threads; one handle is used by one thread at a time. */
+template <class T>
+class __attribute__((visibility("default"))) KxHandle : public KxHandleParent<T>::type {
+    using Parent = typename KxHandleParent<T>::type;
+    static constexpr bool kIsRoot = std::is_same_v<Parent, KxHandleBase>;
+
+public:
+    constexpr KxHandle() = default;
+    constexpr KxHandle(std::nullptr_t) {}
+    /** For constants: an object that is never counted. */
+    constexpr KxHandle(T* immortal, KxUncounted) : Parent(immortal) {}
+    /** Shares (or, when it is fresh, adopts) the object; nil for null. */
+    explicit KxHandle(T* object) : Parent() { adopt(object); }
+    /** As above; `companion` is kept alive at least as long as the object. */
+    KxHandle(T* object, KxObject* companion) : KxHandle(object) { this->keepBeside(object, companion); }
+
+    KxHandle(const KxHandle& other) : Parent() { adopt(other.pointer()); }
+    KxHandle(KxHandle&& other) noexcept : Parent() { this->m_object = std::exchange(other.m_object, nullptr); }
+    template <class U>
+    requires(std::is_base_of_v<T, U> && !std::is_same_v<T, U>) KxHandle(const KxHandle<U>& other) : Parent() {
+        adopt(other.get());
+    }
+    template <class U>
+    requires(std::is_base_of_v<T, U> && !std::is_same_v<T, U>) KxHandle(KxHandle<U>&& other)
+    noexcept : Parent() { this->m_object = other.detach(); }
+    ~KxHandle() {
+        if constexpr (kIsRoot) {
+            drop(pointer());
+        }
+    }
+
+    KxHandle& operator=(const KxHandle& other) {
+        if (this->m_object != other.m_object) {
+            KxHandle copy(other);
+            swap(copy);
+        }
+        return *this;
+    }
+    KxHandle& operator=(KxHandle&& other) noexcept {
+        if (this != &other) {
+            T* old = pointer();
+            this->m_object = std::exchange(other.m_object, nullptr);
+            drop(old);
+        }
+        return *this;
+    }
+    KxHandle& operator=(std::nullptr_t) {
+        drop(detach());
+        return *this;
+    }
+
+    T* operator->() const { return checked(); }
+    T& operator*() const { return *checked(); }
+    /** The object or null; no reference is added. */
+    T* get() const { return pointer(); }
+    /** Gives the reference up without dropping it: the caller owns it now. */
+    T* detach() {
+        T* object = pointer();
+        this->m_object = nullptr;
+        return object;
+    }
+    void swap(KxHandle& other) noexcept { std::swap(this->m_object, other.m_object); }
+
+private:
+    T* pointer() const { return static_cast<T*>(this->m_object); }
+    T* checked() const {
+        const Oskan::Assertion guard(this->m_object != nullptr, "pObj!=0");
+        static_cast<void>(guard);
+        return pointer();
+    }
+    void adopt(T* object) {
+        this->m_object = object;
+        if (object != nullptr) {
+            object->AddRef();
+        }
+    }
+    static void drop(T* object) {
+        if (object != nullptr) {
+            object->Release(true);
+        }
+    }
+};
+
+/** A new object in a handle. */
+template <class T, class... Args>
+KxHandle<T> KxMake(Args&&... args) {
+    return KxHandle<T>(new T(std::forward<Args>(args)...));
+}
+
+/** The handle's object as the class U, or nil when it is of another class. */
+template <class U, class T>
+KxHandle<U> KxHandleCast(const KxHandle<T>& handle) {
+    return KxHandle<U>(dynamic_cast<U*>(handle.get()));
+}

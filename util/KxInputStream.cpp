@@ -1,0 +1,78 @@
+#include "util/KxInputStream.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t kFirstBuffer = 1024;
+
+} // namespace
+
+KxInputStream::~KxInputStream() = default;
+
+std::size_t KxInputStream::read(void* buffer, std::size_t offset, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count && fill()) {
+        const std::size_t step = std::min(count - done, window().size());
+        std::memcpy(static_cast<char*>(buffer) + offset + done, m_cursor, step);
+        consume(step);
+        done += step;
+    }
+    return done;
+}
+
+std::size_t KxInputStream::skip(std::size_t count) {
+    std::size_t done = 0;
+    while (done < count && fill()) {
+        const std::size_t step = std::min(count - done, window().size());
+        consume(step);
+        done += step;
+    }
+    return done;
+}
+
+void KxInputStream::mark(std::size_t readLimit) {
+    if (markSupported()) {
+        m_mark = m_cursor != nullptr ? m_cursor : (m_cursor = m_end = m_begin = "");
+        m_markLimit = readLimit;
+    }
+}
+
+bool KxInputStream::reset() {
+    if (m_mark == nullptr) {
+        return false;
+    }
+    m_cursor = m_mark;
+    return true;
+}
+
+bool KxInputStream::extendWindow() {
+    if (m_whole) {
+        return false;
+    }
+    if (m_mark != nullptr && static_cast<std::size_t>(m_cursor - m_mark) > m_markLimit) {
+        m_mark = nullptr;
+    }
+    const char* const keep = m_mark != nullptr ? m_mark : m_cursor;
+    const auto kept = static_cast<std::size_t>(m_end - keep);
+    const auto cursor = static_cast<std::size_t>(m_cursor - keep);
+    if (kept >= m_bufferSize) { // twice the size each time, so that what is kept is copied once on average
+        const std::size_t larger = std::max(kFirstBuffer, m_bufferSize * 2);
+        std::unique_ptr<char[]> fresh(new char[larger]);
+        if (kept != 0) {
+            std::memcpy(fresh.get(), keep, kept);
+        }
+        m_buffer = std::move(fresh);
+        m_bufferSize = larger;
+    } else if (kept != 0 && keep != m_buffer.get()) {
+        std::memmove(m_buffer.get(), keep, kept);
+    }
+    m_begin = m_buffer.get();
+    m_cursor = m_begin + cursor;
+    m_end = m_begin + kept;
+    m_mark = m_mark != nullptr ? m_begin : nullptr;
+    const std::size_t got = readSome(m_buffer.get() + kept, m_bufferSize - kept);
+    m_end += std::min(got, m_bufferSize - kept);
+    return got != 0;
+}

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "util/KxString.h"
+#include "util/UtilApi.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+/** A sink of bytes. The base keeps a window of free room, so that writing is a copy and a pointer move; a class that
+    derives from it takes what does not fit (writeBeyondWindow) and may offer a new window. A class without a window
+    gets every piece through writeBeyondWindow. Used by one thread at a time. */
+class KX_UTIL_API KxOutputStream {
+public:
+    virtual ~KxOutputStream();
+    KxOutputStream(const KxOutputStream&) = delete;
+    KxOutputStream& operator=(const KxOutputStream&) = delete;
+
+    /** One byte. */
+    void write(char byte) {
+        if (m_cursor != m_end) {
+            *m_cursor++ = byte;
+        } else {
+            writeBeyondWindow(&byte, 1);
+        }
+    }
+    /** `count` bytes from `buffer + offset`. */
+    void write(const void* buffer, std::size_t offset, std::size_t count) {
+        write(std::string_view(static_cast<const char*>(buffer) + offset, count));
+    }
+    void write(std::string_view text) {
+        if (text.size() <= static_cast<std::size_t>(m_end - m_cursor)) {
+            m_cursor = copyShort(m_cursor, text.data(), text.size());
+        } else {
+            writeBeyondWindow(text.data(), text.size());
+        }
+    }
+    /** Hands on whatever the sink holds back. */
+    virtual void flush() {}
+
+    KxOutputStream& operator<<(std::string_view text) {
+        write(text);
+        return *this;
+    }
+    /** Null writes nothing. */
+    KxOutputStream& operator<<(const char* text) { return text == nullptr ? *this : *this << std::string_view(text); }
+    KxOutputStream& operator<<(const KxString& text) { return *this << text.view(); }
+    KxOutputStream& operator<<(char c) {
+        write(c);
+        return *this;
+    }
+    KxOutputStream& operator<<(int number);
+    KxOutputStream& operator<<(unsigned number) { return *this << static_cast<unsigned long>(number); }
+    KxOutputStream& operator<<(long number);
+    KxOutputStream& operator<<(unsigned long number);
+    KxOutputStream& operator<<(KxOutputStream& (*manipulator)(KxOutputStream&)) { return manipulator(*this); }
+
+protected:
+    KxOutputStream() = default;
+
+    /** Takes bytes for which the window has no room. */
+    virtual void writeBeyondWindow(const char* bytes, std::size_t count) = 0;
+
+    /** Offers [begin, end) as free room; the bytes up to cursor() are written then. */
+    void setWindow(char* begin, char* end) {
+        m_cursor = begin;
+        m_end = end;
+    }
+    char* cursor() const { return m_cursor; }
+
+private:
+    /** Copies, in a few moves where the text is short; returns the place behind it. */
+    static char* copyShort(char* to, const char* from, std::size_t count) {
+        if (count > 16) {
+            std::memcpy(to, from, count);
+        } else if (count >= 8) {
+            std::memcpy(to, from, 8);
+            std::memcpy(to + count - 8, from + count - 8, 8);
+        } else if (count >= 4) {
+            std::memcpy(to, from, 4);
+            std::memcpy(to + count - 4, from + count - 4, 4);
+        } else if (count != 0) {
+            to[0] = from[0];
+            to[count / 2] = from[count / 2];
+            to[count - 1] = from[count - 1];
+        }
+        return to + count;
+    }
+
+    char* m_cursor = nullptr;
+    char* m_end = nullptr;
+};
+
+/** Writes CR LF and flushes nothing: the line end of SIP. */
+KX_UTIL_API KxOutputStream& endl(KxOutputStream& out);

@@ -1,0 +1,336 @@
+#include "util/KxParameters.h"
+
+#include "core/MemAccount.h"
+#include "core/MemAllocator.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxWholeWindow.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constinit Oskan::MemAccount s_account{"KxParameters"};
+
+constexpr KxCharSet kInText("=;\"");
+constexpr KxCharSet kInStream("=;\",\r\n");
+constexpr KxCharSet kInQuotes("\"\\");
+constexpr KxCharSet kInStreamQuotes("\"\\\r\n");
+
+/** Where the names of a long list stand: open addressing over the pairs' numbers plus one. */
+class NameIndex {
+public:
+    explicit NameIndex(std::size_t capacity) : m_cells(capacity * 2, 0) {}
+
+    template <class Matches>
+    std::uint32_t find(std::uint32_t hash, Matches matches) const {
+        for (std::size_t at = first(hash);; at = next(at)) {
+            const std::uint32_t cell = m_cells[at];
+            if (cell == 0 || matches(cell - 1)) {
+                return cell;
+            }
+        }
+    }
+    void insert(std::uint32_t hash, std::uint32_t number) {
+        std::size_t at = first(hash);
+        while (m_cells[at] != 0) {
+            at = next(at);
+        }
+        m_cells[at] = number + 1;
+    }
+
+    /** Keyed by chance, and every character counts: strangers choose the names. */
+    static std::uint32_t hash(std::string_view name) {
+        static const std::uint64_t key = std::random_device()() * 0x9E3779B97F4A7C15ULL;
+        std::uint64_t value = key ^ name.size();
+        for (std::size_t at = 0; at < name.size(); at += 8) {
+            std::uint64_t word = 0;
+            for (const char c : name.substr(at, 8)) {
+                word = word << 8 | static_cast<unsigned char>(KxAscii::toLower(c));
+            }
+            value = mix(value ^ word, 0xA0761D6478BD642FULL);
+            value = mix(value ^ key, 0xE7037ED1A0B428DBULL);
+        }
+        return static_cast<std::uint32_t>(value);
+    }
+
+private:
+    static std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
+        __extension__ using Wide = unsigned __int128;
+        const Wide product = static_cast<Wide>(a) * b;
+        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+    }
+    std::size_t first(std::uint32_t hash) const { return hash & (m_cells.size() - 1); }
+    std::size_t next(std::size_t at) const { return (at + 1) & (m_cells.size() - 1); }
+
+    std::vector<std::uint32_t> m_cells; // a power of two, at most half full
+};
+
+} // namespace
+
+/** Room for the pairs of a list that has outgrown its object, which follow it in the same allocation. */
+struct KxParameters::Block {
+    static constexpr std::uint32_t kIndexFrom = 16;
+
+    std::uint32_t capacity;
+    std::unique_ptr<NameIndex> index;
+
+    Pair* pairs() { return reinterpret_cast<Pair*>(this + 1); }
+
+    static Block* make(std::uint32_t capacity) {
+        void* const memory = Oskan::NoSizeMemAllocator::allocate(sizeof(Block) + capacity * sizeof(Pair), s_account);
+        return new (memory) Block{capacity, nullptr};
+    }
+    static void free(Block* block) {
+        block->~Block();
+        Oskan::NoSizeMemAllocator::deallocate(block, s_account);
+    }
+    /** An index of the first `size` pairs, where there are enough to want one. */
+    void buildIndex(std::uint32_t size) {
+        index.reset();
+        if (capacity >= kIndexFrom) {
+            auto fresh = std::make_unique<NameIndex>(capacity);
+            for (std::uint32_t i = 0; i < size; ++i) {
+                fresh->insert(NameIndex::hash(pairs()[i].name), i);
+            }
+            index = std::move(fresh);
+        }
+    }
+};
+
+void* KxParameters::operator new(std::size_t size) {
+    return Oskan::NoSizeMemAllocator::allocate(size, s_account);
+}
+
+void KxParameters::operator delete(void* block, std::size_t size) {
+    Oskan::DefaultStaticMemAllocator::deallocate(block, size, s_account);
+}
+
+KxParameters::KxParameters(const KxParameters& other) : KxObject(other) {
+    if (other.m_size > kInline) {
+        std::uint32_t capacity = kInline;
+        while (capacity < other.m_size) {
+            capacity *= 2;
+        }
+        m_block = Block::make(capacity);
+    }
+    m_size = other.m_size;
+    std::uninitialized_copy(other.begin(), other.end(), pairs());
+    if (m_block != nullptr) {
+        m_block->buildIndex(m_size);
+    }
+}
+
+KxParameters& KxParameters::operator=(const KxParameters& other) {
+    if (this != &other) {
+        clear();
+        for (const Pair& pair : other) {
+            append(pair.name, KxString(pair.value));
+        }
+    }
+    return *this;
+}
+
+KxParameters::~KxParameters() {
+    releaseAll();
+}
+
+void KxParameters::releaseAll() {
+    std::destroy_n(pairs(), m_size);
+    if (m_block != nullptr) {
+        Block::free(m_block);
+    }
+}
+
+int KxParameters::compareWith(const KxObject& other) const {
+    const auto* const list = dynamic_cast<const KxParameters*>(&other);
+    return list == nullptr ? KxObject::compareWith(other) : getString().compareWith(list->getString());
+}
+
+std::uint32_t KxParameters::hashCode() const {
+    return getString().isNil() ? 0 : getString().getBuffer()->hashCode();
+}
+
+void KxParameters::display(KxOutputStream& out, bool) const {
+    serialize(out);
+}
+
+KxParameters::Pair* KxParameters::pairs() {
+    return m_block != nullptr ? m_block->pairs() : m_inline;
+}
+
+KxParameters::Pair* KxParameters::find(std::string_view name) {
+    Pair* const all = pairs();
+    if (m_block != nullptr && m_block->index != nullptr) {
+        const std::uint32_t found = m_block->index->find(
+            NameIndex::hash(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
+        return found == 0 ? nullptr : all + (found - 1);
+    }
+    for (std::uint32_t i = 0; i < m_size; ++i) {
+        if (all[i].name.length() == name.size() && all[i].name.equalsNoCase(name)) {
+            return all + i;
+        }
+    }
+    return nullptr;
+}
+
+void KxParameters::grow() {
+    const std::uint32_t capacity = m_block == nullptr ? kInline : m_block->capacity;
+    if (m_size < capacity) {
+        return;
+    }
+    if (capacity > std::numeric_limits<std::uint32_t>::max() / 4) {
+        throw std::bad_alloc();
+    }
+    Block* const larger = Block::make(capacity * 2);
+    try {
+        larger->buildIndex(0);
+        for (std::uint32_t i = 0; larger->index != nullptr && i < m_size; ++i) {
+            larger->index->insert(NameIndex::hash(pairs()[i].name), i);
+        }
+    } catch (...) {
+        Block::free(larger);
+        throw;
+    }
+    std::uninitialized_move_n(pairs(), m_size, larger->pairs());
+    const std::uint32_t size = m_size;
+    releaseAll();
+    m_block = larger;
+    m_size = size;
+}
+
+void KxParameters::append(std::string_view name, KxString&& value) {
+    KxString own(name);
+    grow();
+    new (pairs() + m_size) Pair{std::move(own), std::move(value)};
+    if (m_block != nullptr && m_block->index != nullptr) {
+        m_block->index->insert(NameIndex::hash(name), m_size);
+    }
+    ++m_size;
+}
+
+void KxParameters::parse(std::string_view text) {
+    parsePairs<false>(text.data(), text.data() + text.size());
+}
+
+void KxParameters::parse(KxInputStream& in) {
+    KxWithWholeWindow(in, [this](KxInputStream& line) {
+        const std::string_view window = line.window();
+        const char* const end = parsePairs<true>(window.data(), window.data() + window.size());
+        line.consume(static_cast<std::size_t>(end - window.data()));
+    });
+}
+
+/** One pass over the pairs; returns where it stopped. */
+template <bool InStream>
+const char* KxParameters::parsePairs(const char* at, const char* const end) {
+    const KxCharSet& special = InStream ? kInStream : kInText;
+    const KxCharSet& quoted = InStream ? kInStreamQuotes : kInQuotes;
+    const char* begin = at;
+    const char* equals = nullptr;
+    for (at = special.find(at, end); at != end; at = special.find(at, end)) {
+        if (*at == '=') {
+            equals = equals == nullptr ? at : equals;
+            ++at;
+        } else if (*at == '"') {
+            at = quoted.find(at + 1, end);
+            while (at != end && *at == '\\') {
+                at = quoted.find(end - at > 2 ? at + 2 : end, end);
+            }
+            at += at != end && *at == '"' ? 1 : 0;
+        } else {
+            parsePair(begin, equals, at);
+            if (*at != ';') {
+                return at;
+            }
+            begin = ++at;
+            equals = nullptr;
+        }
+    }
+    parsePair(begin, equals, end);
+    return end;
+}
+
+void KxParameters::parsePair(const char* begin, const char* equals, const char* end) {
+    const auto text = [](const char* from, const char* to) {
+        return KxAscii::trim(std::string_view(from, static_cast<std::size_t>(to - from)));
+    };
+    const std::string_view name = text(begin, equals == nullptr ? end : equals);
+    const std::string_view value = equals == nullptr ? std::string_view() : text(equals + 1, end);
+    if (name.empty() && value.empty()) {
+        return;
+    }
+    static constinit const KxConstString kNothing("");
+    KxString held = value.empty() ? KxString(kNothing) : KxString(value);
+    if (Pair* const present = find(name)) {
+        present->value = std::move(held);
+    } else {
+        append(name, std::move(held));
+    }
+}
+
+void KxParameters::serialize(KxOutputStream& out) const {
+    bool first = true;
+    for (const Pair& pair : *this) {
+        if (!first) {
+            out.write(';');
+        }
+        first = false;
+        out.write(pair.name.view());
+        if (!pair.value.empty()) {
+            out.write('=');
+            out.write(pair.value.view());
+        }
+    }
+}
+
+KxString KxParameters::getString() const {
+    KxByteArrayOutputStream out(128);
+    serialize(out);
+    return KxString(out.view());
+}
+
+KxString KxParameters::getValue(std::string_view name) const {
+    const KxString* const value = findValue(name);
+    return value == nullptr ? KxString() : *value;
+}
+
+const KxString* KxParameters::findValue(std::string_view name) const {
+    const Pair* const pair = const_cast<KxParameters*>(this)->find(name);
+    return pair == nullptr ? nullptr : &pair->value;
+}
+
+void KxParameters::setValue(std::string_view name, const KxString& value) {
+    if (value.isNil()) {
+        return;
+    }
+    if (Pair* const present = find(name)) {
+        present->value = value;
+    } else {
+        append(name, KxString(value));
+    }
+}
+
+bool KxParameters::removeValue(std::string_view name) {
+    Pair* const found = find(name);
+    if (found == nullptr) {
+        return false;
+    }
+    std::move(found + 1, pairs() + m_size, found);
+    std::destroy_at(pairs() + --m_size);
+    if (m_block != nullptr) {
+        m_block->buildIndex(m_size);
+    }
+    return true;
+}
+
+void KxParameters::clear() {
+    releaseAll();
+    m_block = nullptr;
+    m_size = 0;
+}

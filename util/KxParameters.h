@@ -1,0 +1,86 @@
+#pragma once
+
+#include "util/KxHandle.h"
+#include "util/KxString.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+class KxInputStream;
+
+/** An ordered list of name and value pairs, "name=value;name;name=value": the parameters of a URI or header.
+
+    Names compare ignoring ASCII case and are written as first given. A name that comes again keeps its place and takes
+    the new value. A value may be empty; such a pair is written without "=". Values keep their quotes. The first pairs
+    stand in the object; a long list is searched through an index, so that no list costs more than its length.
+    Used by one thread at a time while it is changed. */
+class KX_UTIL_API KxParameters final : public KxObject {
+public:
+    struct Pair {
+        KxString name;
+        KxString value;
+    };
+
+    KxParameters() {}
+    KxParameters(const KxParameters& other);
+    KxParameters& operator=(const KxParameters& other);
+    ~KxParameters() override;
+
+    KxParameters* clone() const override { return new KxParameters(*this); }
+    /** By the printed form. */
+    int compareWith(const KxObject& other) const override;
+    std::uint32_t hashCode() const override;
+    void display(KxOutputStream& out, bool verbose) const override;
+
+    /** Adds the pairs of a text: names and values trimmed, quotes kept; quotes (with backslash escapes) protect ";".
+        A pair with neither name nor value is skipped. */
+    void parse(std::string_view text);
+    void parse(const char* text) { parse(text == nullptr ? std::string_view() : std::string_view(text)); }
+    /** As above from a stream, up to an unquoted comma, a CR or a LF, which stays unread, or the end. */
+    void parse(KxInputStream& in);
+
+    /** Writes the pairs in order, separated by ";", with none in front. */
+    void serialize(KxOutputStream& out) const;
+    KxString getString() const;
+
+    /** The value; nil when the name is absent, empty when it has none. */
+    KxString getValue(std::string_view name) const;
+    /** As getValue, without a copy; null when absent. Holds until the list changes. */
+    const KxString* findValue(std::string_view name) const;
+    bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
+    /** A nil value stores nothing. */
+    void setValue(std::string_view name, const KxString& value);
+    /** False when the name is absent. */
+    bool removeValue(std::string_view name);
+    void clear();
+
+    std::size_t size() const { return m_size; }
+    bool empty() const { return m_size == 0; }
+    /** Iteration in insertion order; holds until the list changes. */
+    const Pair* begin() const { return pairs(); }
+    const Pair* end() const { return pairs() + m_size; }
+
+    void* operator new(std::size_t size);
+    void operator delete(void* block, std::size_t size);
+
+private:
+    static constexpr std::uint32_t kInline = 2;
+    struct Block;
+
+    Pair* pairs();
+    const Pair* pairs() const { return const_cast<KxParameters*>(this)->pairs(); }
+    Pair* find(std::string_view name);
+    void parsePair(const char* begin, const char* equals, const char* end);
+    template <bool InStream>
+    const char* parsePairs(const char* at, const char* end);
+    void append(std::string_view name, KxString&& value);
+    void grow();
+    void releaseAll();
+
+    std::uint32_t m_size = 0;
+    Block* m_block = nullptr; // holds every pair once there are more than fit here
+    union {
+        Pair m_inline[kInline];
+    };
+};

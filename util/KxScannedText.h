@@ -1,0 +1,42 @@
+#pragma once
+
+#include "util/KxCharSet.h"
+#include "util/KxInputStream.h"
+
+#include <string>
+#include <string_view>
+
+/** A stretch of text taken from a stream: where it lies if the stream's bytes stay put, else in a copy of its own.
+    The view holds while this object and the stream's bytes do. */
+class KX_UTIL_API KxScannedText {
+public:
+    /** The characters up to the first delimiter (which stays unread) or the end. */
+    std::string_view until(KxInputStream& in, const KxCharSet& delimiters) {
+        if (in.isWhole()) {
+            const std::string_view window = in.window();
+            const char* const end = delimiters.find(window.data(), window.data() + window.size());
+            const std::string_view taken(window.data(), static_cast<std::size_t>(end - window.data()));
+            in.consume(taken.size());
+            return taken;
+        }
+        return copyUntil(in, delimiters);
+    }
+
+    /** As `until`, behind any white space. */
+    std::string_view token(KxInputStream& in, const KxCharSet& delimiters) {
+        skipSpace(in);
+        return until(in, delimiters);
+    }
+
+    /** Consumes white space: blanks, tabs, line ends, form feeds. */
+    static void skipSpace(KxInputStream& in) {
+        while (KxAscii::isSpace(static_cast<char>(in.peek()))) {
+            in.consume(1);
+        }
+    }
+
+private:
+    std::string_view copyUntil(KxInputStream& in, const KxCharSet& delimiters);
+
+    std::string m_copy;
+};

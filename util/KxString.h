@@ -1,0 +1,88 @@
+#pragma once
+
+#include "util/KxStringBuffer.h"
+
+#include <iosfwd>
+#include <string_view>
+
+/** The string value of the library: a handle to a KxStringBuffer that nobody changes any more. Copying shares it. A nil
+    string reads as the empty one everywhere. Equality and order go byte by byte. */
+class KX_UTIL_API KxString {
+public:
+    constexpr KxString() = default;
+    /** Copies the text; null gives nil. */
+    KxString(const char* text);
+    /** Copies the text; words that recur in signalling ("INVITE", "branch", "udp") share one constant. */
+    explicit KxString(std::string_view text) : m_buffer(wordOrCopy(text)) {}
+    KxString(const char* text, std::size_t length) : KxString(std::string_view(text, length)) {}
+    /** Shares the buffer. */
+    explicit KxString(KxHandle<KxStringBuffer> buffer) : m_buffer(std::move(buffer)) {}
+
+    bool isNil() const { return m_buffer.isNil(); }
+    bool empty() const { return length() == 0; }
+    std::size_t length() const { return isNil() ? 0 : m_buffer.get()->length(); }
+    const char* c_str() const { return isNil() ? "" : m_buffer.get()->c_str(); }
+    std::string_view view() const { return isNil() ? std::string_view("", 0) : m_buffer.get()->view(); }
+    operator std::string_view() const { return view(); }
+    char operator[](std::size_t index) const { return view()[index]; }
+
+    /** The buffer, shared; nil for a nil string. */
+    const KxHandle<KxStringBuffer>& getBuffer() const { return m_buffer; }
+
+    int compareWith(std::string_view other) const { return KxAscii::compare(view(), other); }
+    int compareNoCase(std::string_view other) const { return KxAscii::compareNoCase(view(), other); }
+    bool equalsNoCase(std::string_view other) const { return KxAscii::equalsNoCase(view(), other); }
+    /** Where `text` stands at or behind `start`; -1 when absent. */
+    std::ptrdiff_t indexOf(std::string_view text, std::size_t start = 0) const;
+    KxString substr(std::size_t start, std::size_t length) const;
+    KxString trimmed() const { return KxString(KxAscii::trim(view())); }
+    KxString upper() const;
+    KxString lower() const;
+
+    /** Appends; a buffer that is shared is copied first. */
+    KxString& append(std::string_view text);
+    KxString& operator+=(std::string_view text) { return append(text); }
+
+    friend bool operator==(const KxString& a, const KxString& b) {
+        return a.m_buffer == b.m_buffer || a.view() == b.view();
+    }
+    friend bool operator==(const KxString& a, std::string_view b) { return a.view() == b; }
+    friend bool operator==(const KxString& a, const char* b) { return a.view() == std::string_view(b ? b : ""); }
+    friend bool operator<(const KxString& a, const KxString& b) { return a.compareWith(b.view()) < 0; }
+
+protected:
+    explicit constexpr KxString(KxStringBuffer* constant) : m_buffer(constant, KxUncounted{}) {}
+
+private:
+    static KxStringBuffer* wordOrCopy(std::string_view text);
+    /** A buffer that only this string holds, with room for `capacity` characters. */
+    KxStringBuffer& own(std::size_t capacity);
+
+    KxHandle<KxStringBuffer> m_buffer;
+};
+
+KX_UTIL_API std::ostream& operator<<(std::ostream& out, const KxString& text);
+
+/** Where the constant of a KxConstString stands. Never destroyed, so that it reads well in the static destructors of
+    the host. */
+class KxConstStringStorage {
+protected:
+    constexpr KxConstStringStorage(const char* literal, std::size_t length)
+        : m_constant(literal, length, KxStringBuffer::Immortal::Tag) {}
+    ~KxConstStringStorage() {}
+
+    union {
+        KxStringBuffer m_constant;
+    };
+};
+
+/** A string constant over a literal: made at compile time, never counted, never freed. Always `constinit`:
+    `constinit const KxConstString KxSipViaHeader::sToken{"Via"};` */
+class KX_UTIL_API KxConstString final : private KxConstStringStorage, public KxString {
+public:
+    template <std::size_t N>
+    constexpr KxConstString(const char (&literal)[N]) : KxConstStringStorage(literal, N - 1),
+                                                        KxString(&m_constant) {}
+    KxConstString(const KxConstString&) = delete;
+    KxConstString& operator=(const KxConstString&) = delete;
+};

@@ -1,0 +1,201 @@
+#include "util/KxStringBuffer.h"
+
+#include "core/MemAllocator.h"
+#include "util/KxException.h"
+#include "util/KxInputStream.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+#include <algorithm>
+
+namespace {
+
+constinit Oskan::MemAccount s_account{"KxString"};
+
+std::string_view viewOf(const char* text) {
+    return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+} // namespace
+
+void* KxStringBuffer::operator new(std::size_t size, std::size_t room) {
+    static_assert(sizeof(KxStringBuffer) == 32);
+    return Oskan::NoSizeMemAllocator::allocate(size + room, s_account);
+}
+
+void KxStringBuffer::operator delete(void* block) {
+    Oskan::NoSizeMemAllocator::deallocate(block, s_account);
+}
+
+void KxStringBuffer::operator delete(void* block, std::size_t) {
+    Oskan::NoSizeMemAllocator::deallocate(block, s_account);
+}
+
+void KxStringBuffer::throwTooLong() {
+    KxException::sThrow("text too long for a string");
+}
+
+KxStringBuffer* KxStringBuffer::create(std::size_t capacity) {
+    if (capacity > kLongest) {
+        throwTooLong();
+    }
+    // whole 8-byte steps, so that what the pool rounds up to is room for text
+    const std::size_t block = std::max(sizeof(KxStringBuffer), (kTextOffset + capacity + 1 + 7) & ~std::size_t{7});
+    return new (block - sizeof(KxStringBuffer)) KxStringBuffer(static_cast<std::uint32_t>(block - kTextOffset - 1));
+}
+
+KxStringBuffer* KxStringBuffer::create(std::string_view text) {
+    KxStringBuffer* const made = create(text.size());
+    char* const to = made->inlineText();
+    if (!text.empty()) {
+        std::memcpy(to, text.data(), text.size());
+    }
+    to[text.size()] = '\0';
+    made->m_length = static_cast<std::uint32_t>(text.size());
+    return made;
+}
+
+KxHandle<KxStringBuffer> KxStringBuffer::sCreate(const char* text, std::size_t length, std::size_t capacity) {
+    KxHandle<KxStringBuffer> made(create(std::max(length, capacity)));
+    if (text != nullptr && length != 0) {
+        std::memcpy(made->inlineText(), text, length);
+    } else {
+        std::memset(made->inlineText(), 0, length);
+    }
+    made->setLength(length);
+    return made;
+}
+
+KxStringBuffer* KxStringBuffer::clone() const {
+    return create(view());
+}
+
+int KxStringBuffer::compareWith(const KxObject& other) const {
+    const auto* const text = dynamic_cast<const KxStringBuffer*>(&other);
+    return text == nullptr ? KxObject::compareWith(other) : KxAscii::compare(view(), text->view());
+}
+
+int KxStringBuffer::compareWith(const char* text) const {
+    return KxAscii::compare(view(), viewOf(text));
+}
+
+int KxStringBuffer::compareNoCase(const char* text) const {
+    return KxAscii::compareNoCase(view(), viewOf(text));
+}
+
+std::uint32_t KxStringBuffer::hashCode() const {
+    std::uint32_t hash = 2166136261U; // FNV-1a
+    for (const char c : view()) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
+    }
+    return hash;
+}
+
+void KxStringBuffer::display(KxOutputStream& out, bool) const {
+    out << view();
+}
+
+void KxStringBuffer::grow(std::size_t capacity) {
+    if (capacity <= this->capacity() && !isImmortal()) {
+        return;
+    }
+    if (capacity > kLongest) {
+        throwTooLong();
+    }
+    const std::size_t roomy = std::min(std::max(capacity, this->capacity() * 2), kLongest);
+    auto* const fresh = static_cast<char*>(Oskan::NoSizeMemAllocator::allocate(roomy + 1, s_account));
+    std::memcpy(fresh, c_str(), m_length + std::size_t{1});
+    if ((m_capacity & kOutside) != 0) {
+        freeOutside();
+    }
+    m_tail.outside.text = fresh;
+    m_capacity = static_cast<std::uint32_t>(roomy) | kOutside;
+}
+
+void KxStringBuffer::freeOutside() {
+    Oskan::NoSizeMemAllocator::deallocate(const_cast<char*>(m_tail.outside.text), s_account);
+}
+
+void KxStringBuffer::assign(const char* text) {
+    const std::string_view whole = viewOf(text);
+    assign(whole.data(), whole.size());
+}
+
+void KxStringBuffer::assign(const char* text, std::size_t length) {
+    if (length > capacity()) {
+        const KxHandle<KxStringBuffer> copy = sCreate(text, length); // `text` may lie in this very buffer
+        grow(length);
+        std::memcpy(this->text(), copy->c_str(), length);
+    } else if (length != 0) {
+        std::memmove(this->text(), text, length);
+    }
+    setLength(length);
+}
+
+void KxStringBuffer::append(const char* text, std::size_t length) {
+    if (length == 0) {
+        return;
+    }
+    if (length > kLongest - m_length) {
+        throwTooLong();
+    }
+    const bool own = text >= c_str() && text <= c_str() + m_length;
+    const std::size_t offset = own ? static_cast<std::size_t>(text - c_str()) : 0;
+    grow(m_length + length);
+    std::memmove(this->text() + m_length, own ? c_str() + offset : text, length);
+    setLength(m_length + length);
+}
+
+std::ptrdiff_t KxStringBuffer::indexOf(const char* text, std::size_t start) const {
+    const std::size_t at = view().find(viewOf(text), start);
+    return at == std::string_view::npos ? -1 : static_cast<std::ptrdiff_t>(at);
+}
+
+KxHandle<KxStringBuffer> KxStringBuffer::substr(std::size_t start, std::size_t length) const {
+    const std::string_view part = view().substr(std::min(start, this->length()), length);
+    return sCreate(part.data(), part.size());
+}
+
+void KxStringBuffer::trim() {
+    const std::string_view kept = KxAscii::trim(view());
+    std::memmove(text(), kept.data(), kept.size());
+    setLength(kept.size());
+}
+
+void KxStringBuffer::toUpper() {
+    std::transform(text(), text() + m_length, text(), KxAscii::toUpper);
+}
+
+void KxStringBuffer::toLower() {
+    std::transform(text(), text() + m_length, text(), KxAscii::toLower);
+}
+
+char* KxStringBuffer::lockBuffer(std::size_t capacity) {
+    grow(capacity);
+    return text();
+}
+
+void KxStringBuffer::releaseBuffer(std::size_t finalLength) {
+    setLength(std::min(finalLength, capacity()));
+}
+
+std::size_t KxStringBuffer::read(KxInputStream& in, std::size_t count) {
+    setLength(0);
+    while (m_length < count && in.fill()) {
+        const std::string_view window = in.window().substr(0, count - m_length);
+        append(window.data(), window.size());
+        in.consume(window.size());
+    }
+    return m_length;
+}
+
+std::size_t KxStringBuffer::parse(KxInputStream& in, const KxCharSet& delimiters) {
+    KxScannedText scanned;
+    const std::string_view token = scanned.token(in, delimiters);
+    assign(token.data(), token.size());
+    return m_length;
+}
+
+std::size_t KxStringBuffer::parse(KxInputStream& in, const char* delimiters) {
+    return parse(in, KxCharSet(viewOf(delimiters)));
+}

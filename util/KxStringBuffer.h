@@ -1,0 +1,120 @@
+#pragma once
+
+#include "core/MemAccount.h"
+#include "util/KxCharSet.h"
+#include "util/KxHandle.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+class KxInputStream;
+
+/** The character buffer behind strings: counter, length and text in one block, the text always NUL-terminated. A
+    buffer that outgrows its block moves its text to the heap and keeps its identity. Not locked: one thread changes it
+    while nobody else reads. At most 2 GiB of text; more throws KxException. */
+class KX_UTIL_API KxStringBuffer final : public KxObject {
+public:
+    /** A new buffer holding `length` bytes of `text` (may be null: then zeros) with room for `capacity` characters. */
+    static KxHandle<KxStringBuffer> sCreate(const char* text, std::size_t length, std::size_t capacity = 0);
+
+    KxStringBuffer(const KxStringBuffer&) = delete;
+    KxStringBuffer& operator=(const KxStringBuffer&) = delete;
+    ~KxStringBuffer() override {
+        if ((m_capacity & kOutside) != 0) {
+            freeOutside();
+        }
+    }
+
+    KxStringBuffer* clone() const override;
+    int compareWith(const KxObject& other) const override;
+    std::uint32_t hashCode() const override;
+    void display(KxOutputStream& out, bool verbose) const override;
+
+    const char* c_str() const { return (m_capacity & kOutside) != 0 ? m_tail.outside.text : inlineText(); }
+    std::size_t length() const { return m_length; }
+    bool empty() const { return m_length == 0; }
+    /** Characters that fit without growing. */
+    std::size_t capacity() const { return m_capacity & ~kOutside; }
+    std::string_view view() const { return {c_str(), m_length}; }
+
+    void assign(const char* text);
+    void assign(const char* text, std::size_t length);
+    void append(const char* text, std::size_t length);
+    void append(const KxStringBuffer& other) { append(other.c_str(), other.length()); }
+
+    /** Byte by byte; negative, zero or positive. Null reads as empty. */
+    int compareWith(const char* text) const;
+    /** As above, ASCII letters alike in either case. */
+    int compareNoCase(const char* text) const;
+    /** Where `text` stands at or behind `start`; -1 when absent. */
+    std::ptrdiff_t indexOf(const char* text, std::size_t start = 0) const;
+    /** A new buffer of at most `length` characters from `start`; empty where there are none. */
+    KxHandle<KxStringBuffer> substr(std::size_t start, std::size_t length) const;
+    /** Drops leading and trailing white space. */
+    void trim();
+    void toUpper();
+    void toLower();
+
+    /** Room for `capacity` characters to write to; the length stands still until releaseBuffer. */
+    char* lockBuffer(std::size_t capacity);
+    /** Sets the length (cut to the capacity) and the terminating NUL. */
+    void releaseBuffer(std::size_t finalLength);
+
+    /** Replaces the text by up to `count` bytes of the stream; returns how many there were. */
+    std::size_t read(KxInputStream& in, std::size_t count);
+    /** Replaces the text: skips leading white space, then takes the characters up to the first delimiter, which stays
+        unread, or to the end. Returns the length. */
+    std::size_t parse(KxInputStream& in, const KxCharSet& delimiters);
+    std::size_t parse(KxInputStream& in, const char* delimiters);
+
+    void* operator new(std::size_t size, std::size_t room);
+    void operator delete(void* block);
+    void operator delete(void* block, std::size_t room);
+
+private:
+    friend class KxConstStringStorage;
+    friend class KxString;
+
+    static constexpr std::uint32_t kOutside = 0x80000000U;
+    static constexpr std::size_t kLongest = kOutside - 64;
+
+    /** A constant over a literal. */
+    constexpr KxStringBuffer(const char* literal, std::size_t length, Immortal immortal)
+        : KxObject(immortal),
+          m_length(static_cast<std::uint32_t>(length)),
+          m_capacity(static_cast<std::uint32_t>(length) | kOutside),
+          m_tail(literal) {}
+    explicit KxStringBuffer(std::uint32_t capacity) : m_length(0), m_capacity(capacity), m_tail() {}
+
+    static KxStringBuffer* create(std::size_t capacity);
+    static KxStringBuffer* create(std::string_view text);
+    [[noreturn]] static void throwTooLong();
+
+    char* inlineText() { return reinterpret_cast<char*>(this) + kTextOffset; }
+    const char* inlineText() const { return reinterpret_cast<const char*>(this) + kTextOffset; }
+    char* text() { return const_cast<char*>(c_str()); }
+    void setLength(std::size_t length) {
+        m_length = static_cast<std::uint32_t>(length);
+        text()[length] = '\0';
+    }
+    void grow(std::size_t capacity);
+    void freeOutside();
+
+    struct __attribute__((packed, aligned(4))) Outside {
+        std::uint32_t unused;
+        const char* text;
+    };
+    union Tail {
+        constexpr Tail() : first{} {}
+        explicit constexpr Tail(const char* literal) : outside{0, literal} {}
+        char first[sizeof(Outside)]; // the text begins here and runs on to the end of the block
+        Outside outside;
+    };
+
+    static constexpr std::size_t kTextOffset = 20; // of m_tail
+    std::uint32_t m_length;
+    std::uint32_t m_capacity; // of the text without its NUL; with kOutside set the text stands elsewhere
+    Tail m_tail;
+};
