@@ -67,13 +67,15 @@ KX_UTIL_API std::ostream& operator<<(std::ostream& out, const KxString& text);
     the host. */
 class KxConstStringStorage {
 protected:
-    constexpr KxConstStringStorage(const char* literal, std::size_t length)
-        : m_constant(literal, length, KxStringBuffer::Immortal::Tag) {}
-    ~KxConstStringStorage() {}
+    constexpr KxConstStringStorage(const char* literal, std::size_t length) : m_room(literal, length) {}
 
-    union {
-        KxStringBuffer m_constant;
+    union Room {
+        constexpr Room(const char* literal, std::size_t length)
+            : constant(literal, length, KxStringBuffer::Immortal::Tag) {}
+        constexpr ~Room() {}
+        KxStringBuffer constant;
     };
+    Room m_room;
 };
 
 /** A string constant over a literal: made at compile time, never counted, never freed. Always `constinit`:
@@ -81,8 +83,9 @@ protected:
 class KX_UTIL_API KxConstString final : private KxConstStringStorage, public KxString {
 public:
     template <std::size_t N>
-    constexpr KxConstString(const char (&literal)[N]) : KxConstStringStorage(literal, N - 1),
-                                                        KxString(&m_constant) {}
+    constexpr KxConstString(const char (&literal)[N])
+        : KxConstStringStorage(literal, N - 1),
+          KxString(&m_room.constant) {}
     KxConstString(const KxConstString&) = delete;
     KxConstString& operator=(const KxConstString&) = delete;
 };
