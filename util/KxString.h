@@ -72,7 +72,7 @@ protected:
     union Room {
         constexpr Room(const char* literal, std::size_t length)
             : constant(literal, length, KxStringBuffer::Immortal::Tag) {}
-        constexpr ~Room() {}
+        ~Room() {}
         KxStringBuffer constant;
     };
     Room m_room;
