@@ -56,6 +56,7 @@ public:
 private:
     friend class MemPool;
 
+    std::size_t row() noexcept;
     void* allocatePlain(std::size_t size);
     void deallocatePlain(void* block) noexcept;
 

@@ -10,6 +10,7 @@
 namespace Oskan {
 
 class MemAccount;
+struct MemUsage;
 
 /** The block sizes of the pool: steps of 8 bytes up to 256, then steps of about an eighth. The larger sizes are
     divisors of a slab, so that a slab wastes less than a fiftieth at its end. */
@@ -102,6 +103,11 @@ public:
     static void deallocate(void* block, MemAccount& account) noexcept;
     /** @param size as it was given to allocate. */
     static void deallocate(void* block, std::size_t size, MemAccount& account) noexcept;
+
+    /** Blocks of the row that threads hold, large ones left out. */
+    static MemUsage sLive(std::size_t row) noexcept;
+    /** Throws std::bad_alloc when an armed fault is due; see MemAllocatorFaults. */
+    static void sFaultPoint();
 
     static MemSlabHeader* slabOf(void* block) {
         return reinterpret_cast<MemSlabHeader*>(reinterpret_cast<std::uintptr_t>(block) &

@@ -1,0 +1,7 @@
+#include "core/Exception.h"
+
+namespace Oskan {
+
+Exception::~Exception() = default;
+
+} // namespace Oskan

@@ -1,0 +1,11 @@
+#include "core/Fallible.h"
+
+#include "core/Assertion.h"
+
+namespace Oskan {
+
+void FallibleBase::assertUsedInInvalidStateErr() noexcept {
+    Assertion::sFail("Fallible used in invalid state", __FILE__, __LINE__);
+}
+
+} // namespace Oskan

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace Oskan {
+
+/** The table of account names, of this folder only. An account's row number selects its cells in every thread's cache;
+    blocks that no cell counts (large ones, and all of the plain mode) are counted in the row itself. Rows are only ever
+    added. When they run out, further accounts share the last one. */
+class MemRows {
+public:
+    static constexpr std::size_t kRows = 64;
+
+    /** The row of a name, added if need be. Never 0. */
+    static std::size_t sFindOrAdd(const char* name) noexcept;
+    /** 0 for an unknown name. */
+    static std::size_t sFind(std::string_view name) noexcept;
+    /** Rows 1 to this number less one are in use. */
+    static std::size_t sCount() noexcept { return s_count.load(std::memory_order_acquire); }
+    static const char* sName(std::size_t row) noexcept { return s_rows[row].name; }
+
+    static void sCountBlock(std::size_t row, std::int64_t objects, std::int64_t bytes) noexcept {
+        s_rows[row].objects.fetch_add(objects, std::memory_order_relaxed);
+        s_rows[row].bytes.fetch_add(bytes, std::memory_order_relaxed);
+    }
+    static std::int64_t sObjects(std::size_t row) noexcept { return s_rows[row].objects.load(); }
+    static std::int64_t sBytes(std::size_t row) noexcept { return s_rows[row].bytes.load(); }
+
+private:
+    struct Row {
+        const char* name = nullptr;
+        std::atomic<std::int64_t> objects{0};
+        std::atomic<std::int64_t> bytes{0};
+    };
+    static std::array<Row, kRows> s_rows;
+    static std::atomic<std::size_t> s_count;
+};
+
+} // namespace Oskan
