@@ -1,0 +1,24 @@
+// The README's program, built as a user of the installed package would.
+
+#include "sipobject/headers/KxSipFromHeader.h"
+#include "sipobject/messages/KxSipMessage.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxByteArrayOutputStream.h"
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+int main(int argc, char** argv) {
+    std::ifstream file(argc > 1 ? argv[1] : "", std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+
+    KxByteArrayInputStream in(bytes);
+    const KxHandle<KxSipMessage> message = KxSipMessage::sConstructFrom(in);
+    std::cout << "from " << message->getFromHeader()->getURL() << "\n";
+    KxByteArrayOutputStream out;
+    message->serialize(out);
+
+    return message->isValid() && out.size() != 0 ? 0 : 1;
+}
