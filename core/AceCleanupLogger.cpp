@@ -25,9 +25,4 @@ Logger& AceCleanupLogger::getLogger() const { return ClassLoggers::sGet(*this); 
 
 std::string AceCleanupLogger::getName() const { return std::string("tandril.kx.") + m_className; }
 
-void refreshLogLevels() noexcept {
-    if (ClassLoggers::sChanged()) [[unlikely]]
-        ClassLoggers::sUpdate();
-}
-
 } // namespace Oskan

@@ -20,7 +20,6 @@ namespace {
 constexpr int kReleased = INT_MAX;   ///< As a cached level: nothing is logged any more.
 constexpr int kUnread = INT_MAX - 1; ///< As a cached level: no appender would get a record.
 constexpr int kNothingDisabled = -1;
-constexpr const char* kClassPrefix = "tandril.kx.";
 
 constinit std::mutex s_mutex; ///< Guards making, updating and releasing.
 constinit bool s_released = false;
@@ -28,8 +27,6 @@ constinit bool s_released = false;
 // What the poll reads, and what it compares with. Written under the mutex, after the cached levels.
 constinit std::atomic<log4cplus::Hierarchy*> s_hierarchy{nullptr};
 constinit std::atomic<std::size_t> s_slots{0};
-constinit std::atomic<bool> s_noSlotSet{true};
-constinit PooledLoggerImpl::Levels s_slotLevels{};
 constinit std::atomic<unsigned> s_appenderChanges{0};
 constinit std::atomic<int> s_disabled{kNothingDisabled};
 
@@ -56,14 +53,15 @@ struct ClassLoggers::Node {
     log4cplus::Logger logger;
     Log4cplusAccess::Impl* impl;
     Node* parent;
-    std::size_t slot; ///< Of a pooled logger, which the poll sees there; others are chained.
+    std::size_t slot; ///< Of a pooled logger, which is polled there.
+    // Of a logger that is polled singly: the next one, and what was last seen.
     Node* nextPolled = nullptr;
-    std::atomic<int> level{log4cplus::NOT_SET_LOG_LEVEL}; ///< Its own when last seen.
-    std::atomic<bool> hasAppender{false};
+    std::atomic<int> level{log4cplus::NOT_SET_LOG_LEVEL};
+    std::atomic<const void*> appendersEnd{nullptr};
 
     // Of the update that is under way.
     int ownLevel = 0;
-    bool ownAppender = false;
+    const void* ownAppendersEnd = nullptr;
     int chainedLevel = 0;
     bool isRead = false;
 
@@ -145,11 +143,8 @@ ClassLoggers::State& ClassLoggers::sState() {
 ClassLoggers::Node* ClassLoggers::sNodeNamed(State& state, const std::string& name) {
     const std::size_t dot = name.rfind('.');
     Node* const parent = dot == std::string::npos ? &state.nodes.front() : sNodeNamed(state, name.substr(0, dot));
-    // The ancestors are few and often have levels; a class's logger hardly ever has.
     PooledLoggerFactory factory;
-    const bool isClass = name.starts_with(kClassPrefix);
-    const log4cplus::Logger logger =
-        isClass ? log4cplus::Logger::getInstance(name, factory) : log4cplus::Logger::getInstance(name);
+    const log4cplus::Logger logger = log4cplus::Logger::getInstance(name, factory);
     for (Node& node : state.nodes) {
         if (node.impl == Log4cplusAccess::sImpl(logger))
             return &node;
@@ -162,8 +157,6 @@ ClassLoggers::Node* ClassLoggers::sAddNode(State& state, const log4cplus::Logger
     if (node.slot == PooledLoggerImpl::kSlots) {
         node.nextPolled = s_polled.load(std::memory_order_relaxed);
         s_polled.store(&node, std::memory_order_release);
-    } else {
-        s_slotLevels[node.slot].store(log4cplus::NOT_SET_LOG_LEVEL, std::memory_order_relaxed);
     }
     return &node;
 }
@@ -180,18 +173,15 @@ Logger ClassLoggers::sCopy(const AceCleanupLogger& logger) {
     return made;
 }
 
-bool ClassLoggers::sChanged() noexcept {
+[[gnu::always_inline]] inline bool ClassLoggers::sChanged() noexcept {
     log4cplus::Hierarchy* const hierarchy = s_hierarchy.load(std::memory_order_acquire);
     if (!hierarchy)
         return false;
-    const std::size_t slots = s_slots.load(std::memory_order_acquire);
-    if (!s_noSlotSet.load(std::memory_order_acquire) || !PooledLoggerImpl::sNoneSet(slots)) [[unlikely]] {
-        if (!PooledLoggerImpl::sAreSet(s_slotLevels, slots))
-            return true;
-    }
+    if (!PooledLoggerImpl::sHaveRememberedLevels(s_slots.load(std::memory_order_acquire)))
+        return true;
     for (const Node* node = s_polled.load(std::memory_order_acquire); node; node = node->nextPolled) {
         if (Log4cplusAccess::sOwnLevel(*node->impl) != node->level.load(std::memory_order_acquire) ||
-            Log4cplusAccess::sHasAppender(*node->impl) != node->hasAppender.load(std::memory_order_relaxed))
+            Log4cplusAccess::sAppendersEnd(*node->impl) != node->appendersEnd.load(std::memory_order_acquire))
             return true;
     }
     return PooledLoggerImpl::sAppenderChanges() != s_appenderChanges.load(std::memory_order_acquire) ||
@@ -210,30 +200,31 @@ void ClassLoggers::sUpdateLocked(State& state) {
     const int disabled = disabledUpTo(*s_hierarchy.load(std::memory_order_relaxed));
     for (Node& node : state.nodes) {
         node.ownLevel = Log4cplusAccess::sOwnLevel(*node.impl);
-        node.ownAppender = Log4cplusAccess::sHasAppender(*node.impl);
+        node.ownAppendersEnd = Log4cplusAccess::sAppendersEnd(*node.impl);
         const bool inherits = node.parent && node.ownLevel == log4cplus::NOT_SET_LOG_LEVEL;
         node.chainedLevel = inherits ? node.parent->chainedLevel : node.ownLevel;
         // Additivity is left out of it: a record too many is dropped when it is logged.
-        node.isRead = node.ownAppender || (node.parent && node.parent->isRead);
+        node.isRead = Log4cplusAccess::sHasAppender(*node.impl) || (node.parent && node.parent->isRead);
     }
     for (const ClassLogger& classLogger : state.classLoggers) {
         const Node& node = *classLogger.node;
         const int level = node.isRead ? std::max(node.chainedLevel, disabled + 1) : kUnread;
         classLogger.owner->m_level.store(level, std::memory_order_relaxed);
     }
-    bool noSlotSet = true;
     for (Node& node : state.nodes) {
-        if (node.slot != PooledLoggerImpl::kSlots) {
-            s_slotLevels[node.slot].store(node.ownLevel, std::memory_order_relaxed);
-            noSlotSet = noSlotSet && node.ownLevel == log4cplus::NOT_SET_LOG_LEVEL;
-        }
-        node.hasAppender.store(node.ownAppender, std::memory_order_relaxed);
+        if (node.slot != PooledLoggerImpl::kSlots)
+            PooledLoggerImpl::sRemember(node.slot, node.ownLevel);
+        node.appendersEnd.store(node.ownAppendersEnd, std::memory_order_release);
         node.level.store(node.ownLevel, std::memory_order_release);
     }
-    s_noSlotSet.store(noSlotSet, std::memory_order_release);
     s_slots.store(PooledLoggerImpl::sUsed(), std::memory_order_release);
     s_disabled.store(disabled, std::memory_order_release);
     s_appenderChanges.store(appenderChanges, std::memory_order_release);
+}
+
+void refreshLogLevels() noexcept {
+    if (ClassLoggers::sChanged()) [[unlikely]]
+        ClassLoggers::sUpdate();
 }
 
 bool ClassLoggers::sRelease() noexcept {

@@ -3,6 +3,8 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/spi/loggerimpl.h>
 
+#include <memory>
+
 namespace Oskan {
 
 /** Reads what log4cplus keeps protected, where its public ways take locks, copy or call virtually. Levels and appender
@@ -20,6 +22,11 @@ public:
 
     __attribute__((no_sanitize("thread"))) static bool sHasAppender(const Impl& impl) {
         return !(impl.*(&Log4cplusAccess::appenderList)).empty();
+    }
+
+    /** The end of the appender list, which moves when the first appender comes and when the last one goes. */
+    __attribute__((no_sanitize("thread"))) static const void* sAppendersEnd(const Impl& impl) {
+        return std::to_address((impl.*(&Log4cplusAccess::appenderList)).end());
     }
 
     /** Nil for the root. */

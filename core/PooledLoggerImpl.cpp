@@ -1,10 +1,42 @@
 #include "core/PooledLoggerImpl.h"
 
+#include <cstring>
+
 namespace Oskan {
 
 alignas(64) constinit std::byte PooledLoggerImpl::s_room[PooledLoggerImpl::kSlots * sizeof(PooledLoggerImpl)]{};
 constinit std::size_t PooledLoggerImpl::s_used = 0;
 constinit std::atomic<unsigned> PooledLoggerImpl::s_appenderChanges{0};
+constinit std::array<std::atomic<int>, PooledLoggerImpl::kSlots> PooledLoggerImpl::s_remembered{};
+constinit std::array<std::atomic<int>, PooledLoggerImpl::kSlots / PooledLoggerImpl::kGroup>
+    PooledLoggerImpl::s_rememberedSet{};
+
+void* PooledLoggerImpl::operator new(std::size_t) {
+    if (s_used % kGroup == 0) {
+        // In slots without a logger the level reads as not set.
+        std::memset(&s_room[s_used * sizeof(PooledLoggerImpl)], 0xff, kGroup * sizeof(PooledLoggerImpl));
+        for (std::size_t slot = s_used; slot < s_used + kGroup; ++slot)
+            s_remembered[slot].store(log4cplus::NOT_SET_LOG_LEVEL, std::memory_order_relaxed);
+        s_rememberedSet[s_used / kGroup].store(log4cplus::NOT_SET_LOG_LEVEL, std::memory_order_relaxed);
+    }
+    return sAt(s_used++);
+}
+
+void PooledLoggerImpl::sRemember(std::size_t slot, int level) {
+    s_remembered[slot].store(level, std::memory_order_release);
+    const std::size_t group = slot / kGroup;
+    int set = -1;
+    for (std::size_t i = group * kGroup; i < (group + 1) * kGroup; ++i)
+        set &= s_remembered[i].load(std::memory_order_relaxed);
+    s_rememberedSet[group].store(set, std::memory_order_release);
+}
+
+__attribute__((no_sanitize("thread"))) bool PooledLoggerImpl::sHasRememberedLevels(std::size_t group) {
+    int difference = 0;
+    for (std::size_t i = group * kGroup; i < (group + 1) * kGroup; ++i)
+        difference |= sAt(i)->ll ^ s_remembered[i].load(std::memory_order_acquire);
+    return difference == 0;
+}
 
 void PooledLoggerImpl::addAppender(log4cplus::SharedAppenderPtr appender) {
     LoggerImpl::addAppender(appender);

@@ -16,7 +16,6 @@ namespace Oskan {
 class PooledLoggerImpl final : public log4cplus::spi::LoggerImpl {
 public:
     static constexpr std::size_t kSlots = 192;
-    using Levels = std::array<std::atomic<int>, kSlots>;
 
     PooledLoggerImpl(const log4cplus::tstring& loggerName, log4cplus::Hierarchy& loggers) :
         LoggerImpl(loggerName, loggers) {}
@@ -27,7 +26,7 @@ public:
     void removeAppender(const log4cplus::tstring& appenderName) override;
 
     /** Takes the next slot; slots are never used again. */
-    static void* operator new(std::size_t) { return &s_room[s_used++ * sizeof(PooledLoggerImpl)]; }
+    static void* operator new(std::size_t);
     static void operator delete(void*) {}
 
     static std::size_t sUsed() { return s_used; }
@@ -36,31 +35,35 @@ public:
     /** Grows with every appender added to or removed from one of these loggers. */
     static unsigned sAppenderChanges() { return s_appenderChanges.load(std::memory_order_acquire); }
 
-    /** Whether none of the first slots' loggers has a level of its own: an instruction a logger. */
-    __attribute__((no_sanitize("thread"))) static bool sNoneSet(std::size_t slots) {
+    /** Whether the loggers of the first slots have the levels last remembered. An instruction a slot, in groups,
+        where none of a group has a level of its own and none had. */
+    __attribute__((no_sanitize("thread"))) static bool sHaveRememberedLevels(std::size_t slots) {
         static_assert(log4cplus::NOT_SET_LOG_LEVEL == -1);
-        int all = -1;
-#pragma GCC unroll 8
-        for (std::size_t i = 0; i < slots; ++i)
-            all &= sAt(i)->ll;
-        return all == -1;
+        for (std::size_t group = 0; group * kGroup < slots; ++group) {
+            int set = s_rememberedSet[group].load(std::memory_order_acquire);
+#pragma GCC unroll 16
+            for (std::size_t i = 0; i < kGroup; ++i)
+                set &= sAt(group * kGroup + i)->ll;
+            if (set != -1 && !sHasRememberedLevels(group)) [[unlikely]]
+                return false;
+        }
+        return true;
     }
 
-    /** Whether the first slots' loggers have these levels of their own. */
-    __attribute__((no_sanitize("thread"))) static bool sAreSet(const Levels& levels, std::size_t slots) {
-        int difference = 0;
-#pragma GCC unroll 8
-        for (std::size_t i = 0; i < slots; ++i)
-            difference |= sAt(i)->ll ^ levels[i].load(std::memory_order_relaxed);
-        return difference == 0;
-    }
+    static void sRemember(std::size_t slot, int level);
 
 private:
+    static constexpr std::size_t kGroup = 16;
+    static_assert(kSlots % kGroup == 0);
+
     static PooledLoggerImpl* sAt(std::size_t slot);
+    static bool sHasRememberedLevels(std::size_t group);
 
     static std::byte s_room[];
     static std::size_t s_used;
     static std::atomic<unsigned> s_appenderChanges;
+    static std::array<std::atomic<int>, kSlots> s_remembered;
+    static std::array<std::atomic<int>, kSlots / kGroup> s_rememberedSet; ///< A group's levels, and-ed.
 };
 
 inline PooledLoggerImpl* PooledLoggerImpl::sAt(std::size_t slot) {
