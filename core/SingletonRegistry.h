@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/CoreApi.h"
+
+#include <functional>
+#include <string_view>
+#include <typeinfo>
+
+namespace Oskan {
+
+/** Objects of which the process has one, by name. Usable from any thread and from static initialisers. The objects live
+    as long as the process and are not destroyed at its end, when others may still use them. */
+class KX_CORE_API SingletonRegistry {
+public:
+    static SingletonRegistry& getInstance();
+
+    /** The object of that name, made by the factory when there is none; two threads get the same one.
+        @param factory called without arguments, gives a std::unique_ptr<T>; it may ask the registry for other names.
+        What it throws is passed on, and the next call tries again.
+        @throws Exception when the object of that name is of another type. */
+    template <class T, class Factory>
+    T* getOrCreate(std::string_view name, Factory&& factory) {
+        return static_cast<T*>(getOrCreateAny(name, typeid(T), [&]() -> void* { return factory().release(); }));
+    }
+
+    /** The object of that name, nil when there is none.
+        @throws Exception when it is of another type. */
+    template <class T>
+    T* get(std::string_view name) {
+        return static_cast<T*>(getOrCreateAny(name, typeid(T), nullptr));
+    }
+
+    SingletonRegistry(const SingletonRegistry&) = delete;
+    SingletonRegistry& operator=(const SingletonRegistry&) = delete;
+
+private:
+    SingletonRegistry() = default;
+
+    void* getOrCreateAny(std::string_view name, const std::type_info& type, const std::function<void*()>& factory);
+};
+
+} // namespace Oskan
