@@ -38,7 +38,7 @@ int compare(std::string_view a, std::string_view b) {
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
 
-int toInt(std::string_view text) {
+std::int64_t toNumber(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size() && isSpace(text[at])) {
         ++at;
@@ -47,12 +47,13 @@ int toInt(std::string_view text) {
     if (at < text.size() && (text[at] == '-' || text[at] == '+')) {
         ++at;
     }
+    const std::int64_t limit = negative ? -std::int64_t{std::numeric_limits<std::int32_t>::min()}
+                                        : std::int64_t{std::numeric_limits<std::uint32_t>::max()};
     std::int64_t value = 0;
-    constexpr std::int64_t kLimit = std::int64_t{std::numeric_limits<int>::max()} + 1;
     for (; at < text.size() && isDigit(text[at]); ++at) {
-        value = std::min(value * 10 + (text[at] - '0'), kLimit);
+        value = std::min(value * 10 + (text[at] - '0'), limit);
     }
-    return static_cast<int>(negative ? -value : std::min(value, kLimit - 1));
+    return negative ? -value : value;
 }
 
 } // namespace KxAscii

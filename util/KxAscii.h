@@ -58,7 +58,8 @@ constexpr std::uint32_t hashNoCase(std::string_view name) {
     return mixed ^ (mixed >> 15);
 }
 
-/** `atoi` over counted text: leading white space, a sign, digits; 0 when there are none; saturates. */
-KX_UTIL_API int toInt(std::string_view text);
+/** `atoi` over counted text: leading white space, a sign, digits; 0 when there are none. Saturates where neither a
+    signed nor an unsigned 32-bit number can follow, so that either may be made of the result. */
+KX_UTIL_API std::int64_t toNumber(std::string_view text);
 
 } // namespace KxAscii

@@ -2,6 +2,8 @@
 
 #include "util/KxOutputStream.h"
 
+#include <exception>
+
 constinit const KxConstString KxException::sDebugToken{"KxException"};
 
 KxException::~KxException() = default;
@@ -12,6 +14,7 @@ void KxException::sThrow(std::string_view message) {
 
 void KxException::sThrow(KxException* exception) {
     exception->raise();
+    std::terminate(); // raise never returns; not every compiler knows that of a virtual function
 }
 
 void KxException::raise() {

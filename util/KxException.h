@@ -44,7 +44,7 @@ public:
 
     [[noreturn]] static void sThrow(std::string_view message) { KxException::sThrow(new Self(message)); }
 
-    Self* clone() const override { return new Self(static_cast<const Self&>(*this)); }
+    KxException* clone() const override { return new Self(static_cast<const Self&>(*this)); }
 
 protected:
     [[noreturn]] void raise() override { throw KxHandle<Self>(static_cast<Self*>(this)); }

@@ -6,6 +6,15 @@
 #include <memory>
 #include <string_view>
 
+/** What a parser has found out about the rest of a whole stream, so that the many values of a line need not each look
+    through it to its end. Belongs to whoever uses it; nothing here reads it. */
+struct KxScanMemo {
+    const char* at = nullptr; ///< Where the last question was asked; null before the first.
+    bool quoted;              ///< Whether an odd number of quotes stood before that.
+    const char* stop[2];      ///< The next answer for a question asked with either parity; null when not known.
+    bool found[2];
+};
+
 /** A source of bytes. The base keeps a window of the bytes at hand, so that reading and scanning are pointer moves;
     a class that derives from it only delivers more bytes (readSome) when the window runs dry.
 
@@ -47,6 +56,7 @@ public:
     bool extendWindow();
     /** True when the window is all there is and stays where it is. */
     bool isWhole() const { return m_whole; }
+    KxScanMemo& scanMemo() { return m_scanMemo; }
 
 protected:
     KxInputStream() = default;
@@ -67,4 +77,5 @@ private:
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_bufferSize = 0;
     bool m_whole = false;
+    KxScanMemo m_scanMemo;
 };

@@ -1,0 +1,217 @@
+#include "sipobject/address/KxSipURL.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/address/KxSipURLParser.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxWholeWindow.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_unknownTransportLogger{"KxSipURL.UnknownTransportInContact"};
+constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
+constexpr KxCharSet kEscapedInHeader("&+/:;=?@");
+
+KxURI* makeSipURL() {
+    return new KxSipURL;
+}
+
+const struct Registration {
+    Registration() { KxURI::sAddConstructor(KxSipURL::sToken.c_str(), &makeSipURL); }
+} s_registration;
+
+void writeEscaped(KxOutputStream& out, std::string_view value) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    for (const char c : value) {
+        if (kEscapedInHeader.contains(c)) {
+            const auto byte = static_cast<unsigned char>(c);
+            const char escaped[] = {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+            out.write(std::string_view(escaped, sizeof escaped));
+        } else {
+            out.write(c);
+        }
+    }
+}
+
+} // namespace
+
+constinit const KxConstString KxSipURL::sToken{"sip"};
+constinit const KxConstString KxSipURL::DEFAULT_PORT_STRING{"5060"};
+
+KxSipURL::KxSipURL() : KxURI(sToken, true) {}
+
+KxSipURL::KxSipURL(const char* text) : KxSipURL() {
+    m_standalone = true;
+    parse(text);
+}
+
+KxSipURL::KxSipURL(const KxSipURL& other)
+    : KxURI(other),
+      m_user(other.m_user),
+      m_password(other.m_password),
+      m_host(other.m_host),
+      m_port(other.m_port),
+      m_hasPort(other.m_hasPort),
+      m_parameters(other.m_parameters),
+      m_headers(other.m_headers) {
+    m_isSipURL = true;
+}
+
+KxSipURL* KxSipURL::clone() const {
+    return new KxSipURL(*this);
+}
+
+bool KxSipURL::hasParameters() const {
+    return !m_parameters.empty();
+}
+
+bool KxSipURL::hasHeaders() const {
+    return !m_headers.empty();
+}
+
+std::size_t KxSipURL::numParameters() const {
+    return m_parameters.size();
+}
+
+std::size_t KxSipURL::numHeaders() const {
+    return m_headers.size();
+}
+
+std::uint32_t KxSipURL::getPort() const {
+    if (m_hasPort) {
+        return m_port;
+    }
+    return getTransportParam() == KxSocketImpl::TLS ? 5061 : 5060;
+}
+
+std::int64_t KxSipURL::getTTL() const {
+    const KxString* const ttl = m_parameters.findValue("ttl");
+    return ttl == nullptr ? 1 : KxAscii::toNumber(*ttl);
+}
+
+KxUserParam KxSipURL::getUserParam() const {
+    return getParameter("user") == "phone" ? KX_USER_PHONE : KX_USER_NONE;
+}
+
+KxSocketImpl::Transport KxSipURL::getTransportParam() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::getTransportParam");
+    const KxString* const name = m_parameters.findValue("transport");
+    if (name == nullptr) {
+        return KxSocketImpl::UDP;
+    }
+    const auto transport = KxSocketImpl::parseTransport(*name);
+    if (transport.isValid()) {
+        return transport.get();
+    }
+    if (s_unknownTransportLogger.isEnabled(Oskan::LogLevel::Warn)) {
+        s_unknownTransportLogger.log(Oskan::LogLevel::Warn, std::string("Contact header contains unknown transport : ")
+                                                                .append(name->view())
+                                                                .append(". Using default UDP transport"));
+    }
+    return KxSocketImpl::UDP;
+}
+
+void KxSipURL::setTransportParam(KxSocketImpl::Transport transport) {
+    setParameter("transport", KxSocketImpl::getTransportString(transport, true));
+}
+
+void KxSipURL::parse(KxInputStream& in) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
+    KxWithWholeWindow(in, [this](KxInputStream& line) { KxSipURLParser(*this, line).parse(); });
+}
+
+void KxSipURL::parse(const char* text) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(pSipURLString)");
+    KxURI::parse(text);
+}
+
+void KxSipURL::parseHeader(KxInputStream& in) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parseHeader");
+    KxWithWholeWindow(in, [this](KxInputStream& line) { KxSipURLParser(*this, line).parseHeaders(); });
+}
+
+void KxSipURL::setHost(const char* text) {
+    m_host = KxString(text);
+}
+
+KxString KxSipURL::getString() const {
+    KxByteArrayOutputStream out(80);
+    display(out, false);
+    return KxString(out.view());
+}
+
+void KxSipURL::display(KxOutputStream& out, bool) const {
+    out.write(std::string_view("sip:", 4));
+    if (!m_user.empty()) {
+        out.write(m_user.view());
+        if (!m_password.empty()) {
+            out.write(':');
+            out.write(m_password.view());
+        }
+        out.write('@');
+    }
+    out.write(m_host.view());
+    if (m_hasPort) {
+        out.write(':');
+        out << m_port;
+    }
+    m_parameters.serializeBehind(out);
+    if (!m_headers.empty()) {
+        out.write('?');
+        bool first = true;
+        for (const KxParameters::Pair& header : m_headers) {
+            if (header.name.empty()) {
+                continue;
+            }
+            if (!first) {
+                out.write(std::string_view("%3B", 3));
+            }
+            first = false;
+            out.write(header.name.view());
+            out.write(std::string_view("%3D", 3));
+            writeEscaped(out, header.value);
+        }
+    }
+}
+
+bool KxSipURL::operator==(const KxSipURL& other) const {
+    return m_user == other.m_user && m_host == other.m_host && m_port == other.getPort() &&
+           getTransportParam() == other.getTransportParam() && m_password == other.m_password &&
+           parametersMatch(other) && headersMatch(other);
+}
+
+bool KxSipURL::parametersMatch(const KxSipURL& other) const {
+    const bool otherHasMore = other.numParameters() > numParameters();
+    const KxLazyParameters& longer = otherHasMore ? other.m_parameters : m_parameters;
+    const KxLazyParameters& shorter = otherHasMore ? m_parameters : other.m_parameters;
+    if (longer.size() >= shorter.size() + 2) {
+        return false;
+    }
+    return std::all_of(shorter.begin(), shorter.end(), [&](const KxParameters::Pair& pair) {
+        const KxString* const twin = longer.findValue(pair.name);
+        return pair.name.equalsNoCase("transport") || (twin != nullptr && twin->equalsNoCase(pair.value));
+    });
+}
+
+bool KxSipURL::headersMatch(const KxSipURL& other) const {
+    if (hasHeaders() != other.hasHeaders()) {
+        return false;
+    }
+    const bool otherHasMore = other.numHeaders() > numHeaders();
+    const KxLazyParameters& longer = otherHasMore ? other.m_headers : m_headers;
+    const KxLazyParameters& shorter = otherHasMore ? m_headers : other.m_headers;
+    return std::all_of(shorter.begin(), shorter.end(), [&](const KxParameters::Pair& pair) {
+        const KxString* const twin = longer.findValue(pair.name);
+        return twin != nullptr && *twin == pair.value;
+    });
+}
+
+KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxSipURL>& url) {
+    if (!url.isNil()) {
+        url->serialize(out);
+    }
+    return out;
+}

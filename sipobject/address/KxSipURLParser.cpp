@@ -1,0 +1,309 @@
+#include "sipobject/address/KxSipURLParser.h"
+
+#include "core/AceCleanupLogger.h"
+#include "sipobject/KxSipParseError.h"
+#include "sipobject/address/KxSipURL.h"
+#include "util/KxHexEncoding.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
+
+constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
+constexpr KxCharSet kUserPartEnd("\"@>\n");
+constexpr KxCharSet kParametersEnd("\n>?");
+constexpr char kEndOfInput = '\x04'; // as a delimiter before a token it means nothing, like a NUL
+
+void debug(const char* what, const KxLazyParameters& list) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug, std::string(what).append(list.getString().view()));
+    }
+}
+
+/** The first "@" outside quotes; nullptr when a ">", a line end or the end comes first. Tells where it stopped. */
+bool findAt(const char* from, const char* end, const char*& stop) {
+    bool quoted = false;
+    for (const char* at = kUserPartEnd.find(from, end); at != end; at = kUserPartEnd.find(at + 1, end)) {
+        if (*at == '"') {
+            quoted = !quoted;
+        } else if (*at == '\n' || !quoted) {
+            stop = at;
+            return *at == '@';
+        }
+    }
+    stop = end;
+    return false;
+}
+
+} // namespace
+
+void KxSipURLParser::Token::add(const char* begin, const char* end) {
+    const std::string_view more(begin, static_cast<std::size_t>(end - begin));
+    if (m_view.empty()) {
+        m_view = more;
+    } else if (m_view.data() + m_view.size() == begin) {
+        m_view = std::string_view(m_view.data(), m_view.size() + more.size());
+    } else if (!more.empty()) {
+        if (m_view.data() != m_copy.data()) {
+            m_copy.clear();
+            m_copy.append(m_view);
+        }
+        m_copy.append(more);
+        m_view = m_copy.view();
+    }
+}
+
+KxSipURLParser::KxSipURLParser(KxSipURL& url, KxInputStream& in)
+    : m_url(url), m_in(in), m_at(in.window().data()), m_end(m_at + in.window().size()) {}
+
+KxSipURLParser::~KxSipURLParser() {
+    m_in.consume(static_cast<std::size_t>(m_at - m_in.window().data()));
+}
+
+/** Whether an "@" lies ahead that ends a user part. Each URL of a line asks anew from where it begins, so the answers
+    are kept with the stream: one for questions asked between quotes and one for those outside. */
+bool KxSipURLParser::findUserPart() const {
+    KxScanMemo& memo = m_in.scanMemo();
+    if (memo.at == nullptr || m_at < memo.at) {
+        memo = {m_at, false, {nullptr, nullptr}, {false, false}};
+    }
+    memo.quoted ^= std::count(memo.at, m_at, '"') % 2 != 0;
+    memo.at = m_at;
+    const char*& stop = memo.stop[memo.quoted];
+    if (stop == nullptr || stop < m_at) {
+        memo.found[memo.quoted] = findAt(m_at, m_end, stop);
+    }
+    return memo.found[memo.quoted];
+}
+
+bool KxSipURLParser::userIsOpen() const {
+    return m_hasUserPart && m_url.m_user.empty();
+}
+
+void KxSipURLParser::parse() {
+    m_url.m_Scheme = KxString();
+    m_hasUserPart = findUserPart();
+    Next next = Next::More;
+    while (next == Next::More) {
+        const char* const stop = kDelimiters.find(m_at, m_end);
+        m_token.add(m_at, stop);
+        m_at = stop;
+        const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
+        switch (c) {
+        case ' ':
+        case '\r':
+            break;
+        case '"':
+            addQuoted();
+            break;
+        case ':':
+            colon();
+            break;
+        case '@':
+            at();
+            break;
+        case ';':
+            next = semicolon();
+            break;
+        case ',':
+            next = comma();
+            break;
+        case '<':
+        case '&':
+            if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+                s_logger.log(Oskan::LogLevel::Debug,
+                             "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
+            }
+            m_bracket = true;
+            break;
+        default:
+            next = end(c);
+        }
+    }
+}
+
+void KxSipURLParser::addQuoted() {
+    const char* const quote = m_at - 1;
+    if (userIsOpen()) {
+        m_at = std::find(m_at, m_end, '"');
+        if (m_at == m_end) {
+            KxSipParseError::sThrow("Sip URL, Double quote mismatch");
+        }
+        ++m_at;
+    }
+    m_token.add(quote, m_at);
+}
+
+void KxSipURLParser::colon() {
+    const std::string_view token = m_token.view();
+    if (m_previous == '\0') {
+        if (!KxAscii::equalsNoCase(token, KxSipURL::sToken)) {
+            KxSipParseError::sThrow("Scheme is not SIP");
+        }
+        m_url.m_Scheme = KxString(token);
+    } else if (m_previous == ':' && m_hasUserPart) {
+        m_url.m_user = KxString(token);
+    } else if (m_previous == ':' || m_previous == '@') {
+        m_url.m_host = KxString(token);
+        m_hostSeen = true;
+    }
+    m_previous = ':';
+    m_token.clear();
+}
+
+void KxSipURLParser::at() {
+    if (m_previous == '\0') {
+        return;
+    }
+    if (m_previous == '@') {
+        KxSipParseError::sThrow("Sip URL wrong format");
+    }
+    const std::string_view token = m_token.view();
+    if (!m_url.m_user.empty()) {
+        m_url.m_password = KxString(token);
+    } else if (token.empty()) {
+        KxSipParseError::sThrow("Sip URL wrong format (\"@\" present without a user part)");
+    } else {
+        m_url.m_user = KxString(token);
+    }
+    m_previous = '@';
+    m_token.clear();
+}
+
+KxSipURLParser::Next KxSipURLParser::semicolon() {
+    const bool ownParameters = m_bracket || m_url.m_standalone;
+    if (userIsOpen() || (ownParameters && m_previous != ':' && m_previous != '@')) {
+        m_token.add(m_at - 1, m_at);
+        return Next::More;
+    }
+    if (m_previous != ':' && m_previous != '@') {
+        KxSipParseError::sThrow("Illegal URL construct");
+    }
+    closeToken();
+    requireHost();
+    if (!ownParameters) {
+        return Next::Done;
+    }
+    parameters();
+    return Next::More;
+}
+
+void KxSipURLParser::parameters() {
+    const char* const stop = kParametersEnd.find(m_at, m_end);
+    const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
+    if (!text.empty()) {
+        m_url.m_parameters.write().parse(text);
+    }
+    debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
+    m_at = stop;
+    m_previous = stop == m_end ? kEndOfInput : *stop;
+}
+
+KxSipURLParser::Next KxSipURLParser::comma() {
+    if (userIsOpen()) {
+        m_token.add(m_at - 1, m_at);
+        return Next::More;
+    }
+    --m_at; // the next value of the header begins there
+    closeToken();
+    requireHost();
+    return Next::Done;
+}
+
+/** The end of input, a line end, ">" or "?". */
+KxSipURLParser::Next KxSipURLParser::end(int c) {
+    if (c == '?') {
+        if (userIsOpen()) {
+            m_token.add(m_at - 1, m_at);
+            return Next::More;
+        }
+        closeToken();
+        parseHeaders();
+        requireHost();
+        return Next::Done;
+    }
+    if (c == '>') {
+        m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
+        m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
+    }
+    closeToken();
+    requireHost();
+    return Next::Done;
+}
+
+void KxSipURLParser::closeToken() {
+    if (m_previous == ':' && m_hostSeen) {
+        setPort();
+    } else if (m_previous == ':' || m_previous == '@') {
+        m_url.m_host = KxString(m_token.view());
+    }
+    m_token.clear();
+}
+
+void KxSipURLParser::setPort() {
+    if (!m_token.view().empty()) {
+        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(m_token.view()));
+        m_url.m_hasPort = true;
+    }
+}
+
+void KxSipURLParser::requireHost() const {
+    if (m_url.m_host.empty()) {
+        KxSipParseError::sThrow("Sip URL wrong format");
+    }
+}
+
+/** The next character, escapes decoded; -1 at the end. An escape that the input cuts short stands as it is. */
+int KxSipURLParser::nextHeaderCharacter() {
+    if (m_at == m_end) {
+        return -1;
+    }
+    const char c = *m_at++;
+    if (c != '%' || m_end - m_at < 2) {
+        return static_cast<unsigned char>(c);
+    }
+    m_at += 2;
+    return static_cast<unsigned char>(KxHexEncoding::fromHex(m_at[-2], m_at[-1]));
+}
+
+void KxSipURLParser::parseHeaders() {
+    Oskan::FastString<256> name;
+    Oskan::FastString<256> value;
+    bool inValue = false;
+    bool quoted = false;
+    for (int c = nextHeaderCharacter(); c >= 0 && c != '>'; c = nextHeaderCharacter()) {
+        if (c == '\n') {
+            if (m_at == m_end || (*m_at != ' ' && *m_at != '\t')) {
+                break;
+            }
+            ++m_at; // a folded line goes on
+        } else if (c == ';') {
+            storeHeader(name.view(), value.view(), false);
+            name.clear();
+            value.clear();
+            inValue = false;
+        } else if (c == '=' && !inValue) {
+            inValue = true;
+        } else if (c != '\r' && (c != ' ' || quoted)) {
+            quoted ^= c == '"';
+            (inValue ? value : name).append(static_cast<char>(c));
+        }
+    }
+    storeHeader(name.view(), value.view(), true);
+}
+
+void KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {
+    if (name.empty()) {
+        KxSipParseError::sThrow(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
+                                     : "SIP URL Header doesn't have Key/Value pair (2)\n");
+    }
+    if (value.empty()) {
+        KxSipParseError::sThrow(last ? "SIP URL Header key doesn't have a value (1)\n"
+                                     : "SIP URL Header key doesn't have a value (2)\n");
+    }
+    m_url.m_headers.write().setValue(name, KxString(value));
+    debug(last ? "SipURL headers now (3): " : "SipURL headers now (2): ", m_url.m_headers);
+}

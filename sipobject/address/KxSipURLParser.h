@@ -1,0 +1,66 @@
+#pragma once
+
+#include "core/FastString.h"
+#include "util/KxCharSet.h"
+#include "util/KxInputStream.h"
+
+#include <string_view>
+
+class KxSipURL;
+
+/** The state machine that reads a KxSipURL from a whole stream, in one pass over its characters: what stands between
+    two delimiters is a token, and the delimiter before it says what the token is. */
+class KxSipURLParser {
+public:
+    KxSipURLParser(KxSipURL& url, KxInputStream& in);
+    /** Moves the stream behind what was taken, also when that was refused. */
+    ~KxSipURLParser();
+    KxSipURLParser(const KxSipURLParser&) = delete;
+    KxSipURLParser& operator=(const KxSipURLParser&) = delete;
+
+    /** The URL. */
+    void parse();
+    /** The part behind the "?". */
+    void parseHeaders();
+
+private:
+    /** The text since the last delimiter. Characters that are dropped from its middle make it a copy. */
+    class Token {
+    public:
+        void add(const char* begin, const char* end);
+        void clear() { m_view = {}; }
+        std::string_view view() const { return m_view; }
+
+    private:
+        std::string_view m_view;
+        Oskan::FastString<256> m_copy;
+    };
+
+    enum class Next { More, Done };
+
+    bool findUserPart() const;
+    bool userIsOpen() const;
+    void addQuoted();
+    void colon();
+    void at();
+    Next semicolon();
+    void parameters();
+    Next comma();
+    Next end(int c);
+    void closeToken();
+    void setPort();
+    void requireHost() const;
+
+    int nextHeaderCharacter();
+    void storeHeader(std::string_view name, std::string_view value, bool last);
+
+    KxSipURL& m_url;
+    KxInputStream& m_in;
+    const char* m_at;
+    const char* const m_end;
+    Token m_token;
+    char m_previous = '\0'; ///< The delimiter before the token; NUL for none.
+    bool m_hasUserPart = false;
+    bool m_hostSeen = false;
+    bool m_bracket = false;
+};

@@ -1,0 +1,120 @@
+#include "sipobject/address/KxTelURL.h"
+
+#include "core/FastString.h"
+#include "sipobject/KxSipParseError.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxWholeWindow.h"
+
+namespace {
+
+constexpr std::size_t kLongest = 1023;
+
+KxURI* makeTelURL() {
+    return new KxTelURL;
+}
+
+const struct Registration {
+    Registration() { KxURI::sAddConstructor(KxTelURL::sToken.c_str(), &makeTelURL); }
+} s_registration;
+
+} // namespace
+
+constinit const KxConstString KxTelURL::sToken{"tel"};
+
+KxTelURL::KxTelURL() : KxURI(sToken, false) {}
+
+KxTelURL::KxTelURL(const char* text) : KxURI(nullptr) {
+    KxURI::parse(text);
+}
+
+KxTelURL::KxTelURL(const KxTelURL& other) = default;
+
+KxTelURL* KxTelURL::clone() const {
+    return new KxTelURL(*this);
+}
+
+bool KxTelURL::hasParameters() const {
+    return !m_parameters.empty();
+}
+
+KxString KxTelURL::getString() const {
+    KxByteArrayOutputStream out(80);
+    display(out, false);
+    return KxString(out.view());
+}
+
+void KxTelURL::display(KxOutputStream& out, bool) const {
+    out << "tel:" << m_number;
+    m_parameters.serializeBehind(out);
+}
+
+void KxTelURL::parse(KxInputStream& in) {
+    KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
+}
+
+void KxTelURL::parseWhole(KxInputStream& in) {
+    Oskan::FastString<256> text;
+    std::size_t begin = 0; // of the token that is being collected
+    char previous = '\0';
+    bool own = false; // a colon or "<" was seen: what follows a ";" is ours
+    const auto token = [&] { return text.view().substr(begin); };
+    for (int c = in.read(); c >= 0 && c != '\n' && c != '>'; c = in.read()) {
+        bool keep = false;
+        switch (c) {
+        case '<':
+            previous = '<';
+            own = true;
+            break;
+        case ':':
+            if (previous == '<' || previous == '\0') {
+                begin = text.length();
+                own = true;
+                previous = ':';
+            }
+            break;
+        case '+':
+            keep = previous == ':' || previous == '<' || previous == ';';
+            previous = keep && previous != ';' ? '+' : previous;
+            break;
+        case ';':
+            keep = previous == ';';
+            if (previous == '+' || previous == ':') {
+                setNumber(token(), previous);
+                begin = text.length();
+                previous = ';';
+            }
+            break;
+        default:
+            keep = true;
+        }
+        if (keep) {
+            if (text.length() == kLongest) {
+                KxSipParseError::sThrow("Invalid TelURL");
+            }
+            text.append(static_cast<char>(c));
+        }
+        if (c == ';' && !own) {
+            break;
+        }
+    }
+    if (previous == ';') {
+        m_parameters.write().parse(KxAscii::trim(token()));
+    } else {
+        setNumber(token(), previous);
+    }
+}
+
+/** A number stands behind "+" or ":" and nowhere else. */
+void KxTelURL::setNumber(std::string_view token, char delimiter) {
+    if (delimiter == '+' || delimiter == ':') {
+        m_number = KxString(KxAscii::trim(token));
+        m_isGlobal = delimiter == '+';
+    }
+}
+
+KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxTelURL>& url) {
+    if (!url.isNil()) {
+        url->serialize(out);
+    }
+    return out;
+}

@@ -1,0 +1,148 @@
+#include "sipobject/address/KxURI.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/KxNameRegistry.h"
+#include "sipobject/address/KxSipURL.h"
+#include "sipobject/address/KxTelURL.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxException.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+#include "util/KxWholeWindow.h"
+
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxURI"};
+constinit KxNameRegistry<KxURI::Creator> s_registry;
+constexpr KxCharSet kColon(":");
+constexpr KxCharSet kDataEnd(">\r\n");
+
+/** The first three letters of a URI, blanks and an opening bracket aside; NUL where it is shorter. */
+struct Prefix {
+    explicit Prefix(std::string_view text) {
+        std::size_t at = 0;
+        for (char& letter : letters) {
+            at = text.find_first_not_of(' ', at);
+            if (at != std::string_view::npos && text[at] == '<') {
+                at = text.find_first_not_of(" \t", at + 1);
+            }
+            if (at == std::string_view::npos) {
+                break;
+            }
+            letter = text[at++];
+        }
+    }
+    bool is(std::string_view scheme) const { return KxAscii::equalsNoCase({letters, 3}, scheme); }
+    char letters[3] = {};
+};
+
+void debug(const char* what, const KxString& value) {
+    s_logger.log(Oskan::LogLevel::Debug, std::string(what).append(value.view()));
+}
+
+} // namespace
+
+constinit Oskan::MemAccount KxURI::s_account{"KxURI"};
+
+KxURI::KxURI(const char* scheme) : m_SchemeData(""), m_Scheme(scheme == nullptr ? "" : scheme) {}
+
+KxURI::KxURI(const KxURI& other)
+    : KxObject(other), m_standalone(other.m_standalone), m_SchemeData(other.m_SchemeData), m_Scheme(other.m_Scheme) {}
+
+KxURI::~KxURI() = default;
+
+KxURI* KxURI::clone() const {
+    return new KxURI(*this);
+}
+
+bool KxURI::hasParameters() const {
+    return false;
+}
+
+bool KxURI::hasHeaders() const {
+    return false;
+}
+
+KxString KxURI::getString() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxURI::getString()");
+    KxString text(KxStringBuffer::sCreate(m_Scheme.c_str(), m_Scheme.length(), 80));
+    text.append(":").append(m_SchemeData.view());
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        debug("m_Scheme = ", m_Scheme);
+        debug("m_SchemeData = ", m_SchemeData);
+        debug("final aString = ", text);
+    }
+    return text;
+}
+
+void KxURI::display(KxOutputStream& out, bool) const {
+    out << getString();
+}
+
+void KxURI::parse(KxInputStream& in) {
+    KxScannedText scanned;
+    if (in.peek() == '<') {
+        in.read();
+    }
+    m_Scheme = KxString(KxAscii::trim(scanned.token(in, kColon)));
+    if (in.read() < 0) {
+        KxException::sThrow("INVALID URI");
+    }
+    m_SchemeData = KxString(KxAscii::trim(scanned.token(in, kDataEnd)));
+    if (in.peek() == '>') {
+        in.read();
+    }
+}
+
+void KxURI::parse(const char* text) {
+    KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
+    parse(in);
+}
+
+bool KxURI::operator==(const KxURI& other) const {
+    return m_Scheme == other.m_Scheme && m_SchemeData == other.m_SchemeData;
+}
+
+void KxURI::sAddConstructor(const char* scheme, Creator creator) {
+    s_registry.add(scheme, creator);
+}
+
+KxURI* KxURI::sConstruct(const char* scheme) {
+    const Creator creator = scheme == nullptr ? nullptr : s_registry.find(scheme);
+    return creator != nullptr ? creator() : new KxURI(scheme);
+}
+
+KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxURI::sConstructFrom");
+    KxHandle<KxURI> uri;
+    const char* what = "KxURI: parsed URL of unknown scheme";
+    KxWithWholeWindow(in, [&](KxInputStream& line) {
+        const Prefix prefix(line.window());
+        if (prefix.is(KxSipURL::sToken)) {
+            uri = KxMake<KxSipURL>();
+            uri->m_standalone = standalone;
+            what = "KxURI: parsed sip URL: ";
+        } else if (prefix.is(KxTelURL::sToken)) {
+            uri = KxMake<KxTelURL>();
+            uri->m_standalone = standalone;
+            what = "KxURI: parsed tel URL";
+        } else {
+            uri = KxHandle<KxURI>(new KxURI(nullptr));
+        }
+        uri->parse(line);
+    });
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        debug(what, uri->isSipURL() ? uri->getString() : KxString());
+    }
+    return uri;
+}
+
+KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri) {
+    if (!uri.isNil()) {
+        uri->serialize(out);
+    }
+    return out;
+}

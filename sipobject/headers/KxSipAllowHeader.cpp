@@ -1,0 +1,5 @@
+#include "sipobject/headers/KxSipAllowHeader.h"
+
+constinit const KxConstString KxSipAllowHeader::sToken{"Allow"};
+
+static const KxSipAllowHeader::Registration s_registration;

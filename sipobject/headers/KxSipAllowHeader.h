@@ -1,0 +1,25 @@
+#pragma once
+
+#include "sipobject/headers/KxSipTokenHeader.h"
+
+/** Allow: one method an object; a comma-separated line is a chain.
+    Allow = "Allow" HCOLON [Method *(COMMA Method)]                           [RFC 3261 20.5]
+    An empty method is refused, so an empty list is too.
+    "Allow: INVITE, ACK ,BYE" -> three values, three lines out */
+class KX_SIP_API KxSipAllowHeader final : public KxSipTokenHeader<KxSipAllowHeader> {
+public:
+    explicit KxSipAllowHeader(const char* method) : KxSipTokenHeader(method) {}
+
+    const KxString& getMethod() const { return m_value; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipAllowHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kAllow;
+    static constexpr const KxCharSet& kTokenEnd = sDelimeters;
+    static constexpr const char* kEmptyError = "Empty method in Allow header";
+
+private:
+    friend class KxSipHeaderOf<KxSipAllowHeader>;
+
+    KxSipAllowHeader() = default;
+};

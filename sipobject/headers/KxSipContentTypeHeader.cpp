@@ -1,0 +1,13 @@
+#include "sipobject/headers/KxSipContentTypeHeader.h"
+
+constinit const KxConstString KxSipContentTypeHeader::sToken{"Content-Type"};
+constinit const KxConstString KxSipContentTypeHeader::sCompactToken{"c"};
+
+static const KxSipContentTypeHeader::Registration s_registration;
+
+void KxSipContentTypeHeader::setMediaType(const char* mediaType) {
+    const std::string_view text(mediaType == nullptr ? "" : mediaType);
+    const std::size_t slash = text.find('/');
+    m_type = KxString(text.substr(0, slash));
+    m_subType = slash == std::string_view::npos ? KxString("") : KxString(text.substr(slash + 1));
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "sipobject/headers/KxSipMediaTypeHeader.h"
+
+/** Content-Type: the media type of the body.
+    Content-Type = ( "Content-Type" / "c" ) HCOLON m-type SLASH m-subtype *(SEMI m-parameter)   [RFC 3261 20.15]
+    A comma ends the value even inside quotes. A value without type or subtype throws "Invalid Accept header", the text
+    it shares with Accept.      "c: text / plain ;charset=utf-8" -> "c: text/plain;charset=utf-8" */
+class KX_SIP_API KxSipContentTypeHeader final : public KxSipMediaTypeHeader<KxSipContentTypeHeader> {
+public:
+    KxSipContentTypeHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
+    /** "type/subtype", split as setMediaType does. */
+    explicit KxSipContentTypeHeader(const char* mediaType) { setMediaType(mediaType); }
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipContentTypeHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kContentType;
+
+protected:
+    friend class KxSipHeaderOf<KxSipContentTypeHeader>;
+    friend class KxSipMessage;
+
+    KxSipContentTypeHeader() = default;
+
+    /** Splits at the first "/", nothing trimmed; without one all is type; null empties both. */
+    void setMediaType(const char* mediaType);
+};

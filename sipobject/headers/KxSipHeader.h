@@ -1,0 +1,105 @@
+#pragma once
+
+#include "core/MemAccount.h"
+#include "sipobject/SipApi.h"
+#include "sipobject/headers/HeaderID.h"
+#include "util/KxCharSet.h"
+#include "util/KxHandle.h"
+#include "util/KxString.h"
+
+class KxInputStream;
+class KxOutputStream;
+
+/** What the framework itself can find wrong with a header line. */
+enum class KxSipLineFault { None, NoToken, NoColon, NothingBehindColon };
+
+/** Base of every SIP header: the name it is written under, the link to the next value of the same header, and its
+    kind. It reads lines (folding, names, commas) and writes them; a class below it knows the grammar of one value and
+    nothing else.
+
+    A line of several comma-separated values becomes a chain of objects of one class; a chain is written as one line a
+    value. Headers are made by the registry or by the classes' own constructors, held through KxHandle, and used by one
+    thread at a time. [RFC 3261 7.3] */
+class KX_SIP_API KxSipHeader : public KxObject {
+public:
+    /** Makes an empty header of a class. */
+    using Creator = KxSipHeader* (*)();
+
+    ~KxSipHeader() override;
+
+    /** The full name of the class, "Via". */
+    virtual const KxString& getExpandedToken() const = 0;
+    /** The compact name, "v", or the full one where there is none. [RFC 3261 7.3.3] */
+    virtual const KxString& getCompactToken() const;
+
+protected:
+    /** Reads one value; the stream stands behind the colon or comma and ends with the line. Stops at a top-level comma,
+        which stays unread, or at the end. Throws KxSipParseError. */
+    virtual void doParse(KxInputStream& in) = 0;
+    /** Writes one value, without name, colon or line end. */
+    virtual void doSerialize(KxOutputStream& out) const = 0;
+
+public:
+    /** Reads one header line, with its continuation lines, from the start of a line; the values chained behind each
+        other. A name that is not registered gives a KxSipUnknownHeader. The line is consumed whatever happens.
+        Throws KxSipParseError ("Header token expected", "SIP Header parse error : no colon found"),
+        KxSipParseErrorEmptyHeader ("SIP Header parse error : nothing after the colon") and what the class throws. */
+    static KxHandle<KxSipHeader> sConstructFrom(KxInputStream& in);
+
+    /** Registers a name, letter case ignored; the first registration stands. For static initialisers: `name` must
+        live as long as the process. */
+    static void sAddConstructor(const char* name, Creator creator);
+
+    /** Reads one header line into this object and its chain. Throws as sConstructFrom. */
+    void parse(KxInputStream& in);
+    /** Writes this value and all behind it, one line each. */
+    void serialize(KxOutputStream& out) const;
+
+    void display(KxOutputStream& out, bool verbose) const override;
+
+    /** The next value of the same header; nil at the end. */
+    const KxHandle<KxSipHeader>& getNext() const { return m_next; }
+    /** The name that is written: as it stood in the input, or the full name. */
+    const KxString& getToken() const { return m_token; }
+
+    HeaderID getHeaderID() const { return m_headerID; }
+    void setHeaderID(HeaderID id) { m_headerID = id; }
+
+    KX_MEM_ACCOUNT_OPERATORS(s_account);
+
+protected:
+    /** Separators of RFC 3261 tokens (25.1), control characters aside. */
+    static constexpr KxCharSet sDelimeters{" \t\r\n\\\"()<>@,;:/[]?={}"};
+
+    explicit KxSipHeader(const KxString& token) : m_token(token) {}
+    explicit KxSipHeader(HeaderID id) : m_headerID(id), m_token("") {}
+    KxSipHeader(const KxString& token, HeaderID id) : m_headerID(id), m_token(token) {}
+    /** A copy stands alone: it never takes the rest of the chain along. */
+    KxSipHeader(const KxSipHeader& other) : KxObject(other), m_headerID(other.m_headerID), m_token(other.m_token) {}
+
+    /** Appends at the end of the chain. */
+    void addNext(KxHandle<KxSipHeader> header);
+
+private:
+    friend class KxSipHeaderSlots;
+    friend class KxSipMessage;
+    friend class KxSipRequest;
+
+    static KxSipHeader* sConstruct(std::string_view name);
+    /** As sConstructFrom, but what the framework finds wrong is told, not thrown: a hostile message may hold thousands
+        of such lines. Nil when there is a fault. */
+    static KxHandle<KxSipHeader> sReadFrom(KxInputStream& in, KxSipLineFault& fault);
+    static const char* sTextOf(KxSipLineFault fault);
+    [[noreturn]] static void sThrow(KxSipLineFault fault);
+
+    KxSipLineFault parseLine(std::string_view line);
+    void parseRest(KxInputStream& in);
+    KxSipLineFault parseValues(KxInputStream& in);
+    void setToken(std::string_view name);
+
+    static Oskan::MemAccount s_account;
+
+    HeaderID m_headerID = KxHeaderIDs::kNone; // first: it fills the gap behind the reference count
+    KxString m_token;
+    KxHandle<KxSipHeader> m_next;
+};

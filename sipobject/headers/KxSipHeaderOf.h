@@ -1,0 +1,62 @@
+#pragma once
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/KxSipTraceName.h"
+#include "sipobject/headers/KxSipHeader.h"
+
+/** What every header class shares and none should write: names, identifier, copying, creation, registration and trace
+    scopes. A class H derives from KxSipHeaderOf<H>, makes it a friend and provides
+
+        static constexpr char kClassName[] = "KxSipHHeader";
+        static constexpr HeaderID kHeaderID = KxHeaderIDs::kH;
+        static const KxConstString sToken;              // and sCompactToken, where there is a compact name
+        void parseValue(KxInputStream& in);             // the grammar of one value
+        void serializeValue(KxOutputStream& out) const;
+
+    and a default and a copy constructor. */
+template <class H>
+class KxSipHeaderOf : public KxSipHeader {
+public:
+    KxSipHeader* clone() const override { return new H(self()); }
+    const KxString& getExpandedToken() const override { return H::sToken; }
+    const KxString& getCompactToken() const override {
+        if constexpr (kHasCompact) {
+            return H::sCompactToken;
+        } else {
+            return H::sToken;
+        }
+    }
+
+    /** Registers the class's names; stands once in the class's .cpp, behind sToken. */
+    struct Registration {
+        Registration() {
+            sAddConstructor(H::sToken.c_str(), &sCreate);
+            if constexpr (kHasCompact) {
+                sAddConstructor(H::sCompactToken.c_str(), &sCreate);
+            }
+        }
+    };
+
+protected:
+    KxSipHeaderOf() : KxSipHeader(H::sToken, H::kHeaderID) {}
+    KxSipHeaderOf(const KxSipHeaderOf&) = default;
+
+    void doParse(KxInputStream& in) final {
+        const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
+        self().parseValue(in);
+    }
+    void doSerialize(KxOutputStream& out) const final {
+        const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);
+        self().serializeValue(out);
+    }
+
+    static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }
+
+private:
+    static constexpr bool kHasCompact = requires { H::sCompactToken; };
+
+    static KxSipHeader* sCreate() { return new H; }
+    H& self() { return static_cast<H&>(*this); }
+    const H& self() const { return static_cast<const H&>(*this); }
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "sipobject/headers/KxSipTokenHeader.h"
+
+/** Require: one option tag an object; a comma-separated line is a chain.
+    Require = "Require" HCOLON option-tag *(COMMA option-tag)                 [RFC 3261 20.32]
+    An empty tag is kept.      "Require: 100rel, timer" -> two values, two lines out */
+class KX_SIP_API KxSipRequireHeader final : public KxSipTokenHeader<KxSipRequireHeader> {
+public:
+    explicit KxSipRequireHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}
+
+    const KxString& getOptionTag() const { return m_value; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipRequireHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kRequire;
+    static constexpr const KxCharSet& kTokenEnd = kOptionTagEnd;
+    static constexpr const char* kEmptyError = nullptr;
+
+private:
+    friend class KxSipHeaderOf<KxSipRequireHeader>;
+
+    KxSipRequireHeader() = default;
+};

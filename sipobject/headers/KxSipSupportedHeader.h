@@ -1,0 +1,26 @@
+#pragma once
+
+#include "sipobject/headers/KxSipTokenHeader.h"
+
+/** Supported: one option tag an object; a comma-separated line is a chain.
+    Supported = ( "Supported" / "k" ) HCOLON [option-tag *(COMMA option-tag)]   [RFC 3261 20.37]
+    An empty tag is kept; a line of blanks is refused like that of any header.
+    "Supported: ,timer" -> an empty value and "timer", two lines out */
+class KX_SIP_API KxSipSupportedHeader final : public KxSipTokenHeader<KxSipSupportedHeader> {
+public:
+    explicit KxSipSupportedHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}
+
+    const KxString& getOptionTag() const { return m_value; }
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipSupportedHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kSupported;
+    static constexpr const KxCharSet& kTokenEnd = kOptionTagEnd;
+    static constexpr const char* kEmptyError = nullptr;
+
+private:
+    friend class KxSipHeaderOf<KxSipSupportedHeader>;
+
+    KxSipSupportedHeader() = default;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "sipobject/KxSipParseError.h"
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+/** The family of headers whose every value is one token. A class H says how the token ends and what an empty one means:
+
+        static constexpr const KxCharSet& kTokenEnd = ...;      // the first of these stays unread
+        static constexpr const char* kEmptyError = "...";       // thrown for an empty token; null accepts it
+
+    What stands between the token and the next comma is skipped by the header framework. */
+template <class H>
+class KxSipTokenHeader : public KxSipHeaderOf<H> {
+protected:
+    KxSipTokenHeader() : m_value("") {}
+    /** Stored as given, unchecked. */
+    explicit KxSipTokenHeader(const char* token) : m_value(token == nullptr ? "" : token) {}
+    KxSipTokenHeader(const KxSipTokenHeader&) = default;
+
+    /** Where option tags end: only a comma, a blank or the line's end ends one. [RFC 3261 25.1, leniently] */
+    static constexpr KxCharSet kOptionTagEnd{", \t\r\n"};
+
+    KxString m_value;
+
+private:
+    friend class KxSipHeaderOf<H>;
+
+    void parseValue(KxInputStream& in) {
+        KxScannedText scanned;
+        const std::string_view token = KxAscii::trim(scanned.token(in, H::kTokenEnd));
+        if constexpr (H::kEmptyError != nullptr) {
+            if (token.empty()) {
+                KxSipParseError::sThrow(H::kEmptyError);
+            }
+        }
+        m_value = KxString(token);
+    }
+    void serializeValue(KxOutputStream& out) const { out.write(m_value.view()); }
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeader.h"
+
+/** A header whose name is not registered, kept as name and raw text. One object a line: a comma belongs to the text.
+    extension-header = header-name HCOLON header-value                        [RFC 3261 25.1]
+    Blanks in front of the value are dropped, those behind it are kept.  "X-Foo:  a, b " -> "X-Foo: a, b " */
+class KX_SIP_API KxSipUnknownHeader final : public KxSipHeader {
+public:
+    /** Null reads as empty. */
+    KxSipUnknownHeader(const char* name, const char* value);
+    KxSipUnknownHeader(const KxString& name, const KxString& value);
+    KxSipUnknownHeader(const KxSipUnknownHeader&) = default;
+
+    KxSipUnknownHeader* clone() const override;
+    const KxString& getExpandedToken() const override { return m_name; }
+
+    const KxString& getValue() const { return m_value; }
+
+protected:
+    void doParse(KxInputStream& in) override;
+    void doSerialize(KxOutputStream& out) const override;
+
+private:
+    KxString m_value;
+    KxString m_name;
+};

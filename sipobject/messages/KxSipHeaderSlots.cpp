@@ -1,0 +1,131 @@
+#include "sipobject/messages/KxSipHeaderSlots.h"
+
+#include <utility>
+
+KxSipHeaderSlots::KxSipHeaderSlots() {
+    m_order[kEnd] = {kEnd, kEnd};
+}
+
+void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
+    m_order = other.m_order;
+    for (HeaderID id = 0; id < kEnd; ++id) {
+        KxHandle<KxSipHeader>* end = &m_slots[id];
+        for (const KxSipHeader* value = other.m_slots[id].get(); value != nullptr; value = value->m_next.get()) {
+            *end = KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value->clone()));
+            end = &(*end)->m_next;
+        }
+    }
+}
+
+void KxSipHeaderSlots::enlist(HeaderID id) {
+    const std::uint8_t last = m_order[kEnd].previous;
+    m_order[id] = {last, kEnd};
+    m_order[last].next = static_cast<std::uint8_t>(id);
+    m_order[kEnd].previous = static_cast<std::uint8_t>(id);
+}
+
+void KxSipHeaderSlots::delist(HeaderID id) {
+    const Link link = m_order[id];
+    m_order[link.previous].next = link.next;
+    m_order[link.next].previous = link.previous;
+}
+
+bool KxSipHeaderSlots::holds(const KxSipHeader& header) {
+    if (m_slots[header.getHeaderID()].isNil()) {
+        return false;
+    }
+    const KxSipHeader* end = &header; // whatever hangs in the chain has its end in common with it
+    while (!end->m_next.isNil()) {
+        end = end->m_next.get();
+    }
+    return end == lastOf(header.getHeaderID());
+}
+
+void KxSipHeaderSlots::addFirst(KxHandle<KxSipHeader> header) {
+    const HeaderID id = header->getHeaderID();
+    if (m_slots[id].isNil()) {
+        addLast(std::move(header));
+        return;
+    }
+    header->m_next = std::move(m_slots[id]);
+    m_slots[id] = std::move(header);
+}
+
+void KxSipHeaderSlots::addLast(KxHandle<KxSipHeader> header) {
+    const HeaderID id = header->getHeaderID();
+    if (m_slots[id].isNil()) {
+        enlist(id);
+        m_slots[id] = std::move(header);
+    } else {
+        lastOf(id)->m_next = std::move(header);
+    }
+}
+
+void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {
+    m_slots[header->getHeaderID()] = std::move(header);
+}
+
+/** The end of a chain: walked to where it is near, remembered where it is far. */
+KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
+    KxSipHeader* last = m_slots[id].get();
+    if (m_last != nullptr && !(*m_last)[id].isNil()) {
+        last = (*m_last)[id].get();
+    }
+    int steps = 0;
+    for (; !last->m_next.isNil(); ++steps) {
+        last = last->m_next.get();
+    }
+    if (steps > kWalk || (m_last != nullptr && !(*m_last)[id].isNil())) {
+        if (m_last == nullptr) {
+            m_last = std::make_unique<std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount>>();
+        }
+        (*m_last)[id] = KxHandle<KxSipHeader>(last);
+    }
+    return last;
+}
+
+void KxSipHeaderSlots::forgetLast(HeaderID id) {
+    if (m_last != nullptr) {
+        (*m_last)[id] = nullptr;
+    }
+}
+
+bool KxSipHeaderSlots::removeFirst(HeaderID id) {
+    KxHandle<KxSipHeader>& slot = m_slots[id];
+    if (slot.isNil()) {
+        return false;
+    }
+    if (slot->m_next.isNil()) {
+        forgetLast(id);
+        slot = nullptr;
+        delist(id);
+    } else {
+        slot = KxHandle<KxSipHeader>(slot->m_next);
+    }
+    return true;
+}
+
+bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
+    KxHandle<KxSipHeader>* link = &m_slots[KxHeaderIDs::kUnknown];
+    while (!link->isNil() && !(*link)->getExpandedToken().equalsNoCase(name)) {
+        link = &(*link)->m_next;
+    }
+    if (link->isNil()) {
+        return false;
+    }
+    forgetLast(KxHeaderIDs::kUnknown);
+    *link = KxHandle<KxSipHeader>((*link)->m_next);
+    if (m_slots[KxHeaderIDs::kUnknown].isNil()) {
+        delist(KxHeaderIDs::kUnknown);
+    }
+    return true;
+}
+
+HeaderID KxSipHeaderSlots::find(std::string_view token) const {
+    for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)) {
+        if (m_slots[id]->getToken().equalsNoCase(token)) {
+            return id;
+        }
+    }
+    return KxHeaderIDs::kUnknown;
+}

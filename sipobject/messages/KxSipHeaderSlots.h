@@ -1,0 +1,60 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeader.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+/** The headers of a message: a slot for each kind, holding the first value with the others chained behind it, and the
+    order in which the kinds first came. Knows nothing of start lines, bodies or locks. */
+class KxSipHeaderSlots {
+public:
+    KxSipHeaderSlots();
+    KxSipHeaderSlots(const KxSipHeaderSlots&) = delete;
+    KxSipHeaderSlots& operator=(const KxSipHeaderSlots&) = delete;
+
+    /** Fills the empty slots with a deep copy. */
+    void copyFrom(const KxSipHeaderSlots& other);
+
+    const KxHandle<KxSipHeader>& first(HeaderID id) const { return m_slots[id]; }
+
+    /** Whether this very object hangs in the slot of its kind. */
+    bool holds(const KxSipHeader& header);
+
+    /** Puts the value first; what was there before hangs behind it, and its own chain is dropped. */
+    void addFirst(KxHandle<KxSipHeader> header);
+    /** Puts the value, with the chain it carries, last. */
+    void addLast(KxHandle<KxSipHeader> header);
+    /** Puts the value into an empty slot without giving its kind a place in the order, so it is not written. */
+    void addUnlisted(KxHandle<KxSipHeader> header);
+    /** Takes out the first value of a kind; false when there is none. */
+    bool removeFirst(HeaderID id);
+    /** Takes out the first unknown header of that name, letter case ignored; false when there is none. */
+    bool removeUnknown(std::string_view name);
+
+    /** The kind whose first value is written under the name, letter case ignored; the unknown kind when there is none. */
+    HeaderID find(std::string_view token) const;
+
+    /** The kinds in order: for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)). */
+    static constexpr HeaderID kEnd = KxHeaderIDs::kCount;
+    HeaderID firstKind() const { return m_order[kEnd].next; }
+    HeaderID nextKind(HeaderID id) const { return m_order[id].next; }
+
+private:
+    /** Chains longer than this have their end remembered. */
+    static constexpr int kWalk = 8;
+    struct Link {
+        std::uint8_t previous;
+        std::uint8_t next;
+    };
+
+    void enlist(HeaderID id);
+    void delist(HeaderID id);
+    KxSipHeader* lastOf(HeaderID id);
+    void forgetLast(HeaderID id);
+
+    std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount> m_slots;
+    std::unique_ptr<std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount>> m_last; // made for the first long chain
+    std::array<Link, KxHeaderIDs::kCount + 1> m_order{};                            // a ring through kEnd
+};

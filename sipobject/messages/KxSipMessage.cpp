@@ -1,0 +1,269 @@
+#include "sipobject/messages/KxSipMessage.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
+#include "sipobject/headers/KxSipContentEncodingHeader.h"
+#include "sipobject/headers/KxSipContentLengthHeader.h"
+#include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipSupportedHeader.h"
+#include "util/KxOutputStream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <typeinfo>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
+constinit Oskan::MemAccount s_bodyAccount{"KxSipMessageBody"};
+
+} // namespace
+
+constinit Oskan::MemAccount KxSipMessage::s_account{"KxSipMessage"};
+
+KxSipMessage::KxSipMessage() : m_mutex(KxMutex::sAllocate()) {}
+
+KxSipMessage::KxSipMessage(const KxSipMessage& other) : KxSipMessage() {
+    const KxMutexLock lock(*other.m_mutex);
+    m_headers.copyFrom(other.m_headers);
+    if (other.m_body != nullptr) {
+        replaceBody(other.m_body, other.m_bodyStored);
+    }
+    m_versionHigh = other.m_versionHigh;
+    m_versionLow = other.m_versionLow;
+    m_connectionAddress = other.m_connectionAddress;
+    m_connectionPort = other.m_connectionPort;
+    m_localAddress = other.m_localAddress;
+    m_localPort = other.m_localPort;
+    m_connectionTransport = other.m_connectionTransport;
+}
+
+KxSipMessage::~KxSipMessage() {
+    s_bodyAccount.deallocate(m_body);
+    KxMutex::sRecycle(m_mutex);
+}
+
+bool KxSipMessage::isValid() const {
+    return m_status == KX_STATUS_VALID;
+}
+
+void KxSipMessage::checkValidity() {}
+
+void KxSipMessage::setVersion(unsigned high, unsigned low) {
+    m_versionHigh = static_cast<std::uint8_t>(high);
+    m_versionLow = static_cast<std::uint8_t>(low);
+}
+
+// ---- headers ----
+
+template <class H>
+KxHandle<H> KxSipMessage::typed() const {
+    KxSipHeader* const header = m_headers.first(H::kHeaderID).get();
+    return KxHandle<H>(header != nullptr && typeid(*header) == typeid(H) ? static_cast<H*>(header) : nullptr);
+}
+
+KxHandle<KxSipContentLengthHeader> KxSipMessage::getContentLengthHeader() const {
+    return typed<KxSipContentLengthHeader>();
+}
+
+KxHandle<KxSipContentEncodingHeader> KxSipMessage::getContentEncodingHeader() const {
+    return typed<KxSipContentEncodingHeader>();
+}
+
+KxHandle<KxSipContentTypeHeader> KxSipMessage::getContentTypeHeader() const {
+    return typed<KxSipContentTypeHeader>();
+}
+
+KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
+    return typed<KxSipSupportedHeader>();
+}
+
+KxHandle<KxSipHeader> KxSipMessage::findHeader(std::string_view name) const {
+    const HeaderID id = mTokenToID(name);
+    const KxHandle<KxSipHeader>* header = &m_headers.first(id);
+    while (id == KxHeaderIDs::kUnknown && !header->isNil() && (*header)->getToken() != name) {
+        header = &(*header)->getNext();
+    }
+    return *header;
+}
+
+KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
+    const KxMutexLock lock(*m_mutex);
+    return findHeader(name);
+}
+
+std::vector<HeaderID> KxSipMessage::getHeaderOrder() const {
+    const KxMutexLock lock(*m_mutex);
+    std::vector<HeaderID> order;
+    for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
+        order.push_back(id);
+    }
+    return order;
+}
+
+template <class H>
+bool KxSipMessage::listsTag(std::string_view optionTag) const {
+    const KxHandle<KxSipHeader> first = getHeader(H::sToken);
+    for (const KxSipHeader* value = first.get(); value != nullptr; value = value->getNext().get()) {
+        if (typeid(*value) == typeid(H) && static_cast<const H*>(value)->getOptionTag() == optionTag) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool KxSipMessage::isSupported(std::string_view optionTag) const {
+    return listsTag<KxSipSupportedHeader>(optionTag);
+}
+
+bool KxSipMessage::isRequired(std::string_view optionTag) const {
+    return listsTag<KxSipRequireHeader>(optionTag);
+}
+
+void KxSipMessage::insert(const KxHandle<KxSipHeader>& header, bool first, const char* operation) {
+    if (m_headers.holds(*header)) {
+        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+            s_logger.log(
+                Oskan::LogLevel::Debug,
+                std::string(operation).append(" : adding a header twice : ").append(header->getToken().view()));
+        }
+    } else if (first) {
+        m_headers.addFirst(header);
+    } else {
+        m_headers.addLast(header);
+    }
+}
+
+void KxSipMessage::addHeader(const KxHandle<KxSipHeader>& header, bool first) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::addHeader");
+    if (!header.isNil()) {
+        const KxMutexLock lock(*m_mutex);
+        insert(header, first, "KxSipMessage::addHeader");
+    }
+}
+
+void KxSipMessage::asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
+    if (!header.isNil()) {
+        insert(header, first, "KxSipMessage::asynchAddHeader");
+    }
+}
+
+void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool first) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::addSingleHeader");
+    if (header.isNil()) {
+        return;
+    }
+    // copying a header leaves its chain behind
+    const KxHandle<KxSipHeader> single(static_cast<KxSipHeader*>(header->clone()));
+    const KxMutexLock lock(*m_mutex);
+    const bool there = findHeader(header->getToken()) == header;
+    insert(there ? header : single, first, "KxSipMessage::addSingleHeader");
+}
+
+void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
+    m_headers.addLast(header);
+}
+
+bool KxSipMessage::removeHeader(std::string_view name) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeHeader");
+    const KxMutexLock lock(*m_mutex);
+    const HeaderID id = mTokenToID(name);
+    return id == KxHeaderIDs::kUnknown ? m_headers.removeUnknown(name) : m_headers.removeFirst(id);
+}
+
+// ---- body ----
+
+char* KxSipMessage::allocateBody(std::size_t length) {
+    try {
+        return static_cast<char*>(s_bodyAccount.allocate(length + 1));
+    } catch (const std::bad_alloc&) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(length));
+    }
+}
+
+void KxSipMessage::replaceBody(const void* bytes, std::size_t length) {
+    char* const fresh = allocateBody(length);
+    std::memcpy(fresh, bytes, length);
+    fresh[length] = '\0';
+    s_bodyAccount.deallocate(m_body);
+    m_body = fresh;
+    m_bodyStored = length;
+}
+
+void KxSipMessage::setBody(const void* body, const char* contentType, std::uint32_t length) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::setBody");
+    const KxHandle<KxSipContentLengthHeader> contentLength = getContentLengthHeader();
+    if (contentLength.isNil()) {
+        addHeader(KxMake<KxSipContentLengthHeader>(length), false);
+    } else {
+        const KxMutexLock lock(*m_mutex);
+        contentLength->setContentLength(length);
+    }
+    if (length == 0) {
+        return;
+    }
+    if (body == nullptr) {
+        KxSipParseError::sThrow("Can't build SIP request with NULL body pointer");
+    }
+    if (contentType == nullptr) {
+        KxSipParseError::sThrow("Can't build SIP request(with body) with no content-type");
+    }
+    {
+        const KxMutexLock lock(*m_mutex);
+        replaceBody(body, length);
+    }
+    const KxHandle<KxSipContentTypeHeader> type = getContentTypeHeader();
+    if (type.isNil()) {
+        addHeader(KxMake<KxSipContentTypeHeader>(contentType), false);
+    } else {
+        const KxMutexLock lock(*m_mutex);
+        type->setMediaType(contentType);
+    }
+}
+
+void KxSipMessage::setBody(const char* body, const char* contentType) {
+    setBody(body, contentType, body == nullptr ? 0 : static_cast<std::uint32_t>(std::strlen(body)));
+}
+
+std::uint32_t KxSipMessage::getBodyLength() const {
+    const KxHandle<KxSipContentLengthHeader> header = getContentLengthHeader();
+    return header.isNil() ? 0 : header->getContentLength();
+}
+
+KxString KxSipMessage::getBodyType() const {
+    const KxHandle<KxSipContentTypeHeader> header = getContentTypeHeader();
+    return header.isNil() ? KxString("") : header->getMediaType();
+}
+
+// ---- writing ----
+
+void KxSipMessage::serialize(KxOutputStream& out) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::serialize");
+    serializeStartLine(out);
+    const KxMutexLock lock(*m_mutex);
+    serializeHeaders(out);
+    if (hasBody()) {
+        serializeBody(out);
+    }
+    out.flush();
+}
+
+void KxSipMessage::serializeHeaders(KxOutputStream& out) const {
+    for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
+        m_headers.first(id)->serialize(out);
+    }
+    out.write(std::string_view("\r\n", 2));
+}
+
+void KxSipMessage::serializeBody(KxOutputStream& out) const {
+    out.write(std::string_view(m_body, std::min<std::size_t>(getBodyLength(), m_bodyStored)));
+}
+
+void KxSipMessage::display(KxOutputStream& out, bool) const {
+    serialize(out);
+}

@@ -1,0 +1,176 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeader.h"
+#include "sipobject/messages/KxSipHeaderSlots.h"
+#include "sipobject/messages/KxStatus.h"
+#include "util/KxInetAddress.h"
+#include "util/KxMutex.h"
+#include "util/KxSocketImpl.h"
+
+#include <cstdint>
+#include <vector>
+
+class KxSipContentEncodingHeader;
+class KxSipContentLengthHeader;
+class KxSipContentTypeHeader;
+class KxSipSupportedHeader;
+
+/** A SIP message: its headers by kind, its body, its version, and where it came from or goes to. Requests and responses
+    add their start lines. [RFC 3261 7]
+
+    Headers of one kind hang in a chain behind the first; kinds are written in the order in which each first came, one
+    line a value. A message owns its headers: no header object stands in two messages.
+
+    Threads: adding, looking up and removing headers, setBody, serialize and copying from a message take its lock and
+    may run on several threads at once; the typed getters, getHeaderByID and the plain accessors do not. A header that
+    was handed out is used by one thread at a time. */
+class KX_SIP_API KxSipMessage : public KxObject {
+public:
+    /** Makes an empty message of a class. */
+    using Creator = KxSipMessage* (*)();
+
+    ~KxSipMessage() override;
+
+    /** Status 0, and whatever a class adds to that. */
+    virtual bool isValid() const;
+    virtual bool isRequest() const = 0;
+
+protected:
+    /** Writes the start line with its line end. */
+    virtual void serializeStartLine(KxOutputStream& out) const = 0;
+    /** Reads the message behind its first token; see sConstructFrom. */
+    virtual void parse(const char* token, KxInputStream& in);
+    /** Whether the headers that every message must carry are there, single and consistent. */
+    virtual void checkValidity();
+    /** Reads the rest of the start line with its line end. Throws KxSipParseError. */
+    virtual void parseStartLine(KxInputStream& in) = 0;
+
+public:
+    bool isResponse() const { return !isRequest(); }
+
+    /** Reads one message. What can be kept is kept: a header line that can't be read is dropped and the status becomes
+        1; a body type that the message's own Accept does not list makes it 2. Bytes behind the body stay unread; without
+        a Content-Length the rest of the stream is the body.
+        Throws KxSipParseKeepAliveException where the stream starts with white space or "/"; KxSipParseError "SIP
+        Method Token Expected" for an empty stream, "message body is shorter than Content-Length" and the texts of the
+        start-line readers. [RFC 3261 7, 18.3] */
+    static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
+    /** Registers the class of a start token, letter case respected; for static initialisers, the first stands. */
+    static void sAddConstructor(const KxString& token, Creator creator);
+
+    /** Writes the message: start line, headers, an empty line, and as much of the body as Content-Length says and as
+        there is; then flushes. */
+    void serialize(KxOutputStream& out) const;
+    void display(KxOutputStream& out, bool verbose) const override;
+
+    /** The first header of a kind, nil when there is none. */
+    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const { return m_headers.first(id); }
+    /** The kinds of header there are, in the order in which serialize writes them. */
+    std::vector<HeaderID> getHeaderOrder() const;
+    /** The first header that is written under the name, letter case ignored (so not one that came under its compact
+        name); of headers that are not registered the first of exactly that name. Its getNext goes on from there. */
+    KxHandle<KxSipHeader> getHeader(std::string_view name) const;
+
+    KxHandle<KxSipContentLengthHeader> getContentLengthHeader() const;
+    KxHandle<KxSipContentEncodingHeader> getContentEncodingHeader() const;
+    KxHandle<KxSipContentTypeHeader> getContentTypeHeader() const;
+    KxHandle<KxSipSupportedHeader> getSupportedHeader() const;
+
+    /** Whether Supported, or Require, lists exactly this option tag. */
+    bool isSupported(std::string_view optionTag) const;
+    bool isRequired(std::string_view optionTag) const;
+
+    /** Adds the header, which the message owns from now on: as the first of its kind, its own chain replaced by the
+        others, or behind the last, with its chain. Nil, and the very object that stands first already, change nothing. */
+    void addHeader(const KxHandle<KxSipHeader>& header, bool first);
+    /** As addHeader, with a copy of this one value. */
+    void addSingleHeader(const KxHandle<KxSipHeader>& header, bool first);
+    /** Takes out the first value of the header written under the name, letter case ignored; false when there is none. */
+    bool removeHeader(std::string_view name);
+
+    /** Sets Content-Length, the body (copied) and Content-Type, in this order. A length of 0 leaves the old body where
+        it is. Throws KxSipParseError, Content-Length being set already: "Can't build SIP request with NULL body
+        pointer", "Can't build SIP request(with body) with no content-type". */
+    void setBody(const void* body, const char* contentType, std::uint32_t length);
+    void setBody(const char* body, const char* contentType);
+    /** The bytes, a NUL behind them; null without a body. Holds until the body changes. */
+    const char* getBody() const { return m_body; }
+    bool hasBody() const { return m_body != nullptr; }
+    /** What Content-Length says, 0 without one; the bytes at getBody may be fewer. */
+    std::uint32_t getBodyLength() const;
+    /** How many bytes stand at getBody. */
+    std::size_t getStoredBodyLength() const { return m_bodyStored; }
+    /** The text of Content-Type without its parameters. */
+    KxString getBodyType() const;
+
+    unsigned getVersionHigh() const { return m_versionHigh; }
+    unsigned getVersionLow() const { return m_versionLow; }
+    const KxInetAddress& getConnectionAddress() const { return m_connectionAddress; }
+    void setConnectionAddress(const KxInetAddress& address) { m_connectionAddress = address; }
+    std::uint32_t getConnectionPort() const { return m_connectionPort; }
+    void setConnectionPort(std::uint32_t port) { m_connectionPort = port; }
+    const KxInetAddress& getLocalAddress() const { return m_localAddress; }
+    void setLocalAddress(const KxInetAddress& address) { m_localAddress = address; }
+    std::uint32_t getLocalPort() const { return m_localPort; }
+    void setLocalPort(std::uint32_t port) { m_localPort = port; }
+    KxSocketImpl::Transport getConnectionTransport() const { return m_connectionTransport; }
+    void setConnectionTransport(KxSocketImpl::Transport transport) { m_connectionTransport = transport; }
+    KxStatus getStatus() const { return m_status; }
+
+    KX_MEM_ACCOUNT_OPERATORS(s_account);
+
+    /** Registers the message class M under its sMethodName; stands once in the class's .cpp, behind that name. M makes
+        it a friend and has a default constructor. */
+    template <class M>
+    struct Registration {
+        Registration() {
+            sAddConstructor(M::sMethodName, []() -> KxSipMessage* { return new M; });
+        }
+    };
+
+protected:
+    KxSipMessage();
+    /** A deep copy, under the other's lock; its status starts at 0. */
+    KxSipMessage(const KxSipMessage& other);
+
+    void parseHeaders(KxInputStream& in);
+    void parseBody(KxInputStream& in);
+    /** addHeader without the lock, while nobody else knows the message. */
+    void asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first);
+    /** Into the empty slot of its kind, unchecked. */
+    void addHeaderByID(const KxHandle<KxSipHeader>& header);
+    void setVersion(unsigned high, unsigned low);
+    void setStatus(KxStatus status) { m_status = status; }
+    KxMutex& mutex() const { return *m_mutex; }
+
+private:
+    template <class H>
+    KxHandle<H> typed() const;
+    template <class H>
+    bool listsTag(std::string_view optionTag) const;
+    KxHandle<KxSipHeader> findHeader(std::string_view name) const;
+    HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
+    void insert(const KxHandle<KxSipHeader>& header, bool first, const char* operation);
+    bool acceptsOwnBodyType() const;
+    void noteFault(const char* what, const KxString& why);
+    void readBody(KxInputStream& in, std::size_t length);
+    void replaceBody(const void* bytes, std::size_t length);
+    char* allocateBody(std::size_t length);
+    void serializeHeaders(KxOutputStream& out) const;
+    void serializeBody(KxOutputStream& out) const;
+
+    static Oskan::MemAccount s_account;
+
+    KxMutex* const m_mutex;
+    KxSipHeaderSlots m_headers;
+    char* m_body = nullptr;
+    std::size_t m_bodyStored = 0;
+    std::uint8_t m_versionHigh = 2;
+    std::uint8_t m_versionLow = 0;
+    KxStatus m_status = KX_STATUS_VALID;
+    KxSocketImpl::Transport m_connectionTransport = KxSocketImpl::UDP;
+    KxInetAddress m_connectionAddress;
+    std::uint32_t m_connectionPort = 0;
+    KxInetAddress m_localAddress;
+    std::uint32_t m_localPort = 0;
+};

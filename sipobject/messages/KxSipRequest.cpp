@@ -1,0 +1,181 @@
+#include "sipobject/messages/KxSipRequest.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
+#include "sipobject/address/KxSipURL.h"
+#include "sipobject/address/KxTelURL.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxLineEnd.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipRequest"};
+constexpr KxCharSet kLineFeed("\n");
+constexpr std::size_t kVersionLength = 7; // of "SIP/2.0"
+
+/** A scheme that only begins like "sip": the parser of SIP URLs would refuse it as bad grammar. */
+bool onlyBeginsLikeSip(std::string_view uri) {
+    const std::size_t begin = std::min(uri.find_first_not_of(" <\t"), uri.size());
+    const std::string_view scheme = KxAscii::trim(uri.substr(begin, uri.find(':') - begin));
+    return uri.find(':') != std::string_view::npos && scheme.size() > 3 &&
+           KxAscii::equalsNoCase(scheme.substr(0, 3), KxSipURL::sToken);
+}
+
+} // namespace
+
+KxSipRequest::KxSipRequest() : m_Method("") {}
+
+KxSipRequest::KxSipRequest(const KxSipRequest& other)
+    : KxSipMessage(other), m_Method(other.m_Method), m_URI(other.m_URI) {}
+
+KxSipRequest::KxSipRequest(const KxString& method) : m_Method(method), m_URI(new KxURI(nullptr)) {
+    if (method.empty()) {
+        KxException::sThrow("KxSipRequest constructor expects a Method Name");
+    }
+}
+
+bool KxSipRequest::isRequest() const {
+    return true;
+}
+
+void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
+    const KxMutexLock lock(mutex());
+    m_URI = uri.isNil() ? nullptr : KxHandle<KxURI>(uri->clone());
+    stripBrackets();
+}
+
+void KxSipRequest::parse(const char* token, KxInputStream& in) {
+    m_Method = KxString(token);
+    KxSipMessage::parse(token, in);
+}
+
+void KxSipRequest::refuse(KxStatus status, const char* why) {
+    setStatus(status);
+    KxSipParseError::sThrow(why);
+}
+
+void KxSipRequest::parseStartLine(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipRequest::parseStartLine");
+    KxScannedText scanned;
+    const std::string_view line = scanned.until(in, kLineFeed);
+    if (in.read() < 0) {
+        refuse(KX_STATUS_UNUSABLE,
+               "Invalid Start-Line for SIP request: reached end of message looking for end-of-line");
+    }
+    parseRequestLine(line);
+}
+
+/** What stands between the method and the LF. */
+void KxSipRequest::parseRequestLine(std::string_view line) {
+    if (line.empty() || line.back() != '\r') {
+        refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: no CR before LF");
+    }
+    line.remove_suffix(1);
+    const auto spaces = std::count(line.begin(), line.end(), ' ');
+    if (spaces < 1 || spaces > 2 || (spaces == 2 && line.front() != ' ')) {
+        refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces");
+    }
+    const std::size_t last = line.rfind(' ');
+    if (last == 0) {
+        KxSipParseError::sThrow("Invalid Start-Line for SIP request");
+    }
+    checkVersion(line.substr(last + 1));
+    parseRequestURI(line.substr(0, last));
+}
+
+void KxSipRequest::checkVersion(std::string_view version) {
+    if (version.size() != kVersionLength || version.substr(0, 4) != "SIP/") {
+        KxSipParseError::sThrow("Invalid SIP Version");
+    }
+    if (version.substr(4) != "2.0") {
+        refuse(KX_STATUS_VERSION_NOT_SUPPORTED, "Invalid SIP Version");
+    }
+    setVersion(2, 0);
+}
+
+void KxSipRequest::parseRequestURI(std::string_view text) {
+    if (onlyBeginsLikeSip(text)) {
+        refuse(KX_STATUS_UNSUPPORTED_URI_SCHEME, "Unsupported Uri Scheme");
+    }
+    KxByteArrayInputStream uri(text);
+    m_URI = KxURI::sConstructFrom(uri, true);
+    if (m_URI.isNil()) {
+        KxSipParseError::sThrow("Invalid SIP URI");
+    }
+    const KxString& scheme = m_URI->getScheme();
+    if (!scheme.equalsNoCase(KxSipURL::sToken) && !scheme.equalsNoCase(KxTelURL::sToken)) {
+        refuse(KX_STATUS_UNSUPPORTED_URI_SCHEME, "Unsupported Uri Scheme");
+    }
+    stripSipURLHeaders();
+    stripBrackets();
+}
+
+void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
+    const Oskan::TraceScope trace(s_logger, "KxSipRequest::serializeStartLine");
+    if (m_Method.empty() || m_URI.isNil()) {
+        return;
+    }
+    out << m_Method << ' ';
+    m_URI->serialize(out);
+    out << " SIP/" << getVersionHigh() << '.' << getVersionLow() << std::string_view("\r\n", 2);
+}
+
+/** The headers behind the "?" of a SIP Request-URI replace those of the request; "body" is its body. [RFC 3261 19.1.5] */
+void KxSipRequest::stripSipURLHeaders() {
+    auto* const url = dynamic_cast<KxSipURL*>(m_URI.get());
+    if (url == nullptr || !url->hasHeaders()) {
+        return;
+    }
+    const KxHandle<KxParameters> entries = url->getHeaders();
+    for (const KxParameters::Pair& entry : *entries) { // names differ, so what is added below is never removed here
+        while (removeHeader(entry.name)) {
+        }
+    }
+    for (const KxParameters::Pair& entry : *entries) {
+        if (entry.name.equalsNoCase("body")) {
+            KxByteArrayInputStream body(entry.value.view());
+            parseBody(body);
+        } else {
+            addHeader(headerFrom(entry.name, entry.value), false);
+        }
+    }
+    url->clearHeaders();
+}
+
+/** A header of the name and value; a name that could not stand in front of a colon is refused. */
+KxHandle<KxSipHeader> KxSipRequest::headerFrom(const KxString& name, const KxString& value) {
+    if (name.view().find(':') != std::string_view::npos || KxAscii::trim(name) != name.view()) {
+        KxSipParseError::sThrow("Header token expected");
+    }
+    KxHandle<KxSipHeader> header(KxSipHeader::sConstruct(name));
+    const std::string line = std::string(value.view()) + "\r\n";
+    KxByteArrayInputStream in{std::string_view(line)};
+    header->parseRest(in);
+    return header;
+}
+
+KxString KxSipRequest::clearBrackets(const KxString& text) {
+    std::string clear(text.view());
+    std::erase_if(clear, [](char c) { return c == '<' || c == '>'; });
+    return KxString(clear);
+}
+
+void KxSipRequest::stripBrackets() {
+    constexpr std::string_view kBrackets = "<>";
+    if (m_URI.isNil()) {
+        return;
+    }
+    if (m_URI->getScheme().view().find_first_of(kBrackets) != std::string_view::npos) {
+        m_URI->setScheme(clearBrackets(m_URI->getScheme()));
+    }
+    if (m_URI->getSchemeData().view().find_first_of(kBrackets) != std::string_view::npos) {
+        m_URI->setSchemeData(clearBrackets(m_URI->getSchemeData()));
+    }
+}
