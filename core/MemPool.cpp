@@ -13,7 +13,8 @@ namespace Oskan {
 
 namespace {
 
-constexpr std::size_t kChunkBytes = 8 * MemClasses::kSlabBytes;
+constexpr std::size_t kFirstChunkBytes = 8 * MemClasses::kSlabBytes;
+constexpr std::size_t kLastChunkBytes = 32 * MemClasses::kSlabBytes;
 static_assert(MemRows::kRows == MemThreadCache::kRows);
 
 /** Whole lists that threads had too much of, by class. A batch's first block holds the next block in its first word
@@ -43,6 +44,7 @@ constinit std::mutex s_chunksMutex;
 constinit MemSlabHeader* s_chunks = nullptr; ///< All chunks, so that they stay reachable.
 constinit char* s_chunkNext = nullptr;
 constinit char* s_chunkEnd = nullptr;
+constinit std::size_t s_chunkBytes = kFirstChunkBytes; ///< Of the next one; malloc touches a page for each.
 
 __thread ThreadState t_state __attribute__((tls_model("initial-exec")));
 
@@ -78,12 +80,13 @@ void* takeBatch(std::size_t cellOffset) noexcept {
 char* newSlab(std::size_t cellOffset) {
     const std::lock_guard lock(s_chunksMutex);
     if (s_chunkNext == s_chunkEnd) {
-        char* const chunk = static_cast<char*>(std::aligned_alloc(MemClasses::kSlabBytes, kChunkBytes));
+        char* const chunk = static_cast<char*>(std::aligned_alloc(MemClasses::kSlabBytes, s_chunkBytes));
         if (!chunk)
             throw std::bad_alloc();
         s_chunks = new (chunk) MemSlabHeader{0, s_chunks, 0};
         s_chunkNext = chunk;
-        s_chunkEnd = chunk + kChunkBytes;
+        s_chunkEnd = chunk + s_chunkBytes;
+        s_chunkBytes = std::min(2 * s_chunkBytes, kLastChunkBytes);
     }
     char* const slab = s_chunkNext;
     s_chunkNext += MemClasses::kSlabBytes;

@@ -1,0 +1,104 @@
+#include "core/Assertion.h"
+
+#include "LogCapture.h"
+#include "core/AceCleanupLogger.h"
+#include "core/DynCastAssert.h"
+#include "core/Fallible.h"
+#include "core/Logger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+using Oskan::Assertion;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxAsserted"};
+
+/** Lets the dying child show what was logged. */
+void logToStderr() {
+    log4cplus::Logger::getRoot().addAppender(
+        log4cplus::SharedAppenderPtr(new FunctionAppender([](const LogRecord& record) {
+            std::fprintf(stderr, "[%s %d %s]\n", record.logger.c_str(), record.level, record.text.c_str());
+        })));
+}
+
+struct Base {
+    virtual ~Base() = default;
+};
+struct KxSipURL : Base {};
+struct Derived : KxSipURL {};
+struct Sibling : Base {};
+
+} // namespace
+
+TEST(AssertionTest, PassesWhenTheConditionHolds) {
+    int evaluated = 0;
+    OSKAN_ASSERT(++evaluated == 1);
+    Assertion(true, "never", s_logger);
+    EXPECT_EQ(evaluated, 1);
+}
+
+TEST(AssertionDeathTest, ReportsToLoggerAndStderrAndStops) {
+    const auto dies = [](void (*fail)(), const std::string& logger, const std::string& text) {
+        EXPECT_DEATH(
+            {
+                logToStderr();
+                fail();
+            },
+            AllOf(testing::StartsWith(text + "\n"), HasSubstr("[" + logger + " 50000 " + text + "]")));
+    };
+    dies([] { Assertion(false, "pObj!=0", "KxHandle.h", 42); }, "tandril.infra.Assertion",
+         "Assertion failed: pObj!=0, file KxHandle.h, line 42");
+    dies([] { Assertion(false, "!m_Method.empty()"); }, "tandril.infra.Assertion",
+         "Assertion failed: !m_Method.empty()");
+    dies([] { Assertion(false, "a", Oskan::Logger("tandril.own"), "f", 1); }, "tandril.own",
+         "Assertion failed: a, file f, line 1");
+    dies([] { Assertion(false, "b", s_logger, "f", 2); }, "tandril.kx.KxAsserted",
+         "Assertion failed: b, file f, line 2");
+    EXPECT_DEATH(OSKAN_ASSERT(1 + 1 == 3), HasSubstr("1 + 1 == 3, file " __FILE__ ", line "));
+}
+
+TEST(DynCastAssertTest, GivesTheObject) {
+    KxSipURL exact;
+    Derived derived;
+    Base* const pObject = &exact;
+    Base* const pDerived = &derived;
+    const Base* const pConst = &derived;
+    EXPECT_EQ(OSKAN_DYNCAST_ASSERT(KxSipURL, pObject), &exact);
+    EXPECT_EQ(OSKAN_DYNCAST_ASSERT(KxSipURL, pDerived), &derived);
+    const KxSipURL* const target = OSKAN_DYNCAST_ASSERT(KxSipURL, pConst);
+    EXPECT_EQ(target, &derived);
+}
+
+TEST(DynCastAssertDeathTest, ReportsTheCastAsWritten) {
+    Sibling sibling;
+    Base* pObject = &sibling;
+    EXPECT_DEATH(OSKAN_DYNCAST_ASSERT(KxSipURL, pObject), HasSubstr("OSKAN_DYNCAST_ASSERT(KxSipURL, pObject)"));
+    pObject = nullptr;
+    EXPECT_DEATH(OSKAN_DYNCAST_ASSERT(KxSipURL, pObject),
+                 AllOf(HasSubstr("OSKAN_DYNCAST_ASSERT(KxSipURL, pObject)"), HasSubstr("null")));
+}
+
+TEST(FallibleTest, HoldsAValueOrNone) {
+    static constexpr Oskan::Fallible<int> none;
+    static constexpr Oskan::Fallible<int> two = 2;
+    static_assert(!none.isValid() && two.isValid() && two.get() == 2);
+    const auto find = [](bool found) -> Oskan::Fallible<std::string> {
+        if (found)
+            return std::string("UDP");
+        return {};
+    };
+    EXPECT_EQ(find(true).get(), "UDP");
+    EXPECT_FALSE(find(false).isValid());
+}
+
+TEST(FallibleDeathTest, ReadingAnInvalidOneStops) {
+    const Oskan::Fallible<int> none;
+    EXPECT_DEATH(static_cast<void>(none.get()), "Fallible used in invalid state");
+}

@@ -1,0 +1,96 @@
+#include "core/Exception.h"
+#include "core/GlobalConfig.h"
+#include "core/ParameterInfoDB.h"
+#include "core/SingletonRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+using Oskan::GlobalConfig;
+using Oskan::ParameterInfo;
+using Oskan::ParameterInfoDB;
+using Oskan::SingletonRegistry;
+
+TEST(ParameterInfoDBTest, RefusesEmptyAndRepeatedNames) {
+    ParameterInfoDB& db = ParameterInfoDB::getNonConstInstance();
+    db.addParameter("test.db", ParameterInfo::Type::Integer, "5", ParameterInfo::Range{1, 9}, "first");
+    EXPECT_THROW(db.addParameter("test.db", ParameterInfo::Type::Text, "6", "second"), Oskan::Exception);
+    EXPECT_THROW(db.addParameter("", ParameterInfo::Type::Text, "", ""), Oskan::Exception);
+    const ParameterInfo* const info = ParameterInfoDB::getInstance().find("test.db");
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->defaultValue, "5");
+    EXPECT_EQ(info->description, "first");
+    EXPECT_EQ(info->range->greatest, 9);
+    EXPECT_EQ(ParameterInfoDB::getInstance().find("test.d"), nullptr);
+}
+
+TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
+    ParameterInfoDB::getNonConstInstance().addParameter("test.on", ParameterInfo::Type::Boolean, "true", "");
+    ParameterInfoDB::getNonConstInstance().addParameter("test.off", ParameterInfo::Type::Boolean, "false", "");
+    struct Row {
+        const char* name;
+        const char* set; ///< Nil: not set.
+        bool known;
+        bool value;
+    };
+    const std::vector<Row> rows{
+        {"test.unknown", nullptr, false, false}, {"test.on", nullptr, true, true},  {"test.off", nullptr, true, false},
+        {"test.off", "true", true, true},        {"test.off", "TrUe", true, true},  {"test.on", "FALSE", true, false},
+        {"test.on", "yes", false, false},        {"test.on", "", false, false},     {"test.on", "true ", false, false},
+        {"test.on", "tru", false, false},        {"test.unregistered", "true", true, true},
+    };
+    GlobalConfig& config = GlobalConfig::getInstance();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.name) + "=" + (row.set ? row.set : "(default)"));
+        if (row.set)
+            config.set(row.name, row.set);
+        bool value = !row.value;
+        EXPECT_EQ(config.getBool(row.name, value), row.known);
+        EXPECT_EQ(value, row.known == row.value || !row.known ? (row.known ? row.value : !row.value) : row.value);
+        config.unset(row.name);
+    }
+    bool value = false;
+    EXPECT_TRUE(config.getBool("test.on", value) && value); // Back to its default.
+}
+
+TEST(SingletonRegistryTest, MakesOneObjectAName) {
+    SingletonRegistry& registry = SingletonRegistry::getInstance();
+    EXPECT_EQ(registry.get<std::string>("s.one"), nullptr);
+    EXPECT_THROW(registry.getOrCreate<std::string>("s.one",
+                                                   []() -> std::unique_ptr<std::string> {
+                                                       throw std::runtime_error("not today");
+                                                   }),
+                 std::runtime_error);
+    std::string* const one = registry.getOrCreate<std::string>("s.one", [&] {
+        registry.getOrCreate<int>("s.two", [] { return std::make_unique<int>(2); });
+        return std::make_unique<std::string>("1");
+    });
+    EXPECT_EQ(registry.getOrCreate<std::string>("s.one", [] { return std::make_unique<std::string>("other"); }), one);
+    EXPECT_EQ(*registry.get<std::string>("s.one"), "1");
+    EXPECT_EQ(*registry.get<int>("s.two"), 2);
+    EXPECT_THROW(registry.get<int>("s.one"), Oskan::Exception);
+}
+
+TEST(SingletonRegistryThreadTest, ThreadsGetTheSameObject) {
+    std::atomic<int> made{0};
+    std::vector<int*> seen(4);
+    {
+        std::vector<std::jthread> threads;
+        for (int*& slot : seen) {
+            threads.emplace_back([&made, &slot] {
+                slot = SingletonRegistry::getInstance().getOrCreate<int>("s.thread", [&] {
+                    ++made;
+                    return std::make_unique<int>(1);
+                });
+            });
+        }
+    }
+    EXPECT_EQ(made, 1);
+    EXPECT_EQ(seen, std::vector<int*>(4, seen[0]));
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <log4cplus/appender.h>
+#include <log4cplus/hierarchy.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/loglevel.h>
+#include <log4cplus/spi/loggingevent.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/** What an appender saw of one record. */
+struct LogRecord {
+    std::string logger;
+    int level;
+    std::string text;
+    std::string file;
+    int line;
+
+    bool operator==(const LogRecord&) const = default;
+};
+
+/** Hands every record to a function. */
+class FunctionAppender : public log4cplus::Appender {
+public:
+    explicit FunctionAppender(std::function<void(const LogRecord&)> function) : m_function(std::move(function)) {}
+    ~FunctionAppender() override { destructorImpl(); }
+    void close() override { closed = true; }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override {
+        m_function({event.getLoggerName(), event.getLogLevel(), event.getMessage(), event.getFile(), event.getLine()});
+    }
+
+private:
+    std::function<void(const LogRecord&)> m_function;
+};
+
+/** Attaches an appender to a logger while in scope, and puts all of log4cplus back into its first state after. */
+class LogCapture {
+public:
+    explicit LogCapture(log4cplus::Logger logger = log4cplus::Logger::getRoot()) {
+        logger.addAppender(log4cplus::SharedAppenderPtr(
+            new FunctionAppender([this](const LogRecord& record) { records.push_back(record); })));
+    }
+    ~LogCapture() { log4cplus::Logger::getDefaultHierarchy().resetConfiguration(); }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    /** The texts seen since the last call. */
+    std::vector<std::string> texts() {
+        std::vector<std::string> all;
+        for (LogRecord& record : records)
+            all.push_back(std::move(record.text));
+        records.clear();
+        return all;
+    }
+
+    std::vector<LogRecord> records;
+};
