@@ -94,7 +94,10 @@ void KxSipHeader::sAddConstructor(const char* name, Creator creator) {
 KxSipHeader* KxSipHeader::sConstruct(std::string_view name) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstruct");
     const Creator creator = name.size() < kNameLimit ? s_registry.find(name) : nullptr;
-    return creator != nullptr ? creator() : new KxSipUnknownHeader(KxString(name), KxString(""));
+    if (creator != nullptr) {
+        return creator();
+    }
+    return new KxSipUnknownHeader(KxString(name), KxString());
 }
 
 const char* KxSipHeader::sTextOf(KxSipLineFault fault) {

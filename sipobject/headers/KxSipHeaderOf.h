@@ -4,6 +4,7 @@
 #include "core/TraceScope.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
+#include "util/KxByteArrayInputStream.h"
 
 /** What every header class shares and none should write: names, identifier, copying, creation, registration and trace
     scopes. A class H derives from KxSipHeaderOf<H>, makes it a friend and provides
@@ -49,6 +50,12 @@ protected:
     void doSerialize(KxOutputStream& out) const final {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);
         self().serializeValue(out);
+    }
+
+    /** Reads the value from a text, as constructors from text do; null reads as empty. Not before H is complete. */
+    void parseText(const char* text) {
+        KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
+        doParse(in);
     }
 
     static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }

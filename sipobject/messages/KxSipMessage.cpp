@@ -3,11 +3,17 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxSipParseError.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipCallIdHeader.h"
+#include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipContentEncodingHeader.h"
 #include "sipobject/headers/KxSipContentLengthHeader.h"
 #include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipFromHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
 #include "sipobject/headers/KxSipSupportedHeader.h"
+#include "sipobject/headers/KxSipToHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
@@ -65,8 +71,32 @@ KxHandle<H> KxSipMessage::typed() const {
     return KxHandle<H>(header != nullptr && typeid(*header) == typeid(H) ? static_cast<H*>(header) : nullptr);
 }
 
+KxHandle<KxSipViaHeader> KxSipMessage::getViaHeader() const {
+    return typed<KxSipViaHeader>();
+}
+
+KxHandle<KxSipFromHeader> KxSipMessage::getFromHeader() const {
+    return typed<KxSipFromHeader>();
+}
+
+KxHandle<KxSipToHeader> KxSipMessage::getToHeader() const {
+    return typed<KxSipToHeader>();
+}
+
+KxHandle<KxSipCSeqHeader> KxSipMessage::getCSeqHeader() const {
+    return typed<KxSipCSeqHeader>();
+}
+
+KxHandle<KxSipCallIdHeader> KxSipMessage::getCallIdHeader() const {
+    return typed<KxSipCallIdHeader>();
+}
+
 KxHandle<KxSipContentLengthHeader> KxSipMessage::getContentLengthHeader() const {
     return typed<KxSipContentLengthHeader>();
+}
+
+KxHandle<KxSipContactHeader> KxSipMessage::getContactHeader() const {
+    return typed<KxSipContactHeader>();
 }
 
 KxHandle<KxSipContentEncodingHeader> KxSipMessage::getContentEncodingHeader() const {

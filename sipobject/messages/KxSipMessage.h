@@ -10,10 +10,16 @@
 #include <cstdint>
 #include <vector>
 
+class KxSipCSeqHeader;
+class KxSipCallIdHeader;
+class KxSipContactHeader;
 class KxSipContentEncodingHeader;
 class KxSipContentLengthHeader;
 class KxSipContentTypeHeader;
+class KxSipFromHeader;
 class KxSipSupportedHeader;
+class KxSipToHeader;
+class KxSipViaHeader;
 
 /** A SIP message: its headers by kind, its body, its version, and where it came from or goes to. Requests and responses
     add their start lines. [RFC 3261 7]
@@ -71,7 +77,14 @@ public:
         name); of headers that are not registered the first of exactly that name. Its getNext goes on from there. */
     KxHandle<KxSipHeader> getHeader(std::string_view name) const;
 
+    /** The first header of the kind, nil when there is none. */
+    KxHandle<KxSipViaHeader> getViaHeader() const;
+    KxHandle<KxSipFromHeader> getFromHeader() const;
+    KxHandle<KxSipToHeader> getToHeader() const;
+    KxHandle<KxSipCSeqHeader> getCSeqHeader() const;
+    KxHandle<KxSipCallIdHeader> getCallIdHeader() const;
     KxHandle<KxSipContentLengthHeader> getContentLengthHeader() const;
+    KxHandle<KxSipContactHeader> getContactHeader() const;
     KxHandle<KxSipContentEncodingHeader> getContentEncodingHeader() const;
     KxHandle<KxSipContentTypeHeader> getContentTypeHeader() const;
     KxHandle<KxSipSupportedHeader> getSupportedHeader() const;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "sipobject/SipApi.h"
+
+#include <cstdint>
+
+/** A sequence number for a CSeq header. The default one is drawn from the runtime library's generator, which the
+    library never seeds: it is no secret. [RFC 3261 8.1.1.5] */
+class KX_SIP_API KxSipCSeq {
+public:
+    /** Below 16777215. */
+    KxSipCSeq();
+    explicit KxSipCSeq(std::uint32_t value) : m_value(value) {}
+
+    operator unsigned() const { return m_value; }
+
+private:
+    void setValue(std::uint32_t value) { m_value = value; }
+
+    std::uint32_t m_value;
+};

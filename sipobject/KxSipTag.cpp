@@ -1,0 +1,27 @@
+#include "sipobject/KxSipTag.h"
+
+#include "util/KxTime.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+KxSipTag::KxSipTag(const char* prefix) {
+    reGenerate(prefix);
+}
+
+KxSipTag* KxSipTag::clone() const {
+    return new KxSipTag(*this);
+}
+
+void KxSipTag::reGenerate(const char* prefix) {
+    const auto number = static_cast<unsigned>(std::rand());
+    const auto time = static_cast<unsigned>(KxTime::sGetCurrentTime().m_microseconds);
+    char numbers[2 * 8 + 2];
+    const int length = std::snprintf(numbers, sizeof numbers, "%x-%x", number, time);
+    const std::string_view tail(numbers, static_cast<std::size_t>(length));
+    if (prefix == nullptr) {
+        m_value = KxString(tail);
+    } else {
+        m_value = KxString(std::string_view(prefix)).append("-").append(tail);
+    }
+}

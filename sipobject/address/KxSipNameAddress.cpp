@@ -1,0 +1,180 @@
+#include "sipobject/address/KxSipNameAddress.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/DynCastAssert.h"
+#include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxOutputStream.h"
+#include "util/KxStreamTokenizer.h"
+#include "util/KxWholeWindow.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipNameAddress"};
+
+constexpr std::ptrdiff_t kNameLimit = 1024;
+constexpr KxCharSet kLegalInName("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 -.!%*_+`'~");
+
+/** The quote that ends the string opened in front of `at`: the next one that does not follow a backslash. */
+const char* closingQuote(const char* at, const char* end) {
+    for (at = std::find(at, end, '"'); at != end && at[-1] == '\\'; at = std::find(at + 1, end, '"')) {
+    }
+    return at;
+}
+
+void checkLength(const char* begin, const char* end) {
+    if (end - begin >= kNameLimit) {
+        KxSipParseError::sThrow("Invalid SIP Name Address");
+    }
+}
+
+} // namespace
+
+constinit Oskan::MemAccount KxSipNameAddress::s_account{"KxSipNameAddress"};
+
+KxSipNameAddress::KxSipNameAddress() : m_displayName(""), m_URI(new KxURI(nullptr)) {}
+
+KxSipNameAddress::KxSipNameAddress(const KxString& displayName, const KxHandle<KxURI>& uri)
+    : m_brackets(!displayName.empty()),
+      m_standalone(true),
+      m_displayName(displayName),
+      m_URI(uri.isNil() ? nullptr : uri->clone()) {}
+
+KxSipNameAddress::KxSipNameAddress(const char* text) : m_standalone(true), m_displayName("") {
+    parse(text);
+}
+
+KxSipNameAddress::KxSipNameAddress(const KxSipNameAddress& rNameAddress)
+    : KxObject(rNameAddress),
+      m_brackets(rNameAddress.m_brackets),
+      m_standalone(rNameAddress.m_standalone),
+      m_displayName(rNameAddress.m_displayName) {
+    const Oskan::TraceScope trace(s_logger, "KxSipNameAddress copy ctor");
+    if (!rNameAddress.m_URI.isNil()) {
+        m_URI = KxHandle<KxURI>(OSKAN_DYNCAST_ASSERT(KxURI, rNameAddress.m_URI->clone()));
+    }
+}
+
+KxSipNameAddress::~KxSipNameAddress() = default;
+
+KxSipNameAddress* KxSipNameAddress::clone() const {
+    return new KxSipNameAddress(*this);
+}
+
+KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
+    KxHandle<KxSipNameAddress> address(new KxSipNameAddress(Unset::Tag));
+    address->parse(in);
+    return address;
+}
+
+KxHandle<KxSipURL> KxSipNameAddress::getURL() const {
+    if (!m_URI.isNil() && m_URI->isSipURL()) {
+        return KxHandle<KxSipURL>(static_cast<KxSipURL*>(m_URI.get()));
+    }
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug, std::string("KxSipNameAddress::getURL returns NULL since ")
+                                                 .append(getURLString().view())
+                                                 .append(" isn't a SIP URL"));
+    }
+    return {};
+}
+
+KxString KxSipNameAddress::getURLString() const {
+    return m_URI.isNil() ? KxString("") : m_URI->getString();
+}
+
+bool KxSipNameAddress::isLegalDisplayNameChar(char c) {
+    return kLegalInName.contains(c);
+}
+
+void KxSipNameAddress::parse(const char* text) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipNameAddress::parse(2)");
+    const std::string_view view(text == nullptr ? "" : text);
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug, std::string("Parsing ").append(view).append(" into an KxSipNameAddress"));
+    }
+    KxByteArrayInputStream in(view);
+    parse(in);
+}
+
+void KxSipNameAddress::parse(KxInputStream& in) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipNameAddress::parse(1)");
+    KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
+}
+
+void KxSipNameAddress::parseWhole(KxInputStream& in) {
+    KxStreamTokenizer::sDiscardWhite(in);
+    const std::string_view text = in.window();
+    const char* const end = text.data() + text.size();
+    const char* uri = parseDisplayName(text.data(), end);
+    if (m_brackets) {
+        uri = std::find(uri, end, '<');
+    }
+    in.consume(static_cast<std::size_t>(uri - text.data()));
+    m_URI = KxURI::sConstructFrom(in, m_standalone);
+}
+
+/** Reads up to what shows where the URI begins; returns where to look for it: the beginning, or the last quote. */
+const char* KxSipNameAddress::parseDisplayName(const char* begin, const char* end) {
+    const char* uri = begin;
+    for (const char* at = begin; at != end && *at != ':'; ++at) {
+        if (*at == '<') {
+            setDisplayName(begin, at);
+            m_brackets = true;
+            break;
+        }
+        if (*at == '\n') {
+            if (!m_brackets) {
+                setDisplayName(begin, at);
+                KxSipParseError::sThrow("URL not specified");
+            }
+            break;
+        }
+        if (*at == '"') {
+            at = closingQuote(at + 1, end);
+            checkLength(begin, at);
+            if (at == end) {
+                KxSipParseError::sThrow("Invalid quote in KxSipNameAddress");
+            }
+            uri = at;
+        } else if (!isLegalDisplayNameChar(*at)) {
+            KxSipParseError::sThrow(std::string("Invalid Character (") + *at + ") in name-addr");
+        }
+        checkLength(begin, at + 1);
+    }
+    return uri;
+}
+
+void KxSipNameAddress::setDisplayName(const char* begin, const char* end) {
+    m_displayName = KxString(KxAscii::trim(std::string_view(begin, static_cast<std::size_t>(end - begin))));
+}
+
+void KxSipNameAddress::display(KxOutputStream& out, bool) const {
+    if (!m_displayName.empty()) {
+        out.write(m_displayName.view());
+        out.write(' ');
+    }
+    out.write('<');
+    out << m_URI;
+    out.write('>');
+}
+
+KxInputStream& operator>>(KxInputStream& in, KxHandle<KxSipNameAddress>& address) {
+    if (address.isNil()) {
+        address = KxSipNameAddress::sConstructFrom(in);
+    } else {
+        address->parse(in);
+    }
+    return in;
+}
+
+KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxSipNameAddress>& address) {
+    if (!address.isNil()) {
+        address->display(out, false);
+    }
+    return out;
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "sipobject/KxSipParseError.h"
+#include "sipobject/address/KxSipNameAddress.h"
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxLazyParameters.h"
+#include "util/KxOutputStream.h"
+
+/** The family of headers whose value is a name-address. Inside a header the ";" behind a URL without brackets belongs to
+    the header. This base holds the name-address; what is read around it the classes say. */
+template <class H>
+class KxSipAddressHeader : public KxSipHeaderOf<H> {
+public:
+    /** The name-address itself, shared; nil only in a wildcard Contact. */
+    const KxHandle<KxSipNameAddress>& getNameAddress() const { return m_nameAddress; }
+
+protected:
+    KxSipAddressHeader() = default;
+    /** Holds a copy; nil gives an empty one. */
+    explicit KxSipAddressHeader(const KxHandle<KxSipNameAddress>& address)
+        : m_nameAddress(address.isNil() ? new KxSipNameAddress : address->clone()) {}
+    /** Wraps a copy of the URL, without a display name. */
+    explicit KxSipAddressHeader(const KxHandle<KxSipURL>& url)
+        : m_nameAddress(new KxSipNameAddress(KxString(""), url)) {}
+    KxSipAddressHeader(const KxSipAddressHeader& other)
+        : KxSipHeaderOf<H>(other),
+          m_nameAddress(other.m_nameAddress.isNil() ? nullptr : other.m_nameAddress->clone()) {}
+
+    /** The SIP URL of the name-address; nil when there is none. */
+    KxHandle<KxSipURL> getSipURL() const {
+        return m_nameAddress.isNil() ? KxHandle<KxSipURL>() : m_nameAddress->getURL();
+    }
+
+    KxHandle<KxSipNameAddress> m_nameAddress;
+
+private:
+    friend class KxSipHeaderOf<H>;
+
+    void serializeValue(KxOutputStream& out) const { out << m_nameAddress; }
+};
+
+/** The address headers with header parameters behind the name-address: name-addr *(SEMI parameter). A class H that has
+    more to ask of a value it read provides checkValidity(). */
+template <class H>
+class KxSipParameterAddressHeader : public KxSipAddressHeader<H> {
+public:
+    /** The list itself, shared; never nil. */
+    KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
+    /** Nil when absent. */
+    KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
+    bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
+    void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+    void removeParameter(std::string_view name) { m_parameters.removeValue(name); }
+
+protected:
+    KxSipParameterAddressHeader() = default;
+    /** Holds copies; nil gives empty ones. */
+    KxSipParameterAddressHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters)
+        : KxSipAddressHeader<H>(address), m_parameters(copyOf(parameters)) {}
+    KxSipParameterAddressHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)
+        : KxSipAddressHeader<H>(url), m_parameters(copyOf(parameters)) {}
+    KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
+
+    void parseAddress(KxInputStream& in) {
+        this->m_nameAddress = KxSipNameAddress::sConstructFrom(in);
+        const int c = in.peek();
+        if (c <= '\r' || c >= 0x80) { // the end, a line end or a byte that is no text
+            return;
+        }
+        if (c == ';') {
+            in.read();
+        }
+        if (c != ',') {
+            m_parameters.write().parse(in);
+        }
+    }
+    void serializeAddress(KxOutputStream& out) const {
+        out << this->m_nameAddress;
+        m_parameters.serializeBehind(out);
+    }
+
+    KxLazyParameters m_parameters;
+
+private:
+    friend class KxSipHeaderOf<H>;
+
+    static KxHandle<KxParameters> copyOf(const KxHandle<KxParameters>& parameters) {
+        return parameters.isNil() ? KxHandle<KxParameters>() : KxHandle<KxParameters>(parameters->clone());
+    }
+
+    void parseValue(KxInputStream& in) {
+        parseAddress(in);
+        if constexpr (requires(H & header) { header.checkValidity(); }) {
+            static_cast<H*>(this)->checkValidity();
+        }
+    }
+    void serializeValue(KxOutputStream& out) const { serializeAddress(out); }
+};

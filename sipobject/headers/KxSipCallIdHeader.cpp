@@ -1,0 +1,29 @@
+#include "sipobject/headers/KxSipCallIdHeader.h"
+
+#include "sipobject/KxSipParseError.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+namespace {
+
+constexpr KxCharSet kWhite(" \t\r\n");
+
+} // namespace
+
+constinit const KxConstString KxSipCallIdHeader::sToken{"Call-ID"};
+constinit const KxConstString KxSipCallIdHeader::sCompactToken{"i"};
+
+static const KxSipCallIdHeader::Registration s_registration;
+
+void KxSipCallIdHeader::parseValue(KxInputStream& in) {
+    KxScannedText scanned;
+    const std::string_view callId = KxAscii::trim(scanned.token(in, kWhite));
+    if (callId.empty()) {
+        KxSipParseError::sThrow("Invalid Call-ID header");
+    }
+    m_callId = KxString(callId);
+}
+
+void KxSipCallIdHeader::serializeValue(KxOutputStream& out) const {
+    out << m_callId;
+}

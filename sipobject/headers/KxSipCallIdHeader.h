@@ -1,0 +1,28 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+
+/** Call-ID: names the call.
+    Call-ID = ( "Call-ID" / "i" ) HCOLON callid                               [RFC 3261 20.8]
+    Ends at white space only, so a comma belongs to it; an empty one throws "Invalid Call-ID header".
+    "i: a84b4c76,66710@h" -> the same */
+class KX_SIP_API KxSipCallIdHeader final : public KxSipHeaderOf<KxSipCallIdHeader> {
+public:
+    explicit KxSipCallIdHeader(const KxString& callId) : m_callId(callId) {}
+
+    const KxString& getCallId() const { return m_callId; }
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipCallIdHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kCallId;
+
+private:
+    friend class KxSipHeaderOf<KxSipCallIdHeader>;
+
+    KxSipCallIdHeader() = default;
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    KxString m_callId;
+};

@@ -1,0 +1,44 @@
+#include "sipobject/headers/KxSipContactHeader.h"
+
+#include "util/KxStreamTokenizer.h"
+
+constinit const KxConstString KxSipContactHeader::sToken{"Contact"};
+constinit const KxConstString KxSipContactHeader::sCompactToken{"m"};
+
+static const KxSipContactHeader::Registration s_registration;
+
+KxSipContactHeader::KxSipContactHeader(const KxHandle<KxSipNameAddress>& address)
+    : KxSipParameterAddressHeader(address, {}) {
+    const Oskan::TraceScope trace(sLogger(), "KxSipContactHeader ctor");
+}
+
+KxSipContactHeader::KxSipContactHeader(const char* text) {
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipContactHeader ctor");
+    parseText(text);
+}
+
+KxString KxSipContactHeader::getDisplayName() const {
+    return m_nameAddress.isNil() ? KxString("") : m_nameAddress->getDisplayName();
+}
+
+void KxSipContactHeader::parseValue(KxInputStream& in) {
+    m_wildCard = KxStreamTokenizer::sDiscardWhite(in) == '*';
+    if (m_wildCard) {
+        in.read();
+        m_nameAddress = nullptr;
+    } else {
+        parseAddress(in);
+    }
+}
+
+void KxSipContactHeader::serializeValue(KxOutputStream& out) const {
+    if (m_wildCard) {
+        out.write('*');
+        m_parameters.serializeBehind(out);
+    } else {
+        serializeAddress(out);
+    }
+    if (!m_comment.empty()) {
+        out << " (" << m_comment << ')';
+    }
+}

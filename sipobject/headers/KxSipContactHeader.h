@@ -1,0 +1,49 @@
+#pragma once
+
+#include "sipobject/headers/KxSipAddressHeader.h"
+
+/** Contact: where the sender can be reached, one address an object, or "*" for all.
+    Contact = ( "Contact" / "m" ) HCOLON ( STAR / (contact-param *(COMMA contact-param)) )   [RFC 3261 20.10]
+    A wildcard has no name-address: its getURL is nil.
+    "m: Bob <sip:h>;expires=60;q=0.5" -> the same; "Contact: *" -> "Contact: *" */
+class KX_SIP_API KxSipContactHeader final : public KxSipParameterAddressHeader<KxSipContactHeader> {
+public:
+    /** Holds a copy; nil gives an empty name-address. */
+    explicit KxSipContactHeader(const KxHandle<KxSipNameAddress>& address);
+    /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
+    explicit KxSipContactHeader(const char* text);
+
+    bool isWildCard() const { return m_wildCard; }
+    /** Nil for a wildcard and where the URI is no SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
+    /** Empty for a wildcard. */
+    KxString getDisplayName() const;
+
+    KxString getQValue() const { return getParameter("q"); }
+    void setQValue(const KxString& q) { setParameter("q", q); }
+    void removeQValue() { removeParameter("q"); }
+    /** Seconds as written; empty when absent. */
+    KxString getExpires() const { return getParameter("expires"); }
+    void setExpires(const KxString& seconds) { setParameter("expires", seconds); }
+    void removeExpires() { removeParameter("expires"); }
+    void setAction(const KxString& action) { setParameter("action", action); }
+    void removeAction() { removeParameter("action"); }
+    /** Written behind the parameters in parentheses; only set by the host. */
+    const KxString& getComment() const { return m_comment; }
+    void setComment(const KxString& comment) { m_comment = comment; }
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipContactHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kContact;
+
+private:
+    friend class KxSipHeaderOf<KxSipContactHeader>;
+
+    KxSipContactHeader() = default;
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    bool m_wildCard = false;
+    KxString m_comment;
+};

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "sipobject/headers/KxSipAddressHeader.h"
+
+/** From and To: address headers with a tag, whose SIP URL carries nothing that would route a request. A class H says
+
+        static constexpr const char* kInvalid = "...";              // thrown where there is no URI
+        static constexpr KxLiteral kTraceAddress, kTraceURL, kTraceText, kTraceCopy;  // names of its constructors */
+template <class H>
+class KxSipDialogPartyHeader : public KxSipParameterAddressHeader<H> {
+public:
+    /** The URI's printed form, whatever its scheme. */
+    KxString getURL() const { return this->m_nameAddress.isNil() ? KxString("") : this->m_nameAddress->getURLString(); }
+
+    /** Nil when absent. [RFC 3261 19.3] */
+    KxString getTag() const { return this->m_parameters.getValue(H::sTagToken); }
+    bool isTagPresent() const { return this->m_parameters.isPresent(H::sTagToken); }
+    /** Null and empty change nothing. */
+    void setTag(const char* tag) {
+        if (tag != nullptr && *tag != '\0') {
+            this->m_parameters.write().setValue(H::sTagToken, KxString(tag));
+            if (!this->m_nameAddress.isNil()) {
+                this->m_nameAddress->setBrackets(true);
+            }
+        }
+    }
+
+    /** "tag" */
+    static constexpr const char* sTagToken = "tag";
+
+protected:
+    using Base = KxSipParameterAddressHeader<H>;
+
+    KxSipDialogPartyHeader() = default;
+    KxSipDialogPartyHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters)
+        : Base(address, parameters) {
+        const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceAddress>);
+    }
+    KxSipDialogPartyHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)
+        : Base(url, parameters) {
+        const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceURL>);
+    }
+    KxSipDialogPartyHeader(const KxSipDialogPartyHeader& other) : Base(other) {
+        const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceCopy>);
+    }
+
+    void parseTraced(const char* text) {
+        const Oskan::EntryTraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceText>);
+        this->parseText(text);
+    }
+
+private:
+    friend class KxSipParameterAddressHeader<H>;
+
+    /** A URL that has parameters loses those that only a Request-URI or Contact may have, and its headers; one without
+        keeps its headers. [RFC 3261 19.1.1, table 1] */
+    void checkValidity() {
+        if (this->m_nameAddress.isNil() || this->m_nameAddress->getURI().isNil()) {
+            KxSipParseError::sThrow(H::kInvalid);
+        }
+        const KxHandle<KxURI>& uri = this->m_nameAddress->getURI();
+        if (uri->isSipURL() && uri->hasParameters()) {
+            auto& url = static_cast<KxSipURL&>(*uri);
+            url.removeParameter("transport");
+            url.removeParameter("maddr");
+            url.removeParameter("ttl");
+            url.clearHeaders();
+        }
+    }
+};

@@ -1,0 +1,65 @@
+#include "sipobject/headers/KxSipExpiresHeader.h"
+
+#include "sipobject/KxSipParseError.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+#include "util/KxStreamTokenizer.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr KxCharSet kNumberEnd(" \r\n");
+constexpr KxCharSet kLineBreak("\r\n");
+constexpr std::size_t kNumberLimit = 64;
+
+} // namespace
+
+constinit const KxConstString KxSipExpiresHeader::sToken{"Expires"};
+
+static const KxSipExpiresHeader::Registration s_registration;
+
+void KxSipExpiresHeader::setDate(std::string_view text) {
+    m_date.constructKxDate(text);
+    m_isDate = true;
+    m_deltaSeconds = 0;
+}
+
+/** Takes a number with nothing but blanks behind it; else leaves the stream where it was and returns false. */
+bool KxSipExpiresHeader::parseSeconds(KxInputStream& in) {
+    const std::string_view text = in.window();
+    const char* const end = text.data() + text.size();
+    const char* const stop = kNumberEnd.find(text.data(), end);
+    const std::string_view number(text.data(), static_cast<std::size_t>(stop - text.data()));
+    if (stop == end || number.size() >= kNumberLimit) {
+        KxSipParseError::sThrow("un-expecting end of file when parsing KxSipExpiresHeader");
+    }
+    const char* const next = std::find_if_not(stop, end, [](char c) { return c == ' '; });
+    if (next == end || !kLineBreak.contains(*next)) {
+        return false;
+    }
+    m_isDate = false;
+    m_deltaSeconds = static_cast<std::uint32_t>(KxAscii::toNumber(number));
+    in.consume(static_cast<std::size_t>(next - text.data()));
+    return true;
+}
+
+void KxSipExpiresHeader::parseValue(KxInputStream& in) {
+    if (KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in))) && parseSeconds(in)) {
+        return;
+    }
+    KxScannedText scanned;
+    const std::string_view date = scanned.token(in, kLineBreak);
+    if (date.empty()) {
+        KxSipParseError::sThrow("Invalid Expires header");
+    }
+    setDate(date);
+}
+
+void KxSipExpiresHeader::serializeValue(KxOutputStream& out) const {
+    if (m_isDate) {
+        m_date.getKxDate(out);
+    } else {
+        out << m_deltaSeconds;
+    }
+}

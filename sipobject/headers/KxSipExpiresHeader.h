@@ -1,0 +1,41 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxDate.h"
+
+#include <cstdint>
+
+/** Expires: when a registration, subscription or offer ends: after seconds, or on a date.
+    Expires = "Expires" HCOLON delta-seconds                                  [RFC 3261 20.19]
+    A date is taken as well, as RFC 2543 (6.20) had it. Throws "Invalid Expires header" for nothing and "un-expecting
+    end of file when parsing KxSipExpiresHeader" for 64 characters without a blank.
+    "Expires: 3600  " -> "Expires: 3600"; "Expires: Thu, 01 Dec 1994 16:00:00 GMT" -> the same */
+class KX_SIP_API KxSipExpiresHeader final : public KxSipHeaderOf<KxSipExpiresHeader> {
+public:
+    explicit KxSipExpiresHeader(std::uint32_t deltaSeconds) : m_deltaSeconds(deltaSeconds) {}
+    /** A date. */
+    explicit KxSipExpiresHeader(const char* date) { setDate(date == nullptr ? "" : date); }
+
+    /** Whether the value is a date. */
+    bool isSipDate() const { return m_isDate; }
+    const KxDate& getDate() const { return m_date; }
+    /** 0 when the value is a date. */
+    std::uint32_t getDeltaSeconds() const { return m_deltaSeconds; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipExpiresHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kExpires;
+
+private:
+    friend class KxSipHeaderOf<KxSipExpiresHeader>;
+
+    KxSipExpiresHeader() = default;
+    void setDate(std::string_view text);
+    bool parseSeconds(KxInputStream& in);
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    bool m_isDate = false;
+    KxDate m_date;
+    std::uint32_t m_deltaSeconds = 0;
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "sipobject/headers/KxSipDialogPartyHeader.h"
+
+/** From: who sends the request, with the tag that is the caller's half of the dialog.
+    From = ( "From" / "f" ) HCOLON ( name-addr / addr-spec ) *(SEMI from-param)   [RFC 3261 20.20]
+    A URL with parameters loses transport, maddr, ttl and its headers.
+    "From: Bob <sip:h>;tag=1" -> the same */
+class KX_SIP_API KxSipFromHeader final : public KxSipDialogPartyHeader<KxSipFromHeader> {
+public:
+    /** Hold copies; nil gives an empty name-address or list. */
+    KxSipFromHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters = {})
+        : KxSipDialogPartyHeader(address, parameters) {}
+    KxSipFromHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)
+        : KxSipDialogPartyHeader(url, parameters) {}
+    /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
+    explicit KxSipFromHeader(const char* text) { parseTraced(text); }
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipFromHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kFrom;
+    static constexpr const char* kInvalid = "Invalid From header";
+    static constexpr KxLiteral kTraceAddress{" ctor (1)"};
+    static constexpr KxLiteral kTraceURL{" ctor (2)"};
+    static constexpr KxLiteral kTraceText{" ctor (3)"};
+    static constexpr KxLiteral kTraceCopy{" copy ctor"};
+
+private:
+    friend class KxSipHeaderOf<KxSipFromHeader>;
+    friend class KxSipParameterAddressHeader<KxSipFromHeader>;
+
+    KxSipFromHeader() = default;
+};

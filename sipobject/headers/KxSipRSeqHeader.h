@@ -1,0 +1,18 @@
+#pragma once
+
+#include "sipobject/headers/KxSipNumberHeader.h"
+
+/** RSeq: the place of a reliable provisional response among those of its transaction.
+    RSeq = "RSeq" HCOLON response-num                                         [RFC 3262 7.1]
+    A value that is no number reads as 0.      "RSeq: 988" -> the same */
+class KX_SIP_API KxSipRSeqHeader final : public KxSipNumberHeader<KxSipRSeqHeader> {
+public:
+    explicit KxSipRSeqHeader(std::uint32_t number) : KxSipNumberHeader(number) {}
+    KxSipRSeqHeader() = default;
+
+    std::uint32_t getResponseNumber() const { return m_number; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipRSeqHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kRSeq;
+};

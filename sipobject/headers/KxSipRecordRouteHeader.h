@@ -1,0 +1,26 @@
+#pragma once
+
+#include "sipobject/headers/KxSipAddressHeader.h"
+
+/** Record-Route: a hop that stays in the path of the dialog, one an object.
+    Record-Route = "Record-Route" HCOLON name-addr *(SEMI rr-param) *(COMMA ...)   [RFC 3261 20.30]
+    Only SIP URLs are taken ("Invalid SIP URL in Name-Address for Record-Route"); header parameters behind the ">" are
+    dropped. What can't be read throws "Exception when parsing Name-Address in KxSipRecordRouteHeader: " and why.
+    "Record-Route: <sip:p;lr>" -> the same */
+class KX_SIP_API KxSipRecordRouteHeader final : public KxSipAddressHeader<KxSipRecordRouteHeader> {
+public:
+    /** Holds a copy; nil gives an empty name-address. */
+    explicit KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>& address);
+    /** Reads the value. */
+    explicit KxSipRecordRouteHeader(const char* text) { parseText(text); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipRecordRouteHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kRecordRoute;
+
+private:
+    friend class KxSipHeaderOf<KxSipRecordRouteHeader>;
+
+    KxSipRecordRouteHeader() = default;
+    void parseValue(KxInputStream& in);
+};

@@ -1,0 +1,29 @@
+#include "sipobject/headers/KxSipReferToHeader.h"
+
+#include "sipobject/KxSipParseError.h"
+#include "util/KxOutputStream.h"
+
+constinit const KxConstString KxSipReferToHeader::sToken{"Refer-To"};
+
+static const KxSipReferToHeader::Registration s_registration;
+
+KxSipReferToHeader::KxSipReferToHeader(const KxHandle<KxURI>& uri) : m_URI(uri.isNil() ? nullptr : uri->clone()) {}
+
+KxSipReferToHeader::KxSipReferToHeader(const KxSipReferToHeader& other)
+    : KxSipHeaderOf(other), m_URI(other.m_URI.isNil() ? nullptr : other.m_URI->clone()) {}
+
+KxHandle<KxSipURL> KxSipReferToHeader::getURL() const {
+    const bool isURL = !m_URI.isNil() && m_URI->isSipURL();
+    return KxHandle<KxSipURL>(isURL ? static_cast<KxSipURL*>(m_URI.get()) : nullptr);
+}
+
+void KxSipReferToHeader::parseValue(KxInputStream& in) {
+    m_URI = KxSipNameAddress::sConstructFrom(in)->getURI();
+    if (m_URI.isNil()) {
+        KxSipParseError::sThrow("Invalid URI in Refer-To header");
+    }
+}
+
+void KxSipReferToHeader::serializeValue(KxOutputStream& out) const {
+    out << m_URI;
+}

@@ -1,0 +1,11 @@
+#include "sipobject/headers/KxSipReferredByHeader.h"
+
+constinit const KxConstString KxSipReferredByHeader::sToken{"Referred-By"};
+
+static const KxSipReferredByHeader::Registration s_registration;
+
+KxSipReferredByHeader::KxSipReferredByHeader(const KxHandle<KxSipNameAddress>& address,
+                                             const KxHandle<KxParameters>& parameters)
+    : KxSipParameterAddressHeader(address, parameters) {
+    const Oskan::TraceScope trace(sLogger(), "KxSipReferredByHeader ctor (1)");
+}

@@ -1,0 +1,43 @@
+#include "sipobject/headers/KxSipReplacesHeader.h"
+
+#include "sipobject/KxSipParseError.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+namespace {
+
+constexpr KxCharSet kSemicolon(";");
+constexpr KxCharSet kLineBreak("\r\n");
+
+} // namespace
+
+constinit const KxConstString KxSipReplacesHeader::sToken{"Replaces"};
+
+static const KxSipReplacesHeader::Registration s_registration;
+
+KxSipReplacesHeader::KxSipReplacesHeader(const KxString& callId, const KxString& fromTag, const KxString& toTag)
+    : m_callId(callId) {
+    setFromTag(fromTag);
+    setToTag(toTag);
+}
+
+void KxSipReplacesHeader::parseValue(KxInputStream& in) {
+    KxScannedText scanned;
+    m_callId = KxString(KxAscii::trim(scanned.until(in, kSemicolon)));
+    if (m_callId.empty()) {
+        KxSipParseError::sThrow("SIP Replaces header must contain a callid");
+    }
+    in.read();
+    m_parameters.write().parse(KxAscii::trim(scanned.until(in, kLineBreak)));
+    if (getToTag().empty()) {
+        KxSipParseError::sThrow("SIP Replaces header must contain a to-tag");
+    }
+    if (getFromTag().empty()) {
+        KxSipParseError::sThrow("SIP Replaces header must contain a from-tag");
+    }
+}
+
+void KxSipReplacesHeader::serializeValue(KxOutputStream& out) const {
+    out << m_callId;
+    m_parameters.serializeBehind(out);
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxLazyParameters.h"
+
+/** Replaces: the dialog that a new one takes the place of.
+    Replaces = "Replaces" HCOLON callid *(SEMI replaces-param)                [RFC 3891 6.1]
+    The whole line is one value, commas included. Throws "SIP Replaces header must contain a callid", "... a to-tag"
+    and "... a from-tag", in this order.      "Replaces: a@h;to-tag=1;from-tag=2;early-only" -> the same */
+class KX_SIP_API KxSipReplacesHeader final : public KxSipHeaderOf<KxSipReplacesHeader> {
+public:
+    KxSipReplacesHeader(const KxString& callId, const KxString& fromTag, const KxString& toTag);
+
+    KxString getCallID() const { return m_callId; }
+    void setCallID(const KxString& callId) { m_callId = callId; }
+    KxString getFromTag() const { return m_parameters.getValue(sFromTag); }
+    void setFromTag(const KxString& tag) { setParameter(sFromTag, tag); }
+    KxString getToTag() const { return m_parameters.getValue(sToTag); }
+    void setToTag(const KxString& tag) { setParameter(sToTag, tag); }
+    void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+
+    static constexpr const char* sToTag = "to-tag";
+    static constexpr const char* sFromTag = "from-tag";
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipReplacesHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kReplaces;
+
+private:
+    friend class KxSipHeaderOf<KxSipReplacesHeader>;
+
+    KxSipReplacesHeader() = default;
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    KxLazyParameters m_parameters;
+    KxString m_callId;
+};

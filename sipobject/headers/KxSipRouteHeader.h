@@ -1,0 +1,25 @@
+#pragma once
+
+#include "sipobject/headers/KxSipAddressHeader.h"
+
+/** Route: a hop that the request is to visit, one an object.
+    Route = "Route" HCOLON name-addr *(SEMI rr-param) *(COMMA ...)            [RFC 3261 20.34]
+    Header parameters behind the ">" are dropped. What can't be read throws "Invalid Name-Address in KxSipRouteHeader".
+    "Route: <sip:p;lr>, <sip:q;lr>;x" -> "Route: <sip:p;lr>", "Route: <sip:q;lr>" */
+class KX_SIP_API KxSipRouteHeader final : public KxSipAddressHeader<KxSipRouteHeader> {
+public:
+    /** Holds a copy; nil gives an empty name-address. */
+    explicit KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address);
+    /** Reads the value. */
+    explicit KxSipRouteHeader(const char* text) { parseText(text); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipRouteHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kRoute;
+
+private:
+    friend class KxSipHeaderOf<KxSipRouteHeader>;
+
+    KxSipRouteHeader() = default;
+    void parseValue(KxInputStream& in);
+};

@@ -1,0 +1,145 @@
+#include "sipobject/headers/KxSipViaHeader.h"
+
+#include "sipobject/KxSipParseError.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+#include "util/KxStreamTokenizer.h"
+#include "util/UUID.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constinit const KxConstString kSip{"SIP"};
+constinit const KxConstString kVersion{"2.0"};
+constinit const KxConstString kUdp{"UDP"};
+constinit const KxConstString kNothing{""};
+
+constexpr KxCharSet kSlash("/");
+constexpr KxCharSet kComma(",");
+constexpr KxCharSet kCommentEnd(")");
+constexpr std::string_view kMagicCookie = "z9hG4bK";
+constexpr std::size_t kUuidLength = 36;
+
+} // namespace
+
+constinit const KxConstString KxSipViaHeader::sToken{"Via"};
+constinit const KxConstString KxSipViaHeader::sCompactToken{"v"};
+
+static const KxSipViaHeader::Registration s_registration;
+
+KxSipViaHeader::KxSipViaHeader()
+    : m_protocolName(kSip), m_protocolVersion(kVersion), m_transport(kUdp), m_host(kNothing), m_comment(kNothing) {
+    const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader default ctor");
+}
+
+KxSipViaHeader::KxSipViaHeader(const char* host, unsigned port, const char* transport)
+    : m_protocolName(kSip),
+      m_protocolVersion(kVersion),
+      m_transport(KxString(transport).upper()),
+      m_host(host),
+      m_port(port),
+      m_hasPort(true),
+      m_comment(kNothing) {
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipViaHeader ctor");
+    checkValidity();
+}
+
+KxSipViaHeader::KxSipViaHeader(const KxSipViaHeader& other)
+    : KxSipHeaderOf(other),
+      m_parameters(other.m_parameters),
+      m_protocolName(other.m_protocolName),
+      m_protocolVersion(other.m_protocolVersion),
+      m_transport(other.m_transport),
+      m_host(other.m_host),
+      m_port(other.m_port),
+      m_hasPort(other.m_hasPort),
+      m_comment(other.m_comment) {
+    const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader copy ctor");
+}
+
+void KxSipViaHeader::setTransport(const char* transport) {
+    m_transport = KxString(transport).upper();
+}
+
+KxSocketImpl::Transport KxSipViaHeader::getTransportParam() const {
+    return KxSocketImpl::parseTransport(m_transport).get();
+}
+
+unsigned KxSipViaHeader::getTTL() const {
+    const KxString* const ttl = m_parameters.findValue(sTTL);
+    return ttl == nullptr ? 1 : static_cast<unsigned>(KxAscii::toNumber(*ttl));
+}
+
+void KxSipViaHeader::setBranchRFC3261() {
+    char branch[kMagicCookie.size() + kUuidLength + 1];
+    UUID::uuid_create_string(std::copy(kMagicCookie.begin(), kMagicCookie.end(), branch));
+    setBranch(KxString(branch, sizeof branch - 1));
+}
+
+bool KxSipViaHeader::compare(const KxHandle<KxSipViaHeader>& other) const {
+    return !other.isNil() && m_protocolName == other->m_protocolName && m_protocolVersion == other->m_protocolVersion &&
+           m_host == other->m_host && m_port == other->m_port && m_transport == other->m_transport;
+}
+
+void KxSipViaHeader::parseValue(KxInputStream& in) {
+    KxScannedText scanned;
+    m_protocolName = KxString(KxAscii::trim(scanned.token(in, kSlash)));
+    in.read();
+    m_protocolVersion = KxString(KxAscii::trim(scanned.token(in, kSlash)));
+    in.read();
+    m_transport = KxString(KxAscii::trim(scanned.token(in, sDelimeters))).upper();
+    m_host = KxString(KxAscii::trim(scanned.token(in, sDelimeters)));
+    for (int c = KxStreamTokenizer::sDiscardWhite(in); c == ':' || c == '(' || c == ';';
+         c = KxStreamTokenizer::sDiscardWhite(in)) {
+        in.read();
+        if (c == ':') {
+            m_port = KxStreamTokenizer::sGetUnsigned(in);
+            m_hasPort = true;
+        } else if (c == '(') {
+            m_comment = KxString(scanned.until(in, kCommentEnd));
+            in.read();
+        } else {
+            const std::string_view parameters = KxAscii::trim(scanned.until(in, kComma));
+            if (!parameters.empty()) {
+                m_parameters.write().parse(parameters);
+            }
+        }
+    }
+    checkValidity();
+}
+
+void KxSipViaHeader::checkValidity() const {
+    const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader::checkValidity");
+    if (m_transport.empty()) {
+        KxSipParseError::sThrow("Invalid Via header, no transport");
+    }
+    if (!KxSocketImpl::parseTransport(m_transport).isValid()) {
+        KxSipParseError::sThrow("Invalid Via header transport");
+    }
+    if (m_protocolName.empty() || m_protocolVersion.empty() || m_host.empty()) {
+        KxSipParseError::sThrow("Invalid Via header");
+    }
+    if (getTTL() > 255) {
+        KxSipParseError::sThrow("Invalid value for ttl parameter in Via header");
+    }
+}
+
+void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
+    out.write(m_protocolName.view());
+    out.write('/');
+    out.write(m_protocolVersion.view());
+    out.write('/');
+    out.write(m_transport.view());
+    out.write(' ');
+    out.write(m_host.view());
+    if (m_hasPort) {
+        out.write(':');
+        out << m_port;
+    }
+    m_parameters.serializeBehind(out);
+    if (!m_comment.empty()) {
+        out << " (" << m_comment << ')';
+    }
+}

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxLazyParameters.h"
+#include "util/KxSocketImpl.h"
+
+/** Via: one hop of the path that a request took.
+    Via = ( "Via" / "v" ) HCOLON via-parm *(COMMA via-parm)                   [RFC 3261 20.42]
+    via-parm = sent-protocol LWS sent-by *( SEMI via-params )
+    Differs from the RFC on purpose: protocol name and version may be anything but empty; the host is a name or an IPv4
+    address, so an IPv6 reference is refused; a comma ends the parameters even inside quotes; a comment in front of the
+    parameters is kept and written behind them.
+    "SIP / 2.0 / udp host:5070 (c);branch=x" -> "SIP/2.0/UDP host:5070;branch=x (c)" */
+class KX_SIP_API KxSipViaHeader final : public KxSipHeaderOf<KxSipViaHeader> {
+public:
+    /** Throws KxSipParseError as reading does, for an unknown transport or an empty host. */
+    KxSipViaHeader(const char* host, unsigned port, const char* transport);
+    KxSipViaHeader(const KxSipViaHeader& other);
+
+    const char* getProtocolName() const { return m_protocolName.c_str(); }
+    const char* getProtocolVersion() const { return m_protocolVersion.c_str(); }
+    /** Upper case. */
+    const char* getTransport() const { return m_transport.c_str(); }
+    /** Stored in upper case, unchecked. */
+    void setTransport(const char* transport);
+    /** The transport, which must be a known one: reading and the constructors see to that, setTransport does not. */
+    KxSocketImpl::Transport getTransportParam() const;
+    const char* getHost() const { return m_host.c_str(); }
+    /** 5060 where none was given. */
+    unsigned getPort() const { return m_port; }
+    bool isPortPresent() const { return m_hasPort; }
+    const char* getComment() const { return m_comment.c_str(); }
+
+    KxString getBranch() const { return m_parameters.getValue(sBranch); }
+    void setBranch(const KxString& branch) { setParameter(sBranch, branch); }
+    /** A new branch: the magic cookie and a UUID. [RFC 3261 8.1.1.7] */
+    void setBranchRFC3261();
+    void removeBranch() { m_parameters.removeValue(sBranch); }
+    KxString getMaddr() const { return m_parameters.getValue(sMAddr); }
+    void setMaddr(const KxString& address) { setParameter(sMAddr, address); }
+    void removeMaddr() { m_parameters.removeValue(sMAddr); }
+    KxString getReceived() const { return m_parameters.getValue(sReceived); }
+    void setReceived(const KxString& address) { setParameter(sReceived, address); }
+    void removeReceived() { m_parameters.removeValue(sReceived); }
+    /** 1 when absent; a negative value reads as a large one. */
+    unsigned getTTL() const;
+    void setTTL(const KxString& ttl) { setParameter(sTTL, ttl); }
+    void removeTTL() { m_parameters.removeValue(sTTL); }
+    bool isHiddenPresent() const { return m_parameters.isPresent(sHidden); }
+    void setHidden() { setParameter(sHidden, KxString("")); }
+    void removeHidden() { m_parameters.removeValue(sHidden); }
+    bool isRPortPresent() const { return m_parameters.isPresent("rport"); }
+    KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
+    void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+    /** The list itself, shared; never nil. */
+    KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
+
+    /** Whether both name the same sent-protocol and sent-by, a missing port being 5060; false for nil. */
+    bool compare(const KxHandle<KxSipViaHeader>& other) const;
+
+    static constexpr const char* sSentBy = "sent-by";
+    static constexpr const char* sProtocolVersion = "2.0";
+    static constexpr const char* sBranch = "branch";
+    static constexpr const char* sHidden = "hidden";
+    static constexpr const char* sMAddr = "maddr";
+    static constexpr const char* sReceived = "received";
+    static constexpr const char* sTTL = "ttl";
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipViaHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kVia;
+
+private:
+    friend class KxSipHeaderOf<KxSipViaHeader>;
+
+    KxSipViaHeader();
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+    void checkValidity() const;
+
+    KxLazyParameters m_parameters;
+    KxString m_protocolName;
+    KxString m_protocolVersion;
+    KxString m_transport;
+    KxString m_host;
+    std::uint32_t m_port = 5060;
+    bool m_hasPort = false;
+    KxString m_comment;
+};
