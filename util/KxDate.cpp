@@ -1,0 +1,246 @@
+#include "util/KxDate.h"
+
+#include "util/KxOutputStream.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+
+namespace {
+
+namespace chrono = std::chrono;
+
+constexpr std::string_view kWeekdays[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+constexpr std::string_view kMonths[] = {"January", "February", "March",     "April",   "May",      "June",
+                                        "July",    "August",   "September", "October", "November", "December"};
+constexpr std::string_view kZones[] = {"GMT", "UTC", "UT", "Z"};
+
+constexpr std::int64_t secondsOf(int year, unsigned month, unsigned day) {
+    const chrono::sys_days days = chrono::year(year) / static_cast<int>(month) / static_cast<int>(day);
+    return chrono::seconds(days.time_since_epoch()).count();
+}
+constexpr std::int64_t kFirst = secondsOf(1, 1, 1);
+constexpr std::int64_t kLast = secondsOf(9999, 12, 31) + 86399;
+
+/** Takes a date text apart. */
+class DateReader {
+public:
+    explicit DateReader(std::string_view text) : m_rest(text) {}
+
+    /** Seconds since the epoch. False if the text is no date. */
+    bool read(std::int64_t& seconds) {
+        readName(kWeekdays);
+        if (!readDayAndMonth()) {
+            return false;
+        }
+        const bool timeStandsFirst = atTime(); // as asctime has it
+        if (timeStandsFirst && !readTime()) {
+            return false;
+        }
+        if (!readYear() || (!timeStandsFirst && atDigit() && !readTime()) || !readZone() || !atEnd()) {
+            return false;
+        }
+        if (!chrono::year_month_day(chrono::year(m_year), chrono::month(m_month), chrono::day(m_day)).ok()) {
+            return false;
+        }
+        seconds = secondsOf(m_year, m_month, m_day) + m_secondOfDay;
+        return true;
+    }
+
+private:
+    void skipBlanks() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(" \t,"), m_rest.size())); }
+    bool skip(char c) {
+        const bool isThere = m_rest.starts_with(c);
+        m_rest.remove_prefix(isThere ? 1 : 0);
+        return isThere;
+    }
+    bool atEnd() {
+        skipBlanks();
+        return m_rest.empty();
+    }
+    bool atDigit() {
+        skipBlanks();
+        return !m_rest.empty() && KxAscii::isDigit(m_rest.front());
+    }
+    bool atTime() {
+        skipBlanks();
+        const std::size_t end = m_rest.find_first_not_of("0123456789");
+        return end < m_rest.size() && m_rest[end] == ':';
+    }
+
+    /** The letters that stand next; they stay unread. */
+    std::string_view word() {
+        skipBlanks();
+        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), KxAscii::isAlpha);
+        return m_rest.substr(0, static_cast<std::size_t>(end - m_rest.begin()));
+    }
+    /** The digits that stand next, at most four of them; returns how many there were, 0 if too many. */
+    std::size_t readNumber(unsigned& number) {
+        number = 0;
+        std::size_t count = 0;
+        for (; count < m_rest.size() && KxAscii::isDigit(m_rest[count]); ++count) {
+            if (count == 4) {
+                return 0;
+            }
+            number = number * 10 + static_cast<unsigned>(m_rest[count] - '0');
+        }
+        m_rest.remove_prefix(count);
+        return count;
+    }
+    /** One or two digits of a number up to `highest`. */
+    bool readField(unsigned& number, unsigned highest) {
+        const std::size_t digits = readNumber(number);
+        return digits != 0 && digits <= 2 && number <= highest;
+    }
+
+    /** Reads a name that stands in the table in full or cut to three letters or more; returns its index, or the
+        table's size. */
+    template <std::size_t N>
+    std::size_t readName(const std::string_view (&names)[N]) {
+        const std::string_view found = word();
+        const auto at = std::find_if(std::begin(names), std::end(names), [&](std::string_view name) {
+            return found.size() >= std::min<std::size_t>(3, name.size()) &&
+                   KxAscii::equalsNoCase(found, name.substr(0, found.size()));
+        });
+        if (at != std::end(names)) {
+            m_rest.remove_prefix(found.size());
+        }
+        return static_cast<std::size_t>(at - std::begin(names));
+    }
+
+    bool readDayAndMonth() {
+        if (!atDigit()) {
+            return readMonth() && readDay();
+        }
+        if (!readDay()) {
+            return false;
+        }
+        skip('-');
+        if (!readMonth()) {
+            return false;
+        }
+        skip('-');
+        return true;
+    }
+    bool readMonth() {
+        m_month = static_cast<unsigned>(readName(kMonths)) + 1;
+        return m_month <= std::size(kMonths);
+    }
+    bool readDay() {
+        skipBlanks();
+        return readField(m_day, 31);
+    }
+    bool readYear() {
+        skipBlanks();
+        unsigned year;
+        const std::size_t digits = readNumber(year);
+        if (digits == 2) {
+            year += year < 50 ? 2000 : 1900;
+        }
+        m_year = static_cast<int>(year);
+        return (digits == 2 || digits == 4) && year != 0;
+    }
+    bool readTime() {
+        unsigned hour;
+        unsigned minute;
+        unsigned second = 0;
+        if (!readField(hour, 23) || !skip(':') || !readField(minute, 59) || (skip(':') && !readField(second, 60))) {
+            return false;
+        }
+        m_secondOfDay = hour * 3600 + minute * 60 + second;
+        return true;
+    }
+    bool readZone() { return word().empty() || readName(kZones) != std::size(kZones); }
+
+    std::string_view m_rest;
+    unsigned m_day = 0;
+    unsigned m_month = 0;
+    int m_year = 0;
+    std::int64_t m_secondOfDay = 0;
+};
+
+char* writeDigits(char* to, unsigned number, std::size_t count) {
+    for (std::size_t i = count; i-- > 0; number /= 10) {
+        to[i] = static_cast<char>('0' + number % 10);
+    }
+    return to + count;
+}
+
+char* writeText(char* to, std::string_view text) {
+    return to + text.copy(to, text.size());
+}
+
+} // namespace
+
+bool KxDate::constructKxDate(std::string_view text) {
+    std::int64_t seconds = 0;
+    if (DateReader(text).read(seconds)) {
+        *this = sFromSeconds(seconds);
+        return true;
+    }
+    m_seconds = kNone;
+    m_unread = KxString(text);
+    return false;
+}
+
+KxDate KxDate::sFromSeconds(std::int64_t secondsSinceEpoch) {
+    KxDate date;
+    date.m_seconds = std::clamp(secondsSinceEpoch, kFirst, kLast);
+    return date;
+}
+
+KxDate KxDate::sNow() {
+    return sFromSeconds(chrono::floor<chrono::seconds>(chrono::system_clock::now()).time_since_epoch().count());
+}
+
+std::int64_t KxDate::getDelta() const {
+    return isValid() ? m_seconds - sNow().m_seconds : 0;
+}
+
+void KxDate::write(char* to) const {
+    const chrono::sys_seconds time{chrono::seconds(m_seconds)};
+    const chrono::sys_days days = chrono::floor<chrono::days>(time);
+    const chrono::year_month_day date(days);
+    const chrono::hh_mm_ss clock(time - days);
+    to = writeText(to, kWeekdays[chrono::weekday(days).c_encoding()].substr(0, 3));
+    to = writeText(to, ", ");
+    to = writeDigits(to, static_cast<unsigned>(date.day()), 2);
+    *to++ = ' ';
+    to = writeText(to, kMonths[static_cast<unsigned>(date.month()) - 1].substr(0, 3));
+    *to++ = ' ';
+    to = writeDigits(to, static_cast<unsigned>(static_cast<int>(date.year())), 4);
+    *to++ = ' ';
+    to = writeDigits(to, static_cast<unsigned>(clock.hours().count()), 2);
+    *to++ = ':';
+    to = writeDigits(to, static_cast<unsigned>(clock.minutes().count()), 2);
+    *to++ = ':';
+    to = writeDigits(to, static_cast<unsigned>(clock.seconds().count()), 2);
+    writeText(to, " GMT");
+}
+
+std::size_t KxDate::getKxDate(char* buffer, std::size_t size) const {
+    const std::size_t length = isValid() ? kLength : m_unread.length();
+    if (length >= size) {
+        if (size != 0) {
+            buffer[0] = '\0';
+        }
+        return 0;
+    }
+    if (isValid()) {
+        write(buffer);
+    } else {
+        m_unread.view().copy(buffer, length);
+    }
+    buffer[length] = '\0';
+    return length;
+}
+
+void KxDate::getKxDate(KxOutputStream& out) const {
+    if (!isValid()) {
+        out << m_unread;
+        return;
+    }
+    char text[kLength];
+    write(text);
+    out << std::string_view(text, kLength);
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "util/UtilApi.h"
+
+#include <mutex>
+
+/** A lock from the accounted allocator (account "KxMutex"), 40 bytes. Not recursive: a thread that locks it twice
+    waits for itself. */
+class KX_UTIL_API KxMutex {
+public:
+    KxMutex(const KxMutex&) = delete;
+    KxMutex& operator=(const KxMutex&) = delete;
+
+    /** A new unlocked mutex, never null; goes back through sRecycle.
+        @throws std::bad_alloc when there is no memory. */
+    static KxMutex* sAllocate();
+    /** Gives a mutex back, which nobody may hold or wait for. Null is allowed. */
+    static void sRecycle(KxMutex* mutex) noexcept;
+
+    void lock() { m_mutex.lock(); }
+    void unlock() { m_mutex.unlock(); }
+
+private:
+    KxMutex() = default;
+    ~KxMutex() = default;
+
+    std::mutex m_mutex;
+};
+static_assert(sizeof(KxMutex) <= 40);
+
+/** Holds a mutex while in scope. */
+class [[nodiscard]] KxMutexLock {
+public:
+    explicit KxMutexLock(KxMutex& mutex) : m_mutex(mutex) { m_mutex.lock(); }
+    ~KxMutexLock() { m_mutex.unlock(); }
+    KxMutexLock(const KxMutexLock&) = delete;
+    KxMutexLock& operator=(const KxMutexLock&) = delete;
+
+private:
+    KxMutex& m_mutex;
+};

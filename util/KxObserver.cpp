@@ -1,0 +1,3 @@
+#include "util/KxObserver.h"
+
+KxObserver::~KxObserver() = default;

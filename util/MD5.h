@@ -1,0 +1,47 @@
+#pragma once
+
+#include "util/KxByteArray.h"
+#include "util/UtilApi.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/** MD5 (RFC 1321), as digest authentication needs it (RFC 2617). No defence against forgery by itself.
+
+        MD5 sum;
+        sum.update("alice:");
+        sum.update(realm);
+        const MD5::Raw digest = sum.finish();
+
+    An object is used by one thread at a time. Nothing but digest() allocates. */
+class KX_UTIL_API MD5 {
+public:
+    struct Raw {
+        unsigned char bytes[16];
+
+        std::string_view view() const { return {reinterpret_cast<const char*>(bytes), sizeof bytes}; }
+    };
+
+    /** The 16 bytes of the digest as a new array. Nil is digested as no bytes. */
+    static KxHandle<KxByteArray> digest(const KxHandle<KxByteArray>& bytes);
+    /** The digest of text in one piece. */
+    static Raw digestOf(std::string_view text);
+
+    /** The digest of the pieces together; up to 2^61 bytes. */
+    void update(std::string_view piece);
+    /** The digest of all pieces; the object then begins anew. */
+    Raw finish();
+
+private:
+    static constexpr std::size_t kBlock = 64;
+    static constexpr std::array<std::uint32_t, 4> kStart{0x67452301U, 0xEFCDAB89U, 0x98BADCFEU, 0x10325476U};
+
+    /** Takes `count` whole blocks. */
+    static void addBlocks(std::array<std::uint32_t, 4>& state, const char* bytes, std::size_t count);
+
+    std::array<std::uint32_t, 4> m_state = kStart;
+    std::uint64_t m_length = 0;
+    char m_rest[kBlock]; // the first m_length % kBlock bytes wait for a whole block
+};
