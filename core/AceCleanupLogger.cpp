@@ -21,8 +21,12 @@ void AceCleanupLogger::log(LogLevel level, std::string_view text, const char* so
     }
 }
 
-Logger& AceCleanupLogger::getLogger() const { return ClassLoggers::sGet(*this); }
+Logger& AceCleanupLogger::getLogger() const {
+    return ClassLoggers::sGet(*this);
+}
 
-std::string AceCleanupLogger::getName() const { return std::string("tandril.kx.") + m_className; }
+std::string AceCleanupLogger::getName() const {
+    return std::string("tandril.kx.") + m_className;
+}
 
 } // namespace Oskan

@@ -65,8 +65,8 @@ struct ClassLoggers::Node {
     int chainedLevel = 0;
     bool isRead = false;
 
-    Node(const log4cplus::Logger& l, Node* p) :
-        logger(l), impl(Log4cplusAccess::sImpl(l)), parent(p), slot(PooledLoggerImpl::sSlotOf(impl)) {}
+    Node(const log4cplus::Logger& l, Node* p)
+        : logger(l), impl(Log4cplusAccess::sImpl(l)), parent(p), slot(PooledLoggerImpl::sSlotOf(impl)) {}
 };
 
 struct ClassLoggers::ClassLogger {
@@ -86,7 +86,9 @@ constinit std::atomic<ClassLoggers::Node*> ClassLoggers::s_polled{nullptr};
 
 namespace {
 
-void releaseAtExit(void*, void*) { ClassLoggers::sRelease(); }
+void releaseAtExit(void*, void*) {
+    ClassLoggers::sRelease();
+}
 
 /** Releases before log4cplus is torn down, should ACE be torn down only later. */
 struct ReleaseAtUnload {

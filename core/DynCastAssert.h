@@ -44,5 +44,5 @@ public:
 
 /** A Type* to the object that the pointer points to; anything else is a fault of the caller, reported with the cast's
     own text and fatal. */
-#define OSKAN_DYNCAST_ASSERT(Type, pointer)                                                                           \
+#define OSKAN_DYNCAST_ASSERT(Type, pointer) \
     (::Oskan::DynCastAssert<Type>::cast((pointer), "OSKAN_DYNCAST_ASSERT(" #Type ", " #pointer ")", __FILE__, __LINE__))

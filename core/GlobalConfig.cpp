@@ -9,9 +9,8 @@ namespace Oskan {
 namespace {
 
 bool equalsNoCase(std::string_view text, std::string_view lowerCase) {
-    return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(), [](char a, char b) {
-        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : static_cast<int>(a)) == b;
-    });
+    return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(),
+                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : static_cast<int>(a)) == b; });
 }
 
 } // namespace

@@ -25,7 +25,9 @@ LogLevel Logger::getLogLevel() const {
     return m_made ? static_cast<LogLevel>(m_logger.getChainedLogLevel()) : LogLevel::Off;
 }
 
-bool Logger::isEnabledFor(LogLevel level) const { return m_made && m_logger.isEnabledFor(static_cast<int>(level)); }
+bool Logger::isEnabledFor(LogLevel level) const {
+    return m_made && m_logger.isEnabledFor(static_cast<int>(level));
+}
 
 const std::string& Logger::getName() const {
     static const std::string none;

@@ -119,9 +119,8 @@ inline void MemPool::deallocate(void* block, std::size_t size, MemAccount& accou
         return;
     const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
     const std::size_t cellOffset =
-        size > MemClasses::kMaxBlock
-            ? 0
-            : kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
+        size > MemClasses::kMaxBlock ? 0
+                                     : kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
     if (!push(t_memCache->cell(rowOffset, cellOffset), block)) [[unlikely]]
         deallocateSlow(block, account);
 }
@@ -131,10 +130,18 @@ inline void MemPool::deallocate(void* block, std::size_t size, MemAccount& accou
 /** Gives a class the operator new and delete (and their placement forms) of an account, and getMemAccountName.
     Stands in a public section. The destructor of a base that others delete through must be virtual.
     @param account an Oskan::MemAccount of static storage duration. */
-#define KX_MEM_ACCOUNT_OPERATORS(account)                                                                             \
-    static void* operator new(std::size_t size) { return (account).allocate(size); }                                  \
-    static void* operator new(std::size_t, void* place) noexcept { return place; }                                    \
-    static void operator delete(void* block, std::size_t size) noexcept { (account).deallocate(block, size); }        \
-    static void operator delete(void*, void*) noexcept {}                                                             \
-    static const char* getMemAccountName() noexcept { return (account).getName(); }                                   \
+#define KX_MEM_ACCOUNT_OPERATORS(account)                                 \
+    static void* operator new(std::size_t size) {                         \
+        return (account).allocate(size);                                  \
+    }                                                                     \
+    static void* operator new(std::size_t, void* place) noexcept {        \
+        return place;                                                     \
+    }                                                                     \
+    static void operator delete(void* block, std::size_t size) noexcept { \
+        (account).deallocate(block, size);                                \
+    }                                                                     \
+    static void operator delete(void*, void*) noexcept {}                 \
+    static const char* getMemAccountName() noexcept {                     \
+        return (account).getName();                                       \
+    }                                                                     \
     static_assert(true)

@@ -48,7 +48,9 @@ constinit std::size_t s_chunkBytes = kFirstChunkBytes; ///< Of the next one; mal
 
 __thread ThreadState t_state __attribute__((tls_model("initial-exec")));
 
-std::size_t bytesOfCell(std::size_t cellOffset) { return kMemClasses.blockBytes[cellOffset / MemClasses::kCellBytes]; }
+std::size_t bytesOfCell(std::size_t cellOffset) {
+    return kMemClasses.blockBytes[cellOffset / MemClasses::kCellBytes];
+}
 
 /** How many free blocks of a size a cell holds before it gives half of them away. */
 std::uint32_t limitOf(std::size_t bytes) {
@@ -56,10 +58,16 @@ std::uint32_t limitOf(std::size_t bytes) {
 }
 
 /** How many blocks of a size are cut at a time; few, so that memory that is not needed is not touched. */
-std::size_t cutOf(std::size_t bytes) { return std::clamp<std::size_t>(2048 / bytes, 1, 16); }
+std::size_t cutOf(std::size_t bytes) {
+    return std::clamp<std::size_t>(2048 / bytes, 1, 16);
+}
 
-void*& nextOf(void* block) { return *static_cast<void**>(block); }
-void*& nextBatchOf(void* block) { return static_cast<void**>(block)[1]; }
+void*& nextOf(void* block) {
+    return *static_cast<void**>(block);
+}
+void*& nextBatchOf(void* block) {
+    return static_cast<void**>(block)[1];
+}
 
 void giveBatch(std::size_t cellOffset, void* batch) noexcept {
     Central& central = s_central[cellOffset / MemClasses::kCellBytes];
@@ -77,12 +85,17 @@ void* takeBatch(std::size_t cellOffset) noexcept {
     return batch;
 }
 
+char* allocateAligned(std::size_t bytes) {
+    void* memory = nullptr;
+    if (posix_memalign(&memory, MemClasses::kSlabBytes, bytes) != 0)
+        throw std::bad_alloc();
+    return static_cast<char*>(memory);
+}
+
 char* newSlab(std::size_t cellOffset) {
     const std::lock_guard lock(s_chunksMutex);
     if (s_chunkNext == s_chunkEnd) {
-        char* const chunk = static_cast<char*>(std::aligned_alloc(MemClasses::kSlabBytes, s_chunkBytes));
-        if (!chunk)
-            throw std::bad_alloc();
+        char* const chunk = allocateAligned(s_chunkBytes);
         s_chunks = new (chunk) MemSlabHeader{0, s_chunks, 0};
         s_chunkNext = chunk;
         s_chunkEnd = chunk + s_chunkBytes;
@@ -216,18 +229,18 @@ MemThreadCache* adopt() noexcept {
     return cache;
 }
 
-MemThreadCache* ownCache() noexcept { return t_state.own ? t_state.own : adopt(); }
+MemThreadCache* ownCache() noexcept {
+    return t_state.own ? t_state.own : adopt();
+}
 
 void* allocateLarge(std::size_t size, std::size_t row) {
     if (size > PTRDIFF_MAX - MemClasses::kSlabBytes)
         throw std::bad_alloc();
     const std::size_t bytes = (size + 15) / 16 * 16;
-    void* const memory = std::aligned_alloc(MemClasses::kSlabBytes, MemClasses::kSlabHeaderBytes + bytes);
-    if (!memory)
-        throw std::bad_alloc();
+    char* const memory = allocateAligned(MemClasses::kSlabHeaderBytes + bytes);
     new (memory) MemSlabHeader{0, nullptr, bytes};
     MemRows::sCountBlock(row, 1, static_cast<std::int64_t>(bytes));
-    return static_cast<char*>(memory) + MemClasses::kSlabHeaderBytes;
+    return memory + MemClasses::kSlabHeaderBytes;
 }
 
 void deallocateLarge(MemSlabHeader* header, std::size_t row) noexcept {
@@ -294,6 +307,8 @@ void MemAllocatorFaults::sFailAfter(std::uint64_t n) {
     t_memCache = n != 0 ? &s_emptyCache : t_state.own ? t_state.own : &s_emptyCache;
 }
 
-void MemAllocatorFaults::sDisarm() { sFailAfter(0); }
+void MemAllocatorFaults::sDisarm() {
+    sFailAfter(0);
+}
 
 } // namespace Oskan

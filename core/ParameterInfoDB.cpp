@@ -4,7 +4,9 @@
 
 namespace Oskan {
 
-const ParameterInfoDB& ParameterInfoDB::getInstance() { return getNonConstInstance(); }
+const ParameterInfoDB& ParameterInfoDB::getInstance() {
+    return getNonConstInstance();
+}
 
 ParameterInfoDB& ParameterInfoDB::getNonConstInstance() {
     static ParameterInfoDB& instance = *new ParameterInfoDB;

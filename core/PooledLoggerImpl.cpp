@@ -1,25 +1,33 @@
 #include "core/PooledLoggerImpl.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace Oskan {
 
 alignas(64) constinit std::byte PooledLoggerImpl::s_room[PooledLoggerImpl::kSlots * sizeof(PooledLoggerImpl)]{};
+constinit const std::byte* PooledLoggerImpl::s_firstLevel = nullptr;
 constinit std::size_t PooledLoggerImpl::s_used = 0;
 constinit std::atomic<unsigned> PooledLoggerImpl::s_appenderChanges{0};
 constinit std::array<std::atomic<int>, PooledLoggerImpl::kSlots> PooledLoggerImpl::s_remembered{};
 constinit std::array<std::atomic<int>, PooledLoggerImpl::kSlots / PooledLoggerImpl::kGroup>
     PooledLoggerImpl::s_rememberedSet{};
 
+PooledLoggerImpl::PooledLoggerImpl(const log4cplus::tstring& loggerName, log4cplus::Hierarchy& loggers)
+    : LoggerImpl(loggerName, loggers) {
+    if (!s_firstLevel)
+        s_firstLevel = reinterpret_cast<const std::byte*>(&ll);
+}
+
 void* PooledLoggerImpl::operator new(std::size_t) {
     if (s_used % kGroup == 0) {
-        // In slots without a logger the level reads as not set.
         std::memset(&s_room[s_used * sizeof(PooledLoggerImpl)], 0xff, kGroup * sizeof(PooledLoggerImpl));
         for (std::size_t slot = s_used; slot < s_used + kGroup; ++slot)
             s_remembered[slot].store(log4cplus::NOT_SET_LOG_LEVEL, std::memory_order_relaxed);
         s_rememberedSet[s_used / kGroup].store(log4cplus::NOT_SET_LOG_LEVEL, std::memory_order_relaxed);
     }
-    return sAt(s_used++);
+    return &s_room[s_used++ * sizeof(PooledLoggerImpl)];
 }
 
 void PooledLoggerImpl::sRemember(std::size_t slot, int level) {
@@ -34,7 +42,7 @@ void PooledLoggerImpl::sRemember(std::size_t slot, int level) {
 __attribute__((no_sanitize("thread"))) bool PooledLoggerImpl::sHasRememberedLevels(std::size_t group) {
     int difference = 0;
     for (std::size_t i = group * kGroup; i < (group + 1) * kGroup; ++i)
-        difference |= sAt(i)->ll ^ s_remembered[i].load(std::memory_order_acquire);
+        difference |= sLevelAt(i) ^ s_remembered[i].load(std::memory_order_acquire);
     return difference == 0;
 }
 
@@ -59,11 +67,8 @@ void PooledLoggerImpl::removeAppender(const log4cplus::tstring& appenderName) {
 }
 
 std::size_t PooledLoggerImpl::sSlotOf(const LoggerImpl* impl) {
-    for (std::size_t slot = 0; slot < s_used; ++slot) {
-        if (sAt(slot) == impl)
-            return slot;
-    }
-    return kSlots;
+    const auto offset = reinterpret_cast<std::uintptr_t>(impl) - reinterpret_cast<std::uintptr_t>(&s_room[0]);
+    return std::min<std::size_t>(offset / sizeof(PooledLoggerImpl), kSlots);
 }
 
 log4cplus::spi::LoggerImpl* PooledLoggerFactory::makeNewLoggerImplInstance(const log4cplus::tstring& name,

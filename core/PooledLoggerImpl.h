@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <type_traits>
 
 namespace Oskan {
 
@@ -17,8 +18,7 @@ class PooledLoggerImpl final : public log4cplus::spi::LoggerImpl {
 public:
     static constexpr std::size_t kSlots = 192;
 
-    PooledLoggerImpl(const log4cplus::tstring& loggerName, log4cplus::Hierarchy& loggers) :
-        LoggerImpl(loggerName, loggers) {}
+    PooledLoggerImpl(const log4cplus::tstring& loggerName, log4cplus::Hierarchy& loggers);
 
     void addAppender(log4cplus::SharedAppenderPtr appender) override;
     void removeAllAppenders() override;
@@ -38,12 +38,12 @@ public:
     /** Whether the loggers of the first slots have the levels last remembered. An instruction a slot, in groups,
         where none of a group has a level of its own and none had. */
     __attribute__((no_sanitize("thread"))) static bool sHaveRememberedLevels(std::size_t slots) {
-        static_assert(log4cplus::NOT_SET_LOG_LEVEL == -1);
+        static_assert(log4cplus::NOT_SET_LOG_LEVEL == -1 && std::is_same_v<log4cplus::LogLevel, int>);
         for (std::size_t group = 0; group * kGroup < slots; ++group) {
             int set = s_rememberedSet[group].load(std::memory_order_acquire);
 #pragma GCC unroll 16
             for (std::size_t i = 0; i < kGroup; ++i)
-                set &= sAt(group * kGroup + i)->ll;
+                set &= sLevelAt(group * kGroup + i);
             if (set != -1 && !sHasRememberedLevels(group)) [[unlikely]]
                 return false;
         }
@@ -56,19 +56,19 @@ private:
     static constexpr std::size_t kGroup = 16;
     static_assert(kSlots % kGroup == 0);
 
-    static PooledLoggerImpl* sAt(std::size_t slot);
+    /** Of the logger in a slot; not set when there is none. */
+    __attribute__((no_sanitize("thread"))) static int sLevelAt(std::size_t slot) {
+        return *reinterpret_cast<const int*>(s_firstLevel + slot * sizeof(PooledLoggerImpl));
+    }
     static bool sHasRememberedLevels(std::size_t group);
 
     static std::byte s_room[];
+    static const std::byte* s_firstLevel; ///< Where the level of the first slot's logger lies.
     static std::size_t s_used;
     static std::atomic<unsigned> s_appenderChanges;
     static std::array<std::atomic<int>, kSlots> s_remembered;
     static std::array<std::atomic<int>, kSlots / kGroup> s_rememberedSet; ///< A group's levels, and-ed.
 };
-
-inline PooledLoggerImpl* PooledLoggerImpl::sAt(std::size_t slot) {
-    return reinterpret_cast<PooledLoggerImpl*>(&s_room[slot * sizeof(PooledLoggerImpl)]);
-}
 
 /** Has log4cplus make its loggers of this kind, while there are slots. */
 class PooledLoggerFactory final : public log4cplus::DefaultLoggerFactory {

@@ -11,9 +11,9 @@ namespace Oskan {
 class KX_CORE_API TraceScope {
 public:
     /** @param functionName a literal. */
-    TraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept :
-        m_logger(logger.isEnabled(LogLevel::Trace) ? sEnter(logger, functionName) : nullptr),
-        m_functionName(functionName) {}
+    TraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept
+        : m_logger(logger.isEnabled(LogLevel::Trace) ? sEnter(logger, functionName) : nullptr),
+          m_functionName(functionName) {}
     ~TraceScope() {
         if (m_logger) [[unlikely]]
             sExit(*m_logger, m_functionName);
@@ -23,7 +23,7 @@ public:
 
 private:
     [[gnu::cold, gnu::noinline]] static const AceCleanupLogger* sEnter(const AceCleanupLogger& logger,
-                                                                     const char* functionName) noexcept;
+                                                                       const char* functionName) noexcept;
     [[gnu::cold, gnu::noinline]] static void sExit(const AceCleanupLogger& logger, const char* functionName) noexcept;
 
     const AceCleanupLogger* m_logger;
@@ -50,8 +50,8 @@ public:
 class EntryTraceScope : private EntryDepth, private TraceScope {
 public:
     /** @param functionName a literal. */
-    EntryTraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept :
-        TraceScope(logger, functionName) {}
+    EntryTraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept
+        : TraceScope(logger, functionName) {}
 };
 
 } // namespace Oskan

@@ -41,9 +41,13 @@ std::vector<AceCleanupLogger*> numbered(std::index_sequence<I...>) {
     return {&Numbered<I>::logger...};
 }
 
-void openEntry() { EntryTraceScope scope(s_quietLogger, "entry"); }
+void openEntry() {
+    EntryTraceScope scope(s_quietLogger, "entry");
+}
 
-log4cplus::Logger log4(const std::string& name) { return log4cplus::Logger::getInstance(name); }
+log4cplus::Logger log4(const std::string& name) {
+    return log4cplus::Logger::getInstance(name);
+}
 
 /** Uses its logger when the process has released it: the run fails if that crashes. */
 struct LogsAtExit {
@@ -56,6 +60,8 @@ struct LogsAtExit {
     }
 };
 const LogsAtExit s_logsAtExit;
+
+using AceCleanupLoggerDeathTest = DeathTest;
 
 } // namespace
 
@@ -112,8 +118,8 @@ TEST(AceCleanupLoggerTest, LevelChangedThroughLog4cplusHoldsFromTheNextEntry) {
          LogLevel::Trace},
     };
     const auto expectLowest = [](const AceCleanupLogger& logger, LogLevel lowest) {
-        for (const LogLevel level : {LogLevel::Trace, LogLevel::Debug, LogLevel::Info, LogLevel::Warn, LogLevel::Error,
-                                     LogLevel::Fatal})
+        for (const LogLevel level :
+             {LogLevel::Trace, LogLevel::Debug, LogLevel::Info, LogLevel::Warn, LogLevel::Error, LogLevel::Fatal})
             EXPECT_EQ(logger.isEnabled(level), level >= lowest) << static_cast<int>(level);
     };
     openEntry();
@@ -181,9 +187,7 @@ TEST(AceCleanupLoggerTest, WithoutAnAppenderAllIsOffAndNothingIsComplainedAbout)
     }
 }
 
-TEST(AceCleanupLoggerDeathTest, UseAfterReleaseDoesNothing) {
-    // A forked child would wait at its exit for the threads that log4cplus has only in the parent.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+TEST_F(AceCleanupLoggerDeathTest, UseAfterReleaseDoesNothing) {
     const auto useAfter = [](const std::function<void()>& release) {
         LogCapture capture;
         openEntry();

@@ -35,6 +35,10 @@ struct KxSipURL : Base {};
 struct Derived : KxSipURL {};
 struct Sibling : Base {};
 
+using AssertionDeathTest = DeathTest;
+using DynCastAssertDeathTest = DeathTest;
+using FallibleDeathTest = DeathTest;
+
 } // namespace
 
 TEST(AssertionTest, PassesWhenTheConditionHolds) {
@@ -44,7 +48,7 @@ TEST(AssertionTest, PassesWhenTheConditionHolds) {
     EXPECT_EQ(evaluated, 1);
 }
 
-TEST(AssertionDeathTest, ReportsToLoggerAndStderrAndStops) {
+TEST_F(AssertionDeathTest, ReportsToLoggerAndStderrAndStops) {
     const auto dies = [](void (*fail)(), const std::string& logger, const std::string& text) {
         EXPECT_DEATH(
             {
@@ -76,7 +80,7 @@ TEST(DynCastAssertTest, GivesTheObject) {
     EXPECT_EQ(target, &derived);
 }
 
-TEST(DynCastAssertDeathTest, ReportsTheCastAsWritten) {
+TEST_F(DynCastAssertDeathTest, ReportsTheCastAsWritten) {
     Sibling sibling;
     Base* pObject = &sibling;
     EXPECT_DEATH(OSKAN_DYNCAST_ASSERT(KxSipURL, pObject), HasSubstr("OSKAN_DYNCAST_ASSERT(KxSipURL, pObject)"));
@@ -98,7 +102,7 @@ TEST(FallibleTest, HoldsAValueOrNone) {
     EXPECT_FALSE(find(false).isValid());
 }
 
-TEST(FallibleDeathTest, ReadingAnInvalidOneStops) {
+TEST_F(FallibleDeathTest, ReadingAnInvalidOneStops) {
     const Oskan::Fallible<int> none;
     EXPECT_DEATH(static_cast<void>(none.get()), "Fallible used in invalid state");
 }

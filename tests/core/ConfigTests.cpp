@@ -40,10 +40,12 @@ TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
         bool value;
     };
     const std::vector<Row> rows{
-        {"test.unknown", nullptr, false, false}, {"test.on", nullptr, true, true},  {"test.off", nullptr, true, false},
-        {"test.off", "true", true, true},        {"test.off", "TrUe", true, true},  {"test.on", "FALSE", true, false},
-        {"test.on", "yes", false, false},        {"test.on", "", false, false},     {"test.on", "true ", false, false},
-        {"test.on", "tru", false, false},        {"test.unregistered", "true", true, true},
+        {"test.unknown", nullptr, false, false},   {"test.on", nullptr, true, true},
+        {"test.off", nullptr, true, false},        {"test.off", "true", true, true},
+        {"test.off", "TrUe", true, true},          {"test.on", "FALSE", true, false},
+        {"test.on", "yes", false, false},          {"test.on", "", false, false},
+        {"test.on", "true ", false, false},        {"test.on", "tru", false, false},
+        {"test.unregistered", "true", true, true},
     };
     GlobalConfig& config = GlobalConfig::getInstance();
     for (const Row& row : rows) {
@@ -62,10 +64,8 @@ TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
 TEST(SingletonRegistryTest, MakesOneObjectAName) {
     SingletonRegistry& registry = SingletonRegistry::getInstance();
     EXPECT_EQ(registry.get<std::string>("s.one"), nullptr);
-    EXPECT_THROW(registry.getOrCreate<std::string>("s.one",
-                                                   []() -> std::unique_ptr<std::string> {
-                                                       throw std::runtime_error("not today");
-                                                   }),
+    EXPECT_THROW(registry.getOrCreate<std::string>(
+                     "s.one", []() -> std::unique_ptr<std::string> { throw std::runtime_error("not today"); }),
                  std::runtime_error);
     std::string* const one = registry.getOrCreate<std::string>("s.one", [&] {
         registry.getOrCreate<int>("s.two", [] { return std::make_unique<int>(2); });

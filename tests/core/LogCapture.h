@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <log4cplus/appender.h>
 #include <log4cplus/hierarchy.h>
 #include <log4cplus/logger.h>
@@ -10,6 +11,12 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+/** Of death tests: log4cplus has threads, which a forked child would lack and, at its exit, wait for. */
+class DeathTest : public testing::Test {
+protected:
+    DeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
 
 /** What an appender saw of one record. */
 struct LogRecord {

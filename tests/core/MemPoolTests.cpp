@@ -37,7 +37,9 @@ Block take(MemAccount& account, std::size_t size) {
     return {static_cast<unsigned char*>(MemPool::allocate(size, account)), size};
 }
 
-std::int64_t liveObjects(const char* name) { return MemAccounts::sGetUsage(name).liveObjects; }
+std::int64_t liveObjects(const char* name) {
+    return MemAccounts::sGetUsage(name).liveObjects;
+}
 
 } // namespace
 
