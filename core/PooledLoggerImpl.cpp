@@ -41,8 +41,9 @@ void PooledLoggerImpl::sRemember(std::size_t slot, int level) {
 
 __attribute__((no_sanitize("thread"))) bool PooledLoggerImpl::sHasRememberedLevels(std::size_t group) {
     int difference = 0;
-    for (std::size_t i = group * kGroup; i < (group + 1) * kGroup; ++i)
-        difference |= sLevelAt(i) ^ s_remembered[i].load(std::memory_order_acquire);
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < kGroup; ++i)
+        difference |= sLevelAt(group * kGroup + i) ^ s_remembered[group * kGroup + i].load(std::memory_order_acquire);
     return difference == 0;
 }
 

@@ -37,6 +37,18 @@ Block take(MemAccount& account, std::size_t size) {
     return {static_cast<unsigned char*>(MemPool::allocate(size, account)), size};
 }
 
+/** Gives back and takes blocks after the main thread's cache is gone: the run fails if that crashes. */
+struct UsesPoolAtExit {
+    void* block = nullptr;
+    ~UsesPoolAtExit() {
+        static constinit MemAccount s_account{"pool.exit"};
+        MemPool::deallocate(block, s_account);
+        for (const std::size_t size : {16U, 500U, 9000U})
+            MemPool::deallocate(MemPool::allocate(size, s_account), s_account);
+    }
+};
+UsesPoolAtExit s_usesPoolAtExit;
+
 std::int64_t liveObjects(const char* name) {
     return MemAccounts::sGetUsage(name).liveObjects;
 }
@@ -105,6 +117,7 @@ TEST(MemPoolTest, AccountsOfOneNameAreOne) {
     MemPool::deallocate(block.bytes, s_other);
     EXPECT_EQ(liveObjects("pool.shared"), 0);
     EXPECT_EQ(MemAccounts::sGetUsage("pool.share").liveObjects, 0);
+    s_usesPoolAtExit.block = take(s_one, 40).bytes;
     const auto list = MemAccounts::sList();
     EXPECT_EQ(std::count_if(list.begin(), list.end(), [](const auto& entry) { return entry.name == "pool.shared"; }),
               1);
