@@ -1,0 +1,71 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/** A folder of this test's own, gone with it. */
+class Scratch {
+public:
+    Scratch() : m_path(testing::TempDir() + "kxsipXXXXXX") {
+        if (mkdtemp(m_path.data()) == nullptr) {
+            throw std::runtime_error("no folder for the test: " + m_path);
+        }
+    }
+    ~Scratch() { std::filesystem::remove_all(m_path); }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    std::string path(const std::string& name) const { return m_path + "/" + name; }
+    std::string write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+        return path(name);
+    }
+    std::string read(const std::string& name) const {
+        std::ostringstream bytes;
+        bytes << std::ifstream(path(name), std::ios::binary).rdbuf();
+        return bytes.str();
+    }
+
+private:
+    std::string m_path;
+};
+
+/** What one run of the tool, which the environment variable KXSIP names, left behind. */
+struct ToolRun {
+    int exit = -1;
+    std::string out;
+    std::string err;
+
+    /** The lines of its output as JSON. */
+    std::vector<nlohmann::json> json() const {
+        std::vector<nlohmann::json> lines;
+        std::istringstream text(out);
+        for (std::string line; std::getline(text, line);) {
+            lines.push_back(nlohmann::json::parse(line));
+        }
+        return lines;
+    }
+};
+
+inline ToolRun kxsip(const std::string& arguments, const std::string& input = "") {
+    const Scratch scratch;
+    scratch.write("in", input);
+    const char* const tool = std::getenv("KXSIP");
+    const std::string command = std::string(tool == nullptr ? "KXSIP=unset" : tool) + " " + arguments + " <" +
+                                scratch.path("in") + " >" + scratch.path("out") + " 2>" + scratch.path("err");
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, scratch.read("out"), scratch.read("err")};
+}
+
+inline std::string sample(const std::string& name) {
+    return KX_SOURCE_DIR "/samples/" + name;
+}

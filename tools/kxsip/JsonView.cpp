@@ -1,0 +1,70 @@
+#include "tools/kxsip/JsonView.h"
+
+#include "sipobject/messages/KxSipRequest.h"
+#include "sipobject/messages/KxSipResponse.h"
+#include "tools/kxsip/HeaderValue.h"
+#include "tools/kxsip/ObjectText.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/** Every key is there in every object, in this order. */
+Json blank(const ReadMessage& read) {
+    Json json;
+    json["file"] = read.file;
+    json["index"] = read.index;
+    for (const char* key : {"kind", "method", "uri", "code", "reason", "version", "status"}) {
+        json[key] = nullptr;
+    }
+    json["valid"] = false;
+    json["error"] = nullptr;
+    json["headers"] = Json::array();
+    json["body_bytes"] = 0;
+    json["unread_bytes"] = read.unread;
+    return json;
+}
+
+void addRequestLine(Json& json, const KxSipRequest& request) {
+    json["kind"] = "request";
+    json["method"] = request.getMethod();
+    if (!request.getURI().isNil()) {
+        json["uri"] = serialized(*request.getURI());
+    }
+}
+
+void addStatusLine(Json& json, const KxSipResponse& response) {
+    json["kind"] = "response";
+    json["code"] = response.getStatusCode();
+    json["reason"] = response.getReasonPhrase().view();
+}
+
+void addMessage(Json& json, const KxSipMessage& message) {
+    if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
+        addRequestLine(json, *request);
+    } else if (const auto* const response = dynamic_cast<const KxSipResponse*>(&message)) {
+        addStatusLine(json, *response);
+    }
+    json["version"] = std::to_string(message.getVersionHigh()) + "." + std::to_string(message.getVersionLow());
+    json["status"] = static_cast<unsigned>(message.getStatus());
+    json["valid"] = message.isValid();
+    for (const HeaderValue& header : HeaderValue::sAllOf(message)) {
+        json["headers"].push_back(
+            {{"id", header.id}, {"name", header.name}, {"class", header.className}, {"value", header.value}});
+    }
+    json["body_bytes"] = message.getStoredBodyLength();
+}
+
+} // namespace
+
+void JsonView::show(const ReadMessage& read) {
+    Json json = blank(read);
+    if (read.isRefused()) {
+        json["error"] = {{"class", classNameOf(*read.error)}, {"text", read.error->getExceptionMessage().view()}};
+    } else {
+        addMessage(json, *read.message);
+    }
+    m_out << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+}

@@ -1,0 +1,56 @@
+#include "tools/kxsip/ShowCommand.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+constexpr int kUsageError = 64; // EX_USAGE of sysexits.h
+
+constexpr const char* kFooter = R"(Exit code (the worst of all messages):
+  0   all messages are valid
+  1   a header line was dropped
+  2   a message was refused or can't be used
+  3   a file can't be read, or output can't be written
+  64  the command line is wrong
+
+Example:
+  kxsip show samples/invite.sip
+  kxsip show --help)";
+
+Outcome flushed(Outcome outcome) {
+    if (std::cout.flush()) {
+        return outcome;
+    }
+    std::cerr << "kxsip: cannot write standard output\n";
+    return Outcome::Failed;
+}
+
+int run(int argc, char** argv) {
+    Outcome outcome = Outcome::Valid;
+    CLI::App app("Reads SIP messages the way libkxsipobject does, and says what became of them.", "kxsip");
+    app.set_version_flag("--version", "kxsip " KX_VERSION);
+    app.footer(kFooter);
+    app.require_subcommand(1);
+    addShowCommand(app, outcome);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kUsageError;
+    }
+    return static_cast<int>(flushed(outcome));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        std::ios::sync_with_stdio(false);
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "kxsip: " << error.what() << '\n';
+        return static_cast<int>(Outcome::Failed);
+    }
+}
