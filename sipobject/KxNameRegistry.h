@@ -1,9 +1,9 @@
 #pragma once
 
 #include "util/KxAscii.h"
+#include "util/KxBytes.h"
 
 #include <array>
-#include <cstdint>
 #include <string_view>
 
 /** Names to creator functions, letter case ignored. Filled by static initialisers on the loader's thread and only read
@@ -18,16 +18,18 @@ public:
     void add(const char* name, Creator creator) {
         const std::string_view text(name);
         if (find(text) == nullptr) {
-            Entry*& head = m_buckets[KxAscii::hashNoCase(text) % kBuckets];
-            head = new Entry{text, creator, head}; // never freed: look-ups go on in static destructors
+            const KxBytes::Ends ends = KxBytes::Ends(text.data(), text.size()).folded();
+            const Entry*& head = m_buckets[bucket(ends)];
+            head = new Entry{ends, text, creator, head}; // never freed: look-ups go on in static destructors
         }
     }
 
     /** The function, or null. */
     Creator find(std::string_view name) const {
-        for (const Entry* entry = m_buckets[KxAscii::hashNoCase(name) % kBuckets]; entry != nullptr;
-             entry = entry->next) {
-            if (entry->name == name || KxAscii::equalsNoCase(entry->name, name)) {
+        const KxBytes::Ends ends = KxBytes::Ends(name.data(), name.size()).folded();
+        for (const Entry* entry = m_buckets[bucket(ends)]; entry != nullptr; entry = entry->next) {
+            if (entry->ends == ends && (KxBytes::equal(entry->name.data(), name.data(), name.size()) ||
+                                        KxAscii::equalsNoCase(entry->name, name))) {
                 return entry->creator;
             }
         }
@@ -36,11 +38,14 @@ public:
 
 private:
     struct Entry {
+        KxBytes::Ends ends;
         std::string_view name;
         Creator creator;
         const Entry* next;
     };
-    static constexpr std::size_t kBuckets = 256;
+    static constexpr int kBucketBits = 8;
 
-    std::array<Entry*, kBuckets> m_buckets{};
+    static std::size_t bucket(const KxBytes::Ends& ends) { return ends.hash() >> (32 - kBucketBits); }
+
+    std::array<const Entry*, std::size_t{1} << kBucketBits> m_buckets{};
 };

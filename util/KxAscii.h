@@ -43,19 +43,12 @@ constexpr std::string_view trim(std::string_view text) {
     return text;
 }
 
-/** A cheap hash of a name that ignores ASCII case: its length and five of its characters. Names that collide are
-    told apart by comparing them, so tables must bound the names that share a bucket. */
-constexpr std::uint32_t hashNoCase(std::string_view name) {
-    const std::size_t n = name.size();
-    if (n == 0) {
-        return 0;
+/** The first character of [begin, end) that is no white space, or `end`. */
+constexpr const char* skipSpace(const char* begin, const char* end) {
+    while (begin != end && isSpace(*begin)) {
+        ++begin;
     }
-    const auto at = [&](std::size_t i) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i]) | 0x20U);
-    };
-    const std::uint32_t mixed = at(0) * 0x9E3779B1U ^ at(n / 2) * 0x85EBCA6BU ^ at(n - 1) * 0xC2B2AE35U ^
-                                at(n / 3) * 0x27D4EB2FU ^ static_cast<std::uint32_t>(n) * 0x165667B1U;
-    return mixed ^ (mixed >> 15);
+    return begin;
 }
 
 /** `atoi` over counted text: leading white space, a sign, digits; 0 when there are none. Saturates where neither a

@@ -52,7 +52,9 @@ KxHandle<KxByteArray> KxByteArray::sCreate(const char* text) {
 }
 
 KxByteArray* KxByteArray::clone() const {
-    return sCreate(m_length, data()).detach();
+    KxByteArray* const copy = sCreate(m_length, data()).detach();
+    copy->Release(false);
+    return copy;
 }
 
 void KxByteArray::setLength(std::size_t length) {

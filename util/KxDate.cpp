@@ -48,7 +48,11 @@ public:
     }
 
 private:
-    void skipBlanks() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(" \t,"), m_rest.size())); }
+    void skipBlanks() {
+        while (!m_rest.empty() && (m_rest.front() == ' ' || m_rest.front() == '\t' || m_rest.front() == ',')) {
+            m_rest.remove_prefix(1);
+        }
+    }
     bool skip(char c) {
         const bool isThere = m_rest.starts_with(c);
         m_rest.remove_prefix(isThere ? 1 : 0);
@@ -64,25 +68,33 @@ private:
     }
     bool atTime() {
         skipBlanks();
-        const std::size_t end = m_rest.find_first_not_of("0123456789");
-        return end < m_rest.size() && m_rest[end] == ':';
+        const std::size_t digits = countOf(KxAscii::isDigit);
+        return digits < m_rest.size() && m_rest[digits] == ':';
     }
 
+    /** How many characters of the kind stand next. */
+    template <class IsOfKind>
+    std::size_t countOf(IsOfKind isOfKind) const {
+        std::size_t count = 0;
+        while (count < m_rest.size() && isOfKind(m_rest[count])) {
+            ++count;
+        }
+        return count;
+    }
     /** The letters that stand next; they stay unread. */
     std::string_view word() {
         skipBlanks();
-        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), KxAscii::isAlpha);
-        return m_rest.substr(0, static_cast<std::size_t>(end - m_rest.begin()));
+        return m_rest.substr(0, countOf(KxAscii::isAlpha));
     }
     /** The digits that stand next, at most four of them; returns how many there were, 0 if too many. */
     std::size_t readNumber(unsigned& number) {
+        const std::size_t count = countOf(KxAscii::isDigit);
+        if (count > 4) {
+            return 0;
+        }
         number = 0;
-        std::size_t count = 0;
-        for (; count < m_rest.size() && KxAscii::isDigit(m_rest[count]); ++count) {
-            if (count == 4) {
-                return 0;
-            }
-            number = number * 10 + static_cast<unsigned>(m_rest[count] - '0');
+        for (const char digit : m_rest.substr(0, count)) {
+            number = number * 10 + static_cast<unsigned>(digit - '0');
         }
         m_rest.remove_prefix(count);
         return count;
@@ -100,6 +112,7 @@ private:
         const std::string_view found = word();
         const auto at = std::find_if(std::begin(names), std::end(names), [&](std::string_view name) {
             return found.size() >= std::min<std::size_t>(3, name.size()) &&
+                   KxAscii::toUpper(found.front()) == name.front() &&
                    KxAscii::equalsNoCase(found, name.substr(0, found.size()));
         });
         if (at != std::end(names)) {
@@ -132,7 +145,7 @@ private:
     }
     bool readYear() {
         skipBlanks();
-        unsigned year;
+        unsigned year = 0;
         const std::size_t digits = readNumber(year);
         if (digits == 2) {
             year += year < 50 ? 2000 : 1900;
@@ -141,8 +154,8 @@ private:
         return (digits == 2 || digits == 4) && year != 0;
     }
     bool readTime() {
-        unsigned hour;
-        unsigned minute;
+        unsigned hour = 0;
+        unsigned minute = 0;
         unsigned second = 0;
         if (!readField(hour, 23) || !skip(':') || !readField(minute, 59) || (skip(':') && !readField(second, 60))) {
             return false;

@@ -26,9 +26,32 @@ constexpr std::array<unsigned char, 256> kValues = [] {
     return values;
 }();
 
+using Bytes = signed char __attribute__((vector_size(16)));
+
+/** Nibbles as digits. */
+inline Bytes asDigits(Bytes nibbles) {
+    return nibbles + '0' + ((nibbles > 9) & ('a' - '0' - 10));
+}
+
+/** The digits of 16 bytes at once. */
+inline void toHex16(const char* bytes, char* out) {
+    Bytes in;
+    std::memcpy(&in, bytes, sizeof in);
+    const Bytes high = (in >> 4) & 15;
+    const Bytes low = in & 15;
+    const Bytes digits[2] = {
+        asDigits(__builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23)),
+        asDigits(__builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31))};
+    std::memcpy(out, digits, sizeof digits);
+}
+
 } // namespace
 
 char* KxHexEncoding::toHex(std::string_view bytes, char* out) {
+    for (; bytes.size() >= sizeof(Bytes); bytes.remove_prefix(sizeof(Bytes))) {
+        toHex16(bytes.data(), out);
+        out += 2 * sizeof(Bytes);
+    }
     for (const char byte : bytes) {
         std::memcpy(out, kPairs[static_cast<unsigned char>(byte)].data(), 2);
         out += 2;

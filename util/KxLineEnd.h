@@ -5,9 +5,6 @@
 #include <cstddef>
 #include <string_view>
 
-/** The first CR or LF at or behind `begin`, or `end`. */
-KX_UTIL_API const char* KxFindLineBreak(const char* begin, const char* end);
-
 /** How long the first logical line of the text is, its LF included: up to a LF that no blank or tab follows. `npos`
     when the text ends before that is known. */
 KX_UTIL_API std::size_t KxUnfoldedLineEnd(std::string_view text);

@@ -21,10 +21,7 @@ Companions& companions() {
 
 } // namespace
 
-KxObject::~KxObject() {
-    if ((m_count.load(std::memory_order_relaxed) & (kHasCompanion | kImmortal)) != kHasCompanion) {
-        return;
-    }
+void KxObject::releaseCompanions() {
     std::unordered_multimap<const KxObject*, KxObject*> mine;
     {
         Companions& all = companions();
@@ -50,11 +47,7 @@ void KxObject::display(KxOutputStream& out, bool) const {
     out << "KxObject";
 }
 
-std::uint32_t KxObject::releaseShared(std::uint32_t count, bool destroy) {
-    if ((count & kImmortal) != 0) {
-        return count;
-    }
-    constexpr std::uint32_t kCountMask = kHasCompanion - 1;
+std::uint32_t KxObject::releaseShared(bool destroy) {
     const std::uint32_t left = (m_count.fetch_sub(1, std::memory_order_acq_rel) - 1) & kCountMask;
     if (left == 0 && destroy) {
         m_count.fetch_add(1, std::memory_order_relaxed); // a handle made in a destructor must not destroy it again

@@ -14,7 +14,11 @@ class KxOutputStream;
     dropped on several threads; the object itself is only as thread-safe as its class says. */
 class KX_UTIL_API KxObject {
 public:
-    virtual ~KxObject();
+    virtual ~KxObject() {
+        if ((m_count.load(std::memory_order_relaxed) & kHasCompanion) != 0) [[unlikely]] {
+            releaseCompanions();
+        }
+    }
 
     /** A new deep copy with the count 0, owned by the caller. */
     virtual KxObject* clone() const = 0;
@@ -33,7 +37,7 @@ public:
     virtual std::uint32_t AddRef() {
         const std::uint32_t count = m_count.load(std::memory_order_relaxed);
         if (static_cast<std::int32_t>(count) > 0) {
-            return m_count.fetch_add(1, std::memory_order_relaxed) + 1;
+            return (m_count.fetch_add(1, std::memory_order_relaxed) + 1) & kCountMask;
         }
         if (count == 0) { // fresh: nobody else can see it yet
             m_count.store(1, std::memory_order_relaxed);
@@ -49,11 +53,11 @@ public:
             delete this;
             return 0;
         }
-        return releaseShared(count, destroy);
+        return isConstant(count) ? count : releaseShared(destroy);
     }
 
     /** True while exactly one handle holds the object, so that its holder may change it unseen. */
-    bool isUnshared() const { return m_count.load(std::memory_order_acquire) == 1; }
+    bool isUnshared() const { return (m_count.load(std::memory_order_acquire) & ~kHasCompanion) == 1; }
 
 protected:
     /** Constants that live as long as the process are never counted. */
@@ -64,15 +68,20 @@ protected:
     constexpr KxObject(const KxObject&) : m_count(0) {}
     KxObject& operator=(const KxObject&) { return *this; }
 
-    bool isImmortal() const { return (m_count.load(std::memory_order_relaxed) & kImmortal) != 0; }
+    bool isImmortal() const { return isConstant(m_count.load(std::memory_order_relaxed)); }
+    static bool isConstant(std::uint32_t count) { return (count & kImmortal) != 0; }
+    std::uint32_t count() const { return m_count.load(std::memory_order_acquire); }
+    /** Release, where the object is known to be neither a constant nor held by one handle only. */
+    std::uint32_t releaseShared(bool destroy);
 
 private:
     friend class KxHandleBase;
 
     static constexpr std::uint32_t kImmortal = 0x80000000U;
     static constexpr std::uint32_t kHasCompanion = 0x40000000U;
+    static constexpr std::uint32_t kCountMask = kHasCompanion - 1;
 
-    std::uint32_t releaseShared(std::uint32_t count, bool destroy);
+    void releaseCompanions();
     void keepCompanion(KxObject* companion);
 
     std::atomic<std::uint32_t> m_count;

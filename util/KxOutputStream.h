@@ -1,11 +1,11 @@
 #pragma once
 
+#include "util/KxBytes.h"
 #include "util/KxString.h"
 #include "util/UtilApi.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 /** A sink of bytes. The base keeps a window of free room, so that writing is a copy and a pointer move; a class that
@@ -31,7 +31,7 @@ public:
     }
     void write(std::string_view text) {
         if (text.size() <= static_cast<std::size_t>(m_end - m_cursor)) {
-            m_cursor = copyShort(m_cursor, text.data(), text.size());
+            m_cursor = KxBytes::copy(m_cursor, text.data(), text.size());
         } else {
             writeBeyondWindow(text.data(), text.size());
         }
@@ -70,24 +70,6 @@ protected:
     char* cursor() const { return m_cursor; }
 
 private:
-    /** Copies, in a few moves where the text is short; returns the place behind it. */
-    static char* copyShort(char* to, const char* from, std::size_t count) {
-        if (count > 16) {
-            std::memcpy(to, from, count);
-        } else if (count >= 8) {
-            std::memcpy(to, from, 8);
-            std::memcpy(to + count - 8, from + count - 8, 8);
-        } else if (count >= 4) {
-            std::memcpy(to, from, 4);
-            std::memcpy(to + count - 4, from + count - 4, 4);
-        } else if (count != 0) {
-            to[0] = from[0];
-            to[count / 2] = from[count / 2];
-            to[count - 1] = from[count - 1];
-        }
-        return to + count;
-    }
-
     char* m_cursor = nullptr;
     char* m_end = nullptr;
 };

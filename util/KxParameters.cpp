@@ -240,7 +240,9 @@ const char* KxParameters::parsePairs(const char* at, const char* const end) {
         } else if (*at == '"') {
             at = quoted.find(at + 1, end);
             while (at != end && *at == '\\') {
-                at = quoted.find(end - at > 2 ? at + 2 : end, end);
+                const char* const next = at + 1; // in a stream, nothing quotes a line end
+                const bool quotesNext = next != end && !(InStream && (*next == '\r' || *next == '\n'));
+                at = quoted.find(quotesNext ? next + 1 : next, end);
             }
             at += at != end && *at == '"' ? 1 : 0;
         } else {

@@ -31,6 +31,28 @@ bool copyOut(std::string_view text, char* buffer, std::size_t size) {
     return kept == text.size();
 }
 
+/** Copies the token that lies ahead and consumes nothing; `at` becomes the place in the window behind what was copied. */
+bool copyToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size, std::size_t& at) {
+    const auto next = [&] {
+        return at < in.window().size() || in.extendWindow() ? static_cast<unsigned char>(in.window()[at]) : -1;
+    };
+    int c = next();
+    for (; c == ' ' || c == '\t'; c = next()) {
+        ++at;
+    }
+    if (size == 0) {
+        return false;
+    }
+    const bool atEnd = c < 0;
+    std::size_t length = 0;
+    for (; c >= 0 && !delimiters.contains(static_cast<char>(c)) && length + 1 < size; c = next()) {
+        buffer[length++] = static_cast<char>(c);
+        ++at;
+    }
+    buffer[length] = '\0';
+    return !atEnd && (c < 0 || delimiters.contains(static_cast<char>(c)));
+}
+
 } // namespace
 
 void KxStreamTokenizer::sDiscardLine(KxInputStream& in) {
@@ -47,6 +69,7 @@ KxString KxStreamTokenizer::sGetLine(KxInputStream& in) {
 
 bool KxStreamTokenizer::sGetLine(KxInputStream& in, char* buffer, std::size_t size) {
     if (!in.fill()) {
+        copyOut("", buffer, size);
         return false;
     }
     KxScannedText scanned;
@@ -60,28 +83,15 @@ KxString KxStreamTokenizer::sGetToken(KxInputStream& in, const KxCharSet& delimi
 }
 
 bool KxStreamTokenizer::sGetToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size) {
-    int c = sDiscardWhite(in);
-    if (c < 0 || size == 0) {
-        return false;
-    }
-    std::size_t length = 0;
-    for (; c >= 0 && !delimiters.contains(static_cast<char>(c)); c = in.peek()) {
-        if (length + 1 == size) {
-            buffer[length] = '\0';
-            return false;
-        }
-        buffer[length++] = static_cast<char>(c);
-        in.consume(1);
-    }
-    buffer[length] = '\0';
-    return true;
+    std::size_t at = 0;
+    const bool fits = copyToken(in, delimiters, buffer, size, at);
+    in.consume(at);
+    return fits;
 }
 
 bool KxStreamTokenizer::sPeekToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size) {
-    in.mark();
-    const bool fits = sGetToken(in, delimiters, buffer, size);
-    in.reset();
-    return fits;
+    std::size_t at = 0;
+    return copyToken(in, delimiters, buffer, size, at);
 }
 
 KxString KxStreamTokenizer::sGetQuote(KxInputStream& in) {

@@ -29,7 +29,7 @@ public:
     /** The rest of the line from its first non-white character, without the line end, which is consumed. */
     static KxString sGetLine(KxInputStream& in);
     /** As above into a buffer of `size` bytes, NUL included; false when it does not fit (the line is consumed all the
-        same, the buffer holds what fits) or when the stream is at its end. */
+        same, the buffer holds what fits) or when the stream is at its end (the buffer is empty then). */
     static bool sGetLine(KxInputStream& in, char* buffer, std::size_t size);
 
     /** Skips white space; the characters up to the first delimiter, which stays unread, or the end. */
@@ -37,10 +37,10 @@ public:
     static KxString sGetToken(KxInputStream& in, const char* delimiters) {
         return sGetToken(in, KxCharSet(delimiters));
     }
-    /** As above into a buffer of `size` bytes, NUL included; false when the token does not fit or the stream is at its
-        end. What did not fit is unread. */
+    /** As above into a buffer of `size` bytes, NUL included; false when the token does not fit (what does not is
+        unread) or the stream is at its end (the buffer is empty then). */
     static bool sGetToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size);
-    /** As sGetToken, and the stream stays where it was (its mark is used). */
+    /** As sGetToken, and the stream stays where it was; its mark, too. */
     static bool sPeekToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size);
 
     /** Skips white space and reads decimal digits; 0 when there are none (what stands there stays unread), 4294967295

@@ -7,13 +7,8 @@
 
 KxString::KxString(const char* text) {
     if (text != nullptr) {
-        m_buffer = KxHandle<KxStringBuffer>(wordOrCopy(text));
+        m_buffer = KxHandle<KxStringBuffer>(KxWords::findOrCopy(text));
     }
-}
-
-KxStringBuffer* KxString::wordOrCopy(std::string_view text) {
-    KxStringBuffer* const word = KxWords::find(text);
-    return word != nullptr ? word : KxStringBuffer::create(text);
 }
 
 std::ptrdiff_t KxString::indexOf(std::string_view text, std::size_t start) const {

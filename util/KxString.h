@@ -1,6 +1,7 @@
 #pragma once
 
 #include "util/KxStringBuffer.h"
+#include "util/KxWords.h"
 
 #include <iosfwd>
 #include <string_view>
@@ -13,7 +14,7 @@ public:
     /** Copies the text; null gives nil. */
     KxString(const char* text);
     /** Copies the text; words that recur in signalling ("INVITE", "branch", "udp") share one constant. */
-    explicit KxString(std::string_view text) : m_buffer(wordOrCopy(text)) {}
+    explicit KxString(std::string_view text) : m_buffer(KxWords::findOrCopy(text)) {}
     KxString(const char* text, std::size_t length) : KxString(std::string_view(text, length)) {}
     /** Shares the buffer. */
     explicit KxString(KxHandle<KxStringBuffer> buffer) : m_buffer(std::move(buffer)) {}
@@ -54,7 +55,6 @@ protected:
     explicit constexpr KxString(KxStringBuffer* constant) : m_buffer(constant, KxUncounted{}) {}
 
 private:
-    static KxStringBuffer* wordOrCopy(std::string_view text);
     /** A buffer that only this string holds, with room for `capacity` characters. */
     KxStringBuffer& own(std::size_t capacity);
 
@@ -84,8 +84,7 @@ class KX_UTIL_API KxConstString final : private KxConstStringStorage, public KxS
 public:
     template <std::size_t N>
     constexpr KxConstString(const char (&literal)[N])
-        : KxConstStringStorage(literal, N - 1),
-          KxString(&m_room.constant) {}
+        : KxConstStringStorage(literal, N - 1), KxString(&m_room.constant) {}
     KxConstString(const KxConstString&) = delete;
     KxConstString& operator=(const KxConstString&) = delete;
 };

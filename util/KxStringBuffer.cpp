@@ -1,6 +1,7 @@
 #include "util/KxStringBuffer.h"
 
 #include "core/MemAllocator.h"
+#include "util/KxBytes.h"
 #include "util/KxException.h"
 #include "util/KxInputStream.h"
 #include "util/KxOutputStream.h"
@@ -20,7 +21,7 @@ std::string_view viewOf(const char* text) {
 
 void* KxStringBuffer::operator new(std::size_t size, std::size_t room) {
     static_assert(sizeof(KxStringBuffer) == 32);
-    return Oskan::NoSizeMemAllocator::allocate(size + room, s_account);
+    return s_account.allocate(size + room);
 }
 
 void KxStringBuffer::operator delete(void* block) {
@@ -31,11 +32,17 @@ void KxStringBuffer::operator delete(void* block, std::size_t) {
     Oskan::NoSizeMemAllocator::deallocate(block, s_account);
 }
 
+/** What `delete this` does, without asking the object what it is. */
+void KxStringBuffer::destroySelf() {
+    this->~KxStringBuffer();
+    s_account.deallocate(this);
+}
+
 void KxStringBuffer::throwTooLong() {
     KxException::sThrow("text too long for a string");
 }
 
-KxStringBuffer* KxStringBuffer::create(std::size_t capacity) {
+inline KxStringBuffer* KxStringBuffer::create(std::size_t capacity) {
     if (capacity > kLongest) {
         throwTooLong();
     }
@@ -46,11 +53,7 @@ KxStringBuffer* KxStringBuffer::create(std::size_t capacity) {
 
 KxStringBuffer* KxStringBuffer::create(std::string_view text) {
     KxStringBuffer* const made = create(text.size());
-    char* const to = made->inlineText();
-    if (!text.empty()) {
-        std::memcpy(to, text.data(), text.size());
-    }
-    to[text.size()] = '\0';
+    *KxBytes::copy(made->inlineText(), text.data(), text.size()) = '\0';
     made->m_length = static_cast<std::uint32_t>(text.size());
     return made;
 }

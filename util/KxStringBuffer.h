@@ -3,6 +3,7 @@
 #include "core/MemAccount.h"
 #include "util/KxCharSet.h"
 #include "util/KxHandle.h"
+#include "util/KxWords.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,6 +28,14 @@ public:
         }
     }
 
+    std::uint32_t Release(bool destroy) override {
+        const std::uint32_t owners = count();
+        if (owners == 1 && destroy) {
+            destroySelf();
+            return 0;
+        }
+        return isConstant(owners) ? owners : releaseShared(destroy);
+    }
     KxStringBuffer* clone() const override;
     int compareWith(const KxObject& other) const override;
     std::uint32_t hashCode() const override;
@@ -76,6 +85,7 @@ public:
 private:
     friend class KxConstStringStorage;
     friend class KxString;
+    friend KX_UTIL_API KxStringBuffer* KxWords::findOrCopy(std::string_view text);
 
     static constexpr std::uint32_t kOutside = 0x80000000U;
     static constexpr std::size_t kLongest = kOutside - 64;
@@ -90,6 +100,7 @@ private:
 
     static KxStringBuffer* create(std::size_t capacity);
     static KxStringBuffer* create(std::string_view text);
+    void destroySelf();
     [[noreturn]] static void throwTooLong();
 
     char* inlineText() { return reinterpret_cast<char*>(this) + kTextOffset; }

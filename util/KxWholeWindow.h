@@ -12,9 +12,15 @@ void KxWithWholeWindow(KxInputStream& in, Parse&& parse) {
         parse(in);
         return;
     }
-    while (KxUnfoldedLineEnd(in.window()) == std::string_view::npos && in.extendWindow()) {
+    std::size_t searched = 0; // the line ends nowhere before; what follows a last LF decides on that one
+    std::size_t end = KxUnfoldedLineEnd(in.window());
+    while (end == std::string_view::npos) {
+        const std::size_t known = in.window().size();
+        const bool more = in.extendWindow();
+        searched = more && known != 0 ? known - 1 : searched;
+        end = more ? KxUnfoldedLineEnd(in.window().substr(searched)) : known - searched;
     }
-    const std::string_view line = in.window().substr(0, KxUnfoldedLineEnd(in.window()));
+    const std::string_view line = in.window().substr(0, searched + end);
     struct Consumed {
         KxInputStream& outer;
         KxByteArrayInputStream inner;

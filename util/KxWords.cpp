@@ -1,10 +1,10 @@
 #include "util/KxWords.h"
 
+#include "util/KxBytes.h"
 #include "util/KxString.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <iterator>
 
 namespace {
@@ -26,6 +26,7 @@ KxStringBuffer* word() {
 /** Made when the library is loaded; strings made before that are copied like any other text. */
 KxStringBuffer* const s_words[] = {
     // methods
+    word<"">(),
     word<"INVITE">(),
     word<"ACK">(),
     word<"BYE">(),
@@ -195,50 +196,59 @@ KxStringBuffer* const s_words[] = {
 
 constexpr std::size_t kWordCount = std::size(s_words);
 constexpr std::size_t kLongestWord = 24;
-constexpr std::size_t kBuckets = 1024;
+constexpr int kBucketBits = 9;
 constexpr std::size_t kWays = 2;
-static_assert(kWordCount < 255);
 
-std::size_t bucketOf(const char* text, std::size_t n) {
-    const auto at = [&](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i])); };
-    const std::uint32_t mixed =
-        at(0) + (at(n / 2) << 5) + (at(n - 1) << 10) + (at(n / 4) << 15) + (static_cast<std::uint32_t>(n) << 22);
-    return (mixed * 0x9E3779B1U) >> 22;
-}
-
-/** Two ways a bucket: the word's index plus one, or 0. */
+/** The words by their ends; a bucket holds up to two. */
 struct Table {
+    struct Way {
+        KxBytes::Ends ends{"", 0};
+        KxStringBuffer* word = nullptr;
+    };
+
     Table() {
         for (std::size_t i = 0; i < kWordCount; ++i) {
-            auto& ways = m_ways[bucketOf(s_words[i]->c_str(), s_words[i]->length())];
-            for (auto& way : ways) {
-                if (way == 0) {
-                    way = static_cast<std::uint8_t>(i + 1);
+            const KxBytes::Ends ends(s_words[i]->c_str(), s_words[i]->length());
+            for (Way& way : bucket(ends)) {
+                if (way.word == nullptr) {
+                    way = {ends, s_words[i]};
                     break;
                 }
             } // a third word of a bucket is left out: it is copied like any other text
         }
     }
-    std::array<std::array<std::uint8_t, kWays>, kBuckets> m_ways{};
+    std::array<Way, kWays>& bucket(const KxBytes::Ends& ends) { return m_buckets[ends.hash() >> (32 - kBucketBits)]; }
+
+    std::array<std::array<Way, kWays>, std::size_t{1} << kBucketBits> m_buckets{};
 };
 
-const Table s_table;
+Table s_table;
+
+} // namespace
+
+namespace {
+
+[[gnu::always_inline]] inline KxStringBuffer* lookUp(std::string_view text) {
+    if (text.size() > kLongestWord) {
+        return nullptr;
+    }
+    const KxBytes::Ends ends(text.data(), text.size());
+    for (const Table::Way& way : s_table.bucket(ends)) {
+        if (way.ends == ends && way.word != nullptr &&
+            (text.size() <= 8 || KxBytes::equal(way.word->c_str(), text.data(), text.size()))) {
+            return way.word;
+        }
+    }
+    return nullptr;
+}
 
 } // namespace
 
 KxStringBuffer* KxWords::find(std::string_view text) {
-    const std::size_t n = text.size();
-    if (n == 0 || n > kLongestWord) {
-        return nullptr;
-    }
-    for (const std::uint8_t way : s_table.m_ways[bucketOf(text.data(), n)]) {
-        if (way == 0) {
-            return nullptr;
-        }
-        KxStringBuffer* const word = s_words[way - 1];
-        if (word->length() == n && std::memcmp(word->c_str(), text.data(), n) == 0) {
-            return word;
-        }
-    }
-    return nullptr;
+    return lookUp(text);
+}
+
+KxStringBuffer* KxWords::findOrCopy(std::string_view text) {
+    KxStringBuffer* const known = lookUp(text);
+    return known != nullptr ? known : KxStringBuffer::create(text);
 }

@@ -11,6 +11,9 @@ class KxStringBuffer;
 namespace KxWords {
 
 /** The constant for exactly this text, or null. */
-KxStringBuffer* find(std::string_view text);
+KX_UTIL_API KxStringBuffer* find(std::string_view text);
+
+/** The constant for this text, or a new buffer with a copy, for a handle to adopt. */
+KX_UTIL_API KxStringBuffer* findOrCopy(std::string_view text);
 
 } // namespace KxWords

@@ -81,23 +81,18 @@ void MD5::addBlocks(std::array<std::uint32_t, 4>& state, const char* bytes, std:
     state = {r[0], r[1], r[2], r[3]};
 }
 
-void MD5::update(std::string_view piece) {
+void MD5::updateBlocks(std::string_view piece) {
     const std::size_t waiting = m_length % kBlock;
     m_length += piece.size();
     if (waiting != 0) {
-        const std::size_t taken = piece.copy(m_rest + waiting, kBlock - waiting);
-        if (waiting + taken < kBlock) {
-            return;
-        }
+        std::memcpy(m_rest + waiting, piece.data(), kBlock - waiting);
         addBlocks(m_state, m_rest, 1);
-        piece.remove_prefix(taken);
+        piece.remove_prefix(kBlock - waiting);
     }
     const std::size_t blocks = piece.size() / kBlock;
-    if (blocks != 0) {
-        addBlocks(m_state, piece.data(), blocks);
-        piece.remove_prefix(blocks * kBlock);
-    }
-    piece.copy(m_rest, kBlock);
+    addBlocks(m_state, piece.data(), blocks);
+    piece.remove_prefix(blocks * kBlock);
+    KxBytes::copy(m_rest, piece.data(), piece.size());
 }
 
 MD5::Raw MD5::finish() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "util/KxByteArray.h"
+#include "util/KxBytes.h"
 #include "util/UtilApi.h"
 
 #include <array>
@@ -30,7 +31,15 @@ public:
     static Raw digestOf(std::string_view text);
 
     /** The digest of the pieces together; up to 2^61 bytes. */
-    void update(std::string_view piece);
+    void update(std::string_view piece) {
+        const std::size_t waiting = m_length % kBlock;
+        if (piece.size() < kBlock - waiting) {
+            KxBytes::copy(m_rest + waiting, piece.data(), piece.size());
+            m_length += piece.size();
+        } else {
+            updateBlocks(piece);
+        }
+    }
     /** The digest of all pieces; the object then begins anew. */
     Raw finish();
 
@@ -38,6 +47,8 @@ private:
     static constexpr std::size_t kBlock = 64;
     static constexpr std::array<std::uint32_t, 4> kStart{0x67452301U, 0xEFCDAB89U, 0x98BADCFEU, 0x10325476U};
 
+    /** As update, for a piece that fills a block. */
+    void updateBlocks(std::string_view piece);
     /** Takes `count` whole blocks. */
     static void addBlocks(std::array<std::uint32_t, 4>& state, const char* bytes, std::size_t count);
 

@@ -6,10 +6,10 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <pthread.h>
 #include <random>
-#include <string_view>
 #include <sys/random.h>
 
 namespace {
@@ -23,7 +23,7 @@ struct Generator {
     ChaCha20::Block state;
     ChaCha20::Block block;
 };
-constinit thread_local Generator t_generator{};
+constinit thread_local Generator t_generator __attribute__((tls_model("initial-exec"))){};
 
 void fillFromSystem(void* to, std::size_t size) {
     char* const bytes = static_cast<char*>(to);
@@ -73,11 +73,16 @@ void UUID::uuid_create_string(char* buffer) {
 
     bytes[6] = static_cast<char>((bytes[6] & 0x0F) | 0x40); // version 4
     bytes[8] = static_cast<char>((bytes[8] & 0x3F) | 0x80); // the variant of the RFC
-    const char* from = bytes;
-    for (const std::size_t count : {4U, 2U, 2U, 2U, 6U}) {
-        buffer = KxHexEncoding::toHex({from, count}, buffer);
-        from += count;
-        *buffer++ = '-';
-    }
-    buffer[-1] = '\0';
+    char digits[32];
+    KxHexEncoding::toHex({bytes, sizeof bytes}, digits);
+    std::memcpy(buffer, digits, 8);
+    buffer[8] = '-';
+    std::memcpy(buffer + 9, digits + 8, 4);
+    buffer[13] = '-';
+    std::memcpy(buffer + 14, digits + 12, 4);
+    buffer[18] = '-';
+    std::memcpy(buffer + 19, digits + 16, 4);
+    buffer[23] = '-';
+    std::memcpy(buffer + 24, digits + 20, 12);
+    buffer[kTextLength] = '\0';
 }

@@ -36,7 +36,7 @@ void checkLength(const char* begin, const char* end) {
 
 constinit Oskan::MemAccount KxSipNameAddress::s_account{"KxSipNameAddress"};
 
-KxSipNameAddress::KxSipNameAddress() : m_displayName(""), m_URI(new KxURI(nullptr)) {}
+KxSipNameAddress::KxSipNameAddress() : m_URI(new KxURI(nullptr)) {}
 
 KxSipNameAddress::KxSipNameAddress(const KxString& displayName, const KxHandle<KxURI>& uri)
     : m_brackets(!displayName.empty()),
@@ -44,7 +44,7 @@ KxSipNameAddress::KxSipNameAddress(const KxString& displayName, const KxHandle<K
       m_displayName(displayName),
       m_URI(uri.isNil() ? nullptr : uri->clone()) {}
 
-KxSipNameAddress::KxSipNameAddress(const char* text) : m_standalone(true), m_displayName("") {
+KxSipNameAddress::KxSipNameAddress(const char* text) : m_standalone(true) {
     parse(text);
 }
 

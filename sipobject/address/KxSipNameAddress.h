@@ -48,7 +48,7 @@ public:
 
 private:
     enum class Unset { Tag };
-    explicit KxSipNameAddress(Unset) : m_displayName("") {}
+    explicit KxSipNameAddress(Unset) {}
 
     static bool isLegalDisplayNameChar(char c);
     void parseWhole(KxInputStream& in);

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURL.h"
+#include "util/KxBytes.h"
 #include "util/KxHexEncoding.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
-constexpr KxCharSet kUserPartEnd("\"@>\n");
 constexpr KxCharSet kParametersEnd("\n>?");
 constexpr char kEndOfInput = '\x04'; // as a delimiter before a token it means nothing, like a NUL
 
@@ -26,7 +26,8 @@ void debug(const char* what, const KxLazyParameters& list) {
 /** The first "@" outside quotes; nullptr when a ">", a line end or the end comes first. Tells where it stopped. */
 bool findAt(const char* from, const char* end, const char*& stop) {
     bool quoted = false;
-    for (const char* at = kUserPartEnd.find(from, end); at != end; at = kUserPartEnd.find(at + 1, end)) {
+    const auto next = [end](const char* at) { return KxBytes::findAny<'"', '@', '>', '\n'>(at, end); };
+    for (const char* at = next(from); at != end; at = next(at + 1)) {
         if (*at == '"') {
             quoted = !quoted;
         } else if (*at == '\n' || !quoted) {
@@ -70,8 +71,9 @@ bool KxSipURLParser::findUserPart() const {
     if (memo.at == nullptr || m_at < memo.at) {
         memo = {m_at, false, {nullptr, nullptr}, {false, false}};
     }
-    memo.quoted ^= std::count(memo.at, m_at, '"') % 2 != 0;
-    memo.at = m_at;
+    for (; memo.at != m_at; ++memo.at) {
+        memo.quoted ^= *memo.at == '"';
+    }
     const char*& stop = memo.stop[memo.quoted];
     if (stop == nullptr || stop < m_at) {
         memo.found[memo.quoted] = findAt(m_at, m_end, stop);
@@ -140,10 +142,14 @@ void KxSipURLParser::addQuoted() {
 void KxSipURLParser::colon() {
     const std::string_view token = m_token.view();
     if (m_previous == '\0') {
-        if (!KxAscii::equalsNoCase(token, KxSipURL::sToken)) {
+        const KxString& sip = KxSipURL::sToken;
+        if (token == sip.view()) {
+            m_url.m_Scheme = sip;
+        } else if (sip.equalsNoCase(token)) {
+            m_url.m_Scheme = KxString(token);
+        } else {
             KxSipParseError::sThrow("Scheme is not SIP");
         }
-        m_url.m_Scheme = KxString(token);
     } else if (m_previous == ':' && m_hasUserPart) {
         m_url.m_user = KxString(token);
     } else if (m_previous == ':' || m_previous == '@') {

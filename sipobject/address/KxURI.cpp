@@ -22,20 +22,29 @@ constexpr KxCharSet kDataEnd(">\r\n");
 
 /** The first three letters of a URI, blanks and an opening bracket aside; NUL where it is shorter. */
 struct Prefix {
-    explicit Prefix(std::string_view text) {
-        std::size_t at = 0;
+    Prefix(const char* at, const char* end) {
         for (char& letter : letters) {
-            at = text.find_first_not_of(' ', at);
-            if (at != std::string_view::npos && text[at] == '<') {
-                at = text.find_first_not_of(" \t", at + 1);
+            at = skip(at, end, ' ', ' ');
+            if (at != end && *at == '<') {
+                at = skip(at + 1, end, ' ', '\t');
             }
-            if (at == std::string_view::npos) {
+            if (at == end) {
                 break;
             }
-            letter = text[at++];
+            letter = *at++;
         }
     }
-    bool is(std::string_view scheme) const { return KxAscii::equalsNoCase({letters, 3}, scheme); }
+    static const char* skip(const char* at, const char* end, char blank, char other) {
+        while (at != end && (*at == blank || *at == other)) {
+            ++at;
+        }
+        return at;
+    }
+    /** `scheme` in lower case. */
+    bool is(const char (&scheme)[4]) const {
+        return KxAscii::toLower(letters[0]) == scheme[0] && KxAscii::toLower(letters[1]) == scheme[1] &&
+               KxAscii::toLower(letters[2]) == scheme[2];
+    }
     char letters[3] = {};
 };
 
@@ -47,7 +56,7 @@ void debug(const char* what, const KxString& value) {
 
 constinit Oskan::MemAccount KxURI::s_account{"KxURI"};
 
-KxURI::KxURI(const char* scheme) : m_SchemeData(""), m_Scheme(scheme == nullptr ? "" : scheme) {}
+KxURI::KxURI(const char* scheme) : m_Scheme(scheme) {}
 
 KxURI::KxURI(const KxURI& other)
     : KxObject(other), m_standalone(other.m_standalone), m_SchemeData(other.m_SchemeData), m_Scheme(other.m_Scheme) {}
@@ -120,12 +129,13 @@ KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
     KxHandle<KxURI> uri;
     const char* what = "KxURI: parsed URL of unknown scheme";
     KxWithWholeWindow(in, [&](KxInputStream& line) {
-        const Prefix prefix(line.window());
-        if (prefix.is(KxSipURL::sToken)) {
+        const std::string_view text = line.window();
+        const Prefix prefix(text.data(), text.data() + text.size());
+        if (prefix.is("sip")) {
             uri = KxMake<KxSipURL>();
             uri->m_standalone = standalone;
             what = "KxURI: parsed sip URL: ";
-        } else if (prefix.is(KxTelURL::sToken)) {
+        } else if (prefix.is("tel")) {
             uri = KxMake<KxTelURL>();
             uri->m_standalone = standalone;
             what = "KxURI: parsed tel URL";

@@ -7,13 +7,11 @@
 #include "sipobject/KxSipParseErrorEmptyHeader.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxLineEnd.h"
+#include "util/KxBytes.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 
-#include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -24,20 +22,31 @@ constinit KxNameRegistry<KxSipHeader::Creator> s_registry;
 /** Names of this length and more are never registered ones. */
 constexpr std::size_t kNameLimit = 48;
 
+/** Makes sure that the window holds the first line break and what shows whether the line goes on behind it. */
+const char* lineBreak(KxInputStream& in) {
+    const auto find = [&in] {
+        return KxBytes::findAny<'\r', '\n'>(in.window().data(), in.window().data() + in.window().size());
+    };
+    const char* at = find();
+    while (!in.isWhole() && in.window().data() + in.window().size() - at < 3 && in.extendWindow()) {
+        at = find();
+    }
+    return at;
+}
+
+/** Whether a line that breaks at `at` ends there with CR LF and is not continued. */
+bool endsPlainly(const char* at, const char* end) {
+    return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
+}
+
 /** One logical line, ending in CR LF: in place when that is how it lies, else unfolded into `copy`. */
 std::string_view takeLine(KxInputStream& in, Oskan::FastString<256>& copy) {
-    std::string_view window = in.window();
-    const char* end = KxFindLineBreak(window.data(), window.data() + window.size());
-    while (!in.isWhole() && window.data() + window.size() - end < 3 && in.extendWindow()) {
-        window = in.window();
-        end = KxFindLineBreak(window.data(), window.data() + window.size());
-    }
-    const auto length = static_cast<std::size_t>(end - window.data());
-    const std::string_view rest = window.substr(length);
-    if (rest.size() >= 2 && rest[0] == '\r' && rest[1] == '\n' &&
-        (rest.size() == 2 || (rest[2] != ' ' && rest[2] != '\t'))) {
-        in.consume(length + 2);
-        return window.substr(0, length + 2);
+    const char* const stop = lineBreak(in);
+    const std::string_view window = in.window();
+    if (endsPlainly(stop, window.data() + window.size())) {
+        const auto length = static_cast<std::size_t>(stop - window.data()) + 2;
+        in.consume(length);
+        return window.substr(0, length);
     }
     for (int c = in.read(); c >= 0; c = in.read()) {
         if (c == '\n') {
@@ -54,25 +63,26 @@ std::string_view takeLine(KxInputStream& in, Oskan::FastString<256>& copy) {
     return copy.view();
 }
 
-/** The name in front of the colon as the registry looks it up: from the bytes as they stand, so a name that is folded
-    is not a registered one. Empty when there is none. */
-std::string_view nameIn(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
-        text.remove_prefix(1);
-    }
-    std::string_view name = text.substr(0, text.find(':'));
-    while (!name.empty() && std::strchr("\t\n\r ", name.back()) != nullptr && name.back() != '\0') {
+std::string_view trimEnd(std::string_view name) {
+    while (!name.empty() && (name.back() == ' ' || (name.back() >= '\t' && name.back() <= '\r' && name.back() != '\v' &&
+                                                    name.back() != '\f'))) {
         name.remove_suffix(1);
     }
     return name;
+}
+
+/** The name in front of the first colon of the bytes as they stand, so a name that is folded is not a registered one. */
+std::string_view nameIn(const char* begin, const char* end) {
+    const char* const colon = KxBytes::findAny<':'>(begin, end);
+    return trimEnd(std::string_view(begin, static_cast<std::size_t>(colon - begin)));
 }
 
 } // namespace
 
 constinit Oskan::MemAccount KxSipHeader::s_account{"KxSipHeader"};
 
-KxSipHeader::~KxSipHeader() {
-    // in a loop: a chain may be longer than the stack is deep
+/** In a loop: a chain may be longer than the stack is deep. */
+void KxSipHeader::releaseChain() {
     KxHandle<KxSipHeader> next = std::move(m_next);
     while (!next.isNil() && next->isUnshared()) {
         next = KxHandle<KxSipHeader>(std::move(next->m_next));
@@ -138,48 +148,55 @@ KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& 
     Oskan::FastString<256> unfolded;
     const char* const raw = in.isWhole() ? in.window().data() : nullptr;
     const std::string_view line = takeLine(in, unfolded);
-    if (line.find(':') == std::string_view::npos) {
+    const auto* const colon = KxBytes::findAny<':'>(line.data(), line.data() + line.size());
+    if (colon == line.data() + line.size()) {
         fault = KxSipLineFault::NoColon;
         return {};
     }
-    // where the line lay whole in memory, the name is what stood there, folds and all
-    const std::string_view name =
-        raw == nullptr ? nameIn(line)
-                       : nameIn(std::string_view(raw, static_cast<std::size_t>(in.window().data() - raw)));
-    if (KxAscii::trim(name).empty()) {
+    const std::string_view name = KxAscii::trim(line.substr(0, static_cast<std::size_t>(colon - line.data())));
+    // where an unfolded line lay whole in memory, its class goes by the name that stood there, folds and all
+    const bool copied = raw != nullptr && raw != line.data();
+    const std::string_view key = copied ? nameIn(raw, in.window().data()) : name;
+    if (name.empty() || key.empty()) {
         fault = KxSipLineFault::NoToken;
         return {};
     }
-    KxHandle<KxSipHeader> header(sConstruct(name));
-    fault = header->parseLine(line);
-    return fault == KxSipLineFault::None ? std::move(header) : KxHandle<KxSipHeader>();
+    KxHandle<KxSipHeader> header(sConstruct(key));
+    fault = header->parseLine(name, line.substr(static_cast<std::size_t>(colon - line.data()) + 1));
+    if (fault != KxSipLineFault::None) {
+        header = nullptr;
+    }
+    return header;
 }
 
 void KxSipHeader::parse(KxInputStream& in) {
     const Oskan::EntryTraceScope entry(s_logger, "KxSipHeader::parse");
     Oskan::FastString<256> unfolded;
-    const KxSipLineFault fault = parseLine(takeLine(in, unfolded));
+    const std::string_view line = takeLine(in, unfolded);
+    const std::size_t colon = line.find(':');
+    const bool found = colon != std::string_view::npos;
+    setToken(KxAscii::trim(line.substr(0, colon)));
+    const KxSipLineFault fault =
+        found ? parseLine(KxAscii::trim(line.substr(0, colon)), line.substr(colon + 1)) : KxSipLineFault::NoColon;
     if (fault != KxSipLineFault::None) {
         sThrow(fault);
     }
 }
 
-KxSipLineFault KxSipHeader::parseLine(std::string_view line) {
+/** The name as it stood and what stands behind the colon, CR LF included. */
+KxSipLineFault KxSipHeader::parseLine(std::string_view name, std::string_view value) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::parse");
-    const std::size_t colon = line.find(':');
-    setToken(KxAscii::trim(line.substr(0, colon)));
-    if (colon == std::string_view::npos) {
-        return KxSipLineFault::NoColon;
-    }
-    KxByteArrayInputStream value(line.substr(colon + 1));
-    return parseValues(value);
+    setToken(name);
+    KxByteArrayInputStream in(value);
+    return parseValues(in);
 }
 
 void KxSipHeader::setToken(std::string_view name) {
-    if (m_token.view() != name) {
-        const KxString& compact = getCompactToken();
-        m_token = compact.view() == name ? compact : KxString(name);
+    if (m_token.length() == name.size() && KxBytes::equal(m_token.c_str(), name.data(), name.size())) {
+        return;
     }
+    const KxString& compact = getCompactToken();
+    m_token = compact.view() == name ? compact : KxString(name);
 }
 
 void KxSipHeader::parseRest(KxInputStream& in) {
@@ -191,23 +208,27 @@ void KxSipHeader::parseRest(KxInputStream& in) {
 
 KxSipLineFault KxSipHeader::parseValues(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
+    const char* const end = in.window().data() + in.window().size(); // a line: whole
     KxHandle<KxSipHeader> further;
     KxSipHeader* last = this;
+    Creator creator = nullptr;
     while (true) {
-        const std::string_view rest = in.window(); // a line: whole
-        const auto blank =
-            static_cast<std::size_t>(std::find_if_not(rest.begin(), rest.end(), KxAscii::isSpace) - rest.begin());
-        if (blank == rest.size()) {
+        if (KxAscii::skipSpace(in.window().data(), end) == end) {
             return KxSipLineFault::NothingBehindColon;
         }
         last->doParse(in);
-        const std::string_view left = in.window();
-        const auto* const comma = static_cast<const char*>(std::memchr(left.data(), ',', left.size()));
-        if (comma == nullptr) {
+        const char* comma = in.window().data();
+        while (comma != end && *comma != ',') {
+            ++comma;
+        }
+        if (comma == end) {
             break;
         }
-        in.consume(static_cast<std::size_t>(comma - left.data()) + 1);
-        KxHandle<KxSipHeader> next(sConstruct(getExpandedToken()));
+        in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
+        if (creator == nullptr) {
+            creator = s_registry.find(getExpandedToken());
+        }
+        KxHandle<KxSipHeader> next(creator != nullptr ? creator() : sConstruct(getExpandedToken()));
         KxHandle<KxSipHeader>& link = last == this ? further : last->m_next;
         last = next.get();
         link = std::move(next);

@@ -25,7 +25,11 @@ public:
     /** Makes an empty header of a class. */
     using Creator = KxSipHeader* (*)();
 
-    ~KxSipHeader() override;
+    ~KxSipHeader() override {
+        if (!m_next.isNil()) {
+            releaseChain();
+        }
+    }
 
     /** The full name of the class, "Via". */
     virtual const KxString& getExpandedToken() const = 0;
@@ -92,7 +96,8 @@ private:
     static const char* sTextOf(KxSipLineFault fault);
     [[noreturn]] static void sThrow(KxSipLineFault fault);
 
-    KxSipLineFault parseLine(std::string_view line);
+    void releaseChain();
+    KxSipLineFault parseLine(std::string_view name, std::string_view value);
     void parseRest(KxInputStream& in);
     KxSipLineFault parseValues(KxInputStream& in);
     void setToken(std::string_view name);

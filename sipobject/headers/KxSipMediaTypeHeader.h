@@ -29,7 +29,7 @@ public:
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
 
 protected:
-    KxSipMediaTypeHeader() : m_type(""), m_subType("") {}
+    KxSipMediaTypeHeader() = default;
     /** Stored as given, unchecked; null reads as empty. */
     KxSipMediaTypeHeader(const char* type, const char* subType)
         : m_type(type == nullptr ? "" : type), m_subType(subType == nullptr ? "" : subType) {}

@@ -14,7 +14,7 @@
 template <class H>
 class KxSipTokenHeader : public KxSipHeaderOf<H> {
 protected:
-    KxSipTokenHeader() : m_value("") {}
+    KxSipTokenHeader() = default;
     /** Stored as given, unchecked. */
     explicit KxSipTokenHeader(const char* token) : m_value(token == nullptr ? "" : token) {}
     KxSipTokenHeader(const KxSipTokenHeader&) = default;

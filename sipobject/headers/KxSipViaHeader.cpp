@@ -40,8 +40,7 @@ KxSipViaHeader::KxSipViaHeader(const char* host, unsigned port, const char* tran
       m_transport(KxString(transport).upper()),
       m_host(host),
       m_port(port),
-      m_hasPort(true),
-      m_comment(kNothing) {
+      m_hasPort(true) {
     const Oskan::EntryTraceScope trace(sLogger(), "KxSipViaHeader ctor");
     checkValidity();
 }

@@ -17,48 +17,30 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
     }
 }
 
-void KxSipHeaderSlots::enlist(HeaderID id) {
-    const std::uint8_t last = m_order[kEnd].previous;
-    m_order[id] = {last, kEnd};
-    m_order[last].next = static_cast<std::uint8_t>(id);
-    m_order[kEnd].previous = static_cast<std::uint8_t>(id);
-}
-
 void KxSipHeaderSlots::delist(HeaderID id) {
     const Link link = m_order[id];
     m_order[link.previous].next = link.next;
     m_order[link.next].previous = link.previous;
 }
 
-bool KxSipHeaderSlots::holds(const KxSipHeader& header) {
-    if (m_slots[header.getHeaderID()].isNil()) {
-        return false;
-    }
-    const KxSipHeader* end = &header; // whatever hangs in the chain has its end in common with it
+/** Hangs the value before or behind those that are there. */
+bool KxSipHeaderSlots::chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first) {
+    const HeaderID id = header->getHeaderID();
+    KxSipHeader* const last = lastOf(id);
+    const KxSipHeader* end = header.get(); // whatever hangs in the chain has its end in common with it
     while (!end->m_next.isNil()) {
         end = end->m_next.get();
     }
-    return end == lastOf(header.getHeaderID());
-}
-
-void KxSipHeaderSlots::addFirst(KxHandle<KxSipHeader> header) {
-    const HeaderID id = header->getHeaderID();
-    if (m_slots[id].isNil()) {
-        addLast(std::move(header));
-        return;
+    if (end == last) {
+        return false;
     }
-    header->m_next = std::move(m_slots[id]);
-    m_slots[id] = std::move(header);
-}
-
-void KxSipHeaderSlots::addLast(KxHandle<KxSipHeader> header) {
-    const HeaderID id = header->getHeaderID();
-    if (m_slots[id].isNil()) {
-        enlist(id);
-        m_slots[id] = std::move(header);
+    if (first) {
+        header->m_next = std::move(slot);
+        slot = std::move(header);
     } else {
-        lastOf(id)->m_next = std::move(header);
+        last->m_next = std::move(header);
     }
+    return true;
 }
 
 void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 /** The headers of a message: a slot for each kind, holding the first value with the others chained behind it, and the
     order in which the kinds first came. Knows nothing of start lines, bodies or locks. */
@@ -19,13 +20,17 @@ public:
 
     const KxHandle<KxSipHeader>& first(HeaderID id) const { return m_slots[id]; }
 
-    /** Whether this very object hangs in the slot of its kind. */
-    bool holds(const KxSipHeader& header);
-
-    /** Puts the value first; what was there before hangs behind it, and its own chain is dropped. */
-    void addFirst(KxHandle<KxSipHeader> header);
-    /** Puts the value, with the chain it carries, last. */
-    void addLast(KxHandle<KxSipHeader> header);
+    /** Puts the value in: first, with what was there before behind it and its own chain dropped, or last, with the
+        chain it carries. False, and nothing changes, when this very object hangs there already. */
+    bool add(KxHandle<KxSipHeader>&& header, bool first) {
+        KxHandle<KxSipHeader>& slot = m_slots[header->getHeaderID()];
+        if (!slot.isNil()) {
+            return chain(slot, std::move(header), first);
+        }
+        enlist(header->getHeaderID());
+        slot = std::move(header);
+        return true;
+    }
     /** Puts the value into an empty slot without giving its kind a place in the order, so it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
     /** Takes out the first value of a kind; false when there is none. */
@@ -49,7 +54,13 @@ private:
         std::uint8_t next;
     };
 
-    void enlist(HeaderID id);
+    void enlist(HeaderID id) {
+        const std::uint8_t last = m_order[kEnd].previous;
+        m_order[id] = {last, kEnd};
+        m_order[last].next = static_cast<std::uint8_t>(id);
+        m_order[kEnd].previous = static_cast<std::uint8_t>(id);
+    }
+    bool chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     void delist(HeaderID id);
     KxSipHeader* lastOf(HeaderID id);
     void forgetLast(HeaderID id);

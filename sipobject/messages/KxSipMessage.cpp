@@ -1,6 +1,7 @@
 #include "sipobject/messages/KxSipMessage.h"
 
 #include "core/AceCleanupLogger.h"
+#include "core/Assertion.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
@@ -154,17 +155,11 @@ bool KxSipMessage::isRequired(std::string_view optionTag) const {
     return listsTag<KxSipRequireHeader>(optionTag);
 }
 
-void KxSipMessage::insert(const KxHandle<KxSipHeader>& header, bool first, const char* operation) {
-    if (m_headers.holds(*header)) {
-        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-            s_logger.log(
-                Oskan::LogLevel::Debug,
-                std::string(operation).append(" : adding a header twice : ").append(header->getToken().view()));
-        }
-    } else if (first) {
-        m_headers.addFirst(header);
-    } else {
-        m_headers.addLast(header);
+inline void KxSipMessage::insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
+    OSKAN_ASSERT(header->getHeaderID() < KxHeaderIDs::kCount);
+    if (!m_headers.add(std::move(header), first) && s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug,
+                     std::string(operation).append(" : adding a header twice : ").append(header->getToken().view()));
     }
 }
 
@@ -172,14 +167,14 @@ void KxSipMessage::addHeader(const KxHandle<KxSipHeader>& header, bool first) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::addHeader");
     if (!header.isNil()) {
         const KxMutexLock lock(*m_mutex);
-        insert(header, first, "KxSipMessage::addHeader");
+        insert(KxHandle<KxSipHeader>(header), first, "KxSipMessage::addHeader");
     }
 }
 
-void KxSipMessage::asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first) {
+void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
     if (!header.isNil()) {
-        insert(header, first, "KxSipMessage::asynchAddHeader");
+        insert(std::move(header), first, "KxSipMessage::asynchAddHeader");
     }
 }
 
@@ -192,11 +187,11 @@ void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool fir
     const KxHandle<KxSipHeader> single(static_cast<KxSipHeader*>(header->clone()));
     const KxMutexLock lock(*m_mutex);
     const bool there = findHeader(header->getToken()) == header;
-    insert(there ? header : single, first, "KxSipMessage::addSingleHeader");
+    insert(KxHandle<KxSipHeader>(there ? header : single), first, "KxSipMessage::addSingleHeader");
 }
 
 void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
-    m_headers.addLast(header);
+    m_headers.add(KxHandle<KxSipHeader>(header), false);
 }
 
 bool KxSipMessage::removeHeader(std::string_view name) {

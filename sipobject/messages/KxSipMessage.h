@@ -149,7 +149,7 @@ protected:
     void parseHeaders(KxInputStream& in);
     void parseBody(KxInputStream& in);
     /** addHeader without the lock, while nobody else knows the message. */
-    void asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first);
+    void asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first);
     /** Into the empty slot of its kind, unchecked. */
     void addHeaderByID(const KxHandle<KxSipHeader>& header);
     void setVersion(unsigned high, unsigned low);
@@ -163,7 +163,7 @@ private:
     bool listsTag(std::string_view optionTag) const;
     KxHandle<KxSipHeader> findHeader(std::string_view name) const;
     HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
-    void insert(const KxHandle<KxSipHeader>& header, bool first, const char* operation);
+    void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation);
     bool acceptsOwnBodyType() const;
     void noteFault(const char* what, const KxString& why);
     void readBody(KxInputStream& in, std::size_t length);

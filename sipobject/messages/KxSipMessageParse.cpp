@@ -134,9 +134,9 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
         }
         try {
             KxSipLineFault fault = KxSipLineFault::None;
-            const KxHandle<KxSipHeader> header = KxSipHeader::sReadFrom(in, fault);
+            KxHandle<KxSipHeader> header = KxSipHeader::sReadFrom(in, fault);
             if (fault == KxSipLineFault::None) {
-                asynchAddHeader(header, false);
+                asynchAddHeader(std::move(header), false);
             } else {
                 drop(KxSipHeader::sTextOf(fault));
             }

@@ -29,7 +29,7 @@ bool onlyBeginsLikeSip(std::string_view uri) {
 
 } // namespace
 
-KxSipRequest::KxSipRequest() : m_Method("") {}
+KxSipRequest::KxSipRequest() = default;
 
 KxSipRequest::KxSipRequest(const KxSipRequest& other)
     : KxSipMessage(other), m_Method(other.m_Method), m_URI(other.m_URI) {}
@@ -78,11 +78,13 @@ void KxSipRequest::parseRequestLine(std::string_view line) {
         refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: no CR before LF");
     }
     line.remove_suffix(1);
-    const auto spaces = std::count(line.begin(), line.end(), ' ');
-    if (spaces < 1 || spaces > 2 || (spaces == 2 && line.front() != ' ')) {
+    const std::size_t first = line.find(' ');
+    const std::size_t last = line.rfind(' ');
+    const bool one = first != std::string_view::npos && first == last;
+    const bool two = first == 0 && line.find(' ', 1) == last;
+    if (!one && !two) {
         refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces");
     }
-    const std::size_t last = line.rfind(' ');
     if (last == 0) {
         KxSipParseError::sThrow("Invalid Start-Line for SIP request");
     }

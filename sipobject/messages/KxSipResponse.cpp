@@ -18,7 +18,7 @@ constinit const KxConstString KxSipResponse::sMethodName{"SIP"};
 
 static const KxSipMessage::Registration<KxSipResponse> s_registration;
 
-KxSipResponse::KxSipResponse() : m_reasonPhrase("") {}
+KxSipResponse::KxSipResponse() = default;
 
 KxSipResponse::KxSipResponse(const KxSipResponse& other) = default;
 

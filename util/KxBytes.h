@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+/** Short runs of bytes, as most tokens are, handled in a few overlapping moves instead of a call. */
+namespace KxBytes {
+
+template <class Word>
+Word load(const char* at) {
+    Word word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+/** Copies `count` bytes; returns the place behind the copy. */
+inline char* copy(char* to, const char* from, std::size_t count) {
+    if (count > 16) {
+        std::memcpy(to, from, count);
+    } else if (count >= 8) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + count - 8, from + count - 8, 8);
+    } else if (count >= 4) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + count - 4, from + count - 4, 4);
+    } else if (count != 0) {
+        to[0] = from[0];
+        to[count / 2] = from[count / 2];
+        to[count - 1] = from[count - 1];
+    }
+    return to + count;
+}
+
+/** Whether two runs of `count` bytes are equal. */
+inline bool equal(const char* a, const char* b, std::size_t count) {
+    if (count < 4) {
+        return count == 0 || (a[0] == b[0] && a[count / 2] == b[count / 2] && a[count - 1] == b[count - 1]);
+    }
+    if (count < 8) {
+        return load<std::uint32_t>(a) == load<std::uint32_t>(b) &&
+               load<std::uint32_t>(a + count - 4) == load<std::uint32_t>(b + count - 4);
+    }
+    for (std::size_t at = 0; at + 8 < count; at += 8) {
+        if (load<std::uint64_t>(a + at) != load<std::uint64_t>(b + at)) {
+            return false;
+        }
+    }
+    return load<std::uint64_t>(a + count - 8) == load<std::uint64_t>(b + count - 8);
+}
+
+/** The first and last four bytes of a run and its length: all of it up to eight bytes. */
+struct Ends {
+    Ends(const char* at, std::size_t length) : count(static_cast<std::uint32_t>(length)) {
+        if (length >= 4) {
+            first = load<std::uint32_t>(at);
+            last = load<std::uint32_t>(at + length - 4);
+        } else if (length != 0) {
+            const auto byte = [at](std::size_t i) { return std::uint32_t{static_cast<unsigned char>(at[i])}; };
+            first = byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
+        }
+    }
+    /** Spreads over the upper bits. */
+    std::uint32_t hash() const { return (first * 0x9E3779B1U) ^ (last * 0x85EBCA6BU) ^ (count * 0xC2B2AE35U); }
+    /** The same for every mixture of letter cases (and for some other texts). */
+    Ends folded() const {
+        Ends lower(*this);
+        lower.first |= 0x20202020U;
+        lower.last |= 0x20202020U;
+        return lower;
+    }
+    bool operator==(const Ends&) const = default;
+
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    std::uint32_t count;
+};
+
+/** The first of the given characters in [begin, end), or `end`. */
+template <char... kWanted>
+const char* findAny(const char* begin, const char* end) {
+#ifdef __SSE2__
+    for (; end - begin >= 16; begin += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
+        __m128i hits = _mm_setzero_si128();
+        ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(kWanted)))), ...);
+        const int mask = _mm_movemask_epi8(hits);
+        if (mask != 0) {
+            return begin + __builtin_ctz(static_cast<unsigned>(mask));
+        }
+    }
+#endif
+    while (begin != end && ((*begin != kWanted) && ...)) {
+        ++begin;
+    }
+    return begin;
+}
+
+} // namespace KxBytes
