@@ -3,6 +3,7 @@
 #include "core/MemAccount.h"
 #include "core/MemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
+#include "util/KxBytes.h"
 #include "util/KxWholeWindow.h"
 
 #include <algorithm>
@@ -17,10 +18,27 @@ namespace {
 
 constinit Oskan::MemAccount s_account{"KxParameters"};
 
-constexpr KxCharSet kInText("=;\"");
-constexpr KxCharSet kInStream("=;\",\r\n");
-constexpr KxCharSet kInQuotes("\"\\");
-constexpr KxCharSet kInStreamQuotes("\"\\\r\n");
+/** What a pair is made of ends at one of these; a line's end and commas end the list only in a stream. */
+template <bool kInStream>
+const char* findSpecial(const char* at, const char* end) {
+    return kInStream ? KxBytes::findAny<'=', ';', '"', ',', '\r', '\n'>(at, end)
+                     : KxBytes::findAny<'=', ';', '"'>(at, end);
+}
+
+/** Where the quoted text that begins at `at` ends: at its quote, or, in a stream, at the line's end. */
+template <bool kInStream>
+const char* findQuoteEnd(const char* at, const char* end) {
+    const auto next = [end](const char* from) {
+        return kInStream ? KxBytes::findAny<'"', '\\', '\r', '\n'>(from, end) : KxBytes::findAny<'"', '\\'>(from, end);
+    };
+    const auto behindPair = [end](const char* backslash) { // in a stream, nothing quotes a line's end
+        const char* const quoted = backslash + 1;
+        return quoted == end || (kInStream && (*quoted == '\r' || *quoted == '\n')) ? quoted : quoted + 1;
+    };
+    for (at = next(at); at != end && *at == '\\'; at = next(behindPair(at))) {
+    }
+    return at;
+}
 
 /** Where the names of a long list stand: open addressing over the pairs' numbers plus one. */
 class NameIndex {
@@ -227,23 +245,16 @@ void KxParameters::parse(KxInputStream& in) {
 }
 
 /** One pass over the pairs; returns where it stopped. */
-template <bool InStream>
+template <bool kInStream>
 const char* KxParameters::parsePairs(const char* at, const char* const end) {
-    const KxCharSet& special = InStream ? kInStream : kInText;
-    const KxCharSet& quoted = InStream ? kInStreamQuotes : kInQuotes;
     const char* begin = at;
     const char* equals = nullptr;
-    for (at = special.find(at, end); at != end; at = special.find(at, end)) {
+    for (at = findSpecial<kInStream>(at, end); at != end; at = findSpecial<kInStream>(at, end)) {
         if (*at == '=') {
             equals = equals == nullptr ? at : equals;
             ++at;
         } else if (*at == '"') {
-            at = quoted.find(at + 1, end);
-            while (at != end && *at == '\\') {
-                const char* const next = at + 1; // in a stream, nothing quotes a line end
-                const bool quotesNext = next != end && !(InStream && (*next == '\r' || *next == '\n'));
-                at = quoted.find(quotesNext ? next + 1 : next, end);
-            }
+            at = findQuoteEnd<kInStream>(at + 1, end);
             at += at != end && *at == '"' ? 1 : 0;
         } else {
             parsePair(begin, equals, at);

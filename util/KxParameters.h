@@ -72,7 +72,7 @@ private:
     const Pair* pairs() const { return const_cast<KxParameters*>(this)->pairs(); }
     Pair* find(std::string_view name);
     void parsePair(const char* begin, const char* equals, const char* end);
-    template <bool InStream>
+    template <bool kInStream>
     const char* parsePairs(const char* at, const char* end);
     void append(std::string_view name, KxString&& value);
     void grow();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "util/KxBytes.h"
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
 
@@ -20,6 +21,20 @@ public:
             return taken;
         }
         return copyUntil(in, delimiters);
+    }
+
+    /** As above for a few delimiters that stand far apart: faster over long stretches. */
+    template <char... kDelimiters>
+    std::string_view until(KxInputStream& in) {
+        if (in.isWhole()) {
+            const std::string_view window = in.window();
+            const char* const end = KxBytes::findAny<kDelimiters...>(window.data(), window.data() + window.size());
+            const std::string_view taken(window.data(), static_cast<std::size_t>(end - window.data()));
+            in.consume(taken.size());
+            return taken;
+        }
+        static constexpr char kSet[] = {kDelimiters...};
+        return copyUntil(in, KxCharSet(std::string_view(kSet, sizeof kSet)));
     }
 
     /** As `until`, behind any white space. */

@@ -14,7 +14,6 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
-constexpr KxCharSet kParametersEnd("\n>?");
 constexpr char kEndOfInput = '\x04'; // as a delimiter before a token it means nothing, like a NUL
 
 void debug(const char* what, const KxLazyParameters& list) {
@@ -198,7 +197,7 @@ KxSipURLParser::Next KxSipURLParser::semicolon() {
 }
 
 void KxSipURLParser::parameters() {
-    const char* const stop = kParametersEnd.find(m_at, m_end);
+    const char* const stop = KxBytes::findAny<'\n', '>', '?'>(m_at, m_end);
     const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
     if (!text.empty()) {
         m_url.m_parameters.write().parse(text);

@@ -43,7 +43,6 @@ private:
     friend class KxSipHeaderOf<H>;
 
     static constexpr KxCharSet kSlash{"/"};
-    static constexpr KxCharSet kComma{","};
 
     void parseValue(KxInputStream& in) {
         KxScannedText scanned;
@@ -55,7 +54,7 @@ private:
         }
         if (KxStreamTokenizer::sDiscardWhite(in) == ';') {
             in.read();
-            const std::string_view parameters = scanned.token(in, kComma);
+            const std::string_view parameters = scanned.until<','>(in);
             if (!KxAscii::trim(parameters).empty()) {
                 m_parameters.write().parse(parameters);
             }

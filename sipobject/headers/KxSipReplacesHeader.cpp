@@ -4,13 +4,6 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-namespace {
-
-constexpr KxCharSet kSemicolon(";");
-constexpr KxCharSet kLineBreak("\r\n");
-
-} // namespace
-
 constinit const KxConstString KxSipReplacesHeader::sToken{"Replaces"};
 
 static const KxSipReplacesHeader::Registration s_registration;
@@ -23,12 +16,12 @@ KxSipReplacesHeader::KxSipReplacesHeader(const KxString& callId, const KxString&
 
 void KxSipReplacesHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
-    m_callId = KxString(KxAscii::trim(scanned.until(in, kSemicolon)));
+    m_callId = KxString(KxAscii::trim(scanned.until<';'>(in)));
     if (m_callId.empty()) {
         KxSipParseError::sThrow("SIP Replaces header must contain a callid");
     }
     in.read();
-    m_parameters.write().parse(KxAscii::trim(scanned.until(in, kLineBreak)));
+    m_parameters.write().parse(KxAscii::trim(scanned.until<'\r', '\n'>(in)));
     if (getToTag().empty()) {
         KxSipParseError::sThrow("SIP Replaces header must contain a to-tag");
     }

@@ -7,7 +7,6 @@
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipUnknownHeader"};
-constexpr KxCharSet kLineBreak("\r\n");
 
 } // namespace
 
@@ -24,7 +23,8 @@ KxSipUnknownHeader* KxSipUnknownHeader::clone() const {
 void KxSipUnknownHeader::doParse(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doParse");
     KxScannedText scanned;
-    m_value = KxString(scanned.token(in, kLineBreak));
+    KxScannedText::skipSpace(in);
+    m_value = KxString(scanned.until<'\r', '\n'>(in));
 }
 
 void KxSipUnknownHeader::doSerialize(KxOutputStream& out) const {

@@ -17,8 +17,6 @@ constinit const KxConstString kUdp{"UDP"};
 constinit const KxConstString kNothing{""};
 
 constexpr KxCharSet kSlash("/");
-constexpr KxCharSet kComma(",");
-constexpr KxCharSet kCommentEnd(")");
 constexpr std::string_view kMagicCookie = "z9hG4bK";
 constexpr std::size_t kUuidLength = 36;
 
@@ -97,10 +95,10 @@ void KxSipViaHeader::parseValue(KxInputStream& in) {
             m_port = KxStreamTokenizer::sGetUnsigned(in);
             m_hasPort = true;
         } else if (c == '(') {
-            m_comment = KxString(scanned.until(in, kCommentEnd));
+            m_comment = KxString(scanned.until<')'>(in));
             in.read();
         } else {
-            const std::string_view parameters = KxAscii::trim(scanned.until(in, kComma));
+            const std::string_view parameters = KxAscii::trim(scanned.until<','>(in));
             if (!parameters.empty()) {
                 m_parameters.write().parse(parameters);
             }
