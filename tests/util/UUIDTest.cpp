@@ -1,0 +1,88 @@
+#include "util/UUID.h"
+#include "util/ChaCha20.h"
+#include "util/KxAscii.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+std::string create() {
+    char buffer[38] = "?????????????????????????????????????";
+    UUID::uuid_create_string(buffer);
+    EXPECT_EQ(buffer[36], '\0');
+    return buffer;
+}
+
+} // namespace
+
+TEST(UUIDTest, IsARandomOneOfRfc4122) {
+    std::set<char> variants;
+    for (int i = 0; i < 1000; ++i) {
+        const std::string text = create();
+        ASSERT_EQ(text.size(), 36U) << text;
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            const bool isHyphen = at == 8 || at == 13 || at == 18 || at == 23;
+            const bool isDigit = KxAscii::isDigit(text[at]) || (text[at] >= 'a' && text[at] <= 'f');
+            ASSERT_TRUE(isHyphen ? text[at] == '-' : isDigit) << text;
+        }
+        ASSERT_EQ(text[14], '4') << text;
+        variants.insert(text[19]);
+    }
+    EXPECT_EQ(variants, (std::set<char>{'8', '9', 'a', 'b'}));
+}
+
+TEST(UUIDThreadTest, ThreadsNeverDrawTheSame) {
+    constexpr std::size_t kEach = 20000;
+    std::vector<std::string> drawn[2];
+    const auto draw = [](std::vector<std::string>& into) {
+        for (std::size_t i = 0; i < kEach; ++i) {
+            into.push_back(create());
+        }
+    };
+    std::thread first(draw, std::ref(drawn[0]));
+    std::thread second(draw, std::ref(drawn[1]));
+    first.join();
+    second.join();
+    std::set<std::string> all(drawn[0].begin(), drawn[0].end());
+    all.insert(drawn[1].begin(), drawn[1].end());
+    EXPECT_EQ(all.size(), 2 * kEach);
+}
+
+TEST(UUIDTest, ForkedProcessDrawsItsOwn) {
+    create(); // the rest of its block is what both would draw from
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        char buffer[37];
+        UUID::uuid_create_string(buffer);
+        _exit(write(ends[1], buffer, 36) == 36 ? 0 : 1);
+    }
+    ASSERT_GT(child, 0);
+    const std::string mine = create();
+    char theirs[36];
+    EXPECT_EQ(read(ends[0], theirs, sizeof theirs), 36);
+    EXPECT_NE(mine, std::string(theirs, sizeof theirs));
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(ChaCha20Test, GivesTheKeyStreamOfRfc8439) { // section 2.3.2
+    const ChaCha20::Block state = ChaCha20::initialState(
+        {0x03020100, 0x07060504, 0x0b0a0908, 0x0f0e0d0c, 0x13121110, 0x17161514, 0x1b1a1918, 0x1f1e1d1c},
+        {0x00000001, 0x09000000, 0x4a000000, 0x00000000});
+    EXPECT_EQ(ChaCha20::keyStream(state),
+              (ChaCha20::Block{0xe4e7f110, 0x15593bd1, 0x1fdd0f50, 0xc47120a3, 0xc7f4d1c7, 0x0368c033, 0x9aaa2204,
+                               0x4e6cd4c3, 0x466482d2, 0x09aa9f07, 0x05d7c214, 0xa2028bd9, 0xd19c12b5, 0xb94e16de,
+                               0xe883d0cb, 0x4e3c50a2}));
+}
