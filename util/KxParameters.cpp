@@ -40,39 +40,43 @@ const char* findQuoteEnd(const char* at, const char* end) {
     return at;
 }
 
-/** Where the names of a long list stand: open addressing over the pairs' numbers plus one. */
+const std::uint64_t s_hashKey = std::random_device()() * 0x9E3779B97F4A7C15ULL;
+
+/** Where the names of a long list stand: open addressing over the pairs' numbers, each with its name's hash, so that
+    names are looked at only where they are likely to be the one. */
 class NameIndex {
 public:
-    explicit NameIndex(std::size_t capacity) : m_cells(capacity * 2, 0) {}
+    explicit NameIndex(std::size_t capacity) : m_cells(capacity * 2, Cell{0, 0}) {}
 
+    /** The number plus one, or 0. */
     template <class Matches>
     std::uint32_t find(std::uint32_t hash, Matches matches) const {
         for (std::size_t at = first(hash);; at = next(at)) {
-            const std::uint32_t cell = m_cells[at];
-            if (cell == 0 || matches(cell - 1)) {
-                return cell;
+            const Cell& cell = m_cells[at];
+            if (cell.number == 0 || (cell.hash == hash && matches(cell.number - 1))) {
+                return cell.number;
             }
         }
     }
-    void insert(std::uint32_t hash, std::uint32_t number) {
-        std::size_t at = first(hash);
-        while (m_cells[at] != 0) {
-            at = next(at);
+    void insert(std::uint32_t hash, std::uint32_t number) { put({hash, number + 1}); }
+    void insertAll(const NameIndex& other) {
+        for (const Cell& cell : other.m_cells) {
+            if (cell.number != 0) {
+                put(cell);
+            }
         }
-        m_cells[at] = number + 1;
     }
 
     /** Keyed by chance, and every character counts: strangers choose the names. */
     static std::uint32_t hash(std::string_view name) {
-        static const std::uint64_t key = std::random_device()() * 0x9E3779B97F4A7C15ULL;
-        std::uint64_t value = key ^ name.size();
+        std::uint64_t value = s_hashKey ^ name.size();
         for (std::size_t at = 0; at < name.size(); at += 8) {
             std::uint64_t word = 0;
             for (const char c : name.substr(at, 8)) {
                 word = word << 8 | static_cast<unsigned char>(KxAscii::toLower(c));
             }
             value = mix(value ^ word, 0xA0761D6478BD642FULL);
-            value = mix(value ^ key, 0xE7037ED1A0B428DBULL);
+            value = mix(value ^ s_hashKey, 0xE7037ED1A0B428DBULL);
         }
         return static_cast<std::uint32_t>(value);
     }
@@ -83,10 +87,21 @@ private:
         const Wide product = static_cast<Wide>(a) * b;
         return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
     }
+    struct Cell {
+        std::uint32_t hash;
+        std::uint32_t number; // plus one; 0 for an empty cell
+    };
+    void put(Cell cell) {
+        std::size_t at = first(cell.hash);
+        while (m_cells[at].number != 0) {
+            at = next(at);
+        }
+        m_cells[at] = cell;
+    }
     std::size_t first(std::uint32_t hash) const { return hash & (m_cells.size() - 1); }
     std::size_t next(std::size_t at) const { return (at + 1) & (m_cells.size() - 1); }
 
-    std::vector<std::uint32_t> m_cells; // a power of two, at most half full
+    std::vector<Cell> m_cells; // a power of two, at most half full
 };
 
 } // namespace
@@ -108,13 +123,13 @@ struct KxParameters::Block {
         block->~Block();
         Oskan::NoSizeMemAllocator::deallocate(block, s_account);
     }
-    /** An index of the first `size` pairs, where there are enough to want one. */
-    void buildIndex(std::uint32_t size) {
+    /** An index of these pairs, where there is room for enough to want one. */
+    void buildIndex(const Pair* all, std::uint32_t size) {
         index.reset();
         if (capacity >= kIndexFrom) {
             auto fresh = std::make_unique<NameIndex>(capacity);
             for (std::uint32_t i = 0; i < size; ++i) {
-                fresh->insert(NameIndex::hash(pairs()[i].name), i);
+                fresh->insert(NameIndex::hash(all[i].name), i);
             }
             index = std::move(fresh);
         }
@@ -129,7 +144,7 @@ void KxParameters::operator delete(void* block, std::size_t size) {
     Oskan::DefaultStaticMemAllocator::deallocate(block, size, s_account);
 }
 
-KxParameters::KxParameters(const KxParameters& other) : KxObject(other) {
+KxParameters::KxParameters(const KxParameters& other) : KxParameters() {
     if (other.m_size > kInline) {
         std::uint32_t capacity = kInline;
         while (capacity < other.m_size) {
@@ -140,7 +155,7 @@ KxParameters::KxParameters(const KxParameters& other) : KxObject(other) {
     m_size = other.m_size;
     std::uninitialized_copy(other.begin(), other.end(), pairs());
     if (m_block != nullptr) {
-        m_block->buildIndex(m_size);
+        m_block->buildIndex(m_block->pairs(), m_size);
     }
 }
 
@@ -207,9 +222,11 @@ void KxParameters::grow() {
     }
     Block* const larger = Block::make(capacity * 2);
     try {
-        larger->buildIndex(0);
-        for (std::uint32_t i = 0; larger->index != nullptr && i < m_size; ++i) {
-            larger->index->insert(NameIndex::hash(pairs()[i].name), i);
+        if (m_block != nullptr && m_block->index != nullptr) {
+            larger->buildIndex(nullptr, 0);
+            larger->index->insertAll(*m_block->index);
+        } else {
+            larger->buildIndex(pairs(), m_size);
         }
     } catch (...) {
         Block::free(larger);
@@ -337,7 +354,7 @@ bool KxParameters::removeValue(std::string_view name) {
     std::move(found + 1, pairs() + m_size, found);
     std::destroy_at(pairs() + --m_size);
     if (m_block != nullptr) {
-        m_block->buildIndex(m_size);
+        m_block->buildIndex(m_block->pairs(), m_size);
     }
     return true;
 }
