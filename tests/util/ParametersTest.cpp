@@ -1,0 +1,263 @@
+#include "tests/util/Streams.h"
+
+#include "core/MemAccount.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxLazyParameters.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <new>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+using namespace std::string_view_literals;
+
+namespace {
+
+/** The list again, in the plainest way. */
+struct Model : std::vector<std::pair<std::string, std::string>> {
+    iterator find(std::string_view name) {
+        return std::find_if(begin(), end(), [&](const auto& pair) { return KxAscii::equalsNoCase(pair.first, name); });
+    }
+    void set(std::string_view name, std::string_view value) {
+        if (const auto found = find(name); found != end())
+            found->second = value;
+        else
+            emplace_back(name, value);
+    }
+};
+
+/** Every pair as "name>value|". */
+template <class List>
+std::string dump(const List& list) {
+    std::string text;
+    for (const auto& [name, value] : list)
+        text.append(std::string_view(name)).append(">").append(std::string_view(value)).append("|");
+    return text;
+}
+
+/** The grammar again, a character at a time: the pairs, "@", and what is left unread. */
+std::string expectedOf(std::string_view text, bool inStream) {
+    Model model;
+    std::string name;
+    std::string value;
+    std::string* part = &name;
+    bool quoted = false;
+    const auto endPair = [&] {
+        if (!KxAscii::trim(name).empty() || !KxAscii::trim(value).empty())
+            model.set(KxAscii::trim(name), KxAscii::trim(value));
+        name = value = "";
+        part = &name;
+    };
+    const auto endsLine = [&](std::size_t i) { return inStream && (text[i] == '\r' || text[i] == '\n'); };
+    std::size_t at = 0;
+    for (; at < text.size() && !endsLine(at) && (quoted || !inStream || text[at] != ','); ++at) {
+        if (text[at] == ';' && !quoted) {
+            endPair();
+        } else if (text[at] == '=' && !quoted && part == &name) {
+            part = &value;
+        } else {
+            *part += text[at];
+            if (quoted && text[at] == '\\' && at + 1 < text.size() && !endsLine(at + 1))
+                *part += text[++at];
+            else if (text[at] == '"')
+                quoted = !quoted;
+        }
+    }
+    endPair();
+    return dump(model) + "@" + std::string(text.substr(at));
+}
+
+std::string parseStream(KxInputStream& in) {
+    KxParameters list;
+    list.parse(in);
+    return dump(list);
+}
+
+void expectRead(std::string_view text) {
+    ASSERT_EQ(readEveryWay(text, parseStream), expectedOf(text, true)) << testing::PrintToString(text);
+    KxParameters list;
+    list.parse(HeapText(text).view());
+    ASSERT_EQ(dump(list) + "@", expectedOf(text, false)) << testing::PrintToString(text);
+}
+
+} // namespace
+
+TEST(ParametersTest, ReadsTextsToTheirEndAndStreamsToACommaOrLineEnd) {
+    const std::tuple<std::string_view, std::string_view, std::string_view> rows[] = {
+        // text, of text, of stream
+        {" a = 1 ;\tb ; c= ;a=b=c", "a>b=c|b>|c>|@", "a>b=c|b>|c>|@"},
+        {";; ;a;;=; = ;=x", "a>|>x|@", "a>|>x|@"},
+        {R"(A=1;a="x;\",=" ;b="",c)", R"(A>"x;\",="|b>"",c|@)", R"(A>"x;\",="|b>""|@,c)"},
+        {R"(a="open;b=1,)", R"(a>"open;b=1,|@)", R"(a>"open;b=1,|@)"},
+        {"a=\"1,2\r\nb=\"", "a>\"1,2\r\nb=\"|@", "a>\"1,2|@\r\nb=\""}, // no quote runs over a line end
+        {"a=\"1\\\nb=\"", "a>\"1\\\nb=\"|@", "a>\"1\\|@\nb=\""},       // nor does a backslash quote one
+        {"a\0b=\0;\xC4=1;\xE4=2"sv, "a\0b>\0|\xC4>1|\xE4>2|@"sv, "a\0b>\0|\xC4>1|\xE4>2|@"sv},
+    };
+    for (const auto& [text, ofText, ofStream] : rows) {
+        EXPECT_EQ(expectedOf(text, false), ofText);
+        EXPECT_EQ(expectedOf(text, true), ofStream);
+        expectRead(text);
+    }
+}
+
+TEST(ParametersTest, ReadsEveryTextAsTheGrammarSays) {
+    forEveryText("a=;\",\\\n", 5, expectRead);
+    Dice dice;
+    for (int i = 0; i < 2000 && !testing::Test::HasFailure(); ++i)
+        expectRead(dice.text("aaAbc==;;;\"\"\\ \t\0\xFF"sv, dice(60)) + dice.text("ab=;,\r\n\"\\ ", dice(8)));
+}
+
+TEST(ParametersTest, FailingSourcesChangeNothing) {
+    constexpr std::string_view kText = "a=1;b=2\r\n ,\";c\r\n,";
+    for (std::size_t failAt = 0; failAt < kText.size(); ++failAt) {
+        DribblingStream in(kText, 2, failAt % 2 == 0, failAt);
+        KxParameters list;
+        EXPECT_THROW(list.parse(in), KxHandle<KxException>) << failAt;
+        EXPECT_TRUE(list.empty());
+        list.parse(in);
+        EXPECT_EQ(list.getString(), "a=1;b=2");
+        EXPECT_EQ(readRest(in), kText.substr(7));
+    }
+}
+
+TEST(ParametersTest, AbsentIsNilAndEmptyIsNot) {
+    KxParameters list;
+    EXPECT_FALSE(list.getString().isNil());
+    list.parse("a;b=;c=3");
+    for (const char* const name : {"a", "b", "A"}) {
+        EXPECT_FALSE(list.getValue(name).isNil());
+        EXPECT_TRUE(list.getValue(name).empty());
+    }
+    EXPECT_TRUE(list.getValue("d").isNil());
+    list.setValue("c", KxString());
+    list.setValue("d", KxString());
+    EXPECT_EQ(list.getString(), "a;b;c=3");
+    list.setValue("d", *list.findValue("c")); // its own value, while it grows
+    list.setValue("e", list.begin()->name);
+    list.setValue("C", KxString(""));
+    EXPECT_EQ(list.getString(), "a;b;c;d=3;e=a");
+    list.getValue("e").append("!"); // a copy's
+    EXPECT_EQ(list.getValue("e"), "a");
+}
+
+TEST(ParametersTest, FollowsAnyEditing) {
+    Dice dice;
+    KxParameters list;
+    Model model;
+    for (int i = 0; i < 5000; ++i) {
+        std::string name = "name" + std::to_string(dice(i < 2000 ? 6 : 60)); // in the object; through an index
+        name[0] = dice(2) == 0 ? 'n' : 'N';
+        const std::string value = dice(4) == 0 ? "" : std::to_string(i);
+        const std::size_t what = dice(100);
+        if (what < 25) {
+            const auto found = model.find(name);
+            ASSERT_EQ(list.removeValue(name), found != model.end());
+            if (found != model.end())
+                model.erase(found);
+        } else if (what < 40) {
+            const KxParameters copy(list);
+            list.setValue("not in the copy", KxString("x"));
+            list.removeValue(name);
+            list = copy;
+            list = static_cast<const KxParameters&>(list);
+        } else if (what == 40) {
+            list.clear();
+            model.clear();
+        } else {
+            list.setValue(name, KxString(value));
+            model.set(name, value);
+        }
+        ASSERT_EQ(dump(list), dump(model)) << i;
+        const KxString* const held = list.findValue(name);
+        ASSERT_EQ(held != nullptr, model.find(name) != model.end());
+        ASSERT_TRUE(held == nullptr || *held == model.find(name)->second);
+    }
+}
+
+TEST(ParametersTest, HoldsAHundredThousandNames) {
+    constexpr std::size_t kCount = 100000;
+    std::string distinct = "p0=0";
+    std::string repeated = "first";
+    for (std::size_t i = 1; i < kCount; ++i) {
+        distinct += ";p" + std::to_string(i) + "=" + std::to_string(i);
+        repeated += (i % 2 == 0 ? ";p=" : ";P=") + std::to_string(i);
+    }
+    KxParameters list;
+    DribblingStream slow(repeated, 1);
+    list.parse(slow);
+    EXPECT_EQ(list.getString(), "first;P=99999");
+    list.clear();
+    list.parse(distinct);
+    EXPECT_EQ(list.getString(), distinct);
+    for (const char* const name : {"p0", "P50000", "p99999"}) {
+        EXPECT_TRUE(list.removeValue(name));
+        EXPECT_FALSE(list.removeValue(name));
+    }
+    list.setValue("p0", KxString("last"));
+    for (std::size_t i = 1; i < kCount - 1; ++i)
+        ASSERT_EQ(list.getValue("P" + std::to_string(i)), i == 50000 ? "" : std::to_string(i));
+    EXPECT_EQ((list.end() - 1)->value, "last");
+}
+
+TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
+    for (int size = 0; size <= 17; ++size) {
+        KxParameters list;
+        for (int i = 0; i < size; ++i)
+            list.setValue("name" + std::to_string(i), KxString("value"));
+        const std::string before = dump(list);
+        const KxString value("a value");
+        for (std::uint64_t n = 1; !list.isPresent("a new name"); ++n) {
+            EXPECT_EQ(dump(list), before);
+            Oskan::MemAllocatorFaults::sFailAfter(n);
+            try {
+                list.setValue("a new name", value);
+            } catch (const std::bad_alloc&) {
+            }
+            Oskan::MemAllocatorFaults::sDisarm();
+        }
+        EXPECT_EQ(dump(list), before + "a new name>a value|");
+    }
+}
+
+TEST(LazyParametersTest, ReadsAsEmptyAndCopiesDeep) {
+    KxLazyParameters lazy;
+    KxLazyParameters assigned(lazy);
+    KxByteArrayOutputStream out;
+    lazy.serializeBehind(out);
+    EXPECT_FALSE(lazy.removeValue("a"));
+    lazy.handle()->setValue("a", KxString("1"));
+    lazy.write().setValue("b", KxString(""));
+    lazy.serializeBehind(out);
+    EXPECT_EQ(out.view(), ";a=1;b");
+    KxLazyParameters copy(lazy);
+    assigned = lazy;
+    assigned = static_cast<const KxLazyParameters&>(assigned);
+    EXPECT_TRUE(lazy.removeValue("a"));
+    copy.write().setValue("c", KxString("3"));
+    EXPECT_EQ(dump(lazy) + dump(copy) + dump(assigned), "b>|a>1|b>|c>3|a>1|b>|");
+    assigned = KxLazyParameters();
+    EXPECT_EQ(dump(assigned), "");
+    EXPECT_EQ(KxLazyParameters(lazy.handle()).handle(), lazy.handle());
+}
+
+TEST(ThreadLazyParametersTest, TwoReadersAgreeOnTheListTheyMake) {
+    for (int i = 0; i < 200; ++i) {
+        const KxLazyParameters lazy{};
+        KxHandle<KxParameters> seen;
+        std::atomic<bool> ready = false;
+        std::thread other([&] {
+            ready = true;
+            seen = lazy.handle();
+        });
+        while (!ready)
+            std::this_thread::yield();
+        EXPECT_TRUE(lazy.empty());
+        const KxHandle<KxParameters> mine = lazy.handle();
+        other.join();
+        EXPECT_EQ(mine, seen);
+    }
+}
