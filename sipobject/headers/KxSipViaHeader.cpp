@@ -95,7 +95,7 @@ void KxSipViaHeader::parseValue(KxInputStream& in) {
             m_port = KxStreamTokenizer::sGetUnsigned(in);
             m_hasPort = true;
         } else if (c == '(') {
-            m_comment = KxString(scanned.until<')'>(in));
+            m_comment = KxString(scanned.until<')', '\r', '\n'>(in)); // an open one must not take the line end along
             in.read();
         } else {
             const std::string_view parameters = KxAscii::trim(scanned.until<','>(in));
