@@ -45,7 +45,7 @@ private:
     };
     static constexpr int kBucketBits = 8;
 
-    static std::size_t bucket(const KxBytes::Ends& ends) { return ends.hash() >> (32 - kBucketBits); }
+    static std::size_t bucket(const KxBytes::Ends& ends) { return ends.hash(kBucketBits); }
 
     std::array<const Entry*, std::size_t{1} << kBucketBits> m_buckets{};
 };

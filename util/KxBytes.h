@@ -57,26 +57,25 @@ inline bool equal(const char* a, const char* b, std::size_t count) {
 struct Ends {
     Ends(const char* at, std::size_t length) : count(static_cast<std::uint32_t>(length)) {
         if (length >= 4) {
-            first = load<std::uint32_t>(at);
-            last = load<std::uint32_t>(at + length - 4);
+            both = load<std::uint32_t>(at) | std::uint64_t{load<std::uint32_t>(at + length - 4)} << 32;
         } else if (length != 0) {
             const auto byte = [at](std::size_t i) { return std::uint32_t{static_cast<unsigned char>(at[i])}; };
-            first = byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
+            both = byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
         }
     }
-    /** Spreads over the upper bits. */
-    std::uint32_t hash() const { return (first * 0x9E3779B1U) ^ (last * 0x85EBCA6BU) ^ (count * 0xC2B2AE35U); }
+    /** A number of so many bits. */
+    std::size_t hash(int bits) const {
+        return static_cast<std::size_t>(((both ^ count) * 0x9E3779B97F4A7C15ULL) >> (64 - bits));
+    }
     /** The same for every mixture of letter cases (and for some other texts). */
     Ends folded() const {
         Ends lower(*this);
-        lower.first |= 0x20202020U;
-        lower.last |= 0x20202020U;
+        lower.both |= 0x2020202020202020ULL;
         return lower;
     }
     bool operator==(const Ends&) const = default;
 
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
+    std::uint64_t both = 0;
     std::uint32_t count;
 };
 

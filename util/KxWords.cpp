@@ -217,7 +217,7 @@ struct Table {
             } // a third word of a bucket is left out: it is copied like any other text
         }
     }
-    std::array<Way, kWays>& bucket(const KxBytes::Ends& ends) { return m_buckets[ends.hash() >> (32 - kBucketBits)]; }
+    std::array<Way, kWays>& bucket(const KxBytes::Ends& ends) { return m_buckets[ends.hash(kBucketBits)]; }
 
     std::array<std::array<Way, kWays>, std::size_t{1} << kBucketBits> m_buckets{};
 };

@@ -22,6 +22,33 @@ constinit KxNameRegistry<KxSipHeader::Creator> s_registry;
 /** Names of this length and more are never registered ones. */
 constexpr std::size_t kNameLimit = 48;
 
+/** Whether a line that breaks at `at` ends there with CR LF and is not continued. */
+bool endsPlainly(const char* at, const char* end) {
+    return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
+}
+
+/** The first line of a text, if it is of the plain kind: a name, the colon at once behind it, CR LF, not continued.
+    Else its length is 0. */
+struct PlainLine {
+    explicit PlainLine(std::string_view text) {
+        const char* const begin = text.data();
+        const char* const end = begin + text.size();
+        const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end);
+        if (colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ') {
+            return;
+        }
+        const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end);
+        if (endsPlainly(stop, end)) {
+            length = static_cast<std::size_t>(stop - begin) + 2;
+            name = std::string_view(begin, static_cast<std::size_t>(colon - begin));
+            value = std::string_view(colon + 1, static_cast<std::size_t>(stop - colon) + 1);
+        }
+    }
+    std::size_t length = 0;
+    std::string_view name;
+    std::string_view value;
+};
+
 /** Makes sure that the window holds the first line break and what shows whether the line goes on behind it. */
 const char* lineBreak(KxInputStream& in) {
     const auto find = [&in] {
@@ -32,11 +59,6 @@ const char* lineBreak(KxInputStream& in) {
         at = find();
     }
     return at;
-}
-
-/** Whether a line that breaks at `at` ends there with CR LF and is not continued. */
-bool endsPlainly(const char* at, const char* end) {
-    return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
 }
 
 /** One logical line, ending in CR LF: in place when that is how it lies, else unfolded into `copy`. */
@@ -139,6 +161,19 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
 
 KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& fault) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
+    if (in.isWhole()) {
+        const PlainLine line(in.window());
+        if (line.length != 0) {
+            in.consume(line.length);
+            return sMake(line.name, line.name, line.value, fault);
+        }
+    }
+    return sReadUnplain(in, fault);
+}
+
+/** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it, or does not lie whole
+    in memory. */
+KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFault& fault) {
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
         KxStreamTokenizer::sDiscardLine(in);
@@ -148,12 +183,12 @@ KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& 
     Oskan::FastString<256> unfolded;
     const char* const raw = in.isWhole() ? in.window().data() : nullptr;
     const std::string_view line = takeLine(in, unfolded);
-    const auto* const colon = KxBytes::findAny<':'>(line.data(), line.data() + line.size());
-    if (colon == line.data() + line.size()) {
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) {
         fault = KxSipLineFault::NoColon;
         return {};
     }
-    const std::string_view name = KxAscii::trim(line.substr(0, static_cast<std::size_t>(colon - line.data())));
+    const std::string_view name = KxAscii::trim(line.substr(0, colon));
     // where an unfolded line lay whole in memory, its class goes by the name that stood there, folds and all
     const bool copied = raw != nullptr && raw != line.data();
     const std::string_view key = copied ? nameIn(raw, in.window().data()) : name;
@@ -161,8 +196,14 @@ KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& 
         fault = KxSipLineFault::NoToken;
         return {};
     }
+    return sMake(key, name, line.substr(colon + 1), fault);
+}
+
+/** A header of the class that `key` names, under its name as it stood, read from what stands behind the colon. */
+KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view key, std::string_view name, std::string_view value,
+                                         KxSipLineFault& fault) {
     KxHandle<KxSipHeader> header(sConstruct(key));
-    fault = header->parseLine(name, line.substr(static_cast<std::size_t>(colon - line.data()) + 1));
+    fault = header->parseLine(name, value);
     if (fault != KxSipLineFault::None) {
         header = nullptr;
     }
@@ -174,27 +215,28 @@ void KxSipHeader::parse(KxInputStream& in) {
     Oskan::FastString<256> unfolded;
     const std::string_view line = takeLine(in, unfolded);
     const std::size_t colon = line.find(':');
-    const bool found = colon != std::string_view::npos;
-    setToken(KxAscii::trim(line.substr(0, colon)));
-    const KxSipLineFault fault =
-        found ? parseLine(KxAscii::trim(line.substr(0, colon)), line.substr(colon + 1)) : KxSipLineFault::NoColon;
+    const std::string_view name = KxAscii::trim(line.substr(0, colon));
+    if (colon == std::string_view::npos) {
+        setToken(name);
+        sThrow(KxSipLineFault::NoColon);
+    }
+    const KxSipLineFault fault = parseLine(name, line.substr(colon + 1));
     if (fault != KxSipLineFault::None) {
         sThrow(fault);
     }
 }
 
 /** The name as it stood and what stands behind the colon, CR LF included. */
-KxSipLineFault KxSipHeader::parseLine(std::string_view name, std::string_view value) {
+inline KxSipLineFault KxSipHeader::parseLine(std::string_view name, std::string_view value) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::parse");
-    setToken(name);
+    if (m_token.length() != name.size() || !KxBytes::equal(m_token.c_str(), name.data(), name.size())) {
+        setToken(name);
+    }
     KxByteArrayInputStream in(value);
     return parseValues(in);
 }
 
 void KxSipHeader::setToken(std::string_view name) {
-    if (m_token.length() == name.size() && KxBytes::equal(m_token.c_str(), name.data(), name.size())) {
-        return;
-    }
     const KxString& compact = getCompactToken();
     m_token = compact.view() == name ? compact : KxString(name);
 }

@@ -93,6 +93,9 @@ private:
     /** As sConstructFrom, but what the framework finds wrong is told, not thrown: a hostile message may hold thousands
         of such lines. Nil when there is a fault. */
     static KxHandle<KxSipHeader> sReadFrom(KxInputStream& in, KxSipLineFault& fault);
+    static KxHandle<KxSipHeader> sReadUnplain(KxInputStream& in, KxSipLineFault& fault);
+    static KxHandle<KxSipHeader> sMake(std::string_view key, std::string_view name, std::string_view value,
+                                       KxSipLineFault& fault);
     static const char* sTextOf(KxSipLineFault fault);
     [[noreturn]] static void sThrow(KxSipLineFault fault);
 
