@@ -89,7 +89,7 @@ TEST(StringTest, SearchesCutsAndTrimsUpToEveryBoundary) {
 
 TEST(StringTest, WordsShareOneConstant) {
     for (const std::string_view text : {"INVITE"sv, "branch"sv, "0"sv, "anonymous.invalid"sv, "INVITe"sv, "INVIT"sv,
-                                        "INVITE\0"sv, "anonymous.involid"sv, "simple-message-summaries-of-any"sv}) {
+                                        "INVITE\0"sv, "anonxmous.invalid"sv, "simple-message-summaries-of-any"sv}) {
         const HeapText bytes(text);
         const KxString string(bytes.view());
         const bool shared = text == "INVITE" || text == "branch" || text == "0" || text == "anonymous.invalid";
