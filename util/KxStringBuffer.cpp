@@ -99,7 +99,8 @@ void KxStringBuffer::display(KxOutputStream& out, bool) const {
 }
 
 void KxStringBuffer::grow(std::size_t capacity) {
-    if (capacity <= this->capacity() && !isImmortal()) {
+    OSKAN_ASSERT(!isImmortal());
+    if (capacity <= this->capacity()) {
         return;
     }
     if (capacity > kLongest) {

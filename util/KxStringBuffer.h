@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Assertion.h"
 #include "core/MemAccount.h"
 #include "util/KxCharSet.h"
 #include "util/KxHandle.h"
@@ -105,7 +106,11 @@ private:
 
     char* inlineText() { return reinterpret_cast<char*>(this) + kTextOffset; }
     const char* inlineText() const { return reinterpret_cast<const char*>(this) + kTextOffset; }
-    char* text() { return const_cast<char*>(c_str()); }
+    /** The text to change; constants are shared by the whole process, so changing one is a fault of the caller. */
+    char* text() {
+        OSKAN_ASSERT(!isImmortal());
+        return const_cast<char*>(c_str());
+    }
     void setLength(std::size_t length) {
         m_length = static_cast<std::uint32_t>(length);
         text()[length] = '\0';
