@@ -11,6 +11,7 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
+#include "util/KxWholeWindow.h"
 
 #include <utility>
 
@@ -49,22 +50,10 @@ struct PlainLine {
     std::string_view value;
 };
 
-/** Makes sure that the window holds the first line break and what shows whether the line goes on behind it. */
-const char* lineBreak(KxInputStream& in) {
-    const auto find = [&in] {
-        return KxBytes::findAny<'\r', '\n'>(in.window().data(), in.window().data() + in.window().size());
-    };
-    const char* at = find();
-    while (!in.isWhole() && in.window().data() + in.window().size() - at < 3 && in.extendWindow()) {
-        at = find();
-    }
-    return at;
-}
-
 /** One logical line, ending in CR LF: in place when that is how it lies, else unfolded into `copy`. */
 std::string_view takeLine(KxInputStream& in, Oskan::FastString<256>& copy) {
-    const char* const stop = lineBreak(in);
     const std::string_view window = in.window();
+    const char* const stop = KxBytes::findAny<'\r', '\n'>(window.data(), window.data() + window.size());
     if (endsPlainly(stop, window.data() + window.size())) {
         const auto length = static_cast<std::size_t>(stop - window.data()) + 2;
         in.consume(length);
@@ -160,19 +149,21 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& fault) {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
-    if (in.isWhole()) {
-        const PlainLine line(in.window());
-        if (line.length != 0) {
-            in.consume(line.length);
-            return sMake(line.name, line.name, line.value, fault);
-        }
+    if (!in.isWhole()) {
+        KxHandle<KxSipHeader> header;
+        KxWithWholeWindow(in, [&](KxInputStream& line) { header = sReadFrom(line, fault); });
+        return header;
     }
-    return sReadUnplain(in, fault);
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
+    const PlainLine line(in.window());
+    if (line.length == 0) {
+        return sReadUnplain(in, fault);
+    }
+    in.consume(line.length);
+    return sMake(line.name, line.name, line.value, fault);
 }
 
-/** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it, or does not lie whole
-    in memory. */
+/** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it. */
 KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFault& fault) {
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
@@ -181,7 +172,7 @@ KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFaul
         return {};
     }
     Oskan::FastString<256> unfolded;
-    const char* const raw = in.isWhole() ? in.window().data() : nullptr;
+    const char* const raw = in.window().data();
     const std::string_view line = takeLine(in, unfolded);
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) {
@@ -189,9 +180,8 @@ KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFaul
         return {};
     }
     const std::string_view name = KxAscii::trim(line.substr(0, colon));
-    // where an unfolded line lay whole in memory, its class goes by the name that stood there, folds and all
-    const bool copied = raw != nullptr && raw != line.data();
-    const std::string_view key = copied ? nameIn(raw, in.window().data()) : name;
+    // the class goes by the name as it stood, folds and all
+    const std::string_view key = nameIn(raw, in.window().data());
     if (name.empty() || key.empty()) {
         fault = KxSipLineFault::NoToken;
         return {};
@@ -212,6 +202,10 @@ KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view key, std::string_view 
 
 void KxSipHeader::parse(KxInputStream& in) {
     const Oskan::EntryTraceScope entry(s_logger, "KxSipHeader::parse");
+    KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
+}
+
+void KxSipHeader::parseWhole(KxInputStream& in) {
     Oskan::FastString<256> unfolded;
     const std::string_view line = takeLine(in, unfolded);
     const std::size_t colon = line.find(':');

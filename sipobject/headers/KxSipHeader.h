@@ -100,6 +100,7 @@ private:
     [[noreturn]] static void sThrow(KxSipLineFault fault);
 
     void releaseChain();
+    void parseWhole(KxInputStream& in);
     KxSipLineFault parseLine(std::string_view name, std::string_view value);
     void parseRest(KxInputStream& in);
     KxSipLineFault parseValues(KxInputStream& in);

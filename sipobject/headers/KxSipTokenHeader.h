@@ -9,7 +9,9 @@
 
         static constexpr const KxCharSet& kTokenEnd = ...;      // the first of these stays unread
         static constexpr const char* kEmptyError = "...";       // thrown for an empty token; null accepts it
+        static constexpr bool kIsTrimmed = true;                // optional: no form feed or the like at its end
 
+    and `static constexpr bool kTrimmed = true;` where white space that does not end it is cut off its end.
     What stands between the token and the next comma is skipped by the header framework. */
 template <class H>
 class KxSipTokenHeader : public KxSipHeaderOf<H> {
@@ -29,7 +31,10 @@ private:
 
     void parseValue(KxInputStream& in) {
         KxScannedText scanned;
-        const std::string_view token = KxAscii::trim(scanned.token(in, H::kTokenEnd));
+        std::string_view token = scanned.token(in, H::kTokenEnd);
+        if constexpr (requires { H::kIsTrimmed; }) {
+            token = KxAscii::trim(token);
+        }
         if constexpr (H::kEmptyError != nullptr) {
             if (token.empty()) {
                 KxSipParseError::sThrow(H::kEmptyError);
