@@ -1,0 +1,253 @@
+// Header lines. Law: what is read can be written, and what was written reads and writes as itself; a copy writes as its
+// original; a stream that dribbles reads as memory does.
+
+#include "fuzz/FuzzSupport.h"
+#include "sipobject/address/KxTelURL.h"
+#include "sipobject/headers/KxSipAcceptHeader.h"
+#include "sipobject/headers/KxSipCCDiversionHeader.h"
+#include "sipobject/headers/KxSipContactHeader.h"
+#include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipFromHeader.h"
+#include "sipobject/headers/KxSipRecordRouteHeader.h"
+#include "sipobject/headers/KxSipReferredByHeader.h"
+#include "sipobject/headers/KxSipRouteHeader.h"
+#include "sipobject/headers/KxSipToHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxException.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kNames =
+    "Accept Accept-Encoding Accept-Language Alert-Info Allow Allow-Events Authentication-Info Authorization "
+    "CC-Diversion CSeq Call-ID Contact Content-Disposition Content-Encoding Content-Length Content-Type Date "
+    "Error-Info Event Expires From In-Reply-To MIME-Version Max-Forwards Min-Expires Min-SE Organization "
+    "Priority Proxy-Authenticate Proxy-Authorization Proxy-Require RAck RSeq Record-Route Refer-To "
+    "Referred-By Replaces Require Response-Key Retry-After Route Server Session Session-Expires Subject "
+    "Supported Timestamp To Unsupported User-Agent Via WWW-Authenticate Warning ";
+
+/** A name for every number. */
+std::string nameOf(std::size_t number) {
+    std::size_t begin = 0;
+    for (; number != 0; --number) {
+        begin = (kNames.find(' ', begin) + 1) % kNames.size();
+    }
+    return std::string(kNames.substr(begin, kNames.find(' ', begin) - begin));
+}
+
+std::string written(const KxSipHeader& header) {
+    KxByteArrayOutputStream out;
+    header.serialize(out);
+    return std::string(out.view());
+}
+
+void checkCopies(const KxHandle<KxSipHeader>& header, std::string_view text) {
+    std::string copies;
+    for (const KxSipHeader* value = header.get(); value != nullptr; value = value->getNext().get()) {
+        const KxHandle<KxSipHeader> copy(static_cast<KxSipHeader*>(value->clone()));
+        copies += written(*copy);
+    }
+    if (copies != text) {
+        fail("a copy is written as its original", text, copies);
+    }
+}
+
+/** All headers of a text as they are written again, with the failure that ends it. */
+std::string readAll(std::string_view text) {
+    const auto block = std::make_unique<char[]>(text.size());
+    text.copy(block.get(), text.size());
+    KxByteArrayInputStream in(std::string_view(block.get(), text.size()));
+    std::string all;
+    try {
+        while (in.peek() >= 0) {
+            all += written(*KxSipHeader::sConstructFrom(in));
+        }
+    } catch (const KxHandle<KxException>& failure) {
+        all.append("! ").append(failure->getExceptionMessage().view());
+    }
+    return all;
+}
+
+bool hasAnyOf(std::string_view text, std::string_view characters) {
+    return text.find_first_of(characters) != std::string_view::npos;
+}
+
+bool hasOpenQuote(std::string_view text) {
+    bool open = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        open ^= text[i] == '"';
+        i += open && text[i] == '\\' ? 1 : 0;
+    }
+    return open;
+}
+
+// What follows are the ways in which a value that was read is laid down to be written so that it reads as another.
+
+/** A quote that was never closed swallows the parameters that a later round finds behind it: one that took the place of
+    an earlier parameter of its name stands in front of others now. */
+bool losesParameters(const KxParameters& list) {
+    return list.size() > 1 && std::any_of(list.begin(), list.end() - 1, [](const auto& pair) {
+               return hasOpenQuote(std::string(pair.name.view()).append("=").append(pair.value.view()));
+           });
+}
+
+/** A parameter list behind a ">" whose ";" the URL took is only looked at when its first character is text. */
+bool isOverlooked(const KxParameters& list) {
+    const std::string first = list.getString().c_str();
+    return !list.empty() && (static_cast<signed char>(first[0]) <= '\r');
+}
+
+/** URL headers are unescaped when read; "%", quotes and the blanks that quotes keep are not escaped when written, nor is
+    the "@" of a name. */
+bool losesHeaders(const KxParameters& headers) {
+    return std::any_of(headers.begin(), headers.end(), [](const auto& header) {
+        return hasAnyOf(header.name, "% \"@") || hasAnyOf(header.value, "% \"");
+    });
+}
+
+bool changes(const KxSipURL& url) {
+    // An "@" in front of the scheme, or one behind a quote of another value, makes delimiters part of the host or user;
+    // one that such a quote hid ends a user when that quote is gone.
+    return (url.getUser().empty() && hasAnyOf(url.getParameters()->getString(), "@")) ||
+           hasAnyOf(url.getHost(), ";,?\"") || hasOpenQuote(url.getUser()) || hasOpenQuote(url.getUserPassword()) ||
+           losesParameters(*url.getParameters()) || losesHeaders(*url.getHeaders());
+}
+
+/** A "<" inside a tel URL begins it anew: it lets a "+" or parameters into the number. */
+bool changes(const KxTelURL& url) {
+    const KxString text = url.getString(); // the number may hold a NUL, so its C string is not all of it
+    std::string_view number = text.view().substr(4);
+    number.remove_suffix(url.hasParameters() ? url.getParameters()->getString().length() + 1 : 0);
+    return number.find('+', 1) != std::string_view::npos || hasAnyOf(number, ";") ||
+           losesParameters(*url.getParameters());
+}
+
+/** Of an unknown scheme is also a URI whose scheme stands behind a form feed: written, it is a known one. */
+bool changes(const KxURI& uri) {
+    if (uri.isSipURL()) {
+        return changes(static_cast<const KxSipURL&>(uri));
+    }
+    if (const auto* const tel = dynamic_cast<const KxTelURL*>(&uri)) {
+        return changes(*tel);
+    }
+    std::string letters(uri.getString().view().substr(0, 64));
+    letters.erase(std::remove(letters.begin(), letters.end(), ' '), letters.end());
+    return KxAscii::equalsNoCase(letters.substr(0, 3), "sip") || KxAscii::equalsNoCase(letters.substr(0, 3), "tel");
+}
+
+/** A display name is one character longer when written: it was right in front of the "<". */
+template <class H>
+bool changesAddress(const KxSipHeader& header) {
+    const auto* const address = dynamic_cast<const H*>(&header);
+    if (address == nullptr || address->getNameAddress().isNil()) {
+        return false;
+    }
+    if constexpr (requires { address->getParameters(); }) {
+        if (losesParameters(*address->getParameters()) || isOverlooked(*address->getParameters())) {
+            return true;
+        }
+    }
+    const KxSipNameAddress& value = *address->getNameAddress();
+    return value.getDisplayName().length() >= 1023 || changes(*value.getURI());
+}
+
+template <class... H>
+bool changesAnyAddress(const KxSipHeader& header) {
+    return (changesAddress<H>(header) || ...);
+}
+
+bool changes(const KxSipHeader& header, std::string_view value) {
+    switch (header.getHeaderID()) {
+    case KxHeaderIDs::kUnknown: // A name that is folded or has control characters around it is not registered, but
+                                // is written without them.
+        return header.getExpandedToken() != header.getToken();
+    case KxHeaderIDs::kSupported:
+    case KxHeaderIDs::kRequire:
+    case KxHeaderIDs::kProxyRequire:
+    case KxHeaderIDs::kUnsupported: // An empty option tag is kept, but a line with nothing on it is refused.
+        return value.empty();
+    case KxHeaderIDs::kReferTo: // Written without brackets: what they kept together falls apart.
+        return hasAnyOf(value, ";,<>\"%") || !KxAscii::equalsNoCase(value.substr(0, 4), "sip:");
+    case KxHeaderIDs::kExpires: // A number behind a form feed is taken for a date.
+        return !value.empty() && KxAscii::isDigit(value[0]);
+    case KxHeaderIDs::kVia: { // A comment is written behind the parameters and read as the end of the last one.
+        const auto& via = static_cast<const KxSipViaHeader&>(header);
+        return losesParameters(*via.getParameters()) || (*via.getComment() != '\0' && !via.getParameters()->empty());
+    }
+    case KxHeaderIDs::kReplaces:
+        return hasOpenQuote(value);
+    case KxHeaderIDs::kContentType:
+        return losesParameters(*static_cast<const KxSipContentTypeHeader&>(header).getParameters());
+    case KxHeaderIDs::kAccept:
+        return losesParameters(*static_cast<const KxSipAcceptHeader&>(header).getParameters());
+    default:
+        return changesAnyAddress<KxSipFromHeader, KxSipToHeader, KxSipContactHeader, KxSipRouteHeader,
+                                 KxSipRecordRouteHeader, KxSipReferredByHeader, KxSipCCDiversionHeader>(header);
+    }
+}
+
+void checkSecondRound(const KxSipHeader& chain, const std::string& text) {
+    for (const KxSipHeader* value = &chain; value != nullptr; value = value->getNext().get()) {
+        const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
+        const std::string line = written(*alone);
+        const std::size_t before = alone->getToken().length() + 2;
+        if (changes(*value, std::string_view(line).substr(before, line.size() - before - 2))) {
+            return;
+        }
+    }
+    const std::string again = readAll(text);
+    if (again != text) {
+        fail("what was written is written again", text, again);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::string text(reinterpret_cast<const char*>(data), size);
+    if (size != 0 && data[0] >= 0x80) { // the name by number, else it stands in the text
+        text.replace(0, 1, nameOf(data[0] - 0x80U) + ": ");
+    }
+    const auto block = std::make_unique<char[]>(text.size());
+    text.copy(block.get(), text.size());
+    KxByteArrayInputStream in(std::string_view(block.get(), text.size()));
+    Dribble dribble(text);
+    while (in.peek() >= 0) {
+        const std::string_view line = in.window();
+        std::string first;
+        std::string second;
+        KxHandle<KxSipHeader> header;
+        try {
+            header = KxSipHeader::sConstructFrom(in);
+            first = written(*header);
+        } catch (const KxHandle<KxException>& failure) {
+            first = failure->getExceptionMessage().view();
+        }
+        try {
+            second = written(*KxSipHeader::sConstructFrom(dribble));
+        } catch (const KxHandle<KxException>& failure) {
+            second = failure->getExceptionMessage().view();
+        }
+        if (in.window().size() >= line.size()) {
+            fail("a line is consumed", line, in.window());
+        }
+        // A name is looked up as it stands in memory, folds and all; a stream that dribbles only has it unfolded.
+        const bool isFolded = !header.isNil() && header->getExpandedToken() != header->getToken() &&
+                              header->getHeaderID() == KxHeaderIDs::kUnknown;
+        if (first != second && !isFolded) {
+            fail("a stream that dribbles reads as memory", first, second);
+        }
+        if (!header.isNil()) {
+            checkCopies(header, first);
+            checkSecondRound(*header, first);
+        }
+    }
+    return 0;
+}

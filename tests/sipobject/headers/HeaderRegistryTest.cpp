@@ -1,0 +1,122 @@
+#include "sipobject/headers/KxSipAllowHeader.h"
+#include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipUnknownHeader.h"
+#include "tests/core/LogCapture.h"
+#include "tests/sipobject/support/HeaderSupport.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+
+using namespace KxHeaderIDs;
+
+namespace {
+
+struct NameRow {
+    const char* name;
+    const char* compact; ///< Null where there is none.
+    const char* className;
+    HeaderID id;
+    const char* value;
+};
+
+constexpr NameRow kRows[] = {
+    {"Accept", nullptr, "KxSipAcceptHeader", kAccept, "a/b"},
+    {"Allow", nullptr, "KxSipAllowHeader", 11, "A"},
+    {"Allow-Events", nullptr, "KxSipAllowEventsHeader", 12, "a"},
+    {"CC-Diversion", nullptr, "KxSipCCDiversionHeader", kCCDiversion, "<sip:a>"},
+    {"CSeq", nullptr, "KxSipCSeqHeader", 4, "1 A"},
+    {"Call-ID", "i", "KxSipCallIdHeader", 5, "a"},
+    {"Contact", "m", "KxSipContactHeader", 18, "*"},
+    {"Content-Encoding", "e", "KxSipContentEncodingHeader", 20, "a"},
+    {"Content-Length", "l", "KxSipContentLengthHeader", 6, "0"},
+    {"Content-Type", "c", "KxSipContentTypeHeader", 21, "a/b"},
+    {"Expires", nullptr, "KxSipExpiresHeader", 26, "1"},
+    {"From", "f", "KxSipFromHeader", 2, "<sip:a>"},
+    {"Max-Forwards", nullptr, "KxSipMaxForwardsHeader", 29, "1"},
+    {"Min-Expires", nullptr, "KxSipMinExpiresHeader", 31, "1"},
+    {"Proxy-Require", nullptr, "KxSipProxyRequireHeader", 37, "a"},
+    {"RAck", nullptr, "KxSipRAckHeader", 38, "1 1 A"},
+    {"RSeq", nullptr, "KxSipRSeqHeader", 39, "1"},
+    {"Record-Route", nullptr, "KxSipRecordRouteHeader", kRecordRoute, "<sip:a>"},
+    {"Refer-To", nullptr, "KxSipReferToHeader", kReferTo, "sip:a"},
+    {"Referred-By", nullptr, "KxSipReferredByHeader", kReferredBy, "<sip:a>"},
+    {"Replaces", nullptr, "KxSipReplacesHeader", 43, "a;to-tag=1;from-tag=2"},
+    {"Require", nullptr, "KxSipRequireHeader", 44, "a"},
+    {"Route", nullptr, "KxSipRouteHeader", kRoute, "<sip:a>"},
+    {"Supported", "k", "KxSipSupportedHeader", 53, "a"},
+    {"To", "t", "KxSipToHeader", 3, "<sip:a>"},
+    {"Unsupported", nullptr, "KxSipUnsupportedHeader", 56, "a"},
+    {"Via", "v", "KxSipViaHeader", 1, "SIP/2.0/UDP a"},
+};
+
+/** Letters that are no header's: those of RFC 3261 and its extensions that are not taken here, and all others. */
+constexpr std::string_view kFreeLetters = "abdghjnopqruwyz";
+
+std::string withCase(std::string name, char (*letterCase)(char)) {
+    std::transform(name.begin(), name.end(), name.begin(), letterCase);
+    return name;
+}
+
+KxSipHeader* makeRequire() {
+    return new KxSipRequireHeader("");
+}
+
+KxSipHeader* makeAllow() {
+    return new KxSipAllowHeader("");
+}
+
+} // namespace
+
+TEST(HeaderRegistryTest, EveryNameInEveryLetterCase) {
+    std::set<HeaderID> ids;
+    for (const NameRow& row : kRows) {
+        EXPECT_TRUE(row.id < kCount && ids.insert(row.id).second) << row.name;
+        const std::string names[] = {row.name, row.compact == nullptr ? row.name : row.compact};
+        for (const std::string& name : names) {
+            for (const std::string& spelled :
+                 {name, withCase(name, &KxAscii::toLower), withCase(name, &KxAscii::toUpper)}) {
+                const std::string line = spelled + ": " + row.value;
+                const KxHandle<KxSipHeader> header = readHeader(line + "\r\n");
+                EXPECT_EQ(className(*header), row.className) << spelled;
+                EXPECT_EQ(header->getHeaderID(), row.id) << spelled;
+                EXPECT_EQ(header->getExpandedToken(), row.name);
+                EXPECT_EQ(header->getCompactToken(), names[1]);
+                EXPECT_EQ(linesOf(*header), line);
+            }
+        }
+    }
+}
+
+TEST(HeaderRegistryTest, OtherNamesAreKeptWithTheirRawText) {
+    std::vector<std::string> names = {"Call-Info", "Vi", "Viaa", "Content-Typ", "Content-Lengthy", "X", "-", "Via;x"};
+    for (const char letter : kFreeLetters) {
+        names.emplace_back(1, letter);
+    }
+    for (const std::string& name : names) {
+        const KxHandle<KxSipUnknownHeader> header = readAs<KxSipUnknownHeader>(name + ": <a>;b=\"c\", d\r\n");
+        EXPECT_EQ(header->getHeaderID(), kUnknown);
+        EXPECT_EQ(joined({header->getExpandedToken(), header->getCompactToken(), header->getValue()}),
+                  name + "|" + name + "|<a>;b=\"c\", d");
+    }
+    expectRows<KxSipUnknownHeader>(
+        [](const auto& header) { return std::string(header.getValue().view()); },
+        {
+            {"X-Foo: \v\t a, b,\t ", "a, b,\t ", "X-Foo: a, b,\t "},
+            {"X-Foo:\xff\x01:", "\xff\x01:", "X-Foo: \xff\x01:"},
+            {"X-Foo: " + std::string(99999, ','), std::string(99999, ','), "X-Foo: " + std::string(99999, ',')},
+        });
+    const KxHandle<KxSipUnknownHeader> empty(new KxSipUnknownHeader("N", static_cast<const char*>(nullptr)));
+    EXPECT_EQ(linesOf(*empty), "N: ");
+}
+
+TEST(HeaderRegistryTest, TheFirstRegistrationStands) {
+    LogCapture capture;
+    log4cplus::Logger::getInstance("tandril.kx.KxSipHeader").setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    KxSipHeader::sAddConstructor("X-Kx-Test", &makeRequire);
+    EXPECT_EQ(capture.texts(), std::vector<std::string>{"pToken = \"X-Kx-Test\""});
+    KxSipHeader::sAddConstructor("x-KX-test", &makeAllow);
+    KxSipHeader::sAddConstructor("ALLOW", &makeRequire);
+    EXPECT_EQ(linesOf(*readAs<KxSipRequireHeader>("X-kx-tesT: a;b,c\r\n")), "X-kx-tesT: a;b & Require: c");
+    EXPECT_EQ(linesOf(*readAs<KxSipAllowHeader>("Allow: a;b\r\n")), "Allow: a");
+}

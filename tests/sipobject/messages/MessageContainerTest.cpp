@@ -1,0 +1,231 @@
+#include "sipobject/headers/KxSipContentLengthHeader.h"
+#include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipUnknownHeader.h"
+#include "sipobject/messages/KxSipRequest.h"
+#include "tests/core/LogCapture.h"
+#include "tests/sipobject/support/MessageSupport.h"
+
+#include <gmock/gmock.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/** A message that lets its parser's operations be called. */
+class OpenRequest final : public KxSipRequest {
+public:
+    OpenRequest() : KxSipRequest(KxString("TEST")) {}
+    OpenRequest* clone() const override { return new OpenRequest(*this); }
+    using KxSipMessage::addHeaderByID;
+    using KxSipMessage::asynchAddHeader;
+    using KxSipMessage::setStatus;
+};
+
+KxHandle<KxSipHeader> header(std::string_view line) {
+    const std::string text = std::string(line) + "\r\n";
+    const HeapText bytes(text);
+    KxByteArrayInputStream in(bytes.view());
+    return KxSipHeader::sConstructFrom(in);
+}
+
+/** A message with the headers added one by one behind each other. */
+KxHandle<OpenRequest> messageOf(std::initializer_list<const char*> lines) {
+    auto message = KxMake<OpenRequest>();
+    for (const char* line : lines) {
+        message->addHeader(header(line), false);
+    }
+    return message;
+}
+
+/** The header lines as written, joined by "|". */
+std::string linesOf(const KxSipMessage& message) {
+    std::string lines = headersOf(message);
+    for (std::size_t at = 0; at < lines.size(); ++at) {
+        lines.erase(at, lines.find(' ', at) + 1 - at); // the class
+        at = lines.find('\n', at);
+        lines[at] = '|';
+    }
+    return lines;
+}
+
+std::string textOf(const KxHandle<KxSipHeader>& value) {
+    if (value.isNil()) {
+        return "nil";
+    }
+    const std::string line = written(*value);
+    return line.substr(0, line.find("\r\n"));
+}
+
+} // namespace
+
+TEST(MessageContainerTest, KindsStandInOrderOfArrival) {
+    const auto message = messageOf({"Require: a", "X-A: 1", "Supported: b", "Require: c", "x-b: 2", "Supported: d, e"});
+    EXPECT_EQ(linesOf(*message), "Require: a|Require: c|X-A: 1|x-b: 2|Supported: b|Supported: d|Supported: e|");
+    EXPECT_EQ(written(*message), "TEST : SIP/2.0\r\nRequire: a\r\nRequire: c\r\nX-A: 1\r\nx-b: 2\r\nSupported: b\r\n"
+                                 "Supported: d\r\nSupported: e\r\n\r\n");
+    EXPECT_EQ(written(OpenRequest()), "TEST : SIP/2.0\r\n\r\n");
+}
+
+TEST(MessageContainerTest, AddsFirstOrLast) {
+    const auto message = messageOf({"Require: a"});
+    message->addHeader(header("Require: b, c"), true); // its own chain gives way
+    EXPECT_EQ(linesOf(*message), "Require: b|Require: a|");
+    message->addHeader(header("Require: d, e"), false);
+    EXPECT_EQ(linesOf(*message), "Require: b|Require: a|Require: d|Require: e|");
+    message->addHeader(header("Supported: f, g"), true); // into an empty slot whole
+    message->addHeader({}, true);
+    EXPECT_EQ(linesOf(*message), "Require: b|Require: a|Require: d|Require: e|Supported: f|Supported: g|");
+}
+
+TEST(MessageContainerTest, AddSingleHeaderTakesACopyOfOneValue) {
+    const auto message = messageOf({"k: a"});
+    const KxHandle<KxSipHeader> values = header("Supported: b, c");
+    message->addSingleHeader(values, false); // found by kind where the name is another
+    message->addSingleHeader(values, true);
+    message->addSingleHeader(header("X-A: 1"), true);
+    message->addSingleHeader({}, false);
+    EXPECT_EQ(linesOf(*message), "Supported: b|k: a|Supported: b|X-A: 1|");
+    EXPECT_EQ(textOf(values->getNext()), "Supported: c");
+    EXPECT_NE(message->getHeaderByID(values->getHeaderID()), values);
+}
+
+TEST(MessageContainerTest, AddingTwiceIsNotedAndChangesNothing) {
+    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril.kx.KxSipMessage");
+    LogCapture capture(logger);
+    logger.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    const auto message = messageOf({"Require: a"});
+    const KxHandle<KxSipHeader> last = header("Require: b");
+    message->addHeader(last, false);
+    const KxHandle<KxSipHeader> first = message->getHeader("Require");
+    EXPECT_THAT(capture.texts(), IsEmpty());
+    for (const bool asFirst : {true, false}) {
+        message->addHeader(first, asFirst);
+        message->addHeader(last, asFirst); // wherever it hangs
+        message->asynchAddHeader(KxHandle<KxSipHeader>(first), asFirst);
+        message->addSingleHeader(first, asFirst);
+        EXPECT_THAT(capture.texts(), ElementsAre("KxSipMessage::addHeader : adding a header twice : Require",
+                                                 "KxSipMessage::addHeader : adding a header twice : Require",
+                                                 "KxSipMessage::asynchAddHeader : adding a header twice : Require",
+                                                 "KxSipMessage::addSingleHeader : adding a header twice : Require"));
+        EXPECT_EQ(linesOf(*message), "Require: a|Require: b|");
+    }
+    message->addSingleHeader(last, false); // only the one that would be found is known to it
+    EXPECT_EQ(linesOf(*message), "Require: a|Require: b|Require: b|");
+}
+
+TEST(MessageContainerTest, FindsByTheNameThatIsWritten) {
+    const auto message = messageOf({"l: 5", "REQUIRE: a", "X-A: 1", "x-a: 2", "X-B: 3", "k: t"});
+    EXPECT_EQ(textOf(message->getHeader("Content-Length")), "nil");
+    EXPECT_EQ(textOf(message->getHeader("L")), "l: 5");
+    EXPECT_EQ(textOf(message->getHeader("require")), "REQUIRE: a");
+    // unknown ones letter by letter, except the first, by which the kind itself is found
+    EXPECT_EQ(textOf(message->getHeader("X-A")), "X-A: 1");
+    EXPECT_EQ(textOf(message->getHeader("x-a")), "x-a: 2");
+    EXPECT_EQ(textOf(message->getHeader("X-B")), "X-B: 3");
+    EXPECT_EQ(textOf(message->getHeader("x-b")), "nil");
+    EXPECT_TRUE(message->getHeader("X-B")->getNext().isNil());
+    EXPECT_EQ(textOf(message->getHeader("x-a")->getNext()), "X-B: 3");
+    EXPECT_TRUE(message->isRequired("a"));
+    EXPECT_FALSE(message->isRequired("A"));
+    EXPECT_FALSE(message->isSupported("t")); // came under its compact name
+    EXPECT_TRUE(messageOf({"Supported: s, t"})->isSupported("t"));
+}
+
+TEST(MessageContainerTest, RemovesOneAtATime) {
+    const auto message = messageOf({"Require: a, b", "X-A: 1", "k: c", "X-B: 2", "x-b: 3", "X-C: 4"});
+    const auto removed = [&message](const char* name) {
+        const bool there = message->removeHeader(name);
+        return (there ? "1 " : "0 ") + linesOf(*message);
+    };
+    EXPECT_EQ(removed("Supported"), "0 Require: a|Require: b|X-A: 1|X-B: 2|x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("REQUIRE"), "1 Require: b|X-A: 1|X-B: 2|x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("x-b"), "1 Require: b|X-A: 1|x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("X-D"), "0 Require: b|X-A: 1|x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("x-a"), "1 Require: b|x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("require"), "1 x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("require"), "0 x-b: 3|X-C: 4|k: c|");
+    EXPECT_EQ(removed("X-C"), "1 x-b: 3|k: c|");
+    EXPECT_EQ(removed("X-B"), "1 k: c|");
+    message->addHeader(header("Require: z"), false); // a kind that comes again comes last
+    message->addHeader(header("X-Z: 5"), false);
+    EXPECT_EQ(removed("K"), "1 Require: z|X-Z: 5|");
+}
+
+/** Long chains have their end remembered, which what is added and removed must not mislead. */
+TEST(MessageContainerTest, LongChainsKeepTheirOrder) {
+    const auto message = messageOf({});
+    std::string expected;
+    for (int i = 0; i < 40; ++i) {
+        const std::string value = "X-A: " + std::to_string(i);
+        message->addHeader(header(value), i % 3 == 0);
+        expected = i % 3 == 0 ? value + '|' + expected : expected + value + '|';
+        ASSERT_EQ(linesOf(*message), expected);
+    }
+    message->addHeader(header("x-b: last"), false);
+    ASSERT_TRUE(message->removeHeader("X-B")); // the end itself
+    message->addHeader(header("X-C: 1"), false);
+    EXPECT_EQ(linesOf(*message), expected + "X-C: 1|");
+    for (int i = 0; i < 40; ++i) {
+        ASSERT_TRUE(message->removeHeader("x-a"));
+        message->addHeader(header("X-D: " + std::to_string(i)), false);
+    }
+    EXPECT_EQ(linesOf(*message).substr(0, 26), "X-C: 1|X-D: 0|X-D: 1|X-D: ");
+}
+
+TEST(MessageContainerTest, HeadersByIDAreTakenUnchecked) {
+    const auto message = messageOf({"Require: a"});
+    message->addHeaderByID(header("Supported: b, c"));
+    EXPECT_EQ(linesOf(*message), "Require: a|Supported: b|Supported: c|");
+}
+
+TEST(MessageContainerTest, SetBody) {
+    const auto message = messageOf({"Require: a"});
+    const auto set = [&message](const void* body, const char* type, std::uint32_t length) {
+        const std::string outcome = outcomeOf([&] {
+            message->setBody(body, type, length);
+            return std::string();
+        });
+        const std::string text = written(*message);
+        return outcome + '|' + linesOf(*message) + text.substr(text.find("\r\n\r\n") + 4);
+    };
+    const std::string kNoBody = "KxSipParseError: Can't build SIP request with NULL body pointer";
+    const std::string kNoType = "KxSipParseError: Can't build SIP request(with body) with no content-type";
+    EXPECT_EQ(set(nullptr, nullptr, 0), "|Require: a|Content-Length: 0|");
+    EXPECT_EQ(set(nullptr, nullptr, 7), kNoBody + "|Require: a|Content-Length: 7|"); // the length is set already
+    EXPECT_EQ(set("abc", nullptr, 3), kNoType + "|Require: a|Content-Length: 3|");
+    EXPECT_EQ(set("abcd", "text/plain", 3), "|Require: a|Content-Length: 3|Content-Type: text/plain|abc");
+    EXPECT_EQ(message->getBody()[3], '\0');
+    EXPECT_EQ(set("a\0c", "text/html;level=1", 3), std::string("|Require: a|Content-Length: 3|Content-Type: ") +
+                                                       std::string("text/html;level=1|a\0c", 21));
+    EXPECT_EQ(set(nullptr, nullptr, 0).substr(0, 30), "|Require: a|Content-Length: 0|"); // the old body stays,
+    EXPECT_EQ(message->getStoredBodyLength(), 3U);                                      // unwritten
+    message->getContentLengthHeader()->setContentLength(100);
+    EXPECT_EQ(written(*message).substr(written(*message).size() - 4), std::string("\na\0c", 4)); // no byte too far
+    message->getContentLengthHeader()->setContentLength(2);
+    EXPECT_EQ(written(*message).substr(written(*message).size() - 3), std::string("\na\0", 3));
+    ASSERT_TRUE(message->removeHeader("Content-Length"));
+    EXPECT_EQ(written(*message).substr(written(*message).size() - 4), "\r\n\r\n");
+    message->setBody("to the NUL", "a/b");
+    EXPECT_EQ(message->getBodyLength(), 10U);
+}
+
+TEST(MessageContainerTest, CopiesAreDeep) {
+    const auto message = messageOf({"X-A: 1", "Require: a, b", "x-b: 2"});
+    message->setBody("body", "text/plain");
+    message->setConnectionPort(5062);
+    message->setLocalPort(5061);
+    message->setConnectionTransport(KxSocketImpl::TLS);
+    message->setStatus(KX_STATUS_INCOMPLETE);
+    const std::string text = written(*message);
+    const KxHandle<OpenRequest> copy(message->clone());
+    EXPECT_EQ(copy->getStatus(), KX_STATUS_VALID);
+    EXPECT_EQ(copy->getConnectionPort(), 5062U);
+    EXPECT_EQ(copy->getLocalPort(), 5061U);
+    EXPECT_EQ(copy->getConnectionTransport(), KxSocketImpl::TLS);
+    message->removeHeader("X-A");
+    message->addHeader(header("Require: c"), false);
+    message->setBody("other", "a/b");
+    EXPECT_EQ(written(*copy), text);
+    EXPECT_NE(written(*message), text);
+}

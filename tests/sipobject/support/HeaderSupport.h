@@ -1,0 +1,102 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeader.h"
+#include "tests/sipobject/support/MessageSupport.h"
+
+#include <initializer_list>
+
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool kUnderThreadSanitizer = true;
+#elif defined(__has_feature)
+inline constexpr bool kUnderThreadSanitizer = __has_feature(thread_sanitizer);
+#else
+inline constexpr bool kUnderThreadSanitizer = false;
+#endif
+
+inline KxHandle<KxSipHeader> readHeader(std::string_view line) {
+    const HeapText bytes(line);
+    KxByteArrayInputStream in(bytes.view());
+    return KxSipHeader::sConstructFrom(in);
+}
+
+/** The one header of a line, which must be of the class. */
+template <class H>
+KxHandle<H> readAs(std::string_view line) {
+    const KxHandle<H> header = KxHandleCast<H>(readHeader(line));
+    EXPECT_FALSE(header.isNil()) << line;
+    return header;
+}
+
+/** What a chain is written as: its lines with " & " between them. Copies of its values must be written alike. */
+inline std::string linesOf(const KxSipHeader& header) {
+    const std::string text = written(header);
+    std::string copies;
+    std::string lines;
+    for (const KxSipHeader* value = &header; value != nullptr; value = value->getNext().get()) {
+        const KxHandle<KxSipHeader> copy(static_cast<KxSipHeader*>(value->clone()));
+        EXPECT_TRUE(copy->getNext().isNil());
+        const std::string line = written(*copy);
+        copies += line;
+        lines.append(lines.empty() ? "" : " & ").append(line, 0, line.size() - 2);
+    }
+    EXPECT_EQ(copies, text);
+    return lines;
+}
+
+/** A line (its end is added), what is in its values, and what they are written as or the failure; and, for a value that
+    is laid down to be written so that it reads as another, what becomes of that. */
+struct HeaderRow {
+    std::string line;
+    std::string fields;
+    std::string lines;
+    std::string secondRound = {};
+};
+
+/** Expects that the line reads as the row says, over memory and slow streams, that all memory comes back and that what
+    was written is read and written as itself. `fields` gives the text for one value; " & " stands between them. */
+template <class H, class Fields>
+void expectRow(const HeaderRow& row, Fields fields) {
+    const Balance balance;
+    const auto read = [&](KxInputStream& in) {
+        return outcomeOf([&] {
+            const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
+            std::string all;
+            for (const KxSipHeader* value = header.get(); value != nullptr; value = value->getNext().get()) {
+                const auto* const typed = dynamic_cast<const H*>(value);
+                all.append(value == header.get() ? "" : " & ");
+                all += typed == nullptr ? className(*value) : fields(*typed);
+            }
+            return all + " -> " + linesOf(*header);
+        });
+    };
+    const bool fails = row.lines.find("Kx") == 0;
+    EXPECT_EQ(readEveryWay(row.line + "\r\n", read), (fails ? "" : row.fields + " -> ") + row.lines + "@") << row.line;
+    if (fails) {
+        return;
+    }
+    std::string again;
+    for (std::size_t begin = 0; begin != std::string::npos;) {
+        const std::size_t end = row.lines.find(" & ", begin);
+        const std::string line = row.lines.substr(begin, end == std::string::npos ? end : end - begin);
+        again.append(begin == 0 ? "" : " & ").append(outcomeOf([&] { return linesOf(*readHeader(line + "\r\n")); }));
+        begin = end == std::string::npos ? end : end + 3;
+    }
+    EXPECT_EQ(again, row.secondRound.empty() ? row.lines : row.secondRound);
+}
+
+template <class H, class Fields>
+void expectRows(Fields fields, std::initializer_list<HeaderRow> rows) {
+    for (const HeaderRow& row : rows) {
+        expectRow<H>(row, fields);
+    }
+}
+
+/** The values with "|" between them. */
+inline std::string joined(std::initializer_list<std::string_view> values) {
+    std::string all;
+    for (const std::string_view value : values) {
+        all.append(value).append("|");
+    }
+    all.pop_back();
+    return all;
+}
