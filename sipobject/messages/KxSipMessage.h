@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/LogLevel.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
 #include "sipobject/messages/KxStatus.h"

@@ -33,6 +33,13 @@ public:
 protected:
     /** For the parser, which sets the method. */
     KxSipMethodMessage() = default;
+    /** To a copy of the URI. */
+    KxSipMethodMessage(const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       const char* callId, CSeqNumber cseq, const char* contentType, const Body* body,
+                       std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName.c_str(), requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
+                       contentType, body, bodyLength) {}
     /** The empty request from which one is derived. */
     explicit KxSipMethodMessage(const KxString& method) : KxSipRequest(method) {}
 };

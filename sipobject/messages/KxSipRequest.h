@@ -6,6 +6,8 @@
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipMessage.h"
 
+class KxSipResponse;
+
 /** A SIP request: a message with a method and a Request-URI. [RFC 3261 7.1]
     Request-Line = Method SP Request-URI SP SIP-Version CRLF                  [RFC 3261 25.1]
     Only SIP/2.0 and the schemes "sip" and "tel" are taken; the headers of a SIP Request-URI become headers and body of
@@ -89,8 +91,12 @@ protected:
     void addPartiesOf(const KxSipMessage& parent);
     /** Appends a new Call-ID of the same text and a new CSeq for this method, its number `step` further. */
     void addSequenceOf(const KxSipMessage& parent, std::uint32_t step);
+    /** Goes to the SIP URL of the name-address; KxSipParseError with the text where there is none. */
+    void setTarget(const KxHandle<KxSipNameAddress>& address, const char* otherwise);
     /** Goes to the Contact of the response, where `contactCounts` and there is one, else to its To. */
     void setTargetOf(const KxSipMessage& response, bool contactCounts);
+    /** All that ACK and PRACK take from a response to an INVITE; KxSipParseError `onlyInvite` for any other response. */
+    void acknowledge(const KxHandle<KxSipResponse>& response, std::uint32_t step, const char* onlyInvite);
     /** The handle's object, or KxSipParseError with the text. */
     template <class T>
     static T& required(const KxHandle<T>& handle, const char* otherwise) {
@@ -123,6 +129,7 @@ private:
     [[noreturn]] static void sRefuse(const char* why);
     void build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact, const Content& content);
+    const KxSipURL* sipURL() const;
     void noteMissingMaxForwards() const;
     void parseRequestLine(std::string_view line);
     void checkVersion(std::string_view version);
