@@ -81,6 +81,10 @@ void KxSipRequest::setPreferredIpAddr(const char* address) {
     }
 }
 
+bool KxSipRequest::isRequest() const {
+    return true;
+}
+
 bool KxSipRequest::useLocalOutboundProxy() const {
     return false;
 }
