@@ -1,6 +1,7 @@
 // Judging a message as a whole: whether it has what every message must have, and which transaction it belongs to.
 
 #include "core/AceCleanupLogger.h"
+#include "core/FastString.h"
 #include "core/TraceScope.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
@@ -17,7 +18,7 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
 /** Text that grows by pieces with nothing between them. */
 class Key {
 public:
-    void add(std::string_view piece) { m_text->append(piece.data(), piece.size()); }
+    void add(std::string_view piece) { m_text.append(piece); }
     void add(std::uint32_t number) {
         char digits[10];
         add(std::string_view(digits, std::to_chars(std::begin(digits), std::end(digits), number).ptr));
@@ -36,12 +37,12 @@ public:
         add(url.getHost().view());
         add(url.getPort());
     }
-    KxString take() { return KxString(std::move(m_text)); }
+    KxString text() const { return KxString(KxStringBuffer::sCreate(m_text.data(), m_text.length(), kRoom)); }
 
 private:
     static constexpr std::size_t kRoom = 96;
 
-    KxHandle<KxStringBuffer> m_text = KxStringBuffer::sCreate("", 0, kRoom);
+    Oskan::FastString<2 * kRoom> m_text;
 };
 
 } // namespace
@@ -132,5 +133,5 @@ KxString KxSipMessage::createKey() const {
     if (!cseq.isNil()) {
         key.add(cseq->getSeqNumber());
     }
-    return key.take();
+    return key.text();
 }
