@@ -1,0 +1,200 @@
+#pragma once
+
+#include "core/MemAccount.h"
+#include "sipobject/messages/KxSipMessage.h"
+#include "tests/util/Streams.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxException.h"
+
+#include <cxxabi.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+/** The name of the object's class. */
+template <class T>
+std::string className(const T& object) {
+    char* const name = abi::__cxa_demangle(typeid(object).name(), nullptr, nullptr, nullptr);
+    const std::string text(name == nullptr ? "?" : name);
+    std::free(name);
+    return text;
+}
+
+/** What f returns, or the class and text of what it throws. */
+template <class F>
+std::string outcomeOf(F f) {
+    try {
+        return f();
+    } catch (const KxHandle<KxException>& failure) {
+        return className(*failure) + ": " + std::string(failure->getExceptionMessage().view());
+    } catch (const std::exception& failure) {
+        return className(failure) + ": " + failure.what();
+    }
+}
+
+/** What the object writes of itself. */
+template <class T>
+std::string written(const T& object) {
+    KxByteArrayOutputStream out(16);
+    object.serialize(out);
+    return std::string(out.view());
+}
+
+/** Line breaks, other control characters and bytes that are no ASCII as escapes. */
+inline std::string escaped(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string shown;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\r' || c == '\n') {
+            shown += c == '\r' ? "\\r" : "\\n";
+        } else if (byte < 32 || byte > 126 || c == '\\') {
+            shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+        } else {
+            shown += c;
+        }
+    }
+    return shown;
+}
+
+/** Every value of every header: the class and the line it is written as. */
+inline std::string headersOf(const KxSipMessage& message) {
+    std::string lines;
+    for (const HeaderID id : message.getHeaderOrder()) {
+        for (const KxSipHeader* value = message.getHeaderByID(id).get(); value != nullptr;
+             value = value->getNext().get()) {
+            const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
+            std::string line = written(*alone);
+            line.resize(line.size() - 2);
+            lines += className(*value) + ' ' + escaped(line) + '\n';
+        }
+    }
+    return lines;
+}
+
+/** The message for people: start line, status, headers and body, a line each. */
+inline std::string dumpOf(const KxSipMessage& message) {
+    const std::string text = written(message);
+    std::string dump = escaped(text.substr(0, text.find("\r\n"))) + "\nstatus " + std::to_string(message.getStatus()) +
+                       '\n' + headersOf(message);
+    if (message.hasBody()) {
+        const std::string_view body(message.getBody(), message.getStoredBodyLength());
+        dump += "body " + std::to_string(body.size()) + ": " + escaped(body) + '\n';
+    }
+    return dump;
+}
+
+/** What a reader made of a text, and what it left unread. */
+struct Reading {
+    std::string result;
+    std::string rest;
+
+    bool operator==(const Reading&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const Reading& reading) {
+        return out << reading.result << " before " << testing::PrintToString(reading.rest);
+    }
+};
+
+/** Runs the reader, which returns a text, over an exact-size block and over streams that deliver a few bytes at a time,
+    which must come to the same. */
+template <class Reader>
+Reading readAnyhow(std::string_view text, Reader reader) {
+    const HeapText bytes(text);
+    const auto read = [&](KxInputStream&& in) {
+        std::string result = reader(in);
+        return Reading{std::move(result), readRest(in)};
+    };
+    Reading reading = read(KxByteArrayInputStream(bytes.view()));
+    EXPECT_EQ(read(DribblingStream(bytes.view(), 1)), reading) << "a byte at a time: " << text;
+    EXPECT_EQ(read(DribblingStream(bytes.view(), 7, false)), reading) << "7 bytes at a time: " << text;
+    return reading;
+}
+
+inline KxHandle<KxSipMessage> readMessage(std::string_view text) {
+    const HeapText bytes(text);
+    KxByteArrayInputStream in(bytes.view());
+    return KxSipMessage::sConstructFrom(in);
+}
+
+/** The dump of the next message of the stream, or why there is none. */
+inline std::string readDump(KxInputStream& in) {
+    return outcomeOf([&in] { return dumpOf(*KxSipMessage::sConstructFrom(in)); });
+}
+
+/** What every message must carry, but for the length of a body; `method` is that of the CSeq. */
+inline std::string requiredHeaders(std::string_view method) {
+    return "Via: SIP/2.0/UDP 192.0.2.1;branch=z9hG4bK1\r\nFrom: <sip:a@example.com>;tag=1\r\n"
+           "To: <sip:b@example.com>\r\nCall-ID: c@192.0.2.1\r\nCSeq: 1 " +
+           std::string(method) + "\r\n";
+}
+
+inline std::string fileText(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/** The files of a folder of the source tree, by name. */
+inline std::vector<std::filesystem::path> filesOf(std::string_view folder, std::string_view extension) {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(KX_SOURCE_DIR) / folder)) {
+        if (entry.path().extension() == extension) {
+            files.push_back(entry.path());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+/** Expects that what was allocated while it stood is given back. */
+class Balance {
+public:
+    Balance() : m_before(live()) {}
+    ~Balance() { EXPECT_EQ(live(), m_before); }
+    Balance(const Balance&) = delete;
+    Balance& operator=(const Balance&) = delete;
+
+private:
+    using Live = std::map<std::string_view, std::int64_t>;
+    static Live live() {
+        Live objects;
+        for (const Oskan::MemAccountUsage& account : Oskan::MemAccounts::sList()) {
+            if (account.usage.liveObjects != 0) {
+                objects[account.name] = account.usage.liveObjects;
+            }
+        }
+        return objects;
+    }
+
+    const Live m_before;
+};
+
+/** Runs f on a thread whose stack would not hold a level a value. */
+inline void onSmallStack(std::function<void()> f) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    pthread_t thread{};
+    const auto run = [](void* work) -> void* {
+        (*static_cast<std::function<void()>*>(work))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &f), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
