@@ -63,10 +63,10 @@ inline std::string escaped(std::string_view text) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '\r' || c == '\n') {
             shown += c == '\r' ? "\\r" : "\\n";
-        } else if (byte < 32 || byte > 126 || c == '\\') {
+        } else if (byte < 32 || byte > 126) {
             shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
         } else {
-            shown += c;
+            shown.append(c == '\\' ? 2 : 1, c);
         }
     }
     return shown;
