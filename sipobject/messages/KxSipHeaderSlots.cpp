@@ -9,12 +9,18 @@ KxSipHeaderSlots::KxSipHeaderSlots() {
 void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
     m_order = other.m_order;
     for (HeaderID id = 0; id < kEnd; ++id) {
-        KxHandle<KxSipHeader>* end = &m_slots[id];
-        for (const KxSipHeader* value = other.m_slots[id].get(); value != nullptr; value = value->m_next.get()) {
-            *end = KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value->clone()));
-            end = &(*end)->m_next;
-        }
+        m_slots[id] = other.copyOf(id);
     }
+}
+
+KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
+    KxHandle<KxSipHeader> copy;
+    KxHandle<KxSipHeader>* end = &copy;
+    for (const KxSipHeader* value = m_slots[id].get(); value != nullptr; value = value->m_next.get()) {
+        *end = KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value->clone()));
+        end = &(*end)->m_next;
+    }
+    return copy;
 }
 
 void KxSipHeaderSlots::delist(HeaderID id) {

@@ -31,6 +31,9 @@ public:
         slot = std::move(header);
         return true;
     }
+    /** A deep copy of the values of a kind, chained in their order; nil when there are none. */
+    KxHandle<KxSipHeader> copyOf(HeaderID id) const;
+
     /** Puts the value into an empty slot without giving its kind a place in the order, so it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
     /** Takes out the first value of a kind; false when there is none. */

@@ -57,8 +57,6 @@ bool KxSipMessage::isValid() const {
     return m_status == KX_STATUS_VALID;
 }
 
-void KxSipMessage::checkValidity() {}
-
 void KxSipMessage::setVersion(unsigned high, unsigned low) {
     m_versionHigh = static_cast<std::uint8_t>(high);
     m_versionLow = static_cast<std::uint8_t>(low);
@@ -194,6 +192,25 @@ void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
     m_headers.add(KxHandle<KxSipHeader>(header), false);
 }
 
+void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
+    const KxHandle<KxSipHeader>& first = other.m_headers.first(id);
+    if (!first.isNil()) {
+        asynchAddHeader(KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(first->clone())), false);
+    }
+}
+
+void KxSipMessage::addCopiesOf(const KxSipMessage& other, HeaderID id) {
+    asynchAddHeader(other.m_headers.copyOf(id), false);
+}
+
+void KxSipMessage::copyConnection(const KxSipMessage& other) {
+    if (other.m_connectionTransport == KxSocketImpl::TCP || other.m_connectionTransport == KxSocketImpl::TLS) {
+        m_connectionAddress = other.m_connectionAddress;
+        m_connectionPort = other.m_connectionPort;
+        m_connectionTransport = other.m_connectionTransport;
+    }
+}
+
 bool KxSipMessage::removeHeader(std::string_view name) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeHeader");
     const KxMutexLock lock(*m_mutex);
@@ -253,6 +270,14 @@ void KxSipMessage::setBody(const void* body, const char* contentType, std::uint3
 
 void KxSipMessage::setBody(const char* body, const char* contentType) {
     setBody(body, contentType, body == nullptr ? 0 : static_cast<std::uint32_t>(std::strlen(body)));
+}
+
+void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std::uint32_t length) {
+    if (length != 0) {
+        setBody(body, contentType, length);
+    } else if (getHeaderByID(KxHeaderIDs::kContentLength).isNil()) { // else the Request-URI brought a body
+        asynchAddHeader(KxMake<KxSipContentLengthHeader>(0U), false);
+    }
 }
 
 std::uint32_t KxSipMessage::getBodyLength() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/LogLevel.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
 #include "sipobject/messages/KxStatus.h"
@@ -8,8 +9,14 @@
 #include "util/KxSocketImpl.h"
 
 #include <cstdint>
+#include <iosfwd>
 #include <vector>
 
+namespace Oskan {
+class Logger;
+}
+class KxByteArray;
+class KxException;
 class KxSipCSeqHeader;
 class KxSipCallIdHeader;
 class KxSipContactHeader;
@@ -46,7 +53,10 @@ protected:
     virtual void serializeStartLine(KxOutputStream& out) const = 0;
     /** Reads the message behind its first token; see sConstructFrom. */
     virtual void parse(const char* token, KxInputStream& in);
-    /** Whether the headers that every message must carry are there, single and consistent. */
+    /** Tests that Via, From, To, CSeq, Content-Length and Call-ID are there, all but Via once, that the CSeq names the
+        method of the request and that a body has a Content-Type. The first failure makes the status 2 and throws
+        KxException "missing Via header", "multiple To headers detected", "invalid method in CSeq header (got=...",
+        "SIP Message has body but no Content-Type header" and the like. [RFC 3261 8.1.1, 20] */
     virtual void checkValidity();
     /** Reads the rest of the start line with its line end. Throws KxSipParseError. */
     virtual void parseStartLine(KxInputStream& in) = 0;
@@ -57,7 +67,7 @@ public:
     /** Reads one message. What can be kept is kept: a header line that can't be read is dropped and the status becomes
         1; a body type that the message's own Accept does not list makes it 2. Bytes behind the body stay unread; without
         a Content-Length the rest of the stream is the body.
-        Throws KxSipParseKeepAliveException where the stream starts with white space or "/"; KxSipParseError "SIP
+        Throws what checkValidity throws, for a message of which nothing was dropped; KxSipParseKeepAliveException where the stream starts with white space or "/"; KxSipParseError "SIP
         Method Token Expected" for an empty stream, "message body is shorter than Content-Length" and the texts of the
         start-line readers. [RFC 3261 7, 18.3] */
     static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
@@ -130,6 +140,21 @@ public:
     void setConnectionTransport(KxSocketImpl::Transport transport) { m_connectionTransport = transport; }
     KxStatus getStatus() const { return m_status; }
 
+    /** The text by which a request and its responses are known to belong together, made of To URI, From URI and tag,
+        top Via, Call-ID and CSeq number; what is absent adds nothing. A To tag is no part of it.
+        Throws KxException "Unable to create transaction key for INVALID SIP Message" for status 2. */
+    KxString createKey() const;
+
+    /** Writes the message for people: a line that says which way it went, over which transport, from or to where, then
+        its text with plain line feeds, and a line feed. Null takes the port or address of the connection. `level` is
+        not looked at. */
+    void formatMessage(std::ostream& out, bool received, unsigned* port, KxInetAddress* address,
+                       Oskan::LogLevel level) const;
+    /** Logs what formatMessage writes as one event of source "KxSipMessage", line 179. Costs a test while the logger is
+        not enabled for the level: nothing is serialised then. */
+    void logMessage(Oskan::Logger& logger, bool received, unsigned* port, KxInetAddress* address,
+                    Oskan::LogLevel level) const;
+
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 
     /** Registers the message class M under its sMethodName; stands once in the class's .cpp, behind that name. M makes
@@ -152,6 +177,14 @@ protected:
     void asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first);
     /** Into the empty slot of its kind, unchecked. */
     void addHeaderByID(const KxHandle<KxSipHeader>& header);
+    /** Appends copies of the other's headers of a kind: of its first value, or of all in their order. Without locks. */
+    void addCopyOf(const KxSipMessage& other, HeaderID id);
+    void addCopiesOf(const KxSipMessage& other, HeaderID id);
+    /** setBody or, for no body, a Content-Length of 0 where there is no Content-Length yet. */
+    void setBodyOrNone(const void* body, const char* contentType, std::uint32_t length);
+    /** Takes over address, port and transport of a connection: where the other came over TCP or TLS, what answers it
+        goes back the same way. */
+    void copyConnection(const KxSipMessage& other);
     void setVersion(unsigned high, unsigned low);
     void setStatus(KxStatus status) { m_status = status; }
     KxMutex& mutex() const { return *m_mutex; }
@@ -164,6 +197,9 @@ private:
     KxHandle<KxSipHeader> findHeader(std::string_view name) const;
     HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
     void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation);
+    [[noreturn]] void invalidate(std::string_view why);
+    void checkHeader(HeaderID id, std::string_view name, bool single);
+    void checkCSeqMethod();
     bool acceptsOwnBodyType() const;
     void noteFault(const char* what, const KxString& why);
     void readBody(KxInputStream& in, std::size_t length);
@@ -187,3 +223,12 @@ private:
     KxInetAddress m_localAddress;
     std::uint32_t m_localPort = 0;
 };
+
+/** Writes the message with plain line feeds, as it would be sent otherwise: CR stays where no LF follows. */
+KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxSipMessage& message);
+/** As above; nothing for nil. */
+KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxSipMessage>& message);
+/** Writes the bytes as they are; nothing for nil. */
+KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxByteArray>& bytes);
+/** Writes the exception's own form, its message; nothing for nil. */
+KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxException>& failure);

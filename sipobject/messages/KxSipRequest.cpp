@@ -1,16 +1,23 @@
 #include "sipobject/messages/KxSipRequest.h"
 
 #include "core/AceCleanupLogger.h"
+#include "core/DynCastAssert.h"
+#include "core/GlobalConfig.h"
+#include "core/SipLoggers.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipObjectParamDefs.h"
 #include "sipobject/KxSipParseError.h"
-#include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipMaxForwardsHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxLineEnd.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -29,14 +36,48 @@ bool onlyBeginsLikeSip(std::string_view uri) {
 
 } // namespace
 
-KxSipRequest::KxSipRequest() = default;
+void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
+    const KxMutexLock lock(mutex());
+    m_URI = uri.isNil() ? nullptr : KxHandle<KxURI>(uri->clone());
+    stripBrackets();
+}
 
-KxSipRequest::KxSipRequest(const KxSipRequest& other)
-    : KxSipMessage(other), m_Method(other.m_Method), m_URI(other.m_URI) {}
+KxHandle<KxSipURL> KxSipRequest::getURL() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::getURL");
+    KxURI* const pObject = m_URI.get();
+    return KxHandle<KxSipURL>(pObject == nullptr ? nullptr : OSKAN_DYNCAST_ASSERT(KxSipURL, pObject));
+}
 
-KxSipRequest::KxSipRequest(const KxString& method) : m_Method(method), m_URI(new KxURI(nullptr)) {
-    if (method.empty()) {
-        KxException::sThrow("KxSipRequest constructor expects a Method Name");
+KxHandle<KxSipNameAddress> KxSipRequest::getNameAddress() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::getNameAddress");
+    return KxMake<KxSipNameAddress>(KxString(""), m_URI);
+}
+
+/** The Request-URI where it is a SIP URL, else null. */
+const KxSipURL* KxSipRequest::sipURL() const {
+    return !m_URI.isNil() && m_URI->isSipURL() ? static_cast<const KxSipURL*>(m_URI.get()) : nullptr;
+}
+
+const char* KxSipRequest::getRequestURIHost() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::getRequestURIHost");
+    return sipURL() == nullptr ? "" : sipURL()->getHost().c_str();
+}
+
+std::uint32_t KxSipRequest::getRequestURIPort() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::getRequestURIPort");
+    return sipURL() == nullptr ? 0 : sipURL()->getPort();
+}
+
+void KxSipRequest::insertViaHeader(const char* host, unsigned port, const char* transport) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::insertViaHeader");
+    addHeader(KxMake<KxSipViaHeader>(host, port, transport), true);
+}
+
+void KxSipRequest::setPreferredIpAddr(const char* address) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setPreferredIpAddr");
+    if (m_PreferredIpAddr.initFromAddress(address)) {
+        m_preferredIpAddrText = m_PreferredIpAddr.getHostAddress();
     }
 }
 
@@ -44,11 +85,62 @@ bool KxSipRequest::isRequest() const {
     return true;
 }
 
-void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
-    const KxMutexLock lock(mutex());
-    m_URI = uri.isNil() ? nullptr : KxHandle<KxURI>(uri->clone());
-    stripBrackets();
+bool KxSipRequest::useLocalOutboundProxy() const {
+    return false;
+}
+
+bool KxSipRequest::isValid() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::isValid");
+    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
+    return KxSipMessage::isValid() && !cseq.isNil() && cseq->getMethod() == m_Method;
+}
+
+bool KxSipRequest::tooManyHops() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::tooManyHops");
+    const auto header = KxHandleCast<KxSipMaxForwardsHeader>(getHeaderByID(KxHeaderIDs::kMaxForwards));
+    if (header.isNil()) {
+        noteMissingMaxForwards();
+        return false;
+    }
+    if (header->getMaxForwards() != 0) {
+        return false;
+    }
+    bool ignore = false;
+    if (Oskan::GlobalConfig::getInstance().getBool(Oskan::KxSipObject::kIgnoreMaxForwards, ignore) && ignore) {
+        if (s_logger.isEnabled(Oskan::LogLevel::Info)) {
+            s_logger.log(Oskan::LogLevel::Info,
+                         std::string("Got request with Max-Forwards set to 0: ignoring it since ")
+                             .append(Oskan::KxSipObject::kIgnoreMaxForwards)
+                             .append(" parameter is set"));
+        }
+        return false;
+    }
+    s_logger.log(Oskan::LogLevel::Info, "Got request with Max-Forwards set to 0");
+    return true;
+}
+
+void KxSipRequest::noteMissingMaxForwards() const {
+    const Oskan::Logger& logger = Oskan::Sip::getUAInteropMaxForwardsLogger();
+    if (logger.isEnabledFor(Oskan::LogLevel::Info)) {
+        std::ostringstream note;
+        note << "Received a SIP request with no Max-Forwards header. Set " << logger.getName()
+             << " logger to ERROR level to mute this warning. Request:\n"
+             << *this;
+        logger.log(Oskan::LogLevel::Info, note.str());
+    }
+}
+
+bool KxSipRequest::rejectedByStack(unsigned& code) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::rejectedByStack");
+    constexpr std::size_t kURILimit = 1024;
+    code = getStatus();
+    if (code == 0 && tooManyHops()) {
+        code = 483;
+    }
+    if (code == 0 && !m_URI.isNil() && m_URI->getString().length() >= kURILimit) {
+        code = 414;
+    }
+    return code != 0;
 }
 
 void KxSipRequest::parse(const char* token, KxInputStream& in) {

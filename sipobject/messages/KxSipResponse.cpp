@@ -3,14 +3,98 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxSipParseError.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipRecordRouteHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxInputStream.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipResponse"};
 constexpr std::size_t kPhraseLimit = 128;
+
+struct Phrase {
+    int code;
+    const char* text;
+};
+
+/** Sorted by code. */
+constexpr Phrase kPhrases[] = {
+    {100, "Trying"},
+    {180, "Ringing"},
+    {181, "Call Is Being Forwarded"},
+    {182, "Queued"},
+    {183, "Session Progress"},
+    {200, "Ok"},
+    {300, "Multiple Choices"},
+    {301, "Moved Permanently"},
+    {302, "Moved Temporarily"},
+    {303, "See Other"},
+    {305, "Use Proxy"},
+    {380, "Alternative Service"},
+    {400, "Bad Request"},
+    {401, "Unauthorized"},
+    {402, "Payment Required"},
+    {403, "Forbidden"},
+    {404, "Not Found"},
+    {405, "Method Not Allowed"},
+    {406, "Not Acceptable"},
+    {407, "Proxy Authentication Required"},
+    {408, "Request Timeout"},
+    {409, "Conflict"},
+    {410, "Gone"},
+    {411, "Length Required"},
+    {413, "Request Message Body Too Large"},
+    {414, "Request-URI Too Large"},
+    {415, "Unsupported Media Type"},
+    {416, "Unsupported URI Scheme"},
+    {420, "Bad Extension"},
+    {421, "Extension Required"},
+    {422, "Session Timer Too Small"},
+    {480, "Temporarily not available"},
+    {481, "Call/Transaction Does Not Exist"},
+    {482, "Loop Detected"},
+    {483, "Too Many Hops"},
+    {484, "Address Incomplete"},
+    {485, "Ambiguous"},
+    {486, "Busy Here"},
+    {487, "Transaction Cancelled"},
+    {488, "Not Acceptable Here"},
+    {491, "Request Pending"},
+    {493, "Undecipherable"},
+    {500, "Internal Server Error"},
+    {501, "Not Implemented"},
+    {502, "Bad Gateway"},
+    {503, "Service Unavailable"},
+    {504, "Gateway Timeout"},
+    {505, "SIP Version not supported"},
+    {513, "Message Too Large"},
+    {600, "Busy Everywhere"},
+    {603, "Decline"},
+    {604, "Does not exist anywhere"},
+    {606, "Not Acceptable"},
+};
+
+/** Of a class's codes that are not in the table; the first is for those of no class. */
+constexpr const char* kUnknown[] = {
+    "Unknown Response",           "Unknown 100 Class Response", "Unknown 200 Class Response",
+    "Unknown 300 Class Response", "Unknown 400 Class Response", "Unknown 500 Class Response",
+    "Unknown 600 Class Response",
+};
+
+const char* phraseOf(int code) {
+    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), code,
+                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
+    if (found != std::end(kPhrases) && found->code == code) {
+        return found->text;
+    }
+    return kUnknown[code >= 100 && code < 700 ? code / 100 : 0];
+}
 
 } // namespace
 
@@ -21,6 +105,39 @@ static const KxSipMessage::Registration<KxSipResponse> s_registration;
 KxSipResponse::KxSipResponse() = default;
 
 KxSipResponse::KxSipResponse(const KxSipResponse& other) = default;
+
+KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body,
+                             const char* contentType, std::uint32_t bodyLength)
+    : m_statusCode(statusCode) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse ctor");
+    if (statusCode < 100 || statusCode >= 700) {
+        KxSipParseError::sThrow("Invalid Response code");
+    }
+    if (request.isNil()) {
+        KxSipParseError::sThrow("Handle to request is NIL");
+    }
+    m_reasonPhrase = KxString(phraseOf(statusCode));
+    addCopiesOf(*request, KxHeaderIDs::kVia);
+    addCopyOf(*request, KxHeaderIDs::kFrom);
+    addCopyOf(*request, KxHeaderIDs::kTo);
+    addCopyOf(*request, KxHeaderIDs::kCallId);
+    addCopyOf(*request, KxHeaderIDs::kCSeq);
+    const std::string_view method(request->getMethod());
+    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
+    if (!cseq.isNil() && cseq->getMethod().empty()) {
+        cseq->setMethod(KxString(method));
+    }
+    if (method == "BYE" || method == "CANCEL") {
+        setBodyOrNone(nullptr, nullptr, 0);
+    } else {
+        setBodyOrNone(body, contentType, bodyLength);
+        if (statusCode / 100 == 2) {
+            addCopiesOf(*request, KxHeaderIDs::kRecordRoute);
+        }
+    }
+    copyConnection(*request);
+    KxSipResponse::checkValidity();
+}
 
 KxSipResponse* KxSipResponse::clone() const {
     return new KxSipResponse(*this);
@@ -34,6 +151,18 @@ void KxSipResponse::setReasonPhrase(const char* phrase) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::setReasonPhrase");
     const KxMutexLock lock(mutex());
     m_reasonPhrase = KxString(phrase == nullptr ? "" : phrase);
+}
+
+void KxSipResponse::removeViaHeader() {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::removeViaHeader");
+    while (removeHeader(KxSipViaHeader::sToken)) {
+    }
+}
+
+void KxSipResponse::removeRecordRouteHeader() {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::removeRecordRouteHeader");
+    while (removeHeader(KxSipRecordRouteHeader::sToken)) {
+    }
 }
 
 void KxSipResponse::parseStartLine(KxInputStream& in) {

@@ -1,12 +1,20 @@
 #pragma once
 
-#include "sipobject/messages/KxSipMessage.h"
+#include "sipobject/messages/KxSipRequest.h"
 
 /** A SIP response: a message with a status code and a reason phrase. [RFC 3261 7.2]
     Status-Line = SIP-Version SP Status-Code SP Reason-Phrase CRLF            [RFC 3261 25.1]
     Lenient: any version numbers and any code are taken, and kept. */
-class KX_SIP_API KxSipResponse final : public KxSipMessage {
+class KX_SIP_API KxSipResponse : public KxSipMessage {
 public:
+    /** Builds the response to a request: the standard reason phrase; copies of Via (all), From, To, Call-ID and CSeq,
+        as far as they are there; the body, copied, or a Content-Length of 0; for 2xx copies of Record-Route (all). BYE
+        and CANCEL are answered without body and Record-Route, whatever is given. No To tag is made. What came over TCP
+        or TLS is answered over its connection. [RFC 3261 8.2.6]
+        Throws KxSipParseError "Invalid Response code" outside 100 to 699, "Handle to request is NIL" and what setBody
+        throws; KxException as checkValidity for a request without the headers that a response needs. */
+    KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, const char* contentType,
+                  std::uint32_t bodyLength);
     KxSipResponse(const KxSipResponse& other);
     KxSipResponse* clone() const override;
 
@@ -16,6 +24,10 @@ public:
     KxString getReasonPhrase() const { return m_reasonPhrase; }
     /** Under the message's lock; null reads as empty. */
     void setReasonPhrase(const char* phrase);
+
+    /** Take out all headers written under the full name, letter case ignored: those that came as "v" stay. */
+    void removeViaHeader();
+    void removeRecordRouteHeader();
 
     /** The start token of a response, "SIP". */
     static const KxConstString sMethodName;

@@ -2,9 +2,10 @@
 
 #include "sipobject/messages/KxSipRequest.h"
 
-/** A request whose method has no class of its own. */
-class KX_SIP_API KxSipUnknownRequest final : public KxSipRequest {
+/** A request whose method has no class of its own. Built as KxSipRequest is, the method first. */
+class KX_SIP_API KxSipUnknownRequest : public KxSipRequest {
 public:
+    using KxSipRequest::KxSipRequest;
     KxSipUnknownRequest();
     /** Throws KxException for an empty method. */
     explicit KxSipUnknownRequest(const char* method);

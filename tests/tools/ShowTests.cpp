@@ -65,7 +65,7 @@ TEST(ShowJsonTest, TellsEachMessageOfAFile) {
          0,
          {R"({"body_bytes":3,"index":0})", response}},
         {"without Content-Length the rest is body",
-         kRequest + "\r\n" + kResponse,
+         kRequest + "Content-Type: message/sip\r\n\r\n" + kResponse,
          0,
          {R"({"unread_bytes":0,"body_bytes":)" + std::to_string(kResponse.size()) + "}"}},
         {"header dropped", kRequest + "No colon\r\n" + kNoBody, 1, {R"({"status":1,"valid":false,"error":null})"}},

@@ -3,8 +3,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <iostream>
 #include <memory>
-#include <system_error>
 
 namespace {
 
@@ -39,4 +39,8 @@ InputFile InputFile::sRead(const std::string& name) {
         fail();
     }
     return {name, readAll(file.get())};
+}
+
+void complainOfFile(const std::string& name, const std::system_error& why) {
+    std::cerr << "kxsip: cannot read " << name << ": " << why.code().message() << '\n';
 }

@@ -20,6 +20,7 @@ Json blank(const ReadMessage& read) {
         json[key] = nullptr;
     }
     json["valid"] = false;
+    json["key"] = nullptr;
     json["error"] = nullptr;
     json["headers"] = Json::array();
     json["body_bytes"] = 0;
@@ -41,6 +42,14 @@ void addStatusLine(Json& json, const KxSipResponse& response) {
     json["reason"] = response.getReasonPhrase().view();
 }
 
+Json keyOf(const KxSipMessage& message) {
+    try {
+        return message.createKey().view();
+    } catch (const KxHandle<KxException>&) {
+        return nullptr;
+    }
+}
+
 void addMessage(Json& json, const KxSipMessage& message) {
     if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
         addRequestLine(json, *request);
@@ -50,6 +59,7 @@ void addMessage(Json& json, const KxSipMessage& message) {
     json["version"] = std::to_string(message.getVersionHigh()) + "." + std::to_string(message.getVersionLow());
     json["status"] = static_cast<unsigned>(message.getStatus());
     json["valid"] = message.isValid();
+    json["key"] = keyOf(message);
     for (const HeaderValue& header : HeaderValue::sAllOf(message)) {
         json["headers"].push_back(
             {{"id", header.id}, {"name", header.name}, {"class", header.className}, {"value", header.value}});

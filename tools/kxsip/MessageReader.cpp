@@ -4,8 +4,6 @@
 #include "util/KxByteArrayInputStream.h"
 
 #include <algorithm>
-#include <iostream>
-#include <system_error>
 
 namespace {
 
@@ -72,7 +70,7 @@ Outcome forEachMessage(const std::vector<std::string>& files, const std::functio
         try {
             worst = worse(worst, takeFile(InputFile::sRead(name), take));
         } catch (const std::system_error& error) {
-            std::cerr << "kxsip: cannot read " << name << ": " << error.code().message() << '\n';
+            complainOfFile(name, error);
             worst = Outcome::Failed;
         }
     }

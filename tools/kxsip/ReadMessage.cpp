@@ -1,5 +1,10 @@
 #include "tools/kxsip/ReadMessage.h"
 
+#include "tools/kxsip/ObjectText.h"
+#include "tools/kxsip/Printable.h"
+
+#include <iostream>
+
 Outcome ReadMessage::outcome() const {
     if (isRefused()) {
         return Outcome::Refused;
@@ -8,4 +13,9 @@ Outcome ReadMessage::outcome() const {
         return Outcome::HeaderDropped;
     }
     return message->isValid() ? Outcome::Valid : Outcome::Refused;
+}
+
+void ReadMessage::complain(const KxException& why) const {
+    std::cerr << "kxsip: " << printable(file) << ", message " << index << ": " << classNameOf(why) << ": "
+              << printable(why.getExceptionMessage()) << '\n';
 }

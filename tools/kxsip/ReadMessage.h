@@ -17,4 +17,6 @@ struct ReadMessage {
 
     bool isRefused() const { return message.isNil(); }
     Outcome outcome() const;
+    /** Tells on standard error what could not be done with the message. */
+    void complain(const KxException& why) const;
 };

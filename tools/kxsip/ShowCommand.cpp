@@ -1,6 +1,7 @@
 #include "tools/kxsip/ShowCommand.h"
 
 #include "tools/kxsip/JsonView.h"
+#include "tools/kxsip/LogView.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/TextView.h"
 #include "tools/kxsip/WireView.h"
@@ -21,8 +22,8 @@ constexpr const char* kFooter = R"(Several messages in one file:
 
 JSON:
   file, index (0 for the first message of the file), kind ("request", "response" or null), method, uri, code, reason,
-  version, status (null when the message was refused), valid, error (null, or class and text of the exception),
-  headers (in written order, one object a value: id, name, class, value), body_bytes, unread_bytes (those of the file
+  version, status (null when the message was refused), valid, key (of the transaction; null where there is none),
+  error (null, or class and text of the exception), headers (in written order, one object a value: id, name, class, value), body_bytes, unread_bytes (those of the file
   behind this message). What is not UTF-8 becomes U+FFFD.
 
 Example:
@@ -32,6 +33,7 @@ struct Options {
     std::vector<std::string> files;
     bool wire = false;
     bool json = false;
+    bool log = false;
 };
 
 std::unique_ptr<MessageView> makeView(const Options& options) {
@@ -40,6 +42,9 @@ std::unique_ptr<MessageView> makeView(const Options& options) {
     }
     if (options.json) {
         return std::make_unique<JsonView>(std::cout);
+    }
+    if (options.log) {
+        return std::make_unique<LogView>(std::cout);
     }
     return std::make_unique<TextView>(std::cout);
 }
@@ -57,7 +62,12 @@ void addShowCommand(CLI::App& app, Outcome& outcome) {
     command->add_option("FILE", options->files, "Files of one or more messages; \"-\" or none is standard input")
         ->type_name("");
     CLI::Option* const wire = command->add_flag("--wire", options->wire, "Print the bytes that are written again");
-    command->add_flag("--json", options->json, "Print one JSON object a line for each message")->excludes(wire);
+    CLI::Option* const json =
+        command->add_flag("--json", options->json, "Print one JSON object a line for each message");
+    json->excludes(wire);
+    command->add_flag("--log", options->log, "Print what a host's log shows of the message")
+        ->excludes(wire)
+        ->excludes(json);
     command->footer(kFooter);
     command->callback([options, &outcome] { outcome = show(*options); });
 }

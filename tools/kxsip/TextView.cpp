@@ -3,6 +3,7 @@
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
 #include "tools/kxsip/ObjectText.h"
+#include "tools/kxsip/Printable.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -10,27 +11,6 @@
 namespace {
 
 constexpr std::size_t kWidestColumn = 32;
-
-/** C0 and DEL, and C1 as UTF-8 writes it behind 0xC2. */
-bool isControl(unsigned char before, unsigned char byte) {
-    return byte < 0x20 || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0);
-}
-
-std::string printable(std::string_view text) {
-    constexpr const char* kDigits = "0123456789ABCDEF";
-    std::string result;
-    unsigned char before = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (isControl(before, byte)) {
-            result.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
-        } else {
-            result.append(1, c);
-        }
-        before = byte;
-    }
-    return result;
-}
 
 std::size_t widthOf(const std::vector<HeaderValue>& headers, std::string HeaderValue::*column) {
     std::size_t width = 0;

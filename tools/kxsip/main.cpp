@@ -1,3 +1,6 @@
+#include "tools/kxsip/CheckCommand.h"
+#include "tools/kxsip/DeriveCommands.h"
+#include "tools/kxsip/KeyCommand.h"
 #include "tools/kxsip/ShowCommand.h"
 
 #include <CLI/CLI.hpp>
@@ -35,6 +38,9 @@ int run(int argc, char** argv) {
     app.footer(kFooter);
     app.require_subcommand(1);
     addShowCommand(app, outcome);
+    addCheckCommand(app, outcome);
+    addKeyCommand(app, outcome);
+    addDeriveCommands(app, outcome);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

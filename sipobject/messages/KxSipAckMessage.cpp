@@ -1,0 +1,23 @@
+#include "sipobject/messages/KxSipAckMessage.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipAckMessage"};
+
+} // namespace
+
+constinit const KxConstString KxSipAckMessage::sMethodName{"ACK"};
+
+static const KxSipMessage::Registration<KxSipAckMessage> s_registration;
+
+KxSipAckMessage::KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
+                                 std::uint32_t bodyLength)
+    : KxSipMethodMessage(sMethodName) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipAckMessage ctor");
+    acknowledge(response, 0, "The SIP ACK Request is only for INVITE Response");
+    setBodyOrNone(body, contentType, bodyLength);
+    copyConnection(*response);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "sipobject/messages/KxSipMethodMessage.h"
+
+/** INVITE. Asks the recipient into a session. [RFC 3261 13] */
+class KX_SIP_API KxSipInviteMessage : public KxSipMethodMessage<KxSipInviteMessage> {
+public:
+    using KxSipMethodMessage::KxSipMethodMessage;
+    /** To a copy of the URI; see KxSipRequest. */
+    KxSipInviteMessage(const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       const char* callId, std::uint32_t cseq, const char* contentType, const void* body,
+                       std::uint32_t bodyLength);
+
+    bool useLocalOutboundProxy() const override;
+    /** False in a new message. */
+    void setUseLocalOutboundProxy(bool use) { m_useLocalOutboundProxy = use; }
+
+    static const KxConstString sMethodName;
+
+private:
+    friend struct Registration<KxSipInviteMessage>;
+
+    KxSipInviteMessage() = default;
+
+    bool m_useLocalOutboundProxy = false;
+};

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "sipobject/messages/KxSipRequest.h"
+
+/** What the classes of the known methods share and none should write: copying, and the building constructors of
+    KxSipRequest with the class's method in front. A class M derives from KxSipMethodMessage<M>, inherits these
+    constructors, has a private default constructor for the parser and says
+
+        static const KxConstString sMethodName;
+
+    CSeqNumber and Body are the types that the building constructors take for those two. */
+template <class M, class CSeqNumber = std::uint32_t, class Body = void>
+class KX_SIP_API KxSipMethodMessage : public KxSipRequest {
+public:
+    KxSipMethodMessage(const char* from, const char* to, const char* contact, const char* callId, CSeqNumber cseq,
+                       const char* contentType, const Body* body, std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName.c_str(), from, to, contact, callId, static_cast<std::uint32_t>(cseq), contentType,
+                       body, bodyLength) {}
+    KxSipMethodMessage(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                       const KxHandle<KxSipContactHeader>& contact, const char* callId, CSeqNumber cseq,
+                       const char* contentType, const Body* body, std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName.c_str(), from, to, contact, callId, static_cast<std::uint32_t>(cseq), contentType,
+                       body, bodyLength) {}
+    KxSipMethodMessage(const KxHandle<KxSipNameAddress>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       const char* callId, CSeqNumber cseq, const char* contentType, const Body* body,
+                       std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName.c_str(), requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
+                       contentType, body, bodyLength) {}
+
+    KxSipRequest* clone() const override { return new M(static_cast<const M&>(*this)); }
+
+protected:
+    /** For the parser, which sets the method. */
+    KxSipMethodMessage() = default;
+    /** To a copy of the URI. */
+    KxSipMethodMessage(const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       const char* callId, CSeqNumber cseq, const char* contentType, const Body* body,
+                       std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName.c_str(), requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
+                       contentType, body, bodyLength) {}
+    /** The empty request from which one is derived. */
+    explicit KxSipMethodMessage(const KxString& method) : KxSipRequest(method) {}
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "sipobject/messages/KxSipMethodMessage.h"
+
+/** NOTIFY. Tells a subscriber of the state it subscribed to. [RFC 6665 4.1.3] */
+class KX_SIP_API KxSipNotifyMessage : public KxSipMethodMessage<KxSipNotifyMessage> {
+public:
+    using KxSipMethodMessage::KxSipMethodMessage;
+
+    static const KxConstString sMethodName;
+
+private:
+    friend struct Registration<KxSipNotifyMessage>;
+
+    KxSipNotifyMessage() = default;
+};

@@ -1,0 +1,274 @@
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipContactHeader.h"
+#include "sipobject/headers/KxSipFromHeader.h"
+#include "sipobject/headers/KxSipToHeader.h"
+#include "sipobject/messages/KxSipInfoMessage.h"
+#include "sipobject/messages/KxSipMessageMessage.h"
+#include "sipobject/messages/KxSipNotifyMessage.h"
+#include "sipobject/messages/KxSipOptionsMessage.h"
+#include "sipobject/messages/KxSipReferMessage.h"
+#include "sipobject/messages/KxSipRegisterMessage.h"
+#include "sipobject/messages/KxSipSubscribeMessage.h"
+#include "sipobject/messages/KxSipUnknownRequest.h"
+#include "tests/sipobject/support/Derivation.h"
+
+namespace {
+
+/** A part of a golden file: "## title", and what stands up to the next one. */
+struct Block {
+    std::string title;
+    std::string text;
+};
+
+std::vector<Block> blocksOf(const std::string& file) {
+    std::vector<Block> blocks;
+    for (std::size_t at = file.find("## "); at != std::string::npos;) {
+        const std::size_t title = at + 3;
+        const std::size_t text = file.find('\n', title) + 1;
+        at = file.find("\n## ", text);
+        at = at == std::string::npos ? at : at + 1;
+        blocks.push_back({file.substr(title, text - 1 - title), file.substr(text, at - text)});
+    }
+    return blocks;
+}
+
+/** A message with status 1, so that its headers are not checked. */
+KxHandle<KxSipMessage> unchecked(const std::string& startLine, const std::string& headers) {
+    const KxHandle<KxSipMessage> message = readMessage(startLine + "\r\nno colon\r\n" + headers + "\r\n");
+    EXPECT_EQ(message->getStatus(), KX_STATUS_INCOMPLETE);
+    return message;
+}
+
+/** The headers of an INVITE or of a response to one, without those whose names are given. */
+std::string headersWithout(const std::string& names) {
+    std::string lines;
+    for (const char* line :
+         {"Via: SIP/2.0/UDP 192.0.2.1;branch=z9hG4bK1", "From: <sip:a@example.com>;tag=1", "To: <sip:b@example.com>",
+          "Call-ID: c@192.0.2.1", "CSeq: 1 INVITE", "Contact: <sip:b@192.0.2.2>"}) {
+        const std::string_view name(line, std::string_view(line).find(':'));
+        if (names.find(name) == std::string::npos) {
+            lines += std::string(line) + "\r\n";
+        }
+    }
+    return lines;
+}
+
+} // namespace
+
+TEST(DerivedMessageTest, IsWrittenAsTheGoldenTextsSay) {
+    std::size_t derived = 0;
+    for (const std::filesystem::path& path : filesOf("tests/messages/derived", ".sip")) {
+        const std::vector<Block> blocks = blocksOf(fileText(path));
+        ASSERT_GE(blocks.size(), 2U) << path;
+        const KxHandle<KxSipMessage> parent = readMessage(blocks[0].text);
+        const std::string before = written(*parent);
+        for (std::size_t i = 1; i < blocks.size(); ++i, ++derived) {
+            SCOPED_TRACE(path.filename().string() + ", " + blocks[i].title);
+            std::string text = derivedText(parent, blocks[i].title);
+            EXPECT_EQ(text.starts_with("Kx") ? text + '\n' : text, blocks[i].text);
+        }
+        EXPECT_EQ(written(*parent), before) << path << ": the parent was changed";
+    }
+    EXPECT_GE(derived, 50U);
+}
+
+TEST(DerivedMessageTest, OutlivesItsParent) {
+    const Balance balance;
+    KxHandle<KxSipMessage> response = readMessage("SIP/2.0 200 OK\r\n" + headersWithout("") + "\r\n");
+    const KxHandle<KxSipMessage> bye = derive(response, "bye");
+    const std::string text = written(*bye);
+    response->getFromHeader()->setTag("another");
+    response = nullptr;
+    EXPECT_EQ(written(*bye), text);
+}
+
+TEST(DerivedMessageTest, AwkwardParentsAreRefusedWhole) {
+    const std::string invite = "INVITE sip:b@example.com SIP/2.0";
+    const std::string telInvite = "INVITE tel:+1 SIP/2.0";
+    const std::string ok = "SIP/2.0 200 OK";
+    const std::string ringing = "SIP/2.0 180 Ringing";
+    const std::string telParties = "From: <tel:+1>;tag=1\r\nTo: <tel:+2>\r\n";
+    struct Row {
+        const char* name;
+        std::string startLine;
+        std::string headers;
+        const char* refused; ///< What can't be made.
+        const char* made;    ///< What can.
+    };
+    const Row rows[] = {
+        {"nothing at all", ok, "", "ack,bye,prack", ""},
+        {"nothing at all", invite, "", "bye,cancel", ""},
+        {"no CSeq", ok, headersWithout("CSeq"), "ack,bye,prack", ""},
+        {"no CSeq", invite, headersWithout("CSeq"), "bye,cancel", ""},
+        {"no From", ok, headersWithout("From"), "ack,bye,prack", ""},
+        {"no From", invite, headersWithout("From"), "bye,cancel", ""},
+        {"no To", ok, headersWithout("To"), "ack,bye,prack", ""},
+        {"no To", invite, headersWithout("To"), "bye,cancel", ""},
+        {"no Call-ID", ok, headersWithout("Call-ID"), "ack,bye,prack", ""},
+        {"no Call-ID", invite, headersWithout("Call-ID"), "bye,cancel", ""},
+        {"no Via", ok, headersWithout("Via"), "", "ack,bye,prack"},
+        {"no Via", invite, headersWithout("Via"), "cancel", "bye"},
+        {"wildcard Contact", ok, headersWithout("Contact") + "Contact: *\r\n", "ack,bye,prack", ""},
+        {"wildcard Contact that is not asked", ringing, headersWithout("Contact") + "Contact: *\r\n", "bye",
+         "ack,prack"},
+        {"tel Contact", ok, headersWithout("Contact") + "Contact: <tel:+1>\r\n", "ack,bye,prack", ""},
+        {"tel parties", ok, headersWithout("FromToContact") + telParties, "ack,bye,prack", ""},
+        {"tel parties, sip Contact", ok, headersWithout("FromTo") + telParties, "", "ack,bye,prack"},
+        {"tel parties", invite, headersWithout("FromTo") + telParties, "bye", "cancel"},
+        {"tel Request-URI", telInvite, headersWithout(""), "", "bye,cancel"},
+    };
+    const auto each = [](const char* list, auto check) {
+        std::istringstream names(list);
+        for (std::string how; std::getline(names, how, ',');) {
+            check(how);
+        }
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.startLine + ": " + row.name);
+        const Balance balance;
+        const KxHandle<KxSipMessage> parent = unchecked(row.startLine, row.headers);
+        each(row.refused, [&](const std::string& how) {
+            const std::string text = derivedText(parent, how);
+            EXPECT_TRUE(text.starts_with("KxSipParseError: ")) << how << " gave " << text;
+            EXPECT_GT(text.size(), sizeof("KxSipParseError: ") + 8) << how << " gave " << text;
+        });
+        each(row.made, [&](const std::string& how) {
+            const std::string text = derivedText(parent, how);
+            EXPECT_TRUE(text.ends_with("Content-Length: 0\r\n\r\n")) << how << " gave " << text;
+        });
+    }
+}
+
+TEST(DerivedMessageTest, TakesTheFirstOfSeveralValues) {
+    const std::string headers = "Via: SIP/2.0/UDP 192.0.2.1\r\nFrom: <sip:a@h>, <sip:a2@h>\r\nTo: <sip:b@h>\r\n"
+                                "To: <sip:b2@h>\r\nCall-ID: c\r\nCall-ID: c2\r\nCSeq: 1 INVITE\r\nCSeq: 2 INVITE\r\n";
+    EXPECT_EQ(derivedText(unchecked("SIP/2.0 486 Busy", headers), "ack"),
+              "ACK sip:b@h SIP/2.0\r\nFrom: <sip:a@h>\r\nTo: <sip:b@h>\r\nCall-ID: c\r\nCSeq: 1 ACK\r\n"
+              "Content-Length: 0\r\n\r\n");
+}
+
+TEST(DerivedMessageTest, NilParentsAreRefused) {
+    const Balance balance;
+    for (const char* how : {"response 200", "ack", "bye", "cancel", "prack"}) {
+        const auto text = outcomeOf([how] {
+            const KxHandle<KxSipMessage> nil;
+            return std::string(how) == "bye" ? written(*KxMake<KxSipByeMessage>(KxHandle<KxSipResponse>()))
+                                             : derivedText(nil, how);
+        });
+        EXPECT_TRUE(text.starts_with("KxSipParseError: ")) << how << " gave " << text;
+    }
+    EXPECT_THROW(KxMake<KxSipByeMessage>(KxHandle<KxSipInviteMessage>()), KxHandle<KxSipParseError>);
+}
+
+TEST(DerivedMessageTest, OnlyAckGoesBackOverTheConnection) {
+    const KxHandle<KxSipMessage> response = readMessage("SIP/2.0 200 OK\r\n" + headersWithout("") + "\r\n");
+    KxInetAddress address;
+    ASSERT_TRUE(address.initFromAddress("192.0.2.77"));
+    response->setConnectionAddress(address);
+    response->setConnectionPort(5099);
+    for (int transport = 0; transport <= KxSocketImpl::WSS; ++transport) {
+        response->setConnectionTransport(static_cast<KxSocketImpl::Transport>(transport));
+        for (const char* how : {"ack", "bye", "prack"}) {
+            SCOPED_TRACE(std::string(how) + " over transport " + std::to_string(transport));
+            const bool kept = std::string(how) == "ack" && (transport == 1 || transport == 2);
+            const KxHandle<KxSipMessage> made = derive(response, how);
+            EXPECT_EQ(made->getConnectionAddress(), kept ? address : KxInetAddress());
+            EXPECT_EQ(made->getConnectionPort(), kept ? 5099U : 0U);
+            EXPECT_EQ(made->getConnectionTransport(), kept ? transport : 0);
+        }
+    }
+}
+
+// ---- the classes ----
+
+TEST(MethodClassTest, StartTokensMakeTheirClassAndCopiesKeepIt) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"ACK", "KxSipAckMessage"},
+        {"BYE", "KxSipByeMessage"},
+        {"CANCEL", "KxSipCancelMessage"},
+        {"INFO", "KxSipInfoMessage"},
+        {"INVITE", "KxSipInviteMessage"},
+        {"MESSAGE", "KxSipMessageMessage"},
+        {"NOTIFY", "KxSipNotifyMessage"},
+        {"OPTIONS", "KxSipOptionsMessage"},
+        {"PRACK", "KxSipPrackMessage"},
+        {"REFER", "KxSipReferMessage"},
+        {"REGISTER", "KxSipRegisterMessage"},
+        {"SUBSCRIBE", "KxSipSubscribeMessage"},
+        {"SIP", "KxSipResponse"},
+        {"UPDATE", "KxSipUnknownRequest"},
+        {"invite", "KxSipUnknownRequest"},
+        {"INVITES", "KxSipUnknownRequest"},
+    };
+    for (const auto& [token, expected] : rows) {
+        SCOPED_TRACE(token);
+        const std::string text = std::string(token) +
+                                 (std::string(token) == "SIP" ? "/2.0 200 OK" : " sip:b@h SIP/2.0") + "\r\n" +
+                                 requiredHeaders(token) + "Content-Type: a/b\r\nContent-Length: 1\r\n\r\nx";
+        const KxHandle<KxSipMessage> message = readMessage(text);
+        EXPECT_EQ(className(*message), expected);
+        EXPECT_EQ(written(*message), text);
+        const KxHandle<KxObject> copy(message->clone());
+        EXPECT_EQ(className(*copy), expected);
+        EXPECT_EQ(written(static_cast<const KxSipMessage&>(*copy)), text);
+    }
+}
+
+template <class M>
+struct BuiltMessageTest : testing::Test {};
+
+using BuiltClasses =
+    testing::Types<KxSipInviteMessage, KxSipAckMessage, KxSipByeMessage, KxSipCancelMessage, KxSipPrackMessage,
+                   KxSipInfoMessage, KxSipMessageMessage, KxSipNotifyMessage, KxSipOptionsMessage, KxSipReferMessage,
+                   KxSipRegisterMessage, KxSipSubscribeMessage>;
+TYPED_TEST_SUITE(BuiltMessageTest, BuiltClasses);
+
+TYPED_TEST(BuiltMessageTest, EveryFormGivesTheMethodItsHeadersInOrder) {
+    const KxString name(TypeParam::sMethodName);
+    const std::string method(name.view());
+    const std::string headers = " SIP/2.0\r\nFrom: <sip:a@h>;tag=1\r\nTo: B <sip:b@h>\r\nContact: <sip:a@c>\r\n"
+                                "Call-ID: x\r\nCSeq: 9 " +
+                                method + "\r\nContent-Length: 2\r\nContent-Type: t/p\r\n\r\nhi";
+    const auto from = KxMake<KxSipFromHeader>("<sip:a@h>;tag=1");
+    const auto to = KxMake<KxSipToHeader>("B <sip:b@h>");
+    const auto contact = KxMake<KxSipContactHeader>("<sip:a@c>");
+    const auto target = KxMake<KxSipNameAddress>("X <sip:target;lr>");
+
+    const KxHandle<TypeParam> text(
+        new TypeParam("<sip:a@h>;tag=1", "B <sip:b@h>", "<sip:a@c>", "x", 9, "t/p", "hi", 2));
+    EXPECT_EQ(written(*text), method + " sip:b@h" + headers);
+    EXPECT_EQ(text->getStatus(), KX_STATUS_VALID);
+    EXPECT_TRUE(text->isValid());
+
+    const KxHandle<TypeParam> handles(new TypeParam(from, to, contact, "x", 9, "t/p", "hi", 2));
+    EXPECT_EQ(written(*handles), method + " sip:b@h" + headers);
+
+    const auto other = [](const auto& header) {
+        return KxHandle(new std::remove_reference_t<decltype(*header)>(*header));
+    };
+    const KxHandle<TypeParam> targeted(
+        new TypeParam(target, other(from), other(to), other(contact), "x", 9, "t/p", "hi", 2));
+    EXPECT_EQ(written(*targeted), method + " sip:target;lr" + headers);
+    const KxHandle<KxSipMessage> copy(targeted->clone());
+    EXPECT_EQ(className(*copy), className(*text));
+    EXPECT_EQ(written(*copy), written(*targeted));
+}
+
+TEST(InviteMessageTest, CopiesKeepItsOutboundProxyFlag) {
+    const auto invite = KxMake<KxSipInviteMessage>("<sip:a@h>", "<sip:b@h>", nullptr, "x", 1U, nullptr, nullptr, 0U);
+    const KxSipRequest& request = *invite;
+    EXPECT_FALSE(request.useLocalOutboundProxy());
+    invite->setUseLocalOutboundProxy(true);
+    EXPECT_TRUE(request.useLocalOutboundProxy());
+    const KxHandle<KxSipRequest> copy(invite->clone());
+    EXPECT_TRUE(copy->useLocalOutboundProxy());
+}
+
+TEST(InviteMessageTest, TakesARequestURI) {
+    const KxHandle<KxURI> uri(new KxSipURL("sip:b@h?Subject=hi"));
+    const auto invite =
+        KxMake<KxSipInviteMessage>(uri, KxMake<KxSipFromHeader>("<sip:a@h>"), KxMake<KxSipToHeader>("<sip:b@h>"),
+                                   KxHandle<KxSipContactHeader>(), "x", 1U, nullptr, nullptr, 0U);
+    EXPECT_EQ(written(*invite), "INVITE sip:b@h SIP/2.0\r\nFrom: <sip:a@h>\r\nTo: <sip:b@h>\r\nSubject: hi\r\n"
+                                "Call-ID: x\r\nCSeq: 1 INVITE\r\nContent-Length: 0\r\n\r\n");
+}

@@ -1,0 +1,171 @@
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/messages/KxSipOptionsMessage.h"
+#include "tests/sipobject/support/Derivation.h"
+
+#include <map>
+
+namespace {
+
+KxHandle<KxSipMessage> options(const std::string& headers) {
+    return readMessage("OPTIONS sip:b@example.com SIP/2.0\r\n" + headers + "\r\n");
+}
+
+std::string startLineOf(const KxSipMessage& message) {
+    const std::string text = written(message);
+    return text.substr(0, text.find("\r\n"));
+}
+
+} // namespace
+
+TEST(ResponseTest, KnownCodesHaveTheirPhraseAndTheOthersTheirClass) {
+    const std::map<int, std::string> phrases = {
+        {100, "Trying"},
+        {180, "Ringing"},
+        {181, "Call Is Being Forwarded"},
+        {182, "Queued"},
+        {183, "Session Progress"},
+        {200, "Ok"},
+        {300, "Multiple Choices"},
+        {301, "Moved Permanently"},
+        {302, "Moved Temporarily"},
+        {303, "See Other"},
+        {305, "Use Proxy"},
+        {380, "Alternative Service"},
+        {400, "Bad Request"},
+        {401, "Unauthorized"},
+        {402, "Payment Required"},
+        {403, "Forbidden"},
+        {404, "Not Found"},
+        {405, "Method Not Allowed"},
+        {406, "Not Acceptable"},
+        {407, "Proxy Authentication Required"},
+        {408, "Request Timeout"},
+        {409, "Conflict"},
+        {410, "Gone"},
+        {411, "Length Required"},
+        {413, "Request Message Body Too Large"},
+        {414, "Request-URI Too Large"},
+        {415, "Unsupported Media Type"},
+        {416, "Unsupported URI Scheme"},
+        {420, "Bad Extension"},
+        {421, "Extension Required"},
+        {422, "Session Timer Too Small"},
+        {480, "Temporarily not available"},
+        {481, "Call/Transaction Does Not Exist"},
+        {482, "Loop Detected"},
+        {483, "Too Many Hops"},
+        {484, "Address Incomplete"},
+        {485, "Ambiguous"},
+        {486, "Busy Here"},
+        {487, "Transaction Cancelled"},
+        {488, "Not Acceptable Here"},
+        {491, "Request Pending"},
+        {493, "Undecipherable"},
+        {500, "Internal Server Error"},
+        {501, "Not Implemented"},
+        {502, "Bad Gateway"},
+        {503, "Service Unavailable"},
+        {504, "Gateway Timeout"},
+        {505, "SIP Version not supported"},
+        {513, "Message Too Large"},
+        {600, "Busy Everywhere"},
+        {603, "Decline"},
+        {604, "Does not exist anywhere"},
+        {606, "Not Acceptable"},
+    };
+    const KxHandle<KxSipMessage> request = options(requiredHeaders("OPTIONS"));
+    for (int code = 100; code < 700; ++code) {
+        const auto phrase = phrases.find(code);
+        const std::string expected =
+            phrase != phrases.end() ? phrase->second : "Unknown " + std::to_string(code / 100) + "00 Class Response";
+        EXPECT_EQ(startLineOf(*derive(request, "response " + std::to_string(code))),
+                  "SIP/2.0 " + std::to_string(code) + " " + expected);
+    }
+}
+
+TEST(ResponseTest, RefusesWhatMakesNoResponse) {
+    const auto request = as<KxSipRequest>(options(requiredHeaders("OPTIONS")));
+    const auto bye = as<KxSipRequest>(readMessage("BYE sip:b SIP/2.0\r\n" + requiredHeaders("BYE") + "\r\n"));
+    const KxHandle<KxSipRequest> nil;
+    struct Row {
+        int code;
+        const KxHandle<KxSipRequest>& request;
+        const char* body;
+        const char* type;
+        const char* outcome;
+    };
+    const Row rows[] = {
+        {99, nil, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
+        {700, request, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
+        {-200, request, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
+        {100, nil, nullptr, nullptr, "KxSipParseError: Handle to request is NIL"},
+        {200, request, nullptr, "a/b", "KxSipParseError: Can't build SIP request with NULL body pointer"},
+        {200, request, "x", nullptr, "KxSipParseError: Can't build SIP request(with body) with no content-type"},
+        {200, bye, nullptr, nullptr, "SIP/2.0 200 Ok"},
+    };
+    for (const Row& row : rows) {
+        const Balance balance;
+        EXPECT_EQ(outcomeOf([&row] {
+                      return startLineOf(*KxMake<KxSipResponse>(row.code, row.request, row.body, row.type, 1U));
+                  }),
+                  row.outcome);
+    }
+}
+
+TEST(ResponseTest, WhatTheRequestLacksIsToldByTheCheck) {
+    const std::string lines[] = {"Via: SIP/2.0/UDP 192.0.2.1\r\n", "From: <sip:a>\r\n", "To: <sip:b>, <sip:b2>\r\n",
+                                 "CSeq: 1 OPTIONS\r\nCSeq: 2 OPTIONS\r\n", "Call-ID: c\r\nCall-ID: d\r\n"};
+    const char* const outcomes[] = {"missing Via header", "missing From header", "missing To header",
+                                    "missing CSeq header", "missing Call-ID header"};
+    for (std::size_t missing = 0; missing <= std::size(lines); ++missing) {
+        const Balance balance;
+        std::string headers = "no colon\r\n";
+        for (std::size_t i = 0; i < std::size(lines); ++i) {
+            headers += i == missing ? "" : lines[i];
+        }
+        const std::string outcome = derivedText(options(headers), "response 200");
+        if (missing < std::size(lines)) {
+            EXPECT_EQ(outcome, std::string("KxException: ") + outcomes[missing]);
+        } else { // of several values the first is answered
+            EXPECT_EQ(outcome, "SIP/2.0 200 Ok\r\nVia: SIP/2.0/UDP 192.0.2.1\r\nFrom: <sip:a>\r\nTo: <sip:b>\r\n"
+                               "Call-ID: c\r\nCSeq: 1 OPTIONS\r\nContent-Length: 0\r\n\r\n");
+        }
+    }
+}
+
+TEST(ResponseTest, AnEmptyCSeqMethodBecomesTheRequests) {
+    const auto request = as<KxSipRequest>(options("no colon\r\nVia: SIP/2.0/UDP h\r\nFrom: <sip:a>\r\nTo: <sip:b>\r\n"
+                                                  "Call-ID: c\r\n"));
+    const auto cseq = KxMake<KxSipCSeqHeader>(5U, KxString(""));
+    request->addHeader(cseq, false);
+    EXPECT_EQ(derive(request, "response 404")->getCSeqHeader()->getMethod(), "OPTIONS");
+    EXPECT_EQ(cseq->getMethod(), "");
+}
+
+TEST(ResponseTest, GoesBackOverTheConnectionOfTcpAndTls) {
+    const KxHandle<KxSipMessage> request = options(requiredHeaders("OPTIONS"));
+    KxInetAddress address;
+    ASSERT_TRUE(address.initFromAddress("192.0.2.77"));
+    request->setConnectionAddress(address);
+    request->setConnectionPort(5099);
+    for (int transport = 0; transport <= KxSocketImpl::WSS; ++transport) {
+        SCOPED_TRACE(transport);
+        request->setConnectionTransport(static_cast<KxSocketImpl::Transport>(transport));
+        const bool kept = transport == 1 || transport == 2;
+        const KxHandle<KxSipMessage> response = derive(request, "response 200");
+        EXPECT_EQ(response->getConnectionAddress(), kept ? address : KxInetAddress());
+        EXPECT_EQ(response->getConnectionPort(), kept ? 5099U : 0U);
+        EXPECT_EQ(response->getConnectionTransport(), kept ? transport : 0);
+    }
+}
+
+TEST(ResponseTest, DropsAllViasAndRecordRoutes) {
+    const auto response = as<KxSipResponse>(
+        readMessage("SIP/2.0 200 OK\r\n" + requiredHeaders("OPTIONS") +
+                    "VIA: SIP/2.0/UDP h1, SIP/2.0/UDP h2\r\nRecord-Route: <sip:r1>, <sip:r2>\r\nX: y\r\n\r\n"));
+    response->removeViaHeader();
+    response->removeRecordRouteHeader();
+    response->removeViaHeader();
+    EXPECT_EQ(written(*response), "SIP/2.0 200 OK\r\nFrom: <sip:a@example.com>;tag=1\r\nTo: <sip:b@example.com>\r\n"
+                                  "Call-ID: c@192.0.2.1\r\nCSeq: 1 OPTIONS\r\nX: y\r\nContent-Length: 0\r\n\r\n");
+}

@@ -1,0 +1,147 @@
+#include "tools/kxsip/DeriveCommands.h"
+
+#include "sipobject/messages/KxSipAckMessage.h"
+#include "sipobject/messages/KxSipByeMessage.h"
+#include "sipobject/messages/KxSipCancelMessage.h"
+#include "sipobject/messages/KxSipInviteMessage.h"
+#include "sipobject/messages/KxSipPrackMessage.h"
+#include "sipobject/messages/KxSipResponse.h"
+#include "tools/kxsip/MessageReader.h"
+#include "tools/kxsip/ObjectText.h"
+#include "tools/kxsip/Printable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <memory>
+#include <system_error>
+
+namespace {
+
+constexpr const char* kFooter =
+    R"(Nothing is printed where the message can't be made; standard error says why, and the exit code is 2.
+
+Examples:
+  kxsip response 486 samples/invite.sip
+  kxsip ack --number 3 samples/call.sip)";
+
+using Message = KxHandle<KxSipMessage>;
+
+struct Options {
+    std::string file = "-";
+    std::size_t number = 0;
+    int code = 0; ///< Of a response.
+};
+
+/** A way to make a message from another. */
+struct Derivation {
+    const char* name;
+    const char* description;
+    /** Throws a KxException where it can't be done. */
+    Message (*make)(const Message& parent, const Options& options);
+};
+
+/** The message as one of class M; throws where it is none. */
+template <class M>
+KxHandle<M> as(const Message& message, const char* expected) {
+    M* const typed = dynamic_cast<M*>(message.get());
+    if (typed == nullptr) {
+        KxException::sThrow(expected);
+    }
+    return KxHandle<M>(typed);
+}
+
+Message responseTo(const Message& parent, const Options& options) {
+    const auto request = as<KxSipRequest>(parent, "A response is made from a request");
+    return KxMake<KxSipResponse>(options.code, request, nullptr, nullptr, 0U);
+}
+
+Message ackOf(const Message& parent, const Options&) {
+    const auto response = as<KxSipResponse>(parent, "An ACK is made from a response");
+    return KxMake<KxSipAckMessage>(response, nullptr, nullptr, 0U);
+}
+
+Message byeOf(const Message& parent, const Options&) {
+    if (parent->isResponse()) {
+        return KxMake<KxSipByeMessage>(as<KxSipResponse>(parent, ""));
+    }
+    return KxMake<KxSipByeMessage>(as<KxSipInviteMessage>(parent, "A BYE is made from an INVITE or a response"));
+}
+
+Message cancelOf(const Message& parent, const Options&) {
+    return KxMake<KxSipCancelMessage>(as<KxSipRequest>(parent, "A CANCEL is made from a request"));
+}
+
+Message prackOf(const Message& parent, const Options&) {
+    const auto response = as<KxSipResponse>(parent, "A PRACK is made from a response");
+    return KxMake<KxSipPrackMessage>(response, nullptr, nullptr, 0U);
+}
+
+constexpr Derivation kResponse = {"response", "Print the response to a request", responseTo};
+constexpr Derivation kOthers[] = {
+    {"ack", "Print the ACK for a final response to an INVITE", ackOf},
+    {"bye", "Print the BYE that ends the call of an INVITE that was received, or of a response", byeOf},
+    {"cancel", "Print the CANCEL of a request", cancelOf},
+    {"prack", "Print the PRACK for a provisional response to an INVITE, without its RAck", prackOf},
+};
+
+/** The message of that number; nothing where there are not so many. */
+std::optional<ReadMessage> readNumber(const InputFile& file, std::size_t number) {
+    MessageReader reader(file);
+    std::optional<ReadMessage> read = reader.next();
+    while (read && read->index < number) {
+        read = reader.next();
+    }
+    return read;
+}
+
+Outcome derive(const ReadMessage& parent, const Derivation& derivation, const Options& options) {
+    if (parent.isRefused()) {
+        parent.complain(*parent.error);
+        return Outcome::Refused;
+    }
+    try {
+        std::cout << serialized(*derivation.make(parent.message, options));
+        return parent.outcome();
+    } catch (const KxHandle<KxException>& why) {
+        parent.complain(*why);
+        return Outcome::Refused;
+    }
+}
+
+Outcome run(const Derivation& derivation, const Options& options) {
+    try {
+        const InputFile file = InputFile::sRead(options.file);
+        if (const std::optional<ReadMessage> parent = readNumber(file, options.number)) {
+            return derive(*parent, derivation, options);
+        }
+        std::cerr << "kxsip: " << printable(options.file) << " has no message " << options.number << '\n';
+    } catch (const std::system_error& error) {
+        complainOfFile(options.file, error);
+    }
+    return Outcome::Failed;
+}
+
+void addCommand(CLI::App& app, const Derivation& derivation, Outcome& outcome) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command = app.add_subcommand(derivation.name, derivation.description);
+    if (&derivation == &kResponse) {
+        command->add_option("CODE", options->code, "Status code, 100 to 699")->type_name("")->required();
+    }
+    command->add_option("FILE", options->file, "File of one or more messages; \"-\" or none is standard input")
+        ->type_name("");
+    command->add_option("--number", options->number, "Which message of the file, 0 for the first")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+    command->footer(kFooter);
+    command->callback([&derivation, options, &outcome] { outcome = run(derivation, *options); });
+}
+
+} // namespace
+
+void addDeriveCommands(CLI::App& app, Outcome& outcome) {
+    addCommand(app, kResponse, outcome);
+    for (const Derivation& derivation : kOthers) {
+        addCommand(app, derivation, outcome);
+    }
+}
