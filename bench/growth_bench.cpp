@@ -10,8 +10,10 @@ namespace {
 
 using Make = std::string (*)(std::int64_t);
 
-std::string request(const std::string& lines) {
-    return "OPTIONS sip:b@example.net SIP/2.0\r\n" + lines + "Content-Length: 0\r\n\r\n";
+std::string request(const std::string& lines, const char* from = "From: <sip:a@example.com>;tag=1\r\n") {
+    return "OPTIONS sip:b@example.net SIP/2.0\r\nVia: SIP/2.0/UDP h.example.com;branch=z9hG4bK1\r\n" +
+           std::string(from) + "To: <sip:b@example.net>\r\nCall-ID: growth@example.com\r\nCSeq: 1 OPTIONS\r\n" + lines +
+           "Content-Length: 0\r\n\r\n";
 }
 
 std::string repeated(std::int64_t count, const char* first, const char* item, const char* last) {
@@ -35,7 +37,7 @@ std::string values(std::int64_t n) {
     return request(repeated(n, "Contact: <sip:a>", ", sip:user@host-", "\r\n"));
 }
 std::string parameters(std::int64_t n) {
-    return request(repeated(n, "From: <sip:a@example.com>;tag=1", ";p", "\r\n"));
+    return request(repeated(n, "From: <sip:a@example.com>;tag=1", ";p", "\r\n"), "");
 }
 
 void grow(benchmark::State& state, Make make) {

@@ -54,4 +54,3 @@ const bool s_registered = [] {
 }();
 
 } // namespace
-

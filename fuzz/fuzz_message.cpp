@@ -78,7 +78,8 @@ public:
         }
         m_text.append("\r\n");
         if (message.hasBody()) {
-            m_text.append(message.getBody(), std::min<std::size_t>(message.getBodyLength(), message.getStoredBodyLength()));
+            m_text.append(message.getBody(),
+                          std::min<std::size_t>(message.getBodyLength(), message.getStoredBodyLength()));
         }
     }
     const std::string& text() const { return m_text; }

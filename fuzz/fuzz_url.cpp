@@ -61,9 +61,9 @@ bool hasAnyOf(std::string_view text, std::string_view characters) {
 /** A quote left open in a value that took an earlier value's place takes in the parameters behind it now. */
 bool hasOddQuotes(const KxParameters& list) {
     return list.size() > 1 && std::any_of(list.begin(), list.end(), [](const KxParameters::Pair& pair) {
-        const std::string text = std::string(pair.name.view()) + '=' + std::string(pair.value.view());
-        return std::count(text.begin(), text.end(), '"') % 2 != 0 || hasAnyOf(text, "\\");
-    });
+               const std::string text = std::string(pair.name.view()) + '=' + std::string(pair.value.view());
+               return std::count(text.begin(), text.end(), '"') % 2 != 0 || hasAnyOf(text, "\\");
+           });
 }
 
 bool changes(const KxSipURL& url) {

@@ -201,10 +201,9 @@ TEST(SipURLTest, SaysWhatItReads) {
     LogCapture capture(logger);
     logger.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
     const KxSipURL url("<sip:h;a=1;b?x=1;y=2>");
-    EXPECT_THAT(capture.texts(),
-                ElementsAre("KxSipURL::parse(rInputStream) Found '<' setting Abracket to true",
-                            "Parsed SipURL parameters (1): a=1;b", "SipURL headers now (2): x=1",
-                            "SipURL headers now (3): x=1;y=2"));
+    EXPECT_THAT(capture.texts(), ElementsAre("KxSipURL::parse(rInputStream) Found '<' setting Abracket to true",
+                                             "Parsed SipURL parameters (1): a=1;b", "SipURL headers now (2): x=1",
+                                             "SipURL headers now (3): x=1;y=2"));
 }
 
 TEST(SipURLTest, Compares) {

@@ -89,18 +89,15 @@ TEST(HeaderLineTest, NamesAreWrittenAsTheyStood) {
     });
 }
 
-TEST(HeaderLineTest, NamesAreLookedUpAsTheyStandInMemory) {
-    for (const char* line : {"V\r\n ia: x\r\n", "Vi\ra: x\r\n", "\rVia: x\r\n"}) {
-        EXPECT_EQ(className(*readHeader(line)) + " " + linesOf(*readHeader(line)), "KxSipUnknownHeader Via: x")
-            << escaped(line);
+TEST(HeaderLineTest, NamesAreLookedUpAsTheyStandButForBlanks) {
+    const auto read = [](KxInputStream& in) {
+        const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
+        return className(*header) + " " + linesOf(*header);
+    };
+    for (const char* line : {"V\r\n ia: x\r\n", "Vi\ra: x\r\n", "\rVia: x\r\n", "Via\v: x\r\n", "\fVia: x\n"}) {
+        EXPECT_EQ(readEveryWay(line, read), "KxSipUnknownHeader Via: x@") << escaped(line);
     }
-}
-
-TEST(HeaderLineTest, NamesAreLookedUpAlikeFromEveryStream) {
-    expectLines({{"V\r\n ia: x\r\n", "Via: x", ""},
-                 {"Vi\ra: x\r\n", "Via: x", ""},
-                 {"Via\v: x\r\n", "Via: x", ""},
-                 {"\fVia: x\r\n", "Via: x", ""}});
+    EXPECT_EQ(readEveryWay("\t aLLow \t\r\n : x\r\n", read), "KxSipAllowHeader aLLow: x@");
 }
 
 TEST(HeaderLineTest, Faults) {
@@ -168,7 +165,7 @@ TEST(HeaderLineTest, LongListsCostWhatTheirLengthCosts) {
         list += ";p" + std::to_string(i);
     }
     for (const std::string& line : {"Contact: <sip:a>" + list, "Contact: <sip:a" + list + ">",
-                                   "Via: SIP/2.0/UDP h" + list, "Content-Type: a/b" + list}) {
+                                    "Via: SIP/2.0/UDP h" + list, "Content-Type: a/b" + list}) {
         EXPECT_EQ(linesOf(*readHeader(line + list + ";\r\n")).substr(0, line.size()), line) << line.substr(0, 20);
     }
 }

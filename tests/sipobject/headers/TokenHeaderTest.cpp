@@ -46,12 +46,12 @@ TEST(TokenHeaderTest, TokensEndAtSeparatorsAndMustNotBeEmpty) {
                                                    {"Allow-Events: a,\"b\"", "", kNoEvent},
                                                });
     constexpr const char* kNoCoding = "KxSipParseError: Invalid Content-Encoding header";
-    expectRows<KxSipContentEncodingHeader>(
-        kToken, {
-                    {"e: gzip, br\f", "gzip & br\f", "e: gzip & Content-Encoding: br\f"},
-                    {"Content-Encoding: =gzip", "", kNoCoding},
-                    {"e: gzip, {}", "", kNoCoding},
-                });
+    expectRows<KxSipContentEncodingHeader>(kToken,
+                                           {
+                                               {"e: gzip, br\f", "gzip & br\f", "e: gzip & Content-Encoding: br\f"},
+                                               {"Content-Encoding: =gzip", "", kNoCoding},
+                                               {"e: gzip, {}", "", kNoCoding},
+                                           });
 }
 
 TEST(TokenHeaderTest, OptionTagsEndAtBlanksAndCommasAndMayBeEmpty) {

@@ -196,10 +196,10 @@ TEST(MessageContainerTest, SetBody) {
     EXPECT_EQ(set("abc", nullptr, 3), kNoType + "|Require: a|Content-Length: 3|");
     EXPECT_EQ(set("abcd", "text/plain", 3), "|Require: a|Content-Length: 3|Content-Type: text/plain|abc");
     EXPECT_EQ(message->getBody()[3], '\0');
-    EXPECT_EQ(set("a\0c", "text/html;level=1", 3), std::string("|Require: a|Content-Length: 3|Content-Type: ") +
-                                                       std::string("text/html;level=1|a\0c", 21));
+    EXPECT_EQ(set("a\0c", "text/html;level=1", 3),
+              std::string("|Require: a|Content-Length: 3|Content-Type: ") + std::string("text/html;level=1|a\0c", 21));
     EXPECT_EQ(set(nullptr, nullptr, 0).substr(0, 30), "|Require: a|Content-Length: 0|"); // the old body stays,
-    EXPECT_EQ(message->getStoredBodyLength(), 3U);                                      // unwritten
+    EXPECT_EQ(message->getStoredBodyLength(), 3U);                                       // unwritten
     message->getContentLengthHeader()->setContentLength(100);
     EXPECT_EQ(written(*message).substr(written(*message).size() - 4), std::string("\na\0c", 4)); // no byte too far
     message->getContentLengthHeader()->setContentLength(2);

@@ -146,8 +146,8 @@ TEST(MessageParseTest, Refuses) {
         {request("Content-Length: 10\r\n\r\nfour"), kShort, "four"},
         {request("Content-Length: 1\r\n\r\n"), kShort, ""},
         {request("Content-Length: 2\r\nContent-Length: 1\r\n\r\nx"), kShort, "x"},
-        {"OPTIONS/sip:h SIP/2.0\r\n\r\n",
-         "KxSipParseError: Unsupported Uri Scheme", "\r\n"}, // the token ends at a slash too
+        {"OPTIONS/sip:h SIP/2.0\r\n\r\n", "KxSipParseError: Unsupported Uri Scheme",
+         "\r\n"}, // the token ends at a slash too
     };
     for (const auto& row : rows) {
         const Balance balance;
@@ -179,7 +179,8 @@ TEST(MessageParseTest, BodiesEndWhereContentLengthSays) {
                 reading.result.erase(at, std::string_view(name).size());
             }
         }
-        EXPECT_EQ(reading, (Reading{"MESSAGE sip:h SIP/2.0\nstatus 1\n" + std::string(row.dump), row.rest})) << row.text;
+        EXPECT_EQ(reading, (Reading{"MESSAGE sip:h SIP/2.0\nstatus 1\n" + std::string(row.dump), row.rest}))
+            << row.text;
     }
 }
 
@@ -213,8 +214,9 @@ TEST(MessageParseTest, NotesWhatItDropsAndRefuses) {
         return capture.texts();
     };
     const std::string kCaught = "Caught KxException from KxSipHeader::sConstructFrom(): ";
-    EXPECT_THAT(said("\r\n"),
-                ElementsAre("KxSipMessage::sConstructFrom : datagram starting with whitespace: treating as keep-alive "));
+    EXPECT_THAT(
+        said("\r\n"),
+        ElementsAre("KxSipMessage::sConstructFrom : datagram starting with whitespace: treating as keep-alive "));
     EXPECT_THAT(said(request("no colon\r\n:\r\nX-A:\r\nCSeq: 1\r\nContent-Length: 0\r\n\r\n")),
                 ElementsAre(kCaught + "SIP Header parse error : no colon found", kCaught + "Header token expected",
                             kCaught + "SIP Header parse error : nothing after the colon",
@@ -257,7 +259,8 @@ TEST(MessageParseTest, FailingStreams) {
 }
 
 TEST(MessageParseTest, FailingAllocationsLeaveNothing) {
-    const std::string text = request("X-A: 1\r\nContent-Type: a/b\r\nContent-Length: 5000\r\n\r\n") + std::string(5000, 'x');
+    const std::string text =
+        request("X-A: 1\r\nContent-Type: a/b\r\nContent-Length: 5000\r\n\r\n") + std::string(5000, 'x');
     const auto read = [&text] {
         KxByteArrayInputStream in{std::string_view(text)};
         return readDump(in);
@@ -286,9 +289,9 @@ TEST(MessageParseTest, ManyLinesNeedLittleStackAndLittleTime) {
         }
         return text + "\r\n";
     };
-    for (const std::string& text :
-         {repeat({"Supported: tag\r\n"}), repeat({"X-A: 1\r\n"}), repeat({"a\r\n"}),
-          repeat({"Route: <sip:h;lr>\r\n", "X-A: 1\r\n", "Via: SIP/2.0/UDP h\r\n", "X-B: 2\r\n", "Supported: tag\r\n"})}) {
+    for (const std::string& text : {repeat({"Supported: tag\r\n"}), repeat({"X-A: 1\r\n"}), repeat({"a\r\n"}),
+                                    repeat({"Route: <sip:h;lr>\r\n", "X-A: 1\r\n", "Via: SIP/2.0/UDP h\r\n",
+                                            "X-B: 2\r\n", "Supported: tag\r\n"})}) {
         onSmallStack([&text] {
             const Balance balance;
             const KxHandle<KxSipMessage> message = readMessage(text);

@@ -29,8 +29,9 @@ std::string readRequest(KxInputStream& in) {
 } // namespace
 
 TEST(StartLineTest, Requests) {
-    const char* const kNoEnd = "2 KxSipParseError: Invalid Start-Line for SIP request: reached end of message looking for "
-                               "end-of-line";
+    const char* const kNoEnd =
+        "2 KxSipParseError: Invalid Start-Line for SIP request: reached end of message looking for "
+        "end-of-line";
     const char* const kNoCR = "2 KxSipParseError: Invalid Start-Line for SIP request: no CR before LF";
     const char* const kSpaces = "2 KxSipParseError: Invalid Start-Line for SIP request: does not contain 1 or 2 spaces";
     const char* const kVersion = "2 KxSipParseError: Invalid SIP Version";
@@ -74,8 +75,7 @@ TEST(StartLineTest, Requests) {
         {"  SIP/2.0\r\n", "2 KxException: INVALID URI", ""},
         {" mailto SIP/2.0\r\n", "2 KxException: INVALID URI", ""},
         {" sipx SIP/2.0\r\n", "2 KxSipParseError: Sip URL wrong format", ""},
-        {" sip:@h SIP/2.0\r\n",
-         "2 KxSipParseError: Sip URL wrong format (\"@\" present without a user part)", ""},
+        {" sip:@h SIP/2.0\r\n", "2 KxSipParseError: Sip URL wrong format (\"@\" present without a user part)", ""},
         {" sip:h? SIP/2.0\r\n", "2 KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n", ""},
     };
     for (const auto& row : rows) {
@@ -110,8 +110,8 @@ TEST(StartLineTest, HeadersOfTheRequestURIBecomeTheRequests) {
         KxByteArrayInputStream in(bytes.view());
         request.parse("INVITE", in);
         std::string dump = dumpOf(request);
-        for (const char* name : {"KxSipUnknownHeader ", "KxSipSubjectHeader ", "KxSipSupportedHeader ",
-                                 "KxSipContentLengthHeader "}) {
+        for (const char* name :
+             {"KxSipUnknownHeader ", "KxSipSubjectHeader ", "KxSipSupportedHeader ", "KxSipContentLengthHeader "}) {
             for (std::size_t at = dump.find(name); at != std::string::npos; at = dump.find(name)) {
                 dump.erase(at, std::strlen(name));
             }
