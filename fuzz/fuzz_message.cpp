@@ -90,14 +90,15 @@ public:
 
 private:
     void takeURI(const KxSipRequest& request) {
-        // A scheme behind a tab is none that is known, though it passes for one; written, it is known.
-        m_unsure = isExactly<KxURI>(*request.getURI());
+        // A scheme behind a tab is none that is known, though it passes for one; written, it is known. A method that
+        // begins with a NUL reads as empty, and without a method no start line is written.
+        m_unsure = isExactly<KxURI>(*request.getURI()) || *request.getMethod() == '\0';
         const std::string printed(request.getURI()->getString().view());
         KxByteArrayInputStream in{std::string_view(printed)};
         try {
             const KxHandle<KxURI> uri = KxURI::sConstructFrom(in, true);
             m_unsure = m_unsure || uri->hasHeaders();
-            m_text = std::string(request.getMethod()) + ' ' + uri->getString().c_str() + " SIP/2.0\r\n";
+            m_text = std::string(request.getMethod()) + ' ' + std::string(uri->getString().view()) + " SIP/2.0\r\n";
         } catch (const KxHandle<KxException>&) {
             m_loses = true;
         }
@@ -154,24 +155,6 @@ void checkWriting(const Outcome& first) {
     }
 }
 
-/** Names are looked up as they stand in memory, folds and all; a stream that dribbles only has them unfolded. */
-bool breaksAName(std::string_view text) {
-    bool inName = true;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-        if (text[i] == '\n') {
-            if (inName && (next == ' ' || next == '\t')) {
-                return true;
-            }
-            inName = inName || (next != ' ' && next != '\t');
-        } else if (text[i] == '\r' && inName && next != '\n') {
-            return true;
-        }
-        inName = inName && text[i] != ':';
-    }
-    return false;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -180,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Outcome first = read(in);
     Dribble dribble(text);
     const Outcome slow = read(dribble);
-    if (slow.text != first.text && !breaksAName(text)) {
+    if (slow.text != first.text) {
         fail("a stream that dribbles reads as memory", first.text, slow.text);
     }
     if (!first.message.isNil()) {
