@@ -109,7 +109,8 @@ bool changes(const KxSipURL& url, std::string_view printed) {
     }
     // An "@" in front of the scheme is dropped, but what delimits URLs is text as long as a user is expected; so it is
     // where a colon behind the host has emptied the user, and there quotes go on behind a line end.
-    return hasAnyOf(url.getHost(), ";,?\"") || hasAnyOf(url.getUser(), "\n") || hasOddQuotes(*url.getParameters()) || showsBlank(*url.getHeaders());
+    return hasAnyOf(url.getHost(), ";,?\"") || hasAnyOf(url.getUser(), "\n") || hasOddQuotes(*url.getParameters()) ||
+           showsBlank(*url.getHeaders());
 }
 
 bool changes(const KxTelURL& url, std::string_view printed) {

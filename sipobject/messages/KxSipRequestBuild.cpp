@@ -28,7 +28,7 @@ KxSipRequest::KxSipRequest(const KxSipRequest& other)
       m_PreferredIpAddr(other.m_PreferredIpAddr),
       m_preferredIpAddrText(other.m_preferredIpAddrText) {}
 
-KxSipRequest::KxSipRequest(const KxString& method) : m_Method(method), m_URI(new KxURI(nullptr)) {
+KxSipRequest::KxSipRequest(const KxString& method) : m_Method(method), m_URI(KxMake<KxURI>(nullptr)) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest ctor 1");
     if (method.empty()) {
         KxException::sThrow("KxSipRequest constructor expects a Method Name");
