@@ -11,10 +11,10 @@ namespace Oskan {
 class KX_CORE_API TraceScope {
 public:
     /** @param functionName a literal. */
-    TraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept
+    [[gnu::always_inline]] TraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept
         : m_logger(logger.isEnabled(LogLevel::Trace) ? sEnter(logger, functionName) : nullptr),
           m_functionName(functionName) {}
-    ~TraceScope() {
+    [[gnu::always_inline]] ~TraceScope() {
         if (m_logger) [[unlikely]]
             sExit(*m_logger, m_functionName);
     }

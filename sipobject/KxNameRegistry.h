@@ -14,35 +14,54 @@ class KxNameRegistry {
 public:
     constexpr KxNameRegistry() = default;
 
-    /** `name` must live as long as the process. */
-    void add(const char* name, Creator creator) {
-        const std::string_view text(name);
-        if (find(text) == nullptr) {
-            const KxBytes::Ends ends = KxBytes::Ends(text.data(), text.size()).folded();
-            const Entry*& head = m_buckets[bucket(ends)];
-            head = new Entry{ends, text, creator, head}; // never freed: look-ups go on in static destructors
-        }
-    }
-
-    /** The function, or null. */
-    Creator find(std::string_view name) const {
-        const KxBytes::Ends ends = KxBytes::Ends(name.data(), name.size()).folded();
-        for (const Entry* entry = m_buckets[bucket(ends)]; entry != nullptr; entry = entry->next) {
-            if (entry->ends == ends && (KxBytes::equal(entry->name.data(), name.data(), name.size()) ||
-                                        KxAscii::equalsNoCase(entry->name, name))) {
-                return entry->creator;
-            }
-        }
-        return nullptr;
-    }
-
-private:
+    /** A name as it was registered and what it creates. */
     struct Entry {
+        KxBytes::Ends folded;
         KxBytes::Ends ends;
         std::string_view name;
         Creator creator;
         const Entry* next;
     };
+
+    /** `name` must live as long as the process. */
+    void add(const char* name, Creator creator) {
+        const std::string_view text(name);
+        if (find(text) == nullptr) {
+            const KxBytes::Ends ends(text.data(), text.size());
+            const Entry*& head = m_buckets[bucket(ends.folded())];
+            head = new Entry{ends.folded(), ends, text, creator,
+                             head}; // never freed: look-ups go on in static destructors
+        }
+    }
+
+    /** The entry of a name, or null. `exact` tells whether the name stands there in these very letters. */
+    [[gnu::always_inline]] const Entry* findEntry(std::string_view name, bool& exact) const {
+        const KxBytes::Ends ends(name.data(), name.size());
+        const Entry* const first = m_buckets[bucket(ends.folded())];
+        exact = first != nullptr && first->ends == ends &&
+                (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()));
+        return exact ? first : findInAnyCase(name, first, exact);
+    }
+
+    /** The function, or null. */
+    Creator find(std::string_view name) const {
+        bool exact = false;
+        const Entry* const entry = findEntry(name, exact);
+        return entry != nullptr ? entry->creator : nullptr;
+    }
+
+private:
+    [[gnu::noinline]] static const Entry* findInAnyCase(std::string_view name, const Entry* first, bool& exact) {
+        const KxBytes::Ends folded = KxBytes::Ends(name.data(), name.size()).folded();
+        for (const Entry* entry = first; entry != nullptr; entry = entry->next) {
+            if (entry->folded == folded && KxAscii::equalsNoCase(entry->name, name)) {
+                exact = entry->name == name;
+                return entry;
+            }
+        }
+        return nullptr;
+    }
+
     static constexpr int kBucketBits = 8;
 
     static std::size_t bucket(const KxBytes::Ends& ends) { return ends.hash(kBucketBits); }

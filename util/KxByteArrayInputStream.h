@@ -12,7 +12,7 @@ public:
     KxByteArrayInputStream(KxHandle<KxByteArray> bytes, std::size_t offset, std::size_t length);
     /** Somebody else's bytes, which must outlive the stream and stay as they are. */
     explicit KxByteArrayInputStream(std::string_view bytes)
-        : KxInputStream(bytes.data(), bytes.data() + bytes.size()) {}
+        : KxInputStream(bytes.data(), bytes.data() + bytes.size(), bytes.data() + bytes.size()) {}
 
 protected:
     std::size_t readSome(char* buffer, std::size_t capacity) override;

@@ -18,10 +18,14 @@ Word load(const char* at) {
     return word;
 }
 
-/** Copies `count` bytes; returns the place behind the copy. */
-inline char* copy(char* to, const char* from, std::size_t count) {
-    if (count > 16) {
-        std::memcpy(to, from, count);
+/** The most bytes that copyShort copies. */
+inline constexpr std::size_t kShortCopy = 32;
+
+/** Copies up to kShortCopy bytes; returns the place behind the copy. */
+inline char* copyShort(char* to, const char* from, std::size_t count) {
+    if (count >= 16) {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + count - 16, from + count - 16, 16);
     } else if (count >= 8) {
         std::memcpy(to, from, 8);
         std::memcpy(to + count - 8, from + count - 8, 8);
@@ -36,6 +40,15 @@ inline char* copy(char* to, const char* from, std::size_t count) {
     return to + count;
 }
 
+/** Copies `count` bytes; returns the place behind the copy. */
+inline char* copy(char* to, const char* from, std::size_t count) {
+    if (count <= kShortCopy) {
+        return copyShort(to, from, count);
+    }
+    std::memcpy(to, from, count);
+    return to + count;
+}
+
 /** Whether two runs of `count` bytes are equal. */
 inline bool equal(const char* a, const char* b, std::size_t count) {
     if (count < 4) {
@@ -45,7 +58,10 @@ inline bool equal(const char* a, const char* b, std::size_t count) {
         return load<std::uint32_t>(a) == load<std::uint32_t>(b) &&
                load<std::uint32_t>(a + count - 4) == load<std::uint32_t>(b + count - 4);
     }
-    for (std::size_t at = 0; at + 8 < count; at += 8) {
+    if (load<std::uint64_t>(a) != load<std::uint64_t>(b)) {
+        return false;
+    }
+    for (std::size_t at = 8; at + 8 < count; at += 8) {
         if (load<std::uint64_t>(a + at) != load<std::uint64_t>(b + at)) {
             return false;
         }
@@ -74,29 +90,40 @@ struct Ends {
         return lower;
     }
     bool operator==(const Ends&) const = default;
+    /** Whether this is all there is of the run. */
+    bool areWhole() const { return count <= sizeof both; }
 
     std::uint64_t both = 0;
     std::uint32_t count;
 };
 
-/** The first of the given characters in [begin, end), or `end`. */
+/** The first of the given characters in [begin, end), or `end`. The bytes up to `readable` may be loaded too. */
 template <char... kWanted>
-const char* findAny(const char* begin, const char* end) {
+[[gnu::always_inline]] inline const char* findAny(const char* begin, const char* end,
+                                                  [[maybe_unused]] const char* readable) {
 #ifdef __SSE2__
-    for (; end - begin >= 16; begin += 16) {
+    for (; begin < end && readable - begin >= 16; begin += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
         __m128i hits = _mm_setzero_si128();
         ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(kWanted)))), ...);
         const int mask = _mm_movemask_epi8(hits);
         if (mask != 0) {
-            return begin + __builtin_ctz(static_cast<unsigned>(mask));
+            const char* const at = begin + __builtin_ctz(static_cast<unsigned>(mask));
+            return at < end ? at : end;
         }
     }
+    begin = begin < end ? begin : end;
 #endif
     while (begin != end && ((*begin != kWanted) && ...)) {
         ++begin;
     }
     return begin;
+}
+
+/** The first of the given characters in [begin, end), or `end`. */
+template <char... kWanted>
+const char* findAny(const char* begin, const char* end) {
+    return findAny<kWanted...>(begin, end, end);
 }
 
 } // namespace KxBytes

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "util/KxAscii.h"
+#include "util/KxBytes.h"
 
 #include <array>
 #include <string_view>
@@ -12,6 +13,7 @@ public:
         for (const char c : characters) {
             m_has[static_cast<unsigned char>(c)] = true;
         }
+        cover();
     }
 
     constexpr bool contains(char c) const { return m_has[static_cast<unsigned char>(c)]; }
@@ -21,11 +23,34 @@ public:
         for (std::size_t i = 0; i < both.m_has.size(); ++i) {
             both.m_has[i] = both.m_has[i] || other.m_has[i];
         }
+        both.cover();
         return both;
     }
 
     /** The first character of [begin, end) that is in the set, or `end`. */
-    constexpr const char* find(const char* begin, const char* end) const {
+    [[gnu::always_inline]] constexpr const char* find(const char* begin, const char* end) const {
+        return find(begin, end, end);
+    }
+
+    /** As above; the bytes from `end` to `readable` may be loaded too. */
+    [[gnu::always_inline]] constexpr const char* find(const char* begin, const char* end,
+                                                      [[maybe_unused]] const char* readable) const {
+#ifdef __SSE2__
+        if (!std::is_constant_evaluated() && __builtin_constant_p(m_rangeCount) && m_rangeCount != 0) {
+            for (; begin < end && readable - begin >= 16; begin += 16) {
+                for (unsigned hits = candidates(begin); hits != 0; hits &= hits - 1) {
+                    const char* const at = begin + __builtin_ctz(hits);
+                    if (at >= end) {
+                        return end;
+                    }
+                    if (contains(*at)) {
+                        return at;
+                    }
+                }
+            }
+            begin = begin < end ? begin : end;
+        }
+#endif
         while (begin != end && !contains(*begin)) {
             ++begin;
         }
@@ -33,5 +58,61 @@ public:
     }
 
 private:
+    struct Range {
+        unsigned char first;
+        unsigned char last;
+    };
+
+    /** Characters that text is mostly made of. A range may hold any others, though they are not in the set. */
+    static constexpr bool isCommon(unsigned c) {
+        const char letter = static_cast<char>(c);
+        return KxAscii::isAlpha(letter) || KxAscii::isDigit(letter) || letter == '-' || letter == '.' ||
+               letter == '_' || c >= 0x80;
+    }
+
+    /** Covers the set with a few ranges, if it can be done. */
+    constexpr void cover() {
+        m_rangeCount = 0;
+        bool apart = false; // whether a common character stands between the last range and `c`
+        for (unsigned c = 0; c < m_has.size(); ++c) {
+            if (m_has[c] && (apart || m_rangeCount == 0)) {
+                if (m_rangeCount == m_ranges.size()) {
+                    m_rangeCount = 0;
+                    return;
+                }
+                m_ranges[m_rangeCount++] = {static_cast<unsigned char>(apart ? c : 0), static_cast<unsigned char>(c)};
+                apart = false;
+            } else if (m_has[c]) {
+                m_ranges[m_rangeCount - 1].last = static_cast<unsigned char>(c);
+            } else {
+                apart = apart || isCommon(c);
+            }
+        }
+    }
+
+#ifdef __SSE2__
+    /** A bit for each of 16 bytes that may be in the set. To be inlined where the set is known. */
+    [[gnu::always_inline]] unsigned candidates(const char* at) const {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i hits =
+            addRange<4>(bytes, addRange<3>(bytes, addRange<2>(bytes, addRange<1>(bytes, inRange(bytes, m_ranges[0])))));
+        return static_cast<unsigned>(_mm_movemask_epi8(hits));
+    }
+    template <std::size_t kIndex>
+    [[gnu::always_inline]] __m128i addRange(__m128i bytes, __m128i hits) const {
+        return kIndex < m_rangeCount ? _mm_or_si128(hits, inRange(bytes, m_ranges[kIndex])) : hits;
+    }
+    [[gnu::always_inline]] static __m128i inRange(__m128i bytes, Range range) {
+        if (range.first == range.last) {
+            return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(range.first)));
+        }
+        const __m128i from = _mm_sub_epi8(bytes, _mm_set1_epi8(static_cast<char>(range.first)));
+        const __m128i span = _mm_set1_epi8(static_cast<char>(range.last - range.first));
+        return _mm_cmpeq_epi8(_mm_min_epu8(from, span), from);
+    }
+#endif
+
     std::array<bool, 256> m_has{};
+    std::array<Range, 5> m_ranges{};
+    std::size_t m_rangeCount = 0; ///< 0: the ranges do not cover the set.
 };

@@ -20,6 +20,15 @@ protected:
     constexpr KxHandleBase() : m_object(nullptr) {}
     explicit constexpr KxHandleBase(KxObject* object) : m_object(object) {}
 
+    /** The first reference of an object that nobody counts yet, without asking its class. */
+    static void countFirst(KxObject& object) {
+        if (object.m_count.load(std::memory_order_relaxed) == 0) {
+            object.m_count.store(1, std::memory_order_relaxed);
+        } else {
+            object.AddRef();
+        }
+    }
+
     /** Ties `companion` to `object`: it is released when the object goes. */
     static void keepBeside(KxObject* object, KxObject* companion);
 
@@ -29,7 +38,7 @@ protected:
 template <class T>
 class KxHandle;
 
-/** Says that a handle refers to an immortal constant. */
+/** Says that a handle has nothing to count: the object is an immortal constant, or its reference is there already. */
 struct KxUncounted {};
 
 /** The base of KxHandle<T>: KxHandleBase, or, for a class that names a `HandleParent` (exceptions do), the parent's
@@ -54,10 +63,17 @@ class __attribute__((visibility("default"))) KxHandle : public KxHandleParent<T>
 public:
     constexpr KxHandle() = default;
     constexpr KxHandle(std::nullptr_t) {}
-    /** For constants: an object that is never counted. */
-    constexpr KxHandle(T* immortal, KxUncounted) : Parent(immortal) {}
+    /** Takes over a reference that is counted already, or one to a constant, which is never counted. */
+    constexpr KxHandle(T* object, KxUncounted) : Parent(object) {}
     /** Shares (or, when it is fresh, adopts) the object; nil for null. */
     explicit KxHandle(T* object) : Parent() { adopt(object); }
+    /** The first handle of a new object; nil for null. */
+    static KxHandle sOfNew(T* object) {
+        if (object != nullptr) {
+            KxHandleBase::countFirst(*object);
+        }
+        return KxHandle(object, KxUncounted{});
+    }
     /** As above; `companion` is kept alive at least as long as the object. */
     KxHandle(T* object, KxObject* companion) : KxHandle(object) { this->keepBeside(object, companion); }
 
@@ -131,7 +147,7 @@ private:
 /** A new object in a handle. */
 template <class T, class... Args>
 KxHandle<T> KxMake(Args&&... args) {
-    return KxHandle<T>(new T(std::forward<Args>(args)...));
+    return KxHandle<T>::sOfNew(new T(std::forward<Args>(args)...));
 }
 
 /** The handle's object as the class U, or nil when it is of another class. */

@@ -9,7 +9,9 @@ constexpr std::size_t kFirstBuffer = 1024;
 
 } // namespace
 
-KxInputStream::~KxInputStream() = default;
+std::size_t KxInputStream::availableBeyondWindow() const {
+    return 0;
+}
 
 std::size_t KxInputStream::read(void* buffer, std::size_t offset, std::size_t count) {
     std::size_t done = 0;
@@ -34,7 +36,7 @@ std::size_t KxInputStream::skip(std::size_t count) {
 
 void KxInputStream::mark(std::size_t readLimit) {
     if (markSupported()) {
-        m_mark = m_cursor != nullptr ? m_cursor : (m_cursor = m_end = m_begin = "");
+        m_mark = m_cursor != nullptr ? m_cursor : (m_cursor = m_end = m_readable = "");
         m_markLimit = readLimit;
     }
 }
@@ -57,8 +59,9 @@ bool KxInputStream::extendWindow() {
     const char* const keep = m_mark != nullptr ? m_mark : m_cursor;
     const auto kept = static_cast<std::size_t>(m_end - keep);
     const auto cursor = static_cast<std::size_t>(m_cursor - keep);
-    if (kept >= m_bufferSize) { // twice the size each time, so that what is kept is copied once on average
-        const std::size_t larger = std::max(kFirstBuffer, m_bufferSize * 2);
+    const std::size_t size = m_buffer != nullptr ? m_bufferSize : 0;
+    if (kept >= size) { // twice the size each time, so that what is kept is copied once on average
+        const std::size_t larger = std::max(kFirstBuffer, size * 2);
         std::unique_ptr<char[]> fresh(new char[larger]);
         if (kept != 0) {
             std::memcpy(fresh.get(), keep, kept);
@@ -68,11 +71,12 @@ bool KxInputStream::extendWindow() {
     } else if (kept != 0 && keep != m_buffer.get()) {
         std::memmove(m_buffer.get(), keep, kept);
     }
-    m_begin = m_buffer.get();
-    m_cursor = m_begin + cursor;
-    m_end = m_begin + kept;
-    m_mark = m_mark != nullptr ? m_begin : nullptr;
+    m_cursor = m_buffer.get() + cursor;
+    m_end = m_buffer.get() + kept;
+    m_mark = m_mark != nullptr ? m_buffer.get() : nullptr;
+    m_readable = m_end;
     const std::size_t got = readSome(m_buffer.get() + kept, m_bufferSize - kept);
     m_end += std::min(got, m_bufferSize - kept);
+    m_readable = m_end;
     return got != 0;
 }

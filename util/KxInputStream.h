@@ -25,7 +25,7 @@ class KX_UTIL_API KxInputStream {
 public:
     static constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
 
-    virtual ~KxInputStream();
+    virtual ~KxInputStream() {}
     KxInputStream(const KxInputStream&) = delete;
     KxInputStream& operator=(const KxInputStream&) = delete;
 
@@ -48,6 +48,8 @@ public:
 
     /** The bytes at hand, from the next one on. */
     std::string_view window() const { return {m_cursor, static_cast<std::size_t>(m_end - m_cursor)}; }
+    /** Where the bytes end that may be loaded, though not used, from the window on. */
+    const char* readableEnd() const { return m_readable; }
     /** Passes over `count` bytes of the window. */
     void consume(std::size_t count) { m_cursor += count; }
     /** Makes sure that the window holds a byte; false at the end. */
@@ -60,22 +62,24 @@ public:
 
 protected:
     KxInputStream() = default;
-    /** A whole stream over [begin, end), which must outlive it. */
-    KxInputStream(const char* begin, const char* end) : m_begin(begin), m_cursor(begin), m_end(end), m_whole(true) {}
+    /** A whole stream over [begin, end), which must outlive it. The bytes up to `readable` are not the stream's, but may
+        be loaded by scans that look at many bytes at once. */
+    KxInputStream(const char* begin, const char* end, const char* readable)
+        : m_cursor(begin), m_end(end), m_readable(readable), m_whole(true) {}
 
     /** Delivers between 1 and `capacity` bytes, or 0 at the end. */
     virtual std::size_t readSome(char* buffer, std::size_t capacity) = 0;
     /** Bytes that readSome is known to have still. */
-    virtual std::size_t availableBeyondWindow() const { return 0; }
+    virtual std::size_t availableBeyondWindow() const;
 
 private:
-    const char* m_begin = nullptr;
     const char* m_cursor = nullptr;
     const char* m_end = nullptr;
+    const char* m_readable = nullptr; ///< Never before m_end.
     const char* m_mark = nullptr;
-    std::size_t m_markLimit = 0;
-    std::unique_ptr<char[]> m_buffer;
-    std::size_t m_bufferSize = 0;
+    std::size_t m_markLimit;
+    std::unique_ptr<char[]> m_buffer; ///< Of a stream that is not whole.
+    std::size_t m_bufferSize;
     bool m_whole = false;
     KxScanMemo m_scanMemo;
 };

@@ -63,7 +63,11 @@ protected:
     /** Constants that live as long as the process are never counted. */
     enum class Immortal { Tag };
 
+    /** An object that is made for a handle which takes its first reference over. */
+    enum class Held { Tag };
+
     constexpr KxObject() : m_count(0) {}
+    explicit KxObject(Held) : m_count(1) {}
     explicit constexpr KxObject(Immortal) : m_count(kImmortal) {}
     constexpr KxObject(const KxObject&) : m_count(0) {}
     KxObject& operator=(const KxObject&) { return *this; }

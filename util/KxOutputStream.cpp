@@ -6,7 +6,7 @@ namespace {
 
 template <class Number>
 void writeNumber(KxOutputStream& out, Number number) {
-    char digits[24];
+    char digits[KxBytes::kShortCopy + 1]; // g++ 12 expects a copy to reach that far
     const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     out.write(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }

@@ -4,6 +4,7 @@
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -12,10 +13,10 @@
 class KX_UTIL_API KxScannedText {
 public:
     /** The characters up to the first delimiter (which stays unread) or the end. */
-    std::string_view until(KxInputStream& in, const KxCharSet& delimiters) {
+    [[gnu::always_inline]] std::string_view until(KxInputStream& in, const KxCharSet& delimiters) {
         if (in.isWhole()) {
             const std::string_view window = in.window();
-            const char* const end = delimiters.find(window.data(), window.data() + window.size());
+            const char* const end = delimiters.find(window.data(), window.data() + window.size(), in.readableEnd());
             const std::string_view taken(window.data(), static_cast<std::size_t>(end - window.data()));
             in.consume(taken.size());
             return taken;
@@ -25,10 +26,11 @@ public:
 
     /** As above for a few delimiters that stand far apart: faster over long stretches. */
     template <char... kDelimiters>
-    std::string_view until(KxInputStream& in) {
+    [[gnu::always_inline]] std::string_view until(KxInputStream& in) {
         if (in.isWhole()) {
             const std::string_view window = in.window();
-            const char* const end = KxBytes::findAny<kDelimiters...>(window.data(), window.data() + window.size());
+            const char* const end =
+                KxBytes::findAny<kDelimiters...>(window.data(), window.data() + window.size(), in.readableEnd());
             const std::string_view taken(window.data(), static_cast<std::size_t>(end - window.data()));
             in.consume(taken.size());
             return taken;
@@ -38,20 +40,26 @@ public:
     }
 
     /** As `until`, behind any white space. */
-    std::string_view token(KxInputStream& in, const KxCharSet& delimiters) {
+    [[gnu::always_inline]] std::string_view token(KxInputStream& in, const KxCharSet& delimiters) {
         skipSpace(in);
         return until(in, delimiters);
     }
 
     /** Consumes white space: blanks, tabs, line ends, form feeds. */
     static void skipSpace(KxInputStream& in) {
-        while (KxAscii::isSpace(static_cast<char>(in.peek()))) {
-            in.consume(1);
-        }
+        do {
+            const std::string_view window = in.window();
+            const char* const end = window.data() + window.size();
+            const char* const at = KxAscii::skipSpace(window.data(), end);
+            in.consume(static_cast<std::size_t>(at - window.data()));
+            if (at != end) {
+                return;
+            }
+        } while (in.fill());
     }
 
 private:
     std::string_view copyUntil(KxInputStream& in, const KxCharSet& delimiters);
 
-    std::string m_copy;
+    std::unique_ptr<std::string> m_copy;
 };

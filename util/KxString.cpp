@@ -7,7 +7,7 @@
 
 KxString::KxString(const char* text) {
     if (text != nullptr) {
-        m_buffer = KxHandle<KxStringBuffer>(KxWords::findOrCopy(text));
+        m_buffer = KxHandle<KxStringBuffer>(KxWords::findOrCopy(text), KxUncounted{});
     }
 }
 

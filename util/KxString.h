@@ -14,7 +14,7 @@ public:
     /** Copies the text; null gives nil. */
     KxString(const char* text);
     /** Copies the text; words that recur in signalling ("INVITE", "branch", "udp") share one constant. */
-    explicit KxString(std::string_view text) : m_buffer(KxWords::findOrCopy(text)) {}
+    explicit KxString(std::string_view text) : m_buffer(KxWords::findOrCopy(text), KxUncounted{}) {}
     KxString(const char* text, std::size_t length) : KxString(std::string_view(text, length)) {}
     /** Shares the buffer. */
     explicit KxString(KxHandle<KxStringBuffer> buffer) : m_buffer(std::move(buffer)) {}

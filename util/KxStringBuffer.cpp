@@ -19,22 +19,16 @@ std::string_view viewOf(const char* text) {
 
 } // namespace
 
-void* KxStringBuffer::operator new(std::size_t size, std::size_t room) {
-    static_assert(sizeof(KxStringBuffer) == 32);
-    return s_account.allocate(size + room);
-}
-
 void KxStringBuffer::operator delete(void* block) {
     Oskan::NoSizeMemAllocator::deallocate(block, s_account);
 }
 
-void KxStringBuffer::operator delete(void* block, std::size_t) {
-    Oskan::NoSizeMemAllocator::deallocate(block, s_account);
-}
-
-/** What `delete this` does, without asking the object what it is. */
+/** What `delete this` does, without asking the object what it is; text of its own is all that needs more than the block
+    given back. */
 void KxStringBuffer::destroySelf() {
-    this->~KxStringBuffer();
+    if ((m_capacity & kOutside) != 0) {
+        freeOutside();
+    }
     s_account.deallocate(this);
 }
 
@@ -42,24 +36,47 @@ void KxStringBuffer::throwTooLong() {
     KxException::sThrow("text too long for a string");
 }
 
-inline KxStringBuffer* KxStringBuffer::create(std::size_t capacity) {
-    if (capacity > kLongest) {
+/** The length, if a string may have it. */
+inline std::size_t KxStringBuffer::checked(std::size_t length) {
+    if (length > kLongest) {
         throwTooLong();
     }
+    return length;
+}
+
+template <class... Args>
+inline KxStringBuffer* KxStringBuffer::create(std::size_t capacity, Args... args) {
     // whole 8-byte steps, so that what the pool rounds up to is room for text
+    static_assert(sizeof(KxStringBuffer) == 32);
     const std::size_t block = std::max(sizeof(KxStringBuffer), (kTextOffset + capacity + 1 + 7) & ~std::size_t{7});
-    return new (block - sizeof(KxStringBuffer)) KxStringBuffer(static_cast<std::uint32_t>(block - kTextOffset - 1));
+    void* const place = s_account.allocate(block);
+    return ::new (place) KxStringBuffer(static_cast<std::uint32_t>(block - kTextOffset - 1), args...);
 }
 
 KxStringBuffer* KxStringBuffer::create(std::string_view text) {
-    KxStringBuffer* const made = create(text.size());
+    KxStringBuffer* const made = create(checked(text.size()));
     *KxBytes::copy(made->inlineText(), text.data(), text.size()) = '\0';
     made->m_length = static_cast<std::uint32_t>(text.size());
     return made;
 }
 
+KxStringBuffer* KxStringBuffer::createHeld(std::string_view text) {
+    if (text.size() > KxBytes::kShortCopy) {
+        return createHeldLong(text);
+    }
+    KxStringBuffer* const made = create(text.size(), text.size(), Held::Tag);
+    *KxBytes::copyShort(made->inlineText(), text.data(), text.size()) = '\0';
+    return made;
+}
+
+KxStringBuffer* KxStringBuffer::createHeldLong(std::string_view text) {
+    KxStringBuffer* const made = create(checked(text.size()), text.size(), Held::Tag);
+    *KxBytes::copy(made->inlineText(), text.data(), text.size()) = '\0';
+    return made;
+}
+
 KxHandle<KxStringBuffer> KxStringBuffer::sCreate(const char* text, std::size_t length, std::size_t capacity) {
-    KxHandle<KxStringBuffer> made(create(std::max(length, capacity)));
+    KxHandle<KxStringBuffer> made(create(checked(std::max(length, capacity))));
     if (text != nullptr && length != 0) {
         std::memcpy(made->inlineText(), text, length);
     } else {

@@ -79,9 +79,7 @@ public:
     std::size_t parse(KxInputStream& in, const KxCharSet& delimiters);
     std::size_t parse(KxInputStream& in, const char* delimiters);
 
-    void* operator new(std::size_t size, std::size_t room);
     void operator delete(void* block);
-    void operator delete(void* block, std::size_t room);
 
 private:
     friend class KxConstStringStorage;
@@ -97,11 +95,18 @@ private:
           m_length(static_cast<std::uint32_t>(length)),
           m_capacity(static_cast<std::uint32_t>(length) | kOutside),
           m_tail(literal) {}
-    explicit KxStringBuffer(std::uint32_t capacity) : m_length(0), m_capacity(capacity), m_tail() {}
+    explicit KxStringBuffer(std::uint32_t capacity) : m_length(0), m_capacity(capacity) {}
+    /** With one reference; the text is still to be written. */
+    KxStringBuffer(std::uint32_t capacity, std::size_t length, Held held)
+        : KxObject(held), m_length(static_cast<std::uint32_t>(length)), m_capacity(capacity) {}
 
-    static KxStringBuffer* create(std::size_t capacity);
+    template <class... Args>
+    static KxStringBuffer* create(std::size_t capacity, Args... args);
     static KxStringBuffer* create(std::string_view text);
+    static KxStringBuffer* createHeld(std::string_view text);
+    static KxStringBuffer* createHeldLong(std::string_view text);
     void destroySelf();
+    static std::size_t checked(std::size_t length);
     [[noreturn]] static void throwTooLong();
 
     char* inlineText() { return reinterpret_cast<char*>(this) + kTextOffset; }
@@ -123,7 +128,7 @@ private:
         const char* text;
     };
     union Tail {
-        constexpr Tail() : first{} {}
+        Tail() {}
         explicit constexpr Tail(const char* literal) : outside{0, literal} {}
         char first[sizeof(Outside)]; // the text begins here and runs on to the end of the block
         Outside outside;

@@ -250,5 +250,5 @@ KxStringBuffer* KxWords::find(std::string_view text) {
 
 KxStringBuffer* KxWords::findOrCopy(std::string_view text) {
     KxStringBuffer* const known = lookUp(text);
-    return known != nullptr ? known : KxStringBuffer::create(text);
+    return known != nullptr ? known : KxStringBuffer::createHeld(text);
 }

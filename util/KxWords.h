@@ -13,7 +13,7 @@ namespace KxWords {
 /** The constant for exactly this text, or null. */
 KX_UTIL_API KxStringBuffer* find(std::string_view text);
 
-/** The constant for this text, or a new buffer with a copy, for a handle to adopt. */
+/** The constant for this text, or a new buffer with a copy and one reference, which the caller takes over. */
 KX_UTIL_API KxStringBuffer* findOrCopy(std::string_view text);
 
 } // namespace KxWords

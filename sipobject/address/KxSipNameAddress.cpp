@@ -66,7 +66,7 @@ KxSipNameAddress* KxSipNameAddress::clone() const {
 }
 
 KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
-    KxHandle<KxSipNameAddress> address(new KxSipNameAddress(Unset::Tag));
+    KxHandle<KxSipNameAddress> address = KxHandle<KxSipNameAddress>::sOfNew(new KxSipNameAddress(Unset::Tag));
     address->parse(in);
     return address;
 }
@@ -102,7 +102,16 @@ void KxSipNameAddress::parse(const char* text) {
 }
 
 void KxSipNameAddress::parse(KxInputStream& in) {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipNameAddress::parse(1)");
+    const Oskan::EntryDepth entry;
+    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
+        parseWhole(in);
+    } else {
+        parseTraced(in);
+    }
+}
+
+void KxSipNameAddress::parseTraced(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipNameAddress::parse(1)");
     KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
 }
 

@@ -51,6 +51,7 @@ private:
     explicit KxSipNameAddress(Unset) {}
 
     static bool isLegalDisplayNameChar(char c);
+    void parseTraced(KxInputStream& in);
     void parseWhole(KxInputStream& in);
     const char* parseDisplayName(const char* begin, const char* end);
     void setDisplayName(const char* begin, const char* end);

@@ -119,7 +119,16 @@ void KxSipURL::setTransportParam(KxSocketImpl::Transport transport) {
 }
 
 void KxSipURL::parse(KxInputStream& in) {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
+    const Oskan::EntryDepth entry;
+    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
+        KxSipURLParser(*this, in).parse();
+    } else {
+        parseTraced(in);
+    }
+}
+
+void KxSipURL::parseTraced(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
     KxWithWholeWindow(in, [this](KxInputStream& line) { KxSipURLParser(*this, line).parse(); });
 }
 

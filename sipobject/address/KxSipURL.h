@@ -88,6 +88,7 @@ private:
     friend class KxSipURLParser;
 
     void setHost(const char* text);
+    void parseTraced(KxInputStream& in);
     bool parametersMatch(const KxSipURL& other) const;
     bool headersMatch(const KxSipURL& other) const;
 

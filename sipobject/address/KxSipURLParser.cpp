@@ -40,11 +40,9 @@ bool findAt(const char* from, const char* end, const char*& stop) {
 
 } // namespace
 
-void KxSipURLParser::Token::add(const char* begin, const char* end) {
+void KxSipURLParser::Token::addMore(const char* begin, const char* end) {
     const std::string_view more(begin, static_cast<std::size_t>(end - begin));
-    if (m_view.empty()) {
-        m_view = more;
-    } else if (m_view.data() + m_view.size() == begin) {
+    if (m_view.data() + m_view.size() == begin) {
         m_view = std::string_view(m_view.data(), m_view.size() + more.size());
     } else if (!more.empty()) {
         if (m_view.data() != m_copy.data()) {
@@ -54,13 +52,6 @@ void KxSipURLParser::Token::add(const char* begin, const char* end) {
         m_copy.append(more);
         m_view = m_copy.view();
     }
-}
-
-KxSipURLParser::KxSipURLParser(KxSipURL& url, KxInputStream& in)
-    : m_url(url), m_in(in), m_at(in.window().data()), m_end(m_at + in.window().size()) {}
-
-KxSipURLParser::~KxSipURLParser() {
-    m_in.consume(static_cast<std::size_t>(m_at - m_in.window().data()));
 }
 
 /** Whether an "@" lies ahead that ends a user part. Each URL of a line asks anew from where it begins, so the answers
@@ -84,12 +75,135 @@ bool KxSipURLParser::userIsOpen() const {
     return m_hasUserPart && m_url.m_user.empty();
 }
 
+/** Takes "<", "sip:" and "user@" where a URL begins with them as nearly every one does; else nothing. */
+inline bool KxSipURLParser::takeUsualStart() {
+    const bool bracket = m_at != m_end && *m_at == '<';
+    const char* const scheme = m_at + (bracket ? 1 : 0);
+    if (m_end - scheme < 5 || KxBytes::load<std::uint32_t>(scheme) != KxBytes::load<std::uint32_t>("sip:") ||
+        !m_url.m_user.empty() || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        return false;
+    }
+    m_bracket = bracket;
+    m_at = scheme + 4;
+    if (!(m_url.m_Scheme.getBuffer() == KxSipURL::sToken.getBuffer())) {
+        m_url.m_Scheme = KxSipURL::sToken;
+    }
+    m_previous = ':';
+    const char* const stop = kDelimiters.find(m_at, m_end, m_in.readableEnd());
+    if (stop == m_end || *stop == '>' || *stop == '\n') {
+        m_hasUserPart = false;
+    } else if (*stop == '@' && stop != m_at) {
+        m_hasUserPart = true;
+        m_url.m_user = KxString(std::string_view(m_at, static_cast<std::size_t>(stop - m_at)));
+        m_previous = '@';
+        m_at = stop + 1;
+    } else {
+        m_hasUserPart = findUserPart();
+    }
+    return true;
+}
+
+inline void KxSipURLParser::setPort() {
+    if (!m_token.view().empty()) {
+        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(m_token.view()));
+        m_url.m_hasPort = true;
+    }
+}
+
+inline void KxSipURLParser::closeToken() {
+    if (m_previous == ':' && m_hostSeen) {
+        setPort();
+    } else if (m_previous == ':' || m_previous == '@') {
+        m_url.m_host = KxString(m_token.view());
+    }
+    m_token.clear();
+}
+
+inline void KxSipURLParser::requireHost() const {
+    if (m_url.m_host.empty()) {
+        KxSipParseError::sThrow("Sip URL wrong format");
+    }
+}
+
+inline void KxSipURLParser::parameters() {
+    const char* const stop = KxBytes::findAny<'\n', '>', '?'>(m_at, m_end, m_in.readableEnd());
+    const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
+    if (!text.empty()) {
+        m_url.m_parameters.write().parse(text);
+    }
+    debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
+    m_at = stop;
+    m_previous = stop == m_end ? kEndOfInput : *stop;
+}
+
+inline void KxSipURLParser::colon() {
+    const std::string_view token = m_token.view();
+    if (m_previous == '\0') {
+        const KxString& sip = KxSipURL::sToken;
+        if (token == sip.view()) {
+            m_url.m_Scheme = sip;
+        } else if (sip.equalsNoCase(token)) {
+            m_url.m_Scheme = KxString(token);
+        } else {
+            KxSipParseError::sThrow("Scheme is not SIP");
+        }
+    } else if (m_previous == ':' && m_hasUserPart) {
+        m_url.m_user = KxString(token);
+    } else if (m_previous == ':' || m_previous == '@') {
+        m_url.m_host = KxString(token);
+        m_hostSeen = true;
+    }
+    m_previous = ':';
+    m_token.clear();
+}
+
+inline KxSipURLParser::Next KxSipURLParser::semicolon() {
+    const bool ownParameters = m_bracket || m_url.m_standalone;
+    if (userIsOpen() || (ownParameters && m_previous != ':' && m_previous != '@')) {
+        m_token.add(m_at - 1, m_at);
+        return Next::More;
+    }
+    if (m_previous != ':' && m_previous != '@') {
+        KxSipParseError::sThrow("Illegal URL construct");
+    }
+    closeToken();
+    requireHost();
+    if (!ownParameters) {
+        return Next::Done;
+    }
+    parameters();
+    return Next::More;
+}
+
+/** The end of input, a line end, ">" or "?". */
+inline KxSipURLParser::Next KxSipURLParser::end(int c) {
+    if (c == '?') {
+        if (userIsOpen()) {
+            m_token.add(m_at - 1, m_at);
+            return Next::More;
+        }
+        closeToken();
+        parseHeaders();
+        requireHost();
+        return Next::Done;
+    }
+    if (c == '>') {
+        m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
+        m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
+    }
+    closeToken();
+    requireHost();
+    return Next::Done;
+}
+
 void KxSipURLParser::parse() {
-    m_url.m_Scheme = KxString();
-    m_hasUserPart = findUserPart();
+    if (!takeUsualStart()) {
+        m_url.m_Scheme = KxString();
+        m_hasUserPart = findUserPart();
+    }
     Next next = Next::More;
     while (next == Next::More) {
-        const char* const stop = kDelimiters.find(m_at, m_end);
+        const char* const stop = kDelimiters.find(m_at, m_end, m_in.readableEnd());
         m_token.add(m_at, stop);
         m_at = stop;
         const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
@@ -138,27 +252,6 @@ void KxSipURLParser::addQuoted() {
     m_token.add(quote, m_at);
 }
 
-void KxSipURLParser::colon() {
-    const std::string_view token = m_token.view();
-    if (m_previous == '\0') {
-        const KxString& sip = KxSipURL::sToken;
-        if (token == sip.view()) {
-            m_url.m_Scheme = sip;
-        } else if (sip.equalsNoCase(token)) {
-            m_url.m_Scheme = KxString(token);
-        } else {
-            KxSipParseError::sThrow("Scheme is not SIP");
-        }
-    } else if (m_previous == ':' && m_hasUserPart) {
-        m_url.m_user = KxString(token);
-    } else if (m_previous == ':' || m_previous == '@') {
-        m_url.m_host = KxString(token);
-        m_hostSeen = true;
-    }
-    m_previous = ':';
-    m_token.clear();
-}
-
 void KxSipURLParser::at() {
     if (m_previous == '\0') {
         return;
@@ -178,35 +271,6 @@ void KxSipURLParser::at() {
     m_token.clear();
 }
 
-KxSipURLParser::Next KxSipURLParser::semicolon() {
-    const bool ownParameters = m_bracket || m_url.m_standalone;
-    if (userIsOpen() || (ownParameters && m_previous != ':' && m_previous != '@')) {
-        m_token.add(m_at - 1, m_at);
-        return Next::More;
-    }
-    if (m_previous != ':' && m_previous != '@') {
-        KxSipParseError::sThrow("Illegal URL construct");
-    }
-    closeToken();
-    requireHost();
-    if (!ownParameters) {
-        return Next::Done;
-    }
-    parameters();
-    return Next::More;
-}
-
-void KxSipURLParser::parameters() {
-    const char* const stop = KxBytes::findAny<'\n', '>', '?'>(m_at, m_end);
-    const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
-    if (!text.empty()) {
-        m_url.m_parameters.write().parse(text);
-    }
-    debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
-    m_at = stop;
-    m_previous = stop == m_end ? kEndOfInput : *stop;
-}
-
 KxSipURLParser::Next KxSipURLParser::comma() {
     if (userIsOpen()) {
         m_token.add(m_at - 1, m_at);
@@ -216,49 +280,6 @@ KxSipURLParser::Next KxSipURLParser::comma() {
     closeToken();
     requireHost();
     return Next::Done;
-}
-
-/** The end of input, a line end, ">" or "?". */
-KxSipURLParser::Next KxSipURLParser::end(int c) {
-    if (c == '?') {
-        if (userIsOpen()) {
-            m_token.add(m_at - 1, m_at);
-            return Next::More;
-        }
-        closeToken();
-        parseHeaders();
-        requireHost();
-        return Next::Done;
-    }
-    if (c == '>') {
-        m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
-        m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
-    }
-    closeToken();
-    requireHost();
-    return Next::Done;
-}
-
-void KxSipURLParser::closeToken() {
-    if (m_previous == ':' && m_hostSeen) {
-        setPort();
-    } else if (m_previous == ':' || m_previous == '@') {
-        m_url.m_host = KxString(m_token.view());
-    }
-    m_token.clear();
-}
-
-void KxSipURLParser::setPort() {
-    if (!m_token.view().empty()) {
-        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(m_token.view()));
-        m_url.m_hasPort = true;
-    }
-}
-
-void KxSipURLParser::requireHost() const {
-    if (m_url.m_host.empty()) {
-        KxSipParseError::sThrow("Sip URL wrong format");
-    }
 }
 
 /** The next character, escapes decoded; -1 at the end. An escape that the input cuts short stands as it is. */

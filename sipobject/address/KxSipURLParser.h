@@ -12,9 +12,10 @@ class KxSipURL;
     two delimiters is a token, and the delimiter before it says what the token is. */
 class KxSipURLParser {
 public:
-    KxSipURLParser(KxSipURL& url, KxInputStream& in);
+    KxSipURLParser(KxSipURL& url, KxInputStream& in)
+        : m_url(url), m_in(in), m_at(in.window().data()), m_end(m_at + in.window().size()) {}
     /** Moves the stream behind what was taken, also when that was refused. */
-    ~KxSipURLParser();
+    ~KxSipURLParser() { m_in.consume(static_cast<std::size_t>(m_at - m_in.window().data())); }
     KxSipURLParser(const KxSipURLParser&) = delete;
     KxSipURLParser& operator=(const KxSipURLParser&) = delete;
 
@@ -27,17 +28,26 @@ private:
     /** The text since the last delimiter. Characters that are dropped from its middle make it a copy. */
     class Token {
     public:
-        void add(const char* begin, const char* end);
+        void add(const char* begin, const char* end) {
+            if (m_view.empty()) {
+                m_view = std::string_view(begin, static_cast<std::size_t>(end - begin));
+            } else {
+                addMore(begin, end);
+            }
+        }
         void clear() { m_view = {}; }
         std::string_view view() const { return m_view; }
 
     private:
+        void addMore(const char* begin, const char* end);
+
         std::string_view m_view;
         Oskan::FastString<256> m_copy;
     };
 
     enum class Next { More, Done };
 
+    bool takeUsualStart();
     bool findUserPart() const;
     bool userIsOpen() const;
     void addQuoted();

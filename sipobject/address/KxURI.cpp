@@ -11,6 +11,7 @@
 #include "util/KxScannedText.h"
 #include "util/KxWholeWindow.h"
 
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -23,6 +24,10 @@ constexpr KxCharSet kDataEnd(">\r\n");
 /** The first three letters of a URI, blanks and an opening bracket aside; NUL where it is shorter. */
 struct Prefix {
     Prefix(const char* at, const char* end) {
+        if (end - at >= 4 && KxAscii::isAlpha(at[0]) && KxAscii::isAlpha(at[1]) && KxAscii::isAlpha(at[2])) {
+            std::copy_n(at, 3, letters);
+            return;
+        }
         for (char& letter : letters) {
             at = skip(at, end, ' ', ' ');
             if (at != end && *at == '<') {
@@ -125,28 +130,46 @@ KxURI* KxURI::sConstruct(const char* scheme) {
 }
 
 KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
-    const Oskan::EntryTraceScope trace(s_logger, "KxURI::sConstructFrom");
+    const Oskan::EntryDepth entry;
+    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Debug)) [[likely]] {
+        const char* what = nullptr;
+        return sRead(in, standalone, what);
+    }
+    return sConstructLogged(in, standalone);
+}
+
+KxHandle<KxURI> KxURI::sConstructLogged(KxInputStream& in, bool standalone) {
+    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
     KxHandle<KxURI> uri;
-    const char* what = "KxURI: parsed URL of unknown scheme";
-    KxWithWholeWindow(in, [&](KxInputStream& line) {
-        const std::string_view text = line.window();
-        const Prefix prefix(text.data(), text.data() + text.size());
-        if (prefix.is("sip")) {
-            uri = KxMake<KxSipURL>();
-            uri->m_standalone = standalone;
-            what = "KxURI: parsed sip URL: ";
-        } else if (prefix.is("tel")) {
-            uri = KxMake<KxTelURL>();
-            uri->m_standalone = standalone;
-            what = "KxURI: parsed tel URL";
-        } else {
-            uri = KxHandle<KxURI>(new KxURI(nullptr));
-        }
-        uri->parse(line);
-    });
+    const char* what = nullptr;
+    KxWithWholeWindow(in, [&](KxInputStream& line) { uri = sRead(line, standalone, what); });
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         debug(what, uri->isSipURL() ? uri->getString() : KxString());
     }
+    return uri;
+}
+
+/** Reads from a whole stream and says what it was. */
+inline KxHandle<KxURI> KxURI::sRead(KxInputStream& in, bool standalone, const char*& what) {
+    KxHandle<KxURI> uri;
+    const std::string_view text = in.window();
+    const Prefix prefix(text.data(), text.data() + text.size());
+    if (prefix.is("sip")) {
+        what = "KxURI: parsed sip URL: ";
+        KxHandle<KxSipURL> url = KxMake<KxSipURL>();
+        url.get()->m_standalone = standalone;
+        url.get()->KxSipURL::parse(in);
+        return url;
+    }
+    if (prefix.is("tel")) {
+        what = "KxURI: parsed tel URL";
+        uri = KxMake<KxTelURL>();
+        uri->m_standalone = standalone;
+    } else {
+        what = "KxURI: parsed URL of unknown scheme";
+        uri = KxMake<KxURI>(nullptr);
+    }
+    uri->parse(in);
     return uri;
 }
 

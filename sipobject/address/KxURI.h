@@ -68,6 +68,8 @@ private:
 
     static Oskan::MemAccount s_account;
     static KxURI* sConstruct(const char* scheme);
+    static KxHandle<KxURI> sConstructLogged(KxInputStream& in, bool standalone);
+    static KxHandle<KxURI> sRead(KxInputStream& in, bool standalone, const char*& what);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }
     void setSchemeData(const KxString& data) { m_SchemeData = data; }
 };

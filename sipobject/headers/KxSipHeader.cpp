@@ -6,11 +6,11 @@
 #include "sipobject/KxNameRegistry.h"
 #include "sipobject/KxSipParseErrorEmptyHeader.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
-#include "util/KxByteArrayInputStream.h"
 #include "util/KxBytes.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
+#include "util/KxViewInputStream.h"
 #include "util/KxWholeWindow.h"
 
 #include <utility>
@@ -20,6 +20,13 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipHeader"};
 constinit KxNameRegistry<KxSipHeader::Creator> s_registry;
 
+/** Stands where a trace scope would, when no scope logs. */
+struct NoScope {
+    NoScope(const Oskan::AceCleanupLogger&, const char*) {}
+};
+template <bool kTraced>
+using Scope = std::conditional_t<kTraced, const Oskan::TraceScope, const NoScope>;
+
 /** Names of this length and more are never registered ones. */
 constexpr std::size_t kNameLimit = 48;
 
@@ -27,28 +34,6 @@ constexpr std::size_t kNameLimit = 48;
 bool endsPlainly(const char* at, const char* end) {
     return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
 }
-
-/** The first line of a text, if it is of the plain kind: a name, the colon at once behind it, CR LF, not continued.
-    Else its length is 0. */
-struct PlainLine {
-    explicit PlainLine(std::string_view text) {
-        const char* const begin = text.data();
-        const char* const end = begin + text.size();
-        const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end);
-        if (colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ') {
-            return;
-        }
-        const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end);
-        if (endsPlainly(stop, end)) {
-            length = static_cast<std::size_t>(stop - begin) + 2;
-            name = std::string_view(begin, static_cast<std::size_t>(colon - begin));
-            value = std::string_view(colon + 1, static_cast<std::size_t>(stop - colon) + 1);
-        }
-    }
-    std::size_t length = 0;
-    std::string_view name;
-    std::string_view value;
-};
 
 /** One logical line, ending in CR LF: in place when that is how it lies, else unfolded into `copy`. */
 std::string_view takeLine(KxInputStream& in, Oskan::FastString<256>& copy) {
@@ -88,7 +73,23 @@ std::string_view nameIn(const char* begin, const char* end) {
     return trimEnd(std::string_view(begin, static_cast<std::size_t>(colon - begin)));
 }
 
+/** Where the comma stands that ends a value; `end` when there is none. */
+const char* findComma(const char* at, const char* end) {
+    while (at != end && *at != ',') {
+        ++at;
+    }
+    return at;
+}
+
 } // namespace
+
+/** A logical line. */
+struct KxSipHeader::Line {
+    std::string_view key;   ///< The name that decides on the class.
+    std::string_view name;  ///< The name as it stood.
+    std::string_view value; ///< What stands behind the colon, CR LF included.
+    const char* readable;   ///< Where the bytes end that lie behind the value.
+};
 
 constinit Oskan::MemAccount KxSipHeader::s_account{"KxSipHeader"};
 
@@ -112,13 +113,27 @@ void KxSipHeader::sAddConstructor(const char* name, Creator creator) {
     s_registry.add(name, creator);
 }
 
-KxSipHeader* KxSipHeader::sConstruct(std::string_view name) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstruct");
-    const Creator creator = name.size() < kNameLimit ? s_registry.find(name) : nullptr;
-    if (creator != nullptr) {
-        return creator();
+/** An object of the class that goes by the key, under the name as it stood. */
+template <bool kTraced>
+[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(const Line& line, bool& named) {
+    const Scope<kTraced> trace(s_logger, "KxSipHeader::sConstruct");
+    bool exact = false;
+    const auto* const entry = line.key.size() < kNameLimit ? s_registry.findEntry(line.key, exact) : nullptr;
+    if (entry == nullptr) {
+        return sMakeUnknown(line.key);
     }
-    return new KxSipUnknownHeader(KxString(name), KxString());
+    KxHandle<KxSipHeader> header = KxHandle<KxSipHeader>::sOfNew(entry->creator());
+    named = exact && header.get()->m_token.c_str() == entry->name.data() && line.key.data() == line.name.data();
+    return header;
+}
+
+KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
+    bool named = false;
+    return sConstruct<true>({name, name, {}, nullptr}, named);
+}
+
+[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sMakeUnknown(std::string_view name) {
+    return KxHandle<KxSipHeader>::sOfNew(new KxSipUnknownHeader(KxString(name), KxString()));
 }
 
 const char* KxSipHeader::sTextOf(KxSipLineFault fault) {
@@ -140,6 +155,7 @@ void KxSipHeader::sThrow(KxSipLineFault fault) {
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
+    const Oskan::EntryDepth entry;
     KxSipLineFault fault = KxSipLineFault::None;
     KxHandle<KxSipHeader> header = sReadFrom(in, fault);
     if (fault != KxSipLineFault::None) {
@@ -149,22 +165,45 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& fault) {
-    if (!in.isWhole()) {
-        KxHandle<KxSipHeader> header;
-        KxWithWholeWindow(in, [&](KxInputStream& line) { header = sReadFrom(line, fault); });
-        return header;
+    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+        return sReadTraced(in, fault);
     }
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
-    const PlainLine line(in.window());
-    if (line.length == 0) {
-        return sReadUnplain(in, fault);
-    }
-    in.consume(line.length);
-    return sMake(line.name, line.name, line.value, fault);
+    return sRead<false>(in, fault);
 }
 
-/** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it. */
-KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFault& fault) {
+[[gnu::cold]] KxHandle<KxSipHeader> KxSipHeader::sReadTraced(KxInputStream& in, KxSipLineFault& fault) {
+    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
+    return sRead<true>(in, fault);
+}
+
+/** A plain line is read where it lies: a name, the colon at once behind it, CR LF at the end, not continued. */
+template <bool kTraced>
+[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sRead(KxInputStream& in, KxSipLineFault& fault) {
+    const std::string_view window = in.window();
+    const char* const begin = window.data();
+    const char* const end = begin + window.size();
+    const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end, in.readableEnd());
+    if (!in.isWhole() || colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ') {
+        return sReadUnplain<kTraced>(in, fault);
+    }
+    const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end, in.readableEnd());
+    if (!endsPlainly(stop, end)) {
+        return sReadUnplain<kTraced>(in, fault);
+    }
+    in.consume(static_cast<std::size_t>(stop - begin) + 2);
+    const std::string_view name(begin, static_cast<std::size_t>(colon - begin));
+    const std::string_view value(colon + 1, static_cast<std::size_t>(stop - colon) + 1);
+    return sMake<kTraced>({name, name, value, in.readableEnd()}, fault);
+}
+
+/** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it, or is not whole. */
+template <bool kTraced>
+[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFault& fault) {
+    if (!in.isWhole()) {
+        KxHandle<KxSipHeader> header;
+        KxWithWholeWindow(in, [&](KxInputStream& line) { header = sRead<kTraced>(line, fault); });
+        return header;
+    }
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
         KxStreamTokenizer::sDiscardLine(in);
@@ -186,14 +225,14 @@ KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFaul
         fault = KxSipLineFault::NoToken;
         return {};
     }
-    return sMake(key, name, line.substr(colon + 1), fault);
+    return sMake<kTraced>({key, name, line.substr(colon + 1), line.data() + line.size()}, fault);
 }
 
-/** A header of the class that `key` names, under its name as it stood, read from what stands behind the colon. */
-KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view key, std::string_view name, std::string_view value,
-                                         KxSipLineFault& fault) {
-    KxHandle<KxSipHeader> header(sConstruct(key));
-    fault = header->parseLine(name, value);
+template <bool kTraced>
+[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sMake(const Line& line, KxSipLineFault& fault) {
+    bool named = false;
+    KxHandle<KxSipHeader> header = sConstruct<kTraced>(line, named);
+    fault = header.get()->parseLine<kTraced>(line, named);
     if (fault != KxSipLineFault::None) {
         header = nullptr;
     }
@@ -214,64 +253,68 @@ void KxSipHeader::parseWhole(KxInputStream& in) {
         setToken(name);
         sThrow(KxSipLineFault::NoColon);
     }
-    const KxSipLineFault fault = parseLine(name, line.substr(colon + 1));
+    const KxSipLineFault fault =
+        parseLine<true>({name, name, line.substr(colon + 1), line.data() + line.size()}, false);
     if (fault != KxSipLineFault::None) {
         sThrow(fault);
     }
 }
 
-/** The name as it stood and what stands behind the colon, CR LF included. */
-inline KxSipLineFault KxSipHeader::parseLine(std::string_view name, std::string_view value) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::parse");
-    if (m_token.length() != name.size() || !KxBytes::equal(m_token.c_str(), name.data(), name.size())) {
-        setToken(name);
+template <bool kTraced>
+[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseLine(const Line& line, bool named) {
+    const Scope<kTraced> trace(s_logger, "KxSipHeader::parse");
+    if (!named) {
+        setToken(line.name);
     }
-    KxByteArrayInputStream in(value);
-    return parseValues(in);
+    KxViewInputStream in(line.value, line.readable);
+    return parseValues<kTraced>(in);
 }
 
-void KxSipHeader::setToken(std::string_view name) {
-    const KxString& compact = getCompactToken();
-    m_token = compact.view() == name ? compact : KxString(name);
+[[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
+    if (m_token.view() != name) {
+        const KxString& compact = getCompactToken();
+        m_token = compact.view() == name ? compact : KxString(name);
+    }
 }
 
+/** The values that stand in the stream, the first of them for this object. */
 void KxSipHeader::parseRest(KxInputStream& in) {
-    const KxSipLineFault fault = parseValues(in);
+    const KxSipLineFault fault = parseValues<true>(in);
     if (fault != KxSipLineFault::None) {
         sThrow(fault);
     }
 }
 
-KxSipLineFault KxSipHeader::parseValues(KxInputStream& in) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
+template <bool kTraced>
+[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseValues(KxInputStream& in) {
+    const Scope<kTraced> trace(s_logger, "KxSipHeader::parseRest");
     const char* const end = in.window().data() + in.window().size(); // a line: whole
+    if (KxAscii::skipSpace(in.window().data(), end) == end) {
+        return KxSipLineFault::NothingBehindColon;
+    }
+    doParse(in);
+    const char* const comma = findComma(in.window().data(), end);
+    return comma == end ? KxSipLineFault::None : parseFurther(in, comma);
+}
+
+/** The values behind the first one, each in an object of its own. */
+[[gnu::noinline]] KxSipLineFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
+    const char* const end = in.window().data() + in.window().size();
+    const std::string_view name = getExpandedToken();
+    const Creator creator = s_registry.find(name);
     KxHandle<KxSipHeader> further;
-    KxSipHeader* last = this;
-    Creator creator = nullptr;
-    while (true) {
+    KxHandle<KxSipHeader>* link = &further;
+    for (; comma != end; comma = findComma(in.window().data(), end)) {
+        in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
         if (KxAscii::skipSpace(in.window().data(), end) == end) {
             return KxSipLineFault::NothingBehindColon;
         }
+        *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
+        KxSipHeader* const last = link->get();
         last->doParse(in);
-        const char* comma = in.window().data();
-        while (comma != end && *comma != ',') {
-            ++comma;
-        }
-        if (comma == end) {
-            break;
-        }
-        in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
-        if (creator == nullptr) {
-            creator = s_registry.find(getExpandedToken());
-        }
-        KxHandle<KxSipHeader> next(creator != nullptr ? creator() : sConstruct(getExpandedToken()));
-        KxHandle<KxSipHeader>& link = last == this ? further : last->m_next;
-        last = next.get();
-        link = std::move(next);
+        link = &last->m_next;
     }
-    if (!further.isNil()) {
-        addNext(std::move(further));
-    }
+    addNext(std::move(further));
     return KxSipLineFault::None;
 }
 

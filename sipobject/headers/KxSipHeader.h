@@ -89,21 +89,33 @@ private:
     friend class KxSipMessage;
     friend class KxSipRequest;
 
-    static KxSipHeader* sConstruct(std::string_view name);
+    struct Line;
+    template <bool kTraced>
+    static KxHandle<KxSipHeader> sConstruct(const Line& line, bool& named);
+    /** An empty header of the class that goes by the name. */
+    static KxHandle<KxSipHeader> sConstruct(std::string_view name);
+    static KxHandle<KxSipHeader> sMakeUnknown(std::string_view name);
     /** As sConstructFrom, but what the framework finds wrong is told, not thrown: a hostile message may hold thousands
         of such lines. Nil when there is a fault. */
     static KxHandle<KxSipHeader> sReadFrom(KxInputStream& in, KxSipLineFault& fault);
+    static KxHandle<KxSipHeader> sReadTraced(KxInputStream& in, KxSipLineFault& fault);
+    template <bool kTraced>
+    static KxHandle<KxSipHeader> sRead(KxInputStream& in, KxSipLineFault& fault);
+    template <bool kTraced>
     static KxHandle<KxSipHeader> sReadUnplain(KxInputStream& in, KxSipLineFault& fault);
-    static KxHandle<KxSipHeader> sMake(std::string_view key, std::string_view name, std::string_view value,
-                                       KxSipLineFault& fault);
+    template <bool kTraced>
+    static KxHandle<KxSipHeader> sMake(const Line& line, KxSipLineFault& fault);
     static const char* sTextOf(KxSipLineFault fault);
     [[noreturn]] static void sThrow(KxSipLineFault fault);
 
     void releaseChain();
     void parseWhole(KxInputStream& in);
-    KxSipLineFault parseLine(std::string_view name, std::string_view value);
-    void parseRest(KxInputStream& in);
+    template <bool kTraced>
+    KxSipLineFault parseLine(const Line& line, bool named);
+    template <bool kTraced>
     KxSipLineFault parseValues(KxInputStream& in);
+    void parseRest(KxInputStream& in);
+    KxSipLineFault parseFurther(KxInputStream& in, const char* comma);
     void setToken(std::string_view name);
 
     static Oskan::MemAccount s_account;

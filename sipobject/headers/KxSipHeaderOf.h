@@ -44,12 +44,18 @@ protected:
     KxSipHeaderOf(const KxSipHeaderOf&) = default;
 
     void doParse(KxInputStream& in) final {
-        const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        self().parseValue(in);
+        if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+            parseTraced(in);
+        } else {
+            self().parseValue(in);
+        }
     }
     void doSerialize(KxOutputStream& out) const final {
-        const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);
-        self().serializeValue(out);
+        if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+            serializeTraced(out);
+        } else {
+            self().serializeValue(out);
+        }
     }
 
     /** Reads the value from a text, as constructors from text do; null reads as empty. Not before H is complete. */
@@ -61,6 +67,15 @@ protected:
     static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }
 
 private:
+    [[gnu::cold, gnu::noinline]] void parseTraced(KxInputStream& in) {
+        const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
+        self().parseValue(in);
+    }
+    [[gnu::cold, gnu::noinline]] void serializeTraced(KxOutputStream& out) const {
+        const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);
+        self().serializeValue(out);
+    }
+
     static constexpr bool kHasCompact = requires { H::sCompactToken; };
 
     static KxSipHeader* sCreate() { return new H; }

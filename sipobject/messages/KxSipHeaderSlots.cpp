@@ -1,15 +1,23 @@
 #include "sipobject/messages/KxSipHeaderSlots.h"
 
+#include <bit>
 #include <utility>
 
-KxSipHeaderSlots::KxSipHeaderSlots() {
+KxSipHeaderSlots::KxSipHeaderSlots() : m_slots{} {
     m_order[kEnd] = {kEnd, kEnd};
+}
+
+KxSipHeaderSlots::~KxSipHeaderSlots() {
+    for (std::uint64_t used = m_used; used != 0; used &= used - 1) {
+        m_slots[static_cast<HeaderID>(std::countr_zero(used))] = nullptr;
+    }
 }
 
 void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
     m_order = other.m_order;
-    for (HeaderID id = 0; id < kEnd; ++id) {
-        m_slots[id] = other.copyOf(id);
+    for (std::uint64_t used = other.m_used; used != 0; used &= used - 1) {
+        const auto id = static_cast<HeaderID>(std::countr_zero(used));
+        use(id) = other.copyOf(id);
     }
 }
 
@@ -50,7 +58,7 @@ bool KxSipHeaderSlots::chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&
 }
 
 void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {
-    m_slots[header->getHeaderID()] = std::move(header);
+    use(header->getHeaderID()) = std::move(header);
 }
 
 /** The end of a chain: walked to where it is near, remembered where it is far. */

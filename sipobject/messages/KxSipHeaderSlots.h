@@ -12,6 +12,7 @@
 class KxSipHeaderSlots {
 public:
     KxSipHeaderSlots();
+    ~KxSipHeaderSlots();
     KxSipHeaderSlots(const KxSipHeaderSlots&) = delete;
     KxSipHeaderSlots& operator=(const KxSipHeaderSlots&) = delete;
 
@@ -28,7 +29,7 @@ public:
             return chain(slot, std::move(header), first);
         }
         enlist(header->getHeaderID());
-        slot = std::move(header);
+        use(header->getHeaderID()) = std::move(header);
         return true;
     }
     /** A deep copy of the values of a kind, chained in their order; nil when there are none. */
@@ -57,6 +58,10 @@ private:
         std::uint8_t next;
     };
 
+    KxHandle<KxSipHeader>& use(HeaderID id) {
+        m_used |= std::uint64_t{1} << id;
+        return m_slots[id];
+    }
     void enlist(HeaderID id) {
         const std::uint8_t last = m_order[kEnd].previous;
         m_order[id] = {last, kEnd};
@@ -68,7 +73,11 @@ private:
     KxSipHeader* lastOf(HeaderID id);
     void forgetLast(HeaderID id);
 
-    std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount> m_slots;
+    static_assert(KxHeaderIDs::kCount <= 64);
+    std::uint64_t m_used = 0; // slots that were ever filled; the others need no look when all is dropped
+    union {
+        std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount> m_slots;
+    };
     std::unique_ptr<std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount>> m_last; // made for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{};                            // a ring through kEnd
 };

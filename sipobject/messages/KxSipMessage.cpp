@@ -154,11 +154,17 @@ bool KxSipMessage::isRequired(std::string_view optionTag) const {
 }
 
 inline void KxSipMessage::insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
-    OSKAN_ASSERT(header->getHeaderID() < KxHeaderIDs::kCount);
     const KxSipHeader& value = *header; // someone holds it either way
-    if (!m_headers.add(std::move(header), first) && s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+    OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
+    if (!m_headers.add(std::move(header), first)) {
+        noteTwice(value, operation);
+    }
+}
+
+[[gnu::cold]] void KxSipMessage::noteTwice(const KxSipHeader& header, const char* operation) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug,
-                     std::string(operation).append(" : adding a header twice : ").append(value.getToken().view()));
+                     std::string(operation).append(" : adding a header twice : ").append(header.getToken().view()));
     }
 }
 

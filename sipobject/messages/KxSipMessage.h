@@ -197,6 +197,7 @@ private:
     KxHandle<KxSipHeader> findHeader(std::string_view name) const;
     HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
     void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation);
+    static void noteTwice(const KxSipHeader& header, const char* operation);
     [[noreturn]] void invalidate(std::string_view why);
     void checkHeader(HeaderID id, std::string_view name, bool single);
     void checkCSeqMethod();

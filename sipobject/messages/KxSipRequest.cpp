@@ -248,7 +248,7 @@ KxHandle<KxSipHeader> KxSipRequest::headerFrom(const KxString& name, const KxStr
     if (name.view().find(':') != std::string_view::npos || KxAscii::trim(name) != name.view()) {
         KxSipParseError::sThrow("Header token expected");
     }
-    KxHandle<KxSipHeader> header(KxSipHeader::sConstruct(name));
+    KxHandle<KxSipHeader> header = KxSipHeader::sConstruct(name);
     const std::string line = std::string(value.view()) + "\r\n";
     KxByteArrayInputStream in{std::string_view(line)};
     header->parseRest(in);

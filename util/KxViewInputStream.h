@@ -1,0 +1,15 @@
+#pragma once
+
+#include "util/KxInputStream.h"
+
+/** Somebody else's bytes as a stream; they must outlive it and stay as they are. */
+class KX_UTIL_API KxViewInputStream final : public KxInputStream {
+public:
+    explicit KxViewInputStream(std::string_view bytes) : KxViewInputStream(bytes, bytes.data() + bytes.size()) {}
+    /** The bytes that lie behind those of the stream, up to `readable`, may be loaded too. */
+    KxViewInputStream(std::string_view bytes, const char* readable)
+        : KxInputStream(bytes.data(), bytes.data() + bytes.size(), readable) {}
+
+protected:
+    std::size_t readSome(char* buffer, std::size_t capacity) override;
+};
