@@ -3,14 +3,25 @@
 
 #include "fuzz/FuzzSupport.h"
 #include "sipobject/address/KxTelURL.h"
+#include "sipobject/headers/KxSipAcceptEncodingHeader.h"
 #include "sipobject/headers/KxSipAcceptHeader.h"
+#include "sipobject/headers/KxSipAcceptLanguageHeader.h"
+#include "sipobject/headers/KxSipAlertInfoHeader.h"
 #include "sipobject/headers/KxSipCCDiversionHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
+#include "sipobject/headers/KxSipContentDispositionHeader.h"
 #include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipErrorInfoHeader.h"
+#include "sipobject/headers/KxSipEventHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
+#include "sipobject/headers/KxSipMinSEHeader.h"
 #include "sipobject/headers/KxSipRecordRouteHeader.h"
 #include "sipobject/headers/KxSipReferredByHeader.h"
+#include "sipobject/headers/KxSipResponseKeyHeader.h"
+#include "sipobject/headers/KxSipRetryAfterHeader.h"
 #include "sipobject/headers/KxSipRouteHeader.h"
+#include "sipobject/headers/KxSipSessionExpiresHeader.h"
+#include "sipobject/headers/KxSipSessionHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxByteArrayInputStream.h"
@@ -163,6 +174,18 @@ bool changesAnyAddress(const KxSipHeader& header) {
     return (changesAddress<H>(header) || ...);
 }
 
+template <class... H>
+bool losesAnyParameters(const KxSipHeader& header) {
+    const auto loses = [](const auto* typed) { return typed != nullptr && losesParameters(*typed->getParameters()); };
+    return (loses(dynamic_cast<const H*>(&header)) || ...);
+}
+
+template <class... H>
+bool changesAnyURI(const KxSipHeader& header) {
+    const auto changesURI = [](const auto* typed) { return typed != nullptr && changes(*typed->getURI()); };
+    return (changesURI(dynamic_cast<const H*>(&header)) || ...);
+}
+
 bool changes(const KxSipHeader& header, std::string_view value) {
     switch (header.getHeaderID()) {
     case KxHeaderIDs::kUnknown: // A name that is folded or has control characters around it is not registered, but
@@ -183,12 +206,14 @@ bool changes(const KxSipHeader& header, std::string_view value) {
     }
     case KxHeaderIDs::kReplaces:
         return hasOpenQuote(value);
-    case KxHeaderIDs::kContentType:
-        return losesParameters(*static_cast<const KxSipContentTypeHeader&>(header).getParameters());
-    case KxHeaderIDs::kAccept:
-        return losesParameters(*static_cast<const KxSipAcceptHeader&>(header).getParameters());
     default:
-        return changesAnyAddress<KxSipFromHeader, KxSipToHeader, KxSipContactHeader, KxSipRouteHeader,
+        return losesAnyParameters<KxSipContentTypeHeader, KxSipAcceptHeader, KxSipAcceptEncodingHeader,
+                                  KxSipAcceptLanguageHeader, KxSipContentDispositionHeader, KxSipEventHeader,
+                                  KxSipSessionHeader, KxSipSessionExpiresHeader, KxSipMinSEHeader,
+                                  KxSipRetryAfterHeader, KxSipResponseKeyHeader, KxSipAlertInfoHeader,
+                                  KxSipErrorInfoHeader>(header) ||
+               changesAnyURI<KxSipAlertInfoHeader, KxSipErrorInfoHeader>(header) ||
+               changesAnyAddress<KxSipFromHeader, KxSipToHeader, KxSipContactHeader, KxSipRouteHeader,
                                  KxSipRecordRouteHeader, KxSipReferredByHeader, KxSipCCDiversionHeader>(header);
     }
 }
