@@ -99,6 +99,10 @@ bool hasOpenQuote(std::string_view text) {
     return open;
 }
 
+bool hasOddQuotes(std::string_view text) {
+    return std::count(text.begin(), text.end(), '"') % 2 != 0;
+}
+
 // What follows are the ways in which a value that was read is laid down to be written so that it reads as another.
 
 /** A quote that was never closed swallows the parameters that a later round finds behind it: one that took the place of
@@ -125,9 +129,9 @@ bool losesHeaders(const KxParameters& headers) {
 
 bool changes(const KxSipURL& url) {
     // An "@" in front of the scheme, or one behind a quote of another value, makes delimiters part of the host or user;
-    // one that such a quote hid ends a user when that quote is gone.
+    // one that such a quote hid ends a user when that quote is gone. Quotes of a user know no escapes.
     return (url.getUser().empty() && hasAnyOf(url.getParameters()->getString(), "@")) ||
-           hasAnyOf(url.getHost(), ";,?\"") || hasOpenQuote(url.getUser()) || hasOpenQuote(url.getUserPassword()) ||
+           hasAnyOf(url.getHost(), ";,?\"") || hasOddQuotes(url.getUser()) || hasOddQuotes(url.getUserPassword()) ||
            losesParameters(*url.getParameters()) || losesHeaders(*url.getHeaders());
 }
 
@@ -140,7 +144,8 @@ bool changes(const KxTelURL& url) {
            losesParameters(*url.getParameters());
 }
 
-/** Of an unknown scheme is also a URI whose scheme stands behind a form feed: written, it is a known one. */
+/** Of an unknown scheme is also a URI whose scheme stands behind a form feed: written, it is a known one. Of brackets in
+    front a round takes one. */
 bool changes(const KxURI& uri) {
     if (uri.isSipURL()) {
         return changes(static_cast<const KxSipURL&>(uri));
@@ -149,8 +154,10 @@ bool changes(const KxURI& uri) {
         return changes(*tel);
     }
     std::string letters(uri.getString().view().substr(0, 64));
-    letters.erase(std::remove(letters.begin(), letters.end(), ' '), letters.end());
-    return KxAscii::equalsNoCase(letters.substr(0, 3), "sip") || KxAscii::equalsNoCase(letters.substr(0, 3), "tel");
+    const bool isBracketed = letters.starts_with('<');
+    std::erase_if(letters, [](char c) { return c == ' ' || c == '<'; });
+    return isBracketed || KxAscii::equalsNoCase(letters.substr(0, 3), "sip") ||
+           KxAscii::equalsNoCase(letters.substr(0, 3), "tel");
 }
 
 /** A display name is one character longer when written: it was right in front of the "<". */
