@@ -3,14 +3,25 @@
 
 #include "fuzz/FuzzSupport.h"
 #include "sipobject/address/KxTelURL.h"
+#include "sipobject/headers/KxSipAcceptEncodingHeader.h"
 #include "sipobject/headers/KxSipAcceptHeader.h"
+#include "sipobject/headers/KxSipAcceptLanguageHeader.h"
+#include "sipobject/headers/KxSipAlertInfoHeader.h"
 #include "sipobject/headers/KxSipCCDiversionHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
+#include "sipobject/headers/KxSipContentDispositionHeader.h"
 #include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipErrorInfoHeader.h"
+#include "sipobject/headers/KxSipEventHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
+#include "sipobject/headers/KxSipMinSEHeader.h"
 #include "sipobject/headers/KxSipRecordRouteHeader.h"
 #include "sipobject/headers/KxSipReferredByHeader.h"
+#include "sipobject/headers/KxSipResponseKeyHeader.h"
+#include "sipobject/headers/KxSipRetryAfterHeader.h"
 #include "sipobject/headers/KxSipRouteHeader.h"
+#include "sipobject/headers/KxSipSessionExpiresHeader.h"
+#include "sipobject/headers/KxSipSessionHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxByteArrayInputStream.h"
@@ -88,6 +99,10 @@ bool hasOpenQuote(std::string_view text) {
     return open;
 }
 
+bool hasOddQuotes(std::string_view text) {
+    return std::count(text.begin(), text.end(), '"') % 2 != 0;
+}
+
 // What follows are the ways in which a value that was read is laid down to be written so that it reads as another.
 
 /** A quote that was never closed swallows the parameters that a later round finds behind it: one that took the place of
@@ -114,9 +129,9 @@ bool losesHeaders(const KxParameters& headers) {
 
 bool changes(const KxSipURL& url) {
     // An "@" in front of the scheme, or one behind a quote of another value, makes delimiters part of the host or user;
-    // one that such a quote hid ends a user when that quote is gone.
+    // one that such a quote hid ends a user when that quote is gone. Quotes of a user know no escapes.
     return (url.getUser().empty() && hasAnyOf(url.getParameters()->getString(), "@")) ||
-           hasAnyOf(url.getHost(), ";,?\"") || hasOpenQuote(url.getUser()) || hasOpenQuote(url.getUserPassword()) ||
+           hasAnyOf(url.getHost(), ";,?\"") || hasOddQuotes(url.getUser()) || hasOddQuotes(url.getUserPassword()) ||
            losesParameters(*url.getParameters()) || losesHeaders(*url.getHeaders());
 }
 
@@ -129,7 +144,8 @@ bool changes(const KxTelURL& url) {
            losesParameters(*url.getParameters());
 }
 
-/** Of an unknown scheme is also a URI whose scheme stands behind a form feed: written, it is a known one. */
+/** Of an unknown scheme is also a URI whose scheme stands behind a form feed: written, it is a known one. Of brackets in
+    front a round takes one. */
 bool changes(const KxURI& uri) {
     if (uri.isSipURL()) {
         return changes(static_cast<const KxSipURL&>(uri));
@@ -138,8 +154,10 @@ bool changes(const KxURI& uri) {
         return changes(*tel);
     }
     std::string letters(uri.getString().view().substr(0, 64));
-    letters.erase(std::remove(letters.begin(), letters.end(), ' '), letters.end());
-    return KxAscii::equalsNoCase(letters.substr(0, 3), "sip") || KxAscii::equalsNoCase(letters.substr(0, 3), "tel");
+    const bool isBracketed = letters.starts_with('<');
+    std::erase_if(letters, [](char c) { return c == ' ' || c == '<'; });
+    return isBracketed || KxAscii::equalsNoCase(letters.substr(0, 3), "sip") ||
+           KxAscii::equalsNoCase(letters.substr(0, 3), "tel");
 }
 
 /** A display name is one character longer when written: it was right in front of the "<". */
@@ -163,6 +181,18 @@ bool changesAnyAddress(const KxSipHeader& header) {
     return (changesAddress<H>(header) || ...);
 }
 
+template <class... H>
+bool losesAnyParameters(const KxSipHeader& header) {
+    const auto loses = [](const auto* typed) { return typed != nullptr && losesParameters(*typed->getParameters()); };
+    return (loses(dynamic_cast<const H*>(&header)) || ...);
+}
+
+template <class... H>
+bool changesAnyURI(const KxSipHeader& header) {
+    const auto changesURI = [](const auto* typed) { return typed != nullptr && changes(*typed->getURI()); };
+    return (changesURI(dynamic_cast<const H*>(&header)) || ...);
+}
+
 bool changes(const KxSipHeader& header, std::string_view value) {
     switch (header.getHeaderID()) {
     case KxHeaderIDs::kUnknown: // A name that is folded or has control characters around it is not registered, but
@@ -183,12 +213,14 @@ bool changes(const KxSipHeader& header, std::string_view value) {
     }
     case KxHeaderIDs::kReplaces:
         return hasOpenQuote(value);
-    case KxHeaderIDs::kContentType:
-        return losesParameters(*static_cast<const KxSipContentTypeHeader&>(header).getParameters());
-    case KxHeaderIDs::kAccept:
-        return losesParameters(*static_cast<const KxSipAcceptHeader&>(header).getParameters());
     default:
-        return changesAnyAddress<KxSipFromHeader, KxSipToHeader, KxSipContactHeader, KxSipRouteHeader,
+        return losesAnyParameters<KxSipContentTypeHeader, KxSipAcceptHeader, KxSipAcceptEncodingHeader,
+                                  KxSipAcceptLanguageHeader, KxSipContentDispositionHeader, KxSipEventHeader,
+                                  KxSipSessionHeader, KxSipSessionExpiresHeader, KxSipMinSEHeader,
+                                  KxSipRetryAfterHeader, KxSipResponseKeyHeader, KxSipAlertInfoHeader,
+                                  KxSipErrorInfoHeader>(header) ||
+               changesAnyURI<KxSipAlertInfoHeader, KxSipErrorInfoHeader>(header) ||
+               changesAnyAddress<KxSipFromHeader, KxSipToHeader, KxSipContactHeader, KxSipRouteHeader,
                                  KxSipRecordRouteHeader, KxSipReferredByHeader, KxSipCCDiversionHeader>(header);
     }
 }

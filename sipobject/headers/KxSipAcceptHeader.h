@@ -6,9 +6,10 @@
     Accept = "Accept" HCOLON [ accept-range *(COMMA accept-range) ]           [RFC 3261 20.1]
     accept-range = media-range *(SEMI accept-param)
     A comma ends the value even inside quotes; a range without type or subtype throws "Invalid Accept header". The q
-    value is a parameter like any other.
+    value stands among the parameters.
     "Accept: application/sdp;level=1, text / *;q=0.5" -> two values, two lines out */
-class KX_SIP_API KxSipAcceptHeader final : public KxSipMediaTypeHeader<KxSipAcceptHeader> {
+class KX_SIP_API KxSipAcceptHeader final
+    : public KxSipMediaTypeHeader<KxSipAcceptHeader, KxSipPreferenceHeader<KxSipAcceptHeader>> {
 public:
     KxSipAcceptHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
 

@@ -2,8 +2,7 @@
 
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipNameAddress.h"
-#include "sipobject/headers/KxSipHeaderOf.h"
-#include "util/KxLazyParameters.h"
+#include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
 
 /** The family of headers whose value is a name-address. Inside a header the ";" behind a URL without brackets belongs to
@@ -42,23 +41,19 @@ private:
 /** The address headers with header parameters behind the name-address: name-addr *(SEMI parameter). A class H that has
     more to ask of a value it read provides checkValidity(). */
 template <class H>
-class KxSipParameterAddressHeader : public KxSipAddressHeader<H> {
-public:
-    /** The list itself, shared; never nil. */
-    KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
-    /** Nil when absent. */
-    KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
-    bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
-    void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
-    void removeParameter(std::string_view name) { m_parameters.removeValue(name); }
-
+class KxSipParameterAddressHeader : public KxSipParameterHeader<H, KxSipAddressHeader<H>> {
 protected:
+    using Base = KxSipParameterHeader<H, KxSipAddressHeader<H>>;
+
     KxSipParameterAddressHeader() = default;
     /** Holds copies; nil gives empty ones. */
     KxSipParameterAddressHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters)
-        : KxSipAddressHeader<H>(address), m_parameters(copyOf(parameters)) {}
-    KxSipParameterAddressHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)
-        : KxSipAddressHeader<H>(url), m_parameters(copyOf(parameters)) {}
+        : Base(address) {
+        this->m_parameters = KxLazyParameters(parameters);
+    }
+    KxSipParameterAddressHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters) : Base(url) {
+        this->m_parameters = KxLazyParameters(parameters);
+    }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 
     void parseAddress(KxInputStream& in) {
@@ -71,22 +66,16 @@ protected:
             in.read();
         }
         if (c != ',') {
-            m_parameters.write().parse(in);
+            this->m_parameters.write().parse(in);
         }
     }
     void serializeAddress(KxOutputStream& out) const {
         out << this->m_nameAddress;
-        m_parameters.serializeBehind(out);
+        this->serializeParameters(out);
     }
-
-    KxLazyParameters m_parameters;
 
 private:
     friend class KxSipHeaderOf<H>;
-
-    static KxHandle<KxParameters> copyOf(const KxHandle<KxParameters>& parameters) {
-        return parameters.isNil() ? KxHandle<KxParameters>() : KxHandle<KxParameters>(parameters->clone());
-    }
 
     void parseValue(KxInputStream& in) {
         parseAddress(in);

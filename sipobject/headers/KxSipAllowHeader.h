@@ -16,7 +16,6 @@ public:
     static constexpr char kClassName[] = "KxSipAllowHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kAllow;
     static constexpr const KxCharSet& kTokenEnd = sDelimeters;
-    static constexpr bool kTrimmed = true;
     static constexpr const char* kEmptyError = "Empty method in Allow header";
     static constexpr bool kIsTrimmed = true;
 

@@ -2,9 +2,11 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "util/KxByteArrayInputStream.h"
+#include "util/KxStreamTokenizer.h"
 
 /** What every header class shares and none should write: names, identifier, copying, creation, registration and trace
     scopes. A class H derives from KxSipHeaderOf<H>, makes it a friend and provides
@@ -63,6 +65,17 @@ protected:
         KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
         doParse(in);
     }
+
+    /** Skips blanks; throws the error unless a digit stands next. */
+    static void expectDigit(KxInputStream& in, const char* error) {
+        if (!KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)))) {
+            KxSipParseError::sThrow(error);
+        }
+    }
+
+    /** What a family reads and writes behind its value: nothing, unless it is built on KxSipParameterHeader. */
+    void parseParameters(KxInputStream&) {}
+    void serializeParameters(KxOutputStream&) const {}
 
     static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }
 

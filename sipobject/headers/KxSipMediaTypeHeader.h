@@ -1,15 +1,13 @@
 #pragma once
 
-#include "sipobject/KxSipParseError.h"
-#include "sipobject/headers/KxSipHeaderOf.h"
-#include "util/KxLazyParameters.h"
+#include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
-#include "util/KxStreamTokenizer.h"
 
-/** The family of headers whose value is a media type: type "/" subtype *(";" parameter). */
-template <class H>
-class KxSipMediaTypeHeader : public KxSipHeaderOf<H> {
+/** The family of headers whose value is a media type: type "/" subtype *(";" parameter). Here a comma
+    ends the parameters even inside quotes. */
+template <class H, class Base = KxSipParameterHeader<H>>
+class KxSipMediaTypeHeader : public Base {
 public:
     const KxString& getType() const { return m_type; }
     const KxString& getSubType() const { return m_subType; }
@@ -21,13 +19,6 @@ public:
         return text;
     }
 
-    bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
-    KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
-    void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
-    void removeParameter(std::string_view name) { m_parameters.removeValue(name); }
-    /** The list itself, shared; never nil. */
-    KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
-
 protected:
     KxSipMediaTypeHeader() = default;
     /** Stored as given, unchecked; null reads as empty. */
@@ -37,7 +28,6 @@ protected:
 
     KxString m_type;
     KxString m_subType;
-    KxLazyParameters m_parameters;
 
 private:
     friend class KxSipHeaderOf<H>;
@@ -56,7 +46,7 @@ private:
             in.read();
             const std::string_view parameters = scanned.until<','>(in);
             if (!KxAscii::trim(parameters).empty()) {
-                m_parameters.write().parse(parameters);
+                this->m_parameters.write().parse(parameters);
             }
         }
     }
@@ -64,6 +54,6 @@ private:
         out.write(m_type.view());
         out.write('/');
         out.write(m_subType.view());
-        m_parameters.serializeBehind(out);
+        this->serializeParameters(out);
     }
 };

@@ -1,18 +1,24 @@
 #pragma once
 
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
-#include "util/KxStreamTokenizer.h"
 
-/** The family of headers whose value is one unsigned number. A class H that insists on a digit says what it throws
-    otherwise (kNoDigitError); for the others a missing number is 0. Too large a number is 4294967295. */
-template <class H>
-class KxSipNumberHeader : public KxSipHeaderOf<H> {
+/** The family of headers whose value is one unsigned number, and parameters behind it where Base is
+    KxSipParameterHeader. A class H that insists on a digit says what it throws otherwise (kNoDigitError); for the others
+    a missing number is 0. Too large a number is 4294967295. */
+template <class H, class Base = KxSipHeaderOf<H>>
+class KxSipNumberHeader : public Base {
 protected:
     KxSipNumberHeader() = default;
     explicit KxSipNumberHeader(std::uint32_t number) : m_number(number) {}
     KxSipNumberHeader(const KxSipNumberHeader&) = default;
+
+    void parseNumber(KxInputStream& in) {
+        if constexpr (requires { H::kNoDigitError; }) {
+            this->expectDigit(in, H::kNoDigitError);
+        }
+        m_number = KxStreamTokenizer::sGetUnsigned(in);
+    }
 
     std::uint32_t m_number = 0;
 
@@ -20,12 +26,11 @@ private:
     friend class KxSipHeaderOf<H>;
 
     void parseValue(KxInputStream& in) {
-        if constexpr (requires { H::kNoDigitError; }) {
-            if (!KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)))) {
-                KxSipParseError::sThrow(H::kNoDigitError);
-            }
-        }
-        m_number = KxStreamTokenizer::sGetUnsigned(in);
+        parseNumber(in);
+        this->parseParameters(in);
     }
-    void serializeValue(KxOutputStream& out) const { out << m_number; }
+    void serializeValue(KxOutputStream& out) const {
+        out << m_number;
+        this->serializeParameters(out);
+    }
 };

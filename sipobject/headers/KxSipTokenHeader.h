@@ -5,16 +5,16 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-/** The family of headers whose every value is one token. A class H says how the token ends and what an empty one means:
+/** The family of headers whose every value is one token, and parameters behind it where Base is KxSipParameterHeader. A
+    class H says how the token ends and what an empty one means:
 
         static constexpr const KxCharSet& kTokenEnd = ...;      // the first of these stays unread
         static constexpr const char* kEmptyError = "...";       // thrown for an empty token; null accepts it
         static constexpr bool kIsTrimmed = true;                // optional: no form feed or the like at its end
 
-    and `static constexpr bool kTrimmed = true;` where white space that does not end it is cut off its end.
-    What stands between the token and the next comma is skipped by the header framework. */
-template <class H>
-class KxSipTokenHeader : public KxSipHeaderOf<H> {
+    What stands between the token and the next comma and is no parameter is skipped by the header framework. */
+template <class H, class Base = KxSipHeaderOf<H>>
+class KxSipTokenHeader : public Base {
 protected:
     KxSipTokenHeader() = default;
     /** Stored as given, unchecked. */
@@ -41,6 +41,10 @@ private:
             }
         }
         m_value = KxString(token);
+        this->parseParameters(in);
     }
-    void serializeValue(KxOutputStream& out) const { out.write(m_value.view()); }
+    void serializeValue(KxOutputStream& out) const {
+        out.write(m_value.view());
+        this->serializeParameters(out);
+    }
 };

@@ -9,6 +9,8 @@ constexpr auto kMedia = [](const auto& header) {
     return joined({header.getType(), header.getSubType(), header.getParameters()->getString()});
 };
 
+constexpr auto kRange = [](const auto& header) { return kMedia(header).append("|").append(header.getQValue().view()); };
+
 constexpr const char* kInvalid = "KxSipParseError: Invalid Accept header";
 
 } // namespace
@@ -55,13 +57,13 @@ TEST(ContentHeaderTest, ContentTypeIsTypeSubtypeAndParameters) {
 }
 
 TEST(ContentHeaderTest, AcceptIsAChainOfMediaRanges) {
-    expectRows<KxSipAcceptHeader>(
-        kMedia, {
-                    {"Accept: application/sdp;level=1, text / *;q=0.5", "application|sdp|level=1 & text|*|q=0.5",
-                     "Accept: application/sdp;level=1 & Accept: text/*;q=0.5"},
-                    {"Accept: a/b, c", "", kInvalid},
-                    {"Accept: ;q=1", "", kInvalid},
-                });
+    expectRows<KxSipAcceptHeader>(kRange, {
+                                              {"Accept: application/sdp;level=1, text / *;q=0.5;a=\"b;c\"",
+                                               "application|sdp|level=1| & text|*|q=0.5;a=\"b;c\"|0.5",
+                                               "Accept: application/sdp;level=1 & Accept: text/*;q=0.5;a=\"b;c\""},
+                                              {"Accept: a/b, c", "", kInvalid},
+                                              {"Accept: ;q=1", "", kInvalid},
+                                          });
 }
 
 TEST(ContentHeaderTest, MediaTypesFromTextAreSplitAtTheFirstSlash) {

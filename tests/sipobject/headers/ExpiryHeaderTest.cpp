@@ -1,6 +1,9 @@
 #include "sipobject/headers/KxSipExpiresHeader.h"
 #include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipMinExpiresHeader.h"
+#include "sipobject/headers/KxSipMinSEHeader.h"
+#include "sipobject/headers/KxSipRetryAfterHeader.h"
+#include "sipobject/headers/KxSipSessionExpiresHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
 TEST(ExpiryHeaderTest, ExpiresIsANumberOrADate) {
@@ -56,4 +59,56 @@ TEST(ExpiryHeaderTest, MaxForwardsTakesWhatDigitsThereAre) {
                                            {"Max-Forwards: seventy", "0", "Max-Forwards: 0"},
                                        });
     EXPECT_EQ(KxSipMaxForwardsHeader::sGetExpandedToken(), "Max-Forwards");
+}
+
+TEST(ExpiryHeaderTest, SessionTimersHaveParameters) {
+    constexpr const char* kInvalid = "KxSipParseError: Invalid Session-Expires header";
+    expectRows<KxSipSessionExpiresHeader>(
+        [](const auto& header) {
+            return joined({std::to_string(header.getDeltaSeconds()), header.getRefresher(),
+                           header.isRefresherUAC() ? "uac" : "", header.isRefresherUAS() ? "uas" : ""});
+        },
+        {
+            {"Session-Expires: 1800;refresher=uac", "1800|uac|uac|", "Session-Expires: 1800;refresher=uac"},
+            {"x: 090 ; X=\"1,2\" ;Refresher = UAS;y", "90|UAS||uas", "x: 90;X=\"1,2\";Refresher=UAS;y"},
+            {"x: 4294967296;refresher=proxy, 3", "4294967295|proxy|| & 3|||",
+             "x: 4294967295;refresher=proxy & Session-Expires: 3"},
+            {"x: 1800s;refresher=uac", "1800|||", "x: 1800"},
+            {"x: ;refresher=uac", "", kInvalid},
+            {"Session-Expires: never", "", kInvalid},
+        });
+    expectRows<KxSipMinSEHeader>(
+        [](const auto& header) {
+            return std::to_string(header.getDeltaSeconds()).append("|").append(header.getParameter("a").view());
+        },
+        {
+            {"Min-SE: 90", "90|", "Min-SE: 90"},
+            {"Min-SE: 60;a=b;c", "60|b", "Min-SE: 60;a=b;c"},
+            {"Min-SE: -1", "", "KxSipParseError: Invalid Minimum SE header"},
+            {"Min-SE: 1, x", "", "KxSipParseError: Invalid Minimum SE header"},
+        });
+}
+
+TEST(ExpiryHeaderTest, RetryAfterHasACommentInFrontOfItsParameters) {
+    expectRows<KxSipRetryAfterHeader>(
+        [](const auto& header) {
+            return joined({std::to_string(header.getDeltaSeconds()), header.getComment(), header.getDuration()});
+        },
+        {
+            {"Retry-After: 18000;duration=3600", "18000||3600", "Retry-After: 18000;duration=3600"},
+            {"Retry-After: 120 (I'm in a meeting)", "120|I'm in a meeting|", "Retry-After: 120 (I'm in a meeting)"},
+            {"Retry-After: 5( a, (b;()) \\) \\(c ) ;x;DURATION=\"6\", 7", "5| a, (b;()) \\) \\(c |\"6\" & 7||",
+             "Retry-After: 5 ( a, (b;()) \\) \\(c );x;DURATION=\"6\" & Retry-After: 7"},
+            {"Retry-After: 5 ();x", "5||", "Retry-After: 5;x"},
+            {"Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6",
+             "5|" + std::string(49999, '(') + std::string(49999, ')') + "|6",
+             "Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6"},
+            // what is never closed is no comment, and nothing stands behind it
+            {"Retry-After: 5 (a(b), 6;duration=7", "5||", "Retry-After: 5"},
+            {"Retry-After: 5 (a\\)", "5||", "Retry-After: 5"},
+            {"Retry-After: (a) 5", "", "KxSipParseError: Invalid Retry-After header"},
+        });
+    const KxHandle<KxSipRetryAfterHeader> header(new KxSipRetryAfterHeader(60, "busy"));
+    header->setDuration("5");
+    EXPECT_EQ(linesOf(*header), "Retry-After: 60 (busy);duration=5");
 }

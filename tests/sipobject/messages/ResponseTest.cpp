@@ -162,10 +162,10 @@ TEST(ResponseTest, GoesBackOverTheConnectionOfTcpAndTls) {
 TEST(ResponseTest, DropsAllViasAndRecordRoutes) {
     const auto response = as<KxSipResponse>(
         readMessage("SIP/2.0 200 OK\r\n" + requiredHeaders("OPTIONS") +
-                    "VIA: SIP/2.0/UDP h1, SIP/2.0/UDP h2\r\nRecord-Route: <sip:r1>, <sip:r2>\r\nX: y\r\n\r\n"));
+                    "VIA: SIP/2.0/UDP h1, SIP/2.0/UDP h2\r\nRecord-Route: <sip:r1>, <sip:r2>\r\nX-A: y\r\n\r\n"));
     response->removeViaHeader();
     response->removeRecordRouteHeader();
     response->removeViaHeader();
     EXPECT_EQ(written(*response), "SIP/2.0 200 OK\r\nFrom: <sip:a@example.com>;tag=1\r\nTo: <sip:b@example.com>\r\n"
-                                  "Call-ID: c@192.0.2.1\r\nCSeq: 1 OPTIONS\r\nX: y\r\nContent-Length: 0\r\n\r\n");
+                                  "Call-ID: c@192.0.2.1\r\nCSeq: 1 OPTIONS\r\nX-A: y\r\nContent-Length: 0\r\n\r\n");
 }

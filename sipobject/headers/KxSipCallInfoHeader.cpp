@@ -1,0 +1,3 @@
+#include "sipobject/headers/KxSipCallInfoHeader.h"
+
+constinit const KxConstString KxSipCallInfoHeader::sToken{"Call-Info"};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "sipobject/headers/KxSipURIHeader.h"
+
+/** Call-Info: more about the caller or callee, an icon or a web page.
+    Call-Info = "Call-Info" HCOLON info *(COMMA info)                         [RFC 3261 20.9]
+    info = LAQUOT absoluteURI RAQUOT *( SEMI info-param)
+    For those who build messages: the name is not registered, so a line that is read is kept as unknown text.
+    KxSipCallInfoHeader("<http://h/a.png>;purpose=icon") -> "Call-Info: <http://h/a.png>;purpose=icon" */
+class KX_SIP_API KxSipCallInfoHeader final : public KxSipURIHeader<KxSipCallInfoHeader> {
+public:
+    /** Holds a copy; nil stays nil. */
+    explicit KxSipCallInfoHeader(const KxHandle<KxURI>& uri) : KxSipURIHeader(uri) {}
+    /** Reads the value, brackets included. Throws KxSipParseError ("Invalid Call-Info header" without brackets) and
+        what the URI's class throws. */
+    explicit KxSipCallInfoHeader(const char* text) { parseText(text); }
+
+    /** "icon", "info", "card" or another; nil when absent. */
+    KxString getPurpose() const { return getParameter("purpose"); }
+    void setPurpose(const KxString& purpose) { setParameter("purpose", purpose); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipCallInfoHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kCallInfo;
+    static constexpr const char* kInvalid = "Invalid Call-Info header";
+};

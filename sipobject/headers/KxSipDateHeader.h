@@ -1,0 +1,30 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxDate.h"
+
+/** Date: when the message was first sent.
+    Date = "Date" HCOLON SIP-date                                             [RFC 3261 20.17]
+    The whole line is one value. Other forms of date are read too (KxDate) and written as the RFC has them; a text that
+    is no date is kept.      "Date: Saturday, 13-Nov-10 23:29:00 GMT" -> "Date: Sat, 13 Nov 2010 23:29:00 GMT" */
+class KX_SIP_API KxSipDateHeader final : public KxSipHeaderOf<KxSipDateHeader> {
+public:
+    explicit KxSipDateHeader(const KxDate& date) : m_date(date) {}
+
+    /** Not valid, and of no time, where the text was no date. */
+    const KxDate& getDate() const { return m_date; }
+    void setDate(const KxDate& date) { m_date = date; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipDateHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kDate;
+
+private:
+    friend class KxSipHeaderOf<KxSipDateHeader>;
+
+    KxSipDateHeader() = default;
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    KxDate m_date;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipobject/headers/KxSipTokenHeader.h"
+
+/** Event: the event package, with its templates, that a subscription is for, and which of several it is.
+    Event = ( "Event" / "o" ) HCOLON event-type *( SEMI event-param )         [RFC 6665 8.2.1]
+    An empty type throws "Invalid Event header". The compact name "o" is not known here.
+    "Event: presence.winfo ;id=93" -> "Event: presence.winfo;id=93" */
+class KX_SIP_API KxSipEventHeader final
+    : public KxSipTokenHeader<KxSipEventHeader, KxSipParameterHeader<KxSipEventHeader>> {
+public:
+    explicit KxSipEventHeader(const char* event) : KxSipTokenHeader(event) {}
+
+    const KxString& getEvent() const { return m_value; }
+    /** Nil when absent. */
+    KxString getId() const { return getParameter("id"); }
+    void setId(const KxString& id) { setParameter("id", id); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipEventHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kEvent;
+    static constexpr const KxCharSet& kTokenEnd = sDelimeters;
+    static constexpr const char* kEmptyError = "Invalid Event header";
+
+private:
+    friend class KxSipHeaderOf<KxSipEventHeader>;
+
+    KxSipEventHeader() = default;
+};

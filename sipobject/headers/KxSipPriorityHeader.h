@@ -1,0 +1,25 @@
+#pragma once
+
+#include "sipobject/headers/KxSipTokenHeader.h"
+
+/** Priority: how urgent the request is to its recipient.
+    Priority = "Priority" HCOLON priority-value                               [RFC 3261 20.26]
+    Any token will do; an empty one throws "Invalid Priority header".      "Priority: non-urgent" -> the same */
+class KX_SIP_API KxSipPriorityHeader final : public KxSipTokenHeader<KxSipPriorityHeader> {
+public:
+    explicit KxSipPriorityHeader(const char* priority) : KxSipTokenHeader(priority) {}
+
+    /** "emergency", "urgent", "normal", "non-urgent" or another. */
+    const KxString& getPriority() const { return m_value; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipPriorityHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kPriority;
+    static constexpr const KxCharSet& kTokenEnd = sDelimeters;
+    static constexpr const char* kEmptyError = "Invalid Priority header";
+
+private:
+    friend class KxSipHeaderOf<KxSipPriorityHeader>;
+
+    KxSipPriorityHeader() = default;
+};

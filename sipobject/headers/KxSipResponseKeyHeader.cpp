@@ -1,0 +1,31 @@
+#include "sipobject/headers/KxSipResponseKeyHeader.h"
+
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+constinit const KxConstString KxSipResponseKeyHeader::sToken{"Response-Key"};
+
+static const KxSipResponseKeyHeader::Registration s_registration;
+
+void KxSipResponseKeyHeader::parseValue(KxInputStream& in) {
+    KxScannedText scanned;
+    m_scheme = KxString(scanned.token(in, sDelimeters));
+    if (m_scheme.empty()) {
+        KxSipParseError::sThrow("Invalid Response-Key header");
+    }
+    for (m_parameters.write().parse(in); in.peek() == ','; m_parameters.write().parse(in)) {
+        in.read();
+    }
+}
+
+void KxSipResponseKeyHeader::serializeValue(KxOutputStream& out) const {
+    out << m_scheme;
+    char separator = ' ';
+    for (const KxParameters::Pair& pair : m_parameters) {
+        out << separator << pair.name;
+        if (!pair.value.empty()) {
+            out << '=' << pair.value;
+        }
+        separator = ',';
+    }
+}

@@ -1,0 +1,51 @@
+#include "sipobject/headers/KxSipRetryAfterHeader.h"
+
+constinit const KxConstString KxSipRetryAfterHeader::sToken{"Retry-After"};
+
+static const KxSipRetryAfterHeader::Registration s_registration;
+
+namespace {
+
+/** The parenthesis that closes the one in front of `at`, or `end`; a backslash takes the next character's meaning. */
+const char* closingParenthesis(const char* at, const char* end) {
+    for (std::size_t open = 1; at != end; ++at) {
+        if (*at == '\\' && end - at > 1) {
+            ++at;
+        } else if (*at == '(') {
+            ++open;
+        } else if (*at == ')' && --open == 0) {
+            break;
+        }
+    }
+    return at;
+}
+
+} // namespace
+
+void KxSipRetryAfterHeader::parseValue(KxInputStream& in) {
+    parseNumber(in);
+    if (KxStreamTokenizer::sDiscardWhite(in) == '(') {
+        in.read();
+        parseComment(in);
+    }
+    parseParameters(in);
+}
+
+void KxSipRetryAfterHeader::parseComment(KxInputStream& in) {
+    const std::string_view text = in.window();
+    const std::size_t length =
+        static_cast<std::size_t>(closingParenthesis(text.data(), text.data() + text.size()) - text.data());
+    if (length != text.size()) {
+        m_comment = KxString(text.substr(0, length));
+    }
+    in.consume(length);
+    in.read();
+}
+
+void KxSipRetryAfterHeader::serializeValue(KxOutputStream& out) const {
+    out << m_number;
+    if (!m_comment.empty()) {
+        out << " (" << m_comment << ')';
+    }
+    serializeParameters(out);
+}

@@ -1,0 +1,5 @@
+#include "sipobject/headers/KxSipSessionHeader.h"
+
+constinit const KxConstString KxSipSessionHeader::sToken{"Session"};
+
+static const KxSipSessionHeader::Registration s_registration;

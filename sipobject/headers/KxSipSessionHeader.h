@@ -1,0 +1,28 @@
+#pragma once
+
+#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipobject/headers/KxSipTokenHeader.h"
+
+/** Session: what the session description of a provisional response is for ("Media", "QoS", "Security"), of the drafts
+    before RFC 3262.
+    Session = "Session" HCOLON session-type *( SEMI generic-param )
+    The type may be written like a media type: it ends at a blank, comma or ";" only. An empty one throws "Invalid
+    Session header".      "Session: Media ;x=1" -> "Session: Media;x=1" */
+class KX_SIP_API KxSipSessionHeader final
+    : public KxSipTokenHeader<KxSipSessionHeader, KxSipParameterHeader<KxSipSessionHeader>> {
+public:
+    explicit KxSipSessionHeader(const char* type) : KxSipTokenHeader(type) {}
+
+    const KxString& getType() const { return m_value; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipSessionHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kSession;
+    static constexpr KxCharSet kTokenEnd{", \t\r\n;"};
+    static constexpr const char* kEmptyError = "Invalid Session header";
+
+private:
+    friend class KxSipHeaderOf<KxSipSessionHeader>;
+
+    KxSipSessionHeader() = default;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "sipobject/headers/KxSipTextHeader.h"
+
+/** Subject: what the call is about.
+    Subject = ( "Subject" / "s" ) HCOLON [TEXT-UTF8-TRIM]                     [RFC 3261 20.36]
+    An empty text is refused like that of any header.      "s: Lunch, then tea" -> the same */
+class KX_SIP_API KxSipSubjectHeader final : public KxSipTextHeader<KxSipSubjectHeader> {
+public:
+    explicit KxSipSubjectHeader(const KxString& subject) : KxSipTextHeader(subject) {}
+
+    const KxString& getSubject() const { return m_text; }
+
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "KxSipSubjectHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kSubject;
+
+private:
+    friend class KxSipHeaderOf<KxSipSubjectHeader>;
+
+    KxSipSubjectHeader() = default;
+};

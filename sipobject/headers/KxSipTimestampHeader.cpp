@@ -1,0 +1,37 @@
+#include "sipobject/headers/KxSipTimestampHeader.h"
+
+#include "util/KxOutputStream.h"
+
+#include <algorithm>
+
+constinit const KxConstString KxSipTimestampHeader::sToken{"Timestamp"};
+
+static const KxSipTimestampHeader::Registration s_registration;
+
+namespace {
+
+/** Takes digits, a point and digits, each of which may be missing. */
+std::string_view takeDecimal(KxInputStream& in) {
+    const std::string_view text = in.window();
+    const auto point = std::find_if_not(text.begin(), text.end(), KxAscii::isDigit);
+    const auto end =
+        point != text.end() && *point == '.' ? std::find_if_not(point + 1, text.end(), KxAscii::isDigit) : point;
+    in.consume(static_cast<std::size_t>(end - text.begin()));
+    return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+} // namespace
+
+void KxSipTimestampHeader::parseValue(KxInputStream& in) {
+    expectDigit(in, "Invalid Timestamp header");
+    m_timestamp = KxString(takeDecimal(in));
+    KxStreamTokenizer::sDiscardWhite(in);
+    m_delay = KxString(takeDecimal(in));
+}
+
+void KxSipTimestampHeader::serializeValue(KxOutputStream& out) const {
+    out << m_timestamp;
+    if (!m_delay.empty()) {
+        out << ' ' << m_delay;
+    }
+}

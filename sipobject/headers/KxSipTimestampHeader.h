@@ -1,0 +1,34 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+
+/** Timestamp: when the request was sent, by the sender's clock, and how long it took to answer it.
+    Timestamp = "Timestamp" HCOLON 1*(DIGIT) [ "." *(DIGIT) ] [ LWS delay ]   [RFC 3261 20.38]
+    delay = *(DIGIT) [ "." *(DIGIT) ]
+    Both are seconds and kept as written, since a response repeats them to the digit. A value that does not begin with a
+    digit throws "Invalid Timestamp header".      "Timestamp: 54.10  0.500" -> "Timestamp: 54.10 0.500" */
+class KX_SIP_API KxSipTimestampHeader final : public KxSipHeaderOf<KxSipTimestampHeader> {
+public:
+    explicit KxSipTimestampHeader(const KxString& timestamp, const KxString& delay = KxString())
+        : m_timestamp(timestamp), m_delay(delay) {}
+
+    const KxString& getTimestamp() const { return m_timestamp; }
+    /** Empty when absent. */
+    const KxString& getDelay() const { return m_delay; }
+    /** Stored as given, unchecked; empty takes it away. */
+    void setDelay(const KxString& delay) { m_delay = delay; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipTimestampHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kTimestamp;
+
+private:
+    friend class KxSipHeaderOf<KxSipTimestampHeader>;
+
+    KxSipTimestampHeader() = default;
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    KxString m_timestamp;
+    KxString m_delay;
+};

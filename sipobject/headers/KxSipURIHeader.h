@@ -1,0 +1,59 @@
+#pragma once
+
+#include "sipobject/address/KxSipURL.h"
+#include "sipobject/headers/KxSipParameterHeader.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+/** The family of headers whose every value is a URI in angle brackets, without a display name, and parameters:
+    LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). What stands between the brackets is the URI, commas included, and
+    its parameters are its own. A class H says what it throws where the brackets are missing, open or empty:
+
+        static constexpr const char* kInvalid = "...";
+
+    What the URI's class throws passes through. */
+template <class H>
+class KxSipURIHeader : public KxSipParameterHeader<H> {
+public:
+    /** The URI itself, shared; nil only where the constructor got nil. */
+    const KxHandle<KxURI>& getURI() const { return m_URI; }
+    /** The URI as a SIP URL; nil when it is none. */
+    KxHandle<KxSipURL> getURL() const {
+        const bool isURL = !m_URI.isNil() && m_URI->isSipURL();
+        return KxHandle<KxSipURL>(isURL ? static_cast<KxSipURL*>(m_URI.get()) : nullptr);
+    }
+
+protected:
+    KxSipURIHeader() = default;
+    /** Holds a copy; nil stays nil. */
+    explicit KxSipURIHeader(const KxHandle<KxURI>& uri) : m_URI(copyOf(uri)) {}
+    KxSipURIHeader(const KxSipURIHeader& other) : KxSipParameterHeader<H>(other), m_URI(copyOf(other.m_URI)) {}
+
+private:
+    friend class KxSipHeaderOf<H>;
+
+    static KxHandle<KxURI> copyOf(const KxHandle<KxURI>& uri) {
+        return KxHandle<KxURI>(uri.isNil() ? nullptr : uri->clone());
+    }
+
+    void parseValue(KxInputStream& in) {
+        KxScannedText scanned;
+        KxStreamTokenizer::sDiscardWhite(in);
+        const bool isOpened = in.read() == '<';
+        const std::string_view text = KxAscii::trim(isOpened ? scanned.until<'>'>(in) : std::string_view());
+        if (text.empty() || in.read() != '>') {
+            KxSipParseError::sThrow(H::kInvalid);
+        }
+        KxByteArrayInputStream uri(text);
+        m_URI = KxURI::sConstructFrom(uri, true);
+        this->parseParameters(in);
+    }
+    void serializeValue(KxOutputStream& out) const {
+        out.write('<');
+        out << m_URI;
+        out.write('>');
+        this->serializeParameters(out);
+    }
+
+    KxHandle<KxURI> m_URI;
+};

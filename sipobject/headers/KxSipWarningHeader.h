@@ -1,0 +1,39 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+
+#include <cstdint>
+
+/** Warning: more about the status of a response, one warning an object.
+    Warning = "Warning" HCOLON warning-value *(COMMA warning-value)           [RFC 3261 20.43]
+    warning-value = warn-code SP warn-agent SP warn-text
+    A value that does not begin with a digit throws "Invalid Warning header". A text without quotes is taken up to the
+    comma; agent and text may be missing.
+    "Warning: 307 h \"Session, not \\\"understood\\\"\", 399 h odd" -> two values, the second one written 399 h "odd" */
+class KX_SIP_API KxSipWarningHeader final : public KxSipHeaderOf<KxSipWarningHeader> {
+public:
+    KxSipWarningHeader(std::uint32_t code, const KxString& agent, const KxString& text)
+        : m_code(code), m_agent(agent), m_text(text) {}
+
+    /** 300 to 399 is what there should be. */
+    std::uint32_t getCode() const { return m_code; }
+    /** The host, with its port, or pseudonym of who adds the warning. */
+    const KxString& getAgent() const { return m_agent; }
+    /** Without quotes and escapes. */
+    const KxString& getText() const { return m_text; }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipWarningHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kWarning;
+
+private:
+    friend class KxSipHeaderOf<KxSipWarningHeader>;
+
+    KxSipWarningHeader() = default;
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    std::uint32_t m_code = 0;
+    KxString m_agent;
+    KxString m_text;
+};
