@@ -129,7 +129,7 @@ inline void KxSipURLParser::parameters() {
     const char* const stop = KxBytes::findAny<'\n', '>', '?'>(m_at, m_end, m_in.readableEnd());
     const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
     if (!text.empty()) {
-        m_url.m_parameters.write().parse(text);
+        m_url.m_parameters.write().parse(text, m_in.readableEnd());
     }
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
