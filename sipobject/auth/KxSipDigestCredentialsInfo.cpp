@@ -9,6 +9,7 @@
 #include "util/KxBytes.h"
 #include "util/KxException.h"
 #include "util/KxHexEncoding.h"
+#include "util/MD5.h"
 
 #include <initializer_list>
 
@@ -38,29 +39,6 @@ private:
     char m_digits[2 * sizeof(MD5::Raw)];
 };
 
-using Texts = std::initializer_list<std::string_view>;
-
-MD5::Raw digestOf(Texts texts) {
-    MD5 sum;
-    for (const std::string_view text : texts) {
-        sum.update(text);
-    }
-    return sum.finish();
-}
-
-/** The digest of the texts up to their first zero byte, wherever it stands. */
-MD5::Raw digestUpToZero(Texts texts) {
-    MD5 sum;
-    for (const std::string_view text : texts) {
-        const std::string_view head = text.substr(0, text.find('\0'));
-        sum.update(head);
-        if (head.size() != text.size()) {
-            break;
-        }
-    }
-    return sum.finish();
-}
-
 KxHandle<KxByteArray> arrayOf(const MD5::Raw& digest) {
     return KxByteArray::sCreate(sizeof digest.bytes, digest.bytes);
 }
@@ -72,6 +50,112 @@ bool isSupported(std::string_view algorithm) {
 [[noreturn]] void refuseAlgorithm() {
     KxException::sThrow("Unsupported Algorithm: Only MD5 is supported !!!");
 }
+
+template <class... Texts>
+MD5::Raw digestOf(const Texts&... texts) {
+    MD5 sum;
+    (sum.update(texts), ...);
+    return sum.finish();
+}
+
+/** The digest of the texts up to their first zero byte, wherever it stands. */
+MD5::Raw digestUpToZero(std::initializer_list<std::string_view> texts) {
+    MD5 sum;
+    for (const std::string_view text : texts) {
+        const std::string_view head = text.substr(0, text.find('\0'));
+        sum.update(head);
+        if (head.size() != text.size()) {
+            break;
+        }
+    }
+    return sum.finish();
+}
+
+/** The properties that are computed with or written, found in one pass. What is absent has no data. */
+struct Fields {
+    explicit Fields(const KxParameters& properties) {
+        for (const KxParameters::Pair& property : properties) {
+            take(property);
+        }
+    }
+
+    void checkAlgorithm() const {
+        if (!isSupported(algorithm)) {
+            refuseAlgorithm();
+        }
+    }
+    MD5::Raw a1() const {
+        const MD5::Raw digest = digestOf(username, ":", realm, ":", password);
+        return algorithm == "MD5-sess" ? digestUpToZero({digest.view(), ":", nonce, ":", cnonce}) : digest;
+    }
+    MD5::Raw a2() const {
+        return qop == "auth-int" ? digestOf(method, ":", uri, ":", entityBody) : digestOf(method, ":", uri);
+    }
+    MD5::Raw response() const {
+        checkAlgorithm();
+        const Hex first(a1());
+        const Hex second(a2());
+        if (qop == "auth" || qop == "auth-int") {
+            return digestOf(first.view(), ":", nonce, ":", nc, ":", cnonce, ":", qop, ":", second.view());
+        }
+        return digestOf(first.view(), ":", nonce, ":", second.view());
+    }
+
+    std::string_view username;
+    std::string_view realm;
+    std::string_view password;
+    std::string_view nonce;
+    std::string_view algorithm;
+    std::string_view opaque;
+    std::string_view method;
+    std::string_view uri;
+    std::string_view qop;
+    std::string_view cnonce;
+    std::string_view nc;
+    std::string_view entityBody;
+    std::string_view received; ///< The response.
+
+private:
+    void take(const KxParameters::Pair& property) {
+        const std::string_view name = property.name;
+        const KxBytes::Ends ends = KxBytes::Ends(name.data(), name.size()).folded();
+        const auto takeAs = [&](const auto& known, std::string_view& field) {
+            constexpr std::size_t kLength = sizeof known - 1;
+            // of eight letters the ends are all, so equal ends are the name
+            const bool matches =
+                ends == KxBytes::Ends(known, kLength).folded() && (kLength <= 8 || KxAscii::equalsNoCase(name, known));
+            if (matches) {
+                field = property.value;
+            }
+            return matches;
+        };
+        switch (name.size()) { // as many names to compare with as there are of that length
+        case 2:
+            takeAs("nc", nc);
+            break;
+        case 3:
+            takeAs("uri", uri) || takeAs("qop", qop);
+            break;
+        case 5:
+            takeAs("realm", realm) || takeAs("nonce", nonce);
+            break;
+        case 6:
+            takeAs("opaque", opaque) || takeAs("cnonce", cnonce) || takeAs("method", method);
+            break;
+        case 8:
+            takeAs("username", username) || takeAs("response", received) || takeAs("password", password);
+            break;
+        case 9:
+            takeAs("algorithm", algorithm);
+            break;
+        case 11:
+            takeAs("entity-body", entityBody);
+            break;
+        default:
+            break;
+        }
+    }
+};
 
 } // namespace
 
@@ -112,29 +196,28 @@ void KxSipDigestCredentialsInfo::parse(KxInputStream& in) {
 
 void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::serialize");
-    const KxString* const response = m_properties.findValue("response");
-    KxSipPropertyWriter writer(out);
-    const auto quoted = [&](std::string_view name) { writer.quoted(name, text(name)); };
-    const auto bare = [&](std::string_view name) { writer.bare(name, text(name)); };
-    const auto writeFront = [&](std::string_view digits) {
-        quoted("username");
-        quoted("realm");
-        quoted("nonce");
-        writer.quoted("response", digits);
-        quoted("uri");
+    const Fields fields(m_properties);
+    const auto isPresent = [](std::string_view field) { return field.data() != nullptr; };
+    const auto write = [&](std::string_view response) {
+        KxSipPropertyWriter writer(out);
+        writer.quoted("username", fields.username);
+        writer.quoted("realm", fields.realm);
+        writer.quoted("nonce", fields.nonce);
+        writer.quoted("response", response);
+        writer.quoted("uri", fields.uri);
+        if (isPresent(fields.algorithm)) {
+            writer.bare("algorithm", fields.algorithm);
+        }
+        if (isPresent(fields.opaque)) {
+            writer.quoted("opaque", fields.opaque);
+        }
+        if (isPresent(fields.qop)) { // in quotes, other than the RFC would have it and Authentication-Info does
+            writer.quoted("qop", fields.qop);
+            writer.bare("nc", fields.nc);
+            writer.quoted("cnonce", fields.cnonce);
+        }
     };
-    response != nullptr ? writeFront(*response) : writeFront(Hex(requestDigest()).view());
-    if (m_properties.isPresent("algorithm")) {
-        bare("algorithm");
-    }
-    if (m_properties.isPresent("opaque")) {
-        quoted("opaque");
-    }
-    if (m_properties.isPresent("qop")) { // in quotes, other than the RFC would have it and Authentication-Info does
-        quoted("qop");
-        bare("nc");
-        quoted("cnonce");
-    }
+    isPresent(fields.received) ? write(fields.received) : write(Hex(fields.response()).view());
 }
 
 bool KxSipDigestCredentialsInfo::validate(const KxString& username, const KxString& password, const KxString& realm) {
@@ -142,51 +225,27 @@ bool KxSipDigestCredentialsInfo::validate(const KxString& username, const KxStri
     setUsername(username);
     setPassword(password);
     set("realm", realm);
-    return Hex(requestDigest()).equalsInConstantTime(text("response"));
+    const Fields fields(m_properties);
+    return Hex(fields.response()).equalsInConstantTime(fields.received);
 }
 
 KxHandle<KxByteArray> KxSipDigestCredentialsInfo::generateA1() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::generateA1");
-    checkAlgorithm();
-    return arrayOf(digestA1());
+    const Fields fields(m_properties);
+    fields.checkAlgorithm();
+    return arrayOf(fields.a1());
 }
 
 KxHandle<KxByteArray> KxSipDigestCredentialsInfo::generateA2() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::generateA2");
-    checkAlgorithm();
-    return arrayOf(digestA2(text("qop")));
+    const Fields fields(m_properties);
+    fields.checkAlgorithm();
+    return arrayOf(fields.a2());
 }
 
 KxHandle<KxByteArray> KxSipDigestCredentialsInfo::getRequestDigest() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::getRequestDigest");
-    return arrayOf(requestDigest());
-}
-
-MD5::Raw KxSipDigestCredentialsInfo::digestA1() const {
-    const MD5::Raw digest = digestOf({text("username"), ":", text("realm"), ":", text("password")});
-    if (text("algorithm") != "MD5-sess") {
-        return digest;
-    }
-    return digestUpToZero({digest.view(), ":", text("nonce"), ":", text("cnonce")});
-}
-
-MD5::Raw KxSipDigestCredentialsInfo::digestA2(std::string_view qop) const {
-    if (qop == "auth-int") {
-        return digestOf({text("method"), ":", text("uri"), ":", text("entity-body")});
-    }
-    return digestOf({text("method"), ":", text("uri")});
-}
-
-MD5::Raw KxSipDigestCredentialsInfo::requestDigest() const {
-    checkAlgorithm();
-    const std::string_view qop = text("qop");
-    const std::string_view nonce = text("nonce");
-    const Hex a1(digestA1());
-    const Hex a2(digestA2(qop));
-    if (qop == "auth" || qop == "auth-int") {
-        return digestOf({a1.view(), ":", nonce, ":", text("nc"), ":", text("cnonce"), ":", qop, ":", a2.view()});
-    }
-    return digestOf({a1.view(), ":", nonce, ":", a2.view()});
+    return arrayOf(Fields(m_properties).response());
 }
 
 const char* KxSipDigestCredentialsInfo::getType() const {
@@ -235,23 +294,12 @@ void KxSipDigestCredentialsInfo::setQop(const KxString& qop, const KxString& cno
 }
 
 void KxSipDigestCredentialsInfo::setEntityBody(const char* body) {
-    checkAlgorithm();
+    Fields(m_properties).checkAlgorithm();
     const std::string_view bytes(body == nullptr ? "" : body);
     set("entity-body", bytes.empty() ? KxString() : KxString(Hex(MD5::digestOf(bytes)).view()));
-}
-
-std::string_view KxSipDigestCredentialsInfo::text(std::string_view name) const {
-    const KxString* const value = m_properties.findValue(name);
-    return value == nullptr ? std::string_view() : value->view();
 }
 
 void KxSipDigestCredentialsInfo::set(std::string_view name, const KxString& value) {
     static constinit const KxConstString kNothing("");
     m_properties.setValue(name, value.isNil() ? kNothing : value);
-}
-
-void KxSipDigestCredentialsInfo::checkAlgorithm() const {
-    if (!isSupported(text("algorithm"))) {
-        refuseAlgorithm();
-    }
 }

@@ -3,7 +3,6 @@
 #include "sipobject/auth/KxSipCredentialsInfo.h"
 #include "sipobject/auth/KxSipDigestChallengeInfo.h"
 #include "util/KxParameters.h"
-#include "util/MD5.h"
 
 #include <cstdint>
 #include <string_view>
@@ -82,12 +81,7 @@ public:
     static const KxConstString sm_Type;
 
 private:
-    std::string_view text(std::string_view name) const;
     void set(std::string_view name, const KxString& value);
-    void checkAlgorithm() const;
-    MD5::Raw digestA1() const;
-    MD5::Raw digestA2(std::string_view qop) const;
-    MD5::Raw requestDigest() const;
 
     KxParameters m_properties;
 };

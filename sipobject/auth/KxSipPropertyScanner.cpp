@@ -11,6 +11,9 @@ bool KxSipPropertyScanner::scan(KxInputStream& in) {
         const char* const begin = in.window().data();
         const char* const end = begin + in.window().size();
         for (const char* at = begin; at != end;) {
+            if (m_text.empty() && !m_isOpen && !m_isQuoted) {
+                at = takePlain(at, end);
+            }
             const char* const stop = m_isQuoted ? KxBytes::findAny<'"', ',', '=', '\n'>(at, end)
                                                 : KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
             keep(std::string_view(at, static_cast<std::size_t>(stop - at)));
@@ -24,6 +27,33 @@ bool KxSipPropertyScanner::scan(KxInputStream& in) {
     }
     finish();
     return true;
+}
+
+/** Takes the properties that stand in one piece, name=value or name="value", with a comma behind, as most do: nothing
+    of them is copied but into the list. Returns where one stands that needs a closer look. */
+const char* KxSipPropertyScanner::takePlain(const char* at, const char* const end) {
+    while (!m_isLineEnded) {
+        for (; at != end && *at == ' '; ++at) {
+            refuseBeyondLimit(1);
+        }
+        const char* const equals = KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
+        if (end - equals < 2 || *equals != '=') {
+            break;
+        }
+        const std::ptrdiff_t quotes = equals[1] == '"' ? 1 : 0;
+        const char* const value = equals + 1 + quotes;
+        const char* const behind = quotes != 0 ? KxBytes::findAny<'"', '\n'>(value, end)
+                                               : KxBytes::findAny<'"', ',', '=', '\n', ' '>(value, end);
+        const auto kept = static_cast<std::size_t>((equals - at) + (behind - value));
+        if (end - behind <= quotes || behind[quotes] != ',' || *behind == '\n' || m_kept + kept >= m_options.limit) {
+            break;
+        }
+        store(std::string_view(at, static_cast<std::size_t>(equals - at)),
+              std::string_view(value, static_cast<std::size_t>(behind - value)));
+        m_kept += kept;
+        at = behind + quotes + 1;
+    }
+    return at;
 }
 
 /** False when reading ends here. */
@@ -69,13 +99,17 @@ void KxSipPropertyScanner::refuseBeyondLimit(std::size_t more) const {
     }
 }
 
+void KxSipPropertyScanner::store(std::string_view name, std::string_view value) {
+    m_properties.setValue(KxAscii::trim(name), KxString(value));
+}
+
 void KxSipPropertyScanner::endName() {
     m_nameLength = m_text.length();
     m_isOpen = true;
 }
 
 void KxSipPropertyScanner::endValue() {
-    m_properties.setValue(name(), KxString(value()));
+    store(name(), value());
     m_text.clear();
     m_nameLength = 0;
     m_isOpen = false;

@@ -37,10 +37,12 @@ public:
     bool scan(KxInputStream& in);
 
 private:
+    const char* takePlain(const char* at, const char* end);
     bool takeSpecial(char c);
     void keep(std::string_view run);
     void keepUnlimited(char c);
     void refuseBeyondLimit(std::size_t more) const;
+    void store(std::string_view name, std::string_view value);
     void endName();
     void endValue();
     void finish();
@@ -50,7 +52,7 @@ private:
     KxParameters& m_properties;
     const Options m_options;
     std::size_t m_kept = 0;       // of the whole text, and never less
-    std::size_t m_nameLength = 0; // of m_text
+    std::size_t m_nameLength = 0; // of m_text, once the value is open
     bool m_isOpen = false;        // a name is known and its value is read
     bool m_isQuoted = false;
     bool m_isLineEnded = false;
