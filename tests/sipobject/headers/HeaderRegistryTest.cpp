@@ -20,10 +20,15 @@ struct NameRow {
     const char* value;
 };
 
+constexpr const char* kCredentials =
+    R"(Digest username="a",realm="b",nonce="c",response="d",uri="sip:a",algorithm=MD5)";
+
 constexpr NameRow kRows[] = {
     {"Accept", nullptr, "KxSipAcceptHeader", kAccept, "a/b"},
     {"Allow", nullptr, "KxSipAllowHeader", 11, "A"},
     {"Allow-Events", nullptr, "KxSipAllowEventsHeader", 12, "a"},
+    {"Authentication-Info", nullptr, "KxSipAuthenticationInfoHeader", 14, "nextnonce=\"a\""},
+    {"Authorization", nullptr, "KxSipAuthorizationHeader", 15, kCredentials},
     {"CC-Diversion", nullptr, "KxSipCCDiversionHeader", kCCDiversion, "<sip:a>"},
     {"CSeq", nullptr, "KxSipCSeqHeader", 4, "1 A"},
     {"Call-ID", "i", "KxSipCallIdHeader", 5, "a"},
@@ -35,6 +40,8 @@ constexpr NameRow kRows[] = {
     {"From", "f", "KxSipFromHeader", 2, "<sip:a>"},
     {"Max-Forwards", nullptr, "KxSipMaxForwardsHeader", 29, "1"},
     {"Min-Expires", nullptr, "KxSipMinExpiresHeader", 31, "1"},
+    {"Proxy-Authenticate", nullptr, "KxSipProxyAuthenticateHeader", 35, "Digest realm=\"a\""},
+    {"Proxy-Authorization", nullptr, "KxSipProxyAuthorizationHeader", 36, kCredentials},
     {"Proxy-Require", nullptr, "KxSipProxyRequireHeader", 37, "a"},
     {"RAck", nullptr, "KxSipRAckHeader", 38, "1 1 A"},
     {"RSeq", nullptr, "KxSipRSeqHeader", 39, "1"},
@@ -48,6 +55,7 @@ constexpr NameRow kRows[] = {
     {"To", "t", "KxSipToHeader", 3, "<sip:a>"},
     {"Unsupported", nullptr, "KxSipUnsupportedHeader", 56, "a"},
     {"Via", "v", "KxSipViaHeader", 1, "SIP/2.0/UDP a"},
+    {"WWW-Authenticate", nullptr, "KxSipWWWAuthenticateHeader", 58, "Digest realm=\"a\""},
 };
 
 /** Letters that are no header's: those of RFC 3261 and its extensions that are not taken here, and all others. */
