@@ -20,7 +20,9 @@ class KxURI;
         credentials.setQop("auth", cnonce, 1);
 
     A server takes them out of the header, says the method (and, for auth-int, the body) and validates. That the nonce is
-    one of its own, and fresh, and that the uri is the request's, it has to see to itself.
+    one of its own, and fresh, that the uri is the request's and the algorithm the one it offered, it has to see to
+    itself: a stranger who may choose MD5-sess needs no password of a user (one of 256) whose raw digest begins with a
+    zero byte.
 
     Deliberately otherwise than the RFC: an algorithm has to be named, and is compared with regard to case; the MD5-sess
     text ends in front of its first zero byte, though the raw digest it begins with may hold one; auth-int without a body

@@ -30,7 +30,7 @@ Example:
 
 constexpr const char* kVerifyFooter =
     R"(Exit code: 0 the credentials are the user's, 1 they are not, 2 the message has none that can be verified, 3 a file can't
-be read. Whether nonce and uri are the right ones is not looked at.
+be read. Whether nonce, uri and algorithm are the right ones is not looked at.
 
 Example:
   kxsip digest verify --user ida --password-file password --number 2 samples/register_digest.sip && echo yes)";
