@@ -169,7 +169,9 @@ void checkDigest(std::string_view text) {
     }
     made->setMethod(method);
     made->setEntityBody(body.c_str());
-    made->setQop(options.view().substr(0, 4) == "auth" ? options : KxString("auth-int"), lines.next(), 7);
+    KxString cnonce = lines.next();
+    cnonce.append("c"); // written last, it must not be empty to be read
+    made->setQop(options.view().substr(0, 4) == "auth" ? options : KxString("auth-int"), cnonce, 7);
     KxByteArrayOutputStream out;
     made->serialize(out);
     if (lines.isPlain()) {

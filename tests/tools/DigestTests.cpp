@@ -39,8 +39,9 @@ TEST(DigestCommandTest, AnAnswerIsVerified) {
     const std::string wrong = " --password-file " + scratch.write("wrong", "pa ss ");
     for (const Row& row : rows) {
         SCOPED_TRACE(row.start + row.options);
-        const std::string body = row.body.empty() ? "" : " --body " + scratch.write("body", row.body);
-        const ToolRun run = kxsip("digest answer --user u" + password + row.options + body, row.input);
+        std::string command = "digest answer --user u" + password + row.options;
+        command.append(row.body.empty() ? "" : " --body " + scratch.write("body", row.body));
+        const ToolRun run = kxsip(command, row.input);
         EXPECT_EQ(run.out.substr(0, row.start.size() + digest.size()), row.start + digest);
         EXPECT_EQ(run.err, "");
         EXPECT_EQ(run.exit, 0);
