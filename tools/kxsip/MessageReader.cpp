@@ -29,8 +29,13 @@ Outcome takeFile(const InputFile& file, const std::function<void(const ReadMessa
     Outcome worst = Outcome::Valid;
     MessageReader reader(file);
     while (const std::optional<ReadMessage> message = reader.next()) {
-        take(*message);
         worst = worse(worst, message->outcome());
+        try {
+            take(*message);
+        } catch (const KxHandle<KxException>& why) {
+            message->complain(*why);
+            worst = worse(worst, Outcome::Refused);
+        }
     }
     return worst;
 }
@@ -61,6 +66,15 @@ ReadMessage MessageReader::readHere() {
         m_position = findStartLine(m_bytes, std::max(stopped, behindLine(m_bytes, m_position)));
     }
     read.unread = m_bytes.size() - m_position;
+    return read;
+}
+
+std::optional<ReadMessage> readMessage(const InputFile& file, std::size_t number) {
+    MessageReader reader(file);
+    std::optional<ReadMessage> read = reader.next();
+    while (read && read->index < number) {
+        read = reader.next();
+    }
     return read;
 }
 

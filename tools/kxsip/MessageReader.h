@@ -31,6 +31,10 @@ private:
     std::size_t m_index = 0;
 };
 
+/** The message of that number, 0 for the first; nothing where there are not so many. */
+std::optional<ReadMessage> readMessage(const InputFile& file, std::size_t number);
+
 /** Hands on every message of the files, of standard input where there are none. Says on standard error which file can't
-    be read, and goes on. Returns the worst outcome. */
+    be read and what could not be done with a message (where `take` throws a KxException), and goes on. Returns the worst
+    outcome. */
 Outcome forEachMessage(const std::vector<std::string>& files, const std::function<void(const ReadMessage&)>& take);
