@@ -309,16 +309,14 @@ void KxParameters::parse(KxInputStream& in) {
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {
-    bool first = true;
-    for (const Pair& pair : *this) {
-        if (!first) {
+    for (const Pair* pair = begin(); pair != end(); ++pair) {
+        if (pair != begin()) {
             out.write(';');
         }
-        first = false;
-        out.write(pair.name.view());
-        if (!pair.value.empty()) {
-            out.write('=');
-            out.write(pair.value.view());
+        if (pair->value.empty()) {
+            out.write(pair->name.view());
+        } else {
+            out.writeAll(pair->name.view(), std::string_view("=", 1), pair->value.view());
         }
     }
 }

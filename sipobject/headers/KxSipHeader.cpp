@@ -340,8 +340,7 @@ void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
 void KxSipHeader::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::serialize");
     for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
-        out.write(value->m_token.view());
-        out.write(std::string_view(": ", 2));
+        out.writeAll(value->m_token.view(), std::string_view(": ", 2));
         value->doSerialize(out);
         out.write(std::string_view("\r\n", 2));
     }

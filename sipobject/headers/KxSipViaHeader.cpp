@@ -132,13 +132,9 @@ void KxSipViaHeader::checkValidity() const {
 }
 
 void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
-    out.write(m_protocolName.view());
-    out.write('/');
-    out.write(m_protocolVersion.view());
-    out.write('/');
-    out.write(m_transport.view());
-    out.write(' ');
-    out.write(m_host.view());
+    constexpr std::string_view kBetween("/", 1);
+    out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view(),
+                 std::string_view(" ", 1), m_host.view());
     if (m_hasPort) {
         out.write(':');
         out << m_port;
