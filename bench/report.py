@@ -29,8 +29,8 @@ OPERATIONS = {"parse": ["parse"], "parse and serialise": ["roundtrip"], "seriali
 METRICS = {"instr": "Instructions", "ns_min": "Nanoseconds, best of all passes", "allocs": "Allocations, warm"}
 GOAL = 0.5
 LEVEL = {"digest response": 1.0}  # five MD5 blocks are five MD5 blocks
+HELD_GOAL = {"05_invite": 3000, "06_invite_carrier": 8000}  # bytes
 HOSTILE_AIM = 20
-GROWTH_AIM = 1.2
 
 Measured = dict[tuple[str, str, str, str], float]  # library, message, operation, metric
 Scaled = dict[tuple[str, str, int], float]         # library, kind, number of values -> ns a value
@@ -44,7 +44,7 @@ def table(head: list[str], rows: Iterable[list[str]]) -> str:
     """A table in Markdown that can be read as it is: numbers to the right, in columns."""
     lines = [head, *rows]
     width = [max(len(line[i]) for line in lines) for i in range(len(head))]
-    words = [any(re.match("[A-Za-z(]", line[i]) for line in lines[1:]) for i in range(len(head))]
+    words = [any(re.match("[A-Za-z(`]", line[i]) for line in lines[1:]) for i in range(len(head))]
 
     def row(cells: list[str]) -> str:
         padded = [cell.ljust(w) if left else cell.rjust(w) for cell, w, left in zip(cells, width, words)]
@@ -114,6 +114,10 @@ class Peers:
                          + ("." if not missed else "; not yet: " + ", ".join(
                              f"{operation}{'' if message == '-' else ' ' + message} ({ratio:.2f})"
                              for operation, message, ratio in missed) + "."))
+        held = {message: value for message in HELD_GOAL
+                if (value := self.values.get((OURS, message, "held", "heap_bytes"))) is not None}
+        lines += [f"- Bytes held, {message}: {show(value)}, the goal being {show(HELD_GOAL[message])}."
+                  for message, value in held.items()]
         return "\n".join(lines)
 
     def held(self) -> str:
@@ -158,7 +162,7 @@ class Own:
         return table(["ns a value: parse, write, free", *map(show, sizes), "10,000 / 100"],
                      ([kind.replace("_", " "), *(show(values.get(size)) for size in sizes),
                        show(values[10000] / values[100], 2) if {100, 10000} <= values.keys() else "-"]
-                      for kind, values in kinds.items()))
+                      for kind, values in sorted(kinds.items())))
 
     def threads(self) -> str:
         speed = {int(match[1]): run["items_per_second"] for name, run in self.best.items()
@@ -183,24 +187,43 @@ class Own:
                         ([name.replace("_", " "), show(time), show(time / base, 1)] for name, time in shown)))
 
 
+def costs_by_function(dump: str) -> dict[str, int]:
+    """What each function of a callgrind dump cost, without those it called."""
+    names: dict[str, str] = {}
+    costs: dict[str, int] = {}
+    inside, objects, library, is_call = "", {}, "", False
+    for line in dump.splitlines():
+        if match := re.match(r"(c?ob|c?fn)=(\(\d+\))(?: (.*))?$", line):
+            known = objects if match[1].endswith("ob") else names
+            if match[3]:
+                known[match[2]] = match[3]
+            if match[1] == "ob":
+                library = Path(known[match[2]]).name
+            elif match[1] == "fn":
+                inside = known[match[2]]
+                inside = f"(no name) in {library}" if inside.startswith("0x") else inside
+        elif line.startswith("calls="):
+            is_call = True  # the next line is the cost of what is called
+        elif re.match(r"[+*\-\d]", line):
+            cells = line.split()
+            if not is_call and len(cells) == 2:
+                costs[inside] = costs.get(inside, 0) + int(cells[1])
+            is_call = False
+    return costs
+
+
 def functions(folder: Path, message: str, count: int = 15) -> str:
     """Where the instructions of a parse go, by function."""
-    for dump in folder.glob(f"{OURS}.out*"):
-        label = re.search(rf"^desc: Trigger: Client Request: {OURS}\|{message}\|parse\|(\d+)$", dump.read_text(), re.M)
-        if label:
-            break
-    else:
+    label = re.compile(rf"^desc: Trigger: Client Request: {OURS}\|{message}\|parse\|(\d+)$", re.M)
+    found = next(((text, int(match[1])) for dump in folder.glob(f"{OURS}.out*")
+                  if (match := label.search(text := dump.read_text()))), None)
+    if found is None:
         return "not measured"
-    listing = subprocess.run(["callgrind_annotate", "--threshold=100", "--auto=no", str(dump)], text=True, check=True,
-                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
     costs: dict[str, float] = {}
-    for line in listing.splitlines():
-        if row := re.match(r"\s*([\d,]+) \(\s*[\d.]+%\)\s+[^:]*:(.*?)(?:'\d+)?(?: \[(.*)\])?$", line):
-            name = re.sub(r"\(anonymous namespace\)::", "", row[2])
-            name = re.sub(r"(?<=\w|>)\(.*", "", name)  # without the arguments
-            if name.startswith("0x"):
-                name = "(no name) in " + Path(row[3] or "?").name
-            costs[name] = costs.get(name, 0) + int(row[1].replace(",", "")) / int(label[1])
+    for name, cost in costs_by_function(found[0]).items():
+        short = re.sub(r"(?<=[\w>])\(.*", "", name.replace("(anonymous namespace)::", ""))  # without the arguments
+        short = re.sub(r"'\d+$", "", short)
+        costs[short] = costs.get(short, 0) + cost / found[1]
     total = sum(costs.values())
     top = sorted(costs.items(), key=lambda item: -item[1])[:count]
     return table([f"{message}: function", "instructions", "share"],
