@@ -12,7 +12,7 @@ import platform
 import re
 import subprocess
 import sys
-from collections.abc import Callable, Iterable
+from collections.abc import Iterable
 from pathlib import Path
 from xml.sax.saxutils import escape
 
@@ -44,7 +44,7 @@ def table(head: list[str], rows: Iterable[list[str]]) -> str:
     """A table in Markdown that can be read as it is: numbers to the right, in columns."""
     lines = [head, *rows]
     width = [max(len(line[i]) for line in lines) for i in range(len(head))]
-    words = [any(re.match("[A-Za-z(`]", line[i]) for line in lines[1:]) for i in range(len(head))]
+    words = [any(re.search("[A-Za-z]", line[i]) for line in lines[1:]) for i in range(len(head))]
 
     def row(cells: list[str]) -> str:
         padded = [cell.ljust(w) if left else cell.rjust(w) for cell, w, left in zip(cells, width, words)]
@@ -101,7 +101,8 @@ class Peers:
             digits = 1 if metric == "allocs" else 0
             ratio = self.ratio(values)
             return [operation, message, *(show(values[name], digits) for name in (OURS, *self.others)), show(ratio, 2)]
-        return table(["operation", "message", "ours", *self.others, "ours / best"], (cells(*row) for row in self.rows(metric)))
+        head = ["operation", "message", "ours", *self.others, "ours / best"]
+        return table(head, (cells(*row) for row in self.rows(metric)))
 
     def verdict(self) -> str:
         """Which rows miss the goal."""
@@ -266,6 +267,11 @@ def plot(peers: Peers) -> str:
     for i, (metric, shade) in enumerate(shades.items()):
         parts.append(f'<rect x="{left + 130 * i}" y="30" width="12" height="12" fill="{shade}"/>'
                      f'<text x="{left + 130 * i + 18}" y="40">{labels[metric]}</text>')
+    bottom = head + row * len(keys)
+    for value, text in ((GOAL, "half"), (1.0, "level")):
+        parts.append(f'<line x1="{x(value):.1f}" y1="{head - 4}" x2="{x(value):.1f}" y2="{bottom + 4}" '
+                     f'stroke="#b23a48" stroke-dasharray="{"none" if value == 1 else "4 3"}"/>'
+                     f'<text x="{x(value):.1f}" y="{bottom + 20}" text-anchor="middle" fill="#b23a48">{text}</text>')
     for i, (operation, message) in enumerate(keys):
         y = head + row * i
         title = operation if message == "-" else f"{operation}: {message}"
@@ -273,14 +279,9 @@ def plot(peers: Peers) -> str:
         for j, (metric, shade) in enumerate(shades.items()):
             value = ratios[metric].get((operation, message))
             if value is not None:
-                parts.append(f'<rect x="{left}" y="{y + 2 + 10 * j}" width="{x(value) - left:.1f}" height="10" '
-                             f'fill="{shade}"/><text x="{x(value) + 4:.1f}" y="{y + 11 + 10 * j}" '
-                             f'font-size="9">{value:.2f}</text>')
-    bottom = head + row * len(keys)
-    for value, text in ((GOAL, "half"), (1.0, "level")):
-        parts.append(f'<line x1="{x(value):.1f}" y1="{head - 4}" x2="{x(value):.1f}" y2="{bottom + 4}" stroke="#b23a48" '
-                     f'stroke-dasharray="{"none" if value == 1 else "4 3"}"/>'
-                     f'<text x="{x(value):.1f}" y="{bottom + 20}" text-anchor="middle" fill="#b23a48">{text}</text>')
+                parts.append(f'<rect x="{left}" y="{y + 2 + 10 * j}" width="{x(value) - left:.1f}" '
+                             f'height="10" fill="{shade}"/><text x="{x(value) + 4:.1f}" y="{y + 11 + 10 * j}" '
+                             f'font-size="9" stroke="white" stroke-width="3" paint-order="stroke">{value:.2f}</text>')
     return "\n".join([*parts, "</svg>", ""])
 
 
@@ -316,8 +317,7 @@ def main() -> int:
     if arguments.callgrind:
         sections["functions"] = "\n\n".join(functions(arguments.callgrind, message)
                                             for message in ("05_invite", "06_invite_carrier"))
-    measured: dict[str, Callable[[], str]] = {"growth": own.growth, "threads": own.threads, "hostile": own.hostile}
-    sections |= {name: make() for name, make in measured.items()}
+    sections |= {"growth": own.growth(), "threads": own.threads(), "hostile": own.hostile()}
     titles = {**METRICS, "held": "Bytes held by a message", "growth-compared": "Growth, parse", "growth": "Growth, ours",
               "threads": "Two threads", "hostile": "Hostile messages", "functions": "Where the instructions go",
               "machine": "Measured on", "verdict": "Against the goal: half of the best (digest: level)"}

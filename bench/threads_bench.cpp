@@ -1,4 +1,4 @@
-// Two threads that parse, each its own messages, against one: what they share costs nothing if items_per_second doubles.
+// Two threads that parse, each its own messages, against one: if items_per_second doubles, nothing shared costs.
 
 #include "bench/BenchSupport.h"
 
