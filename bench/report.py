@@ -319,7 +319,8 @@ def main() -> int:
                                             for message in ("05_invite", "06_invite_carrier"))
     sections |= {"growth": own.growth(), "threads": own.threads(), "hostile": own.hostile()}
     titles = {**METRICS, "held": "Bytes held by a message", "growth-compared": "Growth, parse",
-              "growth": "Growth, ours", "threads": "Two threads", "hostile": "Hostile messages", "functions": "Where the instructions go",
+              "growth": "Growth, ours", "threads": "Two threads", "hostile": "Hostile messages",
+              "functions": "Where the instructions go",
               "machine": "Measured on", "verdict": "Against the goal: half of the best (digest: level)"}
     for name, content in sections.items():
         print(f"\n{titles[name]}\n\n{content}")
