@@ -95,7 +95,7 @@ private:
 
 /** Room for the pairs of a list that has outgrown its object, which follow it in the same allocation. */
 struct KxParameters::Block {
-    static constexpr std::uint32_t kIndexFrom = 16;
+    static constexpr std::uint32_t kIndexFrom = 32;
 
     std::uint32_t capacity;
     std::unique_ptr<NameIndex> index;
