@@ -9,6 +9,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
+#include "tools/kxsip/capture/CaptureFile.h"
 
 #include <CLI/CLI.hpp>
 
@@ -85,16 +86,6 @@ constexpr Derivation kOthers[] = {
     {"prack", "Print the PRACK for a provisional response to an INVITE, without its RAck", prackOf},
 };
 
-/** The message of that number; nothing where there are not so many. */
-std::optional<ReadMessage> readNumber(const InputFile& file, std::size_t number) {
-    MessageReader reader(file);
-    std::optional<ReadMessage> read = reader.next();
-    while (read && read->index < number) {
-        read = reader.next();
-    }
-    return read;
-}
-
 Outcome derive(const ReadMessage& parent, const Derivation& derivation, const Options& options) {
     if (parent.isRefused()) {
         parent.complain(*parent.error);
@@ -112,12 +103,14 @@ Outcome derive(const ReadMessage& parent, const Derivation& derivation, const Op
 Outcome run(const Derivation& derivation, const Options& options) {
     try {
         const InputFile file = InputFile::sRead(options.file);
-        if (const std::optional<ReadMessage> parent = readNumber(file, options.number)) {
+        if (const std::optional<ReadMessage> parent = readMessage(file, options.number)) {
             return derive(*parent, derivation, options);
         }
         std::cerr << "kxsip: " << printable(options.file) << " has no message " << options.number << '\n';
     } catch (const std::system_error& error) {
         complainOfFile(options.file, error);
+    } catch (const CaptureError& error) {
+        std::cerr << "kxsip: " << error.what() << '\n';
     }
     return Outcome::Failed;
 }
