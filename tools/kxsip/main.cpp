@@ -1,5 +1,6 @@
 #include "tools/kxsip/CheckCommand.h"
 #include "tools/kxsip/DeriveCommands.h"
+#include "tools/kxsip/FlowCommand.h"
 #include "tools/kxsip/KeyCommand.h"
 #include "tools/kxsip/ShowCommand.h"
 
@@ -39,6 +40,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     addShowCommand(app, outcome);
     addCheckCommand(app, outcome);
+    addFlowCommand(app, outcome);
     addKeyCommand(app, outcome);
     addDeriveCommands(app, outcome);
     try {
