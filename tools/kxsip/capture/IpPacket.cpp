@@ -6,6 +6,7 @@
 #include <tins/ip.h>
 #include <tins/ipv6.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -13,14 +14,12 @@ namespace {
 
 using Pdu = std::unique_ptr<Tins::PDU>;
 
-constexpr int kNotFixed = -1;
-
 struct Link {
     int type;
-    int header; ///< Bytes in front of the IP packet; kNotFixed for Ethernet.
+    std::size_t header; ///< Bytes in front of the IP packet; of no meaning for Ethernet.
 };
 
-constexpr std::array<Link, 9> kLinks = {{{DLT_EN10MB, kNotFixed},
+constexpr std::array<Link, 9> kLinks = {{{DLT_EN10MB, 0},
                                          {DLT_LINUX_SLL, 16},
                                          {DLT_LINUX_SLL2, 20},
                                          {DLT_NULL, 4},
@@ -57,14 +56,13 @@ Pdu dissectIp(std::string_view bytes) {
 }
 
 Pdu dissect(const Link& link, std::string_view frame) {
-    if (link.header == kNotFixed) {
+    if (link.type == DLT_EN10MB) {
         return std::make_unique<Tins::EthernetII>(octets(frame), static_cast<std::uint32_t>(frame.size()));
     }
-    const auto header = static_cast<std::size_t>(link.header);
-    if (frame.size() < header) {
+    if (frame.size() < link.header) {
         throw Tins::malformed_packet();
     }
-    return dissectIp(frame.substr(header));
+    return dissectIp(frame.substr(link.header));
 }
 
 IpPacket taken(Tins::IP& ip) {
@@ -77,14 +75,21 @@ IpPacket taken(Tins::IP& ip) {
     return packet;
 }
 
-/** The protocol behind all extension headers. */
-std::uint8_t protocolOf(const Tins::IPv6& ip) {
-    return ip.headers().empty() ? ip.next_header() : ip.headers().back().option();
+/** The protocol behind the Fragment header, which libtins does not keep. `packet` begins with the IPv6 header. */
+std::uint8_t fragmentedProtocol(std::string_view packet) {
+    constexpr std::size_t kFixed = 40;
+    constexpr std::size_t kNextHeader = 6;
+    std::uint8_t next = packet.size() > kNextHeader ? octets(packet)[kNextHeader] : 0;
+    std::size_t at = kFixed;
+    while (at + 8 <= packet.size() && next != Tins::IPv6::FRAGMENT) {
+        next = octets(packet)[at];
+        at += (std::size_t{octets(packet)[at + 1]} + 1) * 8;
+    }
+    return at + 8 <= packet.size() ? octets(packet)[at] : 0;
 }
 
-IpPacket taken(Tins::IPv6& ip) {
-    IpPacket packet{
-        ip.src_addr().to_string(), ip.dst_addr().to_string(), protocolOf(ip), {}, Pdu(ip.release_inner_pdu())};
+IpPacket taken(Tins::IPv6& ip, std::string_view bytes) {
+    IpPacket packet{ip.src_addr().to_string(), ip.dst_addr().to_string(), 0, {}, Pdu(ip.release_inner_pdu())};
     const Tins::IPv6::ext_header* const header = ip.search_header(Tins::IPv6::FRAGMENT);
     if (header != nullptr && header->data_size() >= 6) {
         const std::uint8_t* const data = header->data_ptr();
@@ -93,6 +98,7 @@ IpPacket taken(Tins::IPv6& ip) {
         for (int i = 2; i < 6; ++i) {
             id = id << 8 | data[i];
         }
+        packet.protocol = fragmentedProtocol(bytes);
         packet.fragment = {id, place & 0xFFF8U, (place & 1U) == 0};
     }
     return packet;
@@ -108,10 +114,14 @@ std::optional<IpPacket> IpPacket::sFind(int linkType, std::string_view frame) {
     const Link* const link = findLink(linkType);
     const Pdu root = link == nullptr ? nullptr : dissect(*link, frame);
     Tins::PDU* innermost = nullptr;
+    std::size_t begin = 0;
+    std::size_t at = link == nullptr ? 0 : link->header;
     for (Tins::PDU* layer = root.get(); layer != nullptr; layer = layer->inner_pdu()) {
         if (layer->pdu_type() == Tins::PDU::IP || layer->pdu_type() == Tins::PDU::IPv6) {
             innermost = layer;
+            begin = at;
         }
+        at += layer->header_size();
     }
     if (innermost == nullptr) {
         return std::nullopt;
@@ -119,5 +129,5 @@ std::optional<IpPacket> IpPacket::sFind(int linkType, std::string_view frame) {
     if (innermost->pdu_type() == Tins::PDU::IP) {
         return taken(static_cast<Tins::IP&>(*innermost));
     }
-    return taken(static_cast<Tins::IPv6&>(*innermost));
+    return taken(static_cast<Tins::IPv6&>(*innermost), frame.substr(std::min(begin, frame.size())));
 }

@@ -19,7 +19,7 @@ struct FragmentPlace {
 struct IpPacket {
     std::string source;
     std::string destination;
-    std::uint8_t protocol = 0; ///< 6 for TCP, 17 for UDP.
+    std::uint8_t protocol = 0; ///< Of a fragment: 6 for TCP, 17 for UDP.
     std::optional<FragmentPlace> fragment;
     std::unique_ptr<Tins::PDU> payload; ///< A Tins::UDP, Tins::TCP, something else or nil; of a fragment its bytes.
 
