@@ -1,7 +1,11 @@
-// Parse, serialise and round trip of the sample messages.
+// Parse, serialise and round trip of the sample messages; the digest of a request.
 
 #include "bench/BenchSupport.h"
+#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "sipobject/headers/KxSipAuthorizationHeader.h"
+#include "sipobject/messages/KxSipRequest.h"
 #include "util/KxByteArrayOutputStream.h"
+#include "util/KxHexEncoding.h"
 
 #include <benchmark/benchmark.h>
 
@@ -43,6 +47,19 @@ void roundTrip(benchmark::State& state, const std::string& name) {
     countBytes(state, bytes.size());
 }
 
+/** The response to the challenge that the sample's second request answers. */
+void digest(benchmark::State& state) {
+    const std::string file = readSample("register_digest.sip");
+    const KxHandle<KxSipMessage> message = parseMessage(file.substr(file.rfind("REGISTER sip:")));
+    const auto header = static_cast<const KxSipRequest&>(*message).getAuthorizationHeader();
+    const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(header->getCredentials());
+    credentials->setMethod("REGISTER");
+    credentials->setPassword("secret");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(KxHexEncoding::toHex(credentials->getRequestDigest()));
+    }
+}
+
 const bool s_registered = [] {
     for (const char* const name : kSamples) {
         const std::string sample(name);
@@ -50,6 +67,7 @@ const bool s_registered = [] {
         benchmark::RegisterBenchmark(("serialise/" + sample).c_str(), serialise, sample);
         benchmark::RegisterBenchmark(("roundtrip/" + sample).c_str(), roundTrip, sample);
     }
+    benchmark::RegisterBenchmark("digest", digest);
     return true;
 }();
 

@@ -1,6 +1,7 @@
-// Whole messages. Law: what is accepted can be written; what was written is read again and written as the same bytes,
-// but for what a header line or a URI, read and written on its own, becomes (fuzz_header and fuzz_url look at those);
-// a copy is written as its original; every stream is told the same bytes; a stream that dribbles reads as memory does.
+// Whole messages. Law: what is accepted can be written (but for credentials without a response that name no MD5); what was
+// written is read again and written as the same bytes, but for what a header line or a URI, read and written on its own,
+// becomes (fuzz_header and fuzz_url look at those); a copy is written as its original; every stream is told the same
+// bytes; a stream that dribbles reads as memory does.
 
 #include "fuzz/FuzzSupport.h"
 #include "sipobject/address/KxURI.h"
@@ -47,6 +48,7 @@ Outcome read(KxInputStream& in) {
         outcome.message = KxSipMessage::sConstructFrom(in);
         outcome.text = written(*outcome.message);
     } catch (const KxHandle<KxException>& failure) {
+        outcome.message = nullptr;
         outcome.text = std::string("! ").append(failure->getExceptionMessage().view());
         outcome.isParseError = !isExactly<KxException>(*failure);
     }

@@ -38,7 +38,22 @@ int compare(std::string_view a, std::string_view b) {
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
 
+namespace {
+
+/** Digits that no 32-bit number can overflow with. */
+constexpr std::size_t kSafeDigits = 9;
+
+} // namespace
+
 std::int64_t toNumber(std::string_view text) {
+    std::uint32_t plain = 0;
+    std::size_t digits = 0;
+    while (digits < text.size() && digits <= kSafeDigits && isDigit(text[digits])) {
+        plain = plain * 10 + static_cast<std::uint32_t>(text[digits++] - '0');
+    }
+    if (digits != 0 && digits <= kSafeDigits) {
+        return plain;
+    }
     std::size_t at = 0;
     while (at < text.size() && isSpace(text[at])) {
         ++at;

@@ -33,14 +33,17 @@ KX_UTIL_API int compareNoCase(std::string_view a, std::string_view b);
 /** Negative, zero or positive; bytes compare as unsigned, a prefix sorts first. */
 KX_UTIL_API int compare(std::string_view a, std::string_view b);
 
-constexpr std::string_view trim(std::string_view text) {
-    while (!text.empty() && isSpace(text.front())) {
-        text.remove_prefix(1);
-    }
+constexpr std::string_view trimEnd(std::string_view text) {
     while (!text.empty() && isSpace(text.back())) {
         text.remove_suffix(1);
     }
     return text;
+}
+constexpr std::string_view trim(std::string_view text) {
+    while (!text.empty() && isSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    return trimEnd(text);
 }
 
 /** The first character of [begin, end) that is no white space, or `end`. */

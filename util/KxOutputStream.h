@@ -36,6 +36,17 @@ public:
             writeBeyondWindow(text.data(), text.size());
         }
     }
+    /** Pieces of text, one behind the other. */
+    template <class... Texts>
+    [[gnu::always_inline]] void writeAll(const Texts&... texts) {
+        if ((texts.size() + ...) <= static_cast<std::size_t>(m_end - m_cursor)) {
+            char* at = m_cursor;
+            ((at = KxBytes::copy(at, texts.data(), texts.size())), ...);
+            m_cursor = at;
+        } else {
+            (write(texts), ...);
+        }
+    }
     /** Hands on whatever the sink holds back. */
     virtual void flush() {}
 

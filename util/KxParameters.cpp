@@ -3,7 +3,7 @@
 #include "core/MemAccount.h"
 #include "core/MemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
-#include "util/KxBytes.h"
+#include "util/KxByteScan.h"
 #include "util/KxWholeWindow.h"
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <memory>
 #include <new>
 #include <random>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -20,10 +21,7 @@ constinit Oskan::MemAccount s_account{"KxParameters"};
 
 /** What a pair is made of ends at one of these; a line's end and commas end the list only in a stream. */
 template <bool kInStream>
-const char* findSpecial(const char* at, const char* end) {
-    return kInStream ? KxBytes::findAny<'=', ';', '"', ',', '\r', '\n'>(at, end)
-                     : KxBytes::findAny<'=', ';', '"'>(at, end);
-}
+using Specials = std::conditional_t<kInStream, KxByteScan<'=', ';', '"', ',', '\r', '\n'>, KxByteScan<'=', ';', '"'>>;
 
 /** Where the quoted text that begins at `at` ends: at its quote, or, in a stream, at the line's end. */
 template <bool kInStream>
@@ -197,26 +195,32 @@ KxParameters::Pair* KxParameters::pairs() {
     return m_block != nullptr ? m_block->pairs() : m_inline;
 }
 
-KxParameters::Pair* KxParameters::find(std::string_view name) {
-    Pair* const all = pairs();
+inline KxParameters::Pair* KxParameters::find(std::string_view name) {
     if (m_block != nullptr && m_block->index != nullptr) {
-        const std::uint32_t found = m_block->index->find(
-            NameIndex::hash(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
-        return found == 0 ? nullptr : all + (found - 1);
+        return findIndexed(name);
     }
-    for (std::uint32_t i = 0; i < m_size; ++i) {
-        if (all[i].name.length() == name.size() && all[i].name.equalsNoCase(name)) {
-            return all + i;
+    Pair* const end = pairs() + m_size;
+    for (Pair* pair = pairs(); pair != end; ++pair) {
+        if (pair->name.length() == name.size() && pair->name.equalsNoCase(name)) {
+            return pair;
         }
     }
     return nullptr;
 }
 
+KxParameters::Pair* KxParameters::findIndexed(std::string_view name) {
+    Pair* const all = pairs();
+    const std::uint32_t found =
+        m_block->index->find(NameIndex::hash(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
+    return found == 0 ? nullptr : all + (found - 1);
+}
+
+inline std::uint32_t KxParameters::capacity() const {
+    return m_block == nullptr ? kInline : m_block->capacity;
+}
+
 void KxParameters::grow() {
-    const std::uint32_t capacity = m_block == nullptr ? kInline : m_block->capacity;
-    if (m_size < capacity) {
-        return;
-    }
+    const std::uint32_t capacity = this->capacity();
     if (capacity > std::numeric_limits<std::uint32_t>::max() / 4) {
         throw std::bad_alloc();
     }
@@ -239,9 +243,11 @@ void KxParameters::grow() {
     m_size = size;
 }
 
-void KxParameters::append(std::string_view name, KxString&& value) {
+inline void KxParameters::append(std::string_view name, KxString&& value) {
     KxString own(name);
-    grow();
+    if (m_size == capacity()) {
+        grow();
+    }
     new (pairs() + m_size) Pair{std::move(own), std::move(value)};
     if (m_block != nullptr && m_block->index != nullptr) {
         m_block->index->insert(NameIndex::hash(name), m_size);
@@ -249,44 +255,7 @@ void KxParameters::append(std::string_view name, KxString&& value) {
     ++m_size;
 }
 
-void KxParameters::parse(std::string_view text) {
-    parsePairs<false>(text.data(), text.data() + text.size());
-}
-
-void KxParameters::parse(KxInputStream& in) {
-    KxWithWholeWindow(in, [this](KxInputStream& line) {
-        const std::string_view window = line.window();
-        const char* const end = parsePairs<true>(window.data(), window.data() + window.size());
-        line.consume(static_cast<std::size_t>(end - window.data()));
-    });
-}
-
-/** One pass over the pairs; returns where it stopped. */
-template <bool kInStream>
-const char* KxParameters::parsePairs(const char* at, const char* const end) {
-    const char* begin = at;
-    const char* equals = nullptr;
-    for (at = findSpecial<kInStream>(at, end); at != end; at = findSpecial<kInStream>(at, end)) {
-        if (*at == '=') {
-            equals = equals == nullptr ? at : equals;
-            ++at;
-        } else if (*at == '"') {
-            at = findQuoteEnd<kInStream>(at + 1, end);
-            at += at != end && *at == '"' ? 1 : 0;
-        } else {
-            parsePair(begin, equals, at);
-            if (*at != ';') {
-                return at;
-            }
-            begin = ++at;
-            equals = nullptr;
-        }
-    }
-    parsePair(begin, equals, end);
-    return end;
-}
-
-void KxParameters::parsePair(const char* begin, const char* equals, const char* end) {
+[[gnu::always_inline]] inline void KxParameters::parsePair(const char* begin, const char* equals, const char* end) {
     const auto text = [](const char* from, const char* to) {
         return KxAscii::trim(std::string_view(from, static_cast<std::size_t>(to - from)));
     };
@@ -304,17 +273,50 @@ void KxParameters::parsePair(const char* begin, const char* equals, const char* 
     }
 }
 
+/** One pass over the pairs; returns where it stopped. */
+template <bool kInStream>
+const char* KxParameters::parsePairs(const char* begin, const char* const end, const char* readable) {
+    Specials<kInStream> specials(begin, end, readable);
+    while (true) {
+        const char* equals = nullptr;
+        const char* at = specials.next();
+        for (; at != end && (*at == '=' || *at == '"'); at = specials.next()) {
+            if (*at == '=') {
+                equals = equals == nullptr ? at : equals;
+            } else {
+                at = findQuoteEnd<kInStream>(at + 1, end);
+                specials.skipTo(at != end && *at == '"' ? at + 1 : at);
+            }
+        }
+        parsePair(begin, equals, at);
+        if (at == end || *at != ';') {
+            return at;
+        }
+        begin = at + 1;
+    }
+}
+
+void KxParameters::parse(std::string_view text, const char* readable) {
+    parsePairs<false>(text.data(), text.data() + text.size(), readable);
+}
+
+void KxParameters::parse(KxInputStream& in) {
+    KxWithWholeWindow(in, [this](KxInputStream& line) {
+        const std::string_view window = line.window();
+        const char* const end = parsePairs<true>(window.data(), window.data() + window.size(), line.readableEnd());
+        line.consume(static_cast<std::size_t>(end - window.data()));
+    });
+}
+
 void KxParameters::serialize(KxOutputStream& out) const {
-    bool first = true;
-    for (const Pair& pair : *this) {
-        if (!first) {
+    for (const Pair* pair = begin(); pair != end(); ++pair) {
+        if (pair != begin()) {
             out.write(';');
         }
-        first = false;
-        out.write(pair.name.view());
-        if (!pair.value.empty()) {
-            out.write('=');
-            out.write(pair.value.view());
+        if (pair->value.empty()) {
+            out.write(pair->name.view());
+        } else {
+            out.writeAll(pair->name.view(), std::string_view("=", 1), pair->value.view());
         }
     }
 }

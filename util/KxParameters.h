@@ -35,7 +35,9 @@ public:
 
     /** Adds the pairs of a text: names and values trimmed, quotes kept; quotes (with backslash escapes) protect ";".
         A pair with neither name nor value is skipped. */
-    void parse(std::string_view text);
+    void parse(std::string_view text) { parse(text, text.data() + text.size()); }
+    /** As above; the bytes behind the text, up to `readable`, may be loaded too. */
+    void parse(std::string_view text, const char* readable);
     void parse(const char* text) { parse(text == nullptr ? std::string_view() : std::string_view(text)); }
     /** As above from a stream, up to an unquoted comma, a CR or a LF, which stays unread, or the end. */
     void parse(KxInputStream& in);
@@ -71,10 +73,12 @@ private:
     Pair* pairs();
     const Pair* pairs() const { return const_cast<KxParameters*>(this)->pairs(); }
     Pair* find(std::string_view name);
+    Pair* findIndexed(std::string_view name);
     void parsePair(const char* begin, const char* equals, const char* end);
     template <bool kInStream>
-    const char* parsePairs(const char* at, const char* end);
+    const char* parsePairs(const char* begin, const char* end, const char* readable);
     void append(std::string_view name, KxString&& value);
+    std::uint32_t capacity() const;
     void grow();
     void releaseAll();
 

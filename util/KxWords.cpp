@@ -153,7 +153,6 @@ KxStringBuffer* const s_words[] = {
     word<"pref">(),
     word<"answermode">(),
     word<"ice">(),
-    word<"resource-priority">(),
     word<"199">(),
     word<"talk">(),
     word<"hold">(),
@@ -161,7 +160,6 @@ KxStringBuffer* const s_words[] = {
     word<"dialog">(),
     word<"presence">(),
     word<"reg">(),
-    word<"message-summary">(),
     word<"check-sync">(),
     word<"kpml">(),
     // media types and codings
@@ -176,8 +174,6 @@ KxStringBuffer* const s_words[] = {
     word<"sipfrag">(),
     word<"dtmf-relay">(),
     word<"pidf+xml">(),
-    word<"dialog-info+xml">(),
-    word<"simple-message-summary">(),
     word<"gzip">(),
     word<"identity">(),
     word<"en">(),
@@ -191,11 +187,10 @@ KxStringBuffer* const s_words[] = {
     word<"Ringing">(),
     word<"localhost">(),
     word<"anonymous">(),
-    word<"anonymous.invalid">(),
 };
 
 constexpr std::size_t kWordCount = std::size(s_words);
-constexpr std::size_t kLongestWord = 24;
+constexpr std::size_t kLongestWord = 13; // longer texts are seldom words: they are not looked up
 constexpr int kBucketBits = 9;
 constexpr std::size_t kWays = 2;
 

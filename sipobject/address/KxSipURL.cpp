@@ -153,16 +153,15 @@ KxString KxSipURL::getString() const {
 }
 
 void KxSipURL::display(KxOutputStream& out, bool) const {
-    out.write(std::string_view("sip:", 4));
-    if (!m_user.empty()) {
-        out.write(m_user.view());
-        if (!m_password.empty()) {
-            out.write(':');
-            out.write(m_password.view());
-        }
-        out.write('@');
+    constexpr std::string_view kScheme("sip:", 4);
+    constexpr std::string_view kBehindUser("@", 1);
+    if (m_user.empty()) {
+        out.writeAll(kScheme, m_host.view());
+    } else if (m_password.empty()) {
+        out.writeAll(kScheme, m_user.view(), kBehindUser, m_host.view());
+    } else {
+        out.writeAll(kScheme, m_user.view(), std::string_view(":", 1), m_password.view(), kBehindUser, m_host.view());
     }
-    out.write(m_host.view());
     if (m_hasPort) {
         out.write(':');
         out << m_port;

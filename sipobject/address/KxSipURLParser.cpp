@@ -14,6 +14,7 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
+constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
 constexpr char kEndOfInput = '\x04'; // as a delimiter before a token it means nothing, like a NUL
 
 void debug(const char* what, const KxLazyParameters& list) {
@@ -129,7 +130,7 @@ inline void KxSipURLParser::parameters() {
     const char* const stop = KxBytes::findAny<'\n', '>', '?'>(m_at, m_end, m_in.readableEnd());
     const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
     if (!text.empty()) {
-        m_url.m_parameters.write().parse(text);
+        m_url.m_parameters.write().parse(text, m_in.readableEnd());
     }
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
@@ -300,7 +301,14 @@ void KxSipURLParser::parseHeaders() {
     Oskan::FastString<256> value;
     bool inValue = false;
     bool quoted = false;
-    for (int c = nextHeaderCharacter(); c >= 0 && c != '>'; c = nextHeaderCharacter()) {
+    while (true) {
+        const char* const stop = kHeaderSpecials.find(m_at, m_end, m_in.readableEnd());
+        (inValue ? value : name).append(m_at, static_cast<std::size_t>(stop - m_at));
+        m_at = stop;
+        const int c = nextHeaderCharacter();
+        if (c < 0 || c == '>') {
+            break;
+        }
         if (c == '\n') {
             if (m_at == m_end || (*m_at != ' ' && *m_at != '\t')) {
                 break;

@@ -73,6 +73,17 @@ std::string_view nameIn(const char* begin, const char* end) {
     return trimEnd(std::string_view(begin, static_cast<std::size_t>(colon - begin)));
 }
 
+/** Skips blanks; false when nothing but white space follows. */
+[[gnu::always_inline]] inline bool skipToText(KxInputStream& in, const char* end) {
+    const char* const begin = in.window().data();
+    const char* at = begin;
+    while (at != end && (*at == ' ' || *at == '\t')) {
+        ++at;
+    }
+    in.consume(static_cast<std::size_t>(at - begin));
+    return at != end && (*at > ' ' || KxAscii::skipSpace(at, end) != end);
+}
+
 /** Where the comma stands that ends a value; `end` when there is none. */
 const char* findComma(const char* at, const char* end) {
     while (at != end && *at != ',') {
@@ -113,29 +124,6 @@ void KxSipHeader::sAddConstructor(const char* name, Creator creator) {
     s_registry.add(name, creator);
 }
 
-/** An object of the class that goes by the key, under the name as it stood. */
-template <bool kTraced>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(const Line& line, bool& named) {
-    const Scope<kTraced> trace(s_logger, "KxSipHeader::sConstruct");
-    bool exact = false;
-    const auto* const entry = line.key.size() < kNameLimit ? s_registry.findEntry(line.key, exact) : nullptr;
-    if (entry == nullptr) {
-        return sMakeUnknown(line.key);
-    }
-    KxHandle<KxSipHeader> header = KxHandle<KxSipHeader>::sOfNew(entry->creator());
-    named = exact && header.get()->m_token.c_str() == entry->name.data() && line.key.data() == line.name.data();
-    return header;
-}
-
-KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
-    bool named = false;
-    return sConstruct<true>({name, name, {}, nullptr}, named);
-}
-
-[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sMakeUnknown(std::string_view name) {
-    return KxHandle<KxSipHeader>::sOfNew(new KxSipUnknownHeader(KxString(name), KxString()));
-}
-
 const char* KxSipHeader::sTextOf(KxSipLineFault fault) {
     switch (fault) {
     case KxSipLineFault::NoToken:
@@ -164,16 +152,96 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
     return header;
 }
 
-KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& fault) {
-    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
-        return sReadTraced(in, fault);
+/** An object of the class that goes by the key, under the name as it stood. */
+template <bool kTraced>
+[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(const Line& line, bool& named) {
+    const Scope<kTraced> trace(s_logger, "KxSipHeader::sConstruct");
+    bool exact = false;
+    const auto* const entry = line.key.size() < kNameLimit ? s_registry.findEntry(line.key, exact) : nullptr;
+    if (entry == nullptr) {
+        return sMakeUnknown(line.key);
     }
-    return sRead<false>(in, fault);
+    KxHandle<KxSipHeader> header = KxHandle<KxSipHeader>::sOfNew(entry->creator());
+    named = exact && header.get()->m_token.c_str() == entry->name.data() && line.key.data() == line.name.data();
+    return header;
 }
 
-[[gnu::cold]] KxHandle<KxSipHeader> KxSipHeader::sReadTraced(KxInputStream& in, KxSipLineFault& fault) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
-    return sRead<true>(in, fault);
+KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
+    bool named = false;
+    return sConstruct<true>({name, name, {}, nullptr}, named);
+}
+
+[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sMakeUnknown(std::string_view name) {
+    return KxHandle<KxSipHeader>::sOfNew(new KxSipUnknownHeader(KxString(name), KxString()));
+}
+
+[[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
+    if (m_token.view() != name) {
+        const KxString& compact = getCompactToken();
+        m_token = compact.view() == name ? compact : KxString(name);
+    }
+}
+
+template <bool kTraced>
+[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseValues(KxInputStream& in) {
+    const Scope<kTraced> trace(s_logger, "KxSipHeader::parseRest");
+    const char* const end = in.window().data() + in.window().size(); // a line: whole
+    if (!skipToText(in, end)) {
+        return KxSipLineFault::NothingBehindColon;
+    }
+    doParse(in);
+    const char* const comma = findComma(in.window().data(), end);
+    return comma == end ? KxSipLineFault::None : parseFurther(in, comma);
+}
+
+/** The values behind the first one, each in an object of its own. */
+[[gnu::noinline]] KxSipLineFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
+    const char* const end = in.window().data() + in.window().size();
+    const std::string_view name = getExpandedToken();
+    const Creator creator = s_registry.find(name);
+    KxHandle<KxSipHeader> further;
+    KxHandle<KxSipHeader>* link = &further;
+    for (; comma != end; comma = findComma(in.window().data(), end)) {
+        in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
+        if (!skipToText(in, end)) {
+            return KxSipLineFault::NothingBehindColon;
+        }
+        *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
+        KxSipHeader* const last = link->get();
+        last->doParse(in);
+        link = &last->m_next;
+    }
+    addNext(std::move(further));
+    return KxSipLineFault::None;
+}
+
+template <bool kTraced>
+[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseLine(const Line& line, bool named) {
+    const Scope<kTraced> trace(s_logger, "KxSipHeader::parse");
+    if (!named) {
+        setToken(line.name);
+    }
+    KxViewInputStream in(line.value, line.readable);
+    return parseValues<kTraced>(in);
+}
+
+/** The values that stand in the stream, the first of them for this object. */
+void KxSipHeader::parseRest(KxInputStream& in) {
+    const KxSipLineFault fault = parseValues<true>(in);
+    if (fault != KxSipLineFault::None) {
+        sThrow(fault);
+    }
+}
+
+template <bool kTraced>
+[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sMake(const Line& line, KxSipLineFault& fault) {
+    bool named = false;
+    KxHandle<KxSipHeader> header = sConstruct<kTraced>(line, named);
+    fault = header.get()->parseLine<kTraced>(line, named);
+    if (fault != KxSipLineFault::None) {
+        header = nullptr;
+    }
+    return header;
 }
 
 /** A plain line is read where it lies: a name, the colon at once behind it, CR LF at the end, not continued. */
@@ -228,15 +296,16 @@ template <bool kTraced>
     return sMake<kTraced>({key, name, line.substr(colon + 1), line.data() + line.size()}, fault);
 }
 
-template <bool kTraced>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sMake(const Line& line, KxSipLineFault& fault) {
-    bool named = false;
-    KxHandle<KxSipHeader> header = sConstruct<kTraced>(line, named);
-    fault = header.get()->parseLine<kTraced>(line, named);
-    if (fault != KxSipLineFault::None) {
-        header = nullptr;
+KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& fault) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+        return sReadTraced(in, fault);
     }
-    return header;
+    return sRead<false>(in, fault);
+}
+
+[[gnu::cold]] KxHandle<KxSipHeader> KxSipHeader::sReadTraced(KxInputStream& in, KxSipLineFault& fault) {
+    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
+    return sRead<true>(in, fault);
 }
 
 void KxSipHeader::parse(KxInputStream& in) {
@@ -260,64 +329,6 @@ void KxSipHeader::parseWhole(KxInputStream& in) {
     }
 }
 
-template <bool kTraced>
-[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseLine(const Line& line, bool named) {
-    const Scope<kTraced> trace(s_logger, "KxSipHeader::parse");
-    if (!named) {
-        setToken(line.name);
-    }
-    KxViewInputStream in(line.value, line.readable);
-    return parseValues<kTraced>(in);
-}
-
-[[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
-    if (m_token.view() != name) {
-        const KxString& compact = getCompactToken();
-        m_token = compact.view() == name ? compact : KxString(name);
-    }
-}
-
-/** The values that stand in the stream, the first of them for this object. */
-void KxSipHeader::parseRest(KxInputStream& in) {
-    const KxSipLineFault fault = parseValues<true>(in);
-    if (fault != KxSipLineFault::None) {
-        sThrow(fault);
-    }
-}
-
-template <bool kTraced>
-[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseValues(KxInputStream& in) {
-    const Scope<kTraced> trace(s_logger, "KxSipHeader::parseRest");
-    const char* const end = in.window().data() + in.window().size(); // a line: whole
-    if (KxAscii::skipSpace(in.window().data(), end) == end) {
-        return KxSipLineFault::NothingBehindColon;
-    }
-    doParse(in);
-    const char* const comma = findComma(in.window().data(), end);
-    return comma == end ? KxSipLineFault::None : parseFurther(in, comma);
-}
-
-/** The values behind the first one, each in an object of its own. */
-[[gnu::noinline]] KxSipLineFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
-    const char* const end = in.window().data() + in.window().size();
-    const std::string_view name = getExpandedToken();
-    const Creator creator = s_registry.find(name);
-    KxHandle<KxSipHeader> further;
-    KxHandle<KxSipHeader>* link = &further;
-    for (; comma != end; comma = findComma(in.window().data(), end)) {
-        in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
-        if (KxAscii::skipSpace(in.window().data(), end) == end) {
-            return KxSipLineFault::NothingBehindColon;
-        }
-        *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
-        KxSipHeader* const last = link->get();
-        last->doParse(in);
-        link = &last->m_next;
-    }
-    addNext(std::move(further));
-    return KxSipLineFault::None;
-}
-
 void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
     KxSipHeader* last = this;
     while (!last->m_next.isNil()) {
@@ -329,8 +340,7 @@ void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
 void KxSipHeader::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::serialize");
     for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
-        out.write(value->m_token.view());
-        out.write(std::string_view(": ", 2));
+        out.writeAll(value->m_token.view(), std::string_view(": ", 2));
         value->doSerialize(out);
         out.write(std::string_view("\r\n", 2));
     }

@@ -8,6 +8,8 @@
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxStreamTokenizer.h"
 
+#include <type_traits>
+
 /** What every header class shares and none should write: names, identifier, copying, creation, registration and trace
     scopes. A class H derives from KxSipHeaderOf<H>, makes it a friend and provides
 
@@ -17,9 +19,10 @@
         void parseValue(KxInputStream& in);             // the grammar of one value
         void serializeValue(KxOutputStream& out) const;
 
-    and a default and a copy constructor. */
-template <class H>
-class KxSipHeaderOf : public KxSipHeader {
+    and a default and a copy constructor. Where several names share a grammar, a class that reads and writes it is their
+    Base: H then has no parseValue and serializeValue of its own, and Base a constructor from name and identifier. */
+template <class H, class Base = KxSipHeader>
+class KxSipHeaderOf : public Base {
 public:
     KxSipHeader* clone() const override { return new H(self()); }
     const KxString& getExpandedToken() const override { return H::sToken; }
@@ -34,26 +37,31 @@ public:
     /** Registers the class's names; stands once in the class's .cpp, behind sToken. */
     struct Registration {
         Registration() {
-            sAddConstructor(H::sToken.c_str(), &sCreate);
+            KxSipHeader::sAddConstructor(H::sToken.c_str(), &sCreate);
             if constexpr (kHasCompact) {
-                sAddConstructor(H::sCompactToken.c_str(), &sCreate);
+                KxSipHeader::sAddConstructor(H::sCompactToken.c_str(), &sCreate);
             }
         }
     };
 
 protected:
-    KxSipHeaderOf() : KxSipHeader(H::sToken, H::kHeaderID) {}
+    KxSipHeaderOf() : Base(H::sToken, H::kHeaderID) {}
+    KxSipHeaderOf(const KxString& token, HeaderID id) : Base(token, id) {}
     KxSipHeaderOf(const KxSipHeaderOf&) = default;
 
-    void doParse(KxInputStream& in) final {
-        if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+    void doParse(KxInputStream& in) override {
+        if constexpr (!kHasGrammar) {
+            Base::doParse(in);
+        } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
             parseTraced(in);
         } else {
             self().parseValue(in);
         }
     }
-    void doSerialize(KxOutputStream& out) const final {
-        if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+    void doSerialize(KxOutputStream& out) const override {
+        if constexpr (!kHasGrammar) {
+            Base::doSerialize(out);
+        } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
             serializeTraced(out);
         } else {
             self().serializeValue(out);
@@ -63,7 +71,7 @@ protected:
     /** Reads the value from a text, as constructors from text do; null reads as empty. Not before H is complete. */
     void parseText(const char* text) {
         KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
-        doParse(in);
+        KxSipHeaderOf::doParse(in);
     }
 
     /** Skips blanks; throws the error unless a digit stands next. */
@@ -89,6 +97,7 @@ private:
         self().serializeValue(out);
     }
 
+    static constexpr bool kHasGrammar = std::is_same_v<Base, KxSipHeader>;
     static constexpr bool kHasCompact = requires { H::sCompactToken; };
 
     static KxSipHeader* sCreate() { return new H; }

@@ -46,7 +46,7 @@ private:
             in.read();
             const std::string_view parameters = scanned.until<','>(in);
             if (!KxAscii::trim(parameters).empty()) {
-                this->m_parameters.write().parse(parameters);
+                this->m_parameters.write().parse(parameters, in.readableEnd());
             }
         }
     }

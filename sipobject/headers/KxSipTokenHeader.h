@@ -33,7 +33,7 @@ private:
         KxScannedText scanned;
         std::string_view token = scanned.token(in, H::kTokenEnd);
         if constexpr (requires { H::kIsTrimmed; }) {
-            token = KxAscii::trim(token);
+            token = KxAscii::trimEnd(token);
         }
         if constexpr (H::kEmptyError != nullptr) {
             if (token.empty()) {

@@ -22,8 +22,8 @@ KxSipUnknownHeader* KxSipUnknownHeader::clone() const {
 
 void KxSipUnknownHeader::doParse(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doParse");
-    KxScannedText scanned;
     KxScannedText::skipSpace(in);
+    KxScannedText scanned;
     m_value = KxString(scanned.until<'\r', '\n'>(in));
 }
 

@@ -82,12 +82,20 @@ bool KxSipViaHeader::compare(const KxHandle<KxSipViaHeader>& other) const {
 
 void KxSipViaHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
-    m_protocolName = KxString(KxAscii::trim(scanned.token(in, kSlash)));
-    in.read();
-    m_protocolVersion = KxString(KxAscii::trim(scanned.token(in, kSlash)));
-    in.read();
-    m_transport = KxString(KxAscii::trim(scanned.token(in, sDelimeters))).upper();
-    m_host = KxString(KxAscii::trim(scanned.token(in, sDelimeters)));
+    KxScannedText::skipSpace(in);
+    constexpr std::string_view kUsual = "SIP/2.0/";
+    if (in.window().substr(0, kUsual.size()) == kUsual) {
+        m_protocolName = kSip;
+        m_protocolVersion = kVersion;
+        in.consume(kUsual.size());
+    } else {
+        m_protocolName = KxString(KxAscii::trimEnd(scanned.until(in, kSlash)));
+        in.read();
+        m_protocolVersion = KxString(KxAscii::trimEnd(scanned.token(in, kSlash)));
+        in.read();
+    }
+    m_transport = KxString(KxAscii::trimEnd(scanned.token(in, sDelimeters))).upper();
+    m_host = KxString(KxAscii::trimEnd(scanned.token(in, sDelimeters)));
     for (int c = KxStreamTokenizer::sDiscardWhite(in); c == ':' || c == '(' || c == ';';
          c = KxStreamTokenizer::sDiscardWhite(in)) {
         in.read();
@@ -100,7 +108,7 @@ void KxSipViaHeader::parseValue(KxInputStream& in) {
         } else {
             const std::string_view parameters = KxAscii::trim(scanned.until<','>(in));
             if (!parameters.empty()) {
-                m_parameters.write().parse(parameters);
+                m_parameters.write().parse(parameters, in.readableEnd());
             }
         }
     }
@@ -124,13 +132,9 @@ void KxSipViaHeader::checkValidity() const {
 }
 
 void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
-    out.write(m_protocolName.view());
-    out.write('/');
-    out.write(m_protocolVersion.view());
-    out.write('/');
-    out.write(m_transport.view());
-    out.write(' ');
-    out.write(m_host.view());
+    constexpr std::string_view kBetween("/", 1);
+    out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view(),
+                 std::string_view(" ", 1), m_host.view());
     if (m_hasPort) {
         out.write(':');
         out << m_port;

@@ -153,14 +153,6 @@ bool KxSipMessage::isRequired(std::string_view optionTag) const {
     return listsTag<KxSipRequireHeader>(optionTag);
 }
 
-inline void KxSipMessage::insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
-    const KxSipHeader& value = *header; // someone holds it either way
-    OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
-    if (!m_headers.add(std::move(header), first)) {
-        noteTwice(value, operation);
-    }
-}
-
 [[gnu::cold]] void KxSipMessage::noteTwice(const KxSipHeader& header, const char* operation) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug,

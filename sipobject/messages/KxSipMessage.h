@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Assertion.h"
 #include "core/LogLevel.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
@@ -196,7 +197,14 @@ private:
     bool listsTag(std::string_view optionTag) const;
     KxHandle<KxSipHeader> findHeader(std::string_view name) const;
     HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
-    void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation);
+    void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
+        const KxSipHeader& value = *header; // someone holds it either way
+        OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
+        if (!m_headers.add(std::move(header), first)) {
+            noteTwice(value, operation);
+        }
+    }
+    void addRead(KxHandle<KxSipHeader>&& header);
     static void noteTwice(const KxSipHeader& header, const char* operation);
     [[noreturn]] void invalidate(std::string_view why);
     void checkHeader(HeaderID id, std::string_view name, bool single);

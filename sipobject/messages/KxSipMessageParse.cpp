@@ -115,6 +115,15 @@ void KxSipMessage::noteFault(const char* what, const KxString& why) {
     notes.flush();
 }
 
+/** asynchAddHeader, for the road that every line takes. */
+inline void KxSipMessage::addRead(KxHandle<KxSipHeader>&& header) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+        asynchAddHeader(std::move(header), false);
+    } else {
+        insert(std::move(header), false, "KxSipMessage::asynchAddHeader");
+    }
+}
+
 void KxSipMessage::parseHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
     const auto drop = [this](std::string_view why) {
@@ -135,8 +144,8 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
         try {
             KxSipLineFault fault = KxSipLineFault::None;
             KxHandle<KxSipHeader> header = KxSipHeader::sReadFrom(in, fault);
-            if (fault == KxSipLineFault::None) {
-                asynchAddHeader(std::move(header), false);
+            if (fault == KxSipLineFault::None) [[likely]] {
+                addRead(std::move(header));
             } else {
                 drop(KxSipHeader::sTextOf(fault));
             }

@@ -8,6 +8,7 @@
 #include "sipobject/KxSipObjectParamDefs.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxTelURL.h"
+#include "sipobject/headers/KxSipAuthorizationHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
@@ -57,6 +58,12 @@ KxHandle<KxSipNameAddress> KxSipRequest::getNameAddress() const {
 /** The Request-URI where it is a SIP URL, else null. */
 const KxSipURL* KxSipRequest::sipURL() const {
     return !m_URI.isNil() && m_URI->isSipURL() ? static_cast<const KxSipURL*>(m_URI.get()) : nullptr;
+}
+
+KxHandle<KxSipAuthorizationHeader> KxSipRequest::getAuthorizationHeader() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::getAuthorizationHeader");
+    const KxHandle<KxSipHeader>& own = getHeaderByID(KxHeaderIDs::kAuthorization);
+    return KxHandleCast<KxSipAuthorizationHeader>(own.isNil() ? getHeaderByID(KxHeaderIDs::kProxyAuthorization) : own);
 }
 
 const char* KxSipRequest::getRequestURIHost() const {

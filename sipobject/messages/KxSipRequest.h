@@ -6,6 +6,7 @@
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipMessage.h"
 
+class KxSipAuthorizationHeader;
 class KxSipResponse;
 
 /** A SIP request: a message with a method and a Request-URI. [RFC 3261 7.1]
@@ -59,6 +60,9 @@ public:
     /** Of a SIP URL: its host, and its port or the default of its transport; else "" and 0. */
     const char* getRequestURIHost() const;
     std::uint32_t getRequestURIPort() const;
+
+    /** The first Authorization, else the first Proxy-Authorization; nil when there is neither. */
+    KxHandle<KxSipAuthorizationHeader> getAuthorizationHeader() const;
 
     /** Puts a Via in front of the others. Throws KxSipParseError for an unknown transport or an empty host. */
     void insertViaHeader(const char* host, unsigned port, const char* transport);

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxSipParseError.h"
+#include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipRecordRouteHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
@@ -151,6 +152,12 @@ void KxSipResponse::setReasonPhrase(const char* phrase) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::setReasonPhrase");
     const KxMutexLock lock(mutex());
     m_reasonPhrase = KxString(phrase == nullptr ? "" : phrase);
+}
+
+KxHandle<KxSipAuthenticateHeader> KxSipResponse::getAuthenticateHeader() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::getAuthenticateHeader");
+    const KxHandle<KxSipHeader>& own = getHeaderByID(KxHeaderIDs::kWWWAuthenticate);
+    return KxHandleCast<KxSipAuthenticateHeader>(own.isNil() ? getHeaderByID(KxHeaderIDs::kProxyAuthenticate) : own);
 }
 
 void KxSipResponse::removeViaHeader() {

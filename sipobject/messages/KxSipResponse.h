@@ -2,6 +2,8 @@
 
 #include "sipobject/messages/KxSipRequest.h"
 
+class KxSipAuthenticateHeader;
+
 /** A SIP response: a message with a status code and a reason phrase. [RFC 3261 7.2]
     Status-Line = SIP-Version SP Status-Code SP Reason-Phrase CRLF            [RFC 3261 25.1]
     Lenient: any version numbers and any code are taken, and kept. */
@@ -24,6 +26,9 @@ public:
     KxString getReasonPhrase() const { return m_reasonPhrase; }
     /** Under the message's lock; null reads as empty. */
     void setReasonPhrase(const char* phrase);
+
+    /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. */
+    KxHandle<KxSipAuthenticateHeader> getAuthenticateHeader() const;
 
     /** Take out all headers written under the full name, letter case ignored: those that came as "v" stay. */
     void removeViaHeader();

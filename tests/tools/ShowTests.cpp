@@ -157,7 +157,7 @@ TEST(ShowTest, ExitCodeIsTheWorstOfAllFiles) {
 }
 
 TEST(ShowTextTest, ControlCharactersStayOffTheTerminal) {
-    const ToolRun run = kxsip("show", kRequest + "X: \x1B[2J\x7F\xC2\x9B\xC3\xA9\r\n" + kNoBody);
+    const ToolRun run = kxsip("show", kRequest + "X-A: \x1B[2J\x7F\xC2\x9B\xC3\xA9\r\n" + kNoBody);
     EXPECT_NE(run.out.find("\\x1B[2J\\x7F\xC2\\x9B\xC3\xA9\n"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("request   OPTIONS sip:c@d\n  verdict   valid, status 0\n"), std::string::npos) << run.out;
 }

@@ -1,5 +1,6 @@
 #include "tools/kxsip/CheckCommand.h"
 #include "tools/kxsip/DeriveCommands.h"
+#include "tools/kxsip/DigestCommands.h"
 #include "tools/kxsip/FlowCommand.h"
 #include "tools/kxsip/KeyCommand.h"
 #include "tools/kxsip/ShowCommand.h"
@@ -43,6 +44,7 @@ int run(int argc, char** argv) {
     addFlowCommand(app, outcome);
     addKeyCommand(app, outcome);
     addDeriveCommands(app, outcome);
+    addDigestCommands(app, outcome);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

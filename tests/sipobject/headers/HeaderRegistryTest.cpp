@@ -22,6 +22,9 @@ struct NameRow {
     const char* value;
 };
 
+constexpr const char* kCredentials =
+    R"(Digest username="a",realm="b",nonce="c",response="d",uri="sip:a",algorithm=MD5)";
+
 constexpr NameRow kRows[] = {
     {"Accept", nullptr, "KxSipAcceptHeader", kAccept, "a/b"},
     {"Accept-Encoding", nullptr, "KxSipAcceptEncodingHeader", kAcceptEncoding, "a"},
@@ -29,6 +32,8 @@ constexpr NameRow kRows[] = {
     {"Alert-Info", nullptr, "KxSipAlertInfoHeader", kAlertInfo, "<sip:a>"},
     {"Allow", nullptr, "KxSipAllowHeader", 11, "A"},
     {"Allow-Events", nullptr, "KxSipAllowEventsHeader", 12, "a"},
+    {"Authentication-Info", nullptr, "KxSipAuthenticationInfoHeader", 14, "nextnonce=\"a\""},
+    {"Authorization", nullptr, "KxSipAuthorizationHeader", 15, kCredentials},
     {"CC-Diversion", nullptr, "KxSipCCDiversionHeader", kCCDiversion, "<sip:a>"},
     {"CSeq", nullptr, "KxSipCSeqHeader", 4, "1 A"},
     {"Call-ID", "i", "KxSipCallIdHeader", 5, "a"},
@@ -49,6 +54,8 @@ constexpr NameRow kRows[] = {
     {"Min-SE", nullptr, "KxSipMinSEHeader", 32, "1"},
     {"Organization", nullptr, "KxSipOrganizationHeader", kOrganization, "a, b"},
     {"Priority", nullptr, "KxSipPriorityHeader", kPriority, "a"},
+    {"Proxy-Authenticate", nullptr, "KxSipProxyAuthenticateHeader", 35, "Digest realm=\"a\""},
+    {"Proxy-Authorization", nullptr, "KxSipProxyAuthorizationHeader", 36, kCredentials},
     {"Proxy-Require", nullptr, "KxSipProxyRequireHeader", 37, "a"},
     {"RAck", nullptr, "KxSipRAckHeader", 38, "1 1 A"},
     {"RSeq", nullptr, "KxSipRSeqHeader", 39, "1"},
@@ -71,15 +78,7 @@ constexpr NameRow kRows[] = {
     {"User-Agent", nullptr, "KxSipUserAgentHeader", kUserAgent, "a, b"},
     {"Via", "v", "KxSipViaHeader", 1, "SIP/2.0/UDP a"},
     {"Warning", nullptr, "KxSipWarningHeader", kWarning, "399 a \"b\""},
-#if 0 // with the authentication headers
-    {"Authentication-Info", nullptr, "KxSipAuthenticationInfoHeader", 14, "nextnonce=\"a\""},
-    {"Authorization", nullptr, "KxSipAuthorizationHeader", 15,
-     "Digest username=\"a\",realm=\"b\",nonce=\"c\",response=\"d\",uri=\"e\""},
-    {"Proxy-Authenticate", nullptr, "KxSipProxyAuthenticateHeader", 35, "Digest realm=\"a\",nonce=\"b\""},
-    {"Proxy-Authorization", nullptr, "KxSipProxyAuthorizationHeader", 36,
-     "Digest username=\"a\",realm=\"b\",nonce=\"c\",response=\"d\",uri=\"e\""},
-    {"WWW-Authenticate", nullptr, "KxSipWWWAuthenticateHeader", 58, "Digest realm=\"a\",nonce=\"b\""},
-#endif
+    {"WWW-Authenticate", nullptr, "KxSipWWWAuthenticateHeader", 58, "Digest realm=\"a\""},
 };
 
 /** Letters that are no header's: those of RFC 3261 and its extensions that are not taken here, and all others. */
@@ -100,7 +99,7 @@ KxSipHeader* makeAllow() {
 
 } // namespace
 
-static_assert(std::size(kRows) == 48); // and five of authentication
+static_assert(std::size(kRows) == 53);
 static_assert(std::count_if(std::begin(kRows), std::end(kRows),
                             [](const NameRow& row) { return row.compact != nullptr; }) == 11);
 

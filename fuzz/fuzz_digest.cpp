@@ -1,0 +1,210 @@
+// Digest challenges, credentials and the digest itself. The first byte chooses: 0 a challenge, 1 credentials, 2 what a
+// client makes, of which the text's lines are the parts. Law: a list reads as it does the plain way, and from a stream
+// that dribbles as from memory; what was written is written again; a copy is written as its original; what a client made
+// validates, with its own password only.
+
+#include "fuzz/FuzzSupport.h"
+#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "tests/sipobject/support/PlainPropertyList.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxException.h"
+#include "util/KxHexEncoding.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace {
+
+template <class Info>
+struct Outcome {
+    explicit Outcome(KxInputStream& in) {
+        try {
+            info.parse(in);
+            isRead = true;
+            write();
+        } catch (const KxHandle<KxException>& failure) {
+            text = failure->getExceptionMessage().view();
+        }
+    }
+    void write() {
+        KxByteArrayOutputStream out(16);
+        info.serialize(out);
+        text = out.view();
+        isWritten = true;
+    }
+    Info info;
+    bool isRead = false;
+    bool isWritten = false; ///< Credentials without a response may name an algorithm that none can be computed with.
+    std::string text;       ///< As written, or why there is none.
+};
+
+bool hasAnyOf(std::string_view text, std::string_view characters) {
+    return text.find_first_of(characters) != std::string_view::npos;
+}
+
+// What follows are the ways in which a list is laid down to be written so that it reads as another.
+
+/** A line feed ends reading at the next value; a name and a value that is written bare lose the blanks and commas that
+    quotes kept; commas and "=" may have gone beyond the limit, where nothing else may follow. */
+bool changes(const PlainPropertyList& plain, std::initializer_list<std::string_view> bare) {
+    for (const KxParameters::Pair& property : plain.list) {
+        const bool isBare = std::any_of(bare.begin(), bare.end(),
+                                        [&](std::string_view name) { return property.name.equalsNoCase(name); });
+        if (hasAnyOf(property.name, " \n") || hasAnyOf(property.value, isBare ? " ,\n" : "\n")) {
+            return true;
+        }
+    }
+    return plain.buffer.size() > 900;
+}
+
+bool changes(const KxSipDigestChallengeInfo&, const PlainPropertyList& plain) {
+    // The last one needs a name and a value, and its name is made lower case; another may have been the last one then.
+    const KxParameters::Pair& last = *(plain.list.end() - 1);
+    return changes(plain, {"algorithm", "stale", "uri"}) || last.name.empty() || last.value.empty() ||
+           last.name.lower() != last.name;
+}
+
+bool changes(const KxSipDigestCredentialsInfo& credentials, const PlainPropertyList& plain) {
+    const auto isSet = [&](const char* name) { return !credentials.getProperty(name).isNil(); };
+    const char* const last = isSet("qop")         ? "cnonce"
+                             : isSet("opaque")    ? "opaque"
+                             : isSet("algorithm") ? "algorithm"
+                                                  : "uri";
+    return changes(plain, {"algorithm", "nc"}) || credentials.getProperty(last).empty();
+}
+
+template <class Info>
+void checkReading(std::string_view text) {
+    KxByteArrayInputStream in(text);
+    const Outcome<Info> first(in);
+    Dribble dribble(text);
+    const Outcome<Info> slow(dribble);
+    if (slow.text != first.text) {
+        fail("a stream that dribbles reads as memory", first.text, slow.text);
+    }
+    const PlainPropertyList plain(text, false);
+    if (!first.isRead) {
+        if (first.text != plain.failure) {
+            fail("a list is refused as it is the plain way", first.text, plain.failure);
+        }
+        return;
+    }
+    if (!plain.failure.empty() || in.window().size() != text.size() - plain.read) {
+        fail("a list is read as far as it is the plain way", in.window(), plain.failure);
+    }
+    for (const KxParameters::Pair& property : plain.list) {
+        if (first.info.getProperty(property.name) != property.value) {
+            fail("a list reads as it does the plain way", property.value, first.info.getProperty(property.name));
+        }
+    }
+    if (!first.isWritten) {
+        return;
+    }
+    const KxHandle<Info> copy(first.info.clone());
+    KxByteArrayOutputStream out;
+    copy->serialize(out);
+    if (out.view() != first.text) {
+        fail("a copy is written as its original", first.text, out.view());
+    }
+    KxByteArrayInputStream again{std::string_view(first.text)};
+    const Outcome<Info> second(again);
+    if (second.text != first.text && !changes(first.info, plain)) {
+        fail("what was written is written again", first.text, second.text);
+    }
+}
+
+/** Lines of the text, and empty ones behind them. */
+class Lines {
+public:
+    explicit Lines(std::string_view text) : m_rest(text) {}
+    KxString next() {
+        const std::string_view line = m_rest.substr(0, m_rest.find('\n'));
+        m_rest.remove_prefix(line.size() == m_rest.size() ? line.size() : line.size() + 1);
+        m_isPlain = m_isPlain && !hasAnyOf(line, "\" ,");
+        m_size += line.size();
+        return KxString(line);
+    }
+    /** Whether what was taken reads as it is written, quoted or not. */
+    bool isPlain() const { return m_isPlain && m_size < 800; }
+
+private:
+    std::string_view m_rest;
+    bool m_isPlain = true;
+    std::size_t m_size = 0;
+};
+
+void validate(KxSipDigestCredentialsInfo& credentials, const KxString& user, const KxString& password,
+              const KxString& realm, std::string_view text) {
+    KxString other(password);
+    other.append("x");
+    // Of a password whose raw digest begins with a zero byte, one of 256, nothing is left in the A1 of MD5-sess.
+    const bool isSess = credentials.getProperty("algorithm") == "MD5-sess";
+    if ((credentials.validate(user, other, realm) && !isSess) || !credentials.validate(user, password, realm)) {
+        fail("what a client made validates, with its own password only", text, credentials.getProperty("response"));
+    }
+}
+
+void checkDigest(std::string_view text) {
+    Lines lines(text);
+    const auto challenge = KxMake<KxSipDigestChallengeInfo>(lines.next());
+    challenge->setProperty("nonce", lines.next());
+    challenge->setProperty("algorithm", lines.next());
+    const KxString options = lines.next();
+    challenge->setQopOptions(options);
+    const KxString user = lines.next();
+    const KxString password = lines.next();
+    const KxString method = lines.next();
+    const KxString body = lines.next();
+    const KxString realm = challenge->getRealm();
+    KxHandle<KxSipDigestCredentialsInfo> made;
+    try {
+        made = KxMake<KxSipDigestCredentialsInfo>(challenge, user, password);
+    } catch (const KxHandle<KxException>&) {
+        return;
+    }
+    made->setMethod(method);
+    made->setEntityBody(body.c_str());
+    KxString cnonce = lines.next();
+    cnonce.append("c"); // written last, it must not be empty to be read
+    made->setQop(options.view().substr(0, 4) == "auth" ? options : KxString("auth-int"), cnonce, 7);
+    KxByteArrayOutputStream out;
+    made->serialize(out);
+    if (lines.isPlain()) {
+        const KxHandle<KxSipDigestCredentialsInfo> received =
+            KxSipDigestCredentialsInfo::sCreateFrom(KxByteArray::sCreate(out.size(), out.view().data()));
+        received->setMethod(method);
+        received->setEntityBody(body.c_str());
+        validate(*received, user, password, realm, out.view());
+    }
+    const std::string response = "response=" + std::string(KxHexEncoding::toHex(made->getRequestDigest()).view());
+    KxByteArrayInputStream in{std::string_view(response)};
+    made->parse(in);
+    validate(*made, user, password, realm, response);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) {
+        return 0;
+    }
+    const auto block = std::make_unique<char[]>(size - 1); // flush, so that one byte too far is seen
+    std::copy(data + 1, data + size, block.get());
+    const std::string_view text(block.get(), size - 1);
+    switch (data[0] % 3) {
+    case 0:
+        checkReading<KxSipDigestChallengeInfo>(text);
+        break;
+    case 1:
+        checkReading<KxSipDigestCredentialsInfo>(text);
+        break;
+    default:
+        checkDigest(text);
+    }
+    return 0;
+}

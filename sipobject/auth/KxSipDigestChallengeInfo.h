@@ -1,0 +1,48 @@
+#pragma once
+
+#include "sipobject/auth/KxSipChallengeInfo.h"
+#include "util/KxParameters.h"
+
+/** The challenge of the Digest scheme: named properties in the order in which they were first set.
+    digest-challenge = 1#( realm / [domain] / nonce / [opaque] / [stale] / [algorithm] / [qop-options] / [auth-param] )
+                                                                              [RFC 2617 3.2.1]
+    Read as KxSipPropertyScanner says, at most 1024 characters of names and values; only the last property needs a value.
+    algorithm, stale and uri are written bare, all others in quotes.
+    `realm="a", stale="FALSE" , qop=auth` -> `realm="a",stale=FALSE,qop="auth"` */
+class KX_SIP_API KxSipDigestChallengeInfo final : public KxSipChallengeInfo {
+public:
+    KxSipDigestChallengeInfo() = default;
+    explicit KxSipDigestChallengeInfo(const KxString& realm);
+    KxSipDigestChallengeInfo* clone() const override;
+
+    /** Reads a new challenge from the properties; nil reads as no bytes. Throws what parse throws. */
+    static KxHandle<KxSipDigestChallengeInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
+
+    /** Adds the properties of a text. Throws KxException "Buffer overflew !!!" for too many characters, "Failed to parse
+        Proxy-Authenticate SIP header" where the last property has no name or no value, or there is none. */
+    void parse(KxInputStream& in);
+    void serialize(KxOutputStream& out) const override;
+
+    KxString getType() const override;
+    /** These are nil when absent. */
+    KxString getRealm() const override;
+    KxString getDomain() const { return getProperty("domain"); }
+    KxString getNonce() const { return getProperty("nonce"); }
+    KxString getOpaque() const { return getProperty("opaque"); }
+    KxString getURI() const { return getProperty("uri"); }
+    KxString getQopOptions() const { return getProperty("qop"); }
+    KxString getStale() const { return getProperty("stale"); }
+    KxString getAlgorithm() const { return getProperty("algorithm"); }
+    /** Any property; letter case of the name is ignored. */
+    KxString getProperty(std::string_view name) const { return m_properties.getValue(name); }
+
+    /** Nil sets nothing. */
+    void setProperty(std::string_view name, const KxString& value) { m_properties.setValue(name, value); }
+    void setQopOptions(const KxString& value) { setProperty("qop", value); }
+
+    /** The scheme, "Digest". */
+    static const KxConstString TYPE;
+
+private:
+    KxParameters m_properties;
+};

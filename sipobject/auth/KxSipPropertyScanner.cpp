@@ -1,0 +1,131 @@
+#include "sipobject/auth/KxSipPropertyScanner.h"
+
+#include "util/KxBytes.h"
+#include "util/KxException.h"
+#include "util/KxInputStream.h"
+
+#include <algorithm>
+
+bool KxSipPropertyScanner::scan(KxInputStream& in) {
+    while (in.fill()) {
+        const char* const begin = in.window().data();
+        const char* const end = begin + in.window().size();
+        for (const char* at = begin; at != end;) {
+            if (m_text.empty() && !m_isOpen && !m_isQuoted) {
+                at = takePlain(at, end);
+            }
+            const char* const stop = m_isQuoted ? KxBytes::findAny<'"', ',', '=', '\n'>(at, end)
+                                                : KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
+            keep(std::string_view(at, static_cast<std::size_t>(stop - at)));
+            at = stop;
+            if (at != end && !takeSpecial(*at++)) {
+                in.consume(static_cast<std::size_t>(at - begin));
+                return false;
+            }
+        }
+        in.consume(static_cast<std::size_t>(end - begin));
+    }
+    finish();
+    return true;
+}
+
+/** Takes the properties that stand in one piece, name=value or name="value", with a comma behind, as most do: nothing
+    of them is copied but into the list. Returns where one stands that needs a closer look. */
+const char* KxSipPropertyScanner::takePlain(const char* at, const char* const end) {
+    while (!m_isLineEnded) {
+        for (; at != end && *at == ' '; ++at) {
+            refuseBeyondLimit(1);
+        }
+        const char* const equals = KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
+        if (end - equals < 2 || *equals != '=') {
+            break;
+        }
+        const std::ptrdiff_t quotes = equals[1] == '"' ? 1 : 0;
+        const char* const value = equals + 1 + quotes;
+        const char* const behind = quotes != 0 ? KxBytes::findAny<'"', '\n'>(value, end)
+                                               : KxBytes::findAny<'"', ',', '=', '\n', ' '>(value, end);
+        const auto kept = static_cast<std::size_t>((equals - at) + (behind - value));
+        if (end - behind <= quotes || behind[quotes] != ',' || *behind == '\n' || m_kept + kept >= m_options.limit) {
+            break;
+        }
+        store(std::string_view(at, static_cast<std::size_t>(equals - at)),
+              std::string_view(value, static_cast<std::size_t>(behind - value)));
+        m_kept += kept;
+        at = behind + quotes + 1;
+    }
+    return at;
+}
+
+/** False when reading ends here. */
+bool KxSipPropertyScanner::takeSpecial(char c) {
+    switch (c) {
+    case '"':
+        m_isQuoted = !m_isQuoted;
+        return true;
+    case ' ':
+        refuseBeyondLimit(1);
+        return true;
+    case '=':
+        m_isOpen ? keepUnlimited(c) : endName();
+        return true;
+    default:
+        m_isLineEnded = m_isLineEnded || c == '\n';
+        if (m_isQuoted || !m_isOpen) {
+            keepUnlimited(c);
+            return true;
+        }
+        endValue();
+        return !m_isLineEnded;
+    }
+}
+
+void KxSipPropertyScanner::keep(std::string_view run) {
+    if (!run.empty()) {
+        refuseBeyondLimit(run.size());
+        m_text.append(run);
+        m_kept += run.size();
+    }
+}
+
+/** What separates properties counts, but is never too much. */
+void KxSipPropertyScanner::keepUnlimited(char c) {
+    m_text.append(c);
+    ++m_kept;
+}
+
+void KxSipPropertyScanner::refuseBeyondLimit(std::size_t more) const {
+    if (m_kept >= m_options.limit || more > m_options.limit - m_kept) {
+        KxException::sThrow("Buffer overflew !!!");
+    }
+}
+
+void KxSipPropertyScanner::store(std::string_view name, std::string_view value) {
+    m_properties.setValue(KxAscii::trim(name), KxString(value));
+}
+
+void KxSipPropertyScanner::endName() {
+    m_nameLength = m_text.length();
+    m_isOpen = true;
+}
+
+void KxSipPropertyScanner::endValue() {
+    store(name(), value());
+    m_text.clear();
+    m_nameLength = 0;
+    m_isOpen = false;
+}
+
+void KxSipPropertyScanner::finish() {
+    if (m_isOpen && !name().empty() && !value().empty()) {
+        if (m_options.lowersLastName) {
+            std::transform(m_text.data(), m_text.data() + m_nameLength, m_text.data(), &KxAscii::toLower);
+        }
+        endValue();
+    } else if (m_options.isLastRequired) {
+        KxException::sThrow("Failed to parse Proxy-Authenticate SIP header");
+    }
+}
+
+std::string_view KxSipPropertyScanner::name() const {
+    return KxAscii::trim(m_text.view().substr(0, m_nameLength));
+}

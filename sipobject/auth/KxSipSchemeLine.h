@@ -1,0 +1,47 @@
+#pragma once
+
+#include "util/KxHandle.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+#include "util/KxStreamTokenizer.h"
+
+#include <string_view>
+
+/** The value of an authentication header: a whole line, whose commas separate nothing but properties.
+    challenge / credentials = auth-scheme SP auth-param *( "," auth-param )   [RFC 2617 1.2]
+    A line without a blank is all scheme.      "Digest realm=a,nonce=b" -> "Digest", "realm=a,nonce=b" */
+class KxSipSchemeLine {
+public:
+    /** Takes the rest of the line from its first character that is neither blank nor tab. */
+    explicit KxSipSchemeLine(KxInputStream& in) : m_line(takeLine(in, m_scanned)) {}
+
+    std::string_view line() const { return m_line; }
+    std::string_view scheme() const { return m_line.substr(0, m_line.find(' ')); }
+    std::string_view parameters() const {
+        const std::size_t blank = m_line.find(' ');
+        return blank == std::string_view::npos ? std::string_view() : m_line.substr(blank + 1);
+    }
+
+    /** Writes the scheme, a blank and the properties of a challenge or of credentials; nothing for nil. */
+    template <class Info>
+    static void sWrite(KxOutputStream& out, const KxHandle<Info>& info) {
+        if (!info.isNil()) {
+            out << info->getType() << ' ';
+            info->serialize(out);
+        }
+    }
+
+private:
+    static std::string_view takeLine(KxInputStream& in, KxScannedText& scanned) {
+        KxStreamTokenizer::sDiscardWhite(in);
+        std::string_view line = scanned.until<'\n'>(in);
+        in.read();
+        if (!line.empty() && line.back() == '\r') {
+            line.remove_suffix(1);
+        }
+        return line;
+    }
+
+    KxScannedText m_scanned;
+    std::string_view m_line;
+};

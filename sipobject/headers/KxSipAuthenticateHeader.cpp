@@ -1,0 +1,29 @@
+#include "sipobject/headers/KxSipAuthenticateHeader.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/auth/KxSipSchemeLine.h"
+#include "util/KxByteArrayInputStream.h"
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipAuthenticateHeader"};
+
+} // namespace
+
+KxSipAuthenticateHeader::KxSipAuthenticateHeader(const KxString& name, const KxHandle<KxSipChallengeInfo>& challenge)
+    : KxSipHeader(name), m_challenge(challenge) {}
+
+KxSipAuthenticateHeader::~KxSipAuthenticateHeader() = default;
+
+void KxSipAuthenticateHeader::doParse(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipAuthenticateHeader::doParse");
+    const KxSipSchemeLine line(in);
+    KxByteArrayInputStream parameters(line.parameters());
+    m_challenge = KxSipChallengeInfo::sConstructFrom(line.scheme(), parameters);
+}
+
+void KxSipAuthenticateHeader::doSerialize(KxOutputStream& out) const {
+    const Oskan::TraceScope trace(s_logger, "KxSipAuthenticateHeader::doSerialize");
+    KxSipSchemeLine::sWrite(out, m_challenge);
+}

@@ -1,0 +1,28 @@
+#include "sipobject/headers/KxSipAuthenticationInfoHeader.h"
+
+#include "sipobject/auth/KxSipPropertyScanner.h"
+#include "sipobject/auth/KxSipPropertyWriter.h"
+#include "sipobject/auth/KxSipSchemeLine.h"
+
+constinit const KxConstString KxSipAuthenticationInfoHeader::sToken{"Authentication-Info"};
+
+static const KxSipAuthenticationInfoHeader::Registration s_registration;
+
+void KxSipAuthenticationInfoHeader::parseValue(KxInputStream& in) {
+    const KxSipSchemeLine value(in);
+    KxByteArrayInputStream properties(value.line());
+    KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
+}
+
+void KxSipAuthenticationInfoHeader::serializeValue(KxOutputStream& out) const {
+    KxSipPropertyWriter writer(out);
+    writer.quoted("nextnonce", getNextnonce());
+    if (m_parameters.isPresent("rspauth")) {
+        writer.quoted("rspauth", getRspauth());
+    }
+    if (m_parameters.isPresent("qop")) {
+        writer.bare("qop", getQop());
+        writer.bare("nc", getNc());
+        writer.quoted("cnonce", getCnonce());
+    }
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "sipobject/headers/KxSipHeaderOf.h"
+#include "util/KxLazyParameters.h"
+
+/** Authentication-Info: what a server tells of a successful authentication.
+    Authentication-Info = "Authentication-Info" HCOLON ainfo *(COMMA ainfo)   [RFC 3261 20.6, 25.1]
+    The line is one value, read as KxSipPropertyScanner says, and nothing in it is refused: a last property without name
+    or value is dropped. Other properties than the five are not written, nextnonce always is.
+    `rspauth="x", nc=1, qop="auth"` -> `nextnonce="",rspauth="x",qop=auth,nc=1,cnonce=""` */
+class KX_SIP_API KxSipAuthenticationInfoHeader final : public KxSipHeaderOf<KxSipAuthenticationInfoHeader> {
+public:
+    KxSipAuthenticationInfoHeader() = default;
+    /** Reads the value; null reads as empty. */
+    explicit KxSipAuthenticationInfoHeader(const char* text) { parseText(text); }
+
+    /** The list itself, shared; never nil. */
+    KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
+    /** These are nil when absent. */
+    KxString getNextnonce() const { return m_parameters.getValue("nextnonce"); }
+    KxString getRspauth() const { return m_parameters.getValue("rspauth"); }
+    KxString getQop() const { return m_parameters.getValue("qop"); }
+    KxString getNc() const { return m_parameters.getValue("nc"); }
+    KxString getCnonce() const { return m_parameters.getValue("cnonce"); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipAuthenticationInfoHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kAuthenticationInfo;
+
+private:
+    friend class KxSipHeaderOf<KxSipAuthenticationInfoHeader>;
+
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    KxLazyParameters m_parameters;
+};

@@ -1,0 +1,29 @@
+#include "sipobject/headers/KxSipAuthorizationHeader.h"
+
+#include "sipobject/auth/KxSipSchemeLine.h"
+
+constinit const KxConstString KxSipAuthorizationHeader::sToken{"Authorization"};
+
+static const KxSipAuthorizationHeader::Registration s_registration;
+
+KxSipAuthorizationHeader::KxSipAuthorizationHeader(const KxHandle<KxSipCredentialsInfo>& credentials)
+    : m_credentials(credentials) {}
+
+KxSipAuthorizationHeader::KxSipAuthorizationHeader(const KxString& name,
+                                                   const KxHandle<KxSipCredentialsInfo>& credentials)
+    : KxSipHeaderOf(name, kHeaderID), m_credentials(credentials) {}
+
+KxSipAuthorizationHeader::KxSipAuthorizationHeader(const KxSipAuthorizationHeader& other)
+    : KxSipHeaderOf(other), m_credentials(other.m_credentials.isNil() ? nullptr : other.m_credentials->clone()) {}
+
+KxSipAuthorizationHeader::~KxSipAuthorizationHeader() = default;
+
+void KxSipAuthorizationHeader::parseValue(KxInputStream& in) {
+    const KxSipSchemeLine line(in);
+    KxByteArrayInputStream parameters(line.parameters());
+    m_credentials = KxSipCredentialsInfo::sConstructFrom(line.scheme(), parameters);
+}
+
+void KxSipAuthorizationHeader::serializeValue(KxOutputStream& out) const {
+    KxSipSchemeLine::sWrite(out, m_credentials);
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "sipobject/auth/KxSipCredentialsInfo.h"
+#include "sipobject/headers/KxSipHeaderOf.h"
+
+/** Authorization: the credentials of a user agent.
+    Authorization = "Authorization" HCOLON ("Digest" LWS digest-response)     [RFC 3261 20.7, 25.1]
+    The line is one set of credentials, commas included; the scheme ends at the first blank. A scheme other than Digest
+    is refused. Writing throws KxException where the response has to be computed and the algorithm is not MD5.
+    `Digest username="u", response="r", qop=auth` ->
+    `Digest username="u",realm="",nonce="",response="r",uri="",qop="auth",nc=,cnonce=""` */
+class KX_SIP_API KxSipAuthorizationHeader : public KxSipHeaderOf<KxSipAuthorizationHeader> {
+public:
+    /** Share the credentials; nil is allowed and written as nothing. */
+    explicit KxSipAuthorizationHeader(const KxHandle<KxSipCredentialsInfo>& credentials);
+    KxSipAuthorizationHeader(const KxString& name, const KxHandle<KxSipCredentialsInfo>& credentials);
+    /** Copies the credentials, so that each header's are validated by themselves. */
+    KxSipAuthorizationHeader(const KxSipAuthorizationHeader& other);
+    ~KxSipAuthorizationHeader() override;
+
+    /** The credentials themselves, shared; nil where none were given. */
+    const KxHandle<KxSipCredentialsInfo>& getCredentials() const { return m_credentials; }
+    /** The scheme of the credentials, which must be there. */
+    KxString getAuthenticationType() const { return m_credentials->getType(); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipAuthorizationHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kAuthorization;
+
+protected:
+    KxSipAuthorizationHeader() = default;
+    explicit KxSipAuthorizationHeader(const KxString& name) : KxSipAuthorizationHeader(name, kHeaderID) {}
+    KxSipAuthorizationHeader(const KxString& name, HeaderID id) : KxSipHeaderOf(name, id) {}
+
+    void setCredentials(const KxHandle<KxSipCredentialsInfo>& credentials) { m_credentials = credentials; }
+
+private:
+    friend class KxSipHeaderOf<KxSipAuthorizationHeader>;
+
+    void parseValue(KxInputStream& in);
+    void serializeValue(KxOutputStream& out) const;
+
+    KxHandle<KxSipCredentialsInfo> m_credentials;
+};

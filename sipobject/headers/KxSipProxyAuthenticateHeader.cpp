@@ -1,0 +1,5 @@
+#include "sipobject/headers/KxSipProxyAuthenticateHeader.h"
+
+constinit const KxConstString KxSipProxyAuthenticateHeader::sToken{"Proxy-Authenticate"};
+
+static const KxSipProxyAuthenticateHeader::Registration s_registration;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "sipobject/headers/KxSipAuthenticateHeader.h"
+#include "sipobject/headers/KxSipHeaderOf.h"
+
+/** Proxy-Authenticate: the challenge of a proxy, in a 407.
+    Proxy-Authenticate = "Proxy-Authenticate" HCOLON challenge                [RFC 3261 20.27]
+    Read and written as its base says. */
+class KX_SIP_API KxSipProxyAuthenticateHeader final
+    : public KxSipHeaderOf<KxSipProxyAuthenticateHeader, KxSipAuthenticateHeader> {
+public:
+    /** Shares the challenge. */
+    explicit KxSipProxyAuthenticateHeader(const KxHandle<KxSipChallengeInfo>& challenge) { setChallenge(challenge); }
+
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "KxSipProxyAuthenticateHeader";
+    static constexpr HeaderID kHeaderID = KxHeaderIDs::kProxyAuthenticate;
+
+private:
+    friend class KxSipHeaderOf<KxSipProxyAuthenticateHeader, KxSipAuthenticateHeader>;
+
+    KxSipProxyAuthenticateHeader() = default;
+};

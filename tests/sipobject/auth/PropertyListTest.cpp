@@ -1,0 +1,145 @@
+#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "sipobject/headers/KxSipAuthenticationInfoHeader.h"
+#include "tests/core/LogCapture.h"
+#include "tests/sipobject/support/HeaderSupport.h"
+#include "tests/sipobject/support/PlainPropertyList.h"
+
+namespace {
+
+constexpr const char* kOverflow = "KxException: Buffer overflew !!!";
+constexpr const char* kNoLast = "KxException: Failed to parse Proxy-Authenticate SIP header";
+
+/** What a challenge makes of its properties. Credentials must read the same texts, and refuse the same. */
+std::string challengeOf(KxInputStream& in) {
+    return outcomeOf([&in] {
+        const KxHandle<KxSipDigestChallengeInfo> challenge = KxMake<KxSipDigestChallengeInfo>();
+        try {
+            challenge->parse(in);
+        } catch (const KxHandle<KxException>&) {
+            readRest(in); // where reading stopped is nobody's business then
+            throw;
+        }
+        return written(*challenge);
+    });
+}
+
+std::string challengeOf(std::string_view text) {
+    const HeapText bytes(text);
+    KxByteArrayInputStream in(bytes.view());
+    std::string outcome = challengeOf(in);
+    const std::string credentials = outcomeOf([&] {
+        KxByteArrayInputStream again(bytes.view());
+        KxMake<KxSipDigestCredentialsInfo>()->parse(again);
+        return std::string();
+    });
+    EXPECT_EQ(credentials, outcome.find("Kx") == 0 ? outcome : "") << text;
+    return outcome;
+}
+
+std::string infoOf(const std::string& text) {
+    return std::string(KxMake<KxSipAuthenticationInfoHeader>(text.c_str())->getParameters()->getString().view());
+}
+
+std::string plainChallengeOf(const std::string& text) {
+    const PlainPropertyList plain(text, false);
+    return (plain.failure.empty() ? plain.written({}) : "KxException: " + plain.failure) + "@" +
+           text.substr(plain.read);
+}
+
+std::string repeated(std::string_view text, std::size_t times) {
+    std::string all;
+    while (times-- != 0) {
+        all += text;
+    }
+    return all;
+}
+
+} // namespace
+
+TEST(PropertyListTest, Challenges) {
+    struct Row {
+        std::string text;
+        std::string outcome;
+    };
+    const Row rows[] = {
+        {R"(realm="atlanta.example", nonce="84a4cc6f", opaque="", stale=FALSE, algorithm=MD5, qop="auth,auth-int")",
+         R"(realm="atlanta.example",nonce="84a4cc6f",opaque="",stale=FALSE,algorithm=MD5,qop="auth,auth-int")"},
+        {R"(realm=a,nonce=YWJj==)", R"(realm="a",nonce="YWJj==")"},
+        {R"(Realm=a,Nonce=b)", R"(Realm="a",nonce="b")"},
+        {R"(STALE="x y",Algorithm="a",URI="u")", R"(STALE=x y,Algorithm=a,uri=u)"},
+        {R"(a=1,b=,A=2,c=3)", R"(a="2",b="",c="3")"},
+        {"\ta\t=\t1\t , b=\t", "a=\"\t1\t\",b=\"\t\""},
+        {R"(,a,=1,,b=2)", R"(,a,="1",,b="2")"},
+        {R"(a="1\",b="2")", R"(a="1\",b="2")"},
+        {R"(a="1,b=2)", R"(a="1,b=2")"},
+        {"a=1\nb=2", R"(a="1")"},
+        {"\na=1,b=2", R"(a="1")"}, // a line feed in the name is trimmed, but ends reading behind the value
+        {"a=\"1\n\",b=2", "a=\"1\n\""},
+        {"a=1\r\n", "a=\"1\r\""},
+        {R"(=1,a=2)", R"(="1",a="2")"},
+        {R"(realm="a",opaque="")", kNoLast},
+        {R"(realm="a",)", kNoLast},
+        {R"(realm="a",nonce)", kNoLast},
+        {R"(=a)", kNoLast},
+        {"", kNoLast},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(challengeOf(row.text), row.outcome) << row.text;
+    }
+}
+
+TEST(PropertyListTest, EveryShortTextReadsAsWrittenDownPlainly) {
+    forEveryText("aB=\", \n", 6, [](const std::string& text) {
+        EXPECT_EQ(readEveryWay(text, [](KxInputStream& in) { return challengeOf(in); }), plainChallengeOf(text))
+            << text;
+    });
+    forEveryText("aB=\", ", 6, [](const std::string& text) {
+        const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
+        EXPECT_EQ(infoOf(text), PlainPropertyList(std::string_view(text).substr(begin), true).list.getString()) << text;
+    });
+}
+
+TEST(PropertyListTest, Limit) {
+    const auto filled = [](std::size_t kept, const std::string& behind = "") {
+        return "a=\"" + std::string(kept - 1, 'x') + behind + "\"";
+    };
+    const auto isRead = [](const std::string& text) { return challengeOf(text).find("Kx") != 0; };
+    EXPECT_TRUE(isRead(filled(1023)));
+    EXPECT_TRUE(isRead(filled(1024)));
+    EXPECT_EQ(challengeOf(filled(1025)), kOverflow);
+    // all that was kept counts, in properties that are read already too
+    const std::string front = repeated("ab=\"cd\", ", 255) + "n="; // 1021 characters
+    EXPECT_TRUE(isRead(front + "123"));
+    EXPECT_EQ(challengeOf(front + "1234"), kOverflow);
+    EXPECT_TRUE(isRead(repeated("ab=\"cd\", ", 255) + "abc=\"d\"")); // 1024, the comma behind it none
+    EXPECT_EQ(challengeOf(repeated("ab=\"cd\", ", 255) + "abc=\"d\",e=f"), kOverflow);
+    // blanks are not kept, but none may follow a full buffer
+    EXPECT_TRUE(isRead(std::string(100000, ' ') + filled(1024)));
+    EXPECT_EQ(challengeOf(filled(1024) + " "), kOverflow);
+    EXPECT_EQ(challengeOf("a=\"" + std::string(1023, 'x') + "\", b=\"\""), kOverflow);
+    // commas, line feeds and "=" count, and go beyond it
+    for (const char* const unlimited : {",", "=", "\n"}) {
+        const std::string many = repeated(unlimited, 100000);
+        const std::string expected = filled(1024, many);
+        EXPECT_EQ(challengeOf(expected), expected);
+        EXPECT_EQ(challengeOf(filled(1, many + "x")), kOverflow);
+    }
+    const std::string commas(100000, ',');
+    EXPECT_EQ(challengeOf(commas + "==="), commas + "=\"==\"");
+
+    const std::string info = filled(100000, commas) + ",c=" + std::string(100000, '=') + "d";
+    EXPECT_EQ(infoOf(info).size(), 2 + 99999 + 100000 + 3 + 100000 + 1);
+    EXPECT_EQ(infoOf(repeated("a=\"b\",", 100000) + "c=d"), "a=b;c=d");
+    EXPECT_EQ(infoOf(repeated("\"\"", 100000) + "c=d"), "c=d");
+}
+
+TEST(PropertyListTest, AChallengeIsLogged) {
+    LogCapture capture;
+    log4cplus::Logger::getInstance("tandril.kx.KxSipDigestChallengeInfo").setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    challengeOf("realm=a, nonce=b");
+    challengeOf("realm=a\n"); // a line that ends ends reading, too
+    ASSERT_EQ(capture.records.size(), 1U);
+    EXPECT_EQ(capture.records[0].file, "KxSipDigestChallengeInfo");
+    EXPECT_EQ(capture.texts().front(),
+              "KxSipDigestChallengeInfo::parse : prop.size()=2,prop.getString()=realm=a;nonce=b");
+}
