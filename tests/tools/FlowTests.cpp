@@ -98,6 +98,25 @@ TEST(FlowTest, ColumnsAreHosts) {
     EXPECT_THAT(lines[9], testing::EndsWith("| @ BYE"));
 }
 
+TEST(FlowTest, ResultIsTheFirstSuccessOrTheLastFailure) {
+    struct Row {
+        std::vector<const char*> codes;
+        const char* result;
+    };
+    const Row rows[] = {
+        {{"100", "401", "200", "481"}, "200 x"}, {{"401", "486", "180"}, "486 x"}, {{"180"}, "no final response"}};
+    for (const Row& row : rows) {
+        CaptureBytes capture;
+        capture.add(datagram(sipMessage("INVITE sip:c@d SIP/2.0", "CSeq: 1 INVITE\r\n")));
+        for (const char* const code : row.codes) {
+            capture.add(datagram(sipMessage(std::string("SIP/2.0 ") + code + " x", "CSeq: 1 INVITE\r\n")));
+        }
+        capture.add(datagram(sipMessage("SIP/2.0 200 y", "CSeq: 2 BYE\r\n")));
+        EXPECT_THAT(kxsip("flow -", capture.bytes()).out,
+                    testing::StartsWith(std::string("INVITE sip:a@b > sip:c@d  ") + row.result + "\n"));
+    }
+}
+
 TEST(FlowTest, PicturesHoldWhateverTheMessageHolds) {
     const std::string evil =
         "</title></svg><script>alert('1')</script>&amp;\"]]>\x01\x1B\xFF\xC3\xA9\xED\xA0\x80\xC0\xAF";

@@ -89,11 +89,19 @@ std::string Call::title(std::string_view between) const {
     return printable(facts.method + " " + facts.from) + std::string(between) + printable(facts.to);
 }
 
+/** The first success, else the last failure: requests are repeated with credentials, and calls are changed later. */
 const Step* Call::finalResponse() const {
-    const std::string& method = steps.front().facts.method;
-    const auto isFinal = [&method](const Step& step) { return step.facts.code >= 200 && step.facts.method == method; };
-    const auto found = std::find_if(steps.rbegin(), steps.rend(), isFinal);
-    return found == steps.rend() ? nullptr : &*found;
+    const Step* failure = nullptr;
+    for (const Step& step : steps) {
+        if (step.facts.code < 200 || step.facts.method != steps.front().facts.method) {
+            continue;
+        }
+        if (step.facts.code < 300) {
+            return &step;
+        }
+        failure = &step;
+    }
+    return failure;
 }
 
 std::string Call::result() const {

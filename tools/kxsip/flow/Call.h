@@ -41,7 +41,8 @@ struct Call {
     std::chrono::microseconds duration() const { return steps.back().origin.time - begin(); }
     /** "INVITE sip:a@b > sip:c@d", with that text between the two. */
     std::string title(std::string_view between = " > ") const;
-    /** The final response to the first request's method: "486 Busy Here"; "no final response" where there is none. */
+    /** What the first request's method came to: its first success, else its last failure, "486 Busy Here"; "no final
+        response" where there is none. */
     std::string result() const;
     /** Its code; 0 where there is none. */
     int resultCode() const;

@@ -10,6 +10,7 @@ namespace {
 constexpr int kTitleHeight = 80;
 constexpr int kBetweenCalls = 36;
 constexpr std::size_t kStepsBetweenNames = 30; // so that a long ladder can be read where its top is out of sight
+constexpr int kBreak = 12;                     // in front of names that stand again
 constexpr int kTitleLetter = 11;
 constexpr int kWidest = 1000;
 constexpr const char* kArrow = " \u2192 ";
@@ -69,6 +70,7 @@ void drawCall(std::ostream& out, Stack& stack, const Call& call) {
     stack.add(kTitleHeight, [&] { drawTitle(out, call); });
     for (std::size_t i = 0; i < call.steps.size(); ++i) {
         if (i % kStepsBetweenNames == 0) {
+            stack.skip(i == 0 ? 0 : kBreak);
             stack.add(LadderShape::kNamesHeight, [&] { shape.drawNames(out); });
         }
         if (const auto pause = shape.pauseBefore(i); pause.count() > 0) {
