@@ -3,10 +3,12 @@
 
 #include "fuzz/FuzzSupport.h"
 #include "sipobject/address/KxTelURL.h"
+#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
 #include "sipobject/headers/KxSipAcceptEncodingHeader.h"
 #include "sipobject/headers/KxSipAcceptHeader.h"
 #include "sipobject/headers/KxSipAcceptLanguageHeader.h"
 #include "sipobject/headers/KxSipAlertInfoHeader.h"
+#include "sipobject/headers/KxSipAuthorizationHeader.h"
 #include "sipobject/headers/KxSipCCDiversionHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipContentDispositionHeader.h"
@@ -200,6 +202,12 @@ bool changesList(std::string_view list, bool isInfo, std::initializer_list<std::
     return PlainPropertyList(list, isInfo).written(bare) != list;
 }
 
+/** What was quoted in the credentials read, and is written bare, may end in front of a comma the next time. */
+bool writesBareComma(const KxSipAuthorizationHeader& header) {
+    const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(header.getCredentials());
+    return credentials->getProperty("algorithm").indexOf(",") >= 0 || credentials->getProperty("nc").indexOf(",") >= 0;
+}
+
 bool changes(const KxSipHeader& header, std::string_view value) {
     constexpr std::size_t kScheme = 7; // "Digest "
     switch (header.getHeaderID()) {
@@ -208,7 +216,8 @@ bool changes(const KxSipHeader& header, std::string_view value) {
         return changesList(value.substr(kScheme), false, {"algorithm", "stale", "uri"});
     case KxHeaderIDs::kAuthorization:
     case KxHeaderIDs::kProxyAuthorization:
-        return changesList(value.substr(kScheme), false, {"algorithm", "nc"});
+        return writesBareComma(static_cast<const KxSipAuthorizationHeader&>(header)) ||
+               changesList(value.substr(kScheme), false, {"algorithm", "nc"});
     case KxHeaderIDs::kAuthenticationInfo:
         return changesList(value, true, {"qop", "nc"});
     case KxHeaderIDs::kUnknown: // A name that is folded or has control characters around it is not registered, but
@@ -225,7 +234,7 @@ bool changes(const KxSipHeader& header, std::string_view value) {
         return !value.empty() && KxAscii::isDigit(value[0]);
     case KxHeaderIDs::kVia: { // A comment is written behind the parameters and read as the end of the last one.
         const auto& via = static_cast<const KxSipViaHeader&>(header);
-        return losesParameters(*via.getParameters()) || (*via.getComment() != '\0' && !via.getParameters()->empty());
+        return losesParameters(*via.getParameters()) || (value.ends_with(')') && !via.getParameters()->empty());
     }
     case KxHeaderIDs::kReplaces:
         return hasOpenQuote(value);
