@@ -1,6 +1,6 @@
-const auto request = KxMake<KxSipRegisterMessage>("<sip:ida@example.com>;tag=71c0ffda", "<sip:ida@example.com>",
-                                                  "<sip:ida@192.0.2.17:5060>", "reg-60b2e7d1@192.0.2.17", 1U, nullptr,
-                                                  nullptr, 0U);
+const auto request =
+    KxMake<KxSipRegisterMessage>("<sip:ida@example.com>;tag=71c0ffda", "<sip:ida@example.com>",
+                                 "<sip:ida@192.0.2.17:5060>", "reg-60b2e7d1@192.0.2.17", 1U, nullptr, nullptr, 0U);
 request->setURI(KxMake<KxSipURL>("sip:example.com"));
 request->insertViaHeader("192.0.2.17", 5060, "UDP");
 const auto challenge = KxMake<KxSipDigestChallengeInfo>(KxString("example.com"));
