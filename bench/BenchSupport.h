@@ -8,6 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 /** The bytes of a file under samples/. */
 inline std::string readSample(const std::string& name) {
@@ -23,4 +24,16 @@ inline std::string readSample(const std::string& name) {
 inline KxHandle<KxSipMessage> parseMessage(const std::string& bytes) {
     KxByteArrayInputStream in{std::string_view(bytes)};
     return KxSipMessage::sConstructFrom(in);
+}
+
+constexpr std::string_view kPlainVia = "Via: SIP/2.0/UDP h.example.com;branch=z9hG4bK1\r\n";
+constexpr std::string_view kPlainFrom = "From: <sip:a@example.com>;tag=1\r\n";
+
+/** A request that is valid whatever lines stand among its own; another Via or From may take the place of the usual. */
+inline std::string requestWith(std::string_view lines, std::string_view via = kPlainVia,
+                               std::string_view from = kPlainFrom) {
+    std::string text("OPTIONS sip:b@example.net SIP/2.0\r\n");
+    text.append(via).append(from).append(
+        "To: <sip:b@example.net>\r\nCall-ID: bench@example.com\r\nCSeq: 1 OPTIONS\r\n");
+    return text.append(lines).append("Content-Length: 0\r\n\r\n");
 }

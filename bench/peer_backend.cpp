@@ -1,9 +1,10 @@
 // This library as a backend of the comparison of SIP libraries: every header is typed when it is read, so parse and
-// parse-lazy are one. The digest is computed of credentials that are ready. Compiled by the comparison's own script, not by this build; see scripts/bench.
+// parse-lazy are one, and nothing of the bytes is kept, so there is no cached way to write them either. Compiled by the
+// comparison's own script, not by this build; see scripts/bench.
 #include "bench.h"
 
+#include "bench/DigestExample.h"
 #include "sipobject/address/KxSipURL.h"
-#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
@@ -16,14 +17,27 @@
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxException.h"
-#include "util/KxHexEncoding.h"
+#include "util/KxOutputStream.h"
 
-#include <string>
 #include <string_view>
 
 namespace {
 
 constexpr std::size_t kFirstBuffer = 4096;
+
+/** Writes into the caller's buffer, and fails where that is too small. */
+class BufferStream final : public KxOutputStream {
+public:
+    BufferStream(char* buffer, std::size_t size) : m_begin(buffer) { setWindow(buffer, buffer + size); }
+    std::size_t size() const { return m_full ? 0 : static_cast<std::size_t>(cursor() - m_begin); }
+
+protected:
+    void writeBeyondWindow(const char*, std::size_t) override { m_full = true; }
+
+private:
+    const char* const m_begin;
+    bool m_full = false;
+};
 
 int count(const KxSipMessage& message, HeaderID id) {
     int n = 0;
@@ -36,7 +50,13 @@ int count(const KxSipMessage& message, HeaderID id) {
 class Kx : public Backend {
 public:
     const char* name() const override { return "kx"; }
-    unsigned caps() const override { return kSerialise | kDigest; }
+    unsigned caps() const override {
+        unsigned can = kSerialise | kSerialiseInto | kRespond | kRespondBytes;
+#ifdef KX_BENCH_HAS_DIGEST
+        can |= kDigest;
+#endif
+        return can;
+    }
 
     void* parse(const char* data, std::size_t length, bool) override {
         try {
@@ -47,7 +67,9 @@ public:
             return nullptr;
         }
     }
-    void release(void* message) override { static_cast<KxSipMessage*>(message)->Release(true); }
+    void release(void* message) override {
+        static_cast<KxSipMessage*>(message)->Release(true);
+    }
 
     bool summary(void* parsed, Summary& out) override {
         const auto& message = *static_cast<KxSipMessage*>(parsed);
@@ -82,12 +104,19 @@ public:
     }
 
     std::size_t serialise(void* message, std::string* keep) override {
-        KxByteArrayOutputStream out(kFirstBuffer);
-        static_cast<KxSipMessage*>(message)->serialize(out);
-        if (keep != nullptr) {
-            keep->assign(out.view());
-        }
+        return write(sMessage(message), keep);
+    }
+    std::size_t serialise_into(void* message, char* buffer, std::size_t size) override {
+        BufferStream out(buffer, size);
+        sMessage(message).serialize(out);
         return out.size();
+    }
+
+    std::size_t respond(void* message) override {
+        return makeResponse(message)->getStatusCode();
+    }
+    std::size_t respond_bytes(void* message, std::string* keep) override {
+        return write(*makeResponse(message), keep);
     }
 
     unsigned parse_uri(const char* uri, std::size_t) override {
@@ -99,29 +128,40 @@ public:
         }
     }
 
+#ifdef KX_BENCH_HAS_DIGEST
     bool digest(char out[33]) override {
-        const KxHandle<KxByteArray> digest = m_credentials->getRequestDigest();
-        *KxHexEncoding::toHex(digest->view(), out) = '\0';
+        m_digest.respond(out);
         return true;
     }
+#endif
 
 private:
-    static KxHandle<KxSipDigestCredentialsInfo> makeCredentials() {
-        const KxHandle<KxSipDigestChallengeInfo> challenge = KxMake<KxSipDigestChallengeInfo>(DigestInput::realm);
-        challenge->setProperty("nonce", DigestInput::nonce);
-        challenge->setProperty("algorithm", "MD5");
-        challenge->setQopOptions("auth");
-        KxHandle<KxSipDigestCredentialsInfo> credentials =
-            KxMake<KxSipDigestCredentialsInfo>(challenge, DigestInput::user, DigestInput::password);
-        credentials->setMethod(DigestInput::method);
-        credentials->setQop("auth", DigestInput::cnonce, 1);
-        const std::string uri = std::string("uri=\"") + DigestInput::uri + '"'; // the example's is no whole URI
-        KxByteArrayInputStream in{std::string_view(uri)};
-        credentials->parse(in);
-        return credentials;
+    static const KxSipMessage& sMessage(void* message) {
+        return *static_cast<const KxSipMessage*>(message);
     }
 
-    const KxHandle<KxSipDigestCredentialsInfo> m_credentials = makeCredentials();
+    static std::size_t write(const KxSipMessage& message, std::string* keep) {
+        KxByteArrayOutputStream out(kFirstBuffer);
+        message.serialize(out);
+        if (keep != nullptr) {
+            keep->assign(out.view());
+        }
+        return out.size();
+    }
+
+    static KxHandle<KxSipResponse> makeResponse(void* message) {
+        const KxHandle<KxSipRequest> request(static_cast<KxSipRequest*>(static_cast<KxSipMessage*>(message)));
+        KxHandle<KxSipResponse> response = KxMake<KxSipResponse>(200, request, nullptr, nullptr, 0U);
+        const KxHandle<KxSipToHeader> to = response->getToHeader();
+        if (!to->isTagPresent()) {
+            to->setTag("5f3e9a1c");
+        }
+        return response;
+    }
+
+#ifdef KX_BENCH_HAS_DIGEST
+    const DigestExample m_digest;
+#endif
 };
 
 } // namespace

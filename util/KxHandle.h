@@ -7,6 +7,9 @@
 #include <type_traits>
 #include <utility>
 
+/** Says that a handle has nothing to count: the object is an immortal constant, or its reference is there already. */
+struct KxUncounted {};
+
 /** What all handles have in common: one pointer, nil or holding a reference. */
 class KX_UTIL_API KxHandleBase {
 public:
@@ -18,7 +21,7 @@ public:
 
 protected:
     constexpr KxHandleBase() : m_object(nullptr) {}
-    explicit constexpr KxHandleBase(KxObject* object) : m_object(object) {}
+    constexpr KxHandleBase(KxObject* object, KxUncounted) : m_object(object) {}
 
     /** The first reference of an object that nobody counts yet, without asking its class. */
     static void countFirst(KxObject& object) {
@@ -37,9 +40,6 @@ protected:
 
 template <class T>
 class KxHandle;
-
-/** Says that a handle has nothing to count: the object is an immortal constant, or its reference is there already. */
-struct KxUncounted {};
 
 /** The base of KxHandle<T>: KxHandleBase, or, for a class that names a `HandleParent` (exceptions do), the parent's
     handle, so that a handler for a handle of the parent catches a handle of the child. */
@@ -64,7 +64,7 @@ public:
     constexpr KxHandle() = default;
     constexpr KxHandle(std::nullptr_t) {}
     /** Takes over a reference that is counted already, or one to a constant, which is never counted. */
-    constexpr KxHandle(T* object, KxUncounted) : Parent(object) {}
+    constexpr KxHandle(T* object, KxUncounted uncounted) : Parent(object, uncounted) {}
     /** Shares (or, when it is fresh, adopts) the object; nil for null. */
     explicit KxHandle(T* object) : Parent() { adopt(object); }
     /** The first handle of a new object; nil for null. */

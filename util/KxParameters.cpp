@@ -40,29 +40,30 @@ const char* findQuoteEnd(const char* at, const char* end) {
 
 const std::uint64_t s_hashKey = std::random_device()() * 0x9E3779B97F4A7C15ULL;
 
-/** Where the names of a long list stand: open addressing over the pairs' numbers, each with its name's hash, so that
-    names are looked at only where they are likely to be the one. */
+/** Where the names of a long list stand: open addressing over the pairs' numbers. The bits that no number needs hold
+    some of its name's hash, so that names are looked at only where they are likely to be the one. */
 class NameIndex {
 public:
-    explicit NameIndex(std::size_t capacity) : m_cells(capacity * 2, Cell{0, 0}) {}
+    /** For up to `capacity` pairs, a power of two. */
+    explicit NameIndex(std::uint32_t capacity) : m_numberBits(capacity * 2 - 1), m_cells(capacity * 2, 0) {}
 
     /** The number plus one, or 0. */
     template <class Matches>
     std::uint32_t find(std::uint32_t hash, Matches matches) const {
-        for (std::size_t at = first(hash);; at = next(at)) {
-            const Cell& cell = m_cells[at];
-            if (cell.number == 0 || (cell.hash == hash && matches(cell.number - 1))) {
-                return cell.number;
+        for (std::uint32_t at = hash & m_numberBits;; at = (at + 1) & m_numberBits) {
+            const std::uint32_t cell = m_cells[at];
+            const std::uint32_t number = cell & m_numberBits; // plus one
+            if (cell == 0 || (((cell ^ hash) & ~m_numberBits) == 0 && matches(number - 1))) {
+                return number;
             }
         }
     }
-    void insert(std::uint32_t hash, std::uint32_t number) { put({hash, number + 1}); }
-    void insertAll(const NameIndex& other) {
-        for (const Cell& cell : other.m_cells) {
-            if (cell.number != 0) {
-                put(cell);
-            }
+    void insert(std::uint32_t hash, std::uint32_t number) {
+        std::uint32_t at = hash & m_numberBits;
+        while (m_cells[at] != 0) {
+            at = (at + 1) & m_numberBits;
         }
+        m_cells[at] = (hash & ~m_numberBits) | (number + 1);
     }
 
     /** Keyed by chance, and every character counts: strangers choose the names. */
@@ -85,28 +86,16 @@ private:
         const Wide product = static_cast<Wide>(a) * b;
         return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
     }
-    struct Cell {
-        std::uint32_t hash;
-        std::uint32_t number; // plus one; 0 for an empty cell
-    };
-    void put(Cell cell) {
-        std::size_t at = first(cell.hash);
-        while (m_cells[at].number != 0) {
-            at = next(at);
-        }
-        m_cells[at] = cell;
-    }
-    std::size_t first(std::uint32_t hash) const { return hash & (m_cells.size() - 1); }
-    std::size_t next(std::size_t at) const { return (at + 1) & (m_cells.size() - 1); }
 
-    std::vector<Cell> m_cells; // a power of two, at most half full
+    std::uint32_t m_numberBits;         // also where a hash's first cell is
+    std::vector<std::uint32_t> m_cells; // at most half full; 0 for an empty one
 };
 
 } // namespace
 
 /** Room for the pairs of a list that has outgrown its object, which follow it in the same allocation. */
 struct KxParameters::Block {
-    static constexpr std::uint32_t kIndexFrom = 16;
+    static constexpr std::uint32_t kIndexFrom = 32;
 
     std::uint32_t capacity;
     std::unique_ptr<NameIndex> index;
@@ -226,12 +215,7 @@ void KxParameters::grow() {
     }
     Block* const larger = Block::make(capacity * 2);
     try {
-        if (m_block != nullptr && m_block->index != nullptr) {
-            larger->buildIndex(nullptr, 0);
-            larger->index->insertAll(*m_block->index);
-        } else {
-            larger->buildIndex(pairs(), m_size);
-        }
+        larger->buildIndex(pairs(), m_size);
     } catch (...) {
         Block::free(larger);
         throw;

@@ -38,10 +38,17 @@ std::string withPlainLineFeeds(std::string_view bytes) {
 
 } // namespace
 
+/** A message that cannot be written whole (credentials that lack a response have an algorithm nobody can compute) is
+    printed up to there, and why: a log must not fail by what a stranger sent. */
 std::ostream& operator<<(std::ostream& out, const KxSipMessage& message) {
     KxByteArrayOutputStream wire;
-    message.serialize(wire);
-    write(out, withPlainLineFeeds(wire.view()));
+    try {
+        message.serialize(wire);
+        write(out, withPlainLineFeeds(wire.view()));
+    } catch (const KxHandle<KxException>& failure) {
+        write(out, withPlainLineFeeds(wire.view()));
+        out << failure << '\n';
+    }
     return out;
 }
 

@@ -58,6 +58,16 @@ TEST(MessageLogTest, LineEndsBecomeLineFeeds) {
     }
 }
 
+/** Whoever logs what strangers send must not need to catch anything. */
+TEST(MessageLogTest, WhatCannotBeWrittenEndsTheText) {
+    const std::string credentials = "Authorization: Digest username=\"a\",realm=\"r\"\r\n";
+    const KxHandle<KxSipMessage> message = readMessage(kRequest + credentials + "\r\n");
+    KxByteArrayOutputStream wire;
+    EXPECT_THROW(message->serialize(wire), KxHandle<KxException>);
+    EXPECT_EQ(streamed(message),
+              withoutCR(kRequest) + "Authorization: Digest Unsupported Algorithm: Only MD5 is supported !!!\n");
+}
+
 TEST(MessageLogTest, OtherObjectsAreWrittenAsTheirBytes) {
     EXPECT_EQ(streamed(KxHandle<KxSipMessage>()), "");
     EXPECT_EQ(streamed(KxHandle<KxByteArray>()), "");

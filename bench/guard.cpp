@@ -1,0 +1,116 @@
+// What the guard counts: a few operations, each run a fixed number of times between two requests to callgrind, which
+// counts the instructions; allocations and bytes held are counted here. Run by guard.py, which explains the output.
+
+#include "bench/BenchSupport.h"
+#include "bench/DigestExample.h"
+#include "sipobject/address/KxSipURL.h"
+#include "sipobject/messages/KxSipResponse.h"
+#include "util/KxByteArrayOutputStream.h"
+
+#include <malloc.h>
+#include <valgrind/callgrind.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <vector>
+
+// Every allocation of the process comes this way, and goes on to the C library.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* malloc(std::size_t size);
+}
+
+namespace {
+
+constexpr int kWarmUp = 10;
+constexpr int kRuns = 20;
+constexpr std::size_t kHeld = 10000;
+constexpr std::size_t kBuffer = 4096;
+constexpr const char* kUrl = "sip:alice:secret@gateway.example.com:5070;transport=tcp;lr?Subject=hi";
+
+std::uint64_t s_allocations = 0;
+
+/** Counts an operation; prints its name, what was counted, and the number of runs the count is of. */
+void count(const std::string& name, const std::function<void()>& operation) {
+    for (int i = 0; i < kWarmUp; ++i) {
+        operation();
+    }
+    const std::string label = name + "\tinstructions\t" + std::to_string(kRuns);
+    const std::uint64_t before = s_allocations;
+    CALLGRIND_ZERO_STATS;
+    for (int i = 0; i < kRuns; ++i) {
+        operation();
+    }
+    CALLGRIND_DUMP_STATS_AT(label.c_str());
+    std::printf("%s\tallocations\t%d\t%llu\n", name.c_str(), kRuns,
+                static_cast<unsigned long long>(s_allocations - before));
+}
+
+void countHeld(const std::string& name, const std::string& bytes) {
+    std::vector<KxHandle<KxSipMessage>> held(kHeld);
+    const struct mallinfo2 before = mallinfo2();
+    for (auto& message : held) {
+        message = parseMessage(bytes);
+    }
+    const struct mallinfo2 after = mallinfo2();
+    std::printf("hold %s\tbytes\t%zu\t%zu\n", name.c_str(), kHeld,
+                after.uordblks + after.hblkhd - before.uordblks - before.hblkhd);
+}
+
+void write(const KxSipMessage& message) {
+    KxByteArrayOutputStream out(kBuffer);
+    message.serialize(out);
+}
+
+void respond(const KxHandle<KxSipRequest>& request) {
+    const KxHandle<KxSipResponse> response = KxMake<KxSipResponse>(200, request, nullptr, nullptr, 0U);
+    response->getToHeader()->setTag("5f3e9a1c");
+    write(*response);
+}
+
+void countMessage(const std::string& name, const std::string& bytes) {
+    count("parse " + name, [&] { parseMessage(bytes); });
+    const KxHandle<KxSipMessage> message = parseMessage(bytes);
+    count("serialise " + name, [&] { write(*message); });
+    const KxHandle<KxSipRequest> request(static_cast<KxSipRequest*>(message.get()));
+    count("200 to " + name, [&] { respond(request); });
+}
+
+void countAll() {
+    const std::string calls = readSample("register_digest.sip");
+    countMessage("invite", readSample("invite.sip"));
+    countMessage("carrier_invite", readSample("carrier_invite.sip"));
+    countMessage("register", calls.substr(calls.rfind("REGISTER sip:")));
+    count("SIP URL", [] { KxMake<KxSipURL>(kUrl); });
+    std::string refused;
+    for (int i = 0; i < 100; ++i) {
+        refused += "no colon\r\n";
+    }
+    refused = requestWith(refused);
+    count("parse 100 refused lines", [&] { parseMessage(refused); });
+#ifdef KX_BENCH_HAS_DIGEST
+    const DigestExample example;
+    std::array<char, 33> digits{};
+    count("digest response", [&] { example.respond(digits.data()); });
+#endif
+}
+
+} // namespace
+
+extern "C" void* malloc(std::size_t size) {
+    ++s_allocations;
+    return __libc_malloc(size);
+}
+
+int main(int argc, char** argv) {
+    if (argc == 2 && std::string_view(argv[1]) == "hold") { // needs no callgrind, and takes long under it
+        countHeld("invite", readSample("invite.sip"));
+        countHeld("carrier_invite", readSample("carrier_invite.sip"));
+    } else {
+        countAll();
+    }
+    return 0;
+}

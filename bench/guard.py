@@ -1,0 +1,126 @@
+#!/usr/bin/env python3
+"""The guard: counts what a few operations cost and fails where a count is above its ceiling.
+
+Runs kx_guard under callgrind and compares with bench/ceilings.tsv, whose ceilings stand 5 % above what was reached.
+It never times, so a busy machine changes nothing. Counts belong to the build of the tests (preset dev: -O2, assertions
+on) by one major version of one compiler on one architecture, which the file names; elsewhere the guard is skipped, as
+it is without valgrind (exit status 77).
+
+  bench/guard.py             compares
+  bench/guard.py --update    writes what is reached now, and ceilings to it, into bench/ceilings.tsv
+
+A change that makes something cheaper should update the ceilings, so that what was won is kept.
+"""
+import argparse
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+CEILINGS = ROOT / "bench" / "ceilings.tsv"
+SKIPPED = 77
+MARGIN = 1.05
+# The C library picks its string functions by what the processor can do; without these they are everywhere the same.
+PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX,-AVX512F,-AVX512VL,-AVX512BW,-ERMS,-FSRM"
+
+Counts = dict[tuple[str, str], float]
+
+
+def run(command: list[str], folder: str) -> str:
+    """What the command prints."""
+    done = subprocess.run(command, env={**os.environ, "GLIBC_TUNABLES": PLAIN_PROCESSOR}, cwd=folder, text=True,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+    if done.returncode != 0:
+        sys.exit(f"guard: {' '.join(command)} failed\n{done.stdout}{done.stderr}")
+    return done.stdout
+
+
+def count(program: Path) -> Counts:
+    """What each operation costs, by operation and unit."""
+    counts: Counts = {}
+    with tempfile.TemporaryDirectory() as folder:
+        # threads apart: those that the logging library starts would count whenever they come to run
+        lines = run(["valgrind", "-q", "--tool=callgrind", "--separate-threads=yes",
+                     f"--callgrind-out-file={folder}/out", str(program)], folder)
+        lines += run([str(program), "hold"], folder)
+        for line in lines.splitlines():
+            name, unit, runs, total = line.split("\t")
+            counts[name, unit] = int(total) / int(runs)
+        for dump in Path(folder).glob("out.*-01"):
+            text = dump.read_text()
+            label = re.search(r"^desc: Trigger: Client Request: ([^\t\n]+)\t([^\t\n]+)\t(\d+)$", text, re.M)
+            total = re.search(r"^summary: (\d+)$", text, re.M)
+            if label and total:
+                counts[label[1], label[2]] = int(total[1]) / int(label[3])
+    return counts
+
+
+def write(counts: Counts, build: str) -> None:
+    lines = ["# What the guard allows: see bench/guard.py, which writes this file.", f"# build: {build}",
+             "# operation\tunit\treached\tceiling"]
+    for (name, unit), value in sorted(counts.items(), key=lambda row: (row[0][1], row[0][0])):
+        lines.append(f"{name}\t{unit}\t{value:.1f}\t{value * MARGIN:.1f}")
+    CEILINGS.write_text("\n".join(lines) + "\n")
+    print(f"{len(counts)} ceilings in {CEILINGS.relative_to(ROOT)}")
+
+
+def read() -> tuple[str, Counts]:
+    """The build the ceilings are of, and the ceilings."""
+    build = ""
+    ceilings: Counts = {}
+    for line in CEILINGS.read_text().splitlines():
+        if line.startswith("# build: "):
+            build = line.removeprefix("# build: ")
+        elif not line.startswith("#"):
+            name, unit, _, ceiling = line.split("\t")
+            ceilings[name, unit] = float(ceiling)
+    return build, ceilings
+
+
+def compare(counts: Counts, ceilings: Counts) -> int:
+    """Prints every count beside its ceiling; the number of those that are above, or have none."""
+    failures = 0
+    for key in sorted(counts.keys() | ceilings.keys(), key=lambda row: (row[1], row[0])):
+        name, unit = key
+        if key not in counts:
+            verdict, failures = "no longer counted", failures + 1
+        elif key not in ceilings:
+            verdict, failures = "has no ceiling yet", failures + 1
+        elif counts[key] > ceilings[key]:
+            verdict, failures = "ABOVE ITS CEILING", failures + 1
+        else:
+            verdict = "ok"
+        shown = [f"{table[key]:,.1f}" if key in table else "-" for table in (counts, ceilings)]
+        print(f"{name:<26}{unit:<14}{shown[0]:>12}{shown[1]:>12}  {verdict}")
+    return failures
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", type=Path, default=ROOT / "build" / "dev" / "bin" / "kx_guard")
+    parser.add_argument("--build", help="the build of the program, as the ceilings' file names it; any if not given")
+    parser.add_argument("--update", action="store_true", help="make what is reached now the measure")
+    arguments = parser.parse_args()
+    if not shutil.which("valgrind"):
+        print("skipped: valgrind is not installed")
+        return SKIPPED
+    if arguments.update:
+        build = arguments.build or read()[0]
+        write(count(arguments.program.resolve()), build)
+        return 0
+    build, ceilings = read()
+    if arguments.build not in (None, build):
+        print(f"skipped: the ceilings are of {build}, this is {arguments.build}")
+        return SKIPPED
+    failures = compare(count(arguments.program.resolve()), ceilings)
+    if failures:
+        print(f"{failures} of {len(ceilings)} fail. A cost that is meant: bench/guard.py --update, and say why.")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,135 @@
+#include "Authenticator.h"
+
+#include "sipobject/headers/KxSipAuthorizationHeader.h"
+#include "sipobject/headers/KxSipWWWAuthenticateHeader.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/UUID.h"
+
+#include <charconv>
+#include <fstream>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::minutes kNonceLife{5};
+// Whoever floods us with requests makes the oldest go early; their clients are told "stale" and try again.
+constexpr std::size_t kMaxNonces = 4096;
+
+/** The eight digits of a nonce count; 0, which is never used, for anything else. */
+std::uint32_t countOf(std::string_view digits) {
+    std::uint32_t count = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count, 16);
+    return digits.size() == 8 && error == std::errc() && end == digits.data() + digits.size() ? count : 0;
+}
+
+/** Whether a text is the printed form of the URI, or another way to write it. */
+bool names(const KxString& text, const KxHandle<KxURI>& uri) {
+    KxByteArrayInputStream in(text.view());
+    return !uri.isNil() && KxURI::sConstructFrom(in, true)->getString() == uri->getString();
+}
+
+} // namespace
+
+Users readUsers(const std::string& file) {
+    std::ifstream in(file);
+    Users users;
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        if (line.empty() || line.front() == '#') {
+            continue;
+        }
+        const std::size_t colon = line.find(':');
+        if (colon == std::string::npos || colon == 0 || colon + 1 == line.size() ||
+            !users.emplace(line.substr(0, colon), line.substr(colon + 1)).second) {
+            throw std::runtime_error(file + ", line " + std::to_string(number) +
+                                     ": not user:password, or a user twice");
+        }
+    }
+    if (!in.eof()) {
+        throw std::runtime_error("cannot read " + file);
+    }
+    return users;
+}
+
+Authenticator::Authenticator(const std::string& realm, Users users)
+    : m_realm(realm.c_str()), m_users(std::move(users)) {}
+
+KxHandle<KxSipHeader> Authenticator::challenge(bool stale) {
+    const Clock::time_point now = Clock::now();
+    while (!m_order.empty() && (m_order.size() >= kMaxNonces || m_nonces[m_order.front()].end <= now)) {
+        m_nonces.erase(m_order.front());
+        m_order.pop_front();
+    }
+    char nonce[UUID::kTextLength + 1];
+    UUID::uuid_create_string(nonce); // nobody can guess the next one
+    m_order.emplace_back(nonce);
+    m_nonces[nonce].end = now + kNonceLife;
+
+    const auto challenge = KxMake<KxSipDigestChallengeInfo>(m_realm);
+    challenge->setProperty("nonce", KxString(nonce));
+    if (stale) {
+        challenge->setProperty("stale", KxString("TRUE"));
+    }
+    challenge->setProperty("algorithm", KxString("MD5"));
+    challenge->setQopOptions(KxString("auth"));
+    return KxMake<KxSipWWWAuthenticateHeader>(KxHandle<KxSipChallengeInfo>(challenge));
+}
+
+Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
+    // There may be several, one for each realm on the way; a Proxy-Authorization is not for us.
+    KxHandle<KxSipHeader> header = request.getHeaderByID(KxHeaderIDs::kAuthorization);
+    for (; !header.isNil(); header = header->getNext()) {
+        const auto authorization = KxHandleCast<KxSipAuthorizationHeader>(header);
+        const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(authorization->getCredentials());
+        if (!credentials.isNil() && credentials->getRealm() == m_realm) {
+            return judge(*credentials, request);
+        }
+    }
+    return {};
+}
+
+/** Whether the credentials are what we asked for, of a user who knows his password. */
+bool Authenticator::isUser(KxSipDigestCredentialsInfo& credentials, const KxSipRequest& request) const {
+    // Exactly what was offered. Who may choose MD5-sess needs no password of some users, and who may leave out the qop
+    // sends the same again and again.
+    if (credentials.getProperty("algorithm") != "MD5" || credentials.getProperty("qop") != "auth" ||
+        !names(credentials.getProperty("uri"), request.getURI())) {
+        return false;
+    }
+    // A user there is not takes as long as one there is, so that nobody learns their names.
+    const KxString name = credentials.getUsername();
+    const auto user = m_users.find(name.view());
+    const KxString password = user == m_users.end() ? KxString() : KxString(user->second);
+    credentials.setMethod(KxString(request.getMethod())); // it is not among what was received
+    return credentials.validate(name, password, m_realm) && user != m_users.end();
+}
+
+Authenticator::Verdict Authenticator::judge(KxSipDigestCredentialsInfo& credentials, const KxSipRequest& request) {
+    Verdict verdict;
+    if (!isUser(credentials, request)) {
+        return verdict;
+    }
+    verdict.user = credentials.getUsername().view();
+    verdict.outcome = Outcome::Stale;
+    const auto found = m_nonces.find(std::string(credentials.getNonce().view()));
+    if (found == m_nonces.end() || found->second.end <= Clock::now()) {
+        return verdict;
+    }
+    Nonce& nonce = found->second;
+    const std::uint32_t count = countOf(credentials.getProperty("nc"));
+    const std::string transaction = std::string(credentials.getProperty("response")).append(request.createKey());
+    if (count > nonce.count) {
+        nonce.count = count;
+        nonce.request = transaction;
+        nonce.response.clear();
+        verdict.outcome = Outcome::Accepted;
+    } else if (count == nonce.count && transaction == nonce.request && !nonce.response.empty()) {
+        verdict.outcome = Outcome::Repeated;
+    }
+    verdict.nonce = &nonce;
+    return verdict;
+}

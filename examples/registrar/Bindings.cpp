@@ -1,0 +1,92 @@
+#include "Bindings.h"
+
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipCallIdHeader.h"
+#include "sipobject/headers/KxSipExpiresHeader.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr seconds kUsual{3600}; // where the client does not say
+constexpr seconds kLongest{7200};
+constexpr std::size_t kMaxBindings = 8; // of one user
+
+/** What an "expires" parameter says; `otherwise` where there is none or it is no number. */
+seconds secondsOf(std::string_view digits, seconds otherwise) {
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc::invalid_argument || end != digits.data() + digits.size()) {
+        return otherwise;
+    }
+    return error == std::errc() ? std::min(seconds(number), kLongest) : kLongest;
+}
+
+} // namespace
+
+int Bindings::update(const std::string& user, const KxSipRequest& request) {
+    const Clock::time_point now = Clock::now();
+    const auto expires = KxHandleCast<KxSipExpiresHeader>(request.getHeaderByID(KxHeaderIDs::kExpires));
+    const seconds usual = expires.isNil() || expires->isSipDate() ? kUsual : seconds(expires->getDeltaSeconds());
+    const KxString callId = request.getCallIdHeader()->getCallId();
+    const std::uint32_t cseq = request.getCSeqHeader()->getSeqNumber();
+    const auto isLate = [&](const Binding& binding) { return binding.callId == callId && cseq <= binding.cseq; };
+
+    std::vector<Binding> bindings = m_users[user]; // becomes the user's when all went well
+    std::erase_if(bindings, [now](const Binding& binding) { return binding.end <= now; });
+    KxHandle<KxSipContactHeader> contact = request.getContactHeader();
+    for (; !contact.isNil(); contact = KxHandleCast<KxSipContactHeader>(contact->getNext())) {
+        if (contact->isWildCard()) { // stands for all addresses, and only to remove them
+            if (contact != request.getContactHeader() || !contact->getNext().isNil() || usual != seconds::zero()) {
+                return 400;
+            }
+            if (std::any_of(bindings.begin(), bindings.end(), isLate)) {
+                return 500;
+            }
+            bindings.clear();
+            break;
+        }
+        const KxHandle<KxSipURL> url = contact->getURL();
+        if (url.isNil()) {
+            return 400;
+        }
+        const auto old = std::find_if(bindings.begin(), bindings.end(),
+                                      [&url](const Binding& binding) { return *binding.contact->getURL() == *url; });
+        if (old != bindings.end()) {
+            if (isLate(*old)) {
+                return 500;
+            }
+            bindings.erase(old);
+        }
+        const seconds time = secondsOf(contact->getExpires(), std::min(usual, kLongest));
+        if (time != seconds::zero()) {
+            if (bindings.size() == kMaxBindings) {
+                return 403;
+            }
+            bindings.push_back(
+                {KxHandleCast<KxSipContactHeader>(KxHandle<KxObject>(contact->clone())), callId, cseq, now + time});
+        }
+    }
+    m_users[user] = std::move(bindings);
+    return 200;
+}
+
+void Bindings::addTo(KxSipResponse& response, const std::string& user) const {
+    const Clock::time_point now = Clock::now();
+    seconds longest{0};
+    const auto found = m_users.find(user);
+    if (found != m_users.end()) {
+        for (const Binding& binding : found->second) {
+            const seconds left = std::chrono::ceil<seconds>(binding.end - now);
+            if (left > seconds::zero()) {
+                binding.contact->setExpires(KxString(std::to_string(left.count())));
+                response.addSingleHeader(binding.contact, false); // a copy
+                longest = std::max(longest, left);
+            }
+        }
+    }
+    response.addHeader(KxMake<KxSipExpiresHeader>(static_cast<std::uint32_t>(longest.count())), false);
+}

@@ -1,0 +1,145 @@
+#include "Registrar.h"
+
+#include "sipobject/KxSipParseKeepAliveException.h"
+#include "sipobject/KxSipTag.h"
+#include "sipobject/headers/KxSipAllowHeader.h"
+#include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipUnsupportedHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
+#include "sipobject/messages/KxSipUnknownRequest.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxByteArrayOutputStream.h"
+
+#include <log4cplus/loggingmacros.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kLargestRequest = 4096; // so much of a stranger's may stay in our tables
+
+log4cplus::Logger& logger() {
+    static log4cplus::Logger logger = log4cplus::Logger::getInstance("registrar");
+    return logger;
+}
+
+/** A stranger's text, so that it can't add lines to the log nor fill it. */
+std::string printable(std::string_view text) {
+    std::string result(text.substr(0, 200));
+    std::replace_if(
+        result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return result;
+}
+
+/** A response without a body: Via, From, To, Call-ID and CSeq of the request. Throws KxException where these are not
+    there, since there is nothing to answer with then. */
+KxHandle<KxSipResponse> makeResponse(int code, const KxHandle<KxSipRequest>& request) {
+    auto response = KxMake<KxSipResponse>(code, request, nullptr, nullptr, 0U);
+    if (!response->getToHeader()->isTagPresent()) {
+        response->getToHeader()->setTag(KxSipTag(nullptr));
+    }
+    return response;
+}
+
+/** Says in the top Via where the request really came from. [RFC 3261 18.2.1, RFC 3581 4] */
+void noteSource(KxSipViaHeader& via, const std::string& host, unsigned port) {
+    via.setReceived(KxString(host));
+    if (via.isRPortPresent()) {
+        via.setParameter("rport", KxString(std::to_string(port)));
+    }
+}
+
+/** Where the answer goes: never to another host than the request came from, whatever "maddr" may say. */
+unsigned replyPort(const KxSipViaHeader& via, unsigned source) {
+    const bool isNamed = !via.isRPortPresent() && via.getPort() != 0 && via.getPort() <= 65535;
+    return isNamed ? via.getPort() : source;
+}
+
+} // namespace
+
+Registrar::Reply Registrar::answer(std::string_view datagram, const std::string& host, unsigned port) {
+    try {
+        KxByteArrayInputStream in(datagram);
+        const auto request = KxHandleCast<KxSipRequest>(KxSipMessage::sConstructFrom(in));
+        if (request.isNil() || request->getViaHeader().isNil() || request->getMethod() == std::string_view("ACK")) {
+            return {};
+        }
+        return {respond(request, datagram, host, port), replyPort(*request->getViaHeader(), port)};
+    } catch (const KxHandle<KxSipParseKeepAliveException>&) {
+        return {};
+    } catch (const KxHandle<KxException>& failure) {
+        LOG4CPLUS_INFO(logger(),
+                       "no answer to " << host << ':' << port << ": " << printable(failure->getExceptionMessage()));
+    } catch (const std::exception& failure) {
+        LOG4CPLUS_ERROR(logger(), "no answer to " << host << ':' << port << ": " << failure.what());
+    }
+    return {};
+}
+
+std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::string_view datagram,
+                               const std::string& host, unsigned port) {
+    using Outcome = Authenticator::Outcome;
+    Authenticator::Verdict verdict;
+    KxHandle<KxSipResponse> response = refuse(request, datagram.size());
+    if (response.isNil()) {
+        verdict = m_authenticator.judge(*request);
+        if (verdict.outcome == Outcome::Repeated) {
+            return verdict.nonce->response;
+        }
+        if (verdict.outcome == Outcome::Accepted) {
+            response = serve(request, verdict.user);
+        } else {
+            response = makeResponse(401, request);
+            response->addHeader(m_authenticator.challenge(verdict.outcome == Outcome::Stale), false);
+        }
+    }
+    noteSource(*response->getViaHeader(), host, port);
+    KxByteArrayOutputStream out;
+    response->serialize(out);
+    if (verdict.outcome == Outcome::Accepted) {
+        verdict.nonce->response = out.view();
+    }
+    LOG4CPLUS_INFO(logger(), printable(request->getMethod()) << " of " << host << ':' << port << ' ' << verdict.user
+                                                             << " -> " << response->getStatusCode());
+    return std::string(out.view());
+}
+
+/** The response to what is no business of a registrar's, or nil. */
+KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request, std::size_t size) const {
+    unsigned code = 0;
+    if (size > kLargestRequest) {
+        return makeResponse(513, request);
+    }
+    if (request->rejectedByStack(code)) { // statuses below 100 say that something could not be read
+        return makeResponse(code < 100 ? 400 : static_cast<int>(code), request);
+    }
+    const std::string_view method = request->getMethod();
+    if (method == "CANCEL") { // all is answered at once, so there is never anything left to cancel
+        return makeResponse(481, request);
+    }
+    if (method != "REGISTER") {
+        const bool isUnknown = dynamic_cast<const KxSipUnknownRequest*>(request.get()) != nullptr;
+        const KxHandle<KxSipResponse> response = makeResponse(isUnknown ? 501 : 405, request);
+        response->addHeader(KxMake<KxSipAllowHeader>("REGISTER"), false);
+        return response;
+    }
+    const auto extension = KxHandleCast<KxSipRequireHeader>(request->getHeaderByID(KxHeaderIDs::kRequire));
+    if (!extension.isNil()) {
+        const KxHandle<KxSipResponse> response = makeResponse(420, request);
+        response->addHeader(KxMake<KxSipUnsupportedHeader>(extension->getOptionTag().c_str()), false);
+        return response;
+    }
+    return {};
+}
+
+/** The response to a REGISTER of this user, whose own address is all that he may change. */
+KxHandle<KxSipResponse> Registrar::serve(const KxHandle<KxSipRequest>& request, const std::string& user) {
+    const KxHandle<KxSipURL> address = request->getToHeader()->getNameAddress()->getURL();
+    const bool isOwn = !address.isNil() && address->getUser() == user;
+    const int code = isOwn ? m_bindings.update(user, *request) : 403;
+    KxHandle<KxSipResponse> response = makeResponse(code, request);
+    if (code == 200) {
+        m_bindings.addTo(*response, user);
+    }
+    return response;
+}

@@ -1,0 +1,221 @@
+#!/usr/bin/env python3
+"""registrar_test.py REGISTRAR: runs the example registrar on a free port of the loopback address against sipp, which
+registers 100 times with the right and with a wrong password, and against what strangers may send. Exits with 77 where
+there is no sipp."""
+
+import csv
+import hashlib
+import os
+import re
+import selectors
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+
+REALM = "kx.example"
+PASSWORD = "correct horse"
+CALLS = 100
+PATIENCE = 60  # seconds; much more than any step takes on a slow machine
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+
+def md5(text):
+    return hashlib.md5(text.encode() if isinstance(text, str) else text)
+
+
+def weak_user():
+    """One whose raw A1 begins with a zero byte: his MD5-sess response does not depend on the password."""
+    names = (f"u{number}" for number in range(100000))
+    return next(name for name in names if md5(f"{name}:{REALM}:{PASSWORD}").digest()[0] == 0)
+
+
+WEAK = weak_user()
+
+
+class Registrar:
+    """The program under test; ended by SIGTERM, and killed if that does not do it."""
+
+    def __init__(self, program, folder):
+        users = os.path.join(folder, "users")
+        log = os.path.join(folder, "log.properties")
+        self.log = os.path.join(folder, "registrar.log")
+        with open(users, "w", encoding="ascii") as out:
+            out.write(f"# a comment\nalice:{PASSWORD}\n\nbob:{PASSWORD}\r\n{WEAK}:{PASSWORD}\n")
+        with open(log, "w", encoding="ascii") as out:
+            out.write("log4cplus.rootLogger=DEBUG, F\nlog4cplus.appender.F=log4cplus::FileAppender\n"
+                      f"log4cplus.appender.F.File={self.log}\n")
+        command = [program, "--port", "0", "--realm", REALM, "--users", users, "--log", log]
+        self.process = subprocess.Popen(command, stdout=subprocess.PIPE)
+
+    def __enter__(self):
+        with selectors.DefaultSelector() as selector:
+            selector.register(self.process.stdout, selectors.EVENT_READ)
+            line = self.process.stdout.readline() if selector.select(PATIENCE) else b""
+        self.port = int(re.fullmatch(rb"registrar: listening on 127\.0\.0\.1:(\d+)\n", line)[1])
+        return self
+
+    def __exit__(self, *_):
+        self.process.send_signal(signal.SIGTERM)
+        try:
+            self.process.wait(PATIENCE)
+        finally:
+            self.process.kill()
+
+
+class Client:
+    """Sends datagrams and reads what comes back."""
+
+    def __init__(self, port):
+        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.socket.settimeout(PATIENCE)
+        self.socket.connect(("127.0.0.1", port))
+        self.uri = f"sip:127.0.0.1:{port}"
+        self.number = 0
+
+    def message(self, *more, method="REGISTER", user="alice", without="none", hops=70):
+        self.number += 1
+        lines = [f"{method} {self.uri} SIP/2.0", f"Max-Forwards: {hops}",
+                 f"Via: SIP/2.0/UDP 192.0.2.1:9;rport;branch=z9hG4bK{self.number}",
+                 f"From: <sip:{user}@{REALM}>;tag=1", f"To: <sip:{user}@{REALM}>", "Call-ID: raw",
+                 f"CSeq: {self.number} {method}", *more, "Content-Length: 0", "", ""]
+        return "\r\n".join(line for line in lines if not line.startswith(without)).encode()
+
+    def ask(self, datagram):
+        """What the datagram is answered with, "" for nothing: then the answer to a question behind it comes first."""
+        probe = self.message(method="OPTIONS")
+        answers = []
+        for sent in (datagram, probe):
+            self.socket.send(sent)
+        while not answers or f"CSeq: {self.number} OPTIONS\r\n" not in answers[-1]:
+            answers.append(self.socket.recv(65536).decode("latin-1"))
+        assert answers[-1].startswith("SIP/2.0 405 ") and "\r\nAllow: REGISTER\r\n" in answers[-1], answers
+        return "".join(answers[:-1])
+
+    def nonce(self):
+        return re.search('nonce="([^"]+)"', self.ask(self.message()))[1]
+
+    def credentials(self, user="alice", password=PASSWORD, nonce=None, uri=None, nc="00000001", algorithm="MD5",
+                    qop="auth", a1=None):
+        nonce, uri = nonce or self.nonce(), uri or self.uri
+        a1 = a1 or md5(f"{user}:{REALM}:{password}").hexdigest()
+        middle = f"{nc}:c:{qop}:" if qop else ""
+        response = md5(f"{a1}:{nonce}:{middle}" + md5(f"REGISTER:{uri}").hexdigest()).hexdigest()
+        return (f'Authorization: Digest username="{user}",realm="{REALM}",nonce="{nonce}",uri="{uri}",'
+                f"algorithm={algorithm},"
+                + (f"qop={qop}," if qop else "") + f'nc={nc},cnonce="c",response="{response}"')
+
+
+def sipp(port, folder, password, last):
+    """(calls that ended as expected, calls that did not), where the second REGISTER is to be answered with `last`."""
+    scenario = os.path.join(folder, f"{last}.xml")
+    stats = os.path.join(folder, "stats.csv")
+    with open(os.path.join(HERE, "register.xml"), encoding="ascii") as template:
+        steps = template.read().replace('response="200"', f'response="{last}"')
+    with open(scenario, "w", encoding="ascii") as out:
+        out.write(steps)
+    subprocess.run(["sipp", f"127.0.0.1:{port}", "-sf", scenario, "-i", "127.0.0.1", "-au", "alice", "-ap", password,
+                    "-m", str(CALLS), "-r", "100", "-l", "20", "-recv_timeout", str(PATIENCE * 1000), "-nostdin",
+                    "-trace_stat", "-stf", stats], cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                   timeout=2 * PATIENCE, check=False)
+    with open(stats, encoding="ascii") as rows:
+        total = list(csv.DictReader(rows, delimiter=";"))[-1]
+    os.remove(stats)
+    return int(total["SuccessfulCall(C)"]), int(total["FailedCall(C)"])
+
+
+def check_strangers(client):
+    message, credentials = client.message, client.credentials
+    a1_of_nothing = md5(b"").hexdigest()
+    rows = [  # name, datagram, what its answer starts with (or a pattern in it)
+        ("nothing", b"", ""),
+        ("keep-alive", b"\r\n\r\n", ""),
+        ("bad bytes", bytes(range(255, 0, -1)) * 20, ""),
+        ("a response", b"SIP/2.0 200 OK\r\n" + message().split(b"\r\n", 1)[1], ""),
+        ("no Call-ID", message(without="Call-ID"), ""),
+        ("no Via", message("no colon", without="Via"), ""),
+        ("ACK", message(method="ACK"), ""),
+        ("a line without colon", message("no colon"), "SIP/2.0 400 "),
+        ("another scheme", message("Authorization: Basic YTpi"), "SIP/2.0 400 "),
+        ("no hops left", message(hops=0), "SIP/2.0 483 "),
+        ("too large", message("Subject: " + "x" * 5000), "SIP/2.0 513 "),
+        ("INVITE", message(method="INVITE"), "SIP/2.0 405 "),
+        ("unheard of", message(method="FROB"), "SIP/2.0 501 "),
+        ("an extension", message("Require: foo"), r"SIP/2.0 420 .*\r\nUnsupported: foo\r\n"),
+        ("rport", message(), r"rport=\d+;branch=z9hG4bK\d+;received=127\.0\.0\.1\r\n"),
+        ("no response", message(f'Authorization: Digest username="alice",realm="{REALM}"'), "SIP/2.0 401 "),
+        ("wrong password", message(credentials(password="x")), r"SIP/2.0 401 (?!.*stale)"),
+        ("no such user", message(credentials(user="eve", password=""), user="eve"), "SIP/2.0 401 "),
+        ("other URI", message(credentials(uri="sip:elsewhere")), "SIP/2.0 401 "),
+        ("a count the response does not cover", message(credentials(qop="")), "SIP/2.0 401 "),
+        ("qop not offered", message(credentials(qop="auth-int")), "SIP/2.0 401 "),
+        ("other letter case", message(credentials(algorithm="md5")), "SIP/2.0 401 "),
+        ("MD5-sess, forged", message(credentials(user=WEAK, algorithm="MD5-sess", a1=a1_of_nothing), user=WEAK),
+         "SIP/2.0 401 "),
+        ("nonce made up", message(credentials(nonce="x")), r"SIP/2.0 401 .*,stale=TRUE,"),
+        ("no count", message(credentials(nc="0000000x")), r"SIP/2.0 401 .*,stale=TRUE,"),
+        ("somebody else's address", message(credentials(), user="bob"), "SIP/2.0 403 "),
+        ("all and nothing", message(credentials(), "Contact: *"), "SIP/2.0 400 "),
+    ]
+    for name, datagram, expected in rows:
+        answer = client.ask(datagram)
+        assert re.search(expected, answer, re.DOTALL) if expected else answer == "", f"{name}: {answer!r}"
+
+
+def check_bindings(client):
+    contacts = ["Contact: <sip:bob@192.0.2.1>;expires=60, <sip:bob@192.0.2.2>", "Expires: 99999999"]
+    nonce = client.nonce()
+    first = client.message(client.credentials(user="bob", nonce=nonce), *contacts, user="bob")
+    answer = client.ask(first)
+    listed = (r"200 Ok\r\n.*\r\nContact: <sip:bob@192.0.2.1>;expires=(60|[345]\d)\r\n"
+              r"Contact: <sip:bob@192.0.2.2>;expires=7[12]\d\d\r\nExpires: 7[12]\d\d\r\n")
+    assert re.search(listed, answer, re.DOTALL), answer
+    assert client.ask(first) == answer, "sent again, it is answered as before"
+    replayed = client.message(client.credentials(user="bob", nonce=nonce), "Contact: <sip:eve@192.0.2.3>", user="bob")
+    assert ",stale=TRUE," in client.ask(replayed)
+
+    def then(count, *more):
+        credentials = client.credentials(user="bob", nonce=nonce, nc=f"{count:08x}")
+        return client.ask(client.message(credentials, *more, user="bob"))
+
+    many = "Contact: " + ",".join(f"<sip:bob{number}@192.0.2.4>" for number in range(7))
+    assert then(2, many).startswith("SIP/2.0 403 ")
+    answer = then(3)
+    assert answer.startswith("SIP/2.0 200 ") and answer.count("\r\nContact: ") == 2, answer
+    answer = then(0xA0, "Contact: <sip:bob@192.0.2.1>;expires=0")
+    assert answer.startswith("SIP/2.0 200 ") and answer.count("\r\nContact: ") == 1, answer
+    answer = then(0xA1, "Contact: *", "Expires: 0")
+    assert answer.startswith("SIP/2.0 200 ") and answer.count("\r\nContact: ") == 0, answer
+    for _ in range(4096):  # as many as are kept
+        client.nonce()
+    assert ",stale=TRUE," in then(0xA2), "a flood of requests pushes out the oldest nonces"
+
+
+def main():
+    if shutil.which("sipp") is None:
+        print("sipp is not installed")
+        return 77
+    with tempfile.TemporaryDirectory() as folder:
+        with Registrar(sys.argv[1], folder) as registrar:
+            client = Client(registrar.port)
+            client.ask(b"")  # it answers
+            for name, password, last, expected in (("right password", PASSWORD, 200, (CALLS, 0)),
+                                                   ("wrong password", "wrong", 200, (0, CALLS)),
+                                                   ("wrong password, refused again", "wrong", 401, (CALLS, 0))):
+                calls = sipp(registrar.port, folder, password, last)
+                print(f"{name}: {calls[0]} of {CALLS} calls as expected, {calls[1]} not")
+                assert calls == expected, name
+            check_strangers(client)
+            check_bindings(client)
+            assert registrar.process.poll() is None
+        assert registrar.process.returncode == 0, f"ended with {registrar.process.returncode}"
+        with open(registrar.log, encoding="ascii") as log:
+            text = log.read()
+        assert "REGISTER of 127.0.0.1" in text and PASSWORD not in text and "wrong" not in text
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
