@@ -1,5 +1,6 @@
 # What Doxygen is given of a file (see Doxyfile.in), line by line, so that its numbers stay right. In comments of headers,
-# grammars ("Via = ...") stand as they are written. Headings of pages get the names that links within a page use.
+# grammars ("Via = ...") stand as they are written. Headings of pages get the names by which links above
+# them in their page call them.
 
 function balance(text, opened) {
     opened = gsub(/\(/, "(", text)
@@ -18,7 +19,9 @@ FILENAME ~ /\.md$/ {
         name = tolower(substr($0, 4))
         gsub(/[^a-z0-9 -]/, "", name)
         gsub(/ /, "-", name)
-        $0 = $0 " {#" name "}"
+        $0 = $0 (name in linked ? " {#" name "}" : "")
+    } else if (match($0, /\]\(#[^)]*\)/)) {
+        linked[substr($0, RSTART + 3, RLENGTH - 4)]
     }
     print
     next
