@@ -14,9 +14,10 @@ What a block is follows from its language and from the marker in front of it, an
   <!-- define in: SPACE -->     the same in a namespace, or, where it says "struct NAME", as members of a class
   <!-- file: PATH -->           any language: written to PATH, which C++ can include and programs can open
   <!-- part of: PATH -->        any language: stands so in the file PATH of the source tree
-  <!-- output -->               what the block before it prints
+  <!-- output -->               what the block before it prints; <!-- excerpt --> some lines of it
   <!-- rows: KIND -->           lines "input -> output" or "input !! error", read as tests/docs/rows.cpp does
-  ```sh, or indented            commands: run in the source tree with kxsip in the path
+  ```sh, or indented            commands: each is run, in a folder with the source tree's files and a trace.pcap, with
+                                kxsip in the path; exit codes up to 2 are its verdicts, any other fails
   ```console                    the same, "$ " in front of a command and behind it what it prints
 
 C++ blocks see every public header; all of them but programs share one executable. Commands of which every one begins
@@ -52,6 +53,7 @@ class Block:
     marker: str
     text: str
     output: str | None = None
+    excerpt: str | None = None
 
     @property
     def name(self):
@@ -98,10 +100,10 @@ def paired(blocks):
     """The blocks with their output, where it is shown."""
     kept = []
     for block in blocks:
-        if block.marker != "output":
+        if block.marker not in ("output", "excerpt"):
             kept.append(block)
         elif kept and kept[-1].page == block.page:
-            kept[-1].output = block.text
+            setattr(kept[-1], block.marker, block.text)
         else:
             raise Failure(f"{block.name}: an output without a block")
     return kept
@@ -122,7 +124,7 @@ class Runner:
         self.libraries = options.options
         self.work = pathlib.Path(options.work).resolve()
         self.work.mkdir(parents=True, exist_ok=True)
-        self.environment = {**os.environ, "LC_ALL": "C"}
+        self.environment = {**os.environ, "LC_ALL": "C.UTF-8"}
         self.environment["PATH"] = f"{options.tool_folder}:{self.environment['PATH']}"
         self.counts = {}
 
@@ -232,25 +234,39 @@ def run_single(block, runner, rows):
 
 
 def run_shell(block, runner):
+    folder = runner.work / "shell"
+    if not folder.exists():
+        folder.mkdir()
+        for entry in (path for path in SOURCE.iterdir() if path.name != ".git"):
+            (folder / entry.name).symlink_to(entry)
+        (folder / "trace.pcap").symlink_to(SOURCE / "samples" / "captures" / "call_udp.pcap")
     if block.language == "sh":
         commands = [line for line in re.sub(r"\s+#.*", "", block.text).splitlines() if line]
         if all(command.startswith(NOT_RUN) for command in commands):
             return "not run"
-        output, code = runner.run(["bash", "-euo", "pipefail", "-c", block.text], SOURCE)
-        if code:
-            raise Failure(f"ends with {code}\n{output}")
-        if block.output is not None:
-            compare(block.output, output)
-        return "shell"
-    for step in re.split(r"^\$ ", block.text, flags=re.M)[1:]:
-        lines = step.splitlines()
-        end = next(n for n, line in enumerate(lines) if not line.endswith("\\")) + 1
-        output, _ = runner.run(["bash", "-uo", "pipefail", "-c", "\n".join(lines[:end])], SOURCE)
-        try:
-            compare("\n".join(lines[end:]), output)
-        except Failure as failure:
-            raise Failure(f"{lines[0]}\n{failure}") from None
+        steps = [(command, None) for command in commands]
+    else:
+        steps = [split_command(step) for step in re.split(r"^\$ ", block.text, flags=re.M)[1:]]
+    printed = ""
+    for command, expected in steps:
+        output, code = runner.run(["bash", "-uo", "pipefail", "-c", command], folder)
+        if code > 2:
+            raise Failure(f"{command}\nends with {code}\n{output}")
+        if expected is not None:
+            compare(expected, output)
+        printed += output
+    if block.output is not None:
+        compare(block.output, printed)
+    if block.excerpt is not None and block.excerpt not in printed:
+        raise Failure(f"prints\n{printed}\nwithout the excerpt that is shown")
     return "shell"
+
+
+def split_command(step):
+    """The command that a prompt stood in front of, with its continuation lines, and what is shown behind it."""
+    lines = step.splitlines()
+    end = next(n for n, line in enumerate(lines) if not line.endswith("\\")) + 1
+    return "\n".join(lines[:end]), "\n".join(lines[end:])
 
 
 class Rows:

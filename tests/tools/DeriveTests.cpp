@@ -26,8 +26,9 @@ TEST(KeyTest, IsALineAMessage) {
     const std::string party = "cd5060ab50601192.0.2.15070z9hG4bKax@y";
     const ToolRun run = kxsip("key", kInvite + kOk + kOtherType + kOptions + kNoCSeq + kDropped);
     EXPECT_EQ(run.out, party + "1\n" + party + "1\n\n" + party + "2\n\n" + party + "\n");
-    EXPECT_EQ(run.err, "kxsip: -, message 2: KxException: Unable to create transaction key for INVALID SIP Message\n"
-                       "kxsip: -, message 4: KxException: missing CSeq header\n");
+    EXPECT_EQ(run.err,
+              "kxsip: -, message 2, line 18: KxException: Unable to create transaction key for INVALID SIP Message\n"
+              "kxsip: -, message 4, line 36: KxException: missing CSeq header\n");
     EXPECT_EQ(run.exit, 2);
 
     const Scratch scratch;
@@ -52,24 +53,33 @@ TEST(CheckTest, TellsEachMessageInALine) {
         std::string input;
         int exit;
         std::string out;
+        std::string count;
     };
+    const std::string noColon = "\"no colon\": SIP Header parse error : no colon found";
     const Row rows[] = {
-        {"valid", kInvite + kOk, 0, "-\t0\tvalid\t\n-\t1\tvalid\t\n"},
-        {"dropped", kDropped + kOk, 1, "-\t0\tincomplete\ta header line could not be read\n-\t1\tvalid\t\n"},
-        {"Accept", kOtherType, 2, "-\t0\tunusable\tthe Accept header does not list the body's type\n"},
-        {"letter case", kOtherCase, 2, "-\t0\tunusable\tthe CSeq method is not spelled as the request's\n"},
-        {"refused", kNoCSeq + kOk, 2, "-\t0\trefused\tmissing CSeq header\n-\t1\tvalid\t\n"},
+        {"valid", kInvite + kOk, 0, "-\t0\tvalid\t\n-\t1\tvalid\t\n", "2 messages: 2 valid"},
+        {"dropped", kDropped + kOk, 1,
+         "-\t0\tincomplete\ta header line could not be read: line 2, " + noColon + "\n-\t1\tvalid\t\n",
+         "2 messages: 1 valid, 1 incomplete"},
+        {"Accept", kOtherType, 2, "-\t0\tunusable\tthe Accept header does not list the body's type\n",
+         "1 message: 1 unusable"},
+        {"letter case", kOtherCase, 2, "-\t0\tunusable\tthe CSeq method is not spelled as the request's\n",
+         "1 message: 1 unusable"},
+        {"refused", kNoCSeq + kOk, 2, "-\t0\trefused\tmissing CSeq header\n-\t1\tvalid\t\n",
+         "2 messages: 1 valid, 1 refused"},
         {"control characters stay off the terminal", "FROB sip:b SIP/2.0\r\n" + kDialog + "CSeq: 2 \x1B\x7F\r\n\r\n", 2,
-         "-\t0\trefused\tinvalid method in CSeq header (got=\"\\x1B\\x7F\" expected=\"FROB\"\n"},
-        {"nothing", "", 2, "-\t0\trefused\tSIP Method Token Expected\n"},
+         "-\t0\trefused\tinvalid method in CSeq header (got=\"\\x1B\\x7F\" expected=\"FROB\"\n",
+         "1 message: 1 refused"},
+        {"nothing", "", 2, "-\t0\trefused\tSIP Method Token Expected\n", "1 message: 1 refused"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const ToolRun run = kxsip("check -", row.input);
         EXPECT_EQ(run.out, row.out);
-        EXPECT_EQ(run.err, "");
+        EXPECT_EQ(run.err, row.count + "\n");
         EXPECT_EQ(run.exit, row.exit);
     }
+    EXPECT_EQ(kxsip("check -q -", kInvite).err, "");
     EXPECT_EQ(kxsip("check " + sample("invite.sip") + " " + sample("call.sip").insert(0, "x")).exit, 3);
     EXPECT_EQ(kxsip("check").exit, 64);
 }
@@ -104,7 +114,8 @@ TEST(DeriveTest, PrintsTheMessage) {
         {"ack", kInvite, 2, "", "-, message 0: KxException: An ACK is made from a response"},
         {"bye", kOptions, 2, "", "-, message 0: KxException: A BYE is made from an INVITE or a response"},
         {"cancel", kOk, 2, "", "-, message 0: KxException: A CANCEL is made from a request"},
-        {"prack --number 1", kOk + kInvite, 2, "", "-, message 1: KxException: A PRACK is made from a response"},
+        {"prack --number 1", kOk + kInvite, 2, "",
+         "-, message 1, line 10: KxException: A PRACK is made from a response"},
         {"bye --number 2", kInvite + kOk, 3, "", "- has no message 2"},
         {"bye /absent", "", 3, "", "cannot read /absent: No such file or directory"},
     };
@@ -131,7 +142,7 @@ TEST(ShowLogTest, PrintsTheLogForm) {
     std::string expected = text + "Content-Type: a/b\r\nContent-Length: 5\r\n\r\n";
     expected.erase(std::remove(expected.begin(), expected.end(), '\r'), expected.end());
     EXPECT_EQ(run.out, "RECEIVED SIP MESSAGE (REQUEST) via UDP from :0 :\n" + expected + "a\rb\n\n");
-    EXPECT_EQ(run.err, "kxsip: -, message 1: KxException: missing CSeq header\n");
+    EXPECT_EQ(run.err, "kxsip: -, message 1, line 11: KxException: missing CSeq header\n");
     EXPECT_EQ(run.exit, 2);
     EXPECT_EQ(kxsip("show --log --json").exit, 64);
 }

@@ -1,10 +1,14 @@
 #include "tools/kxsip/CheckCommand.h"
 
+#include "tools/kxsip/FaultyLine.h"
+#include "tools/kxsip/MessageFilter.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
+#include "tools/kxsip/Progress.h"
 
 #include <CLI/CLI.hpp>
 
+#include <array>
 #include <iostream>
 #include <memory>
 
@@ -14,48 +18,103 @@ constexpr const char* kFooter =
     R"(Each line has four columns with tabs between them: the file, the message's number in it (0 for the first), the verdict
 and why. The verdicts:
   valid       nothing is wrong; why is empty
-  incomplete  a header line was dropped
+  incomplete  a header line was dropped; why tells its line in the message and what is wrong with it
   unusable    the message was kept, but can't be used
   refused     the message was not kept
+At the end standard error tells how many there were of each; it shows progress where it is a terminal.
 
-Example:
-  kxsip check samples/*.sip samples/broken/*.sip | grep refused)";
+Examples:
+  kxsip check samples/*.sip samples/broken/*.sip | grep refused
+  kxsip check --quiet --method INVITE samples/captures/call_udp.pcap)";
+
+enum Kind { Valid, Incomplete, Unusable, Refused };
+constexpr std::array<const char*, 4> kNames = {"valid", "incomplete", "unusable", "refused"};
 
 struct Verdict {
-    const char* name;
+    Kind kind;
     std::string why;
 };
 
+struct Options {
+    std::vector<std::string> files;
+    MessageFilter filter;
+    bool quiet = false;
+};
+
+std::string whyIncomplete(const ReadMessage& read) {
+    const std::string why = "a header line could not be read";
+    const std::optional<FaultyLine> fault = FaultyLine::sFind(read.text);
+    return fault ? why + ": line " + std::to_string(fault->line) + ", \"" + fault->text + "\": " + fault->why : why;
+}
+
 Verdict judge(const ReadMessage& read) {
     if (read.isRefused()) {
-        return {"refused", printable(read.error->getExceptionMessage())};
+        return {Refused, printable(read.error->getExceptionMessage())};
     }
     if (read.message->isValid()) {
-        return {"valid", ""};
+        return {Valid, ""};
     }
     switch (read.message->getStatus()) {
     case KX_STATUS_INCOMPLETE:
-        return {"incomplete", "a header line could not be read"};
+        return {Incomplete, whyIncomplete(read)};
     case KX_STATUS_VALID:
-        return {"unusable", "the CSeq method is not spelled as the request's"};
+        return {Unusable, "the CSeq method is not spelled as the request's"};
     default:
-        return {"unusable", "the Accept header does not list the body's type"};
+        return {Unusable, "the Accept header does not list the body's type"};
     }
 }
 
-void print(const ReadMessage& read) {
-    const Verdict verdict = judge(read);
-    std::cout << printable(read.file) << '\t' << read.index << '\t' << verdict.name << '\t' << verdict.why << '\n';
+/** How many messages there were of each kind. */
+class Tally {
+public:
+    void add(Kind kind) { ++m_counts.at(kind); }
+
+    void print(std::ostream& out) const {
+        std::size_t total = 0;
+        std::string parts;
+        for (std::size_t i = 0; i < m_counts.size(); ++i) {
+            total += m_counts.at(i);
+            if (m_counts.at(i) > 0) {
+                parts += (parts.empty() ? ": " : ", ") + std::to_string(m_counts.at(i)) + " " + kNames.at(i);
+            }
+        }
+        out << total << (total == 1 ? " message" : " messages") << parts << '\n';
+    }
+
+private:
+    std::array<std::size_t, 4> m_counts{};
+};
+
+Outcome check(const Options& options) {
+    Tally tally;
+    std::unique_ptr<Progress> progress = options.quiet ? nullptr : std::make_unique<Progress>();
+    const Outcome worst =
+        forEachMessage({options.files, &options.filter, progress.get()}, [&](const ReadMessage& read) {
+            const Verdict verdict = judge(read);
+            tally.add(verdict.kind);
+            if (progress != nullptr) {
+                progress->makeRoom();
+            }
+            std::cout << printable(read.file) << '\t' << read.index << '\t' << kNames.at(verdict.kind) << '\t'
+                      << verdict.why << '\n';
+        });
+    if (!options.quiet) {
+        std::cout.flush();
+        tally.print(std::cerr);
+    }
+    return worst;
 }
 
 } // namespace
 
 void addCheckCommand(CLI::App& app, Outcome& outcome) {
-    const auto files = std::make_shared<std::vector<std::string>>();
+    const auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand("check", "Say of each message whether it is valid, a line a message");
-    command->add_option("FILE", *files, "Files of one or more messages; \"-\" is standard input")
+    command->add_option("FILE", options->files, "Files of messages, or captures; \"-\" is standard input")
         ->type_name("")
         ->required();
-    command->footer(kFooter);
-    command->callback([files, &outcome] { outcome = forEachMessage(*files, print); });
+    command->add_flag("-q,--quiet", options->quiet, "No progress and no count at the end");
+    options->filter.addOptions(*command);
+    command->footer(std::string(MessageFilter::sHelp) + "\n\n" + kFooter);
+    command->callback([options, &outcome] { outcome = check(*options); });
 }

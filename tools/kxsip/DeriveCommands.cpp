@@ -9,6 +9,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
+#include "tools/kxsip/capture/CaptureFile.h"
 
 #include <CLI/CLI.hpp>
 
@@ -21,9 +22,8 @@ namespace {
 constexpr const char* kFooter =
     R"(Nothing is printed where the message can't be made; standard error says why, and the exit code is 2.
 
-Examples:
-  kxsip response 486 samples/invite.sip
-  kxsip ack --number 3 samples/call.sip)";
+Example:
+  kxsip )";
 
 using Message = KxHandle<KxSipMessage>;
 
@@ -37,6 +37,7 @@ struct Options {
 struct Derivation {
     const char* name;
     const char* description;
+    const char* example; ///< Behind the program's name.
     /** Throws a KxException where it can't be done. */
     Message (*make)(const Message& parent, const Options& options);
 };
@@ -77,12 +78,15 @@ Message prackOf(const Message& parent, const Options&) {
     return KxMake<KxSipPrackMessage>(response, nullptr, nullptr, 0U);
 }
 
-constexpr Derivation kResponse = {"response", "Print the response to a request", responseTo};
+constexpr Derivation kResponse = {"response", "Print the response to a request", "response 486 samples/invite.sip",
+                                  responseTo};
 constexpr Derivation kOthers[] = {
-    {"ack", "Print the ACK for a final response to an INVITE", ackOf},
-    {"bye", "Print the BYE that ends the call of an INVITE that was received, or of a response", byeOf},
-    {"cancel", "Print the CANCEL of a request", cancelOf},
-    {"prack", "Print the PRACK for a provisional response to an INVITE, without its RAck", prackOf},
+    {"ack", "Print the ACK for a final response to an INVITE", "ack --number 3 samples/call.sip", ackOf},
+    {"bye", "Print the BYE that ends the call of an INVITE that was received, or of a response",
+     "bye --number 3 samples/call.sip", byeOf},
+    {"cancel", "Print the CANCEL of a request", "cancel samples/invite.sip", cancelOf},
+    {"prack", "Print the PRACK for a provisional response to an INVITE, without its RAck",
+     "prack --number 2 samples/call.sip", prackOf},
 };
 
 Outcome derive(const ReadMessage& parent, const Derivation& derivation, const Options& options) {
@@ -108,6 +112,8 @@ Outcome run(const Derivation& derivation, const Options& options) {
         std::cerr << "kxsip: " << printable(options.file) << " has no message " << options.number << '\n';
     } catch (const std::system_error& error) {
         complainOfFile(options.file, error);
+    } catch (const CaptureError& error) {
+        std::cerr << "kxsip: " << error.what() << '\n';
     }
     return Outcome::Failed;
 }
@@ -123,7 +129,7 @@ void addCommand(CLI::App& app, const Derivation& derivation, Outcome& outcome) {
     command->add_option("--number", options->number, "Which message of the file, 0 for the first")
         ->type_name("N")
         ->check(CLI::NonNegativeNumber);
-    command->footer(kFooter);
+    command->footer(std::string(kFooter) + derivation.example);
     command->callback([&derivation, options, &outcome] { outcome = run(derivation, *options); });
 }
 

@@ -201,6 +201,7 @@ CLI::App* addCommand(CLI::App& group, const char* name, const char* description,
 void addDigestCommands(CLI::App& app, Outcome& outcome) {
     CLI::App* const group = app.add_subcommand("digest", "Answer a challenge, or verify the answer");
     group->require_subcommand(1);
+    group->footer("Example:\n  kxsip digest answer --help");
 
     const auto options = std::make_shared<Options>();
     CLI::App* const answering =

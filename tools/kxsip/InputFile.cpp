@@ -1,5 +1,7 @@
 #include "tools/kxsip/InputFile.h"
 
+#include "tools/kxsip/Printable.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -42,5 +44,5 @@ InputFile InputFile::sRead(const std::string& name) {
 }
 
 void complainOfFile(const std::string& name, const std::system_error& why) {
-    std::cerr << "kxsip: cannot read " << name << ": " << why.code().message() << '\n';
+    std::cerr << "kxsip: cannot read " << printable(name) << ": " << why.code().message() << '\n';
 }

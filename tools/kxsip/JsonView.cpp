@@ -25,7 +25,22 @@ Json blank(const ReadMessage& read) {
     json["headers"] = Json::array();
     json["body_bytes"] = 0;
     json["unread_bytes"] = read.unread;
+    json["line"] = read.line == 0 ? Json() : Json(read.line);
+    for (const char* key : {"time", "transport", "source", "destination"}) {
+        json[key] = nullptr;
+    }
     return json;
+}
+
+Json end(const Endpoint& endpoint) {
+    return {{"address", endpoint.address}, {"port", endpoint.port}};
+}
+
+void addOrigin(Json& json, const Origin& origin) {
+    json["time"] = utcText(origin.time);
+    json["transport"] = origin.transport;
+    json["source"] = end(origin.source);
+    json["destination"] = end(origin.destination);
 }
 
 void addRequestLine(Json& json, const KxSipRequest& request) {
@@ -71,6 +86,9 @@ void addMessage(Json& json, const KxSipMessage& message) {
 
 void JsonView::show(const ReadMessage& read) {
     Json json = blank(read);
+    if (read.origin) {
+        addOrigin(json, *read.origin);
+    }
     if (read.isRefused()) {
         json["error"] = {{"class", classNameOf(*read.error)}, {"text", read.error->getExceptionMessage().view()}};
     } else {

@@ -39,6 +39,6 @@ void addKeyCommand(CLI::App& app, Outcome& outcome) {
         ->type_name("");
     command->footer(kFooter);
     command->callback([files, &outcome] {
-        outcome = forEachMessage(*files, [](const ReadMessage& read) { std::cout << keyOf(read) << '\n'; });
+        outcome = forEachMessage({*files}, [](const ReadMessage& read) { std::cout << keyOf(read) << '\n'; });
     });
 }

@@ -1,9 +1,13 @@
 #include "tools/kxsip/MessageReader.h"
 
+#include "tools/kxsip/MessageFilter.h"
+#include "tools/kxsip/Printable.h"
+#include "tools/kxsip/Progress.h"
 #include "tools/kxsip/StartLine.h"
-#include "util/KxByteArrayInputStream.h"
+#include "tools/kxsip/capture/CaptureFile.h"
 
 #include <algorithm>
+#include <iostream>
 
 namespace {
 
@@ -25,19 +29,36 @@ std::size_t findStartLine(std::string_view bytes, std::size_t position) {
     return position;
 }
 
-Outcome takeFile(const InputFile& file, const std::function<void(const ReadMessage&)>& take) {
+using Take = std::function<void(const ReadMessage&)>;
+
+Outcome takeMessage(const ReadMessage& message, const Take& take) {
+    try {
+        take(message);
+    } catch (const KxHandle<KxException>& why) {
+        message.complain(*why);
+        return Outcome::Refused;
+    }
+    return message.outcome();
+}
+
+Outcome takeFile(const InputFile& file, const Reading& reading, const Take& take) {
     Outcome worst = Outcome::Valid;
-    MessageReader reader(file);
-    while (const std::optional<ReadMessage> message = reader.next()) {
-        worst = worse(worst, message->outcome());
-        try {
-            take(*message);
-        } catch (const KxHandle<KxException>& why) {
-            message->complain(*why);
-            worst = worse(worst, Outcome::Refused);
+    const std::unique_ptr<MessageSource> source = MessageSource::sOpen(file);
+    while (const std::optional<ReadMessage> message = source->next()) {
+        if (reading.progress != nullptr) {
+            reading.progress->show(file.name, source->position(), file.bytes.size());
+        }
+        if (reading.filter == nullptr || reading.filter->accepts(*message)) {
+            worst = worse(worst, takeMessage(*message, take));
         }
     }
-    return worst;
+    if (reading.progress != nullptr) {
+        reading.progress->wipe();
+    }
+    for (const std::string& note : source->notes()) {
+        std::cerr << "kxsip: " << printable(file.name) << ": " << note << '\n';
+    }
+    return worse(worst, source->outcome());
 }
 
 } // namespace
@@ -52,39 +73,48 @@ std::optional<ReadMessage> MessageReader::next() {
     return readHere();
 }
 
+/** Line ends are counted once, however many messages there are. */
+std::size_t MessageReader::lineHere() {
+    const std::string_view passed = m_bytes.substr(m_lineCounted, m_position - m_lineCounted);
+    m_line += static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'));
+    m_lineCounted = m_position;
+    return m_line;
+}
+
 ReadMessage MessageReader::readHere() {
     ReadMessage read;
     read.file = m_name;
     read.index = m_index++;
-    KxByteArrayInputStream in(m_bytes.substr(m_position));
-    try {
-        read.message = KxSipMessage::sConstructFrom(in);
-        m_position = m_bytes.size() - in.available();
-    } catch (const KxHandle<KxException>& error) {
-        read.error = error;
-        const std::size_t stopped = m_bytes.size() - in.available();
-        m_position = findStartLine(m_bytes, std::max(stopped, behindLine(m_bytes, m_position)));
+    read.line = lineHere();
+    const std::size_t begin = m_position;
+    m_position += read.parse(m_bytes.substr(begin));
+    if (read.isRefused()) {
+        m_position = findStartLine(m_bytes, std::max(m_position, behindLine(m_bytes, begin)));
     }
+    read.text = m_bytes.substr(begin, m_position - begin);
     read.unread = m_bytes.size() - m_position;
     return read;
 }
 
 std::optional<ReadMessage> readMessage(const InputFile& file, std::size_t number) {
-    MessageReader reader(file);
-    std::optional<ReadMessage> read = reader.next();
+    const std::unique_ptr<MessageSource> source = MessageSource::sOpen(file);
+    std::optional<ReadMessage> read = source->next();
     while (read && read->index < number) {
-        read = reader.next();
+        read = source->next();
     }
     return read;
 }
 
-Outcome forEachMessage(const std::vector<std::string>& files, const std::function<void(const ReadMessage&)>& take) {
+Outcome forEachMessage(const Reading& reading, const Take& take) {
     Outcome worst = Outcome::Valid;
-    for (const std::string& name : files.empty() ? std::vector<std::string>{"-"} : files) {
+    for (const std::string& name : reading.files.empty() ? std::vector<std::string>{"-"} : reading.files) {
         try {
-            worst = worse(worst, takeFile(InputFile::sRead(name), take));
+            worst = worse(worst, takeFile(InputFile::sRead(name), reading, take));
         } catch (const std::system_error& error) {
             complainOfFile(name, error);
+            worst = Outcome::Failed;
+        } catch (const CaptureError& error) {
+            std::cerr << "kxsip: " << error.what() << '\n';
             worst = Outcome::Failed;
         }
     }

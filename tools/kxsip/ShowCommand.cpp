@@ -2,6 +2,7 @@
 
 #include "tools/kxsip/JsonView.h"
 #include "tools/kxsip/LogView.h"
+#include "tools/kxsip/MessageFilter.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/TextView.h"
 #include "tools/kxsip/WireView.h"
@@ -13,7 +14,11 @@
 
 namespace {
 
-constexpr const char* kFooter = R"(Several messages in one file:
+constexpr const char* kFooter = R"(Captures (pcap, pcapng):
+  SIP is found on any port, in UDP and TCP, IPv4 and IPv6; fragments and segments are put together. Each message comes
+  with its time (UTC) and addresses.
+
+Several messages in one file:
   Line ends in front of a message are skipped; in a file that holds nothing else they are a keep-alive, which is
   reported. Behind a message and its body the next one begins at once; without a Content-Length the rest of the file
   is the body. Behind a message that was refused the next one begins at the first line that looks like a start line
@@ -23,10 +28,14 @@ constexpr const char* kFooter = R"(Several messages in one file:
 JSON:
   file, index (0 for the first message of the file), kind ("request", "response" or null), method, uri, code, reason,
   version, status (null when the message was refused), valid, key (of the transaction; null where there is none),
-  error (null, or class and text of the exception), headers (in written order, one object a value: id, name, class, value), body_bytes, unread_bytes (those of the file
-  behind this message). What is not UTF-8 becomes U+FFFD.
+  error (null, or class and text of the exception), headers (in written order, one
+  object a value: id, name, class, value), body_bytes, unread_bytes (those of the file behind this message; in a
+  capture, of the datagram), line (of the file, where the message begins; null in a capture), and null but in a capture:
+  time ("2026-11-21T13:22:21.935691Z"), transport ("UDP" or "TCP"), source and destination (objects of address and
+  port). What is not UTF-8 becomes U+FFFD.
 
-Example:
+Examples:
+  kxsip show --status 4xx,5xx samples/captures/call_udp.pcap
   kxsip show --json samples/call.sip | jq -r '.method // .code')";
 
 struct Options {
@@ -34,6 +43,8 @@ struct Options {
     bool wire = false;
     bool json = false;
     bool log = false;
+    ColourMode colour = ColourMode::Auto;
+    MessageFilter filter;
 };
 
 std::unique_ptr<MessageView> makeView(const Options& options) {
@@ -46,12 +57,12 @@ std::unique_ptr<MessageView> makeView(const Options& options) {
     if (options.log) {
         return std::make_unique<LogView>(std::cout);
     }
-    return std::make_unique<TextView>(std::cout);
+    return std::make_unique<TextView>(std::cout, Colour(options.colour));
 }
 
 Outcome show(const Options& options) {
     const std::unique_ptr<MessageView> view = makeView(options);
-    return forEachMessage(options.files, [&view](const ReadMessage& read) { view->show(read); });
+    return forEachMessage({options.files, &options.filter}, [&view](const ReadMessage& read) { view->show(read); });
 }
 
 } // namespace
@@ -59,7 +70,7 @@ Outcome show(const Options& options) {
 void addShowCommand(CLI::App& app, Outcome& outcome) {
     const auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand("show", "Read messages and print what the library makes of them");
-    command->add_option("FILE", options->files, "Files of one or more messages; \"-\" or none is standard input")
+    command->add_option("FILE", options->files, "Files of messages, or captures; \"-\" or none is standard input")
         ->type_name("");
     CLI::Option* const wire = command->add_flag("--wire", options->wire, "Print the bytes that are written again");
     CLI::Option* const json =
@@ -68,6 +79,8 @@ void addShowCommand(CLI::App& app, Outcome& outcome) {
     command->add_flag("--log", options->log, "Print what a host's log shows of the message")
         ->excludes(wire)
         ->excludes(json);
-    command->footer(kFooter);
+    addColourOption(*command, options->colour);
+    options->filter.addOptions(*command);
+    command->footer(std::string(MessageFilter::sHelp) + "\n\n" + kFooter);
     command->callback([options, &outcome] { outcome = show(*options); });
 }

@@ -2,11 +2,11 @@
 
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
+#include "tools/kxsip/FaultyLine.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
 
 #include <algorithm>
-#include <iomanip>
 
 namespace {
 
@@ -20,45 +20,74 @@ std::size_t widthOf(const std::vector<HeaderValue>& headers, std::string HeaderV
     return std::min(width, kWidestColumn);
 }
 
+/** Columns count what is seen, so blanks are added in front of colours. */
+std::string padded(std::string_view text, std::size_t width) {
+    return std::string(text).append(width - std::min(width, text.size()), ' ');
+}
+
 } // namespace
 
 void TextView::show(const ReadMessage& read) {
-    m_out << (m_first ? "" : "\n") << printable(read.file) << ", message " << read.index << '\n';
+    m_out << (m_first ? "" : "\n") << m_colour(Ink::Place, read.place()) << '\n';
     m_first = false;
+    if (read.origin) {
+        showOrigin(*read.origin);
+    }
     if (read.isRefused()) {
-        m_out << "  verdict   refused, " << classNameOf(*read.error) << ": "
+        m_out << "  verdict   " << m_colour(Ink::Failure, "refused") << ", " << classNameOf(*read.error) << ": "
               << printable(read.error->getExceptionMessage()) << '\n';
         return;
     }
     showStartLine(*read.message);
-    showVerdict(*read.message);
+    showVerdict(read);
     showHeaders(HeaderValue::sAllOf(*read.message));
     m_out << "  body      " << read.message->getStoredBodyLength() << " bytes\n";
+}
+
+void TextView::showOrigin(const Origin& origin) {
+    m_out << "  captured  " << utcText(origin.time) << "  " << origin.transport << "  " << origin.source.text() << " > "
+          << origin.destination.text() << '\n';
 }
 
 void TextView::showStartLine(const KxSipMessage& message) {
     if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
         const std::string uri = request->getURI().isNil() ? "" : serialized(*request->getURI());
-        m_out << "  request   " << printable(request->getMethod()) << ' ' << printable(uri) << '\n';
+        m_out << "  request   " << m_colour(Ink::Request, printable(request->getMethod())) << ' '
+              << m_colour(Ink::Uri, printable(uri)) << '\n';
     } else if (const auto* const response = dynamic_cast<const KxSipResponse*>(&message)) {
-        m_out << "  response  " << response->getStatusCode() << ' ' << printable(response->getReasonPhrase()) << '\n';
+        const auto code = static_cast<int>(response->getStatusCode());
+        const std::string text = std::to_string(code) + " " + printable(response->getReasonPhrase());
+        m_out << "  response  " << m_colour(Colour::sInkOf(code), text) << '\n';
     }
 }
 
-void TextView::showVerdict(const KxSipMessage& message) {
-    m_out << "  verdict   " << (message.isValid() ? "valid" : "not valid") << ", status " << message.getStatus()
-          << (message.getStatus() == KX_STATUS_INCOMPLETE ? " (a header line was dropped)" : "") << '\n';
+void TextView::showVerdict(const ReadMessage& read) {
+    const KxSipMessage& message = *read.message;
+    m_out << "  verdict   "
+          << m_colour(message.isValid() ? Ink::Success : Ink::Failure, message.isValid() ? "valid" : "not valid")
+          << ", status " << message.getStatus();
+    if (message.getStatus() == KX_STATUS_INCOMPLETE) {
+        m_out << " (a header line was dropped)";
+        if (const std::optional<FaultyLine> fault = FaultyLine::sFind(read.text)) {
+            m_out << "\n  dropped   line " << fault->line << ", \"" << m_colour(Ink::Failure, fault->text)
+                  << "\": " << fault->why;
+        }
+    }
+    m_out << '\n';
 }
 
 void TextView::showHeaders(const std::vector<HeaderValue>& headers) {
-    const auto nameWidth = static_cast<int>(widthOf(headers, &HeaderValue::name));
-    const auto classWidth = static_cast<int>(widthOf(headers, &HeaderValue::className));
+    const std::size_t nameWidth = widthOf(headers, &HeaderValue::name);
+    const std::size_t classWidth = widthOf(headers, &HeaderValue::className);
     const HeaderValue* previous = nullptr;
-    m_out << "  headers\n" << std::left;
+    m_out << "  headers\n";
     for (const HeaderValue& header : headers) {
         const bool further = previous != nullptr && previous->id == header.id && previous->name == header.name;
-        m_out << "    " << std::setw(nameWidth) << (further ? "" : printable(header.name)) << "  "
-              << std::setw(classWidth) << (further ? "" : header.className) << "  " << printable(header.value) << '\n';
+        const std::string name = further ? "" : printable(header.name);
+        const std::string className = further ? "" : header.className;
+        m_out << "    " << m_colour(Ink::Name, padded(name, nameWidth)) << "  "
+              << m_colour(Ink::Class, padded(className, classWidth)) << "  " << m_colour.value(printable(header.value))
+              << '\n';
         previous = &header;
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/kxsip/Colour.h"
 #include "tools/kxsip/HeaderValue.h"
 #include "tools/kxsip/MessageView.h"
 
@@ -7,14 +8,16 @@
     characters are written as \xNN, so that a message can't steer the terminal. */
 class TextView final : public MessageView {
 public:
-    explicit TextView(std::ostream& out) : MessageView(out) {}
+    TextView(std::ostream& out, Colour colour) : MessageView(out), m_colour(colour) {}
 
     void show(const ReadMessage& read) override;
 
 private:
+    void showOrigin(const Origin& origin);
     void showStartLine(const KxSipMessage& message);
-    void showVerdict(const KxSipMessage& message);
+    void showVerdict(const ReadMessage& read);
     void showHeaders(const std::vector<HeaderValue>& headers);
 
+    Colour m_colour;
     bool m_first = true;
 };

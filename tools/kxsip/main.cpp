@@ -1,6 +1,7 @@
 #include "tools/kxsip/CheckCommand.h"
 #include "tools/kxsip/DeriveCommands.h"
 #include "tools/kxsip/DigestCommands.h"
+#include "tools/kxsip/FlowCommand.h"
 #include "tools/kxsip/KeyCommand.h"
 #include "tools/kxsip/ShowCommand.h"
 
@@ -40,6 +41,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     addShowCommand(app, outcome);
     addCheckCommand(app, outcome);
+    addFlowCommand(app, outcome);
     addKeyCommand(app, outcome);
     addDeriveCommands(app, outcome);
     addDigestCommands(app, outcome);

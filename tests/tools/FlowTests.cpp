@@ -1,0 +1,162 @@
+#include "tests/tools/CaptureFile.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t number = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
+        ++number;
+    }
+    return number;
+}
+
+/** Whether every element of XML that is opened is closed, in order; a document type is passed over. */
+testing::AssertionResult isBalanced(const std::string& text) {
+    std::vector<std::string> open;
+    for (std::size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at + 1)) {
+        const std::size_t end = text.find('>', at);
+        if (text[at + 1] == '!' || text.compare(at, 5, "<meta") == 0 || text[end - 1] == '/') {
+            continue;
+        }
+        const std::string name = text.substr(at + 1, text.find_first_of(" >", at) - at - 1);
+        if (name[0] != '/') {
+            open.push_back(name);
+        } else if (open.empty() || "/" + open.back() != name) {
+            return testing::AssertionFailure() << name << " at " << at;
+        } else {
+            open.pop_back();
+        }
+    }
+    return open.empty() ? testing::AssertionSuccess() : testing::AssertionFailure() << open.back();
+}
+
+/** The picture of a capture. */
+std::string drawn(const std::string& capture, const std::string& name) {
+    const Scratch scratch;
+    const ToolRun run = kxsip("flow -o " + scratch.path(name) + " -", capture);
+    EXPECT_EQ(run.out, "");
+    return scratch.read(name);
+}
+
+} // namespace
+
+TEST(FlowTest, LadderOfText) {
+    const std::string file = sample("captures/call_udp.pcap");
+    const std::string busy = R"(INVITE sip:sipp@127.0.0.1:5061 > sip:service@127.0.0.1:5060  486 Busy Here
+Call-ID 1-5101@127.0.0.1, 5 messages in 0.711 s from 2026-11-21 13:22:25.307 UTC
+
+             127.0.0.1:5061                 127.0.0.1:5060
+     6      0.000   |------- INVITE (SDP) -------->|
+     7      0.503   |-- INVITE (SDP, repeats 6) -->|
+     8      0.707   |<-------- 100 Trying ---------|
+     9      0.708   |<------- 486 Busy Here -------|
+    10      0.711   |------------ ACK ------------>|
+)";
+    setenv("LC_ALL", "C", 1);
+    EXPECT_EQ(kxsip("flow --status 486 " + file).out, busy);
+    const std::string whole = kxsip("flow " + file).out;
+    EXPECT_TRUE(whole.ends_with("\n\n" + busy)) << whole;
+    setenv("LC_ALL", "C.UTF-8", 1);
+    EXPECT_THAT(kxsip("flow " + file).out, HasSubstr("\u2502\u25C0\u2500"));
+    unsetenv("LC_ALL");
+}
+
+TEST(FlowTest, ColumnsAreHosts) {
+    const std::string tag = "CSeq: 1 BYE\r\n";
+    const std::string bye = sipMessage("BYE sip:c@d SIP/2.0", tag);
+    const std::string refused =
+        "SIP/2.0 500 " + std::string(100, 'x') + "\r\nCall-ID: x@y\r\nCSeq: 1 BYE\r\nl: 5\r\n\r\n";
+    CaptureBytes capture;
+    capture.add(datagram(bye, "192.0.2.1", "192.0.2.2")).add(datagram(bye, "192.0.2.2", "192.0.2.3"));
+    capture.add(datagram(refused, "192.0.2.3", "192.0.2.1")).add(datagram(bye, "192.0.2.1", "192.0.2.2"));
+    Tins::IP self = Tins::IP("192.0.2.2", "192.0.2.2") / Tins::UDP(7, 7) / Tins::RawPDU(bye);
+    capture.add(CaptureBytes::bytesOf(self));
+    setenv("LC_ALL", "C", 1);
+    const ToolRun run = kxsip("flow -", capture.bytes());
+    unsetenv("LC_ALL");
+    EXPECT_EQ(run.exit, 2);
+    std::vector<std::string> lines;
+    std::istringstream text(run.out);
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line);
+    }
+    ASSERT_EQ(lines.size(), 10U) << run.out;
+    EXPECT_THAT(lines[0], HasSubstr("500 xxx"));
+    EXPECT_THAT(lines[3],
+                testing::MatchesRegex(" *192.0.2.1 +192.0.2.2:5060 +192.0.2.2:40000 +192.0.2.3 +192.0.2.2:7"));
+    EXPECT_THAT(lines[5], testing::MatchesRegex(" +0 +0.000   \\|-+ BYE -+>\\| +\\| +\\| +\\|"));
+    EXPECT_THAT(lines[6], testing::MatchesRegex(" +1 +0.001   \\| +\\| +\\|-+ BYE -+>\\| +\\|"));
+    EXPECT_THAT(lines[7], testing::MatchesRegex(" +2 +0.002   \\|<-+ 500 x+.* -+\\| +\\|"));
+    EXPECT_THAT(lines[8], HasSubstr("- BYE (repeats 0) -"));
+    EXPECT_THAT(lines[9], testing::EndsWith("| @ BYE"));
+}
+
+TEST(FlowTest, ResultIsTheFirstSuccessOrTheLastFailure) {
+    struct Row {
+        std::vector<const char*> codes;
+        const char* result;
+    };
+    const Row rows[] = {
+        {{"100", "401", "200", "481"}, "200 x"}, {{"401", "486", "180"}, "486 x"}, {{"180"}, "no final response"}};
+    for (const Row& row : rows) {
+        CaptureBytes capture;
+        capture.add(datagram(sipMessage("INVITE sip:c@d SIP/2.0", "CSeq: 1 INVITE\r\n")));
+        for (const char* const code : row.codes) {
+            capture.add(datagram(sipMessage(std::string("SIP/2.0 ") + code + " x", "CSeq: 1 INVITE\r\n")));
+        }
+        capture.add(datagram(sipMessage("SIP/2.0 200 y", "CSeq: 2 BYE\r\n")));
+        EXPECT_THAT(kxsip("flow -", capture.bytes()).out,
+                    testing::StartsWith(std::string("INVITE sip:a@b > sip:c@d  ") + row.result + "\n"));
+    }
+}
+
+TEST(FlowTest, PicturesHoldWhateverTheMessageHolds) {
+    const std::string evil =
+        "</title></svg><script>alert('1')</script>&amp;\"]]>\x01\x1B\xFF\xC3\xA9\xED\xA0\x80\xC0\xAF";
+    const std::string call = "Call-ID: <b>" + std::string("&\x02") + "\r\n";
+    CaptureBytes capture;
+    for (int i = 0; i < 70; ++i) {
+        capture.add(datagram(sipMessage("OPTIONS sip:a@b SIP/2.0", "CSeq: 1 OPTIONS\r\nX-A: " + evil + "\r\n" + call)));
+        capture.add(
+            datagram(sipMessage("SIP/2.0 500 " + evil, "CSeq: 1 OPTIONS\r\n" + call), "192.0.2.2", "192.0.2.1"));
+    }
+    for (const char* name : {"a.svg", "a.html"}) {
+        SCOPED_TRACE(name);
+        const std::string picture = drawn(capture.bytes(), name);
+        EXPECT_TRUE(isBalanced(picture));
+        EXPECT_THAT(picture, Not(HasSubstr("<script")));
+        EXPECT_THAT(
+            picture,
+            HasSubstr("&lt;script&gt;alert(&#39;1&#39;)&lt;/script&gt;&amp;amp;&quot;]]&gt;\\x01\\x1B\\xFF\xC3\xA9"
+                      "\\xED\\xA0\\x80\\xC0\\xAF"));
+        EXPECT_TRUE(std::all_of(picture.begin(), picture.end(),
+                                [](char c) { return static_cast<unsigned char>(c) >= 0x20 || c == '\n'; }));
+        EXPECT_EQ(count(picture, "<polygon"), 140U + 5U); // those of the legend
+        EXPECT_EQ(count(picture, "class=\"step req again\""), 69U);
+        EXPECT_EQ(count(picture, "class=\"step bad\""), 1U);
+    }
+    EXPECT_EQ(count(drawn(capture.bytes(), "a.svg"), ">192.0.2.1<"), 5U) << "names stand again every thirty messages";
+    EXPECT_EQ(count(drawn(capture.bytes(), "a.html"), "<details"), 140U);
+}
+
+TEST(FlowTest, SaysWhatItCannotDraw) {
+    const Scratch scratch;
+    const std::string file = sample("captures/call_udp.pcap");
+    EXPECT_EQ(kxsip("flow -o ladder.png " + file).exit, 64);
+    const ToolRun unwritable = kxsip("flow -o " + scratch.path("none/a.svg") + " " + file);
+    EXPECT_EQ(unwritable.exit, 3);
+    EXPECT_THAT(unwritable.err, HasSubstr("none/a.svg: No such file or directory"));
+    const ToolRun text = kxsip("flow " + sample("call.sip"));
+    EXPECT_EQ(text.exit, 3);
+    EXPECT_THAT(text.err, HasSubstr("call.sip is no capture"));
+    const ToolRun nothing = kxsip("flow --method REFER -o " + scratch.path("a.svg") + " " + file);
+    EXPECT_EQ(nothing.err, "kxsip: no call to draw\n");
+    EXPECT_FALSE(std::filesystem::exists(scratch.path("a.svg")));
+}

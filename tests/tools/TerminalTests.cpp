@@ -1,0 +1,63 @@
+#include "tests/tools/ToolRun.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+/** What the command writes to a terminal. */
+std::string onTerminal(const std::string& environment, const std::string& arguments) {
+    const Scratch scratch;
+    const std::string command = environment + " " + std::getenv("KXSIP") + " " + arguments;
+    const std::string script = "script -qec '" + command + "' /dev/null </dev/null >" + scratch.path("out");
+    EXPECT_GE(std::system(script.c_str()), 0);
+    return scratch.read("out");
+}
+
+} // namespace
+
+TEST(TerminalTest, ColoursOnlyWhereTheyAreWelcome) {
+    struct Row {
+        const char* environment;
+        const char* option;
+        bool isTerminal;
+        bool isColoured;
+    };
+    const Row rows[] = {
+        {"env -u NO_COLOR TERM=xterm", "", true, true},
+        {"env -u NO_COLOR TERM=xterm", " --color never", true, false},
+        {"env NO_COLOR= TERM=xterm", "", true, true},
+        {"env NO_COLOR=1 TERM=xterm", "", true, false},
+        {"env NO_COLOR=1 TERM=xterm", " --color=always", true, true},
+        {"env -u NO_COLOR TERM=dumb", "", true, false},
+        {"", "", false, false},
+        {"", " --color always", false, true},
+    };
+    for (const Row& row : rows) {
+        const std::string arguments = "show " + sample("invite.sip") + row.option;
+        const std::string out = row.isTerminal ? onTerminal(row.environment, arguments) : kxsip(arguments).out;
+        EXPECT_THAT(out, HasSubstr("INVITE")) << row.environment << row.option;
+        EXPECT_EQ(out.find('\x1B') != std::string::npos, row.isColoured) << row.environment << row.option;
+    }
+    EXPECT_EQ(kxsip("show --color sometimes").exit, 64);
+}
+
+TEST(TerminalTest, UrisStandOut) {
+    const std::string text =
+        "OPTIONS sip:c@d SIP/2.0\r\nVia: SIP/2.0/UDP h;branch=z9hG4bKa\r\nFrom: sip:a@b;tag=1\r\n"
+        "To: <sip:c@d;x=1>;y=2\r\nCall-ID: x@y\r\nCSeq: 1 OPTIONS\r\nX-A: gossip: no, tel:1\r\nl: 0\r\n\r\n";
+    const std::string out = kxsip("show --color always", text).out;
+    for (const char* uri : {"<\x1B[35msip:c@d;x=1\x1B[0m>;y=2", "gossip: no, \x1B[35mtel:1\x1B[0m"}) {
+        EXPECT_THAT(out, HasSubstr(uri));
+    }
+}
+
+TEST(TerminalTest, ProgressOfLongInputs) {
+    const std::string slow = "(sleep 0.6; cat " + sample("invite.sip") + ") |";
+    EXPECT_THAT(onTerminal(slow, "check - >/dev/null"),
+                testing::AllOf(HasSubstr("100% -"), HasSubstr("1 message: 1 valid")));
+    EXPECT_THAT(onTerminal(slow, "check -q - >/dev/null"), testing::IsEmpty());
+    EXPECT_THAT(onTerminal("", "check " + sample("invite.sip")), Not(HasSubstr("%")));
+}

@@ -1,0 +1,53 @@
+#!/usr/bin/env bash
+# What bash proposes behind a command line, and that every option it proposes is one.
+set -euo pipefail
+source tools/kxsip/completion/kxsip
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+# expect WORDS... = PROPOSALS: the last of the words is the one that is typed.
+expect() {
+    local words=() joined
+    while [ "$1" != = ]; do
+        words+=("$1")
+        shift
+    done
+    shift
+    COMP_WORDS=(kxsip "${words[@]}")
+    COMP_CWORD=${#words[@]}
+    _kxsip
+    joined="${COMPREPLY[*]}"
+    [ "$joined" = "$*" ] || fail "kxsip ${words[*]}: $joined, not $*"
+}
+
+expect c = check cancel
+expect show --me = --method
+expect flow --status 4 = 4xx
+expect check --method INF = INFO
+expect digest v = verify
+expect digest answer --qop auth- = auth-int
+expect show samples/in = samples/invite.sip
+expect flow --call-id x =
+
+for command in show check flow key response "digest answer" "digest verify"; do
+    help=$("$KXSIP" $command --help)
+    for option in $(_kxsip_options "${command##* }"); do
+        grep -q -e "$option\b" <<<"$help" || fail "kxsip $command has no $option"
+    done
+done
+
+# every command and every option of it stands in the manual, and every command's help ends with an example
+for command in $("$KXSIP" --help | sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p'); do
+    grep -q "^\.\(Cm\|It Cm\).*\b$command\b" tools/kxsip/kxsip.1 || fail "kxsip.1 does not tell of $command"
+    "$KXSIP" "$command" --help | tail -n 1 | grep -q "^  kxsip $command" || fail "kxsip $command --help has no example"
+done
+for option in $("$KXSIP" show --help; "$KXSIP" check --help; "$KXSIP" flow --help); do
+    option=${option%%,*}
+    case $option in
+        --help) ;;
+        --[a-z]*) grep -q -e "Fl .*-${option#--}" tools/kxsip/kxsip.1 || fail "kxsip.1 does not tell of $option" ;;
+    esac
+done

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "tools/kxsip/MessageSource.h"
+#include "tools/kxsip/capture/CaptureFile.h"
+#include "tools/kxsip/capture/Fragments.h"
+#include "tools/kxsip/capture/TcpStreams.h"
+
+#include <deque>
+
+/** Finds the messages of a capture, on whatever port. Of UDP a datagram is a message when its first line, behind line
+    ends, looks like a start line; TCP is cut by a StreamFramer. Packets that can't be read are counted and passed over. */
+class CaptureReader final : public MessageSource {
+public:
+    /** The file must outlive the reader. Throws CaptureError. */
+    explicit CaptureReader(const InputFile& file);
+
+    std::optional<ReadMessage> next() override;
+    std::size_t position() const override { return m_position; }
+    std::vector<std::string> notes() const override;
+    Outcome outcome() const override;
+
+private:
+    struct Found {
+        Origin origin;
+        std::string bytes;
+    };
+
+    void take(const Frame& frame);
+    void take(IpPacket packet, std::chrono::microseconds time);
+    void takeTransport(const Tins::PDU& transport, Origin origin);
+    void takeWhole(const std::string& datagram, std::uint8_t protocol, const Origin& origin);
+    ReadMessage parsed(const Found& found);
+
+    std::string_view m_name;
+    CaptureFile m_capture;
+    Fragments m_fragments;
+    TcpStreams m_streams;
+    std::deque<Found> m_found;
+    bool m_ended = false;
+    std::size_t m_position = 0;
+    std::size_t m_index = 0;
+    std::size_t m_packets = 0;
+    std::size_t m_malformed = 0;
+    std::size_t m_cut = 0;
+};

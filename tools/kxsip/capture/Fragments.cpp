@@ -1,0 +1,77 @@
+#include "tools/kxsip/capture/Fragments.h"
+
+#include <tins/rawpdu.h>
+
+namespace {
+
+constexpr std::size_t kMostDatagrams = 1024;
+constexpr std::size_t kLongestDatagram = 65535;
+constexpr std::chrono::seconds kLifetime(30);
+
+std::string_view bytesOf(const IpPacket& packet) {
+    const auto* const raw = dynamic_cast<const Tins::RawPDU*>(packet.payload.get());
+    if (raw == nullptr) {
+        return {};
+    }
+    return {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()};
+}
+
+} // namespace
+
+std::optional<std::string> Fragments::take(const IpPacket& packet, std::chrono::microseconds now) {
+    const FragmentPlace& place = *packet.fragment;
+    const Datagrams::iterator datagram =
+        find({packet.source, packet.destination, packet.protocol, place.datagram}, now);
+    add(*datagram, place, bytesOf(packet));
+    if (datagram->end != datagram->held) {
+        return std::nullopt;
+    }
+    std::string whole;
+    for (const auto& [offset, bytes] : datagram->pieces) {
+        whole += bytes;
+    }
+    drop(datagram);
+    return whole;
+}
+
+Fragments::Datagrams::iterator Fragments::find(const Key& key, std::chrono::microseconds now) {
+    const auto known = m_index.find(key);
+    if (known != m_index.end()) {
+        if (now - known->second->begun <= kLifetime) {
+            return known->second;
+        }
+        drop(known->second);
+        ++m_givenUp;
+    } else if (m_datagrams.size() == kMostDatagrams) {
+        drop(m_datagrams.begin());
+        ++m_givenUp;
+    }
+    m_datagrams.push_back({key, now, {}, 0, {}});
+    return m_index[key] = std::prev(m_datagrams.end());
+}
+
+void Fragments::drop(Datagrams::iterator datagram) {
+    m_index.erase(datagram->key);
+    m_datagrams.erase(datagram);
+}
+
+void Fragments::add(Datagram& datagram, const FragmentPlace& place, std::string_view bytes) {
+    const std::size_t end = place.offset + bytes.size();
+    if (bytes.empty() || end > kLongestDatagram || end > datagram.end.value_or(end) ||
+        !isFree(datagram, place.offset, end)) {
+        return;
+    }
+    datagram.pieces.emplace(place.offset, bytes);
+    datagram.held += bytes.size();
+    if (place.isLast && datagram.pieces.rbegin()->first == place.offset) {
+        datagram.end = end;
+    }
+}
+
+bool Fragments::isFree(const Datagram& datagram, std::size_t begin, std::size_t end) {
+    const auto next = datagram.pieces.lower_bound(begin);
+    if (next != datagram.pieces.end() && next->first < end) {
+        return false;
+    }
+    return next == datagram.pieces.begin() || std::prev(next)->first + std::prev(next)->second.size() <= begin;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/kxsip/capture/IpPacket.h"
+
+#include <chrono>
+#include <list>
+#include <map>
+#include <tuple>
+
+/** Puts the fragments of IP datagrams together, of both versions. Of fragments that overlap the first one stands
+    [RFC 5722]. Holds at most 1,024 unfinished datagrams of 64 KiB, the youngest; a fragment finds no datagram that
+    began more than 30 seconds before it, since identifiers come round. */
+class Fragments {
+public:
+    /** Takes a fragment; what the datagram carries once it is whole, and nothing before. */
+    std::optional<std::string> take(const IpPacket& packet, std::chrono::microseconds now);
+
+    /** How many datagrams were given up, those counted that still wait. */
+    std::size_t unfinished() const { return m_givenUp + m_datagrams.size(); }
+
+private:
+    using Key = std::tuple<std::string, std::string, std::uint8_t, std::uint32_t>;
+    struct Datagram {
+        Key key;
+        std::chrono::microseconds begun;
+        std::map<std::size_t, std::string> pieces; ///< By offset; they don't overlap.
+        std::size_t held = 0;                      ///< Bytes of all pieces.
+        std::optional<std::size_t> end;            ///< Known with the last fragment.
+    };
+    using Datagrams = std::list<Datagram>; // in the order in which they began
+
+    Datagrams::iterator find(const Key& key, std::chrono::microseconds now);
+    void drop(Datagrams::iterator datagram);
+    static void add(Datagram& datagram, const FragmentPlace& place, std::string_view bytes);
+    static bool isFree(const Datagram& datagram, std::size_t begin, std::size_t end);
+
+    Datagrams m_datagrams;
+    std::map<Key, Datagrams::iterator> m_index;
+    std::size_t m_givenUp = 0;
+};

@@ -1,0 +1,107 @@
+#include "tools/kxsip/capture/TcpStreams.h"
+
+#include <tins/rawpdu.h>
+
+namespace {
+
+bool has(const Tins::TCP& segment, unsigned flag) {
+    return (segment.flags() & flag) != 0;
+}
+
+} // namespace
+
+void TcpStreams::take(const Tins::TCP& segment, const Origin& origin) {
+    const Key key(origin.source, origin.destination);
+    const Key reverse(origin.destination, origin.source);
+    if (has(segment, Tins::TCP::SYN)) {
+        takeSyn(key, segment, origin);
+    } else {
+        takeData(key, segment, origin);
+    }
+    if (has(segment, Tins::TCP::ACK)) {
+        takeAck(reverse, segment, origin);
+    }
+    if (has(segment, Tins::TCP::RST)) {
+        close(key);
+        close(reverse);
+    }
+}
+
+TcpStreams::Stream& TcpStreams::open(const Key& key, const Origin& origin, std::uint32_t first) {
+    return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}}).first->second;
+}
+
+/** A new stream may have the addresses and ports of an older one; the same SYN may come twice. */
+void TcpStreams::takeSyn(const Key& key, const Tins::TCP& segment, const Origin& origin) {
+    const std::uint32_t first = segment.seq() + 1;
+    const auto known = m_streams.find(key);
+    if (known == m_streams.end() || known->second.first != first) {
+        close(key);
+        open(key, origin, first);
+    }
+}
+
+void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin& origin) {
+    const auto* const raw = dynamic_cast<const Tins::RawPDU*>(segment.inner_pdu());
+    const auto known = m_streams.find(key);
+    if (raw == nullptr || (known == m_streams.end() && raw->payload().empty())) {
+        return;
+    }
+    Stream& stream = known == m_streams.end() ? open(key, origin, segment.seq()) : known->second;
+    stream.origin.time = origin.time;
+    stream.segments.put(segment.seq(), {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()});
+    read(stream);
+    while (stream.segments.isFull()) {
+        skipGap(stream);
+    }
+    if (has(segment, Tins::TCP::FIN) && !stream.segments.isWaiting()) {
+        cutOff(stream);
+    }
+}
+
+void TcpStreams::takeAck(const Key& key, const Tins::TCP& segment, const Origin& origin) {
+    const auto known = m_streams.find(key);
+    while (known != m_streams.end() && known->second.segments.isWaitingAcknowledged(segment.ack_seq())) {
+        known->second.origin.time = origin.time;
+        skipGap(known->second);
+    }
+}
+
+void TcpStreams::finish() {
+    while (!m_streams.empty()) {
+        close(Key(m_streams.begin()->first));
+    }
+}
+
+void TcpStreams::close(const Key& key) {
+    const auto known = m_streams.find(key);
+    if (known == m_streams.end()) {
+        return;
+    }
+    while (known->second.segments.isWaiting()) {
+        skipGap(known->second);
+    }
+    cutOff(known->second);
+    m_streams.erase(known);
+}
+
+/** What was begun in front of the gap is cut off. */
+void TcpStreams::skipGap(Stream& stream) {
+    ++m_gaps;
+    cutOff(stream);
+    stream.segments.skipGap();
+    read(stream);
+}
+
+void TcpStreams::read(Stream& stream) {
+    stream.framer.feed(stream.segments.take());
+    while (std::optional<std::string> message = stream.framer.next()) {
+        m_sink(stream.origin, std::move(*message));
+    }
+}
+
+void TcpStreams::cutOff(Stream& stream) {
+    if (std::optional<std::string> message = stream.framer.cutOff()) {
+        m_sink(stream.origin, std::move(*message));
+    }
+}
