@@ -4,8 +4,8 @@
 
 /** A display name and a URI.
     name-addr = [ display-name ] LAQUOT addr-spec RAQUOT, or a bare addr-spec  [RFC 3261 25.1]
-    A quoted display name keeps its quotes; an unquoted one takes letters, digits, blanks and -.!%*_+`'~ only. Always
-    printed in brackets.      "Bob <sip:h>" -> the same; "sip:h" -> "<sip:h>"
+    A quoted display name keeps its quotes; an unquoted one takes letters, digits, blanks and "-.!%*_+`'~" only.
+    Always printed in brackets.      "Bob <sip:h>" -> the same; "sip:h" -> "<sip:h>"
     The parameters behind it belong to the header it stands in. Used by one thread at a time. */
 class KX_SIP_API KxSipNameAddress final : public KxObject {
 public:

@@ -1,0 +1,12 @@
+
+// Runs the block whose number is given. blocks.py puts its functions in place of the word in the table.
+int main(int argc, char** argv) {
+    static void (*const blocks[])() = {BLOCKS};
+    try {
+        blocks[argc > 1 ? std::atoi(argv[1]) : 0]();
+    } catch (const KxHandle<KxException>& failure) {
+        std::cout << "threw " << failure->getExceptionMessage() << "\n";
+        return 1;
+    }
+    return 0;
+}
