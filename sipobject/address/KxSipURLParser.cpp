@@ -15,7 +15,7 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
 constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
-constexpr char kEndOfInput = '\x04'; // as a delimiter before a token it means nothing, like a NUL
+constexpr char kEndOfInput = '\x04';                // as a delimiter before a token it means nothing, like a NUL
 
 void debug(const char* what, const KxLazyParameters& list) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {

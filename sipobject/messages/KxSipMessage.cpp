@@ -12,6 +12,8 @@
 #include "sipobject/headers/KxSipContentTypeHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipSessionExpiresHeader.h"
+#include "sipobject/headers/KxSipSubjectHeader.h"
 #include "sipobject/headers/KxSipSupportedHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
@@ -104,6 +106,14 @@ KxHandle<KxSipContentEncodingHeader> KxSipMessage::getContentEncodingHeader() co
 
 KxHandle<KxSipContentTypeHeader> KxSipMessage::getContentTypeHeader() const {
     return typed<KxSipContentTypeHeader>();
+}
+
+KxHandle<KxSipSessionExpiresHeader> KxSipMessage::getSessionExpiresHeader() const {
+    return typed<KxSipSessionExpiresHeader>();
+}
+
+KxHandle<KxSipSubjectHeader> KxSipMessage::getSubjectHeader() const {
+    return typed<KxSipSubjectHeader>();
 }
 
 KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {

@@ -25,6 +25,8 @@ class KxSipContentEncodingHeader;
 class KxSipContentLengthHeader;
 class KxSipContentTypeHeader;
 class KxSipFromHeader;
+class KxSipSessionExpiresHeader;
+class KxSipSubjectHeader;
 class KxSipSupportedHeader;
 class KxSipToHeader;
 class KxSipViaHeader;
@@ -68,9 +70,9 @@ public:
     /** Reads one message. What can be kept is kept: a header line that can't be read is dropped and the status becomes
         1; a body type that the message's own Accept does not list makes it 2. Bytes behind the body stay unread; without
         a Content-Length the rest of the stream is the body.
-        Throws what checkValidity throws, for a message of which nothing was dropped; KxSipParseKeepAliveException where the stream starts with white space or "/"; KxSipParseError "SIP
-        Method Token Expected" for an empty stream, "message body is shorter than Content-Length" and the texts of the
-        start-line readers. [RFC 3261 7, 18.3] */
+        Throws what checkValidity throws, for a message of which nothing was dropped; KxSipParseKeepAliveException where
+        the stream starts with white space or "/"; KxSipParseError "SIP Method Token Expected" for an empty stream,
+        "message body is shorter than Content-Length" and the texts of the start-line readers. [RFC 3261 7, 18.3] */
     static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
     /** Registers the class of a start token, letter case respected; for static initialisers, the first stands. */
     static void sAddConstructor(const KxString& token, Creator creator);
@@ -98,6 +100,8 @@ public:
     KxHandle<KxSipContactHeader> getContactHeader() const;
     KxHandle<KxSipContentEncodingHeader> getContentEncodingHeader() const;
     KxHandle<KxSipContentTypeHeader> getContentTypeHeader() const;
+    KxHandle<KxSipSessionExpiresHeader> getSessionExpiresHeader() const;
+    KxHandle<KxSipSubjectHeader> getSubjectHeader() const;
     KxHandle<KxSipSupportedHeader> getSupportedHeader() const;
 
     /** Whether Supported, or Require, lists exactly this option tag. */

@@ -19,7 +19,7 @@ std::string answer(const std::string& headers) {
     if (request->tooManyHops()) {
         return "483";
     }
-    const auto asked = KxHandleCast<KxSipSessionExpiresHeader>(request->getHeaderByID(KxHeaderIDs::kSessionExpires));
+    const KxHandle<KxSipSessionExpiresHeader> asked = request->getSessionExpiresHeader();
     const auto minimum = KxHandleCast<KxSipMinSEHeader>(request->getHeaderByID(KxHeaderIDs::kMinSE));
     if (asked.isNil() || !request->isSupported("timer")) {
         return "200 without timer";
