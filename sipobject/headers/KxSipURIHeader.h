@@ -40,7 +40,9 @@ private:
         KxScannedText scanned;
         KxStreamTokenizer::sDiscardWhite(in);
         const bool isOpened = in.read() == '<';
-        const std::string_view text = KxAscii::trim(isOpened ? scanned.until<'>'>(in) : std::string_view());
+        KxScannedText::skipSpace(in);
+        // white space at its end is the URI's: a host may end in a tab, and would not the next time
+        const std::string_view text = isOpened ? scanned.until<'>'>(in) : std::string_view();
         if (text.empty() || in.read() != '>') {
             KxSipParseError::sThrow(H::kInvalid);
         }
