@@ -257,30 +257,3 @@ TEST(MessageParseTest, FailingStreams) {
     EXPECT_GT(unusable, 0U);
     EXPECT_THAT(capture.texts(), Contains("Exception occurred while parsing headers of message: connection lost"));
 }
-
-TEST(MessageParseTest, ManyLinesNeedLittleStackAndLittleTime) {
-    const auto repeat = [](std::initializer_list<const char*> lines) {
-        std::string text = request("Content-Length: 0\r\n");
-        for (int i = 0; i < 100000; ++i) {
-            text += lines.begin()[static_cast<std::size_t>(i) % lines.size()];
-        }
-        return text + "\r\n";
-    };
-    for (const std::string& text : {repeat({"Supported: tag\r\n"}), repeat({"X-A: 1\r\n"}), repeat({"a\r\n"}),
-                                    repeat({"Route: <sip:h;lr>\r\n", "X-A: 1\r\n", "Via: SIP/2.0/UDP h\r\n",
-                                            "X-B: 2\r\n", "Supported: tag\r\n"})}) {
-        onSmallStack([&text] {
-            const Balance balance;
-            const KxHandle<KxSipMessage> message = readMessage(text);
-            const std::string once = written(*message);
-            EXPECT_TRUE(once.size() == text.size() || message->getStatus() == KX_STATUS_INCOMPLETE);
-            KxHandle<KxSipMessage> copy(static_cast<KxSipMessage*>(message->clone()));
-            EXPECT_TRUE(written(*copy) == once);
-            for (int i = 0; i < 20; ++i) {
-                copy->removeHeader("Route");
-                copy->removeHeader("x-b");
-            }
-            EXPECT_TRUE(written(*readMessage(once)) == once);
-        });
-    }
-}
