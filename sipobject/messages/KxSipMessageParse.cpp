@@ -142,8 +142,8 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
             continue;
         }
         try {
-            KxSipFault fault;
-            KxHandle<KxSipHeader> header = KxSipHeader::sReadFrom(in, fault);
+            KxHandle<KxSipHeader> header;
+            const KxSipFault fault = KxSipHeader::sReadFrom(in, header);
             if (!fault) [[likely]] {
                 addRead(std::move(header));
             } else {
