@@ -30,7 +30,7 @@ def scenario(steps):
             look = ""
             if step == 180 and any("100rel" in str(other) for other in steps):
                 look = ('<action><ereg regexp="[0-9]+" search_in="hdr" header="RSeq:" assign_to="rseq"/></action>')
-            optional = ' optional="true"' if step == 100 else ""
+            optional = ' optional="true"' if step == 100 or steps[index:index + 2] == [180, 200] else ""
             out.append(f'<recv response="{step}"{optional}>{look}</recv>')
             refused = refused or step >= 300
             in_dialog = in_dialog or step == 180 or step == 200
@@ -112,14 +112,21 @@ class Client:
         body = re.search(r"\r\nContent-Length: (\d+)\r\n", self.read)
         return self.read.index("\r\n\r\n") + 4 + int(body[1])
 
+    def fresh(self, *old):
+        """The next message that is none of the old ones sent again."""
+        while (message := self.answer()) in old and message:
+            pass
+        return message
+
     def ask(self, message):
         """What a request, or none, is answered with: the answer to another behind it comes first then."""
+        branch = re.search(r";branch=\w+|$", message.decode("latin-1"))[0] + ";"
         self.send(message)
         self.send(self.request(method="LAST"))
         answers = [self.answer()]
         while answers[-1] and "LAST" not in answers[-1]:
             answers.append(self.answer())
-        return "".join(answers[:-1])
+        return "".join(answer for answer in answers[:-1] if branch in answer)
 
 
 def check_strangers(client):
@@ -152,35 +159,35 @@ def check_repeats(client):
     """What is sent again is answered as before, and what is not acknowledged is sent again."""
     invite = client.request("Supported: 100rel", method="INVITE", branch="z9hG4bKsame")
     client.send(invite)
-    first = [client.answer() for _ in range(2)]
-    assert [message[8:11] for message in first] == ["100", "180"], first
+    trying, ringing = client.answer(), client.answer()
+    assert (trying[8:11], ringing[8:11]) == ("100", "180"), (trying, ringing)
     client.send(invite)
-    assert client.answer() == first[1]
-    assert client.answer() == first[1], "sent again without being asked"
-    rseq, tag = (re.search(pattern, first[1])[1] for pattern in (r"\r\nRSeq: (\d+)\r\n", r"\r\nTo: .*(;tag=\S+)"))
-    wrong = client.request(f"RAck: {rseq} 2 INVITE", method="PRACK", number=2, to=tag)
-    right = client.request(f"RAck: {rseq} 1 INVITE", method="PRACK", number=3, to=tag)
-    client.send(wrong)
-    assert client.answer().startswith("SIP/2.0 481 ")
-    client.send(right)
-    pracked, ok = client.answer(), client.answer()
-    client.send(right)
-    assert client.answer() == pracked and "\r\nCSeq: 3 PRACK\r\n" in pracked, pracked
-    assert ok.startswith("SIP/2.0 200 ") and ok.endswith("a=inactive\r\n"), ok
+    for _ in range(2):  # since it was asked again, and without that
+        assert client.answer() == ringing
+    rseq, tag = (re.search(pattern, ringing)[1] for pattern in (r"\r\nRSeq: (\d+)\r\n", r"\r\nTo: .*(;tag=\S+)"))
+    client.send(client.request(f"RAck: {rseq} 2 INVITE", method="PRACK", number=2, to=tag))
+    assert client.fresh(ringing).startswith("SIP/2.0 481 ")
+    prack = client.request(f"RAck: {rseq} 1 INVITE", method="PRACK", number=3, to=tag)
+    client.send(prack)
+    pracked = client.fresh(ringing)
+    ok = client.fresh(ringing)
+    assert "\r\nCSeq: 3 PRACK\r\n" in pracked and re.match("SIP/2.0 200 .*a=inactive\r\n", ok, re.DOTALL), (pracked, ok)
+    client.send(prack)
+    assert client.fresh(ok) == pracked
     assert client.answer() == ok, "2xx without an ACK"
     client.send(client.request(method="ACK", to=tag))
-    assert client.answer(1.5) == "", "it was acknowledged"
+    old = [ok]
     for seconds, expected in ((60, "422 .*\r\nMin-SE: 90\r\n"),
                               (1800, "200 .*\r\nSession-Expires: 1800;refresher=uac\r\nRequire: timer\r\n")):
         client.send(client.request("Supported: timer", f"Session-Expires: {seconds}", method="INVITE", number=seconds,
                                    to=tag))
-        answer = client.answer()
-        assert re.match("SIP/2.0 " + expected, answer, re.DOTALL), answer
+        old.append(client.fresh(*old))
+        assert re.match("SIP/2.0 " + expected, old[-1], re.DOTALL), old
         client.send(client.request(method="ACK", to=tag, number=seconds, branch=f"z9hG4bK{client.number}"))
-    client.send(client.request(method="BYE", number=1800, to=tag))
-    assert client.answer().startswith("SIP/2.0 500 "), "not a new number"
-    client.send(client.request(method="BYE", number=1801, to=tag))
-    assert client.answer().startswith("SIP/2.0 200 ")
+    for number, code in ((1800, 500), (1801, 200), (1802, 481)):  # used, new, over
+        client.send(client.request(method="BYE", number=number, to=tag))
+        old.append(client.fresh(*old))
+        assert old[-1].startswith(f"SIP/2.0 {code} "), old
 
 
 def check_stream(port):
@@ -199,7 +206,7 @@ def check_stream(port):
 
 
 def storm(port, count, seed=9):
-    """Messages with a few bytes changed, as datagrams and in pieces of a stream. Ends them by keys that are new."""
+    """Messages with a few bytes changed, as datagrams and in pieces of a stream."""
     rng = random.Random(seed)
     client, stream, maker = Client(port), None, Client(port)
     for number in range(count):
@@ -234,8 +241,12 @@ def storm(port, count, seed=9):
                 stream = None
         if number % 50 == 0:
             time.sleep(0.01)  # so that the socket's buffer is enough
-    probe = Client(port)
-    assert probe.ask(probe.request()).startswith("SIP/2.0 200 "), "still serving"
+    for _ in range(PATIENCE):
+        client.send(client.request(branch="z9hG4bKlast"))  # may be lost too, or answered with many others
+        while answer := client.answer(1):
+            if "z9hG4bKlast" in answer:
+                return
+    assert False, "no longer serving"
 
 
 def check_client(program, port):
@@ -262,10 +273,13 @@ def main():
     if shutil.which("sipp") is None:
         print("sipp is not installed")
         return 77
-    more = ["-lost", str(options.lost)] if options.lost else []
+    scenarios = SCENARIOS
+    if options.lost:  # sipp knows one order of responses only: not for those that wait for two at a time
+        scenarios = {name: (SCENARIOS[name][0], ["-lost", str(options.lost)])
+                     for name in ("call, UDP", "session too short", "malformed, unknown, used up")}
     with tempfile.TemporaryDirectory() as folder, Host(options.gateway, folder) as gateway:
-        runs = {name: Sipp(gateway.port, folder, name, scenario(steps), options.calls, options.rate, *how, *more)
-                for name, (steps, how) in SCENARIOS.items()}
+        runs = {name: Sipp(gateway.port, folder, name, scenario(steps), options.calls, options.rate, *how)
+                for name, (steps, how) in scenarios.items()}
         for client in (Client(gateway.port), Client(gateway.port, socket.SOCK_STREAM)):
             check_strangers(client)
         check_repeats(Client(gateway.port))
