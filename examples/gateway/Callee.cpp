@@ -19,8 +19,8 @@ Callee::Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessa
 }
 
 void Callee::begin() {
-    m_host.transactions.respond(m_inviteId, makeResponse(100, m_invite));
     m_invite->getToHeader()->setTag(tag().c_str()); // for all that is made of the INVITE from now on
+    m_host.transactions.respond(m_inviteId, makeResponse(100, m_invite));
     const auto local = KxMake<KxSipFromHeader>(m_invite->getToHeader()->getNameAddress());
     const auto remote = KxMake<KxSipToHeader>(m_invite->getFromHeader()->getNameAddress());
     local->setTag(tag().c_str());

@@ -165,6 +165,7 @@ def check_repeats(client):
     for _ in range(2):  # since it was asked again, and without that
         assert client.answer() == ringing
     rseq, tag = (re.search(pattern, ringing)[1] for pattern in (r"\r\nRSeq: (\d+)\r\n", r"\r\nTo: .*(;tag=\S+)"))
+    assert tag + "\r\n" in trying, "one dialog"
     client.send(client.request(f"RAck: {rseq} 2 INVITE", method="PRACK", number=2, to=tag))
     assert client.fresh(ringing).startswith("SIP/2.0 481 ")
     prack = client.request(f"RAck: {rseq} 1 INVITE", method="PRACK", number=3, to=tag)
