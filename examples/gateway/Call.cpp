@@ -72,7 +72,7 @@ void Call::receive(const KxHandle<KxSipRequest>& request, const Transactions::Id
         respond(prack(*request), request, id);
     } else if (method != "INVITE") {
         respond(method == "OPTIONS" ? 200 : 405, request, id);
-    } else if (m_inviteSeq != 0 || m_isRefreshing) {
+    } else if (!m_isAnswered || m_isRefreshing) {
         respond(491, request, id);
     } else if (const auto refusal = refuseTimer(request); !refusal.isNil()) {
         m_host.transactions.respond(id, refusal);
@@ -80,6 +80,7 @@ void Call::receive(const KxHandle<KxSipRequest>& request, const Transactions::Id
         if (const auto contact = request->getContactHeader(); !contact.isNil() && !contact->getURL().isNil()) {
             m_target = contact->getURL();
         }
+        m_host.transactions.acknowledged(m_inviteId); // whose ACK was lost, since nobody else would go on
         accept(request, id);
     }
 }
@@ -172,6 +173,7 @@ void Call::accept(const KxHandle<KxSipRequest>& invite, const Transactions::Id& 
     offerTimer(invite, ok);
     m_inviteSeq = invite->getCSeqHeader()->getSeqNumber();
     m_inviteId = id;
+    m_isAnswered = true;
     m_host.transactions.respond(id, ok, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
             self->hangUp("no ACK came");

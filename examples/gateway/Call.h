@@ -89,6 +89,7 @@ protected:
     std::uint32_t m_remoteSeq = 0;
     std::uint32_t m_inviteSeq = 0; // of the last INVITE that we received, while no ACK came
     Transactions::Id m_inviteId;
+    bool m_isAnswered = false; // the first INVITE, theirs or ours
 
 private:
     void offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSipResponse>& ok);

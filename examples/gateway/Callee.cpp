@@ -68,7 +68,6 @@ int Callee::prack(const KxSipRequest& request) {
 }
 
 void Callee::answer() {
-    m_isAnswered = true;
     accept(m_invite, m_inviteId);
 }
 

@@ -25,6 +25,5 @@ private:
     std::chrono::milliseconds m_ringTime;
     Timer m_ringing;
     std::uint32_t m_rseq = 0; // of the reliable 180, while no PRACK came
-    bool m_isAnswered = false;
-    bool m_isDue = false; // to be answered, once the PRACK came
+    bool m_isDue = false;     // to be answered, once the PRACK came
 };

@@ -84,6 +84,7 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
     if (code < 300) {
         if (m_answer.isNil()) {
             m_answer = response;
+            m_isAnswered = true;
             establish(response->getFromHeader(), response->getToHeader(), *response, true);
             followTimer(*response);
             m_talking.start(m_plan.cancelAfter ? std::chrono::milliseconds(0) : m_plan.duration,

@@ -6,6 +6,7 @@ import re
 import selectors
 import signal
 import subprocess
+import tempfile
 
 PATIENCE = 60  # seconds; much more than any step takes on a slow machine
 
@@ -16,6 +17,7 @@ class Host:
 
     def __init__(self, program, folder, *options):
         self.name = os.path.basename(program).removeprefix("example_")
+        folder = tempfile.mkdtemp(dir=folder)
         self.log = os.path.join(folder, "host.log")
         properties = os.path.join(folder, "log.properties")
         with open(properties, "w", encoding="ascii") as out:
@@ -51,12 +53,14 @@ class Sipp:
 
     def __init__(self, port, folder, name, scenario, calls, rate, *options):
         self.stats = os.path.join(folder, f"{name}.csv")
+        self.errors = os.path.join(folder, f"{name}.err")
         path = os.path.join(folder, f"{name}.xml")
         with open(path, "w", encoding="ascii") as out:
             out.write(scenario)
         self.process = subprocess.Popen(
             ["sipp", f"127.0.0.1:{port}", "-sf", path, "-i", "127.0.0.1", "-m", str(calls), "-r", str(rate),
-             "-recv_timeout", str(PATIENCE * 1000), "-nostdin", "-trace_stat", "-stf", self.stats, *options],
+             "-recv_timeout", str(PATIENCE * 1000), "-nostdin", "-trace_stat", "-stf", self.stats,
+             "-trace_err", "-error_file", self.errors, *options],
             cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def result(self, timeout=2 * PATIENCE):
@@ -67,4 +71,7 @@ class Sipp:
             self.process.kill()
         with open(self.stats, encoding="ascii") as rows:
             total = list(csv.DictReader(rows, delimiter=";"))[-1]
+        if int(total["FailedCall(C)"]) != 0 and os.path.exists(self.errors):
+            with open(self.errors, encoding="latin-1") as errors:
+                print(errors.read(3000))
         return tuple(int(total[f"{column}(C)"]) for column in ("SuccessfulCall", "FailedCall", "Retransmissions"))
