@@ -1,7 +1,6 @@
 #include "sipobject/address/KxSipURLParser.h"
 
 #include "core/AceCleanupLogger.h"
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURL.h"
 #include "util/KxBytes.h"
 #include "util/KxHexEncoding.h"
@@ -120,10 +119,13 @@ inline void KxSipURLParser::closeToken() {
     m_token.clear();
 }
 
-inline void KxSipURLParser::requireHost() const {
-    if (m_url.m_host.empty()) {
-        KxSipParseError::sThrow("Sip URL wrong format");
-    }
+[[gnu::cold]] KxSipURLParser::Next KxSipURLParser::refuse(const char* text) {
+    m_fault = KxSipFault(text);
+    return Next::Refused;
+}
+
+inline KxSipURLParser::Next KxSipURLParser::doneWithHost() {
+    return m_url.m_host.empty() ? refuse("Sip URL wrong format") : Next::Done;
 }
 
 inline void KxSipURLParser::parameters() {
@@ -137,7 +139,7 @@ inline void KxSipURLParser::parameters() {
     m_previous = stop == m_end ? kEndOfInput : *stop;
 }
 
-inline void KxSipURLParser::colon() {
+inline KxSipURLParser::Next KxSipURLParser::colon() {
     const std::string_view token = m_token.view();
     if (m_previous == '\0') {
         const KxString& sip = KxSipURL::sToken;
@@ -146,7 +148,7 @@ inline void KxSipURLParser::colon() {
         } else if (sip.equalsNoCase(token)) {
             m_url.m_Scheme = KxString(token);
         } else {
-            KxSipParseError::sThrow("Scheme is not SIP");
+            return refuse("Scheme is not SIP");
         }
     } else if (m_previous == ':' && m_hasUserPart) {
         m_url.m_user = KxString(token);
@@ -156,6 +158,7 @@ inline void KxSipURLParser::colon() {
     }
     m_previous = ':';
     m_token.clear();
+    return Next::More;
 }
 
 inline KxSipURLParser::Next KxSipURLParser::semicolon() {
@@ -165,12 +168,12 @@ inline KxSipURLParser::Next KxSipURLParser::semicolon() {
         return Next::More;
     }
     if (m_previous != ':' && m_previous != '@') {
-        KxSipParseError::sThrow("Illegal URL construct");
+        return refuse("Illegal URL construct");
     }
     closeToken();
-    requireHost();
-    if (!ownParameters) {
-        return Next::Done;
+    const Next next = doneWithHost();
+    if (next != Next::Done || !ownParameters) {
+        return next;
     }
     parameters();
     return Next::More;
@@ -184,20 +187,18 @@ inline KxSipURLParser::Next KxSipURLParser::end(int c) {
             return Next::More;
         }
         closeToken();
-        parseHeaders();
-        requireHost();
-        return Next::Done;
+        m_fault = parseHeaders();
+        return m_fault ? Next::Refused : doneWithHost();
     }
     if (c == '>') {
         m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
         m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
     }
     closeToken();
-    requireHost();
-    return Next::Done;
+    return doneWithHost();
 }
 
-void KxSipURLParser::parse() {
+KxSipFault KxSipURLParser::parse() {
     if (!takeUsualStart()) {
         m_url.m_Scheme = KxString();
         m_hasUserPart = findUserPart();
@@ -213,13 +214,13 @@ void KxSipURLParser::parse() {
         case '\r':
             break;
         case '"':
-            addQuoted();
+            next = addQuoted();
             break;
         case ':':
-            colon();
+            next = colon();
             break;
         case '@':
-            at();
+            next = at();
             break;
         case ';':
             next = semicolon();
@@ -239,37 +240,40 @@ void KxSipURLParser::parse() {
             next = end(c);
         }
     }
+    return m_fault;
 }
 
-void KxSipURLParser::addQuoted() {
+KxSipURLParser::Next KxSipURLParser::addQuoted() {
     const char* const quote = m_at - 1;
     if (userIsOpen()) {
         m_at = std::find(m_at, m_end, '"');
         if (m_at == m_end) {
-            KxSipParseError::sThrow("Sip URL, Double quote mismatch");
+            return refuse("Sip URL, Double quote mismatch");
         }
         ++m_at;
     }
     m_token.add(quote, m_at);
+    return Next::More;
 }
 
-void KxSipURLParser::at() {
+KxSipURLParser::Next KxSipURLParser::at() {
     if (m_previous == '\0') {
-        return;
+        return Next::More;
     }
     if (m_previous == '@') {
-        KxSipParseError::sThrow("Sip URL wrong format");
+        return refuse("Sip URL wrong format");
     }
     const std::string_view token = m_token.view();
     if (!m_url.m_user.empty()) {
         m_url.m_password = KxString(token);
     } else if (token.empty()) {
-        KxSipParseError::sThrow("Sip URL wrong format (\"@\" present without a user part)");
+        return refuse("Sip URL wrong format (\"@\" present without a user part)");
     } else {
         m_url.m_user = KxString(token);
     }
     m_previous = '@';
     m_token.clear();
+    return Next::More;
 }
 
 KxSipURLParser::Next KxSipURLParser::comma() {
@@ -279,8 +283,7 @@ KxSipURLParser::Next KxSipURLParser::comma() {
     }
     --m_at; // the next value of the header begins there
     closeToken();
-    requireHost();
-    return Next::Done;
+    return doneWithHost();
 }
 
 /** The next character, escapes decoded; -1 at the end. An escape that the input cuts short stands as it is. */
@@ -296,7 +299,7 @@ int KxSipURLParser::nextHeaderCharacter() {
     return static_cast<unsigned char>(KxHexEncoding::fromHex(m_at[-2], m_at[-1]));
 }
 
-void KxSipURLParser::parseHeaders() {
+KxSipFault KxSipURLParser::parseHeaders() {
     Oskan::FastString<256> name;
     Oskan::FastString<256> value;
     bool inValue = false;
@@ -315,7 +318,9 @@ void KxSipURLParser::parseHeaders() {
             }
             ++m_at; // a folded line goes on
         } else if (c == ';') {
-            storeHeader(name.view(), value.view(), false);
+            if (const KxSipFault fault = storeHeader(name.view(), value.view(), false)) {
+                return fault;
+            }
             name.clear();
             value.clear();
             inValue = false;
@@ -326,18 +331,19 @@ void KxSipURLParser::parseHeaders() {
             (inValue ? value : name).append(static_cast<char>(c));
         }
     }
-    storeHeader(name.view(), value.view(), true);
+    return storeHeader(name.view(), value.view(), true);
 }
 
-void KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {
+KxSipFault KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {
     if (name.empty()) {
-        KxSipParseError::sThrow(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
-                                     : "SIP URL Header doesn't have Key/Value pair (2)\n");
+        return KxSipFault(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
+                               : "SIP URL Header doesn't have Key/Value pair (2)\n");
     }
     if (value.empty()) {
-        KxSipParseError::sThrow(last ? "SIP URL Header key doesn't have a value (1)\n"
-                                     : "SIP URL Header key doesn't have a value (2)\n");
+        return KxSipFault(last ? "SIP URL Header key doesn't have a value (1)\n"
+                               : "SIP URL Header key doesn't have a value (2)\n");
     }
     m_url.m_headers.write().setValue(name, KxString(value));
     debug(last ? "SipURL headers now (3): " : "SipURL headers now (2): ", m_url.m_headers);
+    return {};
 }
