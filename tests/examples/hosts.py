@@ -1,10 +1,12 @@
 """What the tests of the example hosts share: a host that is started and ended, and sipp."""
 
 import csv
+import itertools
 import os
 import re
 import selectors
 import signal
+import socket
 import subprocess
 import tempfile
 
@@ -48,6 +50,21 @@ class Host:
             return log.read()
 
 
+ports = itertools.count(10000 + os.getpid() % 20000)  # those that the kernel gives away lie above
+
+
+def free_port():
+    """A port that nobody has. Left to themselves, several sipps that start at once may take the same."""
+    for port in ports:
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp, socket.socket() as tcp:
+            try:
+                udp.bind(("127.0.0.1", port))
+                tcp.bind(("127.0.0.1", port))
+                return port
+            except OSError:
+                pass
+
+
 class Sipp:
     """sipp, playing a scenario against the host."""
 
@@ -58,9 +75,9 @@ class Sipp:
         with open(path, "w", encoding="ascii") as out:
             out.write(scenario)
         self.process = subprocess.Popen(
-            ["sipp", f"127.0.0.1:{port}", "-sf", path, "-i", "127.0.0.1", "-m", str(calls), "-r", str(rate),
-             "-recv_timeout", str(PATIENCE * 1000), "-nostdin", "-trace_stat", "-stf", self.stats,
-             "-trace_err", "-error_file", self.errors, *options],
+            ["sipp", f"127.0.0.1:{port}", "-sf", path, "-i", "127.0.0.1", "-p", str(free_port()),
+             "-m", str(calls), "-r", str(rate), "-recv_timeout", str(PATIENCE * 1000), "-nostdin",
+             "-trace_stat", "-stf", self.stats, "-trace_err", "-error_file", self.errors, *options],
             cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def result(self, timeout=2 * PATIENCE):
@@ -71,7 +88,11 @@ class Sipp:
             self.process.kill()
         with open(self.stats, encoding="ascii") as rows:
             total = list(csv.DictReader(rows, delimiter=";"))[-1]
-        if int(total["FailedCall(C)"]) != 0 and os.path.exists(self.errors):
-            with open(self.errors, encoding="latin-1") as errors:
-                print(errors.read(3000))
         return tuple(int(total[f"{column}(C)"]) for column in ("SuccessfulCall", "FailedCall", "Retransmissions"))
+
+    def why(self):
+        """What sipp complained of."""
+        if not os.path.exists(self.errors):
+            return f"ended with {self.process.returncode}"
+        with open(self.errors, encoding="latin-1") as errors:
+            return errors.read(3000)
