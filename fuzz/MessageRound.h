@@ -60,6 +60,10 @@ private:
     void takeURI(const KxSipRequest& request) {
         // A scheme behind a tab is none that is known, though it passes for one; written, it is known. A method that
         // begins with a NUL reads as empty, and without a method no start line is written.
+        if (request.getURI().isNil()) { // of a request that was read it never is
+            m_unsure = true;
+            return;
+        }
         m_unsure = isExactly<KxURI>(*request.getURI()) || *request.getMethod() == '\0';
         const std::string printed(request.getURI()->getString().view());
         KxByteArrayInputStream in{std::string_view(printed)};

@@ -22,8 +22,8 @@ public:
             return;
         }
         if (colon != std::string_view::npos) {
-            setNumber(std::string(url.substr(colon + 1, semicolon == std::string_view::npos ? semicolon
-                                                                                             : semicolon - colon - 1)));
+            setNumber(std::string(
+                url.substr(colon + 1, semicolon == std::string_view::npos ? semicolon : semicolon - colon - 1)));
             std::string behind(semicolon == std::string_view::npos ? "" : url.substr(semicolon + 1));
             std::erase(behind, ':');
             parameters.parse(KxAscii::trim(behind));
