@@ -48,7 +48,7 @@ public:
             return false;
         }
         const auto line = std::find_if(kind->lines.begin(), kind->lines.end(), [&](const Line& candidate) {
-            return kind->id != KxHeaderIDs::kUnknown || KxAscii::equalsNoCase(candidate.name, name);
+            return kind->id != KxHeaderIDs::kUnknown || KxAscii::equalsNoCase(candidate.token, name);
         });
         if (line == kind->lines.end()) {
             return false;
@@ -64,7 +64,7 @@ public:
             return "";
         }
         for (const Line& candidate : kind->lines) {
-            if (kind->id != KxHeaderIDs::kUnknown || candidate.name == name) {
+            if (kind->id != KxHeaderIDs::kUnknown || candidate.token == name) {
                 return candidate.text;
             }
         }
@@ -96,8 +96,7 @@ public:
 
 private:
     struct Line {
-        std::string token; ///< As written.
-        std::string name;  ///< Of an unknown header: what it is found by.
+        std::string token; ///< The name as written, by which it is found.
         std::string text;
     };
     struct Kind {
@@ -109,8 +108,7 @@ private:
         std::vector<Line> lines;
         for (const KxSipHeader* value = &chain; value != nullptr; value = value->getNext().get()) {
             const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
-            lines.push_back({std::string(value->getToken().view()), std::string(value->getExpandedToken().view()),
-                             ::written(*alone)});
+            lines.push_back({std::string(value->getToken().view()), ::written(*alone)});
         }
         return lines;
     }

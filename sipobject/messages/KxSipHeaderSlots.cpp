@@ -103,7 +103,7 @@ bool KxSipHeaderSlots::removeFirst(HeaderID id) {
 
 bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
     KxHandle<KxSipHeader>* link = &m_slots[KxHeaderIDs::kUnknown];
-    while (!link->isNil() && !(*link)->getExpandedToken().equalsNoCase(name)) {
+    while (!link->isNil() && !(*link)->getToken().equalsNoCase(name)) {
         link = &(*link)->m_next;
     }
     if (link->isNil()) {
