@@ -85,10 +85,13 @@ public:
         }
         m_text = written(*m_message);
     }
-    /** What was edited is read again, but for what it lacks now. */
+    /** What was edited is read again, but for what it lacks now. A message whose Content-Length was taken out gets a new
+        one; one whose Content-Length was set to more than there is is no message. */
     void finish() const {
         checkWriting(*m_message, m_text, 1);
-        if (m_message->getBodyLength() <= m_message->getStoredBodyLength()) {
+        const std::vector<HeaderID> order = m_message->getHeaderOrder();
+        if (std::count(order.begin(), order.end(), KxHeaderIDs::kContentLength) != 0 &&
+            m_message->getBodyLength() <= m_message->getStoredBodyLength()) {
             checkSecondRound(*m_message, m_text, false);
         }
     }
