@@ -281,9 +281,24 @@ private:
         const std::string text = written(*derived);
         checkWriting(*derived, text, 1);
         checkSecondRound(*derived, text, derived->isValid());
-        same("what is done to a derived message is not done to its parent", m_text, written(*m_message));
         if (with >= 0x80) {
             m_message = derived;
+            return;
+        }
+        spoil(*derived);
+        same("what is done to a derived message is not done to its parent", m_text, written(*m_message));
+    }
+    static void spoil(KxSipMessage& message) {
+        for (const KxHandle<KxParameters>& list :
+             {message.getViaHeader()->getParameters(), message.getFromHeader()->getParameters(),
+              message.getToHeader()->getParameters()}) {
+            list->setValue("spoilt", KxString("1"));
+        }
+        message.getCSeqHeader()->setSeqNumber(message.getCSeqHeader()->getSeqNumber() ^ 1);
+        if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
+            if (request->getURI()->isSipURL()) {
+                request->getURL()->setMAddrParam(KxString("spoilt"));
+            }
         }
     }
 
