@@ -83,6 +83,11 @@ constexpr Case kCases[] = {
     {"refused/retry_after_without_number", "", "Retry-After:x\r\n", ""},
     {"refused/mime_version_without_number", "", "MIME-Version:x\r\n", ""},
     {"refused/timestamp_without_number", "", "Timestamp:x\r\n", ""},
+    {"refused/rack_without_method", "", "RAck:1\r\n", ""},
+    {"refused/response_key_missing", "", "Response-Key:;\r\n", ""},
+    {"refused/credentials_of_other_scheme", "", "Authorization:x\r\n", ""},
+    {"refused/credentials_without_value", "", "Authorization:Digest a\r\n", ""},
+    {"refused/challenge_of_other_scheme", "", "WWW-Authenticate:x\r\n", ""},
     // many short things
     {"short/known_headers", "", "k:a\r\n", ""},
     {"short/unknown_headers", "", "q:1\r\n", ""},

@@ -5,12 +5,11 @@
 
 /** Runs `parse` over a stream whose window holds the whole line, continuation lines included: over `in` itself when it
     is whole, else over a view of what was looked ahead, after which `in` is moved on by what the parser took (also when
-    it throws). So grammars that work on slices of text need only one form. */
+    it throws). So grammars that work on slices of text need only one form. Returns what `parse` returns. */
 template <class Parse>
-void KxWithWholeWindow(KxInputStream& in, Parse&& parse) {
+auto KxWithWholeWindow(KxInputStream& in, Parse&& parse) {
     if (in.isWhole()) {
-        parse(in);
-        return;
+        return parse(in);
     }
     std::size_t searched = 0; // the line ends nowhere before; what follows a last LF decides on that one
     std::size_t end = KxUnfoldedLineEnd(in.window());
@@ -27,5 +26,5 @@ void KxWithWholeWindow(KxInputStream& in, Parse&& parse) {
         std::size_t length;
         ~Consumed() { outer.consume(length - inner.window().size()); }
     } view{in, KxByteArrayInputStream(line), line.size()};
-    parse(view.inner);
+    return parse(view.inner);
 }

@@ -3,7 +3,6 @@
 #include "core/AceCleanupLogger.h"
 #include "core/DynCastAssert.h"
 #include "core/TraceScope.h"
-#include "sipobject/KxSipParseError.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
@@ -11,6 +10,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -26,11 +26,7 @@ const char* closingQuote(const char* at, const char* end) {
     return at;
 }
 
-void checkLength(const char* begin, const char* end) {
-    if (end - begin >= kNameLimit) {
-        KxSipParseError::sThrow("Invalid SIP Name Address");
-    }
-}
+constexpr KxSipFault kTooLong{"Invalid SIP Name Address"};
 
 } // namespace
 
@@ -66,9 +62,18 @@ KxSipNameAddress* KxSipNameAddress::clone() const {
 }
 
 KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
-    KxHandle<KxSipNameAddress> address = KxHandle<KxSipNameAddress>::sOfNew(new KxSipNameAddress(Unset::Tag));
-    address->parse(in);
+    KxHandle<KxSipNameAddress> address;
+    sRead(in, address).raiseIfAny();
     return address;
+}
+
+KxSipFault KxSipNameAddress::sRead(KxInputStream& in, KxHandle<KxSipNameAddress>& address) {
+    KxHandle<KxSipNameAddress> read = KxHandle<KxSipNameAddress>::sOfNew(new KxSipNameAddress(Unset::Tag));
+    const KxSipFault fault = read.get()->read(in);
+    if (!fault) {
+        address = std::move(read);
+    }
+    return fault;
 }
 
 KxHandle<KxSipURL> KxSipNameAddress::getURL() const {
@@ -103,33 +108,39 @@ void KxSipNameAddress::parse(const char* text) {
 
 void KxSipNameAddress::parse(KxInputStream& in) {
     const Oskan::EntryDepth entry;
+    read(in).raiseIfAny();
+}
+
+KxSipFault KxSipNameAddress::read(KxInputStream& in) {
     if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
-        parseWhole(in);
-    } else {
-        parseTraced(in);
+        return readWhole(in);
     }
+    return readTraced(in);
 }
 
-void KxSipNameAddress::parseTraced(KxInputStream& in) {
+KxSipFault KxSipNameAddress::readTraced(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipNameAddress::parse(1)");
-    KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
+    return KxWithWholeWindow(in, [this](KxInputStream& line) { return readWhole(line); });
 }
 
-void KxSipNameAddress::parseWhole(KxInputStream& in) {
+KxSipFault KxSipNameAddress::readWhole(KxInputStream& in) {
     KxStreamTokenizer::sDiscardWhite(in);
     const std::string_view text = in.window();
     const char* const end = text.data() + text.size();
-    const char* uri = parseDisplayName(text.data(), end);
+    const char* uri = text.data();
+    if (const KxSipFault fault = readDisplayName(text.data(), end, uri)) {
+        return fault;
+    }
     if (m_brackets) {
         uri = std::find(uri, end, '<');
     }
     in.consume(static_cast<std::size_t>(uri - text.data()));
-    m_URI = KxURI::sConstructFrom(in, m_standalone);
+    return KxURI::sRead(in, m_standalone, m_URI);
 }
 
-/** Reads up to what shows where the URI begins; returns where to look for it: the beginning, or the last quote. */
-const char* KxSipNameAddress::parseDisplayName(const char* begin, const char* end) {
-    const char* uri = begin;
+/** Reads up to what shows where the URI begins, and leaves `uri` where to look for it: at the beginning, or the last
+    quote. */
+inline KxSipFault KxSipNameAddress::readDisplayName(const char* begin, const char* end, const char*& uri) {
     for (const char* at = begin; at != end && *at != ':'; ++at) {
         if (*at == '<') {
             setDisplayName(begin, at);
@@ -139,23 +150,27 @@ const char* KxSipNameAddress::parseDisplayName(const char* begin, const char* en
         if (*at == '\n') {
             if (!m_brackets) {
                 setDisplayName(begin, at);
-                KxSipParseError::sThrow("URL not specified");
+                return KxSipFault("URL not specified");
             }
             break;
         }
         if (*at == '"') {
             at = closingQuote(at + 1, end);
-            checkLength(begin, at);
+            if (at - begin >= kNameLimit) {
+                return kTooLong;
+            }
             if (at == end) {
-                KxSipParseError::sThrow("Invalid quote in KxSipNameAddress");
+                return KxSipFault("Invalid quote in KxSipNameAddress");
             }
             uri = at;
         } else if (!isLegalDisplayNameChar(*at)) {
-            KxSipParseError::sThrow(std::string("Invalid Character (") + *at + ") in name-addr");
+            return KxSipFault::sAbout(*at, "Invalid Character (?) in name-addr");
         }
-        checkLength(begin, at + 1);
+        if (at + 1 - begin >= kNameLimit) {
+            return kTooLong;
+        }
     }
-    return uri;
+    return {};
 }
 
 void KxSipNameAddress::setDisplayName(const char* begin, const char* end) {

@@ -22,6 +22,8 @@ public:
 
     /** One from a header's value, where parameters behind a bare SIP URL are the header's. Throws as parse. */
     static KxHandle<KxSipNameAddress> sConstructFrom(KxInputStream& in);
+    /** As sConstructFrom, but what is wrong is told, not thrown; the handle then stays as it was. */
+    static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipNameAddress>& address);
 
     const KxString& getDisplayName() const { return m_displayName; }
     /** The URI itself, shared. */
@@ -38,6 +40,8 @@ public:
         specified", "Invalid quote in KxSipNameAddress", "Invalid Character (c) in name-addr" with the character for c;
         and what the URI's class throws. */
     void parse(KxInputStream& in);
+    /** As parse, but what is wrong is told, not thrown. */
+    KxSipFault read(KxInputStream& in);
     /** As above from a text; null reads as empty. */
     void parse(const char* text);
 
@@ -51,9 +55,9 @@ private:
     explicit KxSipNameAddress(Unset) {}
 
     static bool isLegalDisplayNameChar(char c);
-    void parseTraced(KxInputStream& in);
-    void parseWhole(KxInputStream& in);
-    const char* parseDisplayName(const char* begin, const char* end);
+    KxSipFault readTraced(KxInputStream& in);
+    KxSipFault readWhole(KxInputStream& in);
+    KxSipFault readDisplayName(const char* begin, const char* end, const char*& uri);
     void setDisplayName(const char* begin, const char* end);
 
     static Oskan::MemAccount s_account;

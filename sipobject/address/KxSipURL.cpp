@@ -120,16 +120,19 @@ void KxSipURL::setTransportParam(KxSocketImpl::Transport transport) {
 
 void KxSipURL::parse(KxInputStream& in) {
     const Oskan::EntryDepth entry;
-    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
-        KxSipURLParser(*this, in).parse();
-    } else {
-        parseTraced(in);
-    }
+    read(in).raiseIfAny();
 }
 
-void KxSipURL::parseTraced(KxInputStream& in) {
+KxSipFault KxSipURL::read(KxInputStream& in) {
+    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
+        return KxSipURLParser(*this, in).parse();
+    }
+    return readTraced(in);
+}
+
+KxSipFault KxSipURL::readTraced(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
-    KxWithWholeWindow(in, [this](KxInputStream& line) { KxSipURLParser(*this, line).parse(); });
+    return KxWithWholeWindow(in, [this](KxInputStream& line) { return KxSipURLParser(*this, line).parse(); });
 }
 
 void KxSipURL::parse(const char* text) {
@@ -139,7 +142,9 @@ void KxSipURL::parse(const char* text) {
 
 void KxSipURL::parseHeader(KxInputStream& in) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parseHeader");
-    KxWithWholeWindow(in, [this](KxInputStream& line) { KxSipURLParser(*this, line).parseHeaders(); });
+    KxWithWholeWindow(in, [this](KxInputStream& line) {
+        return KxSipURLParser(*this, line).parseHeaders();
+    }).raiseIfAny();
 }
 
 void KxSipURL::setHost(const char* text) {

@@ -85,10 +85,12 @@ public:
     bool operator==(const KxSipURL& other) const;
 
 private:
+    friend class KxURI;
     friend class KxSipURLParser;
 
+    KxSipFault read(KxInputStream& in);
     void setHost(const char* text);
-    void parseTraced(KxInputStream& in);
+    KxSipFault readTraced(KxInputStream& in);
     bool parametersMatch(const KxSipURL& other) const;
     bool headersMatch(const KxSipURL& other) const;
 

@@ -1,7 +1,6 @@
 #include "sipobject/address/KxSipURLParser.h"
 
 #include "core/AceCleanupLogger.h"
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURL.h"
 #include "util/KxBytes.h"
 #include "util/KxHexEncoding.h"
@@ -72,17 +71,28 @@ bool KxSipURLParser::findUserPart() const {
     return memo.found[memo.quoted];
 }
 
+inline const char* KxSipURLParser::findDelimiter(const char* from) const {
+    return kDelimiters.find(from, m_end, m_in.readableEnd());
+}
+
+inline std::string_view KxSipURLParser::textTo(const char* end) const {
+    return {m_at, static_cast<std::size_t>(end - m_at)};
+}
+
 bool KxSipURLParser::userIsOpen() const {
     return m_hasUserPart && m_url.m_user.empty();
 }
 
-/** Takes "<", "sip:" and "user@" where a URL begins with them as nearly every one does; else nothing. */
-inline bool KxSipURLParser::takeUsualStart() {
+/** Takes "<", "sip:", "user@" or "user:password@", and "host:port", where a URL begins with them as nearly every one
+    does; else what does stand there of them. Returns the first delimiter behind; nullptr when not even the scheme is as
+    usual, and nothing taken. */
+inline const char* KxSipURLParser::takeUsualStart() {
     const bool bracket = m_at != m_end && *m_at == '<';
-    const char* const scheme = m_at + (bracket ? 1 : 0);
+    const bool blank = m_at != m_end && *m_at == ' '; // as in front of a Request-URI
+    const char* const scheme = m_at + (bracket || blank ? 1 : 0);
     if (m_end - scheme < 5 || KxBytes::load<std::uint32_t>(scheme) != KxBytes::load<std::uint32_t>("sip:") ||
         !m_url.m_user.empty() || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-        return false;
+        return nullptr;
     }
     m_bracket = bracket;
     m_at = scheme + 4;
@@ -90,40 +100,75 @@ inline bool KxSipURLParser::takeUsualStart() {
         m_url.m_Scheme = KxSipURL::sToken;
     }
     m_previous = ':';
-    const char* const stop = kDelimiters.find(m_at, m_end, m_in.readableEnd());
+    const char* const stop = findDelimiter(m_at);
     if (stop == m_end || *stop == '>' || *stop == '\n') {
-        m_hasUserPart = false;
-    } else if (*stop == '@' && stop != m_at) {
-        m_hasUserPart = true;
-        m_url.m_user = KxString(std::string_view(m_at, static_cast<std::size_t>(stop - m_at)));
-        m_previous = '@';
-        m_at = stop + 1;
-    } else {
-        m_hasUserPart = findUserPart();
+        return takeUsualHost(stop);
     }
+    if ((*stop == '@' || *stop == ':') && stop != m_at && takeUsualUser(stop)) {
+        return takeUsualHost(findDelimiter(m_at));
+    }
+    m_hasUserPart = findUserPart();
+    return m_hasUserPart ? stop : takeUsualHost(stop);
+}
+
+/** Takes a user that ends at `stop`, and a password behind it, if an "@" is what ends the two. */
+inline bool KxSipURLParser::takeUsualUser(const char* stop) {
+    const char* const end = *stop == '@' ? stop : findDelimiter(stop + 1);
+    if (end == m_end || *end != '@') {
+        return false;
+    }
+    m_hasUserPart = true;
+    m_url.m_user = KxString(textTo(stop));
+    if (end != stop) {
+        m_at = stop + 1;
+        m_url.m_password = KxString(textTo(end));
+    }
+    m_previous = '@';
+    m_at = end + 1;
     return true;
 }
 
-inline void KxSipURLParser::setPort() {
-    if (!m_token.view().empty()) {
-        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(m_token.view()));
+/** Takes a host that ends at `stop`, and the digits of a port behind it, if they end as usual, and stays as if a colon
+    with no port behind it had been read; else takes nothing. Returns the first delimiter behind. */
+inline const char* KxSipURLParser::takeUsualHost(const char* stop) {
+    const bool hasPort = stop != m_end && *stop == ':';
+    const char* const end = hasPort ? std::find_if_not(stop + 1, m_end, KxAscii::isDigit) : stop;
+    if (stop == m_at || (end != m_end && *end != ';' && *end != '>' && *end != '?')) {
+        return stop;
+    }
+    m_url.m_host = KxString(textTo(stop));
+    if (hasPort) {
+        setPort(std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)));
+    }
+    m_hostSeen = true;
+    m_previous = ':';
+    m_at = end;
+    return end;
+}
+
+inline void KxSipURLParser::setPort(std::string_view digits) {
+    if (!digits.empty()) {
+        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(digits));
         m_url.m_hasPort = true;
     }
 }
 
 inline void KxSipURLParser::closeToken() {
     if (m_previous == ':' && m_hostSeen) {
-        setPort();
+        setPort(m_token.view());
     } else if (m_previous == ':' || m_previous == '@') {
         m_url.m_host = KxString(m_token.view());
     }
     m_token.clear();
 }
 
-inline void KxSipURLParser::requireHost() const {
-    if (m_url.m_host.empty()) {
-        KxSipParseError::sThrow("Sip URL wrong format");
-    }
+[[gnu::cold]] KxSipURLParser::Next KxSipURLParser::refuse(const char* text) {
+    m_fault = KxSipFault(text);
+    return Next::Refused;
+}
+
+inline KxSipURLParser::Next KxSipURLParser::doneWithHost() {
+    return m_url.m_host.empty() ? refuse("Sip URL wrong format") : Next::Done;
 }
 
 inline void KxSipURLParser::parameters() {
@@ -137,7 +182,7 @@ inline void KxSipURLParser::parameters() {
     m_previous = stop == m_end ? kEndOfInput : *stop;
 }
 
-inline void KxSipURLParser::colon() {
+inline KxSipURLParser::Next KxSipURLParser::colon() {
     const std::string_view token = m_token.view();
     if (m_previous == '\0') {
         const KxString& sip = KxSipURL::sToken;
@@ -146,7 +191,7 @@ inline void KxSipURLParser::colon() {
         } else if (sip.equalsNoCase(token)) {
             m_url.m_Scheme = KxString(token);
         } else {
-            KxSipParseError::sThrow("Scheme is not SIP");
+            return refuse("Scheme is not SIP");
         }
     } else if (m_previous == ':' && m_hasUserPart) {
         m_url.m_user = KxString(token);
@@ -156,6 +201,7 @@ inline void KxSipURLParser::colon() {
     }
     m_previous = ':';
     m_token.clear();
+    return Next::More;
 }
 
 inline KxSipURLParser::Next KxSipURLParser::semicolon() {
@@ -165,12 +211,12 @@ inline KxSipURLParser::Next KxSipURLParser::semicolon() {
         return Next::More;
     }
     if (m_previous != ':' && m_previous != '@') {
-        KxSipParseError::sThrow("Illegal URL construct");
+        return refuse("Illegal URL construct");
     }
     closeToken();
-    requireHost();
-    if (!ownParameters) {
-        return Next::Done;
+    const Next next = doneWithHost();
+    if (next != Next::Done || !ownParameters) {
+        return next;
     }
     parameters();
     return Next::More;
@@ -184,92 +230,92 @@ inline KxSipURLParser::Next KxSipURLParser::end(int c) {
             return Next::More;
         }
         closeToken();
-        parseHeaders();
-        requireHost();
-        return Next::Done;
+        m_fault = parseHeaders();
+        return m_fault ? Next::Refused : doneWithHost();
     }
     if (c == '>') {
         m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
         m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
     }
     closeToken();
-    requireHost();
-    return Next::Done;
+    return doneWithHost();
 }
 
-void KxSipURLParser::parse() {
-    if (!takeUsualStart()) {
+/** Takes the token that ends at a delimiter, or the end, and the delimiter. */
+inline KxSipURLParser::Next KxSipURLParser::take(const char* stop) {
+    m_token.add(m_at, stop);
+    m_at = stop;
+    const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
+    switch (c) {
+    case ' ':
+    case '\r':
+        return Next::More;
+    case '"':
+        return addQuoted();
+    case ':':
+        return colon();
+    case '@':
+        return at();
+    case ';':
+        return semicolon();
+    case ',':
+        return comma();
+    case '<':
+    case '&':
+        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+            s_logger.log(Oskan::LogLevel::Debug, "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
+        }
+        m_bracket = true;
+        return Next::More;
+    default:
+        return end(c);
+    }
+}
+
+KxSipFault KxSipURLParser::parse() {
+    const char* stop = takeUsualStart();
+    if (stop == nullptr) {
         m_url.m_Scheme = KxString();
         m_hasUserPart = findUserPart();
+        stop = findDelimiter(m_at);
     }
-    Next next = Next::More;
-    while (next == Next::More) {
-        const char* const stop = kDelimiters.find(m_at, m_end, m_in.readableEnd());
-        m_token.add(m_at, stop);
-        m_at = stop;
-        const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
-        switch (c) {
-        case ' ':
-        case '\r':
-            break;
-        case '"':
-            addQuoted();
-            break;
-        case ':':
-            colon();
-            break;
-        case '@':
-            at();
-            break;
-        case ';':
-            next = semicolon();
-            break;
-        case ',':
-            next = comma();
-            break;
-        case '<':
-        case '&':
-            if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-                s_logger.log(Oskan::LogLevel::Debug,
-                             "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
-            }
-            m_bracket = true;
-            break;
-        default:
-            next = end(c);
-        }
+    while (take(stop) == Next::More) {
+        stop = findDelimiter(m_at);
     }
+    return m_fault;
 }
 
-void KxSipURLParser::addQuoted() {
+KxSipURLParser::Next KxSipURLParser::addQuoted() {
     const char* const quote = m_at - 1;
     if (userIsOpen()) {
         m_at = std::find(m_at, m_end, '"');
         if (m_at == m_end) {
-            KxSipParseError::sThrow("Sip URL, Double quote mismatch");
+            return refuse("Sip URL, Double quote mismatch");
         }
         ++m_at;
     }
     m_token.add(quote, m_at);
+    return Next::More;
 }
 
-void KxSipURLParser::at() {
+KxSipURLParser::Next KxSipURLParser::at() {
     if (m_previous == '\0') {
-        return;
+        return Next::More;
     }
     if (m_previous == '@') {
-        KxSipParseError::sThrow("Sip URL wrong format");
+        return refuse("Sip URL wrong format");
     }
     const std::string_view token = m_token.view();
     if (!m_url.m_user.empty()) {
         m_url.m_password = KxString(token);
     } else if (token.empty()) {
-        KxSipParseError::sThrow("Sip URL wrong format (\"@\" present without a user part)");
+        return refuse("Sip URL wrong format (\"@\" present without a user part)");
     } else {
         m_url.m_user = KxString(token);
     }
     m_previous = '@';
     m_token.clear();
+    return Next::More;
 }
 
 KxSipURLParser::Next KxSipURLParser::comma() {
@@ -279,8 +325,7 @@ KxSipURLParser::Next KxSipURLParser::comma() {
     }
     --m_at; // the next value of the header begins there
     closeToken();
-    requireHost();
-    return Next::Done;
+    return doneWithHost();
 }
 
 /** The next character, escapes decoded; -1 at the end. An escape that the input cuts short stands as it is. */
@@ -296,7 +341,7 @@ int KxSipURLParser::nextHeaderCharacter() {
     return static_cast<unsigned char>(KxHexEncoding::fromHex(m_at[-2], m_at[-1]));
 }
 
-void KxSipURLParser::parseHeaders() {
+KxSipFault KxSipURLParser::parseHeaders() {
     Oskan::FastString<256> name;
     Oskan::FastString<256> value;
     bool inValue = false;
@@ -315,7 +360,9 @@ void KxSipURLParser::parseHeaders() {
             }
             ++m_at; // a folded line goes on
         } else if (c == ';') {
-            storeHeader(name.view(), value.view(), false);
+            if (const KxSipFault fault = storeHeader(name.view(), value.view(), false)) {
+                return fault;
+            }
             name.clear();
             value.clear();
             inValue = false;
@@ -326,18 +373,19 @@ void KxSipURLParser::parseHeaders() {
             (inValue ? value : name).append(static_cast<char>(c));
         }
     }
-    storeHeader(name.view(), value.view(), true);
+    return storeHeader(name.view(), value.view(), true);
 }
 
-void KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {
+KxSipFault KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {
     if (name.empty()) {
-        KxSipParseError::sThrow(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
-                                     : "SIP URL Header doesn't have Key/Value pair (2)\n");
+        return KxSipFault(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
+                               : "SIP URL Header doesn't have Key/Value pair (2)\n");
     }
     if (value.empty()) {
-        KxSipParseError::sThrow(last ? "SIP URL Header key doesn't have a value (1)\n"
-                                     : "SIP URL Header key doesn't have a value (2)\n");
+        return KxSipFault(last ? "SIP URL Header key doesn't have a value (1)\n"
+                               : "SIP URL Header key doesn't have a value (2)\n");
     }
     m_url.m_headers.write().setValue(name, KxString(value));
     debug(last ? "SipURL headers now (3): " : "SipURL headers now (2): ", m_url.m_headers);
+    return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/FastString.h"
+#include "sipobject/KxSipFault.h"
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
 
@@ -20,9 +21,9 @@ public:
     KxSipURLParser& operator=(const KxSipURLParser&) = delete;
 
     /** The URL. */
-    void parse();
+    KxSipFault parse();
     /** The part behind the "?". */
-    void parseHeaders();
+    KxSipFault parseHeaders();
 
 private:
     /** The text since the last delimiter. Characters that are dropped from its middle make it a copy. */
@@ -45,30 +46,37 @@ private:
         Oskan::FastString<256> m_copy;
     };
 
-    enum class Next { More, Done };
+    enum class Next { More, Done, Refused };
 
-    bool takeUsualStart();
+    const char* takeUsualStart();
+    bool takeUsualUser(const char* stop);
+    const char* takeUsualHost(const char* stop);
+    const char* findDelimiter(const char* from) const;
+    std::string_view textTo(const char* end) const;
+    Next take(const char* stop);
     bool findUserPart() const;
     bool userIsOpen() const;
-    void addQuoted();
-    void colon();
-    void at();
+    Next addQuoted();
+    Next colon();
+    Next at();
     Next semicolon();
     void parameters();
     Next comma();
     Next end(int c);
     void closeToken();
-    void setPort();
-    void requireHost() const;
+    void setPort(std::string_view digits);
+    Next doneWithHost();
+    Next refuse(const char* text);
 
     int nextHeaderCharacter();
-    void storeHeader(std::string_view name, std::string_view value, bool last);
+    KxSipFault storeHeader(std::string_view name, std::string_view value, bool last);
 
     KxSipURL& m_url;
     KxInputStream& m_in;
     const char* m_at;
     const char* const m_end;
     Token m_token;
+    KxSipFault m_fault;
     char m_previous = '\0'; ///< The delimiter before the token; NUL for none.
     bool m_hasUserPart = false;
     bool m_hostSeen = false;

@@ -1,7 +1,6 @@
 #include "sipobject/address/KxTelURL.h"
 
 #include "core/FastString.h"
-#include "sipobject/KxSipParseError.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxWholeWindow.h"
 
@@ -49,10 +48,14 @@ void KxTelURL::display(KxOutputStream& out, bool) const {
 }
 
 void KxTelURL::parse(KxInputStream& in) {
-    KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
+    read(in).raiseIfAny();
 }
 
-void KxTelURL::parseWhole(KxInputStream& in) {
+KxSipFault KxTelURL::read(KxInputStream& in) {
+    return KxWithWholeWindow(in, [this](KxInputStream& line) { return readWhole(line); });
+}
+
+KxSipFault KxTelURL::readWhole(KxInputStream& in) {
     Oskan::FastString<256> text;
     std::size_t begin = 0; // of the token that is being collected
     char previous = '\0';
@@ -89,7 +92,7 @@ void KxTelURL::parseWhole(KxInputStream& in) {
         }
         if (keep) {
             if (text.length() == kLongest) {
-                KxSipParseError::sThrow("Invalid TelURL");
+                return KxSipFault("Invalid TelURL");
             }
             text.append(static_cast<char>(c));
         }
@@ -102,6 +105,7 @@ void KxTelURL::parseWhole(KxInputStream& in) {
     } else {
         setNumber(token(), previous);
     }
+    return {};
 }
 
 /** A number stands behind "+" or ":" and nowhere else. */

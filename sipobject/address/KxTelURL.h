@@ -38,7 +38,10 @@ public:
     bool operator==(const KxTelURL& other) const { return getString() == other.getString(); }
 
 private:
-    void parseWhole(KxInputStream& in);
+    friend class KxURI;
+
+    KxSipFault read(KxInputStream& in);
+    KxSipFault readWhole(KxInputStream& in);
     void setNumber(std::string_view token, char delimiter);
 
     KxString m_number;

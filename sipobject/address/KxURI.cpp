@@ -6,13 +6,13 @@
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxException.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxWholeWindow.h"
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -97,18 +97,23 @@ void KxURI::display(KxOutputStream& out, bool) const {
 }
 
 void KxURI::parse(KxInputStream& in) {
+    read(in).raiseIfAny();
+}
+
+KxSipFault KxURI::read(KxInputStream& in) {
     KxScannedText scanned;
     if (in.peek() == '<') {
         in.read();
     }
     m_Scheme = KxString(KxAscii::trim(scanned.token(in, kColon)));
     if (in.read() < 0) {
-        KxException::sThrow("INVALID URI");
+        return KxSipFault("INVALID URI", KxSipFault::Error::Other);
     }
     m_SchemeData = KxString(KxAscii::trim(scanned.token(in, kDataEnd)));
     if (in.peek() == '>') {
         in.read();
     }
+    return {};
 }
 
 void KxURI::parse(const char* text) {
@@ -131,46 +136,57 @@ KxURI* KxURI::sConstruct(const char* scheme) {
 
 KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
     const Oskan::EntryDepth entry;
-    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Debug)) [[likely]] {
-        const char* what = nullptr;
-        return sRead(in, standalone, what);
-    }
-    return sConstructLogged(in, standalone);
-}
-
-KxHandle<KxURI> KxURI::sConstructLogged(KxInputStream& in, bool standalone) {
-    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
     KxHandle<KxURI> uri;
-    const char* what = nullptr;
-    KxWithWholeWindow(in, [&](KxInputStream& line) { uri = sRead(line, standalone, what); });
-    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-        debug(what, uri->isSipURL() ? uri->getString() : KxString());
-    }
+    sRead(in, standalone, uri).raiseIfAny();
     return uri;
 }
 
+KxSipFault KxURI::sRead(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri) {
+    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Debug)) [[likely]] {
+        const char* what = nullptr;
+        return sReadWhole(in, standalone, uri, what);
+    }
+    return sReadLogged(in, standalone, uri);
+}
+
+KxSipFault KxURI::sReadLogged(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri) {
+    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
+    const char* what = nullptr;
+    const KxSipFault fault =
+        KxWithWholeWindow(in, [&](KxInputStream& line) { return sReadWhole(line, standalone, uri, what); });
+    if (!fault && s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        debug(what, uri->isSipURL() ? uri->getString() : KxString());
+    }
+    return fault;
+}
+
+template <class T>
+inline KxSipFault KxURI::sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri) {
+    const KxSipFault fault = read.get()->T::read(in);
+    if (!fault) {
+        uri = std::move(read);
+    }
+    return fault;
+}
+
 /** Reads from a whole stream and says what it was. */
-inline KxHandle<KxURI> KxURI::sRead(KxInputStream& in, bool standalone, const char*& what) {
-    KxHandle<KxURI> uri;
+inline KxSipFault KxURI::sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what) {
     const std::string_view text = in.window();
     const Prefix prefix(text.data(), text.data() + text.size());
     if (prefix.is("sip")) {
         what = "KxURI: parsed sip URL: ";
         KxHandle<KxSipURL> url = KxMake<KxSipURL>();
         url.get()->m_standalone = standalone;
-        url.get()->KxSipURL::parse(in);
-        return url;
+        return sReadAs(in, std::move(url), uri);
     }
     if (prefix.is("tel")) {
         what = "KxURI: parsed tel URL";
-        uri = KxMake<KxTelURL>();
-        uri->m_standalone = standalone;
-    } else {
-        what = "KxURI: parsed URL of unknown scheme";
-        uri = KxMake<KxURI>(nullptr);
+        KxHandle<KxTelURL> url = KxMake<KxTelURL>();
+        url.get()->m_standalone = standalone;
+        return sReadAs(in, std::move(url), uri);
     }
-    uri->parse(in);
-    return uri;
+    what = "KxURI: parsed URL of unknown scheme";
+    return sReadAs(in, KxMake<KxURI>(nullptr), uri);
 }
 
 KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/MemAccount.h"
+#include "sipobject/KxSipFault.h"
 #include "sipobject/SipApi.h"
 #include "util/KxHandle.h"
 #include "util/KxString.h"
@@ -53,6 +54,8 @@ public:
         a KxURI. With `standalone` the parameters behind a SIP URL without angle brackets are its own; without, they
         belong to the header it stands in. Throws what the class's parse throws. */
     static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
+    /** As sConstructFrom, but what is wrong is told, not thrown; the handle then stays as it was. */
+    static KxSipFault sRead(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
 
 protected:
     KxURI(const KxURI& other);
@@ -68,8 +71,11 @@ private:
 
     static Oskan::MemAccount s_account;
     static KxURI* sConstruct(const char* scheme);
-    static KxHandle<KxURI> sConstructLogged(KxInputStream& in, bool standalone);
-    static KxHandle<KxURI> sRead(KxInputStream& in, bool standalone, const char*& what);
+    template <class T>
+    static KxSipFault sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri);
+    static KxSipFault sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what);
+    static KxSipFault sReadLogged(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
+    KxSipFault read(KxInputStream& in);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }
     void setSchemeData(const KxString& data) { m_SchemeData = data; }
 };

@@ -4,7 +4,8 @@
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestChallengeInfo.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxException.h"
+
+#include <utility>
 
 namespace {
 
@@ -24,14 +25,20 @@ KxHandle<KxSipChallengeInfo> KxSipChallengeInfo::constructFrom(const char* schem
                                                                const KxHandle<KxByteArray>& properties) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipChallengeInfo::constructFrom");
     KxByteArrayInputStream in(properties);
-    return sConstructFrom(scheme == nullptr ? "" : scheme, in);
+    KxHandle<KxSipChallengeInfo> challenge;
+    sRead(scheme == nullptr ? "" : scheme, in, challenge).raiseIfAny();
+    return challenge;
 }
 
-KxHandle<KxSipChallengeInfo> KxSipChallengeInfo::sConstructFrom(std::string_view scheme, KxInputStream& properties) {
+KxSipFault KxSipChallengeInfo::sRead(std::string_view scheme, KxInputStream& properties,
+                                     KxHandle<KxSipChallengeInfo>& challenge) {
     if (!KxSipDigestChallengeInfo::TYPE.equalsNoCase(scheme)) {
-        KxException::sThrow("Challenge type not supported !");
+        return KxSipFault("Challenge type not supported !", KxSipFault::Error::Other);
     }
-    KxHandle<KxSipDigestChallengeInfo> challenge = KxMake<KxSipDigestChallengeInfo>();
-    challenge->parse(properties);
-    return challenge;
+    KxHandle<KxSipDigestChallengeInfo> digest = KxMake<KxSipDigestChallengeInfo>();
+    const KxSipFault fault = digest->read(properties);
+    if (!fault) {
+        challenge = std::move(digest);
+    }
+    return fault;
 }

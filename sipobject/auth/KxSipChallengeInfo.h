@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/MemAccount.h"
+#include "sipobject/KxSipFault.h"
 #include "sipobject/SipApi.h"
 #include "util/KxByteArray.h"
 #include "util/KxString.h"
@@ -38,7 +39,8 @@ protected:
 private:
     friend class KxSipAuthenticateHeader;
 
-    static KxHandle<KxSipChallengeInfo> sConstructFrom(std::string_view scheme, KxInputStream& properties);
+    static KxSipFault sRead(std::string_view scheme, KxInputStream& properties,
+                            KxHandle<KxSipChallengeInfo>& challenge);
 
     static Oskan::MemAccount s_account;
 };

@@ -4,7 +4,8 @@
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxException.h"
+
+#include <utility>
 
 namespace {
 
@@ -24,15 +25,20 @@ KxHandle<KxSipCredentialsInfo> KxSipCredentialsInfo::constructFrom(const char* s
                                                                    const KxHandle<KxByteArray>& properties) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipCredentialsInfo::constructFrom");
     KxByteArrayInputStream in(properties);
-    return sConstructFrom(scheme == nullptr ? "" : scheme, in);
+    KxHandle<KxSipCredentialsInfo> credentials;
+    sRead(scheme == nullptr ? "" : scheme, in, credentials).raiseIfAny();
+    return credentials;
 }
 
-KxHandle<KxSipCredentialsInfo> KxSipCredentialsInfo::sConstructFrom(std::string_view scheme,
-                                                                    KxInputStream& properties) {
+KxSipFault KxSipCredentialsInfo::sRead(std::string_view scheme, KxInputStream& properties,
+                                       KxHandle<KxSipCredentialsInfo>& credentials) {
     if (!KxSipDigestCredentialsInfo::sm_Type.equalsNoCase(scheme)) {
-        KxException::sThrow("Credentials type not supported !");
+        return KxSipFault("Credentials type not supported !", KxSipFault::Error::Other);
     }
-    KxHandle<KxSipDigestCredentialsInfo> credentials = KxMake<KxSipDigestCredentialsInfo>();
-    credentials->parse(properties);
-    return credentials;
+    KxHandle<KxSipDigestCredentialsInfo> digest = KxMake<KxSipDigestCredentialsInfo>();
+    const KxSipFault fault = digest->read(properties);
+    if (!fault) {
+        credentials = std::move(digest);
+    }
+    return fault;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/MemAccount.h"
+#include "sipobject/KxSipFault.h"
 #include "sipobject/SipApi.h"
 #include "util/KxByteArray.h"
 #include "util/KxString.h"
@@ -47,7 +48,8 @@ protected:
 private:
     friend class KxSipAuthorizationHeader;
 
-    static KxHandle<KxSipCredentialsInfo> sConstructFrom(std::string_view scheme, KxInputStream& properties);
+    static KxSipFault sRead(std::string_view scheme, KxInputStream& properties,
+                            KxHandle<KxSipCredentialsInfo>& credentials);
 
     static Oskan::MemAccount s_account;
 };

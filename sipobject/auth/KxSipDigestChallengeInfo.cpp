@@ -42,10 +42,15 @@ KxHandle<KxSipDigestChallengeInfo> KxSipDigestChallengeInfo::sCreateFrom(const K
 }
 
 void KxSipDigestChallengeInfo::parse(KxInputStream& in) {
+    read(in).raiseIfAny();
+}
+
+KxSipFault KxSipDigestChallengeInfo::read(KxInputStream& in) {
     constexpr const char* kOperation = "KxSipDigestChallengeInfo::parse";
     const Oskan::EntryTraceScope trace(s_logger, kOperation);
     KxSipPropertyScanner scanner(m_properties, KxSipPropertyScanner::kStrict);
-    if (scanner.scan(in) && s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+    const KxSipFault fault = scanner.scan(in);
+    if (scanner.reachedEnd() && s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug,
                      std::string(kOperation)
                          .append(" : prop.size()=")
@@ -54,6 +59,7 @@ void KxSipDigestChallengeInfo::parse(KxInputStream& in) {
                          .append(m_properties.getString().view()),
                      kName);
     }
+    return fault;
 }
 
 void KxSipDigestChallengeInfo::serialize(KxOutputStream& out) const {

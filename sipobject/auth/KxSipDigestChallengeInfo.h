@@ -21,6 +21,8 @@ public:
     /** Adds the properties of a text. Throws KxException "Buffer overflew !!!" for too many characters, "Failed to parse
         Proxy-Authenticate SIP header" where the last property has no name or no value, or there is none. */
     void parse(KxInputStream& in);
+    /** As parse, but what is wrong is told, not thrown. */
+    KxSipFault read(KxInputStream& in);
     void serialize(KxOutputStream& out) const override;
 
     KxString getType() const override;

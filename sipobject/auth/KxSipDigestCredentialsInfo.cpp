@@ -190,8 +190,12 @@ KxHandle<KxSipDigestCredentialsInfo> KxSipDigestCredentialsInfo::sCreateFrom(con
 }
 
 void KxSipDigestCredentialsInfo::parse(KxInputStream& in) {
+    read(in).raiseIfAny();
+}
+
+KxSipFault KxSipDigestCredentialsInfo::read(KxInputStream& in) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::parse");
-    KxSipPropertyScanner(m_properties, KxSipPropertyScanner::kStrict).scan(in);
+    return KxSipPropertyScanner(m_properties, KxSipPropertyScanner::kStrict).scan(in);
 }
 
 void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {

@@ -42,6 +42,8 @@ public:
 
     /** Adds the properties of a text. Throws as KxSipDigestChallengeInfo's does. */
     void parse(KxInputStream& in);
+    /** As parse, but what is wrong is told, not thrown. */
+    KxSipFault read(KxInputStream& in);
     /** The response is the one that was received, else it is computed, and then throws as getRequestDigest, before
         anything is written. */
     void serialize(KxOutputStream& out) const override;

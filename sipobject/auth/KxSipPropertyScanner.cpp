@@ -1,12 +1,11 @@
 #include "sipobject/auth/KxSipPropertyScanner.h"
 
 #include "util/KxBytes.h"
-#include "util/KxException.h"
 #include "util/KxInputStream.h"
 
 #include <algorithm>
 
-bool KxSipPropertyScanner::scan(KxInputStream& in) {
+KxSipFault KxSipPropertyScanner::scan(KxInputStream& in) {
     while (in.fill()) {
         const char* const begin = in.window().data();
         const char* const end = begin + in.window().size();
@@ -18,15 +17,20 @@ bool KxSipPropertyScanner::scan(KxInputStream& in) {
                                                 : KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
             keep(std::string_view(at, static_cast<std::size_t>(stop - at)));
             at = stop;
-            if (at != end && !takeSpecial(*at++)) {
+            const bool isEnded = at != end && !takeSpecial(*at++);
+            if (m_fault) {
+                return m_fault;
+            }
+            if (isEnded) {
                 in.consume(static_cast<std::size_t>(at - begin));
-                return false;
+                return {};
             }
         }
         in.consume(static_cast<std::size_t>(end - begin));
     }
     finish();
-    return true;
+    m_reachedEnd = !m_fault;
+    return m_fault;
 }
 
 /** Takes the properties that stand in one piece, name=value or name="value", with a comma behind, as most do: nothing
@@ -34,7 +38,9 @@ bool KxSipPropertyScanner::scan(KxInputStream& in) {
 const char* KxSipPropertyScanner::takePlain(const char* at, const char* const end) {
     while (!m_isLineEnded) {
         for (; at != end && *at == ' '; ++at) {
-            refuseBeyondLimit(1);
+            if (exceedsLimit(1)) {
+                return at;
+            }
         }
         const char* const equals = KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
         if (end - equals < 2 || *equals != '=') {
@@ -63,8 +69,7 @@ bool KxSipPropertyScanner::takeSpecial(char c) {
         m_isQuoted = !m_isQuoted;
         return true;
     case ' ':
-        refuseBeyondLimit(1);
-        return true;
+        return !exceedsLimit(1);
     case '=':
         m_isOpen ? keepUnlimited(c) : endName();
         return true;
@@ -80,8 +85,7 @@ bool KxSipPropertyScanner::takeSpecial(char c) {
 }
 
 void KxSipPropertyScanner::keep(std::string_view run) {
-    if (!run.empty()) {
-        refuseBeyondLimit(run.size());
+    if (!run.empty() && !exceedsLimit(run.size())) {
         m_text.append(run);
         m_kept += run.size();
     }
@@ -93,10 +97,13 @@ void KxSipPropertyScanner::keepUnlimited(char c) {
     ++m_kept;
 }
 
-void KxSipPropertyScanner::refuseBeyondLimit(std::size_t more) const {
-    if (m_kept >= m_options.limit || more > m_options.limit - m_kept) {
-        KxException::sThrow("Buffer overflew !!!");
+/** Whether so many characters more are too many, which is a fault. */
+bool KxSipPropertyScanner::exceedsLimit(std::size_t more) {
+    const bool exceeds = m_kept >= m_options.limit || more > m_options.limit - m_kept;
+    if (exceeds) {
+        m_fault = KxSipFault("Buffer overflew !!!", KxSipFault::Error::Other);
     }
+    return exceeds;
 }
 
 void KxSipPropertyScanner::store(std::string_view name, std::string_view value) {
@@ -122,7 +129,7 @@ void KxSipPropertyScanner::finish() {
         }
         endValue();
     } else if (m_options.isLastRequired) {
-        KxException::sThrow("Failed to parse Proxy-Authenticate SIP header");
+        m_fault = KxSipFault("Failed to parse Proxy-Authenticate SIP header", KxSipFault::Error::Other);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/FastString.h"
+#include "sipobject/KxSipFault.h"
 #include "util/KxParameters.h"
 
 #include <cstddef>
@@ -32,16 +33,18 @@ public:
     KxSipPropertyScanner(KxParameters& properties, const Options& options)
         : m_properties(properties), m_options(options) {}
 
-    /** Reads up to the line feed that ends a value, which is consumed, or to the end; false for the former.
-        Throws KxException "Buffer overflew !!!" and "Failed to parse Proxy-Authenticate SIP header". */
-    bool scan(KxInputStream& in);
+    /** Reads up to the line feed that ends a value, which is consumed, or to the end. Faults are "Buffer overflew !!!"
+        and "Failed to parse Proxy-Authenticate SIP header". */
+    KxSipFault scan(KxInputStream& in);
+    /** Whether all was read and nothing found wrong. */
+    bool reachedEnd() const { return m_reachedEnd; }
 
 private:
     const char* takePlain(const char* at, const char* end);
     bool takeSpecial(char c);
     void keep(std::string_view run);
     void keepUnlimited(char c);
-    void refuseBeyondLimit(std::size_t more) const;
+    bool exceedsLimit(std::size_t more);
     void store(std::string_view name, std::string_view value);
     void endName();
     void endValue();
@@ -56,5 +59,7 @@ private:
     bool m_isOpen = false;        // a name is known and its value is read
     bool m_isQuoted = false;
     bool m_isLineEnded = false;
+    bool m_reachedEnd = false;
+    KxSipFault m_fault;
     Oskan::FastString<1024> m_text; // of the property that is read: its name, then its value
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipNameAddress.h"
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
@@ -30,6 +29,11 @@ protected:
         return m_nameAddress.isNil() ? KxHandle<KxSipURL>() : m_nameAddress->getURL();
     }
 
+    /** Reads into the name-address that is held, a new one where there is none. */
+    KxSipFault parseNameAddress(KxInputStream& in) {
+        return m_nameAddress.isNil() ? KxSipNameAddress::sRead(in, m_nameAddress) : m_nameAddress->read(in);
+    }
+
     KxHandle<KxSipNameAddress> m_nameAddress;
 
 private:
@@ -56,11 +60,13 @@ protected:
     }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 
-    void parseAddress(KxInputStream& in) {
-        this->m_nameAddress = KxSipNameAddress::sConstructFrom(in);
+    KxSipFault parseAddress(KxInputStream& in) {
+        if (const KxSipFault fault = KxSipNameAddress::sRead(in, this->m_nameAddress)) {
+            return fault;
+        }
         const int c = in.peek();
         if (c <= '\r' || c >= 0x80) { // the end, a line end or a byte that is no text
-            return;
+            return {};
         }
         if (c == ';') {
             in.read();
@@ -68,6 +74,7 @@ protected:
         if (c != ',') {
             this->m_parameters.write().parse(in);
         }
+        return {};
     }
     void serializeAddress(KxOutputStream& out) const {
         out << this->m_nameAddress;
@@ -77,11 +84,14 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    void parseValue(KxInputStream& in) {
-        parseAddress(in);
+    KxSipFault parseValue(KxInputStream& in) {
+        const KxSipFault fault = parseAddress(in);
         if constexpr (requires(H & header) { header.checkValidity(); }) {
-            static_cast<H*>(this)->checkValidity();
+            if (!fault) {
+                return static_cast<H*>(this)->checkValidity();
+            }
         }
+        return fault;
     }
     void serializeValue(KxOutputStream& out) const { serializeAddress(out); }
 };

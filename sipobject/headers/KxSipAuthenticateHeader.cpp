@@ -17,10 +17,14 @@ KxSipAuthenticateHeader::KxSipAuthenticateHeader(const KxString& name, const KxH
 KxSipAuthenticateHeader::~KxSipAuthenticateHeader() = default;
 
 void KxSipAuthenticateHeader::doParse(KxInputStream& in) {
+    readValue(in).raiseIfAny();
+}
+
+KxSipFault KxSipAuthenticateHeader::readValue(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipAuthenticateHeader::doParse");
     const KxSipSchemeLine line(in);
     KxByteArrayInputStream parameters(line.parameters());
-    m_challenge = KxSipChallengeInfo::sConstructFrom(line.scheme(), parameters);
+    return KxSipChallengeInfo::sRead(line.scheme(), parameters, m_challenge);
 }
 
 void KxSipAuthenticateHeader::doSerialize(KxOutputStream& out) const {

@@ -26,6 +26,7 @@ protected:
 
     /** Throws KxException, as KxSipChallengeInfo::constructFrom. */
     void doParse(KxInputStream& in) override;
+    KxSipFault readValue(KxInputStream& in) override;
     void doSerialize(KxOutputStream& out) const override;
 
 private:

@@ -8,10 +8,10 @@ constinit const KxConstString KxSipAuthenticationInfoHeader::sToken{"Authenticat
 
 static const KxSipAuthenticationInfoHeader::Registration s_registration;
 
-void KxSipAuthenticationInfoHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipAuthenticationInfoHeader::parseValue(KxInputStream& in) {
     const KxSipSchemeLine value(in);
     KxByteArrayInputStream properties(value.line());
-    KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
+    return KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
 }
 
 void KxSipAuthenticationInfoHeader::serializeValue(KxOutputStream& out) const {

@@ -30,7 +30,7 @@ public:
 private:
     friend class KxSipHeaderOf<KxSipAuthenticationInfoHeader>;
 
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxLazyParameters m_parameters;

@@ -18,10 +18,10 @@ KxSipAuthorizationHeader::KxSipAuthorizationHeader(const KxSipAuthorizationHeade
 
 KxSipAuthorizationHeader::~KxSipAuthorizationHeader() = default;
 
-void KxSipAuthorizationHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipAuthorizationHeader::parseValue(KxInputStream& in) {
     const KxSipSchemeLine line(in);
     KxByteArrayInputStream parameters(line.parameters());
-    m_credentials = KxSipCredentialsInfo::sConstructFrom(line.scheme(), parameters);
+    return KxSipCredentialsInfo::sRead(line.scheme(), parameters, m_credentials);
 }
 
 void KxSipAuthorizationHeader::serializeValue(KxOutputStream& out) const {

@@ -37,7 +37,7 @@ protected:
 private:
     friend class KxSipHeaderOf<KxSipAuthorizationHeader>;
 
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxHandle<KxSipCredentialsInfo> m_credentials;

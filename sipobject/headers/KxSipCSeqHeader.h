@@ -25,7 +25,7 @@ private:
 
     KxSipCSeqHeader() = default;
     void setMethod(const KxString& method) { m_method = method; }
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_seqNumber = 0;

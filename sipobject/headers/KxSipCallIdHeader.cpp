@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipCallIdHeader.h"
 
-#include "sipobject/KxSipParseError.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
@@ -15,13 +14,14 @@ constinit const KxConstString KxSipCallIdHeader::sCompactToken{"i"};
 
 static const KxSipCallIdHeader::Registration s_registration;
 
-void KxSipCallIdHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipCallIdHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
     const std::string_view callId = KxAscii::trim(scanned.token(in, kWhite));
     if (callId.empty()) {
-        KxSipParseError::sThrow("Invalid Call-ID header");
+        return KxSipFault("Invalid Call-ID header");
     }
     m_callId = KxString(callId);
+    return {};
 }
 
 void KxSipCallIdHeader::serializeValue(KxOutputStream& out) const {

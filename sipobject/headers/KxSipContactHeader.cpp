@@ -21,14 +21,14 @@ KxString KxSipContactHeader::getDisplayName() const {
     return m_nameAddress.isNil() ? KxString("") : m_nameAddress->getDisplayName();
 }
 
-void KxSipContactHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipContactHeader::parseValue(KxInputStream& in) {
     m_wildCard = KxStreamTokenizer::sDiscardWhite(in) == '*';
     if (m_wildCard) {
         in.read();
         m_nameAddress = nullptr;
-    } else {
-        parseAddress(in);
+        return {};
     }
+    return parseAddress(in);
 }
 
 void KxSipContactHeader::serializeValue(KxOutputStream& out) const {

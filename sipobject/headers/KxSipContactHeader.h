@@ -41,7 +41,7 @@ private:
     friend class KxSipHeaderOf<KxSipContactHeader>;
 
     KxSipContactHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     bool m_wildCard = false;

@@ -7,10 +7,11 @@ constinit const KxConstString KxSipDateHeader::sToken{"Date"};
 
 static const KxSipDateHeader::Registration s_registration;
 
-void KxSipDateHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipDateHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
     KxScannedText::skipSpace(in);
     m_date.constructKxDate(scanned.until<'\r', '\n'>(in));
+    return {};
 }
 
 void KxSipDateHeader::serializeValue(KxOutputStream& out) const {

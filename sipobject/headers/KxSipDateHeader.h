@@ -23,7 +23,7 @@ private:
     friend class KxSipHeaderOf<KxSipDateHeader>;
 
     KxSipDateHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxDate m_date;

@@ -4,7 +4,7 @@
 
 /** From and To: address headers with a tag, whose SIP URL carries nothing that would route a request. A class H says
 
-        static constexpr const char* kInvalid = "...";              // thrown where there is no URI
+        static constexpr const char* kInvalid = "...";              // the fault where there is no URI
         static constexpr KxLiteral kTraceAddress, kTraceURL, kTraceText, kTraceCopy;  // names of its constructors */
 template <class H>
 class KxSipDialogPartyHeader : public KxSipParameterAddressHeader<H> {
@@ -54,9 +54,9 @@ private:
 
     /** A URL that has parameters loses those that only a Request-URI or Contact may have, and its headers; one without
         keeps its headers. [RFC 3261 19.1.1, table 1] */
-    void checkValidity() {
+    KxSipFault checkValidity() {
         if (this->m_nameAddress.isNil() || this->m_nameAddress->getURI().isNil()) {
-            KxSipParseError::sThrow(H::kInvalid);
+            return KxSipFault(H::kInvalid);
         }
         const KxHandle<KxURI>& uri = this->m_nameAddress->getURI();
         if (uri->isSipURL() && uri->hasParameters()) {
@@ -66,5 +66,6 @@ private:
             url.removeParameter("ttl");
             url.clearHeaders();
         }
+        return {};
     }
 };

@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipExpiresHeader.h"
 
-#include "sipobject/KxSipParseError.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
@@ -25,35 +24,40 @@ void KxSipExpiresHeader::setDate(std::string_view text) {
     m_deltaSeconds = 0;
 }
 
-/** Takes a number with nothing but blanks behind it; else leaves the stream where it was and returns false. */
-bool KxSipExpiresHeader::parseSeconds(KxInputStream& in) {
+/** Takes a number with nothing but blanks behind it; else leaves the stream where it was. */
+KxSipFault KxSipExpiresHeader::parseSeconds(KxInputStream& in, bool& taken) {
     const std::string_view text = in.window();
     const char* const end = text.data() + text.size();
     const char* const stop = kNumberEnd.find(text.data(), end);
     const std::string_view number(text.data(), static_cast<std::size_t>(stop - text.data()));
     if (stop == end || number.size() >= kNumberLimit) {
-        KxSipParseError::sThrow("un-expecting end of file when parsing KxSipExpiresHeader");
+        return KxSipFault("un-expecting end of file when parsing KxSipExpiresHeader");
     }
     const char* const next = std::find_if_not(stop, end, [](char c) { return c == ' '; });
-    if (next == end || !kLineBreak.contains(*next)) {
-        return false;
+    taken = next != end && kLineBreak.contains(*next);
+    if (taken) {
+        m_isDate = false;
+        m_deltaSeconds = static_cast<std::uint32_t>(KxAscii::toNumber(number));
+        in.consume(static_cast<std::size_t>(next - text.data()));
     }
-    m_isDate = false;
-    m_deltaSeconds = static_cast<std::uint32_t>(KxAscii::toNumber(number));
-    in.consume(static_cast<std::size_t>(next - text.data()));
-    return true;
+    return {};
 }
 
-void KxSipExpiresHeader::parseValue(KxInputStream& in) {
-    if (KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in))) && parseSeconds(in)) {
-        return;
+KxSipFault KxSipExpiresHeader::parseValue(KxInputStream& in) {
+    if (KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)))) {
+        bool taken = false;
+        const KxSipFault fault = parseSeconds(in, taken);
+        if (taken || fault) {
+            return fault;
+        }
     }
     KxScannedText scanned;
     const std::string_view date = scanned.token(in, kLineBreak);
     if (date.empty()) {
-        KxSipParseError::sThrow("Invalid Expires header");
+        return KxSipFault("Invalid Expires header");
     }
     setDate(date);
+    return {};
 }
 
 void KxSipExpiresHeader::serializeValue(KxOutputStream& out) const {

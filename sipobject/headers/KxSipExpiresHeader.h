@@ -31,8 +31,8 @@ private:
 
     KxSipExpiresHeader() = default;
     void setDate(std::string_view text);
-    bool parseSeconds(KxInputStream& in);
-    void parseValue(KxInputStream& in);
+    KxSipFault parseSeconds(KxInputStream& in, bool& taken);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     bool m_isDate = false;

@@ -4,7 +4,6 @@
 #include "core/FastString.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxNameRegistry.h"
-#include "sipobject/KxSipParseErrorEmptyHeader.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
 #include "util/KxBytes.h"
 #include "util/KxOutputStream.h"
@@ -26,6 +25,11 @@ struct NoScope {
 };
 template <bool kTraced>
 using Scope = std::conditional_t<kTraced, const Oskan::TraceScope, const NoScope>;
+
+constexpr KxSipFault kNoToken{"Header token expected"};
+constexpr KxSipFault kNoColon{"SIP Header parse error : no colon found"};
+constexpr KxSipFault kNothingBehindColon{"SIP Header parse error : nothing after the colon",
+                                         KxSipFault::Error::EmptyHeader};
 
 /** Names of this length and more are never registered ones. */
 constexpr std::size_t kNameLimit = 48;
@@ -124,31 +128,15 @@ void KxSipHeader::sAddConstructor(const char* name, Creator creator) {
     s_registry.add(name, creator);
 }
 
-const char* KxSipHeader::sTextOf(KxSipLineFault fault) {
-    switch (fault) {
-    case KxSipLineFault::NoToken:
-        return "Header token expected";
-    case KxSipLineFault::NoColon:
-        return "SIP Header parse error : no colon found";
-    default:
-        return "SIP Header parse error : nothing after the colon";
-    }
-}
-
-void KxSipHeader::sThrow(KxSipLineFault fault) {
-    if (fault == KxSipLineFault::NothingBehindColon) {
-        KxSipParseErrorEmptyHeader::sThrow(sTextOf(fault));
-    }
-    KxSipParseError::sThrow(sTextOf(fault));
+KxSipFault KxSipHeader::readValue(KxInputStream& in) {
+    doParse(in);
+    return {};
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
     const Oskan::EntryDepth entry;
-    KxSipLineFault fault = KxSipLineFault::None;
-    KxHandle<KxSipHeader> header = sReadFrom(in, fault);
-    if (fault != KxSipLineFault::None) {
-        sThrow(fault);
-    }
+    KxHandle<KxSipHeader> header;
+    sReadFrom(in, header).raiseIfAny();
     return header;
 }
 
@@ -183,19 +171,22 @@ KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
 }
 
 template <bool kTraced>
-[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseValues(KxInputStream& in) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parseValues(KxInputStream& in) {
     const Scope<kTraced> trace(s_logger, "KxSipHeader::parseRest");
     const char* const end = in.window().data() + in.window().size(); // a line: whole
     if (!skipToText(in, end)) {
-        return KxSipLineFault::NothingBehindColon;
+        return kNothingBehindColon;
     }
-    doParse(in);
+    const KxSipFault fault = readValue(in);
+    if (fault) [[unlikely]] {
+        return fault;
+    }
     const char* const comma = findComma(in.window().data(), end);
-    return comma == end ? KxSipLineFault::None : parseFurther(in, comma);
+    return comma == end ? fault : parseFurther(in, comma);
 }
 
 /** The values behind the first one, each in an object of its own. */
-[[gnu::noinline]] KxSipLineFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
+[[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
     const char* const end = in.window().data() + in.window().size();
     const std::string_view name = getExpandedToken();
     const Creator creator = s_registry.find(name);
@@ -204,19 +195,21 @@ template <bool kTraced>
     for (; comma != end; comma = findComma(in.window().data(), end)) {
         in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
         if (!skipToText(in, end)) {
-            return KxSipLineFault::NothingBehindColon;
+            return kNothingBehindColon;
         }
         *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
         KxSipHeader* const last = link->get();
-        last->doParse(in);
+        if (const KxSipFault fault = last->readValue(in)) {
+            return fault;
+        }
         link = &last->m_next;
     }
     addNext(std::move(further));
-    return KxSipLineFault::None;
+    return {};
 }
 
 template <bool kTraced>
-[[gnu::always_inline]] inline KxSipLineFault KxSipHeader::parseLine(const Line& line, bool named) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parseLine(const Line& line, bool named) {
     const Scope<kTraced> trace(s_logger, "KxSipHeader::parse");
     if (!named) {
         setToken(line.name);
@@ -227,85 +220,77 @@ template <bool kTraced>
 
 /** The values that stand in the stream, the first of them for this object. */
 void KxSipHeader::parseRest(KxInputStream& in) {
-    const KxSipLineFault fault = parseValues<true>(in);
-    if (fault != KxSipLineFault::None) {
-        sThrow(fault);
-    }
+    parseValues<true>(in).raiseIfAny();
 }
 
 template <bool kTraced>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sMake(const Line& line, KxSipLineFault& fault) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::sMake(const Line& line, KxHandle<KxSipHeader>& header) {
     bool named = false;
-    KxHandle<KxSipHeader> header = sConstruct<kTraced>(line, named);
-    fault = header.get()->parseLine<kTraced>(line, named);
-    if (fault != KxSipLineFault::None) {
-        header = nullptr;
+    KxHandle<KxSipHeader> made = sConstruct<kTraced>(line, named);
+    const KxSipFault fault = made.get()->parseLine<kTraced>(line, named);
+    if (!fault) [[likely]] {
+        header.swap(made);
     }
-    return header;
+    return fault;
 }
 
 /** A plain line is read where it lies: a name, the colon at once behind it, CR LF at the end, not continued. */
 template <bool kTraced>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sRead(KxInputStream& in, KxSipLineFault& fault) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::sRead(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     const std::string_view window = in.window();
     const char* const begin = window.data();
     const char* const end = begin + window.size();
     const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end, in.readableEnd());
     if (!in.isWhole() || colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ') {
-        return sReadUnplain<kTraced>(in, fault);
+        return sReadUnplain<kTraced>(in, header);
     }
     const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end, in.readableEnd());
     if (!endsPlainly(stop, end)) {
-        return sReadUnplain<kTraced>(in, fault);
+        return sReadUnplain<kTraced>(in, header);
     }
     in.consume(static_cast<std::size_t>(stop - begin) + 2);
     const std::string_view name(begin, static_cast<std::size_t>(colon - begin));
     const std::string_view value(colon + 1, static_cast<std::size_t>(stop - colon) + 1);
-    return sMake<kTraced>({name, name, value, in.readableEnd()}, fault);
+    return sMake<kTraced>({name, name, value, in.readableEnd()}, header);
 }
 
 /** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it, or is not whole. */
 template <bool kTraced>
-[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipLineFault& fault) {
+[[gnu::noinline]] KxSipFault KxSipHeader::sReadUnplain(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     if (!in.isWhole()) {
-        KxHandle<KxSipHeader> header;
-        KxWithWholeWindow(in, [&](KxInputStream& line) { header = sRead<kTraced>(line, fault); });
-        return header;
+        return KxWithWholeWindow(in, [&](KxInputStream& line) { return sRead<kTraced>(line, header); });
     }
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
         KxStreamTokenizer::sDiscardLine(in);
-        fault = KxSipLineFault::NoToken;
-        return {};
+        return kNoToken;
     }
     Oskan::FastString<256> unfolded;
     const char* const raw = in.window().data();
     const std::string_view line = takeLine(in, unfolded);
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) {
-        fault = KxSipLineFault::NoColon;
-        return {};
+        return kNoColon;
     }
     const std::string_view name = KxAscii::trim(line.substr(0, colon));
     // the class goes by the name as it stood, folds and all
     const std::string_view key = nameIn(raw, in.window().data());
     if (name.empty() || key.empty()) {
-        fault = KxSipLineFault::NoToken;
-        return {};
+        return kNoToken;
     }
-    return sMake<kTraced>({key, name, line.substr(colon + 1), line.data() + line.size()}, fault);
+    return sMake<kTraced>({key, name, line.substr(colon + 1), line.data() + line.size()}, header);
 }
 
-KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipLineFault& fault) {
+KxSipFault KxSipHeader::sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
-        return sReadTraced(in, fault);
+        return sReadTraced(in, header);
     }
-    return sRead<false>(in, fault);
+    return sRead<false>(in, header);
 }
 
-[[gnu::cold]] KxHandle<KxSipHeader> KxSipHeader::sReadTraced(KxInputStream& in, KxSipLineFault& fault) {
+[[gnu::cold]] KxSipFault KxSipHeader::sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
-    return sRead<true>(in, fault);
+    return sRead<true>(in, header);
 }
 
 void KxSipHeader::parse(KxInputStream& in) {
@@ -320,13 +305,9 @@ void KxSipHeader::parseWhole(KxInputStream& in) {
     const std::string_view name = KxAscii::trim(line.substr(0, colon));
     if (colon == std::string_view::npos) {
         setToken(name);
-        sThrow(KxSipLineFault::NoColon);
+        kNoColon.raise();
     }
-    const KxSipLineFault fault =
-        parseLine<true>({name, name, line.substr(colon + 1), line.data() + line.size()}, false);
-    if (fault != KxSipLineFault::None) {
-        sThrow(fault);
-    }
+    parseLine<true>({name, name, line.substr(colon + 1), line.data() + line.size()}, false).raiseIfAny();
 }
 
 void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/MemAccount.h"
+#include "sipobject/KxSipFault.h"
 #include "sipobject/SipApi.h"
 #include "sipobject/headers/HeaderID.h"
 #include "util/KxCharSet.h"
@@ -9,9 +10,6 @@
 
 class KxInputStream;
 class KxOutputStream;
-
-/** What the framework itself can find wrong with a header line. */
-enum class KxSipLineFault { None, NoToken, NoColon, NothingBehindColon };
 
 /** Base of every SIP header: the name it is written under, the link to the next value of the same header, and its
     kind. It reads lines (folding, names, commas) and writes them; a class below it knows the grammar of one value and
@@ -42,6 +40,8 @@ protected:
     virtual void doParse(KxInputStream& in) = 0;
     /** Writes one value, without name, colon or line end. */
     virtual void doSerialize(KxOutputStream& out) const = 0;
+    /** As doParse, but may tell what is wrong instead of throwing it, as the classes of the library do. */
+    virtual KxSipFault readValue(KxInputStream& in);
 
 public:
     /** Reads one header line, with its continuation lines, from the start of a line; the values chained behind each
@@ -95,27 +95,24 @@ private:
     /** An empty header of the class that goes by the name. */
     static KxHandle<KxSipHeader> sConstruct(std::string_view name);
     static KxHandle<KxSipHeader> sMakeUnknown(std::string_view name);
-    /** As sConstructFrom, but what the framework finds wrong is told, not thrown: a hostile message may hold thousands
-        of such lines. Nil when there is a fault. */
-    static KxHandle<KxSipHeader> sReadFrom(KxInputStream& in, KxSipLineFault& fault);
-    static KxHandle<KxSipHeader> sReadTraced(KxInputStream& in, KxSipLineFault& fault);
+    /** As sConstructFrom, but what is wrong is told, not thrown; the handle, which must be nil, then stays so. */
+    static KxSipFault sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header);
+    static KxSipFault sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
-    static KxHandle<KxSipHeader> sRead(KxInputStream& in, KxSipLineFault& fault);
+    static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
-    static KxHandle<KxSipHeader> sReadUnplain(KxInputStream& in, KxSipLineFault& fault);
+    static KxSipFault sReadUnplain(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
-    static KxHandle<KxSipHeader> sMake(const Line& line, KxSipLineFault& fault);
-    static const char* sTextOf(KxSipLineFault fault);
-    [[noreturn]] static void sThrow(KxSipLineFault fault);
+    static KxSipFault sMake(const Line& line, KxHandle<KxSipHeader>& header);
 
     void releaseChain();
     void parseWhole(KxInputStream& in);
     template <bool kTraced>
-    KxSipLineFault parseLine(const Line& line, bool named);
+    KxSipFault parseLine(const Line& line, bool named);
     template <bool kTraced>
-    KxSipLineFault parseValues(KxInputStream& in);
+    KxSipFault parseValues(KxInputStream& in);
     void parseRest(KxInputStream& in);
-    KxSipLineFault parseFurther(KxInputStream& in, const char* comma);
+    KxSipFault parseFurther(KxInputStream& in, const char* comma);
     void setToken(std::string_view name);
 
     static Oskan::MemAccount s_account;

@@ -2,7 +2,6 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "util/KxByteArrayInputStream.h"
@@ -16,7 +15,7 @@
         static constexpr char kClassName[] = "KxSipHHeader";
         static constexpr HeaderID kHeaderID = KxHeaderIDs::kH;
         static const KxConstString sToken;              // and sCompactToken, where there is a compact name
-        void parseValue(KxInputStream& in);             // the grammar of one value
+        KxSipFault parseValue(KxInputStream& in);       // the grammar of one value
         void serializeValue(KxOutputStream& out) const;
 
     and a default and a copy constructor. Where several names share a grammar, a class that reads and writes it is their
@@ -49,13 +48,14 @@ protected:
     KxSipHeaderOf(const KxString& token, HeaderID id) : Base(token, id) {}
     KxSipHeaderOf(const KxSipHeaderOf&) = default;
 
-    void doParse(KxInputStream& in) override {
+    void doParse(KxInputStream& in) override { KxSipHeaderOf::readValue(in).raiseIfAny(); }
+    KxSipFault readValue(KxInputStream& in) override {
         if constexpr (!kHasGrammar) {
-            Base::doParse(in);
+            return Base::readValue(in);
         } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
-            parseTraced(in);
+            return parseTraced(in);
         } else {
-            self().parseValue(in);
+            return self().parseValue(in);
         }
     }
     void doSerialize(KxOutputStream& out) const override {
@@ -74,11 +74,10 @@ protected:
         KxSipHeaderOf::doParse(in);
     }
 
-    /** Skips blanks; throws the error unless a digit stands next. */
-    static void expectDigit(KxInputStream& in, const char* error) {
-        if (!KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)))) {
-            KxSipParseError::sThrow(error);
-        }
+    /** Skips blanks; a fault with the text unless a digit stands next. */
+    static KxSipFault expectDigit(KxInputStream& in, const char* text) {
+        const bool isDigit = KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)));
+        return isDigit ? KxSipFault() : KxSipFault(text);
     }
 
     /** What a family reads and writes behind its value: nothing, unless it is built on KxSipParameterHeader. */
@@ -88,9 +87,9 @@ protected:
     static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }
 
 private:
-    [[gnu::cold, gnu::noinline]] void parseTraced(KxInputStream& in) {
+    [[gnu::cold, gnu::noinline]] KxSipFault parseTraced(KxInputStream& in) {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        self().parseValue(in);
+        return self().parseValue(in);
     }
     [[gnu::cold, gnu::noinline]] void serializeTraced(KxOutputStream& out) const {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);

@@ -6,16 +6,21 @@ constinit const KxConstString KxSipMIMEVersionHeader::sToken{"MIME-Version"};
 
 static const KxSipMIMEVersionHeader::Registration s_registration;
 
-void KxSipMIMEVersionHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipMIMEVersionHeader::parseValue(KxInputStream& in) {
     constexpr const char* kInvalid = "Invalid MIME-Version header";
-    expectDigit(in, kInvalid);
+    if (const KxSipFault fault = expectDigit(in, kInvalid)) {
+        return fault;
+    }
     m_high = KxStreamTokenizer::sGetUnsigned(in);
     if (KxStreamTokenizer::sDiscardWhite(in) != '.') {
-        KxSipParseError::sThrow(kInvalid);
+        return KxSipFault(kInvalid);
     }
     in.read();
-    expectDigit(in, kInvalid);
+    if (const KxSipFault fault = expectDigit(in, kInvalid)) {
+        return fault;
+    }
     m_low = KxStreamTokenizer::sGetUnsigned(in);
+    return {};
 }
 
 void KxSipMIMEVersionHeader::serializeValue(KxOutputStream& out) const {

@@ -25,7 +25,7 @@ private:
     friend class KxSipHeaderOf<KxSipMIMEVersionHeader>;
 
     KxSipMIMEVersionHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_high = 1;

@@ -34,13 +34,13 @@ private:
 
     static constexpr KxCharSet kSlash{"/"};
 
-    void parseValue(KxInputStream& in) {
+    KxSipFault parseValue(KxInputStream& in) {
         KxScannedText scanned;
         m_type = KxString(KxAscii::trim(scanned.token(in, kSlash)));
         in.read();
         m_subType = KxString(scanned.token(in, KxSipHeader::sDelimeters));
         if (m_type.empty() || m_subType.empty()) {
-            KxSipParseError::sThrow("Invalid Accept header");
+            return KxSipFault("Invalid Accept header");
         }
         if (KxStreamTokenizer::sDiscardWhite(in) == ';') {
             in.read();
@@ -49,6 +49,7 @@ private:
                 this->m_parameters.write().parse(parameters, in.readableEnd());
             }
         }
+        return {};
     }
     void serializeValue(KxOutputStream& out) const {
         out.write(m_type.view());

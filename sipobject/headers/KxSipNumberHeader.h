@@ -4,7 +4,7 @@
 #include "util/KxOutputStream.h"
 
 /** The family of headers whose value is one unsigned number, and parameters behind it where Base is
-    KxSipParameterHeader. A class H that insists on a digit says what it throws otherwise (kNoDigitError); for the others
+    KxSipParameterHeader. A class H that insists on a digit says what is wrong otherwise (kNoDigitError); for the others
     a missing number is 0. Too large a number is 4294967295. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipNumberHeader : public Base {
@@ -13,11 +13,14 @@ protected:
     explicit KxSipNumberHeader(std::uint32_t number) : m_number(number) {}
     KxSipNumberHeader(const KxSipNumberHeader&) = default;
 
-    void parseNumber(KxInputStream& in) {
+    KxSipFault parseNumber(KxInputStream& in) {
         if constexpr (requires { H::kNoDigitError; }) {
-            this->expectDigit(in, H::kNoDigitError);
+            if (const KxSipFault fault = this->expectDigit(in, H::kNoDigitError)) {
+                return fault;
+            }
         }
         m_number = KxStreamTokenizer::sGetUnsigned(in);
+        return {};
     }
 
     std::uint32_t m_number = 0;
@@ -25,9 +28,12 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    void parseValue(KxInputStream& in) {
-        parseNumber(in);
-        this->parseParameters(in);
+    KxSipFault parseValue(KxInputStream& in) {
+        const KxSipFault fault = parseNumber(in);
+        if (!fault) {
+            this->parseParameters(in);
+        }
+        return fault;
     }
     void serializeValue(KxOutputStream& out) const {
         out << m_number;

@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipRAckHeader.h"
 
-#include "sipobject/KxSipParseError.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
@@ -9,14 +8,15 @@ constinit const KxConstString KxSipRAckHeader::sToken{"RAck"};
 
 static const KxSipRAckHeader::Registration s_registration;
 
-void KxSipRAckHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipRAckHeader::parseValue(KxInputStream& in) {
     m_responseNumber = KxStreamTokenizer::sGetUnsigned(in);
     m_seqNumber = KxStreamTokenizer::sGetUnsigned(in);
     KxScannedText scanned;
     m_method = KxString(scanned.token(in, sDelimeters));
     if (m_method.empty()) {
-        KxSipParseError::sThrow("Invalid RAck header");
+        return KxSipFault("Invalid RAck header");
     }
+    return {};
 }
 
 void KxSipRAckHeader::serializeValue(KxOutputStream& out) const {

@@ -26,7 +26,7 @@ private:
     friend class KxSipHeaderOf<KxSipRAckHeader>;
 
     KxSipRAckHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_responseNumber = 0;

@@ -1,7 +1,5 @@
 #include "sipobject/headers/KxSipRecordRouteHeader.h"
 
-#include <string>
-
 constinit const KxConstString KxSipRecordRouteHeader::sToken{"Record-Route"};
 
 static const KxSipRecordRouteHeader::Registration s_registration;
@@ -11,14 +9,12 @@ KxSipRecordRouteHeader::KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>&
     const Oskan::TraceScope trace(sLogger(), "KxSipRecordRouteHeader ctor");
 }
 
-void KxSipRecordRouteHeader::parseValue(KxInputStream& in) {
-    try {
-        in >> m_nameAddress;
-    } catch (const KxHandle<KxException>& failure) {
-        KxSipParseError::sThrow(std::string("Exception when parsing Name-Address in KxSipRecordRouteHeader: ")
-                                    .append(failure->getExceptionMessage().view()));
+KxSipFault KxSipRecordRouteHeader::parseValue(KxInputStream& in) {
+    if (const KxSipFault fault = parseNameAddress(in)) {
+        return fault.in(KxSipFault::Place::RecordRoute);
     }
     if (getSipURL().isNil()) {
-        KxSipParseError::sThrow("Invalid SIP URL in Name-Address for Record-Route");
+        return KxSipFault("Invalid SIP URL in Name-Address for Record-Route");
     }
+    return {};
 }

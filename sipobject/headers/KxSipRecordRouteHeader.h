@@ -22,5 +22,5 @@ private:
     friend class KxSipHeaderOf<KxSipRecordRouteHeader>;
 
     KxSipRecordRouteHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
 };

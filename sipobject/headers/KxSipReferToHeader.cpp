@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipReferToHeader.h"
 
-#include "sipobject/KxSipParseError.h"
 #include "util/KxOutputStream.h"
 
 constinit const KxConstString KxSipReferToHeader::sToken{"Refer-To"};
@@ -17,11 +16,16 @@ KxHandle<KxSipURL> KxSipReferToHeader::getURL() const {
     return KxHandle<KxSipURL>(isURL ? static_cast<KxSipURL*>(m_URI.get()) : nullptr);
 }
 
-void KxSipReferToHeader::parseValue(KxInputStream& in) {
-    m_URI = KxSipNameAddress::sConstructFrom(in)->getURI();
-    if (m_URI.isNil()) {
-        KxSipParseError::sThrow("Invalid URI in Refer-To header");
+KxSipFault KxSipReferToHeader::parseValue(KxInputStream& in) {
+    KxHandle<KxSipNameAddress> address;
+    if (const KxSipFault fault = KxSipNameAddress::sRead(in, address)) {
+        return fault;
     }
+    m_URI = address->getURI();
+    if (m_URI.isNil()) {
+        return KxSipFault("Invalid URI in Refer-To header");
+    }
+    return {};
 }
 
 void KxSipReferToHeader::serializeValue(KxOutputStream& out) const {

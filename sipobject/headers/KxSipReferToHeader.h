@@ -29,7 +29,7 @@ private:
     friend class KxSipHeaderOf<KxSipReferToHeader>;
 
     KxSipReferToHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxHandle<KxURI> m_URI;

@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipReplacesHeader.h"
 
-#include "sipobject/KxSipParseError.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
@@ -14,20 +13,21 @@ KxSipReplacesHeader::KxSipReplacesHeader(const KxString& callId, const KxString&
     setToTag(toTag);
 }
 
-void KxSipReplacesHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipReplacesHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
     m_callId = KxString(KxAscii::trim(scanned.until<';'>(in)));
     if (m_callId.empty()) {
-        KxSipParseError::sThrow("SIP Replaces header must contain a callid");
+        return KxSipFault("SIP Replaces header must contain a callid");
     }
     in.read();
     m_parameters.write().parse(KxAscii::trim(scanned.until<'\r', '\n'>(in)));
     if (getToTag().empty()) {
-        KxSipParseError::sThrow("SIP Replaces header must contain a to-tag");
+        return KxSipFault("SIP Replaces header must contain a to-tag");
     }
     if (getFromTag().empty()) {
-        KxSipParseError::sThrow("SIP Replaces header must contain a from-tag");
+        return KxSipFault("SIP Replaces header must contain a from-tag");
     }
+    return {};
 }
 
 void KxSipReplacesHeader::serializeValue(KxOutputStream& out) const {

@@ -29,7 +29,7 @@ private:
     friend class KxSipHeaderOf<KxSipReplacesHeader>;
 
     KxSipReplacesHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxLazyParameters m_parameters;

@@ -7,15 +7,16 @@ constinit const KxConstString KxSipResponseKeyHeader::sToken{"Response-Key"};
 
 static const KxSipResponseKeyHeader::Registration s_registration;
 
-void KxSipResponseKeyHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipResponseKeyHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
     m_scheme = KxString(scanned.token(in, sDelimeters));
     if (m_scheme.empty()) {
-        KxSipParseError::sThrow("Invalid Response-Key header");
+        return KxSipFault("Invalid Response-Key header");
     }
     for (m_parameters.write().parse(in); in.peek() == ','; m_parameters.write().parse(in)) {
         in.read();
     }
+    return {};
 }
 
 void KxSipResponseKeyHeader::serializeValue(KxOutputStream& out) const {

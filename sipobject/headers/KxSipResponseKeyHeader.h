@@ -21,7 +21,7 @@ private:
     friend class KxSipHeaderOf<KxSipResponseKeyHeader>;
 
     KxSipResponseKeyHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxString m_scheme;

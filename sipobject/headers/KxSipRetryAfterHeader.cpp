@@ -22,13 +22,16 @@ const char* closingParenthesis(const char* at, const char* end) {
 
 } // namespace
 
-void KxSipRetryAfterHeader::parseValue(KxInputStream& in) {
-    parseNumber(in);
+KxSipFault KxSipRetryAfterHeader::parseValue(KxInputStream& in) {
+    if (const KxSipFault fault = parseNumber(in)) {
+        return fault;
+    }
     if (KxStreamTokenizer::sDiscardWhite(in) == '(') {
         in.read();
         parseComment(in);
     }
     parseParameters(in);
+    return {};
 }
 
 void KxSipRetryAfterHeader::parseComment(KxInputStream& in) {

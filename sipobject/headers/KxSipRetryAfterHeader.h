@@ -33,7 +33,7 @@ private:
     friend class KxSipHeaderOf<KxSipRetryAfterHeader>;
 
     KxSipRetryAfterHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
     void parseComment(KxInputStream& in);
 

@@ -8,10 +8,7 @@ KxSipRouteHeader::KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address) : 
     const Oskan::TraceScope trace(sLogger(), "KxSipRouteHeader ctor");
 }
 
-void KxSipRouteHeader::parseValue(KxInputStream& in) {
-    try {
-        in >> m_nameAddress;
-    } catch (const KxHandle<KxException>&) {
-        KxSipParseError::sThrow("Invalid Name-Address in KxSipRouteHeader");
-    }
+KxSipFault KxSipRouteHeader::parseValue(KxInputStream& in) {
+    const KxSipFault fault = parseNameAddress(in);
+    return fault ? KxSipFault("Invalid Name-Address in KxSipRouteHeader") : fault;
 }

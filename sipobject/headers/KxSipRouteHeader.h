@@ -21,5 +21,5 @@ private:
     friend class KxSipHeaderOf<KxSipRouteHeader>;
 
     KxSipRouteHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
 };

@@ -19,10 +19,11 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    void parseValue(KxInputStream& in) {
+    KxSipFault parseValue(KxInputStream& in) {
         KxScannedText scanned;
         KxScannedText::skipSpace(in);
         m_text = KxString(scanned.until<'\r', '\n'>(in));
+        return {};
     }
     void serializeValue(KxOutputStream& out) const { out.write(m_text.view()); }
 };

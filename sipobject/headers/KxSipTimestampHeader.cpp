@@ -22,11 +22,14 @@ std::string_view takeDecimal(KxInputStream& in) {
 
 } // namespace
 
-void KxSipTimestampHeader::parseValue(KxInputStream& in) {
-    expectDigit(in, "Invalid Timestamp header");
+KxSipFault KxSipTimestampHeader::parseValue(KxInputStream& in) {
+    if (const KxSipFault fault = expectDigit(in, "Invalid Timestamp header")) {
+        return fault;
+    }
     m_timestamp = KxString(takeDecimal(in));
     KxStreamTokenizer::sDiscardWhite(in);
     m_delay = KxString(takeDecimal(in));
+    return {};
 }
 
 void KxSipTimestampHeader::serializeValue(KxOutputStream& out) const {

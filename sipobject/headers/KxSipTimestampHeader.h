@@ -26,7 +26,7 @@ private:
     friend class KxSipHeaderOf<KxSipTimestampHeader>;
 
     KxSipTimestampHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     KxString m_timestamp;

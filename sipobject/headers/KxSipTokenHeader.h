@@ -1,6 +1,5 @@
 #pragma once
 
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
@@ -9,7 +8,7 @@
     class H says how the token ends and what an empty one means:
 
         static constexpr const KxCharSet& kTokenEnd = ...;      // the first of these stays unread
-        static constexpr const char* kEmptyError = "...";       // thrown for an empty token; null accepts it
+        static constexpr const char* kEmptyError = "...";       // the fault of an empty token; null accepts it
         static constexpr bool kIsTrimmed = true;                // optional: no form feed or the like at its end
 
     What stands between the token and the next comma and is no parameter is skipped by the header framework. */
@@ -29,7 +28,7 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    void parseValue(KxInputStream& in) {
+    KxSipFault parseValue(KxInputStream& in) {
         KxScannedText scanned;
         std::string_view token = scanned.token(in, H::kTokenEnd);
         if constexpr (requires { H::kIsTrimmed; }) {
@@ -37,11 +36,12 @@ private:
         }
         if constexpr (H::kEmptyError != nullptr) {
             if (token.empty()) {
-                KxSipParseError::sThrow(H::kEmptyError);
+                return KxSipFault(H::kEmptyError);
             }
         }
         m_value = KxString(token);
         this->parseParameters(in);
+        return {};
     }
     void serializeValue(KxOutputStream& out) const {
         out.write(m_value.view());

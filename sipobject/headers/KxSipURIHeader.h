@@ -7,11 +7,11 @@
 
 /** The family of headers whose every value is a URI in angle brackets, without a display name, and parameters:
     LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). What stands between the brackets is the URI, commas included, and
-    its parameters are its own. A class H says what it throws where the brackets are missing, open or empty:
+    its parameters are its own. A class H says what is wrong where the brackets are missing, open or empty:
 
         static constexpr const char* kInvalid = "...";
 
-    What the URI's class throws passes through. */
+    What is wrong with the URI passes through. */
 template <class H>
 class KxSipURIHeader : public KxSipParameterHeader<H> {
 public:
@@ -36,7 +36,7 @@ private:
         return KxHandle<KxURI>(uri.isNil() ? nullptr : uri->clone());
     }
 
-    void parseValue(KxInputStream& in) {
+    KxSipFault parseValue(KxInputStream& in) {
         KxScannedText scanned;
         KxStreamTokenizer::sDiscardWhite(in);
         const bool isOpened = in.read() == '<';
@@ -44,11 +44,14 @@ private:
         // white space at its end is the URI's: a host may end in a tab, and would not the next time
         const std::string_view text = isOpened ? scanned.until<'>'>(in) : std::string_view();
         if (text.empty() || in.read() != '>') {
-            KxSipParseError::sThrow(H::kInvalid);
+            return KxSipFault(H::kInvalid);
         }
         KxByteArrayInputStream uri(text);
-        m_URI = KxURI::sConstructFrom(uri, true);
-        this->parseParameters(in);
+        const KxSipFault fault = KxURI::sRead(uri, true, m_URI);
+        if (!fault) {
+            this->parseParameters(in);
+        }
+        return fault;
     }
     void serializeValue(KxOutputStream& out) const {
         out.write('<');

@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipViaHeader.h"
 
-#include "sipobject/KxSipParseError.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
@@ -40,7 +39,7 @@ KxSipViaHeader::KxSipViaHeader(const char* host, unsigned port, const char* tran
       m_port(port),
       m_hasPort(true) {
     const Oskan::EntryTraceScope trace(sLogger(), "KxSipViaHeader ctor");
-    checkValidity();
+    checkValidity().raiseIfAny();
 }
 
 KxSipViaHeader::KxSipViaHeader(const KxSipViaHeader& other)
@@ -80,7 +79,7 @@ bool KxSipViaHeader::compare(const KxHandle<KxSipViaHeader>& other) const {
            m_host == other->m_host && m_port == other->m_port && m_transport == other->m_transport;
 }
 
-void KxSipViaHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipViaHeader::parseValue(KxInputStream& in) {
     KxScannedText scanned;
     KxScannedText::skipSpace(in);
     constexpr std::string_view kUsual = "SIP/2.0/";
@@ -112,23 +111,24 @@ void KxSipViaHeader::parseValue(KxInputStream& in) {
             }
         }
     }
-    checkValidity();
+    return checkValidity();
 }
 
-void KxSipViaHeader::checkValidity() const {
+KxSipFault KxSipViaHeader::checkValidity() const {
     const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader::checkValidity");
     if (m_transport.empty()) {
-        KxSipParseError::sThrow("Invalid Via header, no transport");
+        return KxSipFault("Invalid Via header, no transport");
     }
     if (!KxSocketImpl::parseTransport(m_transport).isValid()) {
-        KxSipParseError::sThrow("Invalid Via header transport");
+        return KxSipFault("Invalid Via header transport");
     }
     if (m_protocolName.empty() || m_protocolVersion.empty() || m_host.empty()) {
-        KxSipParseError::sThrow("Invalid Via header");
+        return KxSipFault("Invalid Via header");
     }
     if (getTTL() > 255) {
-        KxSipParseError::sThrow("Invalid value for ttl parameter in Via header");
+        return KxSipFault("Invalid value for ttl parameter in Via header");
     }
+    return {};
 }
 
 void KxSipViaHeader::serializeValue(KxOutputStream& out) const {

@@ -75,9 +75,9 @@ private:
     friend class KxSipHeaderOf<KxSipViaHeader>;
 
     KxSipViaHeader();
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
-    void checkValidity() const;
+    KxSipFault checkValidity() const;
 
     KxLazyParameters m_parameters;
     KxString m_protocolName;

@@ -37,8 +37,10 @@ void writeQuoted(KxOutputStream& out, std::string_view text) {
 
 } // namespace
 
-void KxSipWarningHeader::parseValue(KxInputStream& in) {
-    expectDigit(in, "Invalid Warning header");
+KxSipFault KxSipWarningHeader::parseValue(KxInputStream& in) {
+    if (const KxSipFault fault = expectDigit(in, "Invalid Warning header")) {
+        return fault;
+    }
     m_code = KxStreamTokenizer::sGetUnsigned(in);
     KxScannedText scanned;
     m_agent = KxString(scanned.token(in, kAgentEnd));
@@ -49,6 +51,7 @@ void KxSipWarningHeader::parseValue(KxInputStream& in) {
     } else {
         m_text = KxString(KxAscii::trim(scanned.until<','>(in)));
     }
+    return {};
 }
 
 void KxSipWarningHeader::serializeValue(KxOutputStream& out) const {

@@ -30,7 +30,7 @@ private:
     friend class KxSipHeaderOf<KxSipWarningHeader>;
 
     KxSipWarningHeader() = default;
-    void parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_code = 0;

@@ -127,10 +127,10 @@ inline void KxSipMessage::addRead(KxHandle<KxSipHeader>&& header) {
 
 void KxSipMessage::parseHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
-    const auto drop = [this](std::string_view why) {
+    const auto drop = [this](const auto& why) {
         if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
             s_logger.log(Oskan::LogLevel::Debug,
-                         std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why));
+                         std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
         }
         m_status = m_status == KX_STATUS_VALID ? KX_STATUS_INCOMPLETE : m_status;
     };
@@ -143,15 +143,15 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
             continue;
         }
         try {
-            KxSipLineFault fault = KxSipLineFault::None;
-            KxHandle<KxSipHeader> header = KxSipHeader::sReadFrom(in, fault);
-            if (fault == KxSipLineFault::None) [[likely]] {
+            KxHandle<KxSipHeader> header;
+            const KxSipFault fault = KxSipHeader::sReadFrom(in, header);
+            if (!fault) [[likely]] {
                 addRead(std::move(header));
             } else {
-                drop(KxSipHeader::sTextOf(fault));
+                drop([&fault] { return fault.message(); });
             }
         } catch (const KxHandle<KxException>& failure) {
-            drop(failure->getExceptionMessage());
+            drop([&failure] { return failure->getExceptionMessage().view(); });
         }
     }
     if (m_status == KX_STATUS_VALID && !acceptsOwnBodyType()) {
