@@ -271,6 +271,9 @@ private:
         if (derived.isNil()) {
             return;
         }
+        if (!derived->isValid()) {
+            fail("a derived message is valid", m_text, written(*derived));
+        }
         const bool isSameTransaction = how % 5 == 2 || how % 5 == 4;
         if (isSameTransaction && m_message->getStatus() != KX_STATUS_UNUSABLE) {
             same("a response, and a CANCEL, has the key of its request", keyOf(*m_message), keyOf(*derived));
