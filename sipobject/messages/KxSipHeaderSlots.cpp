@@ -115,7 +115,7 @@ bool KxSipHeaderSlots::removeFirst(HeaderID id) {
 
 bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
     KxHandle<KxSipHeader>* link = &slot(m_place[KxHeaderIDs::kUnknown]);
-    while (!link->isNil() && !(*link)->getExpandedToken().equalsNoCase(name)) {
+    while (!link->isNil() && !(*link)->getToken().equalsNoCase(name)) {
         link = &(*link)->m_next;
     }
     if (link->isNil()) {
