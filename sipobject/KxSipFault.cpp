@@ -2,17 +2,17 @@
 
 std::string KxSipFault::message() const {
     std::string text(m_text);
-    if (m_isAbout) {
-        text[text.find('?')] = m_character;
+    if (has(kAboutCharacter)) {
+        text[text.find('?')] = static_cast<char>(m_details / kCharacter);
     }
-    if (m_place == Place::RecordRoute) {
+    if (has(static_cast<std::uint32_t>(Place::RecordRoute))) {
         text.insert(0, "Exception when parsing Name-Address in KxSipRecordRouteHeader: ");
     }
     return text;
 }
 
 void KxSipFault::raise() const {
-    switch (m_error) {
+    switch (static_cast<Error>(m_details & kError)) {
     case Error::EmptyHeader:
         KxSipParseErrorEmptyHeader::sThrow(message());
     case Error::Other:

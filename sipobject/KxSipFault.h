@@ -11,25 +11,24 @@
 class [[nodiscard]] KxSipFault {
 public:
     /** The class of the error. */
-    enum class Error : std::uint8_t { Parse, EmptyHeader, Other };
+    enum class Error : std::uint32_t { Parse = 0, EmptyHeader = 1, Other = 2 };
     /** Where a fault lies that is told with its place in front. */
-    enum class Place : std::uint8_t { Untold, RecordRoute };
+    enum class Place : std::uint32_t { RecordRoute = 4 };
 
     /** None. */
     constexpr KxSipFault() = default;
-    constexpr explicit KxSipFault(const char* text, Error error = Error::Parse) : m_text(text), m_error(error) {}
+    constexpr explicit KxSipFault(const char* text, Error error = Error::Parse)
+        : m_text(text), m_details(static_cast<std::uint32_t>(error)) {}
     /** A text in which "?" stands for the character. */
     static constexpr KxSipFault sAbout(char character, const char* text) {
         KxSipFault fault(text);
-        fault.m_character = character;
-        fault.m_isAbout = true;
+        fault.m_details = kAboutCharacter | static_cast<unsigned char>(character) * kCharacter;
         return fault;
     }
     /** The fault, as a KxSipParseError that tells the place. */
     constexpr KxSipFault in(Place place) const {
         KxSipFault fault = *this;
-        fault.m_error = Error::Parse;
-        fault.m_place = place;
+        fault.m_details = (m_details & ~kError) | static_cast<std::uint32_t>(place);
         return fault;
     }
 
@@ -46,9 +45,14 @@ public:
     }
 
 private:
+    // The details are an Error, a Place and, in the second byte, a character: one number, since members of their own
+    // would be packed and unpacked wherever a fault is returned.
+    static constexpr std::uint32_t kError = 3;
+    static constexpr std::uint32_t kAboutCharacter = 8;
+    static constexpr std::uint32_t kCharacter = 256;
+
+    bool has(std::uint32_t detail) const { return (m_details & detail) != 0; }
+
     const char* m_text = nullptr;
-    Error m_error = Error::Parse;
-    Place m_place = Place::Untold;
-    char m_character = '\0';
-    bool m_isAbout = false;
+    std::uint32_t m_details = 0;
 };

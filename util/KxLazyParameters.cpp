@@ -2,13 +2,82 @@
 
 #include "util/KxOutputStream.h"
 
-KxParameters& KxLazyParameters::makeNew() const {
-    KxHandle<KxParameters> fresh = KxMake<KxParameters>();
-    KxParameters* expected = nullptr;
-    if (m_list.compare_exchange_strong(expected, fresh.get(), std::memory_order_acq_rel)) {
-        return *fresh.detach();
+#include <mutex>
+
+namespace {
+
+/** The one that guards the handing out of this object's list; few objects have one in common. */
+std::mutex& mutexOf(const KxLazyParameters& parameters) {
+    static std::mutex s_mutexes[16];
+    return s_mutexes[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % 16];
+}
+
+} // namespace
+
+/** The word of a copy. Another thread may be about to hand the list out: it marks the word and then looks at the count,
+    we count and then look at the word, so one of the two sees the other. */
+std::uintptr_t KxLazyParameters::share() const {
+    const std::uintptr_t word = m_word.load(std::memory_order_acquire);
+    KxParameters* const list = listOf(word);
+    if (list == nullptr || list->empty()) {
+        return 0;
     }
-    return *expected; // another reader was faster
+    if ((word & kLent) == 0) {
+        list->AddRef();
+        if (m_word.fetch_add(0, std::memory_order_acq_rel) == word) {
+            return word;
+        }
+        list->Release(true);
+    }
+    return wordOf(KxHandle<KxParameters>(list->clone()).detach());
+}
+
+/** Makes the list, or what it shares with copies, this object's own, and marks it as handed out. */
+KxParameters& KxLazyParameters::lend() const {
+    const std::lock_guard<std::mutex> lock(mutexOf(*this));
+    const std::uintptr_t word = m_word.load(std::memory_order_acquire);
+    KxParameters* const list = listOf(word);
+    KxHandle<KxParameters> own;
+    if (list == nullptr) {
+        own = KxMake<KxParameters>();
+    } else if ((word & kOwn) != 0) { // another reader was faster
+        return *list;
+    } else {
+        m_word.fetch_or(kLent, std::memory_order_acq_rel);
+        if (list->isUnshared()) {
+            own = KxHandle<KxParameters>(list, KxUncounted{});
+        } else { // whoever reads this object at the moment may still look at the old list, so it has to stay
+            own = KxHandle<KxParameters>(list->clone(), list);
+            list->Release(true);
+        }
+    }
+    m_word.store(wordOf(own.get()) | kLent | kOwn, std::memory_order_release);
+    return *own.detach();
+}
+
+KxParameters& KxLazyParameters::makeOurs() {
+    const KxParameters* const shared = peek();
+    KxHandle<KxParameters> own(shared == nullptr ? new KxParameters : shared->clone());
+    KxParameters& list = *own;
+    replace(own.detach());
+    return list;
+}
+
+void KxLazyParameters::clear() {
+    KxParameters* const list = peek();
+    if (list != nullptr && isOurs(*list)) {
+        list->clear();
+    } else {
+        replace(nullptr);
+    }
+}
+
+void KxLazyParameters::replace(KxParameters* list) {
+    KxParameters* const old = peek();
+    m_word.store(wordOf(list), std::memory_order_release);
+    if (old != nullptr) {
+        old->Release(true);
+    }
 }
 
 void KxLazyParameters::serializeBehind(KxOutputStream& out) const {

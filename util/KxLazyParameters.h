@@ -3,20 +3,21 @@
 #include "util/KxParameters.h"
 
 #include <atomic>
+#include <cstdint>
 
-/** A parameter list that an object always has but rarely fills: made when somebody asks for the list itself. Until then
-    it costs one pointer and reads as empty. Reading, making on demand included, is safe from several threads. */
+/** A parameter list that an object always has but rarely fills: made when somebody writes to it or asks for the list
+    itself. Until then it costs one pointer and reads as empty. A copy is a copy, but shares the list until one of the
+    two is written to or hands its list out. Reading, copying and handing out are safe from several threads. */
 class KX_UTIL_API KxLazyParameters {
 public:
     KxLazyParameters() = default;
-    explicit KxLazyParameters(const KxHandle<KxParameters>& list) : m_list(list.get()) { hold(); }
-    /** A deep copy. */
-    KxLazyParameters(const KxLazyParameters& other) : m_list(other.empty() ? nullptr : other.peek()->clone()) {
-        hold();
-    }
+    /** Holds the list itself, which whoever else holds it may go on changing; nil for none. */
+    explicit KxLazyParameters(const KxHandle<KxParameters>& list)
+        : m_word(list.isNil() ? 0 : wordOf(KxHandle<KxParameters>(list).detach()) | kLent | kOwn) {}
+    KxLazyParameters(const KxLazyParameters& other) : m_word(other.share()) {}
     KxLazyParameters& operator=(const KxLazyParameters& other) {
         KxLazyParameters copy(other);
-        m_list.store(copy.m_list.exchange(m_list.load()));
+        m_word.store(copy.m_word.exchange(m_word.load()));
         return *this;
     }
     ~KxLazyParameters() {
@@ -25,10 +26,16 @@ public:
         }
     }
 
-    /** The list itself, shared; never nil. */
-    KxHandle<KxParameters> handle() const { return KxHandle<KxParameters>(&make()); }
-    /** The list to change; never shared between two owners of this class. */
-    KxParameters& write() { return make(); }
+    /** The list itself, shared with whoever asks for it; never nil. */
+    KxHandle<KxParameters> handle() const {
+        const std::uintptr_t word = m_word.load(std::memory_order_acquire);
+        return KxHandle<KxParameters>((word & kOwn) != 0 ? listOf(word) : &lend());
+    }
+    /** The list to change. */
+    KxParameters& write() {
+        KxParameters* const list = peek();
+        return list != nullptr && isOurs(*list) ? *list : makeOurs();
+    }
 
     bool empty() const { return size() == 0; }
     std::size_t size() const {
@@ -45,12 +52,8 @@ public:
         return list == nullptr ? nullptr : list->findValue(name);
     }
     bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
-    bool removeValue(std::string_view name) { return peek() != nullptr && peek()->removeValue(name); }
-    void clear() {
-        if (peek() != nullptr) {
-            peek()->clear();
-        }
-    }
+    bool removeValue(std::string_view name) { return isPresent(name) && write().removeValue(name); }
+    void clear();
     const KxParameters::Pair* begin() const { return peek() == nullptr ? nullptr : std::as_const(*peek()).begin(); }
     const KxParameters::Pair* end() const { return peek() == nullptr ? nullptr : std::as_const(*peek()).end(); }
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
@@ -58,17 +61,21 @@ public:
     void serializeBehind(KxOutputStream& out) const;
 
 private:
-    KxParameters* peek() const { return m_list.load(std::memory_order_acquire); }
-    KxParameters& make() const {
-        KxParameters* const list = peek();
-        return list != nullptr ? *list : makeNew();
-    }
-    KxParameters& makeNew() const;
-    void hold() {
-        if (KxParameters* const list = peek()) {
-            list->AddRef();
-        }
-    }
+    // The word is the list's address and, in its lowest bits, who may hold it.
+    static constexpr std::uintptr_t kLent = 1; ///< It is handed out, or about to be: no copy may share it.
+    static constexpr std::uintptr_t kOwn = 2;  ///< No other object of this class holds it, nor ever will.
 
-    mutable std::atomic<KxParameters*> m_list{nullptr};
+    static std::uintptr_t wordOf(const KxParameters* list) { return reinterpret_cast<std::uintptr_t>(list); }
+    static KxParameters* listOf(std::uintptr_t word) { return reinterpret_cast<KxParameters*>(word & ~(kLent | kOwn)); }
+
+    KxParameters* peek() const { return listOf(m_word.load(std::memory_order_acquire)); }
+    bool isOurs(const KxParameters& list) const {
+        return list.isUnshared() || (m_word.load(std::memory_order_relaxed) & kOwn) != 0;
+    }
+    std::uintptr_t share() const;
+    KxParameters& lend() const;
+    KxParameters& makeOurs();
+    void replace(KxParameters* list);
+
+    mutable std::atomic<std::uintptr_t> m_word{0};
 };

@@ -2,31 +2,32 @@
 
 #include <charconv>
 
-namespace {
-
+/** In the window, where a number of any length has room there. */
 template <class Number>
-void writeNumber(KxOutputStream& out, Number number) {
+void KxOutputStream::writeNumber(Number number) {
     char digits[KxBytes::kShortCopy + 1]; // g++ 12 expects a copy to reach that far
+    if (static_cast<std::size_t>(m_end - m_cursor) >= sizeof digits) [[likely]] {
+        m_cursor = std::to_chars(m_cursor, m_end, number).ptr;
+        return;
+    }
     const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    out.write(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+    write(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
-
-} // namespace
 
 KxOutputStream::~KxOutputStream() = default;
 
 KxOutputStream& KxOutputStream::operator<<(int number) {
-    writeNumber(*this, number);
+    writeNumber(number);
     return *this;
 }
 
 KxOutputStream& KxOutputStream::operator<<(long number) {
-    writeNumber(*this, number);
+    writeNumber(number);
     return *this;
 }
 
 KxOutputStream& KxOutputStream::operator<<(unsigned long number) {
-    writeNumber(*this, number);
+    writeNumber(number);
     return *this;
 }
 

@@ -81,6 +81,9 @@ protected:
     char* cursor() const { return m_cursor; }
 
 private:
+    template <class Number>
+    void writeNumber(Number number);
+
     char* m_cursor = nullptr;
     char* m_end = nullptr;
 };

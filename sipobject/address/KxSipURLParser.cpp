@@ -71,17 +71,28 @@ bool KxSipURLParser::findUserPart() const {
     return memo.found[memo.quoted];
 }
 
+inline const char* KxSipURLParser::findDelimiter(const char* from) const {
+    return kDelimiters.find(from, m_end, m_in.readableEnd());
+}
+
+inline std::string_view KxSipURLParser::textTo(const char* end) const {
+    return {m_at, static_cast<std::size_t>(end - m_at)};
+}
+
 bool KxSipURLParser::userIsOpen() const {
     return m_hasUserPart && m_url.m_user.empty();
 }
 
-/** Takes "<", "sip:" and "user@" where a URL begins with them as nearly every one does; else nothing. */
-inline bool KxSipURLParser::takeUsualStart() {
+/** Takes "<", "sip:", "user@" or "user:password@", and "host:port", where a URL begins with them as nearly every one
+    does; else what does stand there of them. Returns the first delimiter behind; nullptr when not even the scheme is as
+    usual, and nothing taken. */
+inline const char* KxSipURLParser::takeUsualStart() {
     const bool bracket = m_at != m_end && *m_at == '<';
-    const char* const scheme = m_at + (bracket ? 1 : 0);
+    const bool blank = m_at != m_end && *m_at == ' '; // as in front of a Request-URI
+    const char* const scheme = m_at + (bracket || blank ? 1 : 0);
     if (m_end - scheme < 5 || KxBytes::load<std::uint32_t>(scheme) != KxBytes::load<std::uint32_t>("sip:") ||
         !m_url.m_user.empty() || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-        return false;
+        return nullptr;
     }
     m_bracket = bracket;
     m_at = scheme + 4;
@@ -89,30 +100,62 @@ inline bool KxSipURLParser::takeUsualStart() {
         m_url.m_Scheme = KxSipURL::sToken;
     }
     m_previous = ':';
-    const char* const stop = kDelimiters.find(m_at, m_end, m_in.readableEnd());
+    const char* const stop = findDelimiter(m_at);
     if (stop == m_end || *stop == '>' || *stop == '\n') {
-        m_hasUserPart = false;
-    } else if (*stop == '@' && stop != m_at) {
-        m_hasUserPart = true;
-        m_url.m_user = KxString(std::string_view(m_at, static_cast<std::size_t>(stop - m_at)));
-        m_previous = '@';
-        m_at = stop + 1;
-    } else {
-        m_hasUserPart = findUserPart();
+        return takeUsualHost(stop);
     }
+    if ((*stop == '@' || *stop == ':') && stop != m_at && takeUsualUser(stop)) {
+        return takeUsualHost(findDelimiter(m_at));
+    }
+    m_hasUserPart = findUserPart();
+    return m_hasUserPart ? stop : takeUsualHost(stop);
+}
+
+/** Takes a user that ends at `stop`, and a password behind it, if an "@" is what ends the two. */
+inline bool KxSipURLParser::takeUsualUser(const char* stop) {
+    const char* const end = *stop == '@' ? stop : findDelimiter(stop + 1);
+    if (end == m_end || *end != '@') {
+        return false;
+    }
+    m_hasUserPart = true;
+    m_url.m_user = KxString(textTo(stop));
+    if (end != stop) {
+        m_at = stop + 1;
+        m_url.m_password = KxString(textTo(end));
+    }
+    m_previous = '@';
+    m_at = end + 1;
     return true;
 }
 
-inline void KxSipURLParser::setPort() {
-    if (!m_token.view().empty()) {
-        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(m_token.view()));
+/** Takes a host that ends at `stop`, and the digits of a port behind it, if they end as usual, and stays as if a colon
+    with no port behind it had been read; else takes nothing. Returns the first delimiter behind. */
+inline const char* KxSipURLParser::takeUsualHost(const char* stop) {
+    const bool hasPort = stop != m_end && *stop == ':';
+    const char* const end = hasPort ? std::find_if_not(stop + 1, m_end, KxAscii::isDigit) : stop;
+    if (stop == m_at || (end != m_end && *end != ';' && *end != '>' && *end != '?')) {
+        return stop;
+    }
+    m_url.m_host = KxString(textTo(stop));
+    if (hasPort) {
+        setPort(std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)));
+    }
+    m_hostSeen = true;
+    m_previous = ':';
+    m_at = end;
+    return end;
+}
+
+inline void KxSipURLParser::setPort(std::string_view digits) {
+    if (!digits.empty()) {
+        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(digits));
         m_url.m_hasPort = true;
     }
 }
 
 inline void KxSipURLParser::closeToken() {
     if (m_previous == ':' && m_hostSeen) {
-        setPort();
+        setPort(m_token.view());
     } else if (m_previous == ':' || m_previous == '@') {
         m_url.m_host = KxString(m_token.view());
     }
@@ -198,47 +241,46 @@ inline KxSipURLParser::Next KxSipURLParser::end(int c) {
     return doneWithHost();
 }
 
+/** Takes the token that ends at a delimiter, or the end, and the delimiter. */
+inline KxSipURLParser::Next KxSipURLParser::take(const char* stop) {
+    m_token.add(m_at, stop);
+    m_at = stop;
+    const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
+    switch (c) {
+    case ' ':
+    case '\r':
+        return Next::More;
+    case '"':
+        return addQuoted();
+    case ':':
+        return colon();
+    case '@':
+        return at();
+    case ';':
+        return semicolon();
+    case ',':
+        return comma();
+    case '<':
+    case '&':
+        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+            s_logger.log(Oskan::LogLevel::Debug, "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
+        }
+        m_bracket = true;
+        return Next::More;
+    default:
+        return end(c);
+    }
+}
+
 KxSipFault KxSipURLParser::parse() {
-    if (!takeUsualStart()) {
+    const char* stop = takeUsualStart();
+    if (stop == nullptr) {
         m_url.m_Scheme = KxString();
         m_hasUserPart = findUserPart();
+        stop = findDelimiter(m_at);
     }
-    Next next = Next::More;
-    while (next == Next::More) {
-        const char* const stop = kDelimiters.find(m_at, m_end, m_in.readableEnd());
-        m_token.add(m_at, stop);
-        m_at = stop;
-        const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
-        switch (c) {
-        case ' ':
-        case '\r':
-            break;
-        case '"':
-            next = addQuoted();
-            break;
-        case ':':
-            next = colon();
-            break;
-        case '@':
-            next = at();
-            break;
-        case ';':
-            next = semicolon();
-            break;
-        case ',':
-            next = comma();
-            break;
-        case '<':
-        case '&':
-            if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-                s_logger.log(Oskan::LogLevel::Debug,
-                             "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
-            }
-            m_bracket = true;
-            break;
-        default:
-            next = end(c);
-        }
+    while (take(stop) == Next::More) {
+        stop = findDelimiter(m_at);
     }
     return m_fault;
 }

@@ -48,7 +48,12 @@ private:
 
     enum class Next { More, Done, Refused };
 
-    bool takeUsualStart();
+    const char* takeUsualStart();
+    bool takeUsualUser(const char* stop);
+    const char* takeUsualHost(const char* stop);
+    const char* findDelimiter(const char* from) const;
+    std::string_view textTo(const char* end) const;
+    Next take(const char* stop);
     bool findUserPart() const;
     bool userIsOpen() const;
     Next addQuoted();
@@ -59,7 +64,7 @@ private:
     Next comma();
     Next end(int c);
     void closeToken();
-    void setPort();
+    void setPort(std::string_view digits);
     Next doneWithHost();
     Next refuse(const char* text);
 

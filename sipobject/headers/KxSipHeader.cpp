@@ -135,9 +135,8 @@ KxSipFault KxSipHeader::readValue(KxInputStream& in) {
 
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
     const Oskan::EntryDepth entry;
-    KxSipFault fault;
-    KxHandle<KxSipHeader> header = sReadFrom(in, fault);
-    fault.raiseIfAny();
+    KxHandle<KxSipHeader> header;
+    sReadFrom(in, header).raiseIfAny();
     return header;
 }
 
@@ -225,78 +224,73 @@ void KxSipHeader::parseRest(KxInputStream& in) {
 }
 
 template <bool kTraced>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sMake(const Line& line, KxSipFault& fault) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::sMake(const Line& line, KxHandle<KxSipHeader>& header) {
     bool named = false;
-    KxHandle<KxSipHeader> header = sConstruct<kTraced>(line, named);
-    fault = header.get()->parseLine<kTraced>(line, named);
-    if (fault) [[unlikely]] {
-        header = nullptr;
+    KxHandle<KxSipHeader> made = sConstruct<kTraced>(line, named);
+    const KxSipFault fault = made.get()->parseLine<kTraced>(line, named);
+    if (!fault) [[likely]] {
+        header.swap(made);
     }
-    return header;
+    return fault;
 }
 
 /** A plain line is read where it lies: a name, the colon at once behind it, CR LF at the end, not continued. */
 template <bool kTraced>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sRead(KxInputStream& in, KxSipFault& fault) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::sRead(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     const std::string_view window = in.window();
     const char* const begin = window.data();
     const char* const end = begin + window.size();
     const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end, in.readableEnd());
     if (!in.isWhole() || colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ') {
-        return sReadUnplain<kTraced>(in, fault);
+        return sReadUnplain<kTraced>(in, header);
     }
     const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end, in.readableEnd());
     if (!endsPlainly(stop, end)) {
-        return sReadUnplain<kTraced>(in, fault);
+        return sReadUnplain<kTraced>(in, header);
     }
     in.consume(static_cast<std::size_t>(stop - begin) + 2);
     const std::string_view name(begin, static_cast<std::size_t>(colon - begin));
     const std::string_view value(colon + 1, static_cast<std::size_t>(stop - colon) + 1);
-    return sMake<kTraced>({name, name, value, in.readableEnd()}, fault);
+    return sMake<kTraced>({name, name, value, in.readableEnd()}, header);
 }
 
 /** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it, or is not whole. */
 template <bool kTraced>
-[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sReadUnplain(KxInputStream& in, KxSipFault& fault) {
+[[gnu::noinline]] KxSipFault KxSipHeader::sReadUnplain(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     if (!in.isWhole()) {
-        KxHandle<KxSipHeader> header;
-        KxWithWholeWindow(in, [&](KxInputStream& line) { header = sRead<kTraced>(line, fault); });
-        return header;
+        return KxWithWholeWindow(in, [&](KxInputStream& line) { return sRead<kTraced>(line, header); });
     }
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
         KxStreamTokenizer::sDiscardLine(in);
-        fault = kNoToken;
-        return {};
+        return kNoToken;
     }
     Oskan::FastString<256> unfolded;
     const char* const raw = in.window().data();
     const std::string_view line = takeLine(in, unfolded);
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) {
-        fault = kNoColon;
-        return {};
+        return kNoColon;
     }
     const std::string_view name = KxAscii::trim(line.substr(0, colon));
     // the class goes by the name as it stood, folds and all
     const std::string_view key = nameIn(raw, in.window().data());
     if (name.empty() || key.empty()) {
-        fault = kNoToken;
-        return {};
+        return kNoToken;
     }
-    return sMake<kTraced>({key, name, line.substr(colon + 1), line.data() + line.size()}, fault);
+    return sMake<kTraced>({key, name, line.substr(colon + 1), line.data() + line.size()}, header);
 }
 
-KxHandle<KxSipHeader> KxSipHeader::sReadFrom(KxInputStream& in, KxSipFault& fault) {
+KxSipFault KxSipHeader::sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
-        return sReadTraced(in, fault);
+        return sReadTraced(in, header);
     }
-    return sRead<false>(in, fault);
+    return sRead<false>(in, header);
 }
 
-[[gnu::cold]] KxHandle<KxSipHeader> KxSipHeader::sReadTraced(KxInputStream& in, KxSipFault& fault) {
+[[gnu::cold]] KxSipFault KxSipHeader::sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
-    return sRead<true>(in, fault);
+    return sRead<true>(in, header);
 }
 
 void KxSipHeader::parse(KxInputStream& in) {

@@ -95,15 +95,15 @@ private:
     /** An empty header of the class that goes by the name. */
     static KxHandle<KxSipHeader> sConstruct(std::string_view name);
     static KxHandle<KxSipHeader> sMakeUnknown(std::string_view name);
-    /** As sConstructFrom, but what is wrong is told, not thrown. Nil when there is a fault. */
-    static KxHandle<KxSipHeader> sReadFrom(KxInputStream& in, KxSipFault& fault);
-    static KxHandle<KxSipHeader> sReadTraced(KxInputStream& in, KxSipFault& fault);
+    /** As sConstructFrom, but what is wrong is told, not thrown; the handle, which must be nil, then stays so. */
+    static KxSipFault sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header);
+    static KxSipFault sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
-    static KxHandle<KxSipHeader> sRead(KxInputStream& in, KxSipFault& fault);
+    static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
-    static KxHandle<KxSipHeader> sReadUnplain(KxInputStream& in, KxSipFault& fault);
+    static KxSipFault sReadUnplain(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
-    static KxHandle<KxSipHeader> sMake(const Line& line, KxSipFault& fault);
+    static KxSipFault sMake(const Line& line, KxHandle<KxSipHeader>& header);
 
     void releaseChain();
     void parseWhole(KxInputStream& in);

@@ -70,7 +70,8 @@ KxHandle<KxSipMessage> KxSipMessage::sConstructFrom(KxInputStream& in) {
         KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
     KxScannedText scanned;
-    const KxString token(scanned.until(in, kTokenEnd));
+    const std::string_view text = scanned.until(in, kTokenEnd);
+    const KxString token(text.substr(0, text.find('\0'))); // as the message sees it, which is handed a C string
     const Creator creator = findCreator(token);
     KxHandle<KxSipMessage> message(creator != nullptr ? creator() : new KxSipUnknownRequest);
     message->parse(token.c_str(), in);
@@ -142,8 +143,8 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
             continue;
         }
         try {
-            KxSipFault fault;
-            KxHandle<KxSipHeader> header = KxSipHeader::sReadFrom(in, fault);
+            KxHandle<KxSipHeader> header;
+            const KxSipFault fault = KxSipHeader::sReadFrom(in, header);
             if (!fault) [[likely]] {
                 addRead(std::move(header));
             } else {
@@ -198,6 +199,7 @@ void KxSipMessage::parseBody(KxInputStream& in) {
 }
 
 void KxSipMessage::readBody(KxInputStream& in, std::size_t length) {
-    replaceBody(in.window().data(), length);
+    m_body = bodyOf(in.window().data(), length);
+    m_bodyStored = length;
     in.consume(length);
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <new>
 #include <string>
@@ -259,5 +260,75 @@ TEST(ThreadLazyParametersTest, TwoReadersAgreeOnTheListTheyMake) {
         const KxHandle<KxParameters> mine = lazy.handle();
         other.join();
         EXPECT_EQ(mine, seen);
+    }
+}
+
+TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
+    const auto made = [] {
+        KxLazyParameters list;
+        list.write().parse("a=1;b");
+        return list;
+    };
+    const struct {
+        const char* name;
+        void (*change)(KxLazyParameters&);
+        const char* changed;
+    } rows[] = {
+        {"write", [](KxLazyParameters& list) { list.write().setValue("a", KxString("2")); }, "a=2;b"},
+        {"remove", [](KxLazyParameters& list) { EXPECT_TRUE(list.removeValue("b")); }, "a=1"},
+        {"remove what is absent", [](KxLazyParameters& list) { EXPECT_FALSE(list.removeValue("c")); }, "a=1;b"},
+        {"clear", [](KxLazyParameters& list) { list.clear(); }, ""},
+        {"hand out", [](KxLazyParameters& list) { list.handle()->setValue("c", KxString("3")); }, "a=1;b;c=3"},
+        {"assign", [](KxLazyParameters& list) { list = KxLazyParameters(); }, ""},
+    };
+    for (const auto& row : rows) {
+        KxLazyParameters original = made();
+        KxLazyParameters copy(original);
+        EXPECT_EQ(original.begin(), copy.begin()) << row.name;
+        row.change(copy);
+        EXPECT_EQ(copy.getString(), row.changed) << row.name;
+        EXPECT_EQ(original.getString(), "a=1;b") << row.name;
+        row.change(original); // nobody else holds its list now
+        EXPECT_EQ(original.getString(), row.changed) << row.name;
+    }
+}
+
+TEST(LazyParametersTest, WhatWasHandedOutStaysTheListItself) {
+    KxLazyParameters original;
+    const KxHandle<KxParameters> list = original.handle();
+    list->parse("a=1");
+    KxLazyParameters copy(original);
+    list->setValue("a", KxString("2"));
+    original.write().setValue("b", KxString("3"));
+    EXPECT_EQ(list->getString(), "a=2;b=3");
+    EXPECT_EQ(original.handle(), list);
+    EXPECT_EQ(copy.getString(), "a=1");
+}
+
+TEST(ThreadLazyParametersTest, ReadersCopyAndHandOutOneListAtOnce) {
+    for (int round = 0; round < 500; ++round) {
+        KxLazyParameters source;
+        source.write().parse("a=1");
+        const KxLazyParameters early(source);
+        const KxLazyParameters& shared = source;
+        std::array<KxLazyParameters, 2> copies;
+        std::array<KxHandle<KxParameters>, 2> lists;
+        std::vector<std::thread> threads;
+        for (std::size_t i = 0; i < copies.size(); ++i) {
+            threads.emplace_back([&, i] { copies[i] = shared; });
+            threads.emplace_back([&, i] {
+                lists[i] = shared.handle();
+                EXPECT_EQ(shared.getValue("a"), "1");
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(lists[0], lists[1]);
+        lists[0]->setValue("a", KxString("2"));
+        EXPECT_EQ(shared.getString(), "a=2");
+        EXPECT_EQ(copies[0].getString(), "a=1");
+        EXPECT_EQ(copies[1].getString(), "a=1");
+        EXPECT_EQ(early.getString(), "a=1");
     }
 }
