@@ -40,10 +40,11 @@ def scenario(steps):
             if method == "INVITE":
                 invite, refused = index, False
             same = method == "CANCEL" or method == "ACK" and refused
+            branch = f"[branch{invite - index if same else ''}]"
             tag = "[peer_tag_param]" if in_dialog and method != "CANCEL" else ""
             body = SDP if method == "INVITE" else ""
             head = [f"{method} sip:gateway@[remote_ip]:[remote_port] SIP/2.0",
-                    f"Via: SIP/2.0/[transport] [local_ip]:[local_port];branch=[branch{-(index - invite) if same else ''}]",
+                    f"Via: SIP/2.0/[transport] [local_ip]:[local_port];branch={branch}",
                     "From: <sip:sipp@[local_ip]:[local_port]>;tag=[call_number]",
                     f"To: <sip:gateway@[remote_ip]:[remote_port]>{tag}", "Call-ID: [call_id]",
                     f"CSeq: {number} {method}", "Contact: <sip:sipp@[local_ip]:[local_port];transport=[transport]>",
@@ -70,8 +71,8 @@ SCENARIOS = {
     "CANCEL": ([("INVITE", 1), 100, 180, ("CANCEL", 1), 200, 487, ("ACK", 1)], []),
     "session too short": ([("INVITE", 1, "x: 60"), 422, ("ACK", 1)], []),
     "malformed, unknown, used up": (
-        [("OPTIONS", 1), 200, ("OPTIONS", 2, "no colon"), 400, ("OPTIONS", 3, "To: <sip:another@h>"), 400, ("FROB", 4), 501,
-         ("OPTIONS", 5, "Max-Forwards: 0"), 483, ("BYE", 6), 481], []),
+        [("OPTIONS", 1), 200, ("OPTIONS", 2, "no colon"), 400, ("OPTIONS", 3, "To: <sip:another@h>"), 400,
+         ("FROB", 4), 501, ("OPTIONS", 5, "Max-Forwards: 0"), 483, ("BYE", 6), 481], []),
 }
 
 
@@ -219,8 +220,8 @@ def storm(port, count, seed=9):
     client, stream, maker = Client(port), None, Client(port)
     for number in range(count):
         method = rng.choice(["INVITE", "ACK", "BYE", "CANCEL", "PRACK", "OPTIONS", "REFER"])
-        lines = rng.sample(["Supported: 100rel", "Session-Expires: 90;refresher=uas", "RAck: 1 1 INVITE", "Require: timer",
-                            "Record-Route: <sip:h;lr>", "k: timer", "Accept: a/b"], 2)
+        lines = rng.sample(["Supported: 100rel", "Session-Expires: 90;refresher=uas", "RAck: 1 1 INVITE",
+                            "Require: timer", "Record-Route: <sip:h;lr>", "k: timer", "Accept: a/b"], 2)
         uri = rng.choice([None, "tel:+1", "sip:h?Subject=x"])
         message = bytearray(maker.request(*lines, method=method, number=rng.randrange(3), uri=uri,
                                           to=rng.choice(["", ";tag=1"]), branch=f"z9hG4bK{rng.randrange(count)}"))
@@ -264,8 +265,8 @@ def check_client(program, port, ringing):
         (f"{ringing} --cancel-after 10 --reliable", "100 Trying|180 Ringing|487 .*|refused"),
     ]
     for options, expected in rows:
-        run = subprocess.run([program, "--port", "0", "call", "--duration", "100",
-                              *f"sip:b@127.0.0.1:{options}".split()], stdout=subprocess.PIPE, timeout=PATIENCE, text=True, check=False)
+        arguments = f"--port 0 call --duration 100 sip:b@127.0.0.1:{options}".split()
+        run = subprocess.run([program, *arguments], stdout=subprocess.PIPE, timeout=PATIENCE, text=True, check=False)
         said = "|".join(line[6:] for line in run.stdout.splitlines() if line.startswith("call: "))
         assert run.returncode == 0 and re.fullmatch(expected.replace("|", r"\|"), said), f"{options}: {run}"
 
@@ -288,7 +289,8 @@ def main():
     with tempfile.TemporaryDirectory() as folder, Host(options.gateway, folder) as gateway, \
             Host(options.gateway, folder, "--ring", "60000") as ringing:
         patient = ["-default_behaviors", "all,-abortunexp"]  # what comes again may come between
-        runs = {name: Sipp((ringing if name == "CANCEL" else gateway).port, folder, name, scenario(steps), options.calls, options.rate, *how, *patient)
+        runs = {name: Sipp((ringing if name == "CANCEL" else gateway).port, folder, name, scenario(steps),
+                           options.calls, options.rate, *how, *patient)
                 for name, (steps, how) in scenarios.items()}
         for client in (Client(gateway.port), Client(gateway.port, socket.SOCK_STREAM)):
             check_strangers(client)
