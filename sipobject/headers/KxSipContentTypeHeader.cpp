@@ -8,6 +8,7 @@ static const KxSipContentTypeHeader::Registration s_registration;
 void KxSipContentTypeHeader::setMediaType(const char* mediaType) {
     const std::string_view text(mediaType == nullptr ? "" : mediaType);
     const std::size_t slash = text.find('/');
-    m_type = KxString(text.substr(0, slash));
+    KxString type(text.substr(0, slash));
     m_subType = slash == std::string_view::npos ? KxString("") : KxString(text.substr(slash + 1));
+    m_type = std::move(type);
 }

@@ -39,7 +39,8 @@ KxSipMessage::KxSipMessage(const KxSipMessage& other) : KxSipMessage() {
     const KxMutexLock lock(*other.m_mutex);
     m_headers.copyFrom(other.m_headers);
     if (other.m_body != nullptr) {
-        replaceBody(other.m_body, other.m_bodyStored);
+        m_body = bodyOf(other.m_body.get(), other.m_bodyStored);
+        m_bodyStored = other.m_bodyStored;
     }
     m_versionHigh = other.m_versionHigh;
     m_versionLow = other.m_versionLow;
@@ -51,7 +52,6 @@ KxSipMessage::KxSipMessage(const KxSipMessage& other) : KxSipMessage() {
 }
 
 KxSipMessage::~KxSipMessage() {
-    s_bodyAccount.deallocate(m_body);
     KxMutex::sRecycle(m_mutex);
 }
 
@@ -229,30 +229,44 @@ bool KxSipMessage::removeHeader(std::string_view name) {
 
 // ---- body ----
 
-char* KxSipMessage::allocateBody(std::size_t length) {
+void KxSipMessage::FreeBody::operator()(char* bytes) const noexcept {
+    s_bodyAccount.deallocate(bytes);
+}
+
+KxSipMessage::BodyBytes KxSipMessage::bodyOf(const void* bytes, std::size_t length) {
     try {
-        return static_cast<char*>(s_bodyAccount.allocate(length + 1));
+        BodyBytes body(static_cast<char*>(s_bodyAccount.allocate(length + 1)));
+        std::memcpy(body.get(), bytes, length);
+        body.get()[length] = '\0';
+        return body;
     } catch (const std::bad_alloc&) {
         KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(length));
     }
 }
 
-void KxSipMessage::replaceBody(const void* bytes, std::size_t length) {
-    char* const fresh = allocateBody(length);
-    std::memcpy(fresh, bytes, length);
-    fresh[length] = '\0';
-    s_bodyAccount.deallocate(m_body);
-    m_body = fresh;
-    m_bodyStored = length;
-}
-
+/** Whatever needs memory comes first, so that a failure there changes nothing. */
 void KxSipMessage::setBody(const void* body, const char* contentType, std::uint32_t length) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::setBody");
+    const KxMutexLock lock(*m_mutex);
     const KxHandle<KxSipContentLengthHeader> contentLength = getContentLengthHeader();
+    KxHandle<KxSipHeader> freshLength;
+    KxHandle<KxSipHeader> freshType;
+    BodyBytes fresh;
     if (contentLength.isNil()) {
-        addHeader(KxMake<KxSipContentLengthHeader>(length), false);
+        freshLength = KxMake<KxSipContentLengthHeader>(length);
+    }
+    if (length != 0 && body != nullptr && contentType != nullptr) {
+        fresh = bodyOf(body, length);
+        const KxHandle<KxSipContentTypeHeader> type = getContentTypeHeader();
+        if (type.isNil()) {
+            freshType = KxMake<KxSipContentTypeHeader>(contentType);
+        } else {
+            type->setMediaType(contentType);
+        }
+    }
+    if (contentLength.isNil()) {
+        insert(std::move(freshLength), false, "KxSipMessage::setBody");
     } else {
-        const KxMutexLock lock(*m_mutex);
         contentLength->setContentLength(length);
     }
     if (length == 0) {
@@ -264,16 +278,10 @@ void KxSipMessage::setBody(const void* body, const char* contentType, std::uint3
     if (contentType == nullptr) {
         KxSipParseError::sThrow("Can't build SIP request(with body) with no content-type");
     }
-    {
-        const KxMutexLock lock(*m_mutex);
-        replaceBody(body, length);
-    }
-    const KxHandle<KxSipContentTypeHeader> type = getContentTypeHeader();
-    if (type.isNil()) {
-        addHeader(KxMake<KxSipContentTypeHeader>(contentType), false);
-    } else {
-        const KxMutexLock lock(*m_mutex);
-        type->setMediaType(contentType);
+    m_body = std::move(fresh);
+    m_bodyStored = length;
+    if (!freshType.isNil()) {
+        insert(std::move(freshType), false, "KxSipMessage::setBody");
     }
 }
 
@@ -320,7 +328,7 @@ void KxSipMessage::serializeHeaders(KxOutputStream& out) const {
 }
 
 void KxSipMessage::serializeBody(KxOutputStream& out) const {
-    out.write(std::string_view(m_body, std::min<std::size_t>(getBodyLength(), m_bodyStored)));
+    out.write(std::string_view(m_body.get(), std::min<std::size_t>(getBodyLength(), m_bodyStored)));
 }
 
 void KxSipMessage::display(KxOutputStream& out, bool) const {

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <vector>
 
 namespace Oskan {
@@ -122,7 +123,7 @@ public:
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
     /** The bytes, a NUL behind them; null without a body. Holds until the body changes. */
-    const char* getBody() const { return m_body; }
+    const char* getBody() const { return m_body.get(); }
     bool hasBody() const { return m_body != nullptr; }
     /** What Content-Length says, 0 without one; the bytes at getBody may be fewer. */
     std::uint32_t getBodyLength() const;
@@ -195,6 +196,11 @@ protected:
     KxMutex& mutex() const { return *m_mutex; }
 
 private:
+    struct FreeBody {
+        void operator()(char* bytes) const noexcept;
+    };
+    using BodyBytes = std::unique_ptr<char, FreeBody>; ///< A NUL stands behind them.
+
     template <class H>
     KxHandle<H> typed() const;
     template <class H>
@@ -216,8 +222,7 @@ private:
     bool acceptsOwnBodyType() const;
     void noteFault(const char* what, const KxString& why);
     void readBody(KxInputStream& in, std::size_t length);
-    void replaceBody(const void* bytes, std::size_t length);
-    char* allocateBody(std::size_t length);
+    static BodyBytes bodyOf(const void* bytes, std::size_t length);
     void serializeHeaders(KxOutputStream& out) const;
     void serializeBody(KxOutputStream& out) const;
 
@@ -225,7 +230,7 @@ private:
 
     KxMutex* const m_mutex;
     KxSipHeaderSlots m_headers;
-    char* m_body = nullptr;
+    BodyBytes m_body;
     std::size_t m_bodyStored = 0;
     std::uint8_t m_versionHigh = 2;
     std::uint8_t m_versionLow = 0;

@@ -199,6 +199,7 @@ void KxSipMessage::parseBody(KxInputStream& in) {
 }
 
 void KxSipMessage::readBody(KxInputStream& in, std::size_t length) {
-    replaceBody(in.window().data(), length);
+    m_body = bodyOf(in.window().data(), length);
+    m_bodyStored = length;
     in.consume(length);
 }

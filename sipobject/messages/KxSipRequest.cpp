@@ -39,9 +39,10 @@ bool onlyBeginsLikeSip(std::string_view uri) {
 
 void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
+    KxHandle<KxURI> fresh(uri.isNil() ? nullptr : uri->clone());
+    stripBrackets(fresh);
     const KxMutexLock lock(mutex());
-    m_URI = uri.isNil() ? nullptr : KxHandle<KxURI>(uri->clone());
-    stripBrackets();
+    m_URI.swap(fresh);
 }
 
 KxHandle<KxSipURL> KxSipRequest::getURL() const {
@@ -83,8 +84,10 @@ void KxSipRequest::insertViaHeader(const char* host, unsigned port, const char* 
 
 void KxSipRequest::setPreferredIpAddr(const char* address) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setPreferredIpAddr");
-    if (m_PreferredIpAddr.initFromAddress(address)) {
-        m_preferredIpAddrText = m_PreferredIpAddr.getHostAddress();
+    KxInetAddress preferred;
+    if (preferred.initFromAddress(address)) {
+        m_preferredIpAddrText = preferred.getHostAddress();
+        m_PreferredIpAddr = preferred;
     }
 }
 
@@ -215,7 +218,7 @@ void KxSipRequest::parseRequestURI(std::string_view text) {
         refuse(KX_STATUS_UNSUPPORTED_URI_SCHEME, "Unsupported Uri Scheme");
     }
     stripSipURLHeaders();
-    stripBrackets();
+    stripBrackets(m_URI);
 }
 
 void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
@@ -268,15 +271,15 @@ KxString KxSipRequest::clearBrackets(const KxString& text) {
     return KxString(clear);
 }
 
-void KxSipRequest::stripBrackets() {
+void KxSipRequest::stripBrackets(const KxHandle<KxURI>& uri) {
     constexpr std::string_view kBrackets = "<>";
-    if (m_URI.isNil()) {
+    if (uri.isNil()) {
         return;
     }
-    if (m_URI->getScheme().view().find_first_of(kBrackets) != std::string_view::npos) {
-        m_URI->setScheme(clearBrackets(m_URI->getScheme()));
+    if (uri->getScheme().view().find_first_of(kBrackets) != std::string_view::npos) {
+        uri->setScheme(clearBrackets(uri->getScheme()));
     }
-    if (m_URI->getSchemeData().view().find_first_of(kBrackets) != std::string_view::npos) {
-        m_URI->setSchemeData(clearBrackets(m_URI->getSchemeData()));
+    if (uri->getSchemeData().view().find_first_of(kBrackets) != std::string_view::npos) {
+        uri->setSchemeData(clearBrackets(uri->getSchemeData()));
     }
 }

@@ -141,7 +141,7 @@ private:
     [[noreturn]] void refuse(KxStatus status, const char* why);
     void stripSipURLHeaders();
     static KxHandle<KxSipHeader> headerFrom(const KxString& name, const KxString& value);
-    void stripBrackets();
+    static void stripBrackets(const KxHandle<KxURI>& uri);
     static KxString clearBrackets(const KxString& text);
 
     KxString m_Method;

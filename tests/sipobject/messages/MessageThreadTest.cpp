@@ -1,10 +1,14 @@
+#include "core/GlobalConfig.h"
+#include "core/Logger.h"
+#include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
-#include "sipobject/messages/KxSipMessage.h"
-#include "tests/sipobject/support/MessageSupport.h"
-
-#include <gtest/gtest.h>
+#include "tests/core/LogCapture.h"
+#include "tests/sipobject/support/Derivation.h"
 
 #include <array>
+#include <atomic>
+#include <chrono>
+#include <iostream>
 #include <mutex>
 #include <thread>
 
@@ -29,6 +33,59 @@ void onAllThreads(Work work) {
         thread.join();
     }
 }
+
+/** The library's loggers at changing levels, with somebody who reads what they say. */
+class ChangingLog {
+public:
+    ChangingLog() {
+        m_logger.setAdditivity(false);
+        m_logger.addAppender(log4cplus::SharedAppenderPtr(
+            new FunctionAppender([this](const LogRecord& record) { m_read += record.text.size(); })));
+    }
+    ~ChangingLog() { log4cplus::Logger::getDefaultHierarchy().resetConfiguration(); }
+    ChangingLog(const ChangingLog&) = delete;
+    ChangingLog& operator=(const ChangingLog&) = delete;
+
+    void change(std::size_t turn) {
+        constexpr std::array kLevels{log4cplus::WARN_LOG_LEVEL, log4cplus::TRACE_LOG_LEVEL, log4cplus::INFO_LOG_LEVEL,
+                                     log4cplus::OFF_LOG_LEVEL, log4cplus::DEBUG_LOG_LEVEL};
+        m_logger.setLogLevel(kLevels[turn % kLevels.size()]);
+    }
+    std::size_t read() const { return m_read; }
+
+private:
+    log4cplus::Logger m_logger = log4cplus::Logger::getInstance("tandril");
+    std::atomic<std::size_t> m_read{0};
+};
+
+/** A message that all threads read, and what it has to be for each of them. */
+struct Constant {
+    explicit Constant(const KxHandle<KxSipMessage>& read)
+        : message(read), text(written(*read)), key(read->createKey()), response(derivedText(read, "response 200")) {}
+
+    void look() const {
+        EXPECT_EQ(written(*message), text);
+        EXPECT_EQ(message->createKey(), key);
+        EXPECT_EQ(derivedText(message, "response 200"), response);
+        EXPECT_FALSE(message->getHeader("Via").isNil());
+        EXPECT_EQ(message->getToHeader()->isTagPresent(),
+                  text.find(">;tag=", text.find("To: ")) < text.find("Call-ID"));
+    }
+    void edit() const {
+        const KxHandle<KxSipMessage> copy(static_cast<KxSipMessage*>(message->clone()));
+        copy->addHeader(numbered(0, 0), true);
+        copy->getToHeader()->setTag("another");
+        copy->setBody("v=0\r\n", "application/sdp");
+        copy->removeHeader("Accept");
+        EXPECT_TRUE(copy->removeHeader("Via"));
+        EXPECT_NE(written(*copy), text);
+    }
+
+    const KxHandle<KxSipMessage> message;
+    const std::string text;
+    const KxString key;
+    const std::string response;
+};
 
 /** A few places where threads leave messages for each other. */
 class Exchange {
@@ -118,4 +175,42 @@ TEST(MessageThreadTest, MessagesPassFromThreadToThread) {
             exchange.swap(place, {});
         }
     });
+}
+
+/** All that a host does with messages, while its log levels and its configuration change, for KX_SOAK_SECONDS. */
+TEST(MessageThreadTest, Soak) {
+    const char* const told = std::getenv("KX_SOAK_SECONDS");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(told == nullptr ? 1 : std::atoi(told));
+    const Balance balance;
+    ChangingLog log;
+    std::vector<Constant> constants;
+    for (const std::string& text : messagesOf("samples")) {
+        constants.emplace_back(readMessage(text));
+    }
+    constants.emplace_back(
+        readMessage("OPTIONS sip:h SIP/2.0\r\nMax-Forwards: 0\r\n" + requiredHeaders("OPTIONS") + "\r\n"));
+    const KxHandle<KxSipRequest> exhausted = as<KxSipRequest>(constants.back().message);
+    std::atomic<std::size_t> rounds{0};
+    std::atomic<std::size_t> refused{0};
+    onAllThreads([&](int thread) {
+        Oskan::Logger logger("tandril.host");
+        for (std::size_t round = 0; std::chrono::steady_clock::now() < end; ++round, ++rounds) {
+            const Constant& shared = constants[(round + static_cast<std::size_t>(thread)) % constants.size()];
+            shared.look();
+            shared.edit();
+            EXPECT_EQ(written(*readMessage(shared.text)), shared.text);
+            shared.message->logMessage(logger, round % 2 == 0, nullptr, nullptr, Oskan::LogLevel::Info);
+            refused += exhausted->tooManyHops() ? 1 : 0;
+            if (thread == 0) {
+                log.change(round);
+            } else if (thread == 1) {
+                Oskan::GlobalConfig::getInstance().set("tandril.sip.ignoreMaxForwards", round % 3 == 0 ? "true" : "no");
+            }
+        }
+    });
+    Oskan::GlobalConfig::getInstance().unset("tandril.sip.ignoreMaxForwards");
+    std::cout << rounds << " rounds, " << refused << " refused, " << log.read() << " characters logged\n";
+    EXPECT_GT(refused, 0U);
+    EXPECT_LT(refused, rounds);
+    EXPECT_GT(log.read(), 0U);
 }

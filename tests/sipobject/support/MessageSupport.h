@@ -161,6 +161,19 @@ inline std::vector<std::filesystem::path> filesOf(std::string_view folder, std::
     return files;
 }
 
+/** The texts of all messages that can be read in the files of a folder, several in a file. */
+inline std::vector<std::string> messagesOf(std::string_view folder) {
+    std::vector<std::string> messages;
+    for (const std::filesystem::path& path : filesOf(folder, ".sip")) {
+        const std::string file = fileText(path);
+        KxByteArrayInputStream in{std::string_view(file)};
+        for (std::string_view rest = file; readDump(in).find("\nstatus ") != std::string::npos; rest = in.window()) {
+            messages.emplace_back(rest.substr(0, rest.size() - in.window().size()));
+        }
+    }
+    return messages;
+}
+
 /** Expects that what was allocated while it stood is given back. */
 class Balance {
 public:

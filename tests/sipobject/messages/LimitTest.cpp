@@ -1,0 +1,113 @@
+// Messages that are far larger than any that is meant, each read, copied, written and dropped on a small stack.
+
+#include "tests/sipobject/support/MessageSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+#ifdef KX_PLAIN_MALLOC
+constexpr std::size_t kShrink = 64; // the sanitizers are slow, and what they look for shows in smaller sizes
+#else
+constexpr std::size_t kShrink = 1;
+#endif
+constexpr std::size_t kMega = (std::size_t{1} << 20) / kShrink;
+constexpr std::size_t kMillion = 1000000 / kShrink;
+
+std::string times(std::size_t count, std::string_view piece) {
+    std::string text;
+    text.reserve(count * piece.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        text += piece;
+    }
+    return text;
+}
+
+/** Pieces with a number behind each, so that no two are alike. */
+std::string numbered(std::size_t count, std::string_view piece) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        text.append(piece).append(std::to_string(i));
+    }
+    return text;
+}
+
+std::string message(std::string_view start, std::string_view headers, std::string_view body) {
+    return std::string(start)
+        .append("\r\n")
+        .append(requiredHeaders("OPTIONS"))
+        .append(headers)
+        .append("Content-Type: a/b\r\nContent-Length: ")
+        .append(std::to_string(body.size()))
+        .append("\r\n\r\n")
+        .append(body);
+}
+
+std::string withHeaders(std::string_view headers) {
+    return message("OPTIONS sip:h SIP/2.0", headers, "");
+}
+
+std::string withLine(std::string_view name, std::string_view value) {
+    return withHeaders(std::string(name).append(": ").append(value).append("\r\n"));
+}
+
+/** Half of it in headers, half in the body. */
+std::string ofSize(std::size_t size) {
+    constexpr std::string_view kLines = "X-A: some text that nobody knows a grammar of\r\nRoute: <sip:proxy.example.com"
+                                        ";lr>\r\nSupported: 100rel\r\nContact: \"A\" <sip:a@192.0.2.1>;q=0.5\r\n";
+    return message("OPTIONS sip:h SIP/2.0", times(size / 2 / kLines.size(), kLines), std::string(size / 2, '\0'));
+}
+
+} // namespace
+
+TEST(LimitTest, LargeMessagesOnASmallStack) {
+    const struct {
+        const char* name;
+        std::string (*make)();
+        int status;
+    } rows[] = {
+        {"64 KB", [] { return ofSize(65536); }, 0},
+        {"1 MB", [] { return ofSize(kMega); }, 0},
+        {"64 MB", [] { return ofSize(64 * kMega); }, 0},
+        {"a million tags", [] { return withLine("Supported", times(kMillion, "a,") + "a"); }, 0},
+        {"a million Vias", [] { return withLine("Via", times(kMillion, "SIP/2.0/UDP h,") + "SIP/2.0/UDP h"); }, 0},
+        {"a million addresses", [] { return withLine("Route", times(kMillion, "<sip:h>,") + "<sip:h>"); }, 0},
+        {"a million unknown lines", [] { return withHeaders(times(kMillion, "X-A: 1\r\n")); }, 0},
+        {"a million bad lines", [] { return withHeaders(times(kMillion, "x\r\n")); }, 1},
+        {"a million interleaved lines",
+         [] {
+             return withHeaders(times(kMillion / 5, "Route: <sip:h;lr>\r\nX-A: 1\r\nVia: SIP/2.0/UDP h\r\nX-B: 2\r\n"
+                                                    "Supported: tag\r\n"));
+         },
+         0},
+        {"a million empty values", [] { return withLine("Accept", times(kMillion, ",")); }, 1},
+        {"a million parameters", [] { return withLine("Contact", "<sip:h>" + numbered(kMillion, ";p")); }, 0},
+        {"a million URL parameters", [] { return withLine("Route", "<sip:h" + numbered(kMillion, ";p") + ">"); }, 0},
+        {"16 MB of text", [] { return withLine("X-A", std::string(16 * kMega, 'x')); }, 0},
+        {"16 MB of folds", [] { return withLine("Subject", times(4 * kMega, "x\r\n ") + "x"); }, 0},
+        {"16 MB of quotes", [] { return withLine("X-A", times(8 * kMega, "\\\"")); }, 0},
+        {"16 MB of display name", [] { return withLine("Contact", '"' + std::string(16 * kMega, 'x') + "\" <sip:h>"); },
+         1},
+        {"16 MB of branch", [] { return withLine("Via", "SIP/2.0/UDP h;branch=" + std::string(16 * kMega, 'x')); }, 0},
+        {"16 MB of realm",
+         [] { return withLine("Proxy-Authenticate", "Digest realm=\"" + std::string(16 * kMega, 'x') + '"'); }, 1},
+        {"16 MB of URI", [] { return message("OPTIONS sip:" + std::string(16 * kMega, 'x') + " SIP/2.0", "", ""); }, 0},
+        {"16 MB of header name", [] { return withLine(std::string(16 * kMega, 'x'), "1"); }, 0},
+    };
+    for (const auto& row : rows) {
+        onSmallStack([&row] {
+            const Balance balance;
+            const std::string text = row.make();
+            const KxHandle<KxSipMessage> message = readMessage(text);
+            EXPECT_EQ(message->getStatus(), row.status) << row.name;
+            const std::string once = written(*message);
+            EXPECT_TRUE(row.status != 0 || once.size() * 5 > text.size()) << row.name << ' ' << once.size();
+            const KxHandle<KxSipMessage> copy(static_cast<KxSipMessage*>(message->clone()));
+            EXPECT_TRUE(written(*copy) == once) << row.name;
+            for (const char* name : {"Route", "x-b", "Via", "Supported"}) {
+                copy->removeHeader(name);
+            }
+            EXPECT_TRUE(written(*readMessage(once)) == once) << row.name;
+        });
+    }
+}
