@@ -1,34 +1,65 @@
-# Installation: libraries, headers in their folders, the CMake package and the pkg-config file.
+# Installation: libraries, headers in their folders, the CMake package, the pkg-config file and the tool; and the Debian
+# packages made of these, one a component. Whatever is installed may be moved as a whole.
 
-if(TARGET kxsipobject_objects AND TARGET kxutil_objects AND TARGET kxcore_objects)
-    include(CMakePackageConfigHelpers)
-
-    install(TARGETS kxcore kxutil kxsipobject EXPORT KxSipObjectTargets
-        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library)
-    install(EXPORT KxSipObjectTargets NAMESPACE Kx::
-        DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/KxSipObject" COMPONENT library)
-    foreach(folder core util sipobject)
-        install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}"
-            DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kxsipobject" COMPONENT library
-            FILES_MATCHING PATTERN "*.h")
-    endforeach()
-
-    configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/KxSipObjectConfig.cmake.in"
-        "${CMAKE_BINARY_DIR}/package/KxSipObjectConfig.cmake"
-        INSTALL_DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/KxSipObject")
-    write_basic_package_version_file("${CMAKE_BINARY_DIR}/package/KxSipObjectConfigVersion.cmake"
-        COMPATIBILITY SameMinorVersion)
-    install(FILES "${CMAKE_BINARY_DIR}/package/KxSipObjectConfig.cmake"
-        "${CMAKE_BINARY_DIR}/package/KxSipObjectConfigVersion.cmake"
-        DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/KxSipObject" COMPONENT library)
-
-    file(RELATIVE_PATH KX_PREFIX_FROM_PC "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
-    configure_file("${PROJECT_SOURCE_DIR}/cmake/kxsipobject.pc.in"
-        "${CMAKE_BINARY_DIR}/package/kxsipobject.pc" @ONLY)
-    install(FILES "${CMAKE_BINARY_DIR}/package/kxsipobject.pc"
-        DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT library)
-
-    if(TARGET kxsip)
-        install(TARGETS kxsip RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tool)
-    endif()
+if(NOT TARGET kxsipobject_objects OR NOT TARGET kxutil_objects OR NOT TARGET kxcore_objects)
+    return()
 endif()
+include(CMakePackageConfigHelpers)
+
+set(KX_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/KxSipObject")
+install(TARGETS kxcore kxutil kxsipobject EXPORT KxSipObjectTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+install(EXPORT KxSipObjectTargets NAMESPACE Kx:: DESTINATION "${KX_PACKAGE_DIR}" COMPONENT development)
+foreach(folder core util sipobject)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kxsipobject" COMPONENT development
+        FILES_MATCHING PATTERN "*.h")
+endforeach()
+
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/KxSipObjectConfig.cmake.in"
+    "${CMAKE_BINARY_DIR}/package/KxSipObjectConfig.cmake" INSTALL_DESTINATION "${KX_PACKAGE_DIR}")
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/package/KxSipObjectConfigVersion.cmake"
+    COMPATIBILITY SameMajorVersion)
+install(FILES "${CMAKE_BINARY_DIR}/package/KxSipObjectConfig.cmake"
+    "${CMAKE_BINARY_DIR}/package/KxSipObjectConfigVersion.cmake"
+    DESTINATION "${KX_PACKAGE_DIR}" COMPONENT development)
+
+file(RELATIVE_PATH KX_PREFIX_FROM_PC "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/kxsipobject.pc.in" "${CMAKE_BINARY_DIR}/package/kxsipobject.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/package/kxsipobject.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+if(TARGET kxsip)
+    install(TARGETS kxsip RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tool)
+endif()
+
+# The name of the library package ends in the SONAME's number, as Debian has it: a library that is binary incompatible
+# gets another number, another package, and may stand beside the old one.
+set(CPACK_GENERATOR DEB)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL runtime development tool)
+set(CPACK_PACKAGE_CONTACT "KxSipObject developers <kxsipobject@example.com>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+
+set(library "libkxsipobject${PROJECT_VERSION_MAJOR}")
+set(this "${library} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${library}")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+    "Shared libraries that read SIP messages from bytes, edit and derive them, and write them again.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkxsipobject-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${this}, liblog4cplus-dev, libace-dev, pkg-config")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+    "Headers, and the files by which CMake and pkg-config find the libraries.")
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME kxsip)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${this}")
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "kxsip shows, checks and draws the SIP of text files and packet captures.")
+include(CPack)

@@ -13,7 +13,7 @@ function(kx_add_library name)
         target_include_directories(${name}_objects PUBLIC "${PROJECT_SOURCE_DIR}")
         target_link_libraries(${name}_objects PUBLIC ${ARG_DEPENDS})
         add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
-        set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION 1
+        set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
             INSTALL_RPATH "$ORIGIN")
         set(scope PUBLIC)
     else()

@@ -1,10 +1,16 @@
 #pragma once
 
-#include "util/KxInputStream.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxByteArrayOutputStream.h"
+#include "util/KxException.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <string>
 #include <string_view>
 #include <typeinfo>
 
@@ -24,11 +30,40 @@
     std::abort();
 }
 
+/** Reports the law as broken unless both are the same. */
+inline void same(const char* law, std::string_view first, std::string_view second) {
+    if (first != second) {
+        fail(law, first, second);
+    }
+}
+
 /** Whether the object is of exactly this class. */
 template <class T, class Object>
 bool isExactly(const Object& object) {
     return typeid(object) == typeid(T);
 }
+
+inline bool hasAnyOf(std::string_view text, std::string_view characters) {
+    return text.find_first_of(characters) != std::string_view::npos;
+}
+
+inline bool hasOddQuotes(std::string_view text) {
+    return std::count(text.begin(), text.end(), '"') % 2 != 0;
+}
+
+/** The bytes in a block of exactly their size, so that one byte too far is one a sanitizer sees. */
+class Block {
+public:
+    explicit Block(std::string_view text) : m_bytes(new char[text.size()]), m_size(text.size()) {
+        text.copy(m_bytes.get(), m_size);
+    }
+    Block(const std::uint8_t* data, std::size_t size) : Block({reinterpret_cast<const char*>(data), size}) {}
+    std::string_view view() const { return {m_bytes.get(), m_size}; }
+
+private:
+    std::unique_ptr<char[]> m_bytes;
+    std::size_t m_size;
+};
 
 /** Delivers a byte at a time, as no stream of the library does. */
 class Dribble final : public KxInputStream {
@@ -45,3 +80,70 @@ protected:
 private:
     std::string_view m_left;
 };
+
+/** What is left of a stream. */
+inline std::string restOf(KxInputStream& in) {
+    std::string rest;
+    for (int c = in.read(); c >= 0; c = in.read()) {
+        rest += static_cast<char>(c);
+    }
+    return rest;
+}
+
+/** Has no window, so it is told of every piece. */
+class Pieces final : public KxOutputStream {
+public:
+    std::string text;
+    int flushes = 0;
+    void flush() override { ++flushes; }
+
+protected:
+    void writeBeyondWindow(const char* bytes, std::size_t count) override { text.append(bytes, count); }
+};
+
+template <class T>
+void writeTo(KxOutputStream& out, const T& object) {
+    if constexpr (requires { object.serialize(out); }) {
+        object.serialize(out);
+    } else {
+        object.display(out, false);
+    }
+}
+
+/** What the object writes of itself. */
+template <class T>
+std::string written(const T& object) {
+    KxByteArrayOutputStream out(16);
+    writeTo(out, object);
+    return std::string(out.view());
+}
+
+/** A copy is written as its original, which is left as it was; every stream is told the same bytes, and as many. */
+template <class T>
+void checkWriting(const T& object, std::string_view text, int flushes = 0) {
+    const KxHandle<T> copy(static_cast<T*>(object.clone()));
+    same("a copy is of its original's class", typeid(object).name(), typeid(*copy).name());
+    same("a copy is written as its original", text, written(*copy));
+    Pieces pieces;
+    writeTo(pieces, object);
+    same("every stream is told the same", text, pieces.text);
+    if (pieces.flushes != flushes) {
+        fail("streams are flushed as often as they should be", text, std::to_string(pieces.flushes));
+    }
+    KxByteArrayOutputStream out;
+    writeTo(out, object);
+    if (out.size() != text.size()) {
+        fail("what is written is as long as it says", text, out.view());
+    }
+    same("bytes are handed out as they were written", text, out.toByteArray()->view());
+}
+
+/** What f returns, or why it returns nothing. */
+template <class F>
+std::string outcomeOf(F f) {
+    try {
+        return f();
+    } catch (const KxHandle<KxException>& failure) {
+        return std::string("! ").append(failure->getExceptionMessage().view());
+    }
+}

@@ -1,18 +1,14 @@
 #include "Registrar.h"
 
+#include "common/Answers.h"
 #include "sipobject/KxSipParseKeepAliveException.h"
-#include "sipobject/KxSipTag.h"
 #include "sipobject/headers/KxSipAllowHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
-#include "sipobject/headers/KxSipViaHeader.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxByteArrayOutputStream.h"
 
 #include <log4cplus/loggingmacros.h>
-
-#include <algorithm>
 
 namespace {
 
@@ -21,38 +17,6 @@ constexpr std::size_t kLargestRequest = 4096; // so much of a stranger's may sta
 log4cplus::Logger& logger() {
     static log4cplus::Logger logger = log4cplus::Logger::getInstance("registrar");
     return logger;
-}
-
-/** A stranger's text, so that it can't add lines to the log nor fill it. */
-std::string printable(std::string_view text) {
-    std::string result(text.substr(0, 200));
-    std::replace_if(
-        result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return result;
-}
-
-/** A response without a body: Via, From, To, Call-ID and CSeq of the request. Throws KxException where these are not
-    there, since there is nothing to answer with then. */
-KxHandle<KxSipResponse> makeResponse(int code, const KxHandle<KxSipRequest>& request) {
-    auto response = KxMake<KxSipResponse>(code, request, nullptr, nullptr, 0U);
-    if (!response->getToHeader()->isTagPresent()) {
-        response->getToHeader()->setTag(KxSipTag(nullptr));
-    }
-    return response;
-}
-
-/** Says in the top Via where the request really came from. [RFC 3261 18.2.1, RFC 3581 4] */
-void noteSource(KxSipViaHeader& via, const std::string& host, unsigned port) {
-    via.setReceived(KxString(host));
-    if (via.isRPortPresent()) {
-        via.setParameter("rport", KxString(std::to_string(port)));
-    }
-}
-
-/** Where the answer goes: never to another host than the request came from, whatever "maddr" may say. */
-unsigned replyPort(const KxSipViaHeader& via, unsigned source) {
-    const bool isNamed = !via.isRPortPresent() && via.getPort() != 0 && via.getPort() <= 65535;
-    return isNamed ? via.getPort() : source;
 }
 
 } // namespace
@@ -94,14 +58,13 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
         }
     }
     noteSource(*response->getViaHeader(), host, port);
-    KxByteArrayOutputStream out;
-    response->serialize(out);
+    std::string bytes = bytesOf(*response);
     if (verdict.outcome == Outcome::Accepted) {
-        verdict.nonce->response = out.view();
+        verdict.nonce->response = bytes;
     }
     LOG4CPLUS_INFO(logger(), printable(request->getMethod()) << " of " << host << ':' << port << ' ' << verdict.user
                                                              << " -> " << response->getStatusCode());
-    return std::string(out.view());
+    return bytes;
 }
 
 /** The response to what is no business of a registrar's, or nil. */

@@ -3,18 +3,15 @@
 //   echo 'alice:secret' > users
 //   registrar --realm example.com --users users --port 5060
 
-#include "UdpPort.h"
+#include "Registrar.h"
+#include "common/Host.h"
+#include "common/UdpPort.h"
 
 #include <CLI/CLI.hpp>
 #include <ace/Reactor.h>
-#include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
 
-#include <sys/signalfd.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <csignal>
 #include <iostream>
 
 namespace {
@@ -27,53 +24,22 @@ struct Options {
     std::string log;
 };
 
-/** Ends the reactor's loop on SIGINT and SIGTERM. They arrive as input, not in the midst of something. */
-class Stop final : public ACE_Event_Handler {
-public:
-    /** For this thread and all that are started from now on. */
-    explicit Stop(ACE_Reactor& reactor) : ACE_Event_Handler(&reactor) {
-        sigset_t signals;
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        if (pthread_sigmask(SIG_BLOCK, &signals, nullptr) != 0) {
-            throw std::runtime_error("cannot block signals");
-        }
-        m_handle = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
-        if (reactor.register_handler(this, ACE_Event_Handler::READ_MASK) == -1) {
-            throw std::runtime_error("cannot wait for signals");
-        }
-    }
-    ~Stop() override {
-        reactor()->remove_handler(this, ACE_Event_Handler::READ_MASK | ACE_Event_Handler::DONT_CALL);
-        close(m_handle);
-    }
-
-    ACE_HANDLE get_handle() const override { return m_handle; }
-    int handle_input(ACE_HANDLE) override { return reactor()->end_reactor_event_loop(); }
-
-private:
-    ACE_HANDLE m_handle = ACE_INVALID_HANDLE;
-};
-
-void configureLog(const std::string& file) {
-    if (file.empty()) {
-        log4cplus::BasicConfigurator().configure();
-        log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL); // the library's details aside
-        log4cplus::Logger::getInstance("registrar").setLogLevel(log4cplus::INFO_LOG_LEVEL);
-    } else {
-        log4cplus::PropertyConfigurator::doConfigure(file);
-    }
-}
-
 void run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
     const log4cplus::Initializer log;
-    configureLog(options.log);
+    configureLog(options.log, "registrar");
 
     Registrar registrar(options.realm, readUsers(options.users));
-    const UdpPort port(ACE_INET_Addr(static_cast<u_short>(options.port), options.address.c_str()), reactor, registrar);
+    UdpPort port(ACE_INET_Addr(static_cast<u_short>(options.port), options.address.c_str()), reactor,
+                 [&](std::string_view datagram, const ACE_INET_Addr& from) {
+                     const Registrar::Reply reply = registrar.answer(datagram, hostOf(from), from.get_port_number());
+                     if (!reply.bytes.empty()) {
+                         ACE_INET_Addr to = from;
+                         to.set_port_number(static_cast<u_short>(reply.port));
+                         port.send(reply.bytes, to);
+                     }
+                 });
     std::cout << "registrar: listening on " << options.address << ':' << port.port() << std::endl;
     reactor.run_reactor_event_loop();
 }

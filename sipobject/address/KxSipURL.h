@@ -17,7 +17,7 @@ enum KxUserParam { KX_USER_NONE = 0, KX_USER_PHONE = 1 };
     ordinary character in them, while in front of them it counts as an opening bracket; quotes may stand in the user.
     "SIP:bob:pw@h:5070;lr" -> "sip:bob:pw@h:5070;lr"
 
-    Strings are shared between copies, lists are not. Used by one thread at a time. */
+    A copy is changed by itself. Used by one thread at a time. */
 class KX_SIP_API KxSipURL final : public KxURI {
 public:
     static const KxConstString sToken;

@@ -1,30 +1,42 @@
 #include "sipobject/messages/KxSipHeaderSlots.h"
 
-#include <bit>
+#include <algorithm>
 #include <utility>
 
-KxSipHeaderSlots::KxSipHeaderSlots() : m_slots{} {
+KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
     m_order[kEnd] = {kEnd, kEnd};
 }
 
 KxSipHeaderSlots::~KxSipHeaderSlots() {
-    for (std::uint64_t used = m_used; used != 0; used &= used - 1) {
-        m_slots[static_cast<HeaderID>(std::countr_zero(used))] = nullptr;
+    for (std::size_t place = 1; place < std::min<std::size_t>(m_used, kNear); ++place) {
+        m_near[place] = nullptr;
     }
+}
+
+/** The slot that the kind has, or one of the far ones. */
+KxHandle<KxSipHeader>& KxSipHeaderSlots::useAgain(HeaderID id) {
+    if (m_place[id] == 0) {
+        if (m_far == nullptr) {
+            m_far = std::make_unique<Far>();
+        }
+        m_place[id] = m_used++;
+    }
+    return slot(m_place[id]);
 }
 
 void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
     m_order = other.m_order;
-    for (std::uint64_t used = other.m_used; used != 0; used &= used - 1) {
-        const auto id = static_cast<HeaderID>(std::countr_zero(used));
-        use(id) = other.copyOf(id);
+    for (HeaderID id = 0; id != kEnd; ++id) {
+        if (!other.first(id).isNil()) { // also one that has no place in the order
+            use(id) = other.copyOf(id);
+        }
     }
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
     KxHandle<KxSipHeader> copy;
     KxHandle<KxSipHeader>* end = &copy;
-    for (const KxSipHeader* value = m_slots[id].get(); value != nullptr; value = value->m_next.get()) {
+    for (const KxSipHeader* value = first(id).get(); value != nullptr; value = value->m_next.get()) {
         *end = KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value->clone()));
         end = &(*end)->m_next;
     }
@@ -63,7 +75,7 @@ void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {
 
 /** The end of a chain: walked to where it is near, remembered where it is far. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
-    KxSipHeader* last = m_slots[id].get();
+    KxSipHeader* last = first(id).get();
     if (m_last != nullptr && !(*m_last)[id].isNil()) {
         last = (*m_last)[id].get();
     }
@@ -87,23 +99,23 @@ void KxSipHeaderSlots::forgetLast(HeaderID id) {
 }
 
 bool KxSipHeaderSlots::removeFirst(HeaderID id) {
-    KxHandle<KxSipHeader>& slot = m_slots[id];
-    if (slot.isNil()) {
+    KxHandle<KxSipHeader>& first = slot(m_place[id]);
+    if (first.isNil()) {
         return false;
     }
-    if (slot->m_next.isNil()) {
+    if (first->m_next.isNil()) {
         forgetLast(id);
-        slot = nullptr;
+        first = nullptr;
         delist(id);
     } else {
-        slot = KxHandle<KxSipHeader>(slot->m_next);
+        first = KxHandle<KxSipHeader>(first->m_next);
     }
     return true;
 }
 
 bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
-    KxHandle<KxSipHeader>* link = &m_slots[KxHeaderIDs::kUnknown];
-    while (!link->isNil() && !(*link)->getExpandedToken().equalsNoCase(name)) {
+    KxHandle<KxSipHeader>* link = &slot(m_place[KxHeaderIDs::kUnknown]);
+    while (!link->isNil() && !(*link)->getToken().equalsNoCase(name)) {
         link = &(*link)->m_next;
     }
     if (link->isNil()) {
@@ -111,7 +123,7 @@ bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
     }
     forgetLast(KxHeaderIDs::kUnknown);
     *link = KxHandle<KxSipHeader>((*link)->m_next);
-    if (m_slots[KxHeaderIDs::kUnknown].isNil()) {
+    if (first(KxHeaderIDs::kUnknown).isNil()) {
         delist(KxHeaderIDs::kUnknown);
     }
     return true;
@@ -119,7 +131,7 @@ bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
 
 HeaderID KxSipHeaderSlots::find(std::string_view token) const {
     for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)) {
-        if (m_slots[id]->getToken().equalsNoCase(token)) {
+        if (first(id)->getToken().equalsNoCase(token)) {
             return id;
         }
     }

@@ -19,17 +19,19 @@ public:
     /** Fills the empty slots with a deep copy. */
     void copyFrom(const KxSipHeaderSlots& other);
 
-    const KxHandle<KxSipHeader>& first(HeaderID id) const { return m_slots[id]; }
+    /** Nil when there is none. Stays where it is as long as the message. */
+    const KxHandle<KxSipHeader>& first(HeaderID id) const { return slot(m_place[id]); }
 
     /** Puts the value in: first, with what was there before behind it and its own chain dropped, or last, with the
         chain it carries. False, and nothing changes, when this very object hangs there already. */
     bool add(KxHandle<KxSipHeader>&& header, bool first) {
-        KxHandle<KxSipHeader>& slot = m_slots[header->getHeaderID()];
-        if (!slot.isNil()) {
-            return chain(slot, std::move(header), first);
+        const HeaderID id = header.get()->getHeaderID();
+        KxHandle<KxSipHeader>& present = use(id);
+        if (!present.isNil()) {
+            return chain(present, std::move(header), first);
         }
-        enlist(header->getHeaderID());
-        use(header->getHeaderID()) = std::move(header);
+        present = std::move(header);
+        enlist(id);
         return true;
     }
     /** A deep copy of the values of a kind, chained in their order; nil when there are none. */
@@ -58,10 +60,25 @@ private:
         std::uint8_t next;
     };
 
-    KxHandle<KxSipHeader>& use(HeaderID id) {
-        m_used |= std::uint64_t{1} << id;
-        return m_slots[id];
+    /** How many slots a message has at once; few messages need the rest. */
+    static constexpr std::size_t kNear = 25;
+    using Far = std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount + 1 - kNear>;
+
+    const KxHandle<KxSipHeader>& slot(std::size_t place) const {
+        return place < kNear ? m_near[place] : (*m_far)[place - kNear];
     }
+    KxHandle<KxSipHeader>& slot(std::size_t place) {
+        return const_cast<KxHandle<KxSipHeader>&>(std::as_const(*this).slot(place));
+    }
+    /** The slot of a kind, which gets one where it has none. */
+    KxHandle<KxSipHeader>& use(HeaderID id) {
+        if (m_place[id] != 0 || m_used >= kNear) {
+            return useAgain(id);
+        }
+        m_place[id] = m_used;
+        return m_near[m_used++];
+    }
+    KxHandle<KxSipHeader>& useAgain(HeaderID id);
     void enlist(HeaderID id) {
         const std::uint8_t last = m_order[kEnd].previous;
         m_order[id] = {last, kEnd};
@@ -73,11 +90,13 @@ private:
     KxSipHeader* lastOf(HeaderID id);
     void forgetLast(HeaderID id);
 
-    static_assert(KxHeaderIDs::kCount <= 64);
-    std::uint64_t m_used = 0; // slots that were ever filled; the others need no look when all is dropped
+    std::array<std::uint8_t, KxHeaderIDs::kCount>
+        m_place{};           // of the slot of each kind; 0, which is always nil, for none
+    std::uint8_t m_used = 1; // slots, the nil one included
     union {
-        std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount> m_slots;
+        std::array<KxHandle<KxSipHeader>, kNear> m_near; // of which those that were never used need no look in the end
     };
+    std::unique_ptr<Far> m_far;
     std::unique_ptr<std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount>> m_last; // made for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{};                            // a ring through kEnd
 };

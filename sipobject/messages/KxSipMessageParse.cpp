@@ -70,7 +70,8 @@ KxHandle<KxSipMessage> KxSipMessage::sConstructFrom(KxInputStream& in) {
         KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
     KxScannedText scanned;
-    const KxString token(scanned.until(in, kTokenEnd));
+    const std::string_view text = scanned.until(in, kTokenEnd);
+    const KxString token(text.substr(0, text.find('\0'))); // as the message sees it, which is handed a C string
     const Creator creator = findCreator(token);
     KxHandle<KxSipMessage> message(creator != nullptr ? creator() : new KxSipUnknownRequest);
     message->parse(token.c_str(), in);

@@ -3,22 +3,19 @@
 registers 100 times with the right and with a wrong password, and against what strangers may send. Exits with 77 where
 there is no sipp."""
 
-import csv
 import hashlib
 import os
 import re
-import selectors
 import shutil
-import signal
 import socket
-import subprocess
 import sys
 import tempfile
+
+from hosts import PATIENCE, Host, Sipp
 
 REALM = "kx.example"
 PASSWORD = "correct horse"
 CALLS = 100
-PATIENCE = 60  # seconds; much more than any step takes on a slow machine
 HERE = os.path.dirname(os.path.abspath(__file__))
 
 
@@ -33,36 +30,6 @@ def weak_user():
 
 
 WEAK = weak_user()
-
-
-class Registrar:
-    """The program under test; ended by SIGTERM, and killed if that does not do it."""
-
-    def __init__(self, program, folder):
-        users = os.path.join(folder, "users")
-        log = os.path.join(folder, "log.properties")
-        self.log = os.path.join(folder, "registrar.log")
-        with open(users, "w", encoding="ascii") as out:
-            out.write(f"# a comment\nalice:{PASSWORD}\n\nbob:{PASSWORD}\r\n{WEAK}:{PASSWORD}\n")
-        with open(log, "w", encoding="ascii") as out:
-            out.write("log4cplus.rootLogger=DEBUG, F\nlog4cplus.appender.F=log4cplus::FileAppender\n"
-                      f"log4cplus.appender.F.File={self.log}\n")
-        command = [program, "--port", "0", "--realm", REALM, "--users", users, "--log", log]
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE)
-
-    def __enter__(self):
-        with selectors.DefaultSelector() as selector:
-            selector.register(self.process.stdout, selectors.EVENT_READ)
-            line = self.process.stdout.readline() if selector.select(PATIENCE) else b""
-        self.port = int(re.fullmatch(rb"registrar: listening on 127\.0\.0\.1:(\d+)\n", line)[1])
-        return self
-
-    def __exit__(self, *_):
-        self.process.send_signal(signal.SIGTERM)
-        try:
-            self.process.wait(PATIENCE)
-        finally:
-            self.process.kill()
 
 
 class Client:
@@ -110,20 +77,10 @@ class Client:
 
 def sipp(port, folder, password, last):
     """(calls that ended as expected, calls that did not), where the second REGISTER is to be answered with `last`."""
-    scenario = os.path.join(folder, f"{last}.xml")
-    stats = os.path.join(folder, "stats.csv")
     with open(os.path.join(HERE, "register.xml"), encoding="ascii") as template:
         steps = template.read().replace('response="200"', f'response="{last}"')
-    with open(scenario, "w", encoding="ascii") as out:
-        out.write(steps)
-    subprocess.run(["sipp", f"127.0.0.1:{port}", "-sf", scenario, "-i", "127.0.0.1", "-au", "alice", "-ap", password,
-                    "-m", str(CALLS), "-r", "100", "-l", "20", "-recv_timeout", str(PATIENCE * 1000), "-nostdin",
-                    "-trace_stat", "-stf", stats], cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                   timeout=2 * PATIENCE, check=False)
-    with open(stats, encoding="ascii") as rows:
-        total = list(csv.DictReader(rows, delimiter=";"))[-1]
-    os.remove(stats)
-    return int(total["SuccessfulCall(C)"]), int(total["FailedCall(C)"])
+    options = ["-au", "alice", "-ap", password, "-l", "20"]
+    return Sipp(port, folder, f"{password} {last}", steps, CALLS, 100, *options).result()[:2]
 
 
 def check_strangers(client):
@@ -198,7 +155,10 @@ def main():
         print("sipp is not installed")
         return 77
     with tempfile.TemporaryDirectory() as folder:
-        with Registrar(sys.argv[1], folder) as registrar:
+        users = os.path.join(folder, "users")
+        with open(users, "w", encoding="ascii") as out:
+            out.write(f"# a comment\nalice:{PASSWORD}\n\nbob:{PASSWORD}\r\n{WEAK}:{PASSWORD}\n")
+        with Host(sys.argv[1], folder, "--realm", REALM, "--users", users) as registrar:
             client = Client(registrar.port)
             client.ask(b"")  # it answers
             for name, password, last, expected in (("right password", PASSWORD, 200, (CALLS, 0)),
@@ -209,10 +169,7 @@ def main():
                 assert calls == expected, name
             check_strangers(client)
             check_bindings(client)
-            assert registrar.process.poll() is None
-        assert registrar.process.returncode == 0, f"ended with {registrar.process.returncode}"
-        with open(registrar.log, encoding="ascii") as log:
-            text = log.read()
+        text = registrar.log_text()
         assert "REGISTER of 127.0.0.1" in text and PASSWORD not in text and "wrong" not in text
     return 0
 

@@ -7,7 +7,11 @@ stage=$build/package/$way
 consumer=$stage/consumer
 
 rm -rf "$stage"
-cmake --install "$build" --prefix "$stage/installed" --component library >/dev/null
+for component in runtime development tool; do
+    cmake --install "$build" --prefix "$stage/staged" --component $component >/dev/null
+done
+mv "$stage/staged" "$stage/installed" # what is installed finds its parts wherever it is
+"$stage/installed/bin/kxsip" --version
 case $way in
     cmake)
         cmake -S "$source/tests/package" -B "$stage/build" -G Ninja -DCMAKE_CXX_COMPILER="${CXX:-c++}" \

@@ -3,6 +3,7 @@
 #include "tests/sipobject/support/Derivation.h"
 
 #include <map>
+#include <set>
 
 namespace {
 
@@ -18,68 +19,40 @@ std::string startLineOf(const KxSipMessage& message) {
 } // namespace
 
 TEST(ResponseTest, KnownCodesHaveTheirPhraseAndTheOthersTheirClass) {
+    const std::set<int> known = {100, 180, 181, 182, 183, 200, 300, 301, 302, 303, 305, 380, 400, 401,
+                                 402, 403, 404, 405, 406, 407, 408, 409, 410, 411, 413, 414, 415, 416,
+                                 420, 421, 422, 480, 481, 482, 483, 484, 485, 486, 487, 488, 491, 493,
+                                 500, 501, 502, 503, 504, 505, 513, 600, 603, 604, 606};
     const std::map<int, std::string> phrases = {
+        // the first and last of a class, and those that are not RFC 3261's
         {100, "Trying"},
-        {180, "Ringing"},
-        {181, "Call Is Being Forwarded"},
-        {182, "Queued"},
         {183, "Session Progress"},
         {200, "Ok"},
         {300, "Multiple Choices"},
-        {301, "Moved Permanently"},
-        {302, "Moved Temporarily"},
-        {303, "See Other"},
-        {305, "Use Proxy"},
         {380, "Alternative Service"},
         {400, "Bad Request"},
-        {401, "Unauthorized"},
-        {402, "Payment Required"},
-        {403, "Forbidden"},
-        {404, "Not Found"},
-        {405, "Method Not Allowed"},
-        {406, "Not Acceptable"},
-        {407, "Proxy Authentication Required"},
-        {408, "Request Timeout"},
-        {409, "Conflict"},
-        {410, "Gone"},
-        {411, "Length Required"},
         {413, "Request Message Body Too Large"},
         {414, "Request-URI Too Large"},
-        {415, "Unsupported Media Type"},
-        {416, "Unsupported URI Scheme"},
-        {420, "Bad Extension"},
-        {421, "Extension Required"},
         {422, "Session Timer Too Small"},
         {480, "Temporarily not available"},
-        {481, "Call/Transaction Does Not Exist"},
-        {482, "Loop Detected"},
-        {483, "Too Many Hops"},
-        {484, "Address Incomplete"},
-        {485, "Ambiguous"},
-        {486, "Busy Here"},
         {487, "Transaction Cancelled"},
-        {488, "Not Acceptable Here"},
-        {491, "Request Pending"},
         {493, "Undecipherable"},
         {500, "Internal Server Error"},
-        {501, "Not Implemented"},
-        {502, "Bad Gateway"},
-        {503, "Service Unavailable"},
-        {504, "Gateway Timeout"},
         {505, "SIP Version not supported"},
         {513, "Message Too Large"},
         {600, "Busy Everywhere"},
-        {603, "Decline"},
         {604, "Does not exist anywhere"},
         {606, "Not Acceptable"},
     };
     const KxHandle<KxSipMessage> request = options(requiredHeaders("OPTIONS"));
     for (int code = 100; code < 700; ++code) {
-        const auto phrase = phrases.find(code);
-        const std::string expected =
-            phrase != phrases.end() ? phrase->second : "Unknown " + std::to_string(code / 100) + "00 Class Response";
-        EXPECT_EQ(startLineOf(*derive(request, "response " + std::to_string(code))),
-                  "SIP/2.0 " + std::to_string(code) + " " + expected);
+        const std::string line = startLineOf(*derive(request, "response " + std::to_string(code)));
+        const std::string start = "SIP/2.0 " + std::to_string(code) + " ";
+        const std::string unknown = start + "Unknown " + std::to_string(code / 100) + "00 Class Response";
+        EXPECT_EQ(line != unknown, known.contains(code)) << line;
+        if (const auto phrase = phrases.find(code); phrase != phrases.end()) {
+            EXPECT_EQ(line, start + phrase->second);
+        }
     }
 }
 

@@ -63,8 +63,14 @@ bool carriesSdp(std::string_view text) {
 } // namespace
 
 std::string Step::remark() const {
-    std::string result = carriesSdp(text) ? "SDP" : "";
+    std::string result;
     const auto add = [&result](const std::string& more) { result += (result.empty() ? "" : ", ") + more; };
+    if (facts.isResponse() && facts.method != "INVITE") {
+        add("to " + facts.method); // several may be on their way at once
+    }
+    if (carriesSdp(text)) {
+        add("SDP");
+    }
     if (repeats) {
         add("repeats " + std::to_string(*repeats));
     }

@@ -18,7 +18,7 @@ struct Step {
     std::size_t to = 0;
     std::optional<std::size_t> repeats; ///< The index of the message with the same bytes and the same way.
 
-    /** What else a reader wants to see beside the label: "SDP", "repeats 3", "refused". */
+    /** What else a reader wants to see beside the label: "to PRACK", "SDP", "repeats 3", "refused". */
     std::string remark() const;
 };
 

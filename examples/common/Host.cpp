@@ -1,0 +1,43 @@
+#include "common/Host.h"
+
+#include <ace/Reactor.h>
+#include <log4cplus/configurator.h>
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <stdexcept>
+
+Stop::Stop(ACE_Reactor& reactor) : ACE_Event_Handler(&reactor) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    if (pthread_sigmask(SIG_BLOCK, &signals, nullptr) != 0) {
+        throw std::runtime_error("cannot block signals");
+    }
+    m_handle = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
+    if (reactor.register_handler(this, ACE_Event_Handler::READ_MASK) == -1) {
+        throw std::runtime_error("cannot wait for signals");
+    }
+}
+
+Stop::~Stop() {
+    reactor()->remove_handler(this, ACE_Event_Handler::READ_MASK | ACE_Event_Handler::DONT_CALL);
+    close(m_handle);
+}
+
+int Stop::handle_input(ACE_HANDLE) {
+    return reactor()->end_reactor_event_loop();
+}
+
+void configureLog(const std::string& file, const char* logger) {
+    if (file.empty()) {
+        log4cplus::BasicConfigurator().configure();
+        log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL); // the library's details aside
+        log4cplus::Logger::getInstance(logger).setLogLevel(log4cplus::INFO_LOG_LEVEL);
+    } else {
+        log4cplus::PropertyConfigurator::doConfigure(file);
+    }
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <ace/Event_Handler.h>
+#include <ace/INET_Addr.h>
+#include <ace/SOCK_Dgram.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <string_view>
+
+/** A UDP socket that the reactor watches: each datagram is given to the receiver. */
+class UdpPort final : public ACE_Event_Handler {
+public:
+    /** Throws nothing. */
+    using Receiver = std::function<void(std::string_view datagram, const ACE_INET_Addr& from)>;
+
+    /** Binds the address and registers with the reactor, which must live longer. Throws std::system_error. */
+    UdpPort(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);
+    ~UdpPort() override;
+
+    /** The one that was bound, also where 0 asked for any. */
+    unsigned port() const;
+    /** Never waits: what can't be sent is lost, as it may be on the way. */
+    void send(std::string_view datagram, const ACE_INET_Addr& to);
+
+    ACE_HANDLE get_handle() const override { return m_socket.get_handle(); }
+    /** Never fails: -1 would end the service. */
+    int handle_input(ACE_HANDLE handle) override;
+
+private:
+    Receiver m_receiver;
+    ACE_SOCK_Dgram m_socket;
+    std::array<char, 65536> m_buffer; // more than the longest datagram
+};
+
+/** "192.0.2.1" */
+std::string hostOf(const ACE_INET_Addr& address);

@@ -1,0 +1,94 @@
+#include "Callee.h"
+
+#include "Log.h"
+
+#include "sipobject/KxSipTag.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipContactHeader.h"
+#include "sipobject/headers/KxSipRAckHeader.h"
+#include "sipobject/headers/KxSipRSeqHeader.h"
+#include "sipobject/headers/KxSipRequireHeader.h"
+
+#include <cstdlib>
+
+Callee::Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id,
+               std::chrono::milliseconds ring)
+    : Call(host, peer, KxSipTag(nullptr).getValue()), m_invite(invite), m_ringTime(ring), m_ringing(host.timers) {
+    m_inviteId = id;
+    m_inviteSeq = m_remoteSeq = invite->getCSeqHeader()->getSeqNumber();
+}
+
+void Callee::begin() {
+    m_invite->getToHeader()->setTag(tag().c_str()); // for all that is made of the INVITE from now on
+    m_host.transactions.respond(m_inviteId, makeResponse(100, m_invite));
+    const auto local = KxMake<KxSipFromHeader>(m_invite->getToHeader()->getNameAddress());
+    const auto remote = KxMake<KxSipToHeader>(m_invite->getFromHeader()->getNameAddress());
+    local->setTag(tag().c_str());
+    if (m_invite->getFromHeader()->isTagPresent()) {
+        remote->setTag(m_invite->getFromHeader()->getTag().c_str());
+    }
+    establish(local, remote, *m_invite, false);
+    ring();
+    m_ringing.start(m_ringTime, [this] {
+        m_isDue = true;
+        if (m_rseq == 0) {
+            answer();
+        }
+    });
+}
+
+void Callee::ring() {
+    const KxHandle<KxSipResponse> ringing = makeResponse(180, m_invite);
+    ringing->addHeader(KxMake<KxSipContactHeader>(contact().c_str()), false);
+    KxHandle<KxSipHeader> hop = m_invite->getHeaderByID(KxHeaderIDs::kRecordRoute);
+    for (; !hop.isNil(); hop = hop->getNext()) {
+        ringing->addSingleHeader(hop, false);
+    }
+    if (lists(*m_invite, KxHeaderIDs::kSupported, "100rel") || lists(*m_invite, KxHeaderIDs::kRequire, "100rel")) {
+        m_rseq = static_cast<std::uint32_t>(std::rand()) / 2 + 1;
+        ringing->addHeader(KxMake<KxSipRequireHeader>("100rel"), false);
+        ringing->addHeader(KxMake<KxSipRSeqHeader>(m_rseq), false);
+    }
+    m_host.transactions.respond(m_inviteId, ringing, givingUp(504)); // where no PRACK comes
+    m_host.transactions.onCancel(m_inviteId, givingUp(487));
+}
+
+int Callee::prack(const KxSipRequest& request) {
+    const auto which = KxHandleCast<KxSipRAckHeader>(request.getHeaderByID(KxHeaderIDs::kRAck));
+    if (m_rseq == 0 || which.isNil() || which->getResponseNumber() != m_rseq || which->getSeqNumber() != m_inviteSeq ||
+        which->getMethod() != "INVITE") {
+        return 481;
+    }
+    m_rseq = 0;
+    m_host.transactions.acknowledged(m_inviteId);
+    if (m_isDue) {
+        m_ringing.start(std::chrono::milliseconds(0), [this] { answer(); }); // the PRACK's answer goes first
+    }
+    return 200;
+}
+
+void Callee::answer() {
+    accept(m_invite, m_inviteId);
+}
+
+/** Refuses the INVITE, unless it is answered already. */
+void Callee::giveUp(int code) {
+    if (!m_isAnswered) {
+        const auto self = shared_from_this();
+        m_ringing.stop();
+        respond(code, m_invite, m_inviteId);
+        end();
+    }
+}
+
+std::function<void()> Callee::givingUp(int code) {
+    return [weak = weak_from_this(), code] {
+        if (const auto self = std::static_pointer_cast<Callee>(weak.lock())) {
+            self->giveUp(code);
+        }
+    };
+}
+
+void Callee::onBye() {
+    giveUp(487);
+}

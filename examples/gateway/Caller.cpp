@@ -1,0 +1,128 @@
+#include "Caller.h"
+
+#include "Log.h"
+
+#include "sipobject/KxSipTag.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipMaxForwardsHeader.h"
+#include "sipobject/headers/KxSipMinSEHeader.h"
+#include "sipobject/headers/KxSipRAckHeader.h"
+#include "sipobject/headers/KxSipRSeqHeader.h"
+#include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipSessionExpiresHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
+#include "sipobject/messages/KxSipByeMessage.h"
+#include "sipobject/messages/KxSipCancelMessage.h"
+#include "sipobject/messages/KxSipPrackMessage.h"
+
+#include <utility>
+
+Caller::Caller(CallHost& host, const Peer& peer, Plan plan)
+    : Call(host, peer, KxSipTag(nullptr).getValue()),
+      m_plan(std::move(plan)),
+      m_cancelling(host.timers),
+      m_talking(host.timers) {}
+
+void Caller::begin() {
+    const std::string from = contact() + ";tag=" + tag();
+    const std::string to = '<' + m_plan.uri + '>';
+    m_invite = KxMake<KxSipInviteMessage>(from.c_str(), to.c_str(), contact().c_str(), "", 0U, nullptr, nullptr, 0U);
+    introduce(*m_invite);
+    addSession(*m_invite);
+    if (m_plan.isReliable) {
+        m_invite->addHeader(KxMake<KxSipRequireHeader>("100rel"), false);
+    }
+    if (m_plan.sessionSeconds != 0) {
+        m_invite->addHeader(KxMake<KxSipSessionExpiresHeader>(m_plan.sessionSeconds), false);
+    }
+    m_localSeq = m_invite->getCSeqHeader()->getSeqNumber();
+    address(*m_invite);
+    invite();
+}
+
+void Caller::invite() {
+    const auto self = std::static_pointer_cast<Caller>(shared_from_this());
+    m_host.transactions.ask(m_invite, m_peer,
+                            [self](const KxHandle<KxSipResponse>& response) { self->follow(response); });
+}
+
+void Caller::follow(const KxHandle<KxSipResponse>& response) {
+    if (response.isNil()) {
+        return fail("no answer", false);
+    }
+    m_plan.tell(std::to_string(response->getStatusCode()) + ' ' + printable(response->getReasonPhrase()));
+    if (response->getStatusCode() < 200) {
+        followProvisional(response);
+    } else {
+        followFinal(response);
+    }
+}
+
+void Caller::followProvisional(const KxHandle<KxSipResponse>& response) {
+    if (m_plan.cancelAfter && !m_isCancelled) {
+        m_isCancelled = true;
+        m_cancelling.start(*m_plan.cancelAfter, [this] { cancel(); });
+    }
+    const auto number = KxHandleCast<KxSipRSeqHeader>(response->getHeaderByID(KxHeaderIDs::kRSeq));
+    if (number.isNil() || number->getResponseNumber() == 0 || !response->getToHeader()->isTagPresent()) {
+        return;
+    }
+    if (m_rseq != 0 && number->getResponseNumber() != m_rseq + 1) {
+        return; // a repeat, or one before it was lost
+    }
+    m_rseq = number->getResponseNumber();
+    establish(response->getFromHeader(), response->getToHeader(), *response, true);
+    const auto prack = KxMake<KxSipPrackMessage>(response, nullptr, nullptr, 0U);
+    prack->addHeader(KxMake<KxSipRAckHeader>(m_rseq, m_invite->getCSeqHeader()->getSeqNumber(), KxString("INVITE")),
+                     false);
+    ask(prack, [](const KxHandle<KxSipResponse>&) {});
+}
+
+void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
+    const unsigned code = response->getStatusCode();
+    m_cancelling.stop();
+    if (code < 300) {
+        if (m_answer.isNil()) {
+            m_answer = response;
+            m_isAnswered = true;
+            establish(response->getFromHeader(), response->getToHeader(), *response, true);
+            followTimer(*response);
+            m_talking.start(m_plan.cancelAfter ? std::chrono::milliseconds(0) : m_plan.duration,
+                            [this] { hangUp("as planned"); });
+        }
+        acknowledge(m_answer);
+        return;
+    }
+    const auto least = KxHandleCast<KxSipMinSEHeader>(response->getHeaderByID(KxHeaderIDs::kMinSE));
+    const auto timer = m_invite->getSessionExpiresHeader();
+    if (code == 422 && !least.isNil() && !timer.isNil() && timer->getDeltaSeconds() < least->getDeltaSeconds()) {
+        m_invite = KxHandleCast<KxSipInviteMessage>(KxHandle<KxObject>(m_invite->clone())); // another transaction
+        m_invite->getSessionExpiresHeader()->setDeltaSeconds(least->getDeltaSeconds());
+        m_invite->getCSeqHeader()->setSeqNumber(++m_localSeq);
+        m_invite->getViaHeader()->setBranchRFC3261();
+        return invite();
+    }
+    fail("refused", code == 487 && m_plan.cancelAfter);
+}
+
+void Caller::cancel() {
+    const auto cancel = KxMake<KxSipCancelMessage>(m_invite);
+    cancel->addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
+    m_host.transactions.ask(cancel, m_peer, [](const KxHandle<KxSipResponse>&) {});
+}
+
+void Caller::fail(const std::string& why, bool isDone) {
+    m_plan.tell(why);
+    end();
+    m_plan.end(isDone);
+}
+
+KxHandle<KxSipRequest> Caller::makeBye() const {
+    return KxMake<KxSipByeMessage>(m_answer);
+}
+
+void Caller::onEnd(const char* why) {
+    m_talking.stop();
+    m_plan.tell(why);
+    m_plan.end(!m_plan.cancelAfter);
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <ace/Event_Handler.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <unordered_map>
+
+/** Work that is due later, on the reactor's thread. Whatever such work throws is logged. */
+class Timers final : public ACE_Event_Handler {
+public:
+    explicit Timers(ACE_Reactor& reactor) : ACE_Event_Handler(&reactor) {}
+    ~Timers() override;
+
+    int handle_timeout(const ACE_Time_Value& now, const void* number) override;
+
+private:
+    friend class Timer;
+    struct Job {
+        long id; // the reactor's
+        std::function<void()> work;
+    };
+
+    std::uintptr_t m_last = 0; // number of the last job; 0 is none
+    std::unordered_map<std::uintptr_t, Job> m_jobs;
+};
+
+/** One thing to do later; given up when the timer goes. */
+class Timer {
+public:
+    explicit Timer(Timers& timers) : m_timers(timers) {}
+    ~Timer() { stop(); }
+    Timer(const Timer&) = delete;
+    Timer& operator=(const Timer&) = delete;
+
+    /** Instead of what was to be done. The work may end the timer's own life. */
+    void start(std::chrono::milliseconds delay, std::function<void()> work);
+    void stop();
+
+private:
+    Timers& m_timers;
+    std::uintptr_t m_number = 0;
+};

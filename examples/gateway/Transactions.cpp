@@ -1,0 +1,222 @@
+#include "Transactions.h"
+
+#include "Log.h"
+
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipMaxForwardsHeader.h"
+#include "sipobject/messages/KxSipAckMessage.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// [RFC 3261 17.1.1.1]
+constexpr milliseconds kT1{500};        // a round trip
+constexpr milliseconds kT2{4000};       // the longest wait between two of the same
+constexpr milliseconds kT4{5000};       // how long a message may be on the way
+constexpr milliseconds kEnd = 64 * kT1; // when there is no hope left
+constexpr milliseconds kRinging{180000};
+
+constexpr std::size_t kMaxServers = 16384;
+
+bool isInvite(const KxSipMessage& message) {
+    return message.getCSeqHeader()->getMethod() == "INVITE";
+}
+
+} // namespace
+
+struct Transactions::Server {
+    Server(Timers& timers, Peer from) : peer(std::move(from)), again(timers), end(timers) {}
+
+    Peer peer;
+    std::string last; // of our responses
+    bool isFinal = false;
+    std::function<void()> lost;
+    std::function<void()> cancelled;
+    Timer again;
+    Timer end;
+};
+
+struct Transactions::Client {
+    Client(Timers& timers, KxHandle<KxSipRequest> question, Peer to, Answer asker)
+        : request(std::move(question)),
+          bytes(bytesOf(*request)),
+          peer(std::move(to)),
+          answer(std::move(asker)),
+          again(timers),
+          end(timers) {}
+
+    KxHandle<KxSipRequest> request;
+    std::string bytes;
+    Peer peer;
+    Answer answer;
+    bool isFinal = false;
+    Timer again;
+    Timer end;
+};
+
+Transactions::Transactions(Timers& timers, Transport& transport) : m_timers(timers), m_transport(transport) {}
+Transactions::~Transactions() = default;
+
+Transactions::Id Transactions::idOf(const KxSipMessage& message, std::string_view method) {
+    return Id(message.createKey().view()).append(" ").append(method);
+}
+
+bool Transactions::isFull() const {
+    return m_servers.size() >= kMaxServers;
+}
+
+bool Transactions::open(const Id& id, const Peer& from) {
+    const auto [found, isNew] = m_servers.try_emplace(id);
+    if (isNew) {
+        found->second = std::make_unique<Server>(m_timers, from);
+        found->second->end.start(kRinging, [this, id] { expire(id); });
+    } else if (!found->second->last.empty()) {
+        m_transport.send(found->second->last, found->second->peer);
+    }
+    return isNew;
+}
+
+void Transactions::respond(const Id& id, const KxHandle<KxSipResponse>& response, std::function<void()> lost) {
+    const auto found = m_servers.find(id);
+    if (found == m_servers.end()) {
+        return;
+    }
+    Server& server = *found->second;
+    const unsigned code = response->getStatusCode();
+    const bool isReliable = !response->getHeaderByID(KxHeaderIDs::kRSeq).isNil();
+    server.last = bytesOf(*response);
+    server.isFinal = code >= 200;
+    server.lost = std::move(lost);
+    LOG4CPLUS_INFO(logger(), code << " to " << printable(response->getCSeqHeader()->getMethod()) << " of "
+                                  << hostOf(server.peer.address) << ':' << server.peer.address.get_port_number());
+    m_transport.send(server.last, server.peer);
+    server.again.stop();
+    if (isReliable) {
+        sendAgain(server, kT1, kEnd);
+    } else if (server.isFinal && isInvite(*response) && (code < 300 || !server.peer.isReliable())) {
+        sendAgain(server, kT1, kT2);
+    }
+    if (isReliable || server.isFinal) {
+        const bool cannotRepeat = server.peer.isReliable() && !isInvite(*response);
+        server.end.start(cannotRepeat ? milliseconds(0) : kEnd, [this, id] { expire(id); });
+    }
+}
+
+/** Until it is acknowledged, which over UDP may be lost, and to 2xx and reliable ones over TCP too. */
+void Transactions::sendAgain(Server& server, milliseconds wait, milliseconds longest) {
+    server.again.start(wait, [this, &server, wait, longest] {
+        m_transport.send(server.last, server.peer);
+        sendAgain(server, std::min(2 * wait, longest), longest);
+    });
+}
+
+void Transactions::onCancel(const Id& id, std::function<void()> work) {
+    if (const auto found = m_servers.find(id); found != m_servers.end()) {
+        found->second->cancelled = std::move(work);
+    }
+}
+
+void Transactions::cancel(const Id& id) {
+    const auto found = m_servers.find(id);
+    if (found != m_servers.end() && found->second->cancelled && !found->second->isFinal) {
+        const std::function<void()> work = std::move(found->second->cancelled);
+        work();
+    }
+}
+
+void Transactions::acknowledged(const Id& id) {
+    const auto found = m_servers.find(id);
+    if (found == m_servers.end()) {
+        return;
+    }
+    Server& server = *found->second;
+    server.again.stop();
+    server.lost = {};
+    server.end.start(server.isFinal ? kT4 : kRinging, [this, id] { expire(id); });
+}
+
+void Transactions::expire(const Id& id) {
+    const auto found = m_servers.find(id);
+    const std::function<void()> lost = std::move(found->second->lost);
+    if (found->second->isFinal || !lost) {
+        m_servers.erase(found);
+    } else {
+        found->second->again.stop();
+    }
+    if (lost) {
+        lost();
+    }
+}
+
+void Transactions::ask(const KxHandle<KxSipRequest>& request, const Peer& to, Answer answer) {
+    const Id id = idOf(*request, request->getMethod());
+    auto client = std::make_unique<Client>(m_timers, request, to, std::move(answer));
+    m_transport.send(client->bytes, to);
+    if (!to.isReliable()) {
+        sendAgain(*client, kT1);
+    }
+    client->end.start(kEnd, [this, id] { giveUp(id); });
+    m_clients[id] = std::move(client);
+}
+
+void Transactions::sendAgain(Client& client, milliseconds wait) {
+    client.again.start(wait, [this, &client, wait] {
+        m_transport.send(client.bytes, client.peer);
+        sendAgain(client, isInvite(*client.request) ? 2 * wait : std::min(2 * wait, kT2));
+    });
+}
+
+void Transactions::giveUp(const Id& id) {
+    const auto client = m_clients.extract(id);
+    if (!client.mapped()->isFinal) {
+        client.mapped()->answer({});
+    }
+}
+
+void Transactions::receive(const KxHandle<KxSipResponse>& response) {
+    const auto cseq = response->getCSeqHeader();
+    const auto found = m_clients.find(cseq.isNil() ? Id() : idOf(*response, cseq->getMethod()));
+    if (found == m_clients.end()) {
+        return; // to what was given up, or never asked
+    }
+    Client& client = *found->second;
+    const Answer answer = client.answer; // it may end the client
+    const Id& id = found->first;
+    const unsigned code = response->getStatusCode();
+    const bool isRepeated = client.isFinal;
+    client.isFinal = code >= 200 || isRepeated;
+    if (!isInvite(*response)) {
+        if (client.isFinal) {
+            m_clients.erase(found);
+        }
+        answer(response);
+        return;
+    }
+    client.again.stop();
+    if (code >= 300) {
+        acknowledge(client, response);
+    }
+    if (!isRepeated) {
+        client.end.start(client.isFinal ? kEnd : kRinging, [this, id] { giveUp(id); });
+    }
+    if (!isRepeated || code / 100 == 2) {
+        answer(response);
+    }
+}
+
+/** The ACK of a refusal belongs to the INVITE's own transaction. [RFC 3261 17.1.1.3] */
+void Transactions::acknowledge(const Client& client, const KxHandle<KxSipResponse>& refusal) {
+    const auto ack = KxMake<KxSipAckMessage>(refusal, nullptr, nullptr, 0U);
+    ack->setURI(client.request->getURI());
+    ack->addSingleHeader(client.request->getViaHeader(), true);
+    ack->addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
+    KxHandle<KxSipHeader> route = client.request->getHeaderByID(KxHeaderIDs::kRoute);
+    for (; !route.isNil(); route = route->getNext()) {
+        ack->addSingleHeader(route, false);
+    }
+    m_transport.send(bytesOf(*ack), client.peer);
+}

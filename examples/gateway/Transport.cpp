@@ -1,0 +1,31 @@
+#include "Transport.h"
+
+#include <system_error>
+
+Transport::Transport(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver) : m_host(hostOf(local)) {
+    for (int triesLeft = local.get_port_number() == 0 ? 10 : 1; m_udp == nullptr; --triesLeft) {
+        m_tcp = std::make_unique<TcpPort>(
+            local, reactor, [receiver](std::string_view message, const ACE_INET_Addr& from, std::uint64_t connection) {
+                receiver(message, {from, connection});
+            });
+        ACE_INET_Addr same = local;
+        same.set_port_number(static_cast<u_short>(m_tcp->port()));
+        try {
+            m_udp = std::make_unique<UdpPort>(
+                same, reactor,
+                [receiver](std::string_view message, const ACE_INET_Addr& from) { receiver(message, {from}); });
+        } catch (const std::system_error&) {
+            if (triesLeft <= 1) {
+                throw;
+            }
+        }
+    }
+}
+
+void Transport::send(std::string_view message, const Peer& to) {
+    if (to.isReliable()) {
+        m_tcp->send(message, to.connection);
+    } else {
+        m_udp->send(message, to.address);
+    }
+}

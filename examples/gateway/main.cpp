@@ -1,0 +1,112 @@
+// A small user-agent server and client host, over UDP and TCP on ACE's reactor: it answers calls, or makes one.
+//
+//   gateway --port 5060
+//   gateway --port 0 call sip:bob@127.0.0.1:5060 --duration 2000
+//
+// Transport moves bytes, Transactions repeats what may be lost, UserAgent reads requests and refuses what it must, Call
+// and its two kinds are the dialogs. There is one thread.
+
+#include "UserAgent.h"
+#include "common/Host.h"
+
+#include <CLI/CLI.hpp>
+#include <ace/Reactor.h>
+#include <log4cplus/initializer.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <random>
+
+namespace {
+
+struct Options {
+    std::string address = "127.0.0.1"; // who wants to serve others has to say so
+    unsigned port = 5060;
+    unsigned ring = 200;
+    std::string log;
+    bool isCalling = false;
+    bool overTcp = false;
+    unsigned duration = 1000;
+    int cancelAfter = -1;
+    Caller::Plan plan;
+};
+
+/** Makes the call that the options ask for, which ends the reactor's loop when it is over. */
+void call(UserAgent& agent, Transport& transport, ACE_Reactor& reactor, const Options& options, bool& isDone) {
+    Caller::Plan plan = options.plan;
+    plan.duration = std::chrono::milliseconds(options.duration);
+    if (options.cancelAfter >= 0) {
+        plan.cancelAfter = std::chrono::milliseconds(options.cancelAfter);
+    }
+    plan.tell = [](const std::string& line) { std::cout << "call: " << line << std::endl; };
+    plan.end = [&](bool wasDone) {
+        isDone = wasDone;
+        reactor.end_reactor_event_loop();
+    };
+    const KxSipURL url(plan.uri.c_str());
+    ACE_INET_Addr address;
+    if (url.getPort() > 65535 || address.set(static_cast<u_short>(url.getPort()), url.getHost().c_str()) == -1) {
+        throw std::runtime_error("no such host: " + plan.uri);
+    }
+    agent.call(options.overTcp ? transport.connect(address) : Peer{address}, plan);
+}
+
+bool run(const Options& options) {
+    ACE_Reactor reactor;
+    const Stop stop(reactor);
+    const log4cplus::Initializer log;
+    configureLog(options.log, "gateway");
+    std::srand(std::random_device()()); // the library's tags and CSeq numbers draw from it
+
+    Timers timers(reactor);
+    UserAgent* receiver = nullptr;
+    Transport transport(ACE_INET_Addr(static_cast<u_short>(options.port), options.address.c_str()), reactor,
+                        [&](std::string_view message, const Peer& from) { receiver->receive(message, from); });
+    UserAgent agent(timers, transport, {std::chrono::milliseconds(options.ring)});
+    receiver = &agent;
+    std::cout << "gateway: listening on " << transport.host() << ':' << transport.port() << std::endl;
+    bool isDone = !options.isCalling;
+    if (options.isCalling) {
+        call(agent, transport, reactor, options, isDone);
+    }
+    reactor.run_reactor_event_loop();
+    return isDone;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app("A small SIP user agent over UDP and TCP: answers calls, or makes one.", "gateway");
+    app.add_option("--address", options.address, "IPv4 address to listen on")
+        ->capture_default_str()
+        ->check(CLI::ValidIPV4);
+    app.add_option("--port", options.port, "Port to listen on, 0 for any")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 65535));
+    app.add_option("--ring", options.ring, "Milliseconds that a call rings")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 120000));
+    app.add_option("--log", options.log, "Properties of log4cplus; without, all goes to standard output")
+        ->check(CLI::ExistingFile);
+    CLI::App* const call = app.add_subcommand("call", "Make one call, and end when it is over");
+    call->add_option("uri", options.plan.uri, "Whom to call, \"sip:bob@192.0.2.1:5060\"")->required();
+    call->add_option("--duration", options.duration, "Milliseconds until it is hung up")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 3600000));
+    call->add_option("--cancel-after", options.cancelAfter, "Cancel it so many milliseconds after the first response")
+        ->check(CLI::Range(0, 120000));
+    call->add_flag("--reliable", options.plan.isReliable, "Require reliable provisional responses");
+    call->add_option("--session", options.plan.sessionSeconds, "Ask for a session timer of so many seconds");
+    call->add_flag("--tcp", options.overTcp, "Over TCP");
+    CLI11_PARSE(app, argc, argv);
+    options.isCalling = call->parsed();
+    try {
+        return run(options) ? 0 : 1;
+    } catch (const KxHandle<KxException>& failure) {
+        std::cerr << "gateway: " << failure->getExceptionMessage() << '\n';
+    } catch (const std::exception& error) {
+        std::cerr << "gateway: " << error.what() << '\n';
+    }
+    return 1;
+}

@@ -1,0 +1,384 @@
+// A message at work. The first byte says how many steps follow, two bytes each, what and with what; the rest is a message
+// that is read and taken through them. Law: what only reads changes nothing and tells the same of a copy; an edit changes
+// what it says and no more; a derived message leaves its parent alone, reads again, and has the key of its transaction;
+// a copy is written as its original, and so to every stream.
+
+#include "fuzz/MessageReading.h"
+#include "fuzz/MessageRound.h"
+#include "fuzz/PlainMessage.h"
+#include "sipobject/messages/KxSipAckMessage.h"
+#include "sipobject/messages/KxSipByeMessage.h"
+#include "sipobject/messages/KxSipCancelMessage.h"
+#include "sipobject/messages/KxSipPrackMessage.h"
+#include "sipobject/messages/KxSipUnknownRequest.h"
+
+#include <array>
+#include <sstream>
+
+namespace {
+
+using Message = KxHandle<KxSipMessage>;
+
+constexpr std::array<const char*, 24> kLines = {"Via: SIP/2.0/UDP h;branch=z9hG4bKn",
+                                                "v: SIP/2.0/TCP h:1, SIP/2.0/TLS i",
+                                                "Route: <sip:r;lr>, <sip:s>",
+                                                "Record-Route: <sip:p;lr>,<sip:q>",
+                                                "X-A: 1",
+                                                "x-a: 2",
+                                                "X-B: 3",
+                                                "Contact: *",
+                                                "m: <sip:c@h;transport=tcp>;q=1",
+                                                "Contact: <tel:+1>, <urn:a>",
+                                                "To: <urn:x>",
+                                                "t: <sip:b@h>;tag=2",
+                                                "From: tel:1;tag=3",
+                                                "CSeq: 2 INVITE",
+                                                "CSeq: 4294967295 invite",
+                                                "i: new@h",
+                                                "Content-Length: 5",
+                                                "l: 0",
+                                                "Accept: a/b, c/d;q=0",
+                                                "Content-Type: a/b;c=d",
+                                                "Max-Forwards: 0",
+                                                "Supported: 100rel,,timer",
+                                                "Session-Expires: 90;refresher=uas",
+                                                "Replaces: a;to-tag=1;from-tag=2"};
+constexpr std::array<const char*, 6> kNames = {"Via", "X-A", "x-b", "Contact", "content-length", ""};
+constexpr std::array<const char*, 5> kURIs = {"sip:new@h:5070;lr?a=b", "<tel:+1;a=b>", "urn:<x>", "sip:h;transport=tls",
+                                              ""};
+
+template <class M>
+KxHandle<M> as(const Message& message) {
+    return KxHandle<M>(dynamic_cast<M*>(message.get()));
+}
+
+/** The key, or why there is none. */
+std::string keyOf(const KxSipMessage& message) {
+    return outcomeOf([&] { return std::string(message.createKey().view()); });
+}
+
+class Drive {
+public:
+    explicit Drive(const Message& message) : m_message(message), m_text(written(*message)) {}
+
+    void step(unsigned what, unsigned with) {
+        switch (what % 8) {
+        case 0:
+            look(with);
+            break;
+        case 1:
+            add(with, (what & 8) != 0, (what & 16) != 0);
+            break;
+        case 2:
+            remove(with);
+            break;
+        case 3:
+            editHeader(with);
+            break;
+        case 4:
+            setBody(with, (what & 8) != 0);
+            break;
+        case 5:
+            setURI(with);
+            break;
+        case 6:
+            derive(what / 8, with);
+            break;
+        default:
+            build(with);
+        }
+        m_text = written(*m_message);
+    }
+    void finish() const { checkEdited(*m_message, m_text); }
+
+private:
+    void look(unsigned with) {
+        const Message copy(static_cast<KxSipMessage*>(m_message->clone()));
+        const std::string all = MessageReading(*m_message).text();
+        same("a copy tells what its original does", all, MessageReading(*copy).text());
+        if (m_message->getStatus() != KX_STATUS_UNUSABLE) {
+            same("a copy has the key of its original", keyOf(*m_message), keyOf(*copy));
+            if (const KxHandle<KxSipToHeader> to = copy->getToHeader(); !to.isNil()) {
+                to->setTag("another");
+                same("the To tag is no part of the key", keyOf(*m_message), keyOf(*copy));
+            }
+        }
+        PlainMessage plain(*m_message);
+        const KxHandle<KxSipHeader> found = m_message->getHeader(kNames[with % kNames.size()]);
+        same("a header is found by the name it is written under", plain.line(kNames[with % kNames.size()]),
+             found.isNil() ? "" : written(*KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(found->clone()))));
+        checkLog(with);
+        same("who only reads changes nothing", m_text, written(*m_message));
+        same("what is told once is told again", all, MessageReading(*m_message).text());
+    }
+    void checkLog(unsigned with) const {
+        std::string plain;
+        for (std::size_t i = 0; i < m_text.size(); ++i) {
+            plain += m_text.compare(i, 2, "\r\n") == 0 ? "" : std::string(1, m_text[i]);
+        }
+        std::ostringstream log;
+        log << *m_message;
+        same("the log shows the message with plain line ends", plain, log.str());
+        std::ostringstream formatted;
+        m_message->formatMessage(formatted, (with & 1) != 0, (with & 2) != 0 ? &with : nullptr, nullptr,
+                                 Oskan::LogLevel::Info);
+        if (!formatted.str().ends_with(":\n" + plain + '\n')) {
+            fail("a log entry ends in the message", plain, formatted.str());
+        }
+    }
+
+    void add(unsigned with, bool first, bool single) {
+        KxByteArrayInputStream in{std::string_view(kLines[with % kLines.size()])};
+        const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
+        PlainMessage plain(*m_message);
+        plain.add(*header, first, single);
+        single ? m_message->addSingleHeader(header, first) : m_message->addHeader(header, first);
+        same("a header is added where it belongs", plain.withoutBody().written(),
+             PlainMessage(*m_message).withoutBody().written()); // a Content-Length says how much body is written
+        if (!single) { // the second time it stands there, and the message is left as it is
+            m_message->addHeader(header, with % 2 != 0);
+            same("a header is added once", plain.written(), PlainMessage(*m_message).withoutBody().written());
+        }
+    }
+    void remove(unsigned with) {
+        PlainMessage plain(*m_message);
+        const std::vector<HeaderID> order = m_message->getHeaderOrder();
+        std::string name = kNames[with % kNames.size()];
+        if (with >= 0x80 && !order.empty()) {
+            name = m_message->getHeaderByID(order[with % order.size()])->getToken().view();
+        }
+        const bool removes = plain.remove(name);
+        if (m_message->removeHeader(name) != removes) {
+            fail("what there is is removed", name, m_text);
+        }
+        same("the first header of a name is removed", plain.withoutBody().written(),
+             PlainMessage(*m_message).withoutBody().written());
+    }
+
+    /** Of the header's kind all may change, of the others nothing. */
+    void editHeader(unsigned with) {
+        const std::string number = std::to_string(with);
+        const KxString value(number);
+        PlainMessage before(*m_message);
+        HeaderID id = KxHeaderIDs::kNone;
+        if (const auto via = m_message->getViaHeader(); !via.isNil() && with % 4 == 0) {
+            id = via->getHeaderID();
+            via->setBranch(value);
+            via->setReceived(KxString("192.0.2.1"));
+            via->setHidden();
+            via->removeTTL();
+            same("what is set is there", value, via->getBranch());
+        } else if (const auto from = m_message->getFromHeader(); !from.isNil() && with % 4 == 1) {
+            id = from->getHeaderID();
+            from->setTag(number.c_str());
+            same("what is set is there", value, from->getTag());
+        } else if (const auto contact = m_message->getContactHeader(); !contact.isNil() && with % 4 == 2) {
+            id = contact->getHeaderID();
+            contact->setExpires(value);
+            contact->removeQValue();
+            same("what is set is there", value, contact->getExpires());
+            if (const KxHandle<KxSipURL> url = contact->getURL(); !url.isNil()) {
+                url->setTransportParam(KxSocketImpl::TLS);
+                url->removeParameter("ob");
+                url->clearHeaders();
+                same("what is set is there", "tls", url->getParameter("transport"));
+            }
+        } else if (const auto cseq = m_message->getCSeqHeader(); !cseq.isNil()) {
+            id = cseq->getHeaderID();
+            cseq->setSeqNumber(with);
+        }
+        same("an edit is one of its header", before.without(id).written(),
+             PlainMessage(*m_message).without(id).written());
+    }
+
+    void setBody(unsigned with, bool isMissing) {
+        const std::string body(with, 'b');
+        PlainMessage before(*m_message);
+        const std::string why = outcomeOf([&] {
+            m_message->setBody(isMissing ? nullptr : body.data(), with % 2 == 0 ? "a/b" : "text/plain",
+                               static_cast<std::uint32_t>(with));
+            return std::string();
+        });
+        if (why.empty() == (isMissing && with != 0) || m_message->getBodyLength() != with) {
+            fail("Content-Length is set, and so is a body that there is", why, written(*m_message));
+        }
+        if (why.empty() && with != 0) {
+            same("a body is kept as given", body, {m_message->getBody(), m_message->getStoredBodyLength()});
+            same("a body has the type it was given", with % 2 == 0 ? "a/b" : "text/plain", m_message->getBodyType());
+        }
+        PlainMessage after(*m_message);
+        for (PlainMessage* const each : {&before, &after}) {
+            each->without(KxHeaderIDs::kContentLength).without(KxHeaderIDs::kContentType).withoutBody();
+        }
+        same("a body changes no other header", before.written(), after.written());
+    }
+
+    void setURI(unsigned with) {
+        const KxHandle<KxSipRequest> request = as<KxSipRequest>(m_message);
+        if (request.isNil()) {
+            as<KxSipResponse>(m_message)->setReasonPhrase(kURIs[with % kURIs.size()]);
+            same("what is set is there", kURIs[with % kURIs.size()], as<KxSipResponse>(m_message)->getReasonPhrase());
+            return;
+        }
+        KxByteArrayInputStream in{std::string_view(kURIs[with % kURIs.size()])};
+        const KxHandle<KxURI> uri = in.peek() < 0 ? KxHandle<KxURI>() : KxURI::sConstructFrom(in, true);
+        PlainMessage plain(*m_message);
+        request->setURI(uri);
+        const bool hasLine = !uri.isNil() && *request->getMethod() != '\0';
+        const std::string start = std::string(request->getMethod()) + ' ';
+        plain.withStart(hasLine ? start + written(*request->getURI()) + " SIP/2.0\r\n" : "");
+        same("a Request-URI stands in the start line only", plain.written(), written(*m_message));
+        if (!uri.isNil() && uri.get() == request->getURI().get()) {
+            fail("a request has a URI of its own", written(*uri), m_text);
+        }
+    }
+
+    void derive(unsigned how, unsigned with) {
+        const std::string body = with % 2 == 0 ? "" : "body\r\n";
+        const auto length = static_cast<std::uint32_t>(body.size());
+        const auto response = as<KxSipResponse>(m_message);
+        const auto request = as<KxSipRequest>(m_message);
+        Message derived;
+        const std::string why = outcomeOf([&] {
+            switch (how % 5) {
+            case 0:
+                derived = KxMake<KxSipAckMessage>(response, body.data(), "a/b", length);
+                break;
+            case 1:
+                derived = KxMake<KxSipPrackMessage>(response, body.data(), "a/b", length);
+                break;
+            case 2:
+                derived = KxMake<KxSipCancelMessage>(request);
+                break;
+            case 3:
+                if (const auto invite = as<KxSipInviteMessage>(m_message); !invite.isNil()) {
+                    derived = KxMake<KxSipByeMessage>(invite);
+                } else {
+                    derived = KxMake<KxSipByeMessage>(response);
+                }
+                break;
+            default:
+                derived = KxMake<KxSipResponse>(static_cast<int>(100 + with * 2), request, body.data(), "a/b", length);
+            }
+            return std::string();
+        });
+        same("a message from which others are derived stays as it is", m_text, written(*m_message));
+        if (derived.isNil()) {
+            return;
+        }
+        if (!derived->isValid()) {
+            fail("a derived message is valid", m_text, written(*derived));
+        }
+        const bool isSameTransaction = how % 5 == 2 || how % 5 == 4;
+        if (isSameTransaction && m_message->getStatus() != KX_STATUS_UNUSABLE) {
+            same("a response, and a CANCEL, has the key of its request", keyOf(*m_message), keyOf(*derived));
+        }
+        if (derived->getViaHeader().isNil()) {
+            as<KxSipRequest>(derived)->insertViaHeader("h", with, "UDP");
+        }
+        const std::string text = written(*derived);
+        checkWriting(*derived, text, 1);
+        checkSecondRound(*derived, text, derived->isValid());
+        if (with >= 0x80) {
+            m_message = derived;
+            return;
+        }
+        spoil(*derived);
+        same("what is done to a derived message is not done to its parent", m_text, written(*m_message));
+    }
+    static void spoil(KxSipMessage& message) {
+        const auto spoilList = [](const auto& header) {
+            if (!header.isNil()) {
+                header->setParameter("spoilt", KxString("1"));
+            }
+        };
+        spoilList(message.getViaHeader());
+        spoilList(message.getFromHeader());
+        spoilList(message.getToHeader());
+        message.getCSeqHeader()->setSeqNumber(message.getCSeqHeader()->getSeqNumber() ^ 1);
+        const auto* const request = dynamic_cast<const KxSipRequest*>(&message);
+        if (request != nullptr && request->getURI()->isSipURL()) {
+            request->getURL()->setMAddrParam(KxString("spoilt"));
+        }
+    }
+
+    /** A request of the same parts, in each of the ways there are. */
+    void build(unsigned with) {
+        const auto copy = [&]<class H>(const KxHandle<H>& header) {
+            return KxHandle<H>(header.isNil() ? nullptr : static_cast<H*>(header->clone()));
+        };
+        const auto from = copy(m_message->getFromHeader());
+        const auto to = copy(m_message->getToHeader());
+        const auto contact = copy(m_message->getContactHeader());
+        const KxHandle<KxSipNameAddress> target = to.isNil() ? KxHandle<KxSipNameAddress>() : to->getNameAddress();
+        const auto text = [](const auto& header) { return header.isNil() ? "" : written(*header->getNameAddress()); };
+        const auto length = static_cast<std::uint32_t>(with / 64);
+        Message built;
+        const std::string why = outcomeOf([&] {
+            switch (with % 4) {
+            case 0:
+                built =
+                    KxMake<KxSipUnknownRequest>("FOO", text(from).c_str(), text(to).c_str(),
+                                                contact.isNil() || contact->isWildCard() ? "*" : text(contact).c_str(),
+                                                "a@h", with, "a/b", "body", length);
+                break;
+            case 1:
+                built = KxMake<KxSipUnknownRequest>("FOO", from, to, contact, nullptr, 0U, "a/b", "body", length);
+                break;
+            case 2:
+                built = KxMake<KxSipByeMessage>(target, from, to, contact, "a@h", with, "a/b", "body", length);
+                break;
+            default:
+                built = KxMake<KxSipInviteMessage>(target.isNil() ? KxHandle<KxURI>() : target->getURI(), from, to,
+                                                   contact, "a@h", with, "a/b", "body", length);
+            }
+            return std::string();
+        });
+        if (!built.isNil()) {
+            as<KxSipRequest>(built)->insertViaHeader("h", with, "TCP");
+            checkEdited(*built, written(*built));
+            if (!built->getCSeqHeader().isNil()) {
+                spoil(*built);
+            }
+        }
+        same("a message of whose parts another is built stays as it is", m_text, written(*m_message));
+    }
+
+    /** What was edited is read again, but for what it lacks now. A message whose Content-Length was taken out gets a new
+        one; one whose Content-Length was set to more than there is is no message. */
+    static void checkEdited(const KxSipMessage& message, std::string_view text) {
+        checkWriting(message, text, 1);
+        const std::vector<HeaderID> order = message.getHeaderOrder();
+        if (std::count(order.begin(), order.end(), KxHeaderIDs::kContentLength) != 0 &&
+            message.getBodyLength() <= message.getStoredBodyLength()) {
+            checkSecondRound(message, text, false);
+        }
+    }
+
+    Message m_message;
+    std::string m_text; ///< As written before the step.
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Block block(data, size);
+    std::string_view text = block.view();
+    const std::size_t steps = text.empty() ? 0 : static_cast<unsigned char>(text[0]) % 16;
+    if (text.size() < 1 + 2 * steps) {
+        return 0;
+    }
+    const std::string_view program = text.substr(1, 2 * steps);
+    text.remove_prefix(1 + 2 * steps);
+    KxByteArrayInputStream in(text);
+    const ReadMessage read(in);
+    if (read.message.isNil()) {
+        return 0;
+    }
+    Drive drive(read.message);
+    for (std::size_t i = 0; i < steps; ++i) {
+        drive.step(static_cast<unsigned char>(program[2 * i]), static_cast<unsigned char>(program[2 * i + 1]));
+    }
+    drive.finish();
+    return 0;
+}

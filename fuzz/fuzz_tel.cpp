@@ -1,0 +1,154 @@
+// Tel URLs. Law: a URL reads as it does the plain way, by its class, by the factory and as a URI of any scheme; it prints
+// as its parts; what was printed reads and prints as itself; a copy prints as its original and equals it; a stream that
+// dribbles reads as memory does.
+
+#include "fuzz/URIRound.h"
+
+namespace {
+
+/** What a tel URL without "<" is made of, found by cutting instead of going through its characters. */
+class PlainTelURL {
+public:
+    explicit PlainTelURL(std::string_view text) {
+        const std::size_t end = std::min(text.find_first_of("\n>"), text.size());
+        read = std::min(end + 1, text.size());
+        kept = end;
+        const std::string_view url = text.substr(0, end);
+        const std::size_t colon = url.find(':');
+        const std::size_t semicolon = url.find(';');
+        if (colon > semicolon) { // no colon so far: the ";" ends it
+            read = semicolon + 1;
+            kept = semicolon;
+            return;
+        }
+        if (colon != std::string_view::npos) {
+            setNumber(std::string(
+                url.substr(colon + 1, semicolon == std::string_view::npos ? semicolon : semicolon - colon - 1)));
+            std::string behind(semicolon == std::string_view::npos ? "" : url.substr(semicolon + 1));
+            std::erase(behind, ':');
+            parameters.parse(KxAscii::trim(behind));
+        }
+    }
+    std::string printed() const {
+        return "tel:" + number + (parameters.empty() ? "" : ";") + std::string(parameters.getString().view());
+    }
+
+    std::string number;
+    bool isGlobal = false;
+    KxParameters parameters;
+    std::size_t read; ///< Bytes of the text.
+    std::size_t kept; ///< No fewer than what was collected of them.
+
+private:
+    /** One "+" makes it global, and is its only one. */
+    void setNumber(std::string text) {
+        std::erase(text, ':');
+        const std::size_t plus = text.find('+');
+        isGlobal = plus != std::string::npos;
+        if (isGlobal) {
+            text.erase(std::remove(text.begin() + static_cast<std::ptrdiff_t>(plus) + 1, text.end(), '+'), text.end());
+        }
+        number = KxAscii::trim(text);
+    }
+};
+
+void checkPlain(const KxTelURL& url, std::string_view text, std::size_t left) {
+    const PlainTelURL plain(text);
+    const KxString printed = url.getString();
+    same("a URL reads as it does the plain way", plain.printed(), printed);
+    if (url.isGlobalNumber() != plain.isGlobal || left != text.size() - plain.read) {
+        fail("a URL is read as far, and as global, as it is the plain way", text, printed);
+    }
+    const char* const number = url.getPhoneNumber();
+    same("a number is what is printed of it", number == nullptr ? "" : number, plain.number.c_str());
+}
+
+void checkParameters(KxTelURL& url) {
+    const KxHandle<KxParameters> list = url.getParameters();
+    const KxHandle<KxTelURL> copy(url.clone());
+    for (const KxParameters::Pair& pair : *list) {
+        same("a parameter is found by its name", url.getParameter(pair.name), pair.value);
+    }
+    const std::string text = written(url);
+    copy->clearParameters();
+    same("a copy has a list of its own", text, written(url));
+    if (url.hasParameters() == (*copy == url) || copy->hasParameters()) {
+        fail("a URL without its parameters is another", text, written(*copy));
+    }
+}
+
+void check(KxTelURL& url, std::string_view text) {
+    checkWriting(url, text);
+    const KxHandle<KxTelURL> copy(url.clone());
+    if (!(*copy == url) || copy->isGlobalNumber() != url.isGlobalNumber() || url.isSipURL() || url.hasHeaders()) {
+        fail("a copy is like its original", text, written(*copy));
+    }
+    if (!changes(url, text)) {
+        const Block block(text);
+        KxTelURL again;
+        KxByteArrayInputStream in(block.view());
+        again.parse(in);
+        same("what was printed prints again", text, written(again));
+    }
+    checkParameters(url);
+}
+
+/** A URI of any scheme: its text without a bracket in front, as far as it goes. */
+void checkAnyScheme(std::string_view text) {
+    KxURI uri(nullptr);
+    KxByteArrayInputStream in(text);
+    const std::string read = outcomeOf([&] {
+        uri.parse(in);
+        return written(uri);
+    });
+    text.remove_prefix(text.starts_with('<') ? 1 : 0);
+    const std::size_t colon = text.find(':');
+    std::string plain = "! INVALID URI";
+    if (colon != std::string_view::npos) {
+        std::string_view data = text.substr(colon + 1);
+        data.remove_prefix(std::min(data.find_first_not_of(" \t\n\v\f\r"), data.size())); // line ends are blanks here
+        plain = std::string(KxAscii::trim(text.substr(0, colon))) + ':' +
+                std::string(KxAscii::trim(data.substr(0, data.find_first_of(">\r\n"))));
+    }
+    same("a URI of any scheme is its scheme and the text behind it", plain, read);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Block block(data, size);
+    const std::string_view text = block.view();
+    checkAnyScheme(text);
+    KxTelURL url;
+    KxByteArrayInputStream in(text);
+    const auto read = [](KxTelURL& into, KxInputStream& from) {
+        return outcomeOf([&] {
+            into.parse(from);
+            return written(into);
+        });
+    };
+    const std::string first = read(url, in);
+    if (!hasAnyOf(text, "\n")) { // a stream that dribbles is read a line at a time
+        Dribble dribble(text);
+        KxTelURL slow;
+        same("a stream that dribbles reads as memory", first, read(slow, dribble));
+    }
+    std::string letters(text.substr(0, text.find_first_not_of(" <TELtel")));
+    std::erase(letters, ' ');
+    if (KxAscii::equalsNoCase(letters, "tel")) {
+        KxByteArrayInputStream again(text);
+        same("the factory reads a tel URL as its class does", first,
+             outcomeOf([&] { return written(*KxURI::sConstructFrom(again, false)); }));
+    }
+    if (first.starts_with('!')) {
+        if (!hasAnyOf(text, "<") && PlainTelURL(text).kept < 1024) {
+            fail("only what is too long is refused", first, text);
+        }
+        return 0;
+    }
+    if (!hasAnyOf(text.substr(0, text.size() - in.available()), "<")) {
+        checkPlain(url, text, in.available());
+    }
+    check(url, first);
+    return 0;
+}

@@ -1,0 +1,98 @@
+"""What the tests of the example hosts share: a host that is started and ended, and sipp."""
+
+import csv
+import itertools
+import os
+import re
+import selectors
+import signal
+import socket
+import subprocess
+import tempfile
+
+PATIENCE = 60  # seconds; much more than any step takes on a slow machine
+
+
+class Host:
+    """The program under test, on a free port of the loopback address, with its log in a file; ended by SIGTERM, and
+    killed if that does not do it."""
+
+    def __init__(self, program, folder, *options):
+        self.name = os.path.basename(program).removeprefix("example_")
+        folder = tempfile.mkdtemp(dir=folder)
+        self.log = os.path.join(folder, "host.log")
+        properties = os.path.join(folder, "log.properties")
+        with open(properties, "w", encoding="ascii") as out:
+            out.write("log4cplus.rootLogger=DEBUG, F\nlog4cplus.appender.F=log4cplus::FileAppender\n"
+                      f"log4cplus.appender.F.File={self.log}\n")
+        self.process = subprocess.Popen([program, "--port", "0", "--log", properties, *options],
+                                        stdout=subprocess.PIPE)
+
+    def __enter__(self):
+        with selectors.DefaultSelector() as selector:
+            selector.register(self.process.stdout, selectors.EVENT_READ)
+            line = self.process.stdout.readline() if selector.select(PATIENCE) else b""
+        self.port = int(re.fullmatch(rb"\w+: listening on 127\.0\.0\.1:(\d+)\n", line)[1])
+        return self
+
+    def __exit__(self, failure, *_):
+        is_alive = self.process.poll() is None
+        self.process.send_signal(signal.SIGTERM)
+        try:
+            self.process.wait(PATIENCE)
+        finally:
+            self.process.kill()
+        if failure is None:
+            assert is_alive and self.process.returncode == 0, f"ended with {self.process.returncode}"
+
+    def log_text(self):
+        with open(self.log, encoding="latin-1") as log:
+            return log.read()
+
+
+ports = itertools.count(10000 + os.getpid() % 20000)  # those that the kernel gives away lie above
+
+
+def free_port():
+    """A port that nobody has. Left to themselves, several sipps that start at once may take the same."""
+    for port in ports:
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp, socket.socket() as tcp:
+            try:
+                udp.bind(("127.0.0.1", port))
+                tcp.bind(("127.0.0.1", port))
+                return port
+            except OSError:
+                pass
+
+
+class Sipp:
+    """sipp, playing a scenario against the host."""
+
+    def __init__(self, port, folder, name, scenario, calls, rate, *options):
+        self.stats = os.path.join(folder, f"{name}.csv")
+        self.errors = os.path.join(folder, f"{name}.err")
+        path = os.path.join(folder, f"{name}.xml")
+        with open(path, "w", encoding="ascii") as out:
+            out.write(scenario)
+        self.process = subprocess.Popen(
+            ["sipp", f"127.0.0.1:{port}", "-sf", path, "-i", "127.0.0.1", "-p", str(free_port()),
+             "-m", str(calls), "-r", str(rate), "-recv_timeout", str(PATIENCE * 1000), "-nostdin",
+             "-trace_stat", "-stf", self.stats, "-trace_err", "-error_file", self.errors, *options],
+            cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def result(self, timeout=2 * PATIENCE):
+        """(calls that ended as the scenario says, calls that did not, retransmissions by sipp)"""
+        try:
+            self.process.wait(timeout)
+        finally:
+            self.process.kill()
+        with open(self.stats, encoding="ascii") as rows:
+            total = list(csv.DictReader(rows, delimiter=";"))[-1]
+        return tuple(int(total[f"{column}(C)"]) for column in ("SuccessfulCall", "FailedCall", "Retransmissions"))
+
+    def why(self):
+        """What sipp complained of."""
+        if not os.path.exists(self.errors):
+            return f"ended with {self.process.returncode}"
+        with open(self.errors, encoding="latin-1") as errors:
+            return errors.read(3000)
