@@ -66,6 +66,7 @@ private:
         }
         m_unsure = isExactly<KxURI>(*request.getURI()) || *request.getMethod() == '\0';
         const std::string printed(request.getURI()->getString().view());
+        m_loses = hasAnyOf(printed, " \n"); // parameters that came in an address may hold what no start line can
         KxByteArrayInputStream in{std::string_view(printed)};
         try {
             const KxHandle<KxURI> uri = KxURI::sConstructFrom(in, true);

@@ -10,6 +10,7 @@
 #include "sipobject/messages/KxSipByeMessage.h"
 #include "sipobject/messages/KxSipCancelMessage.h"
 #include "sipobject/messages/KxSipPrackMessage.h"
+#include "sipobject/messages/KxSipUnknownRequest.h"
 
 #include <array>
 #include <sstream>
@@ -80,21 +81,15 @@ public:
         case 5:
             setURI(with);
             break;
-        default:
+        case 6:
             derive(what / 8, with);
+            break;
+        default:
+            build(with);
         }
         m_text = written(*m_message);
     }
-    /** What was edited is read again, but for what it lacks now. A message whose Content-Length was taken out gets a new
-        one; one whose Content-Length was set to more than there is is no message. */
-    void finish() const {
-        checkWriting(*m_message, m_text, 1);
-        const std::vector<HeaderID> order = m_message->getHeaderOrder();
-        if (std::count(order.begin(), order.end(), KxHeaderIDs::kContentLength) != 0 &&
-            m_message->getBodyLength() <= m_message->getStoredBodyLength()) {
-            checkSecondRound(*m_message, m_text, false);
-        }
-    }
+    void finish() const { checkEdited(*m_message, m_text); }
 
 private:
     void look(unsigned with) {
@@ -292,16 +287,71 @@ private:
         same("what is done to a derived message is not done to its parent", m_text, written(*m_message));
     }
     static void spoil(KxSipMessage& message) {
-        for (const KxHandle<KxParameters>& list :
-             {message.getViaHeader()->getParameters(), message.getFromHeader()->getParameters(),
-              message.getToHeader()->getParameters()}) {
-            list->setValue("spoilt", KxString("1"));
-        }
-        message.getCSeqHeader()->setSeqNumber(message.getCSeqHeader()->getSeqNumber() ^ 1);
-        if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
-            if (request->getURI()->isSipURL()) {
-                request->getURL()->setMAddrParam(KxString("spoilt"));
+        const auto spoilList = [](const auto& header) {
+            if (!header.isNil()) {
+                header->setParameter("spoilt", KxString("1"));
             }
+        };
+        spoilList(message.getViaHeader());
+        spoilList(message.getFromHeader());
+        spoilList(message.getToHeader());
+        message.getCSeqHeader()->setSeqNumber(message.getCSeqHeader()->getSeqNumber() ^ 1);
+        const auto* const request = dynamic_cast<const KxSipRequest*>(&message);
+        if (request != nullptr && request->getURI()->isSipURL()) {
+            request->getURL()->setMAddrParam(KxString("spoilt"));
+        }
+    }
+
+    /** A request of the same parts, in each of the ways there are. */
+    void build(unsigned with) {
+        const auto copy = [&]<class H>(const KxHandle<H>& header) {
+            return KxHandle<H>(header.isNil() ? nullptr : static_cast<H*>(header->clone()));
+        };
+        const auto from = copy(m_message->getFromHeader());
+        const auto to = copy(m_message->getToHeader());
+        const auto contact = copy(m_message->getContactHeader());
+        const KxHandle<KxSipNameAddress> target = to.isNil() ? KxHandle<KxSipNameAddress>() : to->getNameAddress();
+        const auto text = [](const auto& header) { return header.isNil() ? "" : written(*header->getNameAddress()); };
+        const auto length = static_cast<std::uint32_t>(with / 64);
+        Message built;
+        const std::string why = outcomeOf([&] {
+            switch (with % 4) {
+            case 0:
+                built =
+                    KxMake<KxSipUnknownRequest>("FOO", text(from).c_str(), text(to).c_str(),
+                                                contact.isNil() || contact->isWildCard() ? "*" : text(contact).c_str(),
+                                                "a@h", with, "a/b", "body", length);
+                break;
+            case 1:
+                built = KxMake<KxSipUnknownRequest>("FOO", from, to, contact, nullptr, 0U, "a/b", "body", length);
+                break;
+            case 2:
+                built = KxMake<KxSipByeMessage>(target, from, to, contact, "a@h", with, "a/b", "body", length);
+                break;
+            default:
+                built = KxMake<KxSipInviteMessage>(target.isNil() ? KxHandle<KxURI>() : target->getURI(), from, to,
+                                                   contact, "a@h", with, "a/b", "body", length);
+            }
+            return std::string();
+        });
+        if (!built.isNil()) {
+            as<KxSipRequest>(built)->insertViaHeader("h", with, "TCP");
+            checkEdited(*built, written(*built));
+            if (!built->getCSeqHeader().isNil()) {
+                spoil(*built);
+            }
+        }
+        same("a message of whose parts another is built stays as it is", m_text, written(*m_message));
+    }
+
+    /** What was edited is read again, but for what it lacks now. A message whose Content-Length was taken out gets a new
+        one; one whose Content-Length was set to more than there is is no message. */
+    static void checkEdited(const KxSipMessage& message, std::string_view text) {
+        checkWriting(message, text, 1);
+        const std::vector<HeaderID> order = message.getHeaderOrder();
+        if (std::count(order.begin(), order.end(), KxHeaderIDs::kContentLength) != 0 &&
+            message.getBodyLength() <= message.getStoredBodyLength()) {
+            checkSecondRound(message, text, false);
         }
     }
 

@@ -1,10 +1,11 @@
 // Parameter lists. The first byte chooses: 0 a text, 1 a stream, 2 edits that the other bytes say. Law: a list reads and is
 // edited as a plain one; what was written reads and writes as itself; a copy is written as its original and goes its own
-// way; the list that is made on demand behaves as the one that is always there.
+// way; the list that is made on demand, and shared by its copies, behaves as the one that is always there.
 
 #include "fuzz/URIRound.h"
 #include "util/KxLazyParameters.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -122,65 +123,82 @@ void checkReading(std::string_view text, bool inStream) {
     }
 }
 
-/** One edit of both lists and the plain one: two bytes of the program, of which the names and values are made. */
-void edit(KxParameters& list, KxLazyParameters& lazy, PlainList& plain, unsigned what, unsigned which) {
-    const std::string name = std::string(1, (which & 1) != 0 ? 'n' : 'N') + std::to_string(which / 2);
-    const KxString value((what & 8) != 0 ? "" : "v" + std::to_string(what));
-    const bool isThere = plain.has(name);
-    switch (what % 8) {
-    default:
-        list.setValue(name, value);
-        lazy.write().setValue(name, value);
-        plain.set(name, value);
-        break;
-    case 4:
-        if (list.removeValue(name) != isThere || lazy.removeValue(name) != isThere || plain.remove(name) != isThere) {
-            fail("what is there is removed", name, plain.written());
+/** A list in each of its forms, which should be alike. */
+struct Lists {
+    void checkName(const std::string& name) {
+        if (list.isPresent(name) != plain.has(name) || lazy.isPresent(name) != plain.has(name)) {
+            fail("a name is there, or not, as it is the plain way", name, plain.written());
         }
-        break;
-    case 5: { // each goes on as its copy
-        const KxHandle<KxParameters> copy(list.clone());
-        list.clear();
-        lazy = KxLazyParameters(lazy);
-        checkAgainst(*copy, plain);
-        list = *copy;
-        break;
+        same("both lists give the same value", list.getValue(name), lazy.getValue(name));
     }
-    case 6:
-        list.parse(name + ";x" + name + '=' + value.c_str());
-        lazy.write().parse(name + ";x" + name + '=' + value.c_str());
-        plain.parse(name + ";x" + name + '=' + value.c_str(), false);
-        break;
-    case 7:
-        if (which == 7) {
-            list.clear();
-            lazy.clear();
-            plain.clear();
+    void check() {
+        checkAgainst(list, plain);
+        checkWriting(list, plain.written());
+        Pieces pieces;
+        lazy.serializeBehind(pieces);
+        same("the list made on demand is written as the other", (plain.size() == 0 ? "" : ";") + plain.written(),
+             pieces.text);
+        if (lazy.size() != plain.size() || static_cast<std::size_t>(lazy.end() - lazy.begin()) != plain.size()) {
+            fail("both lists have as many pairs", plain.written(), lazy.getString());
         }
-        list.setValue(name + 'x', KxString()); // nil stores nothing
+        same("a list that is asked for is the one there is", plain.written(), lazy.handle()->getString());
     }
-    if (list.isPresent(name) != lazy.isPresent(name) || list.isPresent(name) != plain.has(name)) {
-        fail("a name is there, or not, as it is the plain way", name, plain.written());
-    }
-    same("both lists give the same value", list.getValue(name), lazy.getValue(name));
-}
 
-void checkEdits(std::string_view program) {
     KxParameters list;
     KxLazyParameters lazy;
     PlainList plain;
-    for (program = program.substr(0, 400); program.size() >= 2; program.remove_prefix(2)) {
-        edit(list, lazy, plain, static_cast<unsigned char>(program[0]), static_cast<unsigned char>(program[1]));
+};
+
+/** One edit, which two bytes of the program say: of the lists the one or the other, or each other's copy. */
+void edit(Lists& lists, Lists& others, unsigned what, unsigned which) {
+    const std::string name = std::string(1, (which & 1) != 0 ? 'n' : 'N') + std::to_string(which / 2);
+    const KxString value((what & 8) != 0 ? "" : "v" + std::to_string(what));
+    const bool isThere = lists.plain.has(name);
+    const KxHandle<KxParameters> lent = (what & 32) != 0 ? lists.lazy.handle() : KxHandle<KxParameters>();
+    const auto toWrite = [&]() -> KxParameters& { return lent.isNil() ? lists.lazy.write() : *lent; };
+    switch (what % 8) {
+    default:
+        lists.list.setValue(name, value);
+        toWrite().setValue(name, value);
+        lists.plain.set(name, value);
+        break;
+    case 4:
+        if (lists.list.removeValue(name) != isThere || lists.lazy.removeValue(name) != isThere ||
+            lists.plain.remove(name) != isThere) {
+            fail("what is there is removed", name, lists.plain.written());
+        }
+        break;
+    case 5:
+        others = lists;
+        break;
+    case 6: {
+        const std::string text = name + ";x" + name + '=' + value.c_str();
+        lists.list.parse(text);
+        toWrite().parse(text);
+        lists.plain.parse(text, false);
+        break;
     }
-    checkAgainst(list, plain);
-    checkWriting(list, plain.written());
-    Pieces pieces;
-    lazy.serializeBehind(pieces);
-    same("the list made on demand is written as the other", (plain.size() == 0 ? "" : ";") + plain.written(),
-         pieces.text);
-    same("a list that is asked for is the one there is", lazy.getString(), lazy.handle()->getString());
-    if (lazy.size() != plain.size() || static_cast<std::size_t>(lazy.end() - lazy.begin()) != plain.size()) {
-        fail("both lists have as many pairs", plain.written(), lazy.getString());
+    case 7:
+        if (which == 7) {
+            lists.list.clear();
+            lists.lazy.clear();
+            lists.plain.clear();
+        }
+        lists.list.setValue(name + 'x', KxString()); // nil stores nothing
+    }
+    lists.checkName(name);
+    others.checkName(name);
+}
+
+void checkEdits(std::string_view program) {
+    std::array<Lists, 2> lists;
+    for (program = program.substr(0, 400); program.size() >= 2; program.remove_prefix(2)) {
+        const unsigned what = static_cast<unsigned char>(program[0]);
+        const unsigned one = what >> 4 & 1;
+        edit(lists[one], lists[1 - one], what, static_cast<unsigned char>(program[1]));
+    }
+    for (Lists& each : lists) {
+        each.check();
     }
 }
 

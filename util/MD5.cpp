@@ -28,14 +28,12 @@ constexpr std::uint32_t littleEndian(std::uint32_t word) {
 }
 
 inline std::uint32_t load(const char* from) {
-    std::uint32_t word;
-    std::memcpy(&word, from, sizeof word);
-    return littleEndian(word);
+    return littleEndian(KxBytes::load<std::uint32_t>(from));
 }
 
 inline void store(void* to, std::uint32_t word) {
     word = littleEndian(word);
-    std::memcpy(to, &word, sizeof word);
+    __builtin_memcpy(to, &word, sizeof word);
 }
 
 /** Step `kStep` of 64. The registers stay where they are and change their parts from step to step. */
