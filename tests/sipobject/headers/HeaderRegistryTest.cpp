@@ -130,7 +130,9 @@ TEST(HeaderRegistryTest, EveryNameInEveryLetterCase) {
 }
 
 TEST(HeaderRegistryTest, OtherNamesAreKeptWithTheirRawText) {
-    std::vector<std::string> names = {"Call-Info", "Vi", "Viaa", "Content-Typ", "Content-Lengthy", "xx", "-", "Via;x"};
+    std::vector<std::string> names = {
+        "Call-Info", "Vi",    "Viaa",         "Content-Typ",    "Content-Lengthy",    "xx",
+        "-",         "Via;x", "Contend-Type", "Content-Lxngth", "Proxy-Auxhorization"};
     for (const char letter : kFreeLetters) {
         names.emplace_back(1, letter);
     }

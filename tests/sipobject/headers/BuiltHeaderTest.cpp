@@ -1,0 +1,110 @@
+// Headers that a host builds by hand: each is written as one that was read, and is one when it is read again.
+
+#include "sipobject/address/KxTelURL.h"
+#include "sipobject/headers/KxSipAcceptEncodingHeader.h"
+#include "sipobject/headers/KxSipAcceptHeader.h"
+#include "sipobject/headers/KxSipAcceptLanguageHeader.h"
+#include "sipobject/headers/KxSipAlertInfoHeader.h"
+#include "sipobject/headers/KxSipAllowEventsHeader.h"
+#include "sipobject/headers/KxSipCCDiversionHeader.h"
+#include "sipobject/headers/KxSipContentDispositionHeader.h"
+#include "sipobject/headers/KxSipContentEncodingHeader.h"
+#include "sipobject/headers/KxSipDateHeader.h"
+#include "sipobject/headers/KxSipErrorInfoHeader.h"
+#include "sipobject/headers/KxSipExpiresHeader.h"
+#include "sipobject/headers/KxSipInReplyToHeader.h"
+#include "sipobject/headers/KxSipMIMEVersionHeader.h"
+#include "sipobject/headers/KxSipMaxForwardsHeader.h"
+#include "sipobject/headers/KxSipMinExpiresHeader.h"
+#include "sipobject/headers/KxSipMinSEHeader.h"
+#include "sipobject/headers/KxSipOrganizationHeader.h"
+#include "sipobject/headers/KxSipPriorityHeader.h"
+#include "sipobject/headers/KxSipProxyRequireHeader.h"
+#include "sipobject/headers/KxSipRAckHeader.h"
+#include "sipobject/headers/KxSipRSeqHeader.h"
+#include "sipobject/headers/KxSipRecordRouteHeader.h"
+#include "sipobject/headers/KxSipReferToHeader.h"
+#include "sipobject/headers/KxSipReferredByHeader.h"
+#include "sipobject/headers/KxSipResponseKeyHeader.h"
+#include "sipobject/headers/KxSipRetryAfterHeader.h"
+#include "sipobject/headers/KxSipRouteHeader.h"
+#include "sipobject/headers/KxSipServerHeader.h"
+#include "sipobject/headers/KxSipSessionExpiresHeader.h"
+#include "sipobject/headers/KxSipSessionHeader.h"
+#include "sipobject/headers/KxSipUnsupportedHeader.h"
+#include "sipobject/headers/KxSipUserAgentHeader.h"
+#include "tests/sipobject/support/HeaderSupport.h"
+
+TEST(BuiltHeaderTest, AreWrittenAndReadAsOthers) {
+    using Made = KxHandle<KxSipHeader>;
+    const auto uri = KxMake<KxTelURL>("tel:+1");
+    const auto address = KxMake<KxSipNameAddress>("Bob", KxHandle<KxURI>(KxMake<KxSipURL>("sip:h;lr")));
+    const auto parameters = KxMake<KxParameters>();
+    parameters->setValue("x", KxString("1"));
+    const auto session = KxMake<KxSipSessionExpiresHeader>(1800U);
+    session->setRefresher("uas");
+    const struct {
+        Made header;
+        const char* line;
+    } rows[] = {
+        {KxMake<KxSipAcceptEncodingHeader>("gzip"), "Accept-Encoding: gzip"},
+        {KxMake<KxSipAcceptHeader>("applxcation", "plain"), "Accept: applxcation/plain"}, // nearly a known word
+        {KxMake<KxSipAcceptLanguageHeader>("da"), "Accept-Language: da"},
+        {KxMake<KxSipAlertInfoHeader>(KxHandle<KxURI>(uri)), "Alert-Info: <tel:+1>"},
+        {KxMake<KxSipAlertInfoHeader>("<sip:h>;x"), "Alert-Info: <sip:h>;x"},
+        {KxMake<KxSipAllowEventsHeader>("presence"), "Allow-Events: presence"},
+        {KxMake<KxSipCCDiversionHeader>(address), "CC-Diversion: Bob <sip:h;lr>"},
+        {KxMake<KxSipCCDiversionHeader>("sip:h;reason=busy"), "CC-Diversion: <sip:h>;reason=busy"},
+        {KxMake<KxSipContentDispositionHeader>("session"), "Content-Disposition: session"},
+        {KxMake<KxSipContentEncodingHeader>("gzip"), "Content-Encoding: gzip"},
+        {KxMake<KxSipDateHeader>(KxDate("Sat, 13 Nov 2010 23:29:00 GMT")), "Date: Sat, 13 Nov 2010 23:29:00 GMT"},
+        {KxMake<KxSipErrorInfoHeader>("<sip:h>"), "Error-Info: <sip:h>"},
+        {KxMake<KxSipExpiresHeader>(3600U), "Expires: 3600"},
+        {KxMake<KxSipInReplyToHeader>("1@h"), "In-Reply-To: 1@h"},
+        {KxMake<KxSipMIMEVersionHeader>(1U, 2U), "MIME-Version: 1.2"},
+        {KxMake<KxSipMaxForwardsHeader>(70U), "Max-Forwards: 70"},
+        {KxMake<KxSipMinExpiresHeader>(60U), "Min-Expires: 60"},
+        {KxMake<KxSipMinSEHeader>(90U), "Min-SE: 90"},
+        {KxMake<KxSipOrganizationHeader>("The, firm"), "Organization: The, firm"},
+        {KxMake<KxSipPriorityHeader>("urgent"), "Priority: urgent"},
+        {KxMake<KxSipProxyRequireHeader>("foo"), "Proxy-Require: foo"},
+        {KxMake<KxSipRAckHeader>(1U, 2U, "INVITE"), "RAck: 1 2 INVITE"},
+        {KxMake<KxSipRSeqHeader>(3U), "RSeq: 3"},
+        {KxMake<KxSipRecordRouteHeader>(address), "Record-Route: Bob <sip:h;lr>"},
+        {KxMake<KxSipRecordRouteHeader>("<sip:h;lr>"), "Record-Route: <sip:h;lr>"},
+        {KxMake<KxSipReferToHeader>(KxHandle<KxURI>(uri)), "Refer-To: tel:+1"},
+        {KxMake<KxSipReferToHeader>("Bob <sip:h>"), "Refer-To: sip:h"},
+        {KxMake<KxSipReferredByHeader>(address, parameters), "Referred-By: Bob <sip:h;lr>;x=1"},
+        {KxMake<KxSipReferredByHeader>(address->getURL(), parameters), "Referred-By: <sip:h;lr>;x=1"},
+        {KxMake<KxSipReferredByHeader>("sip:h;cid=1"), "Referred-By: <sip:h>;cid=1"},
+        {KxMake<KxSipResponseKeyHeader>("pgp"), "Response-Key: pgp"},
+        {KxMake<KxSipRetryAfterHeader>(5U, "soon"), "Retry-After: 5 (soon)"},
+        {KxMake<KxSipRouteHeader>(address), "Route: Bob <sip:h;lr>"},
+        {KxMake<KxSipServerHeader>("S/1"), "Server: S/1"},
+        {session, "Session-Expires: 1800;refresher=uas"},
+        {KxMake<KxSipSessionHeader>("media"), "Session: media"},
+        {KxMake<KxSipUnsupportedHeader>("foo"), "Unsupported: foo"},
+        {KxMake<KxSipUserAgentHeader>("U/1 (x)"), "User-Agent: U/1 (x)"},
+    };
+    uri->parse("tel:2"); // what they were made of is theirs no longer
+    address->getURL()->clearParameters();
+    parameters->clear();
+    for (const auto& row : rows) {
+        EXPECT_EQ(linesOf(*row.header), row.line);
+        const Made again = readHeader(std::string(row.line) + "\r\n");
+        EXPECT_EQ(className(*again), className(*row.header)) << row.line;
+        EXPECT_EQ(again->getHeaderID(), row.header->getHeaderID()) << row.line;
+        EXPECT_EQ(linesOf(*again), row.line);
+    }
+}
+
+TEST(BuiltHeaderTest, NilIsWrittenAsNothing) {
+    const KxHandle<KxSipNameAddress> nobody;
+    const KxHandle<KxURI> nothing;
+    EXPECT_EQ(linesOf(*KxMake<KxSipRouteHeader>(nobody)), "Route: <:>");
+    EXPECT_EQ(linesOf(*KxMake<KxSipRecordRouteHeader>(nobody)), "Record-Route: <:>");
+    EXPECT_EQ(linesOf(*KxMake<KxSipCCDiversionHeader>(nobody)), "CC-Diversion: <:>");
+    EXPECT_EQ(linesOf(*KxMake<KxSipReferredByHeader>(nobody, KxHandle<KxParameters>())), "Referred-By: <:>");
+    EXPECT_EQ(linesOf(*KxMake<KxSipReferToHeader>(nothing)), "Refer-To: ");
+    EXPECT_EQ(linesOf(*KxMake<KxSipAlertInfoHeader>(nothing)), "Alert-Info: <>");
+}
