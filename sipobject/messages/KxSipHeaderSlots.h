@@ -61,7 +61,7 @@ private:
     };
 
     /** How many slots a message has at once; few messages need the rest. */
-    static constexpr std::size_t kNear = 25;
+    static constexpr std::size_t kNear = 20;
     using Far = std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount + 1 - kNear>;
 
     const KxHandle<KxSipHeader>& slot(std::size_t place) const {
