@@ -86,7 +86,7 @@ TEST(StringTest, SearchesCutsAndTrimsUpToEveryBoundary) {
 
 TEST(StringTest, WordsShareOneConstant) {
     for (const std::string_view text : {"INVITE"sv, "0"sv, "+sip.instance"sv, "INVITe"sv, "INVIT"sv, "INVITE\0"sv,
-                                        "+sip.instbnce"sv, "simple-message-summaries-of-any"sv}) {
+                                        "+sip.inbtance"sv, "simple-message-summaries-of-any"sv}) {
         const HeapText bytes(text);
         const KxString string(bytes.view());
         const bool shared = text == "INVITE" || text == "0" || text == "+sip.instance";
