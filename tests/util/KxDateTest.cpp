@@ -75,6 +75,7 @@ TEST(KxDateTest, NeverCutsTheText) {
 TEST(KxDateTest, ComparesAndCountsFromNow) {
     EXPECT_LT(KxDate("x"), KxDate::sFromSeconds(INT64_MIN));
     EXPECT_LT(KxDate(), KxDate("x"));
+    EXPECT_NE(KxDate("x"), KxDate("y"));
     EXPECT_LT(KxDate::sFromSeconds(-1), KxDate::sFromSeconds(0));
     const std::int64_t now = KxTime::sGetCurrentTime().m_microseconds / 1000000;
     EXPECT_NEAR(static_cast<double>(KxDate::sFromSeconds(now + 3600).getDelta()), 3600, 60);

@@ -160,10 +160,10 @@ TEST(OutputStreamTest, ArraysHandedOutStayAsTheyAre) {
         out << "d" << out.view(); // its own bytes
         const KxHandle<KxByteArray> second = out.toByteArray();
         out.clear();
-        out << "xyz";
+        out << "xy" << 7;
         EXPECT_EQ(first->view(), "abc");
         EXPECT_EQ(second->view(), "abcdabcd");
         EXPECT_EQ(second->data()[8], '\0');
-        EXPECT_EQ(out.view(), "xyz");
+        EXPECT_EQ(out.view(), "xy7");
     }
 }
