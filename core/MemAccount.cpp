@@ -13,11 +13,6 @@ namespace {
 
 constinit std::mutex s_rowsMutex;
 
-/** In front of every block of the plain mode; its size keeps the block aligned to 16. */
-struct alignas(16) PlainHeader {
-    std::size_t bytes;
-};
-
 } // namespace
 
 constinit std::array<MemRows::Row, MemRows::kRows> MemRows::s_rows{};
@@ -55,6 +50,17 @@ std::size_t MemAccount::row() noexcept {
     return offset / MemThreadCache::kRowBytes;
 }
 
+#ifdef KX_PLAIN_MALLOC
+
+namespace {
+
+/** In front of every block; its size keeps the block aligned to 16. */
+struct alignas(16) PlainHeader {
+    std::size_t bytes;
+};
+
+} // namespace
+
 void* MemAccount::allocatePlain(std::size_t size) {
     MemPool::sFaultPoint();
     if (size > PTRDIFF_MAX - sizeof(PlainHeader))
@@ -74,6 +80,8 @@ void MemAccount::deallocatePlain(void* block) noexcept {
     MemRows::sCountBlock(row(), -1, -static_cast<std::int64_t>(header->bytes));
     std::free(header);
 }
+
+#endif
 
 namespace {
 

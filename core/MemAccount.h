@@ -57,8 +57,10 @@ private:
     friend class MemPool;
 
     std::size_t row() noexcept;
+#ifdef KX_PLAIN_MALLOC
     void* allocatePlain(std::size_t size);
     void deallocatePlain(void* block) noexcept;
+#endif
 
     const char* m_name;
     std::atomic<std::uint32_t> m_rowOffset{0}; ///< Of the account's cells in a thread's cache; 0 before the first use.

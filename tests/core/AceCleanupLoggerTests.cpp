@@ -175,6 +175,23 @@ TEST(AceCleanupLoggerTest, WithoutAnAppenderAllIsOffAndNothingIsComplainedAbout)
     }
 }
 
+TEST(AceCleanupLoggerTest, AnAppenderTakenAwayReadsNoMore) {
+    log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
+    openEntry();
+    log4cplus::Logger logger = log4("tandril.kx.KxAlpha");
+    log4cplus::SharedAppenderPtr reader(new FunctionAppender([](const LogRecord&) {}));
+    reader->setName("reader");
+    for (const std::function<void()>& takeAway : std::initializer_list<std::function<void()>>{
+             [&] { logger.removeAppender(reader); }, [&] { logger.removeAppender("reader"); }}) {
+        logger.addAppender(reader);
+        openEntry();
+        EXPECT_TRUE(s_logger.isEnabled(LogLevel::Fatal));
+        takeAway();
+        openEntry();
+        EXPECT_FALSE(s_logger.isEnabled(LogLevel::Fatal));
+    }
+}
+
 TEST_F(AceCleanupLoggerDeathTest, UseAfterReleaseDoesNothing) {
     const auto useAfter = [](const std::function<void()>& release) {
         LogCapture capture;
