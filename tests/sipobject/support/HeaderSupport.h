@@ -1,27 +1,21 @@
 #pragma once
 
-#include "sipobject/headers/KxSipHeader.h"
+#include "tests/sipobject/support/Headers.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
+#include <functional>
 #include <initializer_list>
 
-#if defined(__SANITIZE_THREAD__)
-inline constexpr bool kUnderThreadSanitizer = true;
-#elif defined(__has_feature)
-inline constexpr bool kUnderThreadSanitizer = __has_feature(thread_sanitizer);
-#else
-inline constexpr bool kUnderThreadSanitizer = false;
-#endif
-
-inline KxHandle<KxSipHeader> readHeader(std::string_view line) {
-    const HeapText bytes(line);
+/** The header of a line; its end is added. */
+inline KxHandle<KxSipHeader> readHeader(const std::string& line) {
+    const HeapText bytes(line + "\r\n");
     KxByteArrayInputStream in(bytes.view());
     return KxSipHeader::sConstructFrom(in);
 }
 
 /** The one header of a line, which must be of the class. */
 template <class H>
-KxHandle<H> readAs(std::string_view line) {
+KxHandle<H> readAs(const std::string& line) {
     const KxHandle<H> header = KxHandleCast<H>(readHeader(line));
     EXPECT_FALSE(header.isNil()) << line;
     return header;
@@ -78,7 +72,7 @@ void expectRow(const HeaderRow& row, Fields fields) {
     for (std::size_t begin = 0; begin != std::string::npos;) {
         const std::size_t end = row.lines.find(" & ", begin);
         const std::string line = row.lines.substr(begin, end == std::string::npos ? end : end - begin);
-        again.append(begin == 0 ? "" : " & ").append(outcomeOf([&] { return linesOf(*readHeader(line + "\r\n")); }));
+        again.append(begin == 0 ? "" : " & ").append(outcomeOf([&] { return linesOf(*readHeader(line)); }));
         begin = end == std::string::npos ? end : end + 3;
     }
     EXPECT_EQ(again, row.secondRound.empty() ? row.lines : row.secondRound);
@@ -91,12 +85,8 @@ void expectRows(Fields fields, std::initializer_list<HeaderRow> rows) {
     }
 }
 
-/** The values with "|" between them. */
-inline std::string joined(std::initializer_list<std::string_view> values) {
-    std::string all;
-    for (const std::string_view value : values) {
-        all.append(value).append("|");
-    }
-    all.pop_back();
-    return all;
+/** The same, where the fields are what these getters, or functions of the header, say. */
+template <class H, auto... getters>
+void expectRows(std::initializer_list<HeaderRow> rows) {
+    expectRows<H>([](const H& header) { return joined(std::invoke(getters, header)...); }, rows);
 }
