@@ -8,7 +8,7 @@ constexpr const char* kInvalid = "KxSipParseError: Invalid Accept header";
 
 TEST(ContentHeaderTest, ContentLengthTakesWhatDigitsThereAre) {
     expectRows<KxSipContentLengthHeader, &KxSipContentLengthHeader::getContentLength>({
-        {"Content-Length: 0", "0", "Content-Length: 0"},
+        {"Content-Length: 0", "0"},
         {"l: 0042 bytes", "42", "l: 42"},
         {"Content-Length: 4294967296", "4294967295", "Content-Length: 4294967295"},
         {"Content-Length: " + std::string(1000, '9'), "4294967295", "Content-Length: 4294967295"},
@@ -20,13 +20,13 @@ TEST(ContentHeaderTest, ContentLengthTakesWhatDigitsThereAre) {
 TEST(ContentHeaderTest, ContentTypeIsTypeSubtypeAndParameters) {
     expectRows<KxSipContentTypeHeader, &KxSipContentTypeHeader::getType, &KxSipContentTypeHeader::getSubType,
                &KxSipContentTypeHeader::getParameters>({
-        {"c: application/sdp", "application|sdp|", "c: application/sdp"},
+        {"c: application/sdp", "application|sdp|"},
         {"Content-Type: text / plain ;charset=utf-8", "text|plain|charset=utf-8",
          "Content-Type: text/plain;charset=utf-8"},
         {"c: a/b;x;; Y = 1 ;=z;X=", "a|b|x;Y=1;=z", "c: a/b;x;Y=1;=z"},
         {"c: a/b;x=1;y;X=2", "a|b|x=2;y", "c: a/b;x=2;y"},
-        {"c: a/b;x=\"1;\\\";2\";y", "a|b|x=\"1;\\\";2\";y", "c: a/b;x=\"1;\\\";2\";y"},
-        {"c: a/b;x=\"1;y", "a|b|x=\"1;y", "c: a/b;x=\"1;y"},
+        {"c: a/b;x=\"1;\\\";2\";y", "a|b|x=\"1;\\\";2\";y"},
+        {"c: a/b;x=\"1;y", "a|b|x=\"1;y"},
         {"c: a/b (c);x", "a|b|", "c: a/b"},
         {"c: a/b/c;x", "a|b|", "c: a/b"},
         // a comma ends the parameters even between quotes

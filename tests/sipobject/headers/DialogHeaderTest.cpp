@@ -23,7 +23,7 @@ TEST(DialogHeaderTest, CSeq) {
 
 TEST(DialogHeaderTest, CallId) {
     expectRows<KxSipCallIdHeader, &KxSipCallIdHeader::getCallId>({
-        {"Call-ID: a84b4c76e66710@h", "a84b4c76e66710@h", "Call-ID: a84b4c76e66710@h"},
+        {"Call-ID: a84b4c76e66710@h", "a84b4c76e66710@h"},
         {"i:a,b;\"c d\"", "a,b;\"c", "i: a,b;\"c"},
         {"Call-ID: a84b4c76e66710, x", "a84b4c76e66710,", "Call-ID: a84b4c76e66710,"},
         // the base reads on behind the white space
@@ -52,8 +52,7 @@ TEST(DialogHeaderTest, Replaces) {
     constexpr const char* kNoCallId = "KxSipParseError: SIP Replaces header must contain a callid";
     expectRows<KxSipReplacesHeader, &KxSipReplacesHeader::getCallID, &KxSipReplacesHeader::getToTag,
                &KxSipReplacesHeader::getFromTag>({
-        {"Replaces: abc123;to-tag=1;from-tag=2;early-only", "abc123|1|2",
-         "Replaces: abc123;to-tag=1;from-tag=2;early-only"},
+        {"Replaces: abc123;to-tag=1;from-tag=2;early-only", "abc123|1|2"},
         {"Replaces: a@h, b ; FROM-TAG = \"2;3\" ;;To-Tag=1,x", "a@h, b|1,x|\"2;3\"",
          "Replaces: a@h, b;FROM-TAG=\"2;3\";To-Tag=1,x"},
         {"Replaces: abc123;x", "", kNoToTag},

@@ -8,16 +8,16 @@ TEST(ExpiryHeaderTest, ExpiresIsANumberOrADate) {
             return date + "|" + std::to_string(header.getDeltaSeconds());
         },
         {
-            {"Expires: 3600", "|3600", "Expires: 3600"},
+            {"Expires: 3600", "|3600"},
             {"Expires: 3600,", "|3600", "Expires: 3600"},
             {"Expires: 36s;x=1", "|36", "Expires: 36"},
             {"Expires: " + std::string(63, '9'), "|4294967295", "Expires: 4294967295"},
             {"Expires: " + std::string(64, '9'), "", kTooLong},
-            {"Expires: Thu, 01 Dec 1994 16:00:00 GMT", "786297600|0", "Expires: Thu, 01 Dec 1994 16:00:00 GMT"},
+            {"Expires: Thu, 01 Dec 1994 16:00:00 GMT", "786297600|0"},
             {"Expires: 12 Dec 1994", "787190400|0", "Expires: Mon, 12 Dec 1994 00:00:00 GMT"},
             // what is neither is a date that could not be read
             {"Expires: soon, " + std::string(100, '!'), "0|0", "Expires: soon, " + std::string(100, '!')},
-            {"Expires: 60, 70 ", "0|0", "Expires: 60, 70 "},
+            {"Expires: 60, 70 ", "0|0"},
             {"Expires: \v060", "0|0", "Expires: 060", "Expires: 60"},
         });
     const auto header = KxMake<KxSipExpiresHeader>("Thu, 01 Dec 1994 16:00:00 GMT");
@@ -48,7 +48,7 @@ TEST(ExpiryHeaderTest, SessionTimersHaveParameters) {
     using Header = KxSipSessionExpiresHeader;
     expectRows<Header, &Header::getDeltaSeconds, &Header::getRefresher, &Header::isRefresherUAC,
                &Header::isRefresherUAS>({
-        {"Session-Expires: 1800;refresher=uac", "1800|uac|1|0", "Session-Expires: 1800;refresher=uac"},
+        {"Session-Expires: 1800;refresher=uac", "1800|uac|1|0"},
         {"x: 090 ; X=\"1,2\" ;Refresher = UAS;y", "90|UAS|0|1", "x: 90;X=\"1,2\";Refresher=UAS;y"},
         {"x: 4294967296;refresher=proxy, 3", "4294967295|proxy|0|0 & 3||0|0",
          "x: 4294967295;refresher=proxy & Session-Expires: 3"},
@@ -56,7 +56,7 @@ TEST(ExpiryHeaderTest, SessionTimersHaveParameters) {
         {"Session-Expires: never", "", kInvalid},
     });
     expectRows<KxSipMinSEHeader, &KxSipMinSEHeader::getDeltaSeconds, &KxSipMinSEHeader::getParameters>({
-        {"Min-SE: 60;a=b;c", "60|a=b;c", "Min-SE: 60;a=b;c"},
+        {"Min-SE: 60;a=b;c", "60|a=b;c"},
         {"Min-SE: 1, x", "", "KxSipParseError: Invalid Minimum SE header"},
     });
 }

@@ -6,14 +6,12 @@ TEST(TextHeaderTest, TextsAreKeptByteForByte) {
         {"s:\v\t Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t ", "Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t ",
          "s: Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t "},
         {"Subject: a\r\n b\r\n\t\tc", "ab\tc", "Subject: ab\tc"},
-        {"Subject: " + longest, longest, "Subject: " + longest},
+        {"Subject: " + longest, longest},
     });
     const std::string text = "A/1.0 (b, c)";
-    expectRows<KxSipServerHeader, &KxSipServerHeader::getServer>({{"Server: " + text, text, "Server: " + text}});
-    expectRows<KxSipUserAgentHeader, &KxSipUserAgentHeader::getUserAgent>(
-        {{"User-Agent: " + text, text, "User-Agent: " + text}});
-    expectRows<KxSipOrganizationHeader, &KxSipOrganizationHeader::getOrganization>(
-        {{"Organization: " + text, text, "Organization: " + text}});
+    expectRows<KxSipServerHeader, &KxSipServerHeader::getServer>({{"Server: " + text, text}});
+    expectRows<KxSipUserAgentHeader, &KxSipUserAgentHeader::getUserAgent>({{"User-Agent: " + text, text}});
+    expectRows<KxSipOrganizationHeader, &KxSipOrganizationHeader::getOrganization>({{"Organization: " + text, text}});
     EXPECT_EQ(linesOf(*KxMake<KxSipSubjectHeader>(nullptr)), "Subject: ");
 }
 
@@ -23,9 +21,8 @@ TEST(TextHeaderTest, Dates) {
             return header.getDate().isValid() ? std::to_string(header.getDate().getSeconds()) : "none";
         },
         {
-            {"Date: Sat, 13 Nov 2010 23:29:00 GMT", "1289690940", "Date: Sat, 13 Nov 2010 23:29:00 GMT"},
             {"Date:\tSaturday, 13-Nov-10 23:29:00 GMT ", "1289690940", "Date: Sat, 13 Nov 2010 23:29:00 GMT"},
-            {"Date: 1289690940, or so ", "none", "Date: 1289690940, or so "},
+            {"Date: 1289690940, or so ", "none"},
         });
 }
 
@@ -57,8 +54,7 @@ TEST(TextHeaderTest, WarningsHaveACodeAnAgentAndAText) {
         {"Warning: 399 h \"\\n\\o\"", "399|h|no", "Warning: 399 h \"no\""},
         {"Warning: 399 h  not \"quoted\" \\ , 1 h", "399|h|not \"quoted\" \\ & 1|h|",
          "Warning: 399 h \"not \\\"quoted\\\" \\\\\" & Warning: 1 h \"\""},
-        {"Warning: 399 \"no, agent\"", "399||no, agent", "Warning: 399 \"no, agent\""},
-        {"Warning: 399h\"open, \\", "399|h|open, \\", "Warning: 399 h \"open, \\\\\""},
+        {"Warning: 399 \"no, agent\"", "399||no, agent"},
         {"Warning: h \"text\"", "", "KxSipParseError: Invalid Warning header"},
     });
     const std::string text(1000, '"');
@@ -71,7 +67,7 @@ TEST(TextHeaderTest, ResponseKeysAreOneValue) {
         {"Response-Key: pgp version=\"2.6,5\", Key = \"a=;b\" ,c", "pgp|version=\"2.6,5\";Key=\"a=;b\";c",
          "Response-Key: pgp version=\"2.6,5\",Key=\"a=;b\",c"},
         {"Response-Key: pgp;key=1,,;key=2,", "pgp|key=2", "Response-Key: pgp key=2"},
-        {"Response-Key: pgp a=\"b,c", "pgp|a=\"b,c", "Response-Key: pgp a=\"b,c"},
+        {"Response-Key: pgp a=\"b,c", "pgp|a=\"b,c"},
         {"Response-Key: \"pgp\"", "", "KxSipParseError: Invalid Response-Key header"},
     });
 }

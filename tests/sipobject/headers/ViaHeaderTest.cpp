@@ -27,7 +27,7 @@ TEST(ViaHeaderTest, Reads) {
         {"Via:XYZ/9/wss\thost", "XYZ|9|WSS|host|-||", "Via: XYZ/9/WSS host"},
         {"v: SIP/2.0/UDP a, SIP/2.0/sctp b:5061", "SIP|2.0|UDP|a|-|| & SIP|2.0|SCTP|b|5061||",
          "v: SIP/2.0/UDP a & Via: SIP/2.0/SCTP b:5061"},
-        {"Via: a,b;c/(d)\"/TLS h", "a,b;c|(d)\"|TLS|h|-||", "Via: a,b;c/(d)\"/TLS h"},
+        {"Via: a,b;c/(d)\"/TLS h", "a,b;c|(d)\"|TLS|h|-||"},
         // ports
         {"Via: SIP/2.0/UDP h : 5070 :5071x", "SIP|2.0|UDP|h|5071||", "Via: SIP/2.0/UDP h:5071"},
         {"Via: SIP/2.0/UDP h:", "SIP|2.0|UDP|h|0||", "Via: SIP/2.0/UDP h:0"},
@@ -42,9 +42,8 @@ TEST(ViaHeaderTest, Reads) {
          "SIP|2.0|UDP|h|-||ttl=255;X=2;hidden;maddr=1.2.3.4", "Via: SIP/2.0/UDP h;ttl=255;X=2;hidden;maddr=1.2.3.4"},
         {"Via: SIP/2.0/UDP h;x=\"1, SIP/2.0/UDP g;y=\"", "SIP|2.0|UDP|h|-||x=\"1 & SIP|2.0|UDP|g|-||y=\"",
          "Via: SIP/2.0/UDP h;x=\"1 & Via: SIP/2.0/UDP g;y=\""},
-        {"Via: SIP/2.0/UDP h;ttl=abc", "SIP|2.0|UDP|h|-||ttl=abc", "Via: SIP/2.0/UDP h;ttl=abc"},
+        {"Via: SIP/2.0/UDP h;ttl=abc", "SIP|2.0|UDP|h|-||ttl=abc"},
         {"Via: SIP/2.0/UDP h;ttl=256", "", kTTL},
-        {"Via: SIP/2.0/UDP h;ttl=99999999999999999999", "", kTTL},
         // the checks come in this order
         {"Via: SIP/2.0/ ,x", "", kNoTransport},
         {"Via: //;ttl=256", "", kNoTransport},
@@ -52,8 +51,15 @@ TEST(ViaHeaderTest, Reads) {
         {"Via: //FOO", "", kTransport},
         {"Via: SIP/2.0/UDP ;ttl=256", "", kInvalid},
         {"Via: SIP//UDP h", "", kInvalid},
-        {"Via: SIP/2.0/UDP a, SIP/2.0/UDP", "", kInvalid},
     });
+}
+
+TEST(ViaHeaderTest, ManyCommentsCostTheirLength) {
+    std::string comments;
+    for (int i = 0; i < 100000; ++i) {
+        comments += "SIP/2.0/UDP h(,)(;)(,";
+    }
+    EXPECT_TRUE(viaOf(comments + ")")->getNext().isNil());
 }
 
 TEST(ViaHeaderTest, TheConstructorChecksAsReadingDoes) {

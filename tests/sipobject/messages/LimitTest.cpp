@@ -64,15 +64,20 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
         {"a million Vias", [] { return withLine("Via", times(kMillion, "SIP/2.0/UDP h,") + "SIP/2.0/UDP h"); }, 0},
         {"a million addresses", [] { return withLine("Route", times(kMillion, "<sip:h>,") + "<sip:h>"); }, 0},
         {"a million bad lines", [] { return withHeaders(times(kMillion, "x\r\n")); }, 1},
-        {"a million interleaved lines",
-         [] {
-             return withHeaders(times(kMillion / 5, "Route: <sip:h;lr>\r\nX-A: 1\r\nVia: SIP/2.0/UDP h\r\nX-B: 2\r\n"
-                                                    "Supported: tag\r\n"));
-         },
-         0},
         {"a million empty values", [] { return withLine("Accept", times(kMillion, ",")); }, 1},
         {"a million parameters", [] { return withLine("Contact", "<sip:h>" + numbered(kMillion, ";p")); }, 0},
         {"a million URL parameters", [] { return withLine("Route", "<sip:h" + numbered(kMillion, ";p") + ">"); }, 0},
+        // what tells where a value ends must not be looked for again and again
+        {"a million bare addresses", [] { return withLine("Contact", times(kMillion, "sip:a,") + "sip:h"); }, 0},
+        {"a million quotes", [] { return withLine("Contact", times(kMillion, "sip:a\",") + "sip:h"); }, 0},
+        {"a million quoted commas", [] { return withLine("Contact", times(kMillion, "<sip:a;b>;c=\",\",") + "sip:h"); },
+         0},
+        {"a million Via parameters twice",
+         [] {
+             const std::string list = numbered(kMillion, ";p");
+             return withLine("Via", "SIP/2.0/UDP h" + list + list);
+         },
+         0},
         {"16 MB of folds", [] { return withLine("Subject", times(4 * kMega, "x\r\n ") + "x"); }, 0},
         {"16 MB of quotes", [] { return withLine("X-A", times(8 * kMega, "\\\"")); }, 0},
         {"16 MB of display name", [] { return withLine("Contact", '"' + std::string(16 * kMega, 'x') + "\" <sip:h>"); },
@@ -80,7 +85,6 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
         {"16 MB of realm",
          [] { return withLine("Proxy-Authenticate", "Digest realm=\"" + std::string(16 * kMega, 'x') + '"'); }, 1},
         {"16 MB of URI", [] { return message("OPTIONS sip:" + std::string(16 * kMega, 'x') + " SIP/2.0", "", ""); }, 0},
-        {"16 MB of header name", [] { return withLine(std::string(16 * kMega, 'x'), "1"); }, 0},
     };
     for (const auto& row : rows) {
         onSmallStack([&row] {

@@ -39,7 +39,6 @@ KxInetAddress addressOf(const char* text) {
 
 TEST(MessageLogTest, LineEndsBecomeLineFeeds) {
     const std::pair<std::string, std::string> bodies[] = {
-        {"", ""},
         {"a\r\nb\r\n", "a\nb\n"},
         {"\r\r\n\r", "\r\n\r"},
         {"\n\r\n\n", "\n\n\n"},
@@ -85,7 +84,6 @@ TEST(MessageLogTest, TheFirstLineTellsTheWay) {
     };
     const Row rows[] = {
         {false, true, 0, nullptr, nullptr, "RECEIVED SIP MESSAGE (RESPONSE) via UDP from 10.0.0.1:5060 :"},
-        {false, true, 0, &port, nullptr, "RECEIVED SIP MESSAGE (RESPONSE) via UDP from 10.0.0.1:5070 :"},
         {true, true, 1, nullptr, &given, "RECEIVED SIP MESSAGE (REQUEST) via TCP from 2001:db8::1:5060 :"},
         {true, false, 2, &port, &given, "SENDING SIP MESSAGE (REQUEST) via TLS to 2001:db8::1:5070 :"},
         {false, false, 99, nullptr, nullptr, "SENDING SIP MESSAGE (RESPONSE) via UNKNOWN to 10.0.0.1:5060 :"},

@@ -20,14 +20,15 @@ struct Block {
     std::string text;
 };
 
-std::vector<Block> blocksOf(const std::string& file) {
+std::vector<Block> blocksOf(const std::filesystem::path& path) {
     std::vector<Block> blocks;
-    for (std::size_t at = file.find("## "); at != std::string::npos;) {
-        const std::size_t title = at + 3;
-        const std::size_t text = file.find('\n', title) + 1;
-        at = file.find("\n## ", text);
-        at = at == std::string::npos ? at : at + 1;
-        blocks.push_back({file.substr(title, text - 1 - title), file.substr(text, at - text)});
+    std::istringstream file(fileText(path));
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("## ")) {
+            blocks.push_back({line.substr(3), ""});
+        } else {
+            blocks.back().text += line + '\n';
+        }
     }
     return blocks;
 }
@@ -58,7 +59,7 @@ std::string headersWithout(const std::string& names) {
 TEST(DerivedMessageTest, IsWrittenAsTheGoldenTextsSay) {
     std::size_t derived = 0;
     for (const std::filesystem::path& path : filesOf("tests/messages/derived", ".sip")) {
-        const std::vector<Block> blocks = blocksOf(fileText(path));
+        const std::vector<Block> blocks = blocksOf(path);
         ASSERT_GE(blocks.size(), 2U) << path;
         const KxHandle<KxSipMessage> parent = readMessage(blocks[0].text);
         const std::string before = written(*parent);
@@ -137,12 +138,7 @@ TEST(DerivedMessageTest, TakesTheFirstOfSeveralValues) {
 TEST(DerivedMessageTest, NilParentsAreRefused) {
     const Balance balance;
     for (const char* how : {"response 200", "ack", "bye", "cancel", "prack"}) {
-        const auto text = outcomeOf([how] {
-            const KxHandle<KxSipMessage> nil;
-            return std::string(how) == "bye" ? written(*KxMake<KxSipByeMessage>(KxHandle<KxSipResponse>()))
-                                             : derivedText(nil, how);
-        });
-        EXPECT_TRUE(text.starts_with("KxSipParseError: ")) << how << " gave " << text;
+        EXPECT_EQ(derivedText({}, how).find("KxSipParseError: "), 0U) << how;
     }
     EXPECT_THROW(KxMake<KxSipByeMessage>(KxHandle<KxSipInviteMessage>()), KxHandle<KxSipParseError>);
 }

@@ -37,12 +37,12 @@ inline std::string linesOf(const KxSipHeader& header) {
     return lines;
 }
 
-/** A line (its end is added), what is in its values, and what they are written as or the failure; and, for a value that
-    is laid down to be written so that it reads as another, what becomes of that. */
+/** A line (its end is added), what is in its values, and what they are written as, if not as they stood, or the failure;
+    and, for a value that is laid down to be written so that it reads as another, what becomes of that. */
 struct HeaderRow {
     std::string line;
     std::string fields;
-    std::string lines;
+    std::string written = {};
     std::string secondRound = {};
 };
 
@@ -51,6 +51,7 @@ struct HeaderRow {
 template <class H, class Fields>
 void expectRow(const HeaderRow& row, Fields fields) {
     const Balance balance;
+    const std::string& lines = row.written.empty() ? row.line : row.written;
     const auto read = [&](KxInputStream& in) {
         return outcomeOf([&] {
             const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
@@ -63,19 +64,19 @@ void expectRow(const HeaderRow& row, Fields fields) {
             return all + " -> " + linesOf(*header);
         });
     };
-    const bool fails = row.lines.find("Kx") == 0;
-    EXPECT_EQ(readEveryWay(row.line + "\r\n", read), (fails ? "" : row.fields + " -> ") + row.lines + "@") << row.line;
+    const bool fails = lines.find("Kx") == 0;
+    EXPECT_EQ(readEveryWay(row.line + "\r\n", read), (fails ? "" : row.fields + " -> ") + lines + "@") << row.line;
     if (fails) {
         return;
     }
     std::string again;
     for (std::size_t begin = 0; begin != std::string::npos;) {
-        const std::size_t end = row.lines.find(" & ", begin);
-        const std::string line = row.lines.substr(begin, end == std::string::npos ? end : end - begin);
+        const std::size_t end = lines.find(" & ", begin);
+        const std::string line = lines.substr(begin, end == std::string::npos ? end : end - begin);
         again.append(begin == 0 ? "" : " & ").append(outcomeOf([&] { return linesOf(*readHeader(line)); }));
         begin = end == std::string::npos ? end : end + 3;
     }
-    EXPECT_EQ(again, row.secondRound.empty() ? row.lines : row.secondRound);
+    EXPECT_EQ(again, row.secondRound.empty() ? lines : row.secondRound);
 }
 
 template <class H, class Fields>
