@@ -176,6 +176,7 @@ TEST(SipURLTest, Compares) {
         {"sip:h:5061", "sip:h", false, false},
         {"sip:h", "sip:h;transport=UDP", true, true},
         {"sip:h", "sip:h;transport=udp;x=1", false, false}, // both count, though transport is not compared
+        {"sip:h;x=1", "sip:h;transport=udp", true, false},
         // the stored port on the left, the effective one on the right
         {"sip:h:5061;transport=tls", "sip:h;transport=tls", true, false},
         {"sip:h;transport=tls", "sip:h;transport=tls", false, false},

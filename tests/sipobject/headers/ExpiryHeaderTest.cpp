@@ -10,6 +10,7 @@ TEST(ExpiryHeaderTest, ExpiresIsANumberOrADate) {
         {
             {"Expires: 3600", "|3600"},
             {"Expires: 3600,", "|3600", "Expires: 3600"},
+            {"Expires: 60\t", "|60", "Expires: 60"},
             {"Expires: 36s;x=1", "|36", "Expires: 36"},
             {"Expires: " + std::string(63, '9'), "|4294967295", "Expires: 4294967295"},
             {"Expires: " + std::string(64, '9'), "", kTooLong},

@@ -71,6 +71,7 @@ TEST(HeaderLineTest, Faults) {
     expectLines({
         {" \t", kNoToken, ""},
         {"\t : x\r\n y\r\n", kNoToken, " y\r\n"},
+        {"\v : x\r\nTo: y", kNoToken, "To: y"},
         {"Supported\r\nTo: y", kNoColon, "To: y"},
         {"Supported a,b\r\n c\r\nTo: y", kNoColon, "To: y"},
         {"\r\nTo: y", kNoColon, "To: y"},

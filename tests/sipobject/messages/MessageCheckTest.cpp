@@ -115,6 +115,7 @@ TEST(TransactionKeyTest, IsThePartsBehindEachOther) {
         {{.via = "SIP/2.0/TLS h:0;branch=b", .callId = "i", .cseq = "4294967295 INVITE"}, usual + "h0bi4294967295"},
         {{.to = "<sip:" + many + "@h>", .via = "SIP/2.0/UDP h;branch=" + many, .callId = many},
          many + "h5060aexample.com50601h0" + many + many + "1"},
+        {{.more = "no colon\r\n"}, usual + tail},
         {{.more = "Accept: a/b\r\nContent-Type: c/d\r\n"},
          "KxException: Unable to create transaction key for INVALID SIP Message"},
     };
