@@ -12,6 +12,8 @@
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "tests/sipobject/support/Derivation.h"
 
+#include <sstream>
+
 namespace {
 
 /** A part of a golden file: "## title", and what stands up to the next one. */

@@ -21,9 +21,9 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 #include <vector>
