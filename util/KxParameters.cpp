@@ -47,6 +47,8 @@ public:
     /** For up to `capacity` pairs, a power of two. */
     explicit NameIndex(std::uint32_t capacity) : m_numberBits(capacity * 2 - 1), m_cells(capacity * 2, 0) {}
 
+    void clear() { std::fill(m_cells.begin(), m_cells.end(), 0); }
+
     /** The number plus one, or 0. */
     template <class Matches>
     std::uint32_t find(std::uint32_t hash, Matches matches) const {
@@ -110,15 +112,18 @@ struct KxParameters::Block {
         block->~Block();
         Oskan::NoSizeMemAllocator::deallocate(block, s_account);
     }
-    /** An index of these pairs, where there is room for enough to want one. */
+    /** An index of these pairs, where there is room for enough to want one. Allocates only the first time. */
     void buildIndex(const Pair* all, std::uint32_t size) {
-        index.reset();
-        if (capacity >= kIndexFrom) {
-            auto fresh = std::make_unique<NameIndex>(capacity);
-            for (std::uint32_t i = 0; i < size; ++i) {
-                fresh->insert(NameIndex::hash(all[i].name), i);
-            }
-            index = std::move(fresh);
+        if (capacity < kIndexFrom) {
+            return;
+        }
+        if (index == nullptr) {
+            index = std::make_unique<NameIndex>(capacity);
+        } else {
+            index->clear();
+        }
+        for (std::uint32_t i = 0; i < size; ++i) {
+            index->insert(NameIndex::hash(all[i].name), i);
         }
     }
 };
@@ -148,9 +153,14 @@ KxParameters::KxParameters(const KxParameters& other) : KxParameters() {
 
 KxParameters& KxParameters::operator=(const KxParameters& other) {
     if (this != &other) {
-        clear();
-        for (const Pair& pair : other) {
-            append(pair.name, KxString(pair.value));
+        KxParameters copy(other);
+        releaseAll();
+        m_size = copy.m_size;
+        m_block = std::exchange(copy.m_block, nullptr);
+        if (m_block == nullptr) {
+            std::uninitialized_move_n(copy.m_inline, m_size, m_inline);
+        } else {
+            copy.m_size = 0;
         }
     }
     return *this;
@@ -227,14 +237,13 @@ void KxParameters::grow() {
     m_size = size;
 }
 
-inline void KxParameters::append(std::string_view name, KxString&& value) {
-    KxString own(name);
+inline void KxParameters::append(KxString&& name, KxString&& value) {
     if (m_size == capacity()) {
         grow();
     }
-    new (pairs() + m_size) Pair{std::move(own), std::move(value)};
+    Pair* const added = new (pairs() + m_size) Pair{std::move(name), std::move(value)};
     if (m_block != nullptr && m_block->index != nullptr) {
-        m_block->index->insert(NameIndex::hash(name), m_size);
+        m_block->index->insert(NameIndex::hash(added->name), m_size);
     }
     ++m_size;
 }
@@ -253,7 +262,7 @@ inline void KxParameters::append(std::string_view name, KxString&& value) {
     if (Pair* const present = find(name)) {
         present->value = std::move(held);
     } else {
-        append(name, std::move(held));
+        append(KxString(name), std::move(held));
     }
 }
 
@@ -328,7 +337,23 @@ void KxParameters::setValue(std::string_view name, const KxString& value) {
     if (Pair* const present = find(name)) {
         present->value = value;
     } else {
-        append(name, KxString(value));
+        append(KxString(name), KxString(value));
+    }
+}
+
+void KxParameters::setValues(std::initializer_list<Pair> values) {
+    while (capacity() - m_size < values.size()) {
+        grow();
+    }
+    for (const Pair& pair : values) { // nothing here allocates
+        if (pair.value.isNil()) {
+            continue;
+        }
+        if (Pair* const present = find(pair.name)) {
+            present->value = pair.value;
+        } else {
+            append(KxString(pair.name), KxString(pair.value));
+        }
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 class KxInputStream;
@@ -53,6 +54,8 @@ public:
     bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
     /** A nil value stores nothing. */
     void setValue(std::string_view name, const KxString& value);
+    /** As setValue for each; without memory, none is set. */
+    void setValues(std::initializer_list<Pair> values);
     /** False when the name is absent. */
     bool removeValue(std::string_view name);
     void clear();
@@ -77,7 +80,7 @@ private:
     void parsePair(const char* begin, const char* equals, const char* end);
     template <bool kInStream>
     const char* parsePairs(const char* begin, const char* end, const char* readable);
-    void append(std::string_view name, KxString&& value);
+    void append(KxString&& name, KxString&& value);
     std::uint32_t capacity() const;
     void grow();
     void releaseAll();

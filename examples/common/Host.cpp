@@ -1,5 +1,6 @@
 #include "common/Host.h"
 
+#include <CLI/CLI.hpp>
 #include <ace/Reactor.h>
 #include <log4cplus/configurator.h>
 
@@ -40,4 +41,11 @@ void configureLog(const std::string& file, const char* logger) {
     } else {
         log4cplus::PropertyConfigurator::doConfigure(file);
     }
+}
+
+void HostOptions::addTo(CLI::App& app) {
+    app.add_option("--address", address, "IPv4 address to listen on")->capture_default_str()->check(CLI::ValidIPV4);
+    app.add_option("--port", port, "Port to listen on, 0 for any")->capture_default_str()->check(CLI::Range(0, 65535));
+    app.add_option("--log", log, "Properties of log4cplus; without, all goes to standard output")
+        ->check(CLI::ExistingFile);
 }

@@ -20,10 +20,8 @@
 namespace {
 
 struct Options {
-    std::string address = "127.0.0.1"; // who wants to serve others has to say so
-    unsigned port = 5060;
+    HostOptions host;
     unsigned ring = 200;
-    std::string log;
     bool isCalling = false;
     bool overTcp = false;
     unsigned duration = 1000;
@@ -55,12 +53,12 @@ bool run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
     const log4cplus::Initializer log;
-    configureLog(options.log, "gateway");
+    configureLog(options.host.log, "gateway");
     std::srand(std::random_device()()); // the library's tags and CSeq numbers draw from it
 
     Timers timers(reactor);
     UserAgent* receiver = nullptr;
-    Transport transport(ACE_INET_Addr(static_cast<u_short>(options.port), options.address.c_str()), reactor,
+    Transport transport(options.host.listenAt(), reactor,
                         [&](std::string_view message, const Peer& from) { receiver->receive(message, from); });
     UserAgent agent(timers, transport, {std::chrono::milliseconds(options.ring)});
     receiver = &agent;
@@ -78,17 +76,10 @@ bool run(const Options& options) {
 int main(int argc, char** argv) {
     Options options;
     CLI::App app("A small SIP user agent over UDP and TCP: answers calls, or makes one.", "gateway");
-    app.add_option("--address", options.address, "IPv4 address to listen on")
-        ->capture_default_str()
-        ->check(CLI::ValidIPV4);
-    app.add_option("--port", options.port, "Port to listen on, 0 for any")
-        ->capture_default_str()
-        ->check(CLI::Range(0, 65535));
+    options.host.addTo(app);
     app.add_option("--ring", options.ring, "Milliseconds that a call rings")
         ->capture_default_str()
         ->check(CLI::Range(0, 120000));
-    app.add_option("--log", options.log, "Properties of log4cplus; without, all goes to standard output")
-        ->check(CLI::ExistingFile);
     CLI::App* const call = app.add_subcommand("call", "Make one call, and end when it is over");
     call->add_option("uri", options.plan.uri, "Whom to call, \"sip:bob@192.0.2.1:5060\"")->required();
     call->add_option("--duration", options.duration, "Milliseconds until it is hung up")

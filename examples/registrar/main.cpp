@@ -17,30 +17,27 @@
 namespace {
 
 struct Options {
-    std::string address = "127.0.0.1"; // who wants to serve others has to say so
-    unsigned port = 5060;
+    HostOptions host;
     std::string realm = "localhost";
     std::string users;
-    std::string log;
 };
 
 void run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
     const log4cplus::Initializer log;
-    configureLog(options.log, "registrar");
+    configureLog(options.host.log, "registrar");
 
     Registrar registrar(options.realm, readUsers(options.users));
-    UdpPort port(ACE_INET_Addr(static_cast<u_short>(options.port), options.address.c_str()), reactor,
-                 [&](std::string_view datagram, const ACE_INET_Addr& from) {
-                     const Registrar::Reply reply = registrar.answer(datagram, hostOf(from), from.get_port_number());
-                     if (!reply.bytes.empty()) {
-                         ACE_INET_Addr to = from;
-                         to.set_port_number(static_cast<u_short>(reply.port));
-                         port.send(reply.bytes, to);
-                     }
-                 });
-    std::cout << "registrar: listening on " << options.address << ':' << port.port() << std::endl;
+    UdpPort port(options.host.listenAt(), reactor, [&](std::string_view datagram, const ACE_INET_Addr& from) {
+        const Registrar::Reply reply = registrar.answer(datagram, hostOf(from), from.get_port_number());
+        if (!reply.bytes.empty()) {
+            ACE_INET_Addr to = from;
+            to.set_port_number(static_cast<u_short>(reply.port));
+            port.send(reply.bytes, to);
+        }
+    });
+    std::cout << "registrar: listening on " << options.host.address << ':' << port.port() << std::endl;
     reactor.run_reactor_event_loop();
 }
 
@@ -56,16 +53,9 @@ std::string checkRealm(const std::string& realm) {
 int main(int argc, char** argv) {
     Options options;
     CLI::App app("A small SIP registrar over UDP, with digest authentication.", "registrar");
-    app.add_option("--address", options.address, "IPv4 address to listen on")
-        ->capture_default_str()
-        ->check(CLI::ValidIPV4);
-    app.add_option("--port", options.port, "Port to listen on, 0 for any")
-        ->capture_default_str()
-        ->check(CLI::Range(0, 65535));
+    options.host.addTo(app);
     app.add_option("--realm", options.realm, "What users have passwords for")->capture_default_str()->check(checkRealm);
     app.add_option("--users", options.users, "File of lines user:password")->required()->check(CLI::ExistingFile);
-    app.add_option("--log", options.log, "Properties of log4cplus; without, all goes to standard output")
-        ->check(CLI::ExistingFile);
     CLI11_PARSE(app, argc, argv);
     try {
         run(options);

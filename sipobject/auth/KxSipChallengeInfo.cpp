@@ -3,9 +3,8 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestChallengeInfo.h"
+#include "sipobject/auth/KxSipSchemeLine.h"
 #include "util/KxByteArrayInputStream.h"
-
-#include <utility>
 
 namespace {
 
@@ -32,13 +31,7 @@ KxHandle<KxSipChallengeInfo> KxSipChallengeInfo::constructFrom(const char* schem
 
 KxSipFault KxSipChallengeInfo::sRead(std::string_view scheme, KxInputStream& properties,
                                      KxHandle<KxSipChallengeInfo>& challenge) {
-    if (!KxSipDigestChallengeInfo::TYPE.equalsNoCase(scheme)) {
-        return KxSipFault("Challenge type not supported !", KxSipFault::Error::Other);
-    }
-    KxHandle<KxSipDigestChallengeInfo> digest = KxMake<KxSipDigestChallengeInfo>();
-    const KxSipFault fault = digest->read(properties);
-    if (!fault) {
-        challenge = std::move(digest);
-    }
-    return fault;
+    using Digest = KxSipDigestChallengeInfo;
+    return KxSipSchemeLine::sRead<Digest>(scheme, Digest::TYPE, "Challenge type not supported !", properties,
+                                          challenge);
 }

@@ -3,9 +3,8 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "sipobject/auth/KxSipSchemeLine.h"
 #include "util/KxByteArrayInputStream.h"
-
-#include <utility>
 
 namespace {
 
@@ -32,13 +31,7 @@ KxHandle<KxSipCredentialsInfo> KxSipCredentialsInfo::constructFrom(const char* s
 
 KxSipFault KxSipCredentialsInfo::sRead(std::string_view scheme, KxInputStream& properties,
                                        KxHandle<KxSipCredentialsInfo>& credentials) {
-    if (!KxSipDigestCredentialsInfo::sm_Type.equalsNoCase(scheme)) {
-        return KxSipFault("Credentials type not supported !", KxSipFault::Error::Other);
-    }
-    KxHandle<KxSipDigestCredentialsInfo> digest = KxMake<KxSipDigestCredentialsInfo>();
-    const KxSipFault fault = digest->read(properties);
-    if (!fault) {
-        credentials = std::move(digest);
-    }
-    return fault;
+    using Digest = KxSipDigestCredentialsInfo;
+    return KxSipSchemeLine::sRead<Digest>(scheme, Digest::sm_Type, "Credentials type not supported !", properties,
+                                          credentials);
 }

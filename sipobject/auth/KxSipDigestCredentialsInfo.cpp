@@ -39,6 +39,12 @@ private:
     char m_digits[2 * sizeof(MD5::Raw)];
 };
 
+/** What is set to nil is there and empty. */
+const KxString& orEmpty(const KxString& value) {
+    static constinit const KxConstString kNothing("");
+    return value.isNil() ? static_cast<const KxString&>(kNothing) : value;
+}
+
 KxHandle<KxByteArray> arrayOf(const MD5::Raw& digest) {
     return KxByteArray::sCreate(sizeof digest.bytes, digest.bytes);
 }
@@ -226,9 +232,9 @@ void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {
 
 bool KxSipDigestCredentialsInfo::validate(const KxString& username, const KxString& password, const KxString& realm) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::validate");
-    setUsername(username);
-    setPassword(password);
-    set("realm", realm);
+    m_properties.setValues({{KxString("username"), orEmpty(username)},
+                            {KxString("password"), orEmpty(password)},
+                            {KxString("realm"), orEmpty(realm)}});
     const Fields fields(m_properties);
     return Hex(fields.response()).equalsInConstantTime(fields.received);
 }
@@ -292,9 +298,9 @@ void KxSipDigestCredentialsInfo::setQop(const KxString& qop, const KxString& cno
     }
     char digits[2 * sizeof bytes];
     KxHexEncoding::toHex({bytes, sizeof bytes}, digits);
-    set("qop", qop);
-    set("cnonce", cnonce);
-    set("nc", KxString(digits, sizeof digits));
+    m_properties.setValues({{KxString("qop"), qop},
+                            {KxString("cnonce"), orEmpty(cnonce)},
+                            {KxString("nc"), KxString(digits, sizeof digits)}});
 }
 
 void KxSipDigestCredentialsInfo::setEntityBody(const char* body) {
@@ -304,6 +310,5 @@ void KxSipDigestCredentialsInfo::setEntityBody(const char* body) {
 }
 
 void KxSipDigestCredentialsInfo::set(std::string_view name, const KxString& value) {
-    static constinit const KxConstString kNothing("");
-    m_properties.setValue(name, value.isNil() ? kNothing : value);
+    m_properties.setValue(name, orEmpty(value));
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "sipobject/KxSipFault.h"
 #include "util/KxHandle.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 
 #include <string_view>
+#include <utility>
 
 /** The value of an authentication header: a whole line, whose commas separate nothing but properties.
     challenge / credentials = auth-scheme SP auth-param *( "," auth-param )   [RFC 2617 1.2]
@@ -20,6 +22,22 @@ public:
     std::string_view parameters() const {
         const std::size_t blank = m_line.find(' ');
         return blank == std::string_view::npos ? std::string_view() : m_line.substr(blank + 1);
+    }
+
+    /** Reads the properties into a challenge or credentials of a scheme's class, if its name is the scheme's, letter case
+        ignored; else the fault is the text for a scheme that is not known. */
+    template <class Digest, class Info>
+    static KxSipFault sRead(std::string_view scheme, const KxString& name, const char* unknown,
+                            KxInputStream& properties, KxHandle<Info>& info) {
+        if (!name.equalsNoCase(scheme)) {
+            return KxSipFault(unknown, KxSipFault::Error::Other);
+        }
+        KxHandle<Digest> read = KxMake<Digest>();
+        const KxSipFault fault = read->read(properties);
+        if (!fault) {
+            info = std::move(read);
+        }
+        return fault;
     }
 
     /** Writes the scheme, a blank and the properties of a challenge or of credentials; nothing for nil. */

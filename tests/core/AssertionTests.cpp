@@ -41,13 +41,6 @@ using FallibleDeathTest = DeathTest;
 
 } // namespace
 
-TEST(AssertionTest, PassesWhenTheConditionHolds) {
-    int evaluated = 0;
-    OSKAN_ASSERT(++evaluated == 1);
-    Assertion(true, "never", s_logger);
-    EXPECT_EQ(evaluated, 1);
-}
-
 TEST_F(AssertionDeathTest, ReportsToLoggerAndStderrAndStops) {
     const auto dies = [](void (*fail)(), const std::string& logger, const std::string& text) {
         EXPECT_DEATH(
@@ -72,11 +65,9 @@ TEST(DynCastAssertTest, GivesTheObject) {
     KxSipURL exact;
     Derived derived;
     Base* const pObject = &exact;
-    Base* const pDerived = &derived;
-    const Base* const pConst = &derived;
+    const Base* const pDerived = &derived;
     EXPECT_EQ(OSKAN_DYNCAST_ASSERT(KxSipURL, pObject), &exact);
-    EXPECT_EQ(OSKAN_DYNCAST_ASSERT(KxSipURL, pDerived), &derived);
-    const KxSipURL* const target = OSKAN_DYNCAST_ASSERT(KxSipURL, pConst);
+    const KxSipURL* const target = OSKAN_DYNCAST_ASSERT(KxSipURL, pDerived);
     EXPECT_EQ(target, &derived);
 }
 
@@ -87,19 +78,6 @@ TEST_F(DynCastAssertDeathTest, ReportsTheCastAsWritten) {
     pObject = nullptr;
     EXPECT_DEATH(OSKAN_DYNCAST_ASSERT(KxSipURL, pObject),
                  AllOf(HasSubstr("OSKAN_DYNCAST_ASSERT(KxSipURL, pObject)"), HasSubstr("null")));
-}
-
-TEST(FallibleTest, HoldsAValueOrNone) {
-    static constexpr Oskan::Fallible<int> none;
-    static constexpr Oskan::Fallible<int> two = 2;
-    static_assert(!none.isValid() && two.isValid() && two.get() == 2);
-    const auto find = [](bool found) -> Oskan::Fallible<std::string> {
-        if (found)
-            return std::string("UDP");
-        return {};
-    };
-    EXPECT_EQ(find(true).get(), "UDP");
-    EXPECT_FALSE(find(false).isValid());
 }
 
 TEST_F(FallibleDeathTest, ReadingAnInvalidOneStops) {

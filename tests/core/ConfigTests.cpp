@@ -25,40 +25,37 @@ TEST(ParameterInfoDBTest, RefusesEmptyAndRepeatedNames) {
     const ParameterInfo* const info = ParameterInfoDB::getInstance().find("test.db");
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(info->defaultValue, "5");
-    EXPECT_EQ(info->description, "first");
-    EXPECT_EQ(info->range->greatest, 9);
     EXPECT_EQ(ParameterInfoDB::getInstance().find("test.d"), nullptr);
 }
 
 TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
     ParameterInfoDB::getNonConstInstance().addParameter("test.on", ParameterInfo::Type::Boolean, "true", "");
     ParameterInfoDB::getNonConstInstance().addParameter("test.off", ParameterInfo::Type::Boolean, "false", "");
-    struct Row {
+    const struct {
         const char* name;
         const char* set; ///< Nil: not set.
-        bool known;
+        bool isKnown;
         bool value;
-    };
-    const std::vector<Row> rows{
-        {"test.unknown", nullptr, false, false},   {"test.on", nullptr, true, true},
-        {"test.off", nullptr, true, false},        {"test.off", "true", true, true},
-        {"test.off", "TrUe", true, true},          {"test.on", "FALSE", true, false},
-        {"test.on", "yes", false, false},          {"test.on", "", false, false},
-        {"test.on", "true ", false, false},        {"test.on", "tru", false, false},
-        {"test.unregistered", "true", true, true},
+    } rows[] = {
+        {"test.unknown", nullptr, false, false}, {"test.on", nullptr, true, true},
+        {"test.off", nullptr, true, false},      {"test.off", "TrUe", true, true},
+        {"test.on", "FALSE", true, false},       {"test.on", "yes", false, false},
+        {"test.on", "", false, false},           {"test.on", "true ", false, false},
+        {"test.on", "tru", false, false},        {"test.unregistered", "true", true, true},
+        {"test.on", nullptr, true, true}, // back to its default
     };
     GlobalConfig& config = GlobalConfig::getInstance();
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.name) + "=" + (row.set ? row.set : "(default)"));
         if (row.set)
             config.set(row.name, row.set);
-        bool value = !row.value;
-        EXPECT_EQ(config.getBool(row.name, value), row.known);
-        EXPECT_EQ(value, row.known == row.value || !row.known ? (row.known ? row.value : !row.value) : row.value);
+        for (const bool before : {false, true}) {
+            bool value = before;
+            EXPECT_EQ(config.getBool(row.name, value), row.isKnown);
+            EXPECT_EQ(value, row.isKnown ? row.value : before);
+        }
         config.unset(row.name);
     }
-    bool value = false;
-    EXPECT_TRUE(config.getBool("test.on", value) && value); // Back to its default.
 }
 
 TEST(SingletonRegistryTest, MakesOneObjectAName) {

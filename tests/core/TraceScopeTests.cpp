@@ -55,17 +55,6 @@ TEST(TraceScopeTest, OnlyAnEntryThatWasLoggedHasAnExit) {
     EXPECT_THAT(capture.texts(), ElementsAre());
 }
 
-TEST(TraceScopeTest, DepthIsRightAfterAnException) {
-    LogCapture capture;
-    setLevel(log4cplus::DEBUG_LOG_LEVEL);
-    try {
-        EntryTraceScope scope(s_logger, "throws");
-        throw std::runtime_error("x");
-    } catch (const std::runtime_error&) {
-    }
-    EXPECT_EQ(Oskan::t_entryDepth, 0U);
-}
-
 TEST(TraceScopeTest, AnAppenderThatThrowsDisturbsNothing) {
     LogCapture capture;
     log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(

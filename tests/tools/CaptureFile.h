@@ -61,11 +61,9 @@ inline Tins::IP datagram(const std::string& payload, const char* from = "192.0.2
     return Tins::IP(to, from) / Tins::UDP(5060, 40000) / Tins::RawPDU(payload);
 }
 
-/** A message of no body, as short as the library takes. */
-inline std::string sipMessage(const std::string& start, const std::string& more = "", const std::string& body = "") {
-    return start + "\r\nVia: SIP/2.0/UDP 192.0.2.1;branch=z9hG4bKa\r\nFrom: <sip:a@b>;tag=1\r\nTo: <sip:c@d>\r\n" +
-           (more.find("Call-ID") == std::string::npos ? "Call-ID: x@y\r\n" : "") + more +
-           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+/** A message as short as the library takes. */
+inline std::string sipMessage(const std::string& start, const std::string& more, const std::string& body = "") {
+    return start + "\r\n" + kDialog + more + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
 inline std::string sipOptions(int number) {

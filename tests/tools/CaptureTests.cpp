@@ -4,20 +4,13 @@
 
 namespace {
 
+using namespace std::string_literals;
 using testing::HasSubstr;
 
 const std::string kOne = sipOptions(1);
 const std::string kTwo = sipOptions(2);
 const std::string kBody =
     sipMessage("OPTIONS sip:3@d SIP/2.0", "CSeq: 3 OPTIONS\r\nContent-Type: a/b\r\n", "0123456789");
-
-std::string words(const char* hex) {
-    std::string bytes;
-    for (; *hex != '\0'; hex += 2) {
-        bytes += static_cast<char>(std::stoi(std::string(hex, 2), nullptr, 16));
-    }
-    return bytes;
-}
 
 /** A piece of a TCP stream from 192.0.2.1; `at` counts from the first byte of the stream. */
 struct Piece {
@@ -41,27 +34,25 @@ Tins::IP acknowledgement(std::uint32_t number) {
     return Tins::IP("192.0.2.1", "192.0.2.2") / tcp;
 }
 
-ToolRun showAll(const std::string& capture, const std::string& options = "") {
-    return kxsip("show --json " + options, capture);
+ToolRun showAll(const std::string& capture) {
+    return kxsip("show --json", capture);
 }
 
-/** Fragments of a packet without options, whose payloads have these lengths, multiples of 8 but for the last. */
-std::vector<std::string> fragments(Tins::IP packet, const std::vector<std::size_t>& lengths) {
+void put16(std::string& bytes, std::size_t at, std::size_t number) {
+    bytes[at] = static_cast<char>(number >> 8);
+    bytes[at + 1] = static_cast<char>(number);
+}
+
+/** Three fragments of an IPv4 packet without options. */
+std::vector<std::string> fragments(Tins::IP packet) {
     packet.id(77);
     const std::string whole = CaptureBytes::bytesOf(packet);
     std::vector<std::string> result;
-    std::size_t at = 20;
-    for (const std::size_t length : lengths) {
-        Tins::IP ip(packet.dst_addr(), packet.src_addr());
-        ip.id(77);
-        ip.protocol(17);
-        ip.fragment_offset(static_cast<Tins::small_uint<13>>(static_cast<std::uint16_t>((at - 20) / 8)));
-        ip.flags(at + length < whole.size() ? Tins::IP::MORE_FRAGMENTS : Tins::IP::Flags{});
-        ip /= Tins::RawPDU(whole.substr(at, length));
-        std::string bytes = CaptureBytes::bytesOf(ip);
-        bytes[9] = 17; // libtins takes it from the layer above, which a fragment has not
+    for (const auto& [at, end] : {std::pair{0U, 64U}, std::pair{64U, 72U}, std::pair{72U, 1000U}}) {
+        std::string bytes = whole.substr(0, 20) + whole.substr(20 + at, end - at);
+        put16(bytes, 2, bytes.size());
+        put16(bytes, 6, at / 8 + (end < whole.size() ? 0x2000 : 0));
         result.push_back(bytes);
-        at += length;
     }
     return result;
 }
@@ -92,11 +83,11 @@ TEST(CaptureTest, EveryKindOfLink) {
         std::string header6;
     };
     const Row rows[] = {
-        {"Ethernet", 1, ethernet + words("0800"), ethernet + words("86dd")},
-        {"VLAN", 1, ethernet + words("810000050800"), ethernet + words("88a80005810000ff86dd")},
-        {"cooked", 113, std::string(14, '\0') + words("0800"), std::string(14, '\0') + words("86dd")},
-        {"cooked 2", 276, words("0800") + std::string(18, '\0'), words("86dd") + std::string(18, '\0')},
-        {"loopback, of some BSD", 0, words("02000000"), words("1e000000")},
+        {"Ethernet", 1, ethernet + "\x08\0"s, ethernet + "\x86\xDD"s},
+        {"VLAN", 1, ethernet + "\x81\0\0\x05\x08\0"s, ethernet + "\x88\xA8\0\x05\x81\0\0\xFF\x86\xDD"s},
+        {"cooked", 113, std::string(14, '\0') + "\x08\0"s, std::string(14, '\0') + "\x86\xDD"s},
+        {"cooked 2", 276, "\x08\0"s + std::string(18, '\0'), "\x86\xDD"s + std::string(18, '\0')},
+        {"loopback, of some BSD", 0, "\x02\0\0\0"s, "\x1E\0\0\0"s},
         {"raw", 101, "", ""},
     };
     for (const Row& row : rows) {
@@ -113,23 +104,19 @@ TEST(CaptureTest, EveryKindOfLink) {
 }
 
 TEST(CaptureTest, FragmentsAreJoined) {
-    const std::vector<std::string> one = fragments(datagram(kOne), {64, 8, 500});
-    const std::vector<std::string> back = fragments(datagram(kTwo, "192.0.2.2", "192.0.2.1"), {64, 8, 500});
+    const std::vector<std::string> one = fragments(datagram(kOne));
+    const std::vector<std::string> back = fragments(datagram(kTwo, "192.0.2.2", "192.0.2.1"));
     struct Row {
-        const char* name;
         std::vector<std::string> frames;
         std::string found;
         std::string note;
     };
-    const std::string lacks = "kxsip: -: 1 IP datagram lacks fragments\n";
     const Row rows[] = {
-        {"in order", {one[0], one[1], one[2]}, "sip:1@d", ""},
-        {"backwards, twice", {one[2], one[2], one[1], one[0]}, "sip:1@d", ""},
-        {"both ways with one number", {one[0], back[0], one[1], back[1], back[2], one[2]}, "sip:2@d sip:1@d", ""},
-        {"one is missing", {one[0], one[2], back[0], back[1], back[2]}, "sip:2@d", lacks},
+        {{one[2], one[2], one[1], one[0]}, "sip:1@d", ""},
+        {{one[0], back[0], one[1], back[1], back[2], one[2]}, "sip:2@d sip:1@d", ""}, // both have one number
+        {{one[0], one[2], back[0], back[1], back[2]}, "sip:2@d", "kxsip: -: 1 IP datagram lacks fragments\n"},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
         CaptureBytes capture;
         for (const std::string& frame : row.frames) {
             capture.add(frame);
@@ -145,11 +132,9 @@ TEST(CaptureTest, FragmentsAreJoined) {
     CaptureBytes v6;
     for (const bool isSecond : {true, false}) {
         const std::string part = isSecond ? whole.substr(80) : whole.substr(0, 80);
-        const std::string header = words(isSecond ? "1100005000000009" : "1100000100000009");
-        std::string packet = words("60000000") + std::string(2, '\0') + words("2c40") + std::string(31, '\0') + '\1';
-        packet[5] = static_cast<char>(part.size() + 8);
-        packet[4] = static_cast<char>((part.size() + 8) >> 8);
-        v6.add(packet + header + part);
+        std::string header = "\x60\0\0\0\0\0\x2C\x40"s + std::string(31, '\0') + '\1';
+        put16(header, 4, part.size() + 8);
+        v6.add(header + (isSecond ? "\x11\0\0\x50\0\0\0\x09"s : "\x11\0\0\x01\0\0\0\x09"s) + part);
     }
     EXPECT_EQ(found(showAll(v6.bytes())), "sip:1@d");
 }
@@ -162,7 +147,6 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
         std::string note;
     };
     const std::string both = kOne + kBody + kTwo;
-    const std::size_t inHeader = 30;
     const std::size_t inBody = kOne.size() + kBody.size() - 4;
     std::vector<Piece> bytes;
     for (std::size_t i = 0; i < both.size(); ++i) {
@@ -170,42 +154,25 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
     }
     const std::string all = "sip:1@d sip:3@d sip:2@d";
     const std::string gap = "kxsip: -: 1 gap in a TCP stream, what it cuts off is read as far as it is there\n";
-    const std::string endless = "OPTIONS sip:9@d SIP/2.0\r\nContent-Length: 99999999999999999999\r\n\r\n";
+    const std::string endless = "OPTIONS sip:9@d SIP/2.0\r\nContent-Length: 18446744073709551615\r\n\r\n";
     const Piece syn{~std::size_t{0}, "", Tins::TCP::SYN};
+    const auto from = [&both](std::size_t begin, std::size_t count = SIZE_MAX) {
+        return Piece{begin, both.substr(begin, count)};
+    };
+    const std::string cut = kBody.substr(0, kBody.size() - 4);
     const Row rows[] = {
-        {"three in a segment", {syn, {0, both}}, all, ""},
-        {"cut in header and body",
-         {syn,
-          {0, both.substr(0, inHeader)},
-          {inHeader, both.substr(inHeader, inBody - inHeader)},
-          {inBody, both.substr(inBody)}},
-         all,
-         ""},
         {"a byte a segment", bytes, all, ""},
         {"out of order, twice, overlapping",
-         {syn,
-          {inBody, both.substr(inBody)},
-          {0, both.substr(0, 50)},
-          {10, both.substr(10, 90)},
-          {20, both.substr(20, inBody - 10)}},
+         {syn, from(inBody), from(0, 50), from(10, 90), from(20, inBody - 10)},
          all,
          ""},
         {"line ends and other things between", {{0, "\r\n\r\nGET / HTTP/1.1\r\nHost: a\r\n\r\n\r\n" + both}}, all, ""},
         {"captured from the middle on", {{900, both.substr(100)}}, "sip:3@d sip:2@d", ""},
-        {"a segment is lost in front of a message",
-         {syn, {0, kOne}, {kOne.size() + kBody.size(), kTwo}},
-         "sip:1@d sip:2@d",
-         gap},
-        {"a lost one cuts a message off",
-         {syn, {0, kOne}, {kOne.size(), kBody.substr(0, kBody.size() - 4)}, {600, kTwo}},
-         "sip:1@d ! sip:2@d",
-         gap},
-        {"the stream ends in a message",
-         {syn, {0, kBody.substr(0, kBody.size() - 1)}, {999, "", Tins::TCP::RST}},
-         "!",
-         ""},
+        {"one is lost in front of a message", {syn, {0, kOne}, {400, kTwo}}, "sip:1@d sip:2@d", gap},
+        {"a lost one cuts a message off", {syn, {0, kOne + cut}, {600, kTwo}}, "sip:1@d ! sip:2@d", gap},
+        {"the stream ends in a message", {syn, {0, cut}, {999, "", Tins::TCP::RST}}, "!", ""},
         {"the same ports again",
-         {syn, {0, kOne}, {1000000 - 1, "", Tins::TCP::SYN}, {1000000, kTwo}},
+         {syn, {0, kOne}, {999999, "", Tins::TCP::SYN}, {1000000, kTwo}},
          "sip:1@d sip:2@d",
          ""},
         {"a length that nobody can wait for", {{0, endless}, {endless.size(), kOne}}, "! sip:1@d", ""},
@@ -242,17 +209,12 @@ TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
     const std::string good = CaptureBytes().add(datagram(kOne)).bytes();
     const std::string media =
         CaptureBytes::bytesOf(static_cast<Tins::PDU&>(*std::make_unique<Tins::IP>(datagram("\x80\x08xyz"))));
+    CaptureBytes quiet;
+    quiet.add(datagram("\r\n\r\n")).add(datagram(std::string(1, '\0')));
     const std::string packet = good.substr(40);
     const std::string body = CaptureBytes().add(datagram(kBody)).bytes().substr(40);
     const Row rows[] = {
-        {"keep-alives and media",
-         CaptureBytes()
-             .add(datagram("\r\n\r\n"))
-             .add(datagram(std::string(1, '\0')))
-             .add(media)
-             .add(datagram("\r\n" + kOne))
-             .bytes(),
-         0, "sip:1@d", ""},
+        {"keep-alives and media", quiet.add(media).add(datagram("\r\n" + kOne)).bytes(), 0, "sip:1@d", ""},
         {"nothing", CaptureBytes().add(media).bytes(), 2, "", "no SIP message in 1 packet"},
         {"malformed", CaptureBytes().add(packet).add("\x45").add(packet.substr(0, 22)).bytes(), 0, "sip:1@d",
          "2 malformed packets passed over"},
@@ -276,27 +238,22 @@ TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
 }
 
 TEST(CaptureTest, Filters) {
-    struct Row {
-        std::string options;
-        std::string numbers;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"--method bye", "4 5"},
         {"--method INVITE,ACK --status 2xx", "2"},
-        {"--status 486,180", "1 9"},
         {"--status 4XX --status 100", "8 9"},
         {"--call-id 1-5101@127.0.0.1 --method ACK", "10"},
-        {"--address 127.0.0.1:5060 --status 486", "9"},
+        {"--address 127.0.0.1:5060 --status 486,180", "1 9"},
         {"--address 127.0.0.1,[::1] --method BYE", "4 5"},
         {"--address 192.0.2.1", ""},
     };
-    for (const Row& row : rows) {
+    for (const auto& [options, expected] : rows) {
         std::string numbers;
         for (const auto& message :
-             kxsip("show --json " + row.options + " " + sample("captures/call_udp.pcap")).json()) {
-            numbers += (numbers.empty() ? "" : " ") + std::to_string(message["index"].get<int>());
+             kxsip(std::string("show --json ") + options + " " + sample("captures/call_udp.pcap")).json()) {
+            numbers += (numbers.empty() ? "" : " ") + message["index"].dump();
         }
-        EXPECT_EQ(numbers, row.numbers) << row.options;
+        EXPECT_EQ(numbers, expected) << options;
     }
     // those that the library refuses are found by what their text says
     const std::string refused = "SIP/2.0 486 No\r\ni: p@q\r\nCSeq: 1 INVITE\r\nl: 5\r\n\r\n";

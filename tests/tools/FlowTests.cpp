@@ -3,38 +3,25 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <regex>
 
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
-std::size_t count(const std::string& text, const std::string& part) {
-    std::size_t number = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
-        ++number;
-    }
-    return number;
+std::ptrdiff_t count(const std::string& text, const std::string& part) {
+    const std::regex pattern(part);
+    return std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), {});
 }
 
-/** Whether every element of XML that is opened is closed, in order; a document type is passed over. */
-testing::AssertionResult isBalanced(const std::string& text) {
-    std::vector<std::string> open;
-    for (std::size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at + 1)) {
-        const std::size_t end = text.find('>', at);
-        if (text[at + 1] == '!' || text.compare(at, 5, "<meta") == 0 || text[end - 1] == '/') {
-            continue;
-        }
-        const std::string name = text.substr(at + 1, text.find_first_of(" >", at) - at - 1);
-        if (name[0] != '/') {
-            open.push_back(name);
-        } else if (open.empty() || "/" + open.back() != name) {
-            return testing::AssertionFailure() << name << " at " << at;
-        } else {
-            open.pop_back();
-        }
+/** Takes out the elements that hold no others, until there are none; what is not closed in order stays. */
+std::string withoutElements(std::string text) {
+    text = std::regex_replace(text, std::regex("<(!|meta)[^>]*>|<[^>]*/>"), "");
+    for (std::size_t before = 0; text.size() != before;) {
+        before = text.size();
+        text = std::regex_replace(text, std::regex("<([a-z0-9]+)( [^<>]*)?>[^<>]*</\\1>"), "");
     }
-    return open.empty() ? testing::AssertionSuccess() : testing::AssertionFailure() << open.back();
+    return text;
 }
 
 /** The picture of a capture. */
@@ -120,43 +107,43 @@ TEST(FlowTest, ResultIsTheFirstSuccessOrTheLastFailure) {
 TEST(FlowTest, PicturesHoldWhateverTheMessageHolds) {
     const std::string evil =
         "</title></svg><script>alert('1')</script>&amp;\"]]>\x01\x1B\xFF\xC3\xA9\xED\xA0\x80\xC0\xAF";
-    const std::string call = "Call-ID: <b>" + std::string("&\x02") + "\r\n";
+    std::string request = sipMessage("OPTIONS sip:a@b SIP/2.0", "CSeq: 1 OPTIONS\r\nX-A: " + evil + "\r\n");
+    std::string response = sipMessage("SIP/2.0 500 " + evil, "CSeq: 1 OPTIONS\r\n");
+    for (std::string* const message : {&request, &response}) {
+        message->replace(message->find("x@y"), 3, "<b>&\x02");
+    }
     CaptureBytes capture;
     for (int i = 0; i < 70; ++i) {
-        capture.add(datagram(sipMessage("OPTIONS sip:a@b SIP/2.0", "CSeq: 1 OPTIONS\r\nX-A: " + evil + "\r\n" + call)));
-        capture.add(
-            datagram(sipMessage("SIP/2.0 500 " + evil, "CSeq: 1 OPTIONS\r\n" + call), "192.0.2.2", "192.0.2.1"));
+        capture.add(datagram(request)).add(datagram(response, "192.0.2.2", "192.0.2.1"));
     }
     for (const char* name : {"a.svg", "a.html"}) {
         SCOPED_TRACE(name);
         const std::string picture = drawn(capture.bytes(), name);
-        EXPECT_TRUE(isBalanced(picture));
-        EXPECT_THAT(picture, Not(HasSubstr("<script")));
+        EXPECT_EQ(withoutElements(picture).find('<'), std::string::npos);
+        EXPECT_EQ(count(picture, "<script"), 0);
         EXPECT_THAT(
             picture,
             HasSubstr("&lt;script&gt;alert(&#39;1&#39;)&lt;/script&gt;&amp;amp;&quot;]]&gt;\\x01\\x1B\\xFF\xC3\xA9"
                       "\\xED\\xA0\\x80\\xC0\\xAF"));
         EXPECT_TRUE(std::all_of(picture.begin(), picture.end(),
                                 [](char c) { return static_cast<unsigned char>(c) >= 0x20 || c == '\n'; }));
-        EXPECT_EQ(count(picture, "<polygon"), 140U + 5U); // those of the legend
-        EXPECT_EQ(count(picture, "class=\"step req again\""), 69U);
-        EXPECT_EQ(count(picture, "class=\"step bad\""), 1U);
+        EXPECT_EQ(count(picture, "<polygon"), 140 + 5); // those of the legend
+        EXPECT_EQ(count(picture, "class=\"step req again\""), 69);
+        EXPECT_EQ(count(picture, "class=\"step bad\""), 1);
+        const bool isHtml = name == std::string_view("a.html");
+        EXPECT_EQ(count(picture, isHtml ? "<details" : ">192.0.2.1<"), isHtml ? 140 : 5); // each thirty messages anew
     }
-    EXPECT_EQ(count(drawn(capture.bytes(), "a.svg"), ">192.0.2.1<"), 5U) << "names stand again every thirty messages";
-    EXPECT_EQ(count(drawn(capture.bytes(), "a.html"), "<details"), 140U);
 }
 
 TEST(FlowTest, SaysWhatItCannotDraw) {
     const Scratch scratch;
     const std::string file = sample("captures/call_udp.pcap");
+    const std::string none = scratch.path("none/a.svg");
     EXPECT_EQ(kxsip("flow -o ladder.png " + file).exit, 64);
-    const ToolRun unwritable = kxsip("flow -o " + scratch.path("none/a.svg") + " " + file);
-    EXPECT_EQ(unwritable.exit, 3);
-    EXPECT_THAT(unwritable.err, HasSubstr("none/a.svg: No such file or directory"));
-    const ToolRun text = kxsip("flow " + sample("call.sip"));
-    EXPECT_EQ(text.exit, 3);
-    EXPECT_THAT(text.err, HasSubstr("call.sip is no capture"));
-    const ToolRun nothing = kxsip("flow --method REFER -o " + scratch.path("a.svg") + " " + file);
-    EXPECT_EQ(nothing.err, "kxsip: no call to draw\n");
+    EXPECT_EQ(kxsip("flow -o " + none + " " + file).exit, 3);
+    EXPECT_THAT(kxsip("flow -o " + none + " " + file).err, HasSubstr("none/a.svg: No such file or directory"));
+    EXPECT_EQ(kxsip("flow " + sample("call.sip")).exit, 3);
+    EXPECT_THAT(kxsip("flow " + sample("call.sip")).err, HasSubstr("call.sip is no capture"));
+    EXPECT_EQ(kxsip("flow --method REFER -o " + scratch.path("a.svg") + " " + file).err, "kxsip: no call to draw\n");
     EXPECT_FALSE(std::filesystem::exists(scratch.path("a.svg")));
 }

@@ -54,7 +54,16 @@ struct ToolRun {
         }
         return lines;
     }
+    bool operator==(const ToolRun&) const = default;
+    friend void PrintTo(const ToolRun& run, std::ostream* to) {
+        *to << "exit " << run.exit << "\n" << run.out << "\n--\n" << run.err;
+    }
 };
+
+/** What a command says of the first message of standard input that it can do nothing with. */
+inline ToolRun refusal(const std::string& why) {
+    return {2, "", "kxsip: -, message 0: " + why + "\n"};
+}
 
 inline ToolRun kxsip(const std::string& arguments, const std::string& input = "") {
     const Scratch scratch;
@@ -65,6 +74,10 @@ inline ToolRun kxsip(const std::string& arguments, const std::string& input = ""
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, scratch.read("out"), scratch.read("err")};
 }
+
+inline const std::string kDialog = "Via: SIP/2.0/UDP 192.0.2.1:5070;branch=z9hG4bKa\r\nFrom: <sip:a@b>;tag=1\r\n"
+                                   "To: <sip:c@d>\r\nCall-ID: x@y\r\n";
+inline const std::string kNoBody = "Content-Length: 0\r\n\r\n";
 
 inline std::string sample(const std::string& name) {
     return KX_SOURCE_DIR "/samples/" + name;

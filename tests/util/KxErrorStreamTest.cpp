@@ -20,44 +20,39 @@ KxOutputStream& streamOf(std::string_view name) {
 
 } // namespace
 
-TEST(KxErrorStreamTest, LinesBecomeRecords) {
+TEST(KxErrorStreamTest, LinesBecomeRecordsAndNamesDoNotMix) {
     LogCapture capture;
     KxOutputStream& notes = streamOf("KxNotes");
     notes << "one" << endl
           << "t"
           << "wo\nthree";
     EXPECT_THAT(capture.texts(), ElementsAre("one", "two"));
+    streamOf("KxOther") << "whole" << endl;
     notes << '\r';
     notes << '\n' << "\n" << 4 << KxString("x");
-    EXPECT_THAT(capture.texts(), ElementsAre("three", ""));
+    EXPECT_EQ(&streamOf("KxNotes"), &notes);
+    EXPECT_THAT(capture.texts(), ElementsAre("whole", "three", ""));
     notes.flush();
     notes.flush();
+    KxMake<KxException>("Invalid Via header")->display(streamOf(KxException::sDebugToken), true);
     ASSERT_EQ(capture.records.size(), 1U);
     EXPECT_EQ(capture.records[0].logger, "tandril.kx.KxNotes");
     EXPECT_EQ(capture.records[0].level, 10000);
-    EXPECT_THAT(capture.texts(), ElementsAre("4x"));
-}
-
-TEST(KxErrorStreamTest, NamesDoNotMix) {
-    LogCapture capture;
-    KxOutputStream& first = streamOf("KxFirst");
-    first << "half";
-    streamOf("KxSecond") << "whole" << endl;
-    first << " and half" << endl;
-    EXPECT_EQ(&streamOf("KxFirst"), &first);
-    EXPECT_THAT(capture.texts(), ElementsAre("whole", "half and half"));
+    streamOf(KxException::sDebugToken).flush();
+    EXPECT_THAT(capture.texts(), ElementsAre("4x", "Invalid Via header"));
 }
 
 TEST(KxErrorStreamTest, GivesTheSharedSinkWhileNobodyListens) {
     KxOutputStream& sink = streamOf("KxUnread");
     sink << "dropped" << endl;
-    EXPECT_EQ(&streamOf("KxUnread"), &sink);
     LogCapture capture;
-    EXPECT_NE(&streamOf("KxUnread"), &sink);
-    log4cplus::Logger::getInstance("tandril.kx.KxUnread").setLogLevel(log4cplus::INFO_LOG_LEVEL);
-    EXPECT_EQ(&streamOf("KxUnread"), &sink);
-    log4cplus::Logger::getInstance("tandril.kx.KxUnread").setLogLevel(log4cplus::NOT_SET_LOG_LEVEL);
-    EXPECT_NE(&streamOf("KxUnread"), &sink);
+    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril.kx.KxUnread");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_NE(&streamOf("KxUnread"), &sink);
+        logger.setLogLevel(log4cplus::INFO_LOG_LEVEL);
+        EXPECT_EQ(&streamOf("KxUnread"), &sink);
+        logger.setLogLevel(log4cplus::NOT_SET_LOG_LEVEL);
+    }
     EXPECT_TRUE(capture.records.empty());
 }
 
@@ -72,14 +67,6 @@ TEST(KxErrorStreamTest, EndlessLinesAreLoggedInPieces) {
     EXPECT_EQ(total, 40000U);
 }
 
-TEST(KxErrorStreamTest, ExceptionsDisplayThemselves) {
-    LogCapture capture;
-    KxOutputStream& notes = streamOf(KxException::sDebugToken);
-    KxMake<KxException>("Invalid Via header")->display(notes, true);
-    notes.flush();
-    EXPECT_THAT(capture.texts(), ElementsAre("Invalid Via header"));
-}
-
 TEST(KxErrorStreamThreadTest, LinesOfThreadsStayWhole) {
     constexpr int kLines = 2000;
     std::mutex mutex; // log4cplus has its own, which the thread sanitizer does not see
@@ -92,10 +79,7 @@ TEST(KxErrorStreamThreadTest, LinesOfThreadsStayWhole) {
     const auto write = [](char mark) {
         for (int i = 0; i < kLines; ++i) {
             KxOutputStream& notes = streamOf("KxNotes");
-            for (int piece = 0; piece < 5; ++piece) {
-                notes << mark;
-            }
-            notes << endl;
+            notes << mark << mark << mark << endl;
         }
         streamOf("KxNotes") << "last"; // logged when the thread ends
     };
@@ -104,5 +88,5 @@ TEST(KxErrorStreamThreadTest, LinesOfThreadsStayWhole) {
     first.join();
     second.join();
     log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
-    EXPECT_EQ(counts, (std::map<std::string, int>{{"aaaaa", kLines}, {"bbbbb", kLines}, {"last", 2}}));
+    EXPECT_EQ(counts, (std::map<std::string, int>{{"aaa", kLines}, {"bbb", kLines}, {"last", 2}}));
 }

@@ -7,11 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <new>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 using namespace std::string_view_literals;
@@ -40,7 +38,8 @@ std::string dump(const List& list) {
     return text;
 }
 
-/** The grammar again, a character at a time: the pairs, "@", and what is left unread. */
+/** The grammar again, a character at a time: the pairs, "@", and what is left unread. A stream's list ends at a comma
+    or line end, and neither a quote nor a backslash reaches over that. */
 std::string expectedOf(std::string_view text, bool inStream) {
     Model model;
     std::string name;
@@ -87,29 +86,11 @@ void expectRead(std::string_view text) {
 
 } // namespace
 
-TEST(ParametersTest, ReadsTextsToTheirEndAndStreamsToACommaOrLineEnd) {
-    const std::tuple<std::string_view, std::string_view, std::string_view> rows[] = {
-        // text, of text, of stream
-        {" a = 1 ;\tb ; c= ;a=b=c", "a>b=c|b>|c>|@", "a>b=c|b>|c>|@"},
-        {";; ;a;;=; = ;=x", "a>|>x|@", "a>|>x|@"},
-        {R"(A=1;a="x;\",=" ;b="",c)", R"(A>"x;\",="|b>"",c|@)", R"(A>"x;\",="|b>""|@,c)"},
-        {R"(a="open;b=1,)", R"(a>"open;b=1,|@)", R"(a>"open;b=1,|@)"},
-        {"a=\"1,2\r\nb=\"", "a>\"1,2\r\nb=\"|@", "a>\"1,2|@\r\nb=\""}, // no quote runs over a line end
-        {"a=\"1\\\nb=\"", "a>\"1\\\nb=\"|@", "a>\"1\\|@\nb=\""},       // nor does a backslash quote one
-        {"a\0b=\0;\xC4=1;\xE4=2"sv, "a\0b>\0|\xC4>1|\xE4>2|@"sv, "a\0b>\0|\xC4>1|\xE4>2|@"sv},
-    };
-    for (const auto& [text, ofText, ofStream] : rows) {
-        EXPECT_EQ(expectedOf(text, false), ofText);
-        EXPECT_EQ(expectedOf(text, true), ofStream);
-        expectRead(text);
-    }
-}
-
 TEST(ParametersTest, ReadsEveryTextAsTheGrammarSays) {
     forEveryText("a=;\",\\\n", 5, expectRead);
     Dice dice;
     for (int i = 0; i < 2000 && !testing::Test::HasFailure(); ++i)
-        expectRead(dice.text("aaAbc==;;;\"\"\\ \t\0\xFF"sv, dice(60)) + dice.text("ab=;,\r\n\"\\ ", dice(8)));
+        expectRead(dice.text("aaAbc==;;;\"\"\\ \t\0\xC4\xE4"sv, dice(60)) + dice.text("ab=;,\r\n\"\\ ", dice(8)));
 }
 
 TEST(ParametersTest, FailingSourcesChangeNothing) {
@@ -129,20 +110,14 @@ TEST(ParametersTest, AbsentIsNilAndEmptyIsNot) {
     KxParameters list;
     EXPECT_FALSE(list.getString().isNil());
     list.parse("a;b=;c=3");
-    for (const char* const name : {"a", "b", "A"}) {
-        EXPECT_FALSE(list.getValue(name).isNil());
-        EXPECT_TRUE(list.getValue(name).empty());
-    }
-    EXPECT_TRUE(list.getValue("d").isNil());
+    EXPECT_TRUE(!list.getValue("A").isNil() && !list.getValue("b").isNil() && list.getValue("d").isNil());
     list.setValue("c", KxString());
     list.setValue("d", KxString());
-    EXPECT_EQ(list.getString(), "a;b;c=3");
     list.setValue("d", *list.findValue("c")); // its own value, while it grows
     list.setValue("e", list.begin()->name);
     list.setValue("C", KxString(""));
-    EXPECT_EQ(list.getString(), "a;b;c;d=3;e=a");
     list.getValue("e").append("!"); // a copy's
-    EXPECT_EQ(list.getValue("e"), "a");
+    EXPECT_EQ(list.getString(), "a;b;c;d=3;e=a");
 }
 
 TEST(ParametersTest, FollowsAnyEditing) {
@@ -153,9 +128,9 @@ TEST(ParametersTest, FollowsAnyEditing) {
         std::string name = "name" + std::to_string(dice(i < 2000 ? 6 : 60)); // in the object; through an index
         name[0] = dice(2) == 0 ? 'n' : 'N';
         const std::string value = dice(4) == 0 ? "" : std::to_string(i);
+        const auto found = model.find(name);
         const std::size_t what = dice(100);
         if (what < 25) {
-            const auto found = model.find(name);
             ASSERT_EQ(list.removeValue(name), found != model.end());
             if (found != model.end())
                 model.erase(found);
@@ -173,17 +148,14 @@ TEST(ParametersTest, FollowsAnyEditing) {
             model.set(name, value);
         }
         ASSERT_EQ(dump(list), dump(model)) << i;
-        const KxString* const held = list.findValue(name);
-        ASSERT_EQ(held != nullptr, model.find(name) != model.end());
-        ASSERT_TRUE(held == nullptr || *held == model.find(name)->second);
+        ASSERT_EQ(list.isPresent(name), model.find(name) != model.end());
     }
 }
 
 TEST(ParametersTest, HoldsAHundredThousandNames) {
-    constexpr std::size_t kCount = 100000;
     std::string distinct = "p0=0";
     std::string repeated = "first";
-    for (std::size_t i = 1; i < kCount; ++i) {
+    for (int i = 1; i < 100000; ++i) {
         distinct += ";p" + std::to_string(i) + "=" + std::to_string(i);
         repeated += (i % 2 == 0 ? ";p=" : ";P=") + std::to_string(i);
     }
@@ -194,12 +166,10 @@ TEST(ParametersTest, HoldsAHundredThousandNames) {
     list.clear();
     list.parse(distinct);
     EXPECT_EQ(list.getString(), distinct);
-    for (const char* const name : {"p0", "P50000", "p99999"}) {
-        EXPECT_TRUE(list.removeValue(name));
-        EXPECT_FALSE(list.removeValue(name));
-    }
+    for (const char* const name : {"p0", "P50000", "p99999"})
+        EXPECT_TRUE(list.removeValue(name) && !list.removeValue(name));
     list.setValue("p0", KxString("last"));
-    for (std::size_t i = 1; i < kCount - 1; ++i)
+    for (int i = 1; i < 99999; ++i)
         ASSERT_EQ(list.getValue("P" + std::to_string(i)), i == 50000 ? "" : std::to_string(i));
     EXPECT_EQ((list.end() - 1)->value, "last");
 }
@@ -224,51 +194,22 @@ TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
     }
 }
 
-TEST(LazyParametersTest, ReadsAsEmptyAndCopiesDeep) {
+TEST(LazyParametersTest, ReadsAsEmptyUntilSomethingIsWritten) {
     KxLazyParameters lazy;
-    KxLazyParameters assigned(lazy);
     KxByteArrayOutputStream out;
     lazy.serializeBehind(out);
     EXPECT_FALSE(lazy.removeValue("a"));
     lazy.handle()->setValue("a", KxString("1"));
     lazy.write().setValue("b", KxString(""));
+    lazy = static_cast<const KxLazyParameters&>(lazy);
     lazy.serializeBehind(out);
     EXPECT_EQ(out.view(), ";a=1;b");
-    KxLazyParameters copy(lazy);
-    assigned = lazy;
-    assigned = static_cast<const KxLazyParameters&>(assigned);
-    EXPECT_TRUE(lazy.removeValue("a"));
-    copy.write().setValue("c", KxString("3"));
-    EXPECT_EQ(dump(lazy) + dump(copy) + dump(assigned), "b>|a>1|b>|c>3|a>1|b>|");
-    assigned = KxLazyParameters();
-    EXPECT_EQ(dump(assigned), "");
     EXPECT_EQ(KxLazyParameters(lazy.handle()).handle(), lazy.handle());
-}
-
-TEST(ThreadLazyParametersTest, TwoReadersAgreeOnTheListTheyMake) {
-    for (int i = 0; i < 200; ++i) {
-        const KxLazyParameters lazy{};
-        KxHandle<KxParameters> seen;
-        std::atomic<bool> ready = false;
-        std::thread other([&] {
-            ready = true;
-            seen = lazy.handle();
-        });
-        while (!ready)
-            std::this_thread::yield();
-        EXPECT_TRUE(lazy.empty());
-        const KxHandle<KxParameters> mine = lazy.handle();
-        other.join();
-        EXPECT_EQ(mine, seen);
-    }
+    lazy = KxLazyParameters();
+    EXPECT_EQ(lazy.getString(), "");
 }
 
 TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
-    const auto made = [] {
-        KxLazyParameters list;
-        list.write().parse("a=1;b");
-        return list;
-    };
     const struct {
         const char* name;
         void (*change)(KxLazyParameters&);
@@ -279,36 +220,30 @@ TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
         {"remove what is absent", [](KxLazyParameters& list) { EXPECT_FALSE(list.removeValue("c")); }, "a=1;b"},
         {"clear", [](KxLazyParameters& list) { list.clear(); }, ""},
         {"hand out", [](KxLazyParameters& list) { list.handle()->setValue("c", KxString("3")); }, "a=1;b;c=3"},
-        {"assign", [](KxLazyParameters& list) { list = KxLazyParameters(); }, ""},
     };
-    for (const auto& row : rows) {
-        KxLazyParameters original = made();
-        KxLazyParameters copy(original);
-        EXPECT_EQ(original.begin(), copy.begin()) << row.name;
-        row.change(copy);
-        EXPECT_EQ(copy.getString(), row.changed) << row.name;
-        EXPECT_EQ(original.getString(), "a=1;b") << row.name;
-        row.change(original); // nobody else holds its list now
-        EXPECT_EQ(original.getString(), row.changed) << row.name;
-    }
-}
-
-TEST(LazyParametersTest, WhatWasHandedOutStaysTheListItself) {
-    KxLazyParameters original;
-    const KxHandle<KxParameters> list = original.handle();
-    list->parse("a=1");
-    KxLazyParameters copy(original);
-    list->setValue("a", KxString("2"));
-    original.write().setValue("b", KxString("3"));
-    EXPECT_EQ(list->getString(), "a=2;b=3");
-    EXPECT_EQ(original.handle(), list);
-    EXPECT_EQ(copy.getString(), "a=1");
+    for (const bool isHandedOut : {false, true}) // that one stays the list itself
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.name);
+            KxLazyParameters original;
+            original.write().parse("a=1;b");
+            const KxHandle<KxParameters> list = isHandedOut ? original.handle() : nullptr;
+            KxLazyParameters copy(original);
+            EXPECT_EQ(original.begin() == copy.begin(), !isHandedOut);
+            row.change(copy);
+            EXPECT_EQ(copy.getString(), row.changed);
+            EXPECT_EQ(original.getString(), "a=1;b");
+            row.change(original); // nobody else holds its list now
+            EXPECT_EQ(original.getString(), row.changed);
+            EXPECT_TRUE(!isHandedOut || original.handle() == list);
+        }
 }
 
 TEST(ThreadLazyParametersTest, ReadersCopyAndHandOutOneListAtOnce) {
-    for (int round = 0; round < 500; ++round) {
+    for (int round = 0; round < 600; ++round) {
         KxLazyParameters source;
-        source.write().parse("a=1");
+        if (round % 2 == 0) // else the readers make the list
+            source.write().parse("a=1");
+        const std::string before = dump(source);
         const KxLazyParameters early(source);
         const KxLazyParameters& shared = source;
         std::array<KxLazyParameters, 2> copies;
@@ -318,17 +253,14 @@ TEST(ThreadLazyParametersTest, ReadersCopyAndHandOutOneListAtOnce) {
             threads.emplace_back([&, i] { copies[i] = shared; });
             threads.emplace_back([&, i] {
                 lists[i] = shared.handle();
-                EXPECT_EQ(shared.getValue("a"), "1");
+                EXPECT_EQ(shared.getValue("a"), round % 2 == 0 ? "1" : "");
             });
         }
-        for (std::thread& thread : threads) {
+        for (std::thread& thread : threads)
             thread.join();
-        }
         EXPECT_EQ(lists[0], lists[1]);
         lists[0]->setValue("a", KxString("2"));
         EXPECT_EQ(shared.getString(), "a=2");
-        EXPECT_EQ(copies[0].getString(), "a=1");
-        EXPECT_EQ(copies[1].getString(), "a=1");
-        EXPECT_EQ(early.getString(), "a=1");
+        EXPECT_EQ(dump(copies[0]) + dump(copies[1]) + dump(early), before + before + before);
     }
 }

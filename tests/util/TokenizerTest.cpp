@@ -64,14 +64,11 @@ TEST(TokenizerTest, ReadsAndLeavesTheRest) {
         {kToken, "\r\na", "\r@\na"}, // a line end is no white space
         {kLine, " \t abc \r\nrest", "abc @rest"},
         {kLine, "a\rb\r\r\n\nc", "a\rb\r@\nc"},
-        {kLine, "no\0end"sv, "no\0end@"sv},
         {kUnsigned, " \t42x", "42@x"},
         {kUnsigned, " -1", "0@-1"},
-        {kUnsigned, "004294967295.", "4294967295@."},
         {kUnsigned, "4294967296 ", "4294967295@ "},
         {kUnsigned, "18446744073709551617a", "4294967295@a"}, // 1 in 64 bits
         {kQuote, " \"a\\\"b\\\\\\c\" d", "a\"b\\c@ d"},
-        {kQuote, "\"\"\"", "@\""},
         {kQuote, "a\"b\"", "@a\"b\""},
         {kQuote, "\"a;\r\n\0b"sv, "a;\r\n\0b@"sv},
         {kQuote, "\"a\\", "a\\@"},
@@ -88,33 +85,21 @@ TEST(TokenizerTest, ReadsAndLeavesTheRest) {
     EXPECT_EQ(readEveryWay("x" + longText + "\r\nx", kLine), "x" + longText + "@x");
 }
 
-TEST(TokenizerTest, ReadsTheSameFromEveryStream) {
-    forEveryText("a \\\"\n1", 4, [](const std::string& text) {
-        for (const Reader reader : {kToken, kLine, kUnsigned, kQuote, kWhite, kDiscardLine, kWord})
-            readEveryWay(text, reader);
-    });
-}
-
 TEST(TokenizerTest, BuffersHoldWhatFits) {
-    for (const std::size_t length : {1U, 2U, 5U}) {
-        const std::string token(length, 'x');
+    for (const std::size_t length : {1U, 2U, 5U})
         for (const std::size_t size : {std::size_t{0}, std::size_t{1}, length, length + 1, length + 2}) {
             SCOPED_TRACE(std::to_string(length) + " characters, room for " + std::to_string(size));
+            const std::string token(length, 'x');
             const std::size_t kept = std::min(length, std::max<std::size_t>(size, 1) - 1);
-            const std::string result =
-                token.substr(kept < length ? length - kept : 0) + (length < size ? " fits@" : "@");
-            const std::string rest = token.substr(kept);
-            EXPECT_EQ(readEveryWay(" " + token + ";r", inBuffer<kGet>(size)), result + rest + ";r");
-            EXPECT_EQ(readEveryWay(" " + token + ";r", inBuffer<kPeek>(size)), result + " " + token + ";r");
+            const std::string result = std::string(kept, 'x') + (length < size ? " fits@" : "@");
+            for (const std::string end : {";r", ""}) { // the end ends it, too
+                EXPECT_EQ(readEveryWay(" " + token + end, inBuffer<kGet>(size)), result + token.substr(kept) + end);
+                EXPECT_EQ(readEveryWay(" " + token + end, inBuffer<kPeek>(size)), result + " " + token + end);
+            }
             EXPECT_EQ(readEveryWay(" " + token + "\r\nr", inBuffer<kGetLine>(size)), result + "r");
-            EXPECT_EQ(readEveryWay(token, inBuffer<kGet>(size)), result + rest); // the end ends it, too
-            EXPECT_EQ(readEveryWay(token, inBuffer<kPeek>(size)), result + token);
-            EXPECT_EQ(readEveryWay(token, inBuffer<kGetLine>(size)), result);
             EXPECT_EQ(readEveryWay(" ", inBuffer<kGet>(size)), "@"); // nothing there: false, and an empty text
-            EXPECT_EQ(readEveryWay(" ", inBuffer<kPeek>(size)), "@ ");
             EXPECT_EQ(readEveryWay("", inBuffer<kGetLine>(size)), "@");
         }
-    }
 }
 
 TEST(TokenizerTest, PeekingLeavesTheCallersMark) {

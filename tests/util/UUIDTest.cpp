@@ -1,15 +1,15 @@
 #include "util/UUID.h"
 #include "util/ChaCha20.h"
-#include "util/KxAscii.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <set>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -25,34 +25,29 @@ std::string create() {
 TEST(UUIDTest, IsARandomOneOfRfc4122) {
     std::set<char> variants;
     for (int i = 0; i < 1000; ++i) {
-        const std::string text = create();
-        ASSERT_EQ(text.size(), 36U) << text;
-        for (std::size_t at = 0; at < text.size(); ++at) {
-            const bool isHyphen = at == 8 || at == 13 || at == 18 || at == 23;
-            const bool isDigit = KxAscii::isDigit(text[at]) || (text[at] >= 'a' && text[at] <= 'f');
-            ASSERT_TRUE(isHyphen ? text[at] == '-' : isDigit) << text;
-        }
-        ASSERT_EQ(text[14], '4') << text;
+        std::string text = create();
+        ASSERT_EQ(text[14], '4');
         variants.insert(text[19]);
+        std::replace_if(
+            text.begin(), text.end(), [](char c) { return std::strchr("0123456789abcdef", c); }, 'x');
+        ASSERT_EQ(text, "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx");
     }
     EXPECT_EQ(variants, (std::set<char>{'8', '9', 'a', 'b'}));
 }
 
 TEST(UUIDThreadTest, ThreadsNeverDrawTheSame) {
     constexpr std::size_t kEach = 20000;
-    std::vector<std::string> drawn[2];
-    const auto draw = [](std::vector<std::string>& into) {
+    std::set<std::string> drawn[2];
+    const auto draw = [](std::set<std::string>& into) {
         for (std::size_t i = 0; i < kEach; ++i) {
-            into.push_back(create());
+            into.insert(create());
         }
     };
-    std::thread first(draw, std::ref(drawn[0]));
-    std::thread second(draw, std::ref(drawn[1]));
-    first.join();
-    second.join();
-    std::set<std::string> all(drawn[0].begin(), drawn[0].end());
-    all.insert(drawn[1].begin(), drawn[1].end());
-    EXPECT_EQ(all.size(), 2 * kEach);
+    std::thread other(draw, std::ref(drawn[0]));
+    draw(drawn[1]);
+    other.join();
+    drawn[0].merge(drawn[1]);
+    EXPECT_EQ(drawn[0].size(), 2 * kEach);
 }
 
 TEST(UUIDTest, ForkedProcessDrawsItsOwn) {
