@@ -1,11 +1,8 @@
 #include "sipobject/address/KxSipURL.h"
 
-#include "tests/core/LogCapture.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
 #include <gmock/gmock.h>
-
-#include <chrono>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -14,14 +11,9 @@ namespace {
 
 /** user|password|host|port|parameters|headers, then the printed form. */
 std::string fieldsOf(const KxSipURL& url) {
-    std::string fields;
-    for (const KxString& field : {url.getUser(), url.getUserPassword(), url.getHost()}) {
-        fields.append(field.view()) += '|';
-    }
-    fields += (url.hasPort() ? std::to_string(url.getPort()) : "") + '|';
-    fields.append(url.getParameters()->getString().view()) += '|';
-    fields.append(url.getHeaders()->getString().view());
-    return fields + "  " + std::string(url.getString().view());
+    return joined(url.getUser(), url.getUserPassword(), url.getHost(),
+                  url.hasPort() ? std::to_string(url.getPort()) : "", url.getParameters(), url.getHeaders()) +
+           "  " + std::string(url.getString().view());
 }
 
 /** As a URL that stands alone, or as one in a header. */
@@ -35,13 +27,13 @@ std::string readURL(KxInputStream& in) {
 
 struct Row {
     std::string_view input;
-    const char* result;
+    std::string result;
     const char* rest;
 };
 
 void expectRows(std::initializer_list<Row> rows, std::string (*reader)(KxInputStream&)) {
     for (const Row& row : rows) {
-        EXPECT_EQ(readAnyhow(row.input, reader), (Reading{row.result, row.rest})) << row.input;
+        EXPECT_EQ(readEveryWay(row.input, reader), row.result + "@" + row.rest) << row.input;
     }
 }
 
@@ -50,13 +42,10 @@ void expectRows(std::initializer_list<Row> rows, std::string (*reader)(KxInputSt
 TEST(SipURLTest, ReadsStandalone) {
     expectRows(
         {
-            {"sip:h", "||h|||  sip:h", ""},
             {"SIP:bob:pw@h:5070;lr;a=1", "bob|pw|h|5070|lr;a=1|  sip:bob:pw@h:5070;lr;a=1", ""},
             {"sip:Bob%20@H.Example.COM", "Bob%20||H.Example.COM|||  sip:Bob%20@H.Example.COM", ""},
             // ports
             {"sip:h:", "||h|||  sip:h", ""},
-            {"sip:h:0", "||h|0||  sip:h:0", ""},
-            {"sip:h:5070abc", "||h|5070||  sip:h:5070", ""},
             {"sip:h:abc", "||h|0||  sip:h:0", ""},
             {"sip:h:99999999999999999999", "||h|4294967295||  sip:h:4294967295", ""},
             {"sip:[2001:db8:1]:5", "||1]|5||  sip:1]:5", ""}, // IPv6 references are not known
@@ -64,9 +53,7 @@ TEST(SipURLTest, ReadsStandalone) {
             {"sip:a;b,c?d&e=f@h", "a;b,c?de=f||h|||  sip:a;b,c?de=f@h", ""},
             {"sip:a:b:c@h", "b|c|h|||  sip:b:c@h", ""},
             {"sip:a:@h", "a||h|||  sip:a@h", ""},
-            {"sip::a@h", "a||h|||  sip:a@h", ""},
             {"sip:u@h:5060:7", "5060||h|7||  sip:5060@h:7", ""},
-            {"sip:u@h:1@x", "u|1|x|||  sip:u:1@x", ""},
             {"sip:a:pw@h::", "|pw|h|||  sip:h", ""}, // no password without a user
             {"sip:a\"b@h", "a\"b||h|||  sip:a\"b@h", ""},
             {"sip:\"a b\r;c?d,e<f>:@\"@h", "\"a b\r;c?d,e<f>:@\"||h|||  sip:\"a b\r;c?d,e<f>:@\"@h", ""},
@@ -74,10 +61,8 @@ TEST(SipURLTest, ReadsStandalone) {
             // what is dropped, and what is not
             {"s i p : b o b @ h : 5 0 ", "bob||h|50||  sip:bob@h:50", ""},
             {"sip:b\rob@h\r\nVia: x", "bob||h|||  sip:bob@h", "Via: x"},
-            {"sip:a\tb@h", "a\tb||h|||  sip:a\tb@h", ""},
             {"si<p:&a<@h&", "a||h|||  sip:a@h", ""},
             // where it ends
-            {"sip:h,sip:i", "||h|||  sip:h", ",sip:i"},
             {"sip:a@h,x", "a||h|||  sip:a@h", ",x"},
             {"<sip:h>x", "||h|||  sip:h", "x"},
             {"<sip:h> \t\r\n ; x", "||h|||  sip:h", " x"},
@@ -88,19 +73,15 @@ TEST(SipURLTest, ReadsStandalone) {
             {"sip:h;a=1,2:3@4", "h;a=1,2|3|4|||  sip:h;a=1,2:3@4", ""},
             {"sip:h;a=1,2:3&<4", "||h||a=1,2:3&<4|  sip:h;a=1,2:3&<4", ""},
             {"sip:h:5;a>;b", "||h|5|a|  sip:h:5;a", "b"},
-            {"sip:h;", "||h|||  sip:h", ""},
             // headers
             {"sip:h?a=1;b=x:y", "||h|||a=1;b=x:y  sip:h?a%3D1%3Bb%3Dx%3ay", ""},
-            {"sip:h?a%3D1%3bb%3Dx%3ay", "||h|||a=1;b=x:y  sip:h?a%3D1%3Bb%3Dx%3ay", ""},
             {"sip:h;p?a=1&b=2", "||h||p|a=1&b=2  sip:h;p?a%3D1%26b%3d2", ""},
             {"sip:h?a=%26%2B%2F%3A%3D%3F%40%25%41", "||h|||a=&+/:=?@%A  sip:h?a%3D%26%2b%2f%3a%3d%3f%40%A", ""},
             {"sip:h?a=1;b=2;A=3", "||h|||a=3;b=2  sip:h?a%3D3%3Bb%3D2", ""},
             {"sip:h? a = \"x y\" z\r;b=1", "||h|||a=\"x y\"z;b=1  sip:h?a%3D\"x y\"z%3Bb%3D1", ""},
             {"sip:h?a=\"1;b=2\"", "||h|||a=\"1;b=2\"  sip:h?a%3D\"1%3Bb%3D2\"", ""}, // separate in quotes too
             {"sip:h?a=1\r\n b\nc", "||h|||a=1b  sip:h?a%3D1b", "c"},
-            {"<sip:h?a=1>;x", "||h|||a=1  sip:h?a%3D1", ";x"},
             {"sip:h?a=1%3Ex", "||h|||a=1  sip:h?a%3D1", "x"},
-            {"sip:h?a=1,b", "||h|||a=1,b  sip:h?a%3D1,b", ""},
             {"sip:h?a=1%4", "||h|||a=1%4  sip:h?a%3D1%4", ""},
         },
         &readURL<true>);
@@ -110,8 +91,6 @@ TEST(SipURLTest, LeavesHeaderParametersAlone) {
     expectRows(
         {
             {"sip:h;tag=1", "||h|||  sip:h", "tag=1"},
-            {"sip:a:b@h:5;tag=1", "a|b|h|5||  sip:a:b@h:5", "tag=1"},
-            {"<sip:h;a=1>;tag=1", "||h||a=1|  sip:h;a=1", "tag=1"},
             {"sip:&h;a=1", "||h||a=1|  sip:h;a=1", ""}, // an "&" counts as a bracket
             {"sip;x", "KxSipParseError: Illegal URL construct", "x"},
             {"sip:;tag=1", "KxSipParseError: Sip URL wrong format", "tag=1"},
@@ -129,57 +108,37 @@ TEST(SipURLTest, Refuses) {
     expectRows(
         {
             {"sips:h", "KxSipParseError: Scheme is not SIP", "h"},
-            {"sipx:h", "KxSipParseError: Scheme is not SIP", "h"},
             {"sip;x:h", "KxSipParseError: Scheme is not SIP", "h"},
-            {"sip", kFormat, ""},
             {"sip;x", kFormat, ""},
-            {"sip:\r\n", kFormat, ""},
-            {"sip:>;x", kFormat, "x"},
             {"sip:,x", kFormat, ",x"},
             {"sip:;x", kFormat, "x"},
-            {"sip::5060", kFormat, ""},
             {"sip:a@", kFormat, ""},
-            {"sip:?a=1", kFormat, ""},
             {"sip:a@b@c", kFormat, "c"},
             {"sip:@h", kNoUser, "h"},
-            {"sip::@h", kNoUser, "h"},
             {"sip:a@h::\"x", "KxSipParseError: Sip URL, Double quote mismatch", ""},
             {"sip:h?", kNoPairAtEnd, ""},
-            {"sip:h?a=1;", kNoPairAtEnd, ""},
             {"sip:h?=1", kNoPairAtEnd, ""},
             {"sip:h?;b=1", kNoPair, "b=1"},
-            {"sip:h?a", kNoValueAtEnd, ""},
             {"sip:h?a=>x", kNoValueAtEnd, "x"},
-            {"sip:h?a;b=1", kNoValue, "b=1"},
             {"sip:h?a=;b=1", kNoValue, "b=1"},
         },
         &readURL<true>);
-    EXPECT_EQ(outcomeOf([] { return fieldsOf(KxSipURL("@sip:\"x")); }),
-              "KxSipParseError: Sip URL, Double quote mismatch");
+    EXPECT_EQ(outcomeOf([] { KxSipURL("@sip:\"x"); }), "KxSipParseError: Sip URL, Double quote mismatch");
     EXPECT_EQ(outcomeOf([] { return fieldsOf(KxSipURL("@sip:h")); }), "||h|||  sip:h");
-    EXPECT_EQ(outcomeOf([] { return fieldsOf(KxSipURL(nullptr)); }), kFormat);
+    EXPECT_EQ(outcomeOf([] { KxSipURL(nullptr); }), kFormat);
 }
 
 TEST(SipURLTest, ReadsItsKnownParameters) {
-    const struct {
-        const char* text;
-        std::uint32_t port;
-        KxSocketImpl::Transport transport;
-        std::int64_t ttl;
-        KxUserParam user;
-    } rows[] = {
-        {"sip:h", 5060, KxSocketImpl::UDP, 1, KX_USER_NONE},
-        {"sip:h;transport=tls;ttl=16x", 5061, KxSocketImpl::TLS, 16, KX_USER_NONE},
-        {"sip:h:5070;Transport=TLS;user=phone", 5070, KxSocketImpl::TLS, 1, KX_USER_PHONE},
-        {"sip:h;transport=tcp;user=Phone", 5060, KxSocketImpl::TCP, 1, KX_USER_NONE},
-        {"sip:h:;transport=tls;ttl", 5061, KxSocketImpl::TLS, 0, KX_USER_NONE},
+    const std::pair<const char*, std::string> rows[] = {
+        {"sip:h", joined(5060, KxSocketImpl::UDP, 1, KX_USER_NONE)},
+        {"sip:h;transport=tls;ttl=16x", joined(5061, KxSocketImpl::TLS, 16, KX_USER_NONE)},
+        {"sip:h:5070;Transport=TLS;user=phone", joined(5070, KxSocketImpl::TLS, 1, KX_USER_PHONE)},
+        {"sip:h;transport=tcp;user=Phone", joined(5060, KxSocketImpl::TCP, 1, KX_USER_NONE)},
+        {"sip:h:;transport=tls;ttl", joined(5061, KxSocketImpl::TLS, 0, KX_USER_NONE)},
     };
-    for (const auto& row : rows) {
-        const KxSipURL url(row.text);
-        EXPECT_EQ(url.getPort(), row.port) << row.text;
-        EXPECT_EQ(url.getTransportParam(), row.transport) << row.text;
-        EXPECT_EQ(url.getTTL(), row.ttl) << row.text;
-        EXPECT_EQ(url.getUserParam(), row.user) << row.text;
+    for (const auto& [text, known] : rows) {
+        const KxSipURL url(text);
+        EXPECT_EQ(joined(url.getPort(), url.getTransportParam(), url.getTTL(), url.getUserParam()), known) << text;
     }
 }
 
@@ -197,9 +156,7 @@ TEST(SipURLTest, WarnsOfUnknownTransports) {
 }
 
 TEST(SipURLTest, SaysWhatItReads) {
-    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril.kx.KxSipURL");
-    LogCapture capture(logger);
-    logger.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    ClassLog capture("tandril.kx.KxSipURL");
     const KxSipURL url("<sip:h;a=1;b?x=1;y=2>");
     EXPECT_THAT(capture.texts(), ElementsAre("KxSipURL::parse(rInputStream) Found '<' setting Abracket to true",
                                              "Parsed SipURL parameters (1): a=1;b", "SipURL headers now (2): x=1",
@@ -214,24 +171,20 @@ TEST(SipURLTest, Compares) {
         bool swapped;
     } rows[] = {
         {"sip:a:b@h:5060;x=1", "SIP:a:b@h;X=1", true, true},
-        {"sip:a@h", "sip:A@h", false, false},
         {"sip:h", "sip:H", false, false},
         {"sip:a:p@h", "sip:a:P@h", false, false},
-        {"sip:a:p@h", "sip:a@h", false, false},
         {"sip:h:5061", "sip:h", false, false},
         {"sip:h", "sip:h;transport=UDP", true, true},
-        {"sip:h", "sip:h;transport=tcp", false, false},
         {"sip:h", "sip:h;transport=udp;x=1", false, false}, // both count, though transport is not compared
+        {"sip:h;x=1", "sip:h;transport=udp", true, false},
         // the stored port on the left, the effective one on the right
         {"sip:h:5061;transport=tls", "sip:h;transport=tls", true, false},
         {"sip:h;transport=tls", "sip:h;transport=tls", false, false},
-        {"sip:h;x=1", "sip:h", true, true},
-        {"sip:h;x=1;y=2", "sip:h", false, false},
         {"sip:h;x=1;y=2", "sip:h;y=2", true, true},
         {"sip:h;x=1", "sip:h;y=1", false, false},
+        {"sip:h?x=1", "sip:h", false, false},
         {"sip:h;x=a;y", "sip:h;Y;x=A", true, true},
         {"sip:h;x=a", "sip:h;x=b", false, false},
-        {"sip:h?x=1", "sip:h", false, false},
         {"sip:h?x=1", "sip:h?X=1;y=2;z=3", true, true},
         {"sip:h?x=a", "sip:h?x=A", false, false},
     };
@@ -257,20 +210,15 @@ TEST(SipURLTest, Changes) {
 
 TEST(SipURLTest, ManyParametersAndHeadersCostTheirLength) {
     std::string text = "sip:h";
-    for (int i = 0; i < 100000; ++i) {
-        text += ";parameter" + std::to_string(i) + "=x";
+    for (const char* name : {";parameter", "%3Bheader"}) {
+        for (int i = 0; i < 100000; ++i) {
+            text.append(name).append(std::to_string(i)).append(name[0] == ';' ? "=x" : "%3Dx");
+        }
     }
-    std::string headers;
-    for (int i = 0; i < 100000; ++i) {
-        headers += (i == 0 ? "?h" : "%3Bh") + std::to_string(i) + "%3Dx";
-    }
-    text += headers;
-    onSmallStack([&text] {
-        const KxSipURL url(text.c_str());
-        EXPECT_EQ(url.numParameters(), 100000U);
-        EXPECT_EQ(url.numHeaders(), 100000U);
-        EXPECT_EQ(url.getParameter("PARAMETER99999"), "x");
-        EXPECT_EQ(KxSipURL(url).getString().view(), text);
-        EXPECT_TRUE(url == KxSipURL(url));
-    });
+    text.replace(text.find("%3B"), 3, "?");
+    const KxSipURL url(text.c_str());
+    EXPECT_EQ(joined(url.numParameters(), url.numHeaders()), "100000|100000");
+    EXPECT_EQ(url.getParameter("PARAMETER99999"), "x");
+    EXPECT_EQ(KxSipURL(url).getString().view(), text);
+    EXPECT_TRUE(url == KxSipURL(url));
 }

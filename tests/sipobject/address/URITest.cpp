@@ -1,7 +1,6 @@
 #include "sipobject/address/KxURI.h"
 
 #include "sipobject/address/KxSipURL.h"
-#include "tests/core/LogCapture.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
 #include <gmock/gmock.h>
@@ -24,18 +23,14 @@ std::string readURI(KxInputStream& in) {
 TEST(URITest, TheFirstThreeLettersChooseTheClass) {
     const struct {
         std::string_view input;
-        const char* result;
+        std::string result;
         const char* rest;
     } rows[] = {
-        {"sip:h", "KxSipURL sip:h", ""},
         {"<sip:h>;tag=1", "KxSipURL sip:h", "tag=1"},
         {"  SIP:h", "KxSipURL sip:h", ""},
-        {" < sip:h>", "KxSipURL sip:h", ""},
         {"s i<p:h", "KxSipURL sip:h", ""},
-        {"tel:+123", "KxTelURL tel:+123", ""},
         {"<Tel:1>,x", "KxTelURL tel:1", ",x"},
         {"telegram:1", "KxTelURL tel:1", ""},
-        {"urn:abc", "KxURI urn:abc", ""},
         {"<urn:abc>;x", "KxURI urn:abc", ";x"},
         {" urn : a b \r\nNext: x", "KxURI urn:a b", "\r\nNext: x"},
         {"urn:a\nb", "KxURI urn:a", "\nb"},
@@ -44,28 +39,22 @@ TEST(URITest, TheFirstThreeLettersChooseTheClass) {
         {"\tsip:h;a?b", "KxURI sip:h;a?b", ""}, // only blanks are passed over in front
         {"<<sip:h>", "KxURI <sip:h", ""},
         {"", "KxException: INVALID URI", ""},
-        {"mailto", "KxException: INVALID URI", ""},
         {"si", "KxException: INVALID URI", ""},
-        {"<<", "KxException: INVALID URI", ""},
-        {"sips:h", "KxSipParseError: Scheme is not SIP", "h"},
-        {"sip", "KxSipParseError: Sip URL wrong format", ""},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(readAnyhow(row.input, readURI), (Reading{row.result, row.rest})) << row.input;
+        EXPECT_EQ(readEveryWay(row.input, readURI), row.result + "@" + row.rest) << row.input;
     }
 }
 
 TEST(URITest, EqualByteByByte) {
-    const auto equal = [](const char* a, const char* b) {
-        KxURI one(nullptr);
-        KxURI other(nullptr);
-        one.parse(a);
-        other.parse(b);
-        return one == other;
+    const auto uri = [](const char* text) {
+        const KxHandle<KxURI> read(new KxURI(nullptr));
+        read->parse(text);
+        return read;
     };
-    EXPECT_TRUE(equal("urn:a", "<urn: a >"));
-    EXPECT_FALSE(equal("urn:a", "URN:a"));
-    EXPECT_FALSE(equal("urn:a", "urn:A"));
+    EXPECT_TRUE(*uri("urn:a") == *uri("<urn: a >"));
+    EXPECT_FALSE(*uri("urn:a") == *uri("URN:a"));
+    EXPECT_FALSE(*uri("urn:a") == *uri("urn:A"));
 }
 
 TEST(URITest, CopiesStayStandalone) {
@@ -78,9 +67,7 @@ TEST(URITest, CopiesStayStandalone) {
 }
 
 TEST(URITest, SaysWhatItRead) {
-    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril.kx.KxURI");
-    LogCapture capture(logger);
-    logger.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    ClassLog capture("tandril.kx.KxURI");
     const auto said = [&capture](std::string_view text) {
         KxByteArrayInputStream in(text);
         KxURI::sConstructFrom(in, true)->getString();

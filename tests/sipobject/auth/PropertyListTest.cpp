@@ -1,6 +1,4 @@
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
-#include "sipobject/headers/KxSipAuthenticationInfoHeader.h"
-#include "tests/core/LogCapture.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 #include "tests/sipobject/support/PlainPropertyList.h"
 
@@ -57,34 +55,17 @@ std::string repeated(std::string_view text, std::size_t times) {
 } // namespace
 
 TEST(PropertyListTest, Challenges) {
-    struct Row {
-        std::string text;
-        std::string outcome;
-    };
-    const Row rows[] = {
-        {R"(realm="atlanta.example", nonce="84a4cc6f", opaque="", stale=FALSE, algorithm=MD5, qop="auth,auth-int")",
-         R"(realm="atlanta.example",nonce="84a4cc6f",opaque="",stale=FALSE,algorithm=MD5,qop="auth,auth-int")"},
-        {R"(realm=a,nonce=YWJj==)", R"(realm="a",nonce="YWJj==")"},
+    const std::pair<std::string, std::string> rows[] = {
         {R"(Realm=a,Nonce=b)", R"(Realm="a",nonce="b")"},
         {R"(STALE="x y",Algorithm="a",URI="u")", R"(STALE=x y,Algorithm=a,uri=u)"},
-        {R"(a=1,b=,A=2,c=3)", R"(a="2",b="",c="3")"},
         {"\ta\t=\t1\t , b=\t", "a=\"\t1\t\",b=\"\t\""},
-        {R"(,a,=1,,b=2)", R"(,a,="1",,b="2")"},
         {R"(a="1\",b="2")", R"(a="1\",b="2")"},
-        {R"(a="1,b=2)", R"(a="1,b=2")"},
-        {"a=1\nb=2", R"(a="1")"},
         {"\na=1,b=2", R"(a="1")"}, // a line feed in the name is trimmed, but ends reading behind the value
-        {"a=\"1\n\",b=2", "a=\"1\n\""},
         {"a=1\r\n", "a=\"1\r\""},
-        {R"(=1,a=2)", R"(="1",a="2")"},
-        {R"(realm="a",opaque="")", kNoLast},
-        {R"(realm="a",)", kNoLast},
         {R"(realm="a",nonce)", kNoLast},
-        {R"(=a)", kNoLast},
-        {"", kNoLast},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(challengeOf(row.text), row.outcome) << row.text;
+    for (const auto& [text, outcome] : rows) {
+        EXPECT_EQ(challengeOf(text), outcome) << text;
     }
 }
 
@@ -103,29 +84,27 @@ TEST(PropertyListTest, Limit) {
     const auto filled = [](std::size_t kept, const std::string& behind = "") {
         return "a=\"" + std::string(kept - 1, 'x') + behind + "\"";
     };
-    const auto isRead = [](const std::string& text) { return challengeOf(text).find("Kx") != 0; };
-    EXPECT_TRUE(isRead(filled(1023)));
-    EXPECT_TRUE(isRead(filled(1024)));
-    EXPECT_EQ(challengeOf(filled(1025)), kOverflow);
-    // all that was kept counts, in properties that are read already too
-    const std::string front = repeated("ab=\"cd\", ", 255) + "n="; // 1021 characters
-    EXPECT_TRUE(isRead(front + "123"));
-    EXPECT_EQ(challengeOf(front + "1234"), kOverflow);
-    EXPECT_TRUE(isRead(repeated("ab=\"cd\", ", 255) + "abc=\"d\"")); // 1024, the comma behind it none
-    EXPECT_EQ(challengeOf(repeated("ab=\"cd\", ", 255) + "abc=\"d\",e=f"), kOverflow);
-    // blanks are not kept, but none may follow a full buffer
-    EXPECT_TRUE(isRead(std::string(100000, ' ') + filled(1024)));
-    EXPECT_EQ(challengeOf(filled(1024) + " "), kOverflow);
-    EXPECT_EQ(challengeOf("a=\"" + std::string(1023, 'x') + "\", b=\"\""), kOverflow);
+    const std::string front = repeated("ab=\"cd\", ", 255); // 1,019 characters are kept of it
+    const std::string commas(100000, ',');
+    std::vector<std::string> texts = {filled(1024), filled(1025),
+                                      // all that was kept counts, in properties that are read already too
+                                      front + "n=123", front + "n=1234", front + "abc=\"d\"", front + "abc=\"d\",e=f",
+                                      front + "abc=\"de\",=",
+                                      // blanks are not kept, but none may follow a full buffer
+                                      std::string(100000, ' ') + filled(1024), filled(1024) + " ",
+                                      "a=\"" + std::string(1023, 'x') + "\", b=\"\"", commas + "==="};
     // commas, line feeds and "=" count, and go beyond it
     for (const char* const unlimited : {",", "=", "\n"}) {
-        const std::string many = repeated(unlimited, 100000);
-        const std::string expected = filled(1024, many);
-        EXPECT_EQ(challengeOf(expected), expected);
-        EXPECT_EQ(challengeOf(filled(1, many + "x")), kOverflow);
+        texts.push_back(filled(1024, repeated(unlimited, 100000)));
+        texts.push_back(filled(1, repeated(unlimited, 100000) + "x"));
     }
-    const std::string commas(100000, ',');
-    EXPECT_EQ(challengeOf(commas + "==="), commas + "=\"==\"");
+    std::size_t refused = 0;
+    for (const std::string& text : texts) {
+        const std::string outcome = challengeOf(text);
+        EXPECT_EQ(outcome + "@", plainChallengeOf(text).substr(0, outcome.size() + 1));
+        refused += outcome == kOverflow ? 1 : 0;
+    }
+    EXPECT_EQ(refused, 9U);
 
     const std::string info = filled(100000, commas) + ",c=" + std::string(100000, '=') + "d";
     EXPECT_EQ(infoOf(info).size(), 2 + 99999 + 100000 + 3 + 100000 + 1);
@@ -134,8 +113,7 @@ TEST(PropertyListTest, Limit) {
 }
 
 TEST(PropertyListTest, AChallengeIsLogged) {
-    LogCapture capture;
-    log4cplus::Logger::getInstance("tandril.kx.KxSipDigestChallengeInfo").setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    ClassLog capture("tandril.kx.KxSipDigestChallengeInfo");
     challengeOf("realm=a, nonce=b");
     challengeOf("realm=a\n"); // a line that ends ends reading, too
     ASSERT_EQ(capture.records.size(), 1U);

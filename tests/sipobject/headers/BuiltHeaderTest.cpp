@@ -1,38 +1,6 @@
 // Headers that a host builds by hand: each is written as one that was read, and is one when it is read again.
 
 #include "sipobject/address/KxTelURL.h"
-#include "sipobject/headers/KxSipAcceptEncodingHeader.h"
-#include "sipobject/headers/KxSipAcceptHeader.h"
-#include "sipobject/headers/KxSipAcceptLanguageHeader.h"
-#include "sipobject/headers/KxSipAlertInfoHeader.h"
-#include "sipobject/headers/KxSipAllowEventsHeader.h"
-#include "sipobject/headers/KxSipCCDiversionHeader.h"
-#include "sipobject/headers/KxSipContentDispositionHeader.h"
-#include "sipobject/headers/KxSipContentEncodingHeader.h"
-#include "sipobject/headers/KxSipDateHeader.h"
-#include "sipobject/headers/KxSipErrorInfoHeader.h"
-#include "sipobject/headers/KxSipExpiresHeader.h"
-#include "sipobject/headers/KxSipInReplyToHeader.h"
-#include "sipobject/headers/KxSipMIMEVersionHeader.h"
-#include "sipobject/headers/KxSipMaxForwardsHeader.h"
-#include "sipobject/headers/KxSipMinExpiresHeader.h"
-#include "sipobject/headers/KxSipMinSEHeader.h"
-#include "sipobject/headers/KxSipOrganizationHeader.h"
-#include "sipobject/headers/KxSipPriorityHeader.h"
-#include "sipobject/headers/KxSipProxyRequireHeader.h"
-#include "sipobject/headers/KxSipRAckHeader.h"
-#include "sipobject/headers/KxSipRSeqHeader.h"
-#include "sipobject/headers/KxSipRecordRouteHeader.h"
-#include "sipobject/headers/KxSipReferToHeader.h"
-#include "sipobject/headers/KxSipReferredByHeader.h"
-#include "sipobject/headers/KxSipResponseKeyHeader.h"
-#include "sipobject/headers/KxSipRetryAfterHeader.h"
-#include "sipobject/headers/KxSipRouteHeader.h"
-#include "sipobject/headers/KxSipServerHeader.h"
-#include "sipobject/headers/KxSipSessionExpiresHeader.h"
-#include "sipobject/headers/KxSipSessionHeader.h"
-#include "sipobject/headers/KxSipUnsupportedHeader.h"
-#include "sipobject/headers/KxSipUserAgentHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
 TEST(BuiltHeaderTest, AreWrittenAndReadAsOthers) {
@@ -91,7 +59,7 @@ TEST(BuiltHeaderTest, AreWrittenAndReadAsOthers) {
     parameters->clear();
     for (const auto& row : rows) {
         EXPECT_EQ(linesOf(*row.header), row.line);
-        const Made again = readHeader(std::string(row.line) + "\r\n");
+        const Made again = readHeader(row.line);
         EXPECT_EQ(className(*again), className(*row.header)) << row.line;
         EXPECT_EQ(again->getHeaderID(), row.header->getHeaderID()) << row.line;
         EXPECT_EQ(linesOf(*again), row.line);

@@ -1,9 +1,3 @@
-#include "sipobject/headers/KxSipExpiresHeader.h"
-#include "sipobject/headers/KxSipMaxForwardsHeader.h"
-#include "sipobject/headers/KxSipMinExpiresHeader.h"
-#include "sipobject/headers/KxSipMinSEHeader.h"
-#include "sipobject/headers/KxSipRetryAfterHeader.h"
-#include "sipobject/headers/KxSipSessionExpiresHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
 TEST(ExpiryHeaderTest, ExpiresIsANumberOrADate) {
@@ -14,101 +8,75 @@ TEST(ExpiryHeaderTest, ExpiresIsANumberOrADate) {
             return date + "|" + std::to_string(header.getDeltaSeconds());
         },
         {
-            {"Expires: 3600", "|3600", "Expires: 3600"},
-            {"expires:\t 3600   ", "|3600", "expires: 3600"},
+            {"Expires: 3600", "|3600"},
             {"Expires: 3600,", "|3600", "Expires: 3600"},
-            {"Expires: 36s;x=1", "|36", "Expires: 36"},
             {"Expires: 60\t", "|60", "Expires: 60"},
-            {"Expires: 4294967296", "|4294967295", "Expires: 4294967295"},
+            {"Expires: 36s;x=1", "|36", "Expires: 36"},
             {"Expires: " + std::string(63, '9'), "|4294967295", "Expires: 4294967295"},
             {"Expires: " + std::string(64, '9'), "", kTooLong},
-            {"Expires: " + std::string(64, '0') + " x", "", kTooLong},
-            {"Expires: Thu, 01 Dec 1994 16:00:00 GMT", "786297600|0", "Expires: Thu, 01 Dec 1994 16:00:00 GMT"},
+            {"Expires: Thu, 01 Dec 1994 16:00:00 GMT", "786297600|0"},
             {"Expires: 12 Dec 1994", "787190400|0", "Expires: Mon, 12 Dec 1994 00:00:00 GMT"},
             // what is neither is a date that could not be read
             {"Expires: soon, " + std::string(100, '!'), "0|0", "Expires: soon, " + std::string(100, '!')},
-            {"Expires: 60, 70 ", "0|0", "Expires: 60, 70 "},
-            {"Expires: -1", "0|0", "Expires: -1"},
+            {"Expires: 60, 70 ", "0|0"},
             {"Expires: \v060", "0|0", "Expires: 060", "Expires: 60"},
         });
-    const KxHandle<KxSipExpiresHeader> header(new KxSipExpiresHeader("Thu, 01 Dec 1994 16:00:00 GMT"));
+    const auto header = KxMake<KxSipExpiresHeader>("Thu, 01 Dec 1994 16:00:00 GMT");
     EXPECT_TRUE(header->isSipDate());
     EXPECT_EQ(linesOf(*header), "Expires: Thu, 01 Dec 1994 16:00:00 GMT");
-    EXPECT_EQ(linesOf(*KxHandle<KxSipExpiresHeader>(new KxSipExpiresHeader(nullptr))), "Expires: ");
+    EXPECT_EQ(linesOf(*KxMake<KxSipExpiresHeader>(nullptr)), "Expires: ");
 }
 
 TEST(ExpiryHeaderTest, MinExpiresInsistsOnADigit) {
     constexpr const char* kNoDigit = "KxSipParseError: Invalid Minimum SE header";
-    expectRows<KxSipMinExpiresHeader>(
-        [](const auto& header) { return std::to_string(header.getDeltaSeconds()); },
-        {
-            {"Min-Expires: 60", "60", "Min-Expires: 60"},
-            {"Min-Expires:\t060s, 99999999999", "60 & 4294967295", "Min-Expires: 60 & Min-Expires: 4294967295"},
-            {"Min-Expires: x", "", kNoDigit},
-            {"Min-Expires: -1", "", kNoDigit},
-            {"Min-Expires: 1, \xb2", "", kNoDigit},
-            {"Min-Expires: \f1", "", kNoDigit},
-        });
+    expectRows<KxSipMinExpiresHeader, &KxSipMinExpiresHeader::getDeltaSeconds>({
+        {"Min-Expires:\t060s, 99999999999", "60 & 4294967295", "Min-Expires: 60 & Min-Expires: 4294967295"},
+        {"Min-Expires: x", "", kNoDigit},
+        {"Min-Expires: 1, \xb2", "", kNoDigit},
+        {"Min-Expires: \f1", "", kNoDigit},
+    });
 }
 
 TEST(ExpiryHeaderTest, MaxForwardsTakesWhatDigitsThereAre) {
-    expectRows<KxSipMaxForwardsHeader>([](const auto& header) { return std::to_string(header.getMaxForwards()); },
-                                       {
-                                           {"Max-Forwards: 70", "70", "Max-Forwards: 70"},
-                                           {"Max-Forwards: 0", "0", "Max-Forwards: 0"},
-                                           {"Max-Forwards: seventy", "0", "Max-Forwards: 0"},
-                                       });
+    expectRows<KxSipMaxForwardsHeader, &KxSipMaxForwardsHeader::getMaxForwards>({
+        {"Max-Forwards: seventy", "0", "Max-Forwards: 0"},
+    });
     EXPECT_EQ(KxSipMaxForwardsHeader::sGetExpandedToken(), "Max-Forwards");
 }
 
 TEST(ExpiryHeaderTest, SessionTimersHaveParameters) {
     constexpr const char* kInvalid = "KxSipParseError: Invalid Session-Expires header";
-    expectRows<KxSipSessionExpiresHeader>(
-        [](const auto& header) {
-            return joined({std::to_string(header.getDeltaSeconds()), header.getRefresher(),
-                           header.isRefresherUAC() ? "uac" : "", header.isRefresherUAS() ? "uas" : ""});
-        },
-        {
-            {"Session-Expires: 1800;refresher=uac", "1800|uac|uac|", "Session-Expires: 1800;refresher=uac"},
-            {"x: 090 ; X=\"1,2\" ;Refresher = UAS;y", "90|UAS||uas", "x: 90;X=\"1,2\";Refresher=UAS;y"},
-            {"x: 4294967296;refresher=proxy, 3", "4294967295|proxy|| & 3|||",
-             "x: 4294967295;refresher=proxy & Session-Expires: 3"},
-            {"x: 1800s;refresher=uac", "1800|||", "x: 1800"},
-            {"x: ;refresher=uac", "", kInvalid},
-            {"Session-Expires: never", "", kInvalid},
-        });
-    expectRows<KxSipMinSEHeader>(
-        [](const auto& header) {
-            return std::to_string(header.getDeltaSeconds()).append("|").append(header.getParameter("a").view());
-        },
-        {
-            {"Min-SE: 90", "90|", "Min-SE: 90"},
-            {"Min-SE: 60;a=b;c", "60|b", "Min-SE: 60;a=b;c"},
-            {"Min-SE: -1", "", "KxSipParseError: Invalid Minimum SE header"},
-            {"Min-SE: 1, x", "", "KxSipParseError: Invalid Minimum SE header"},
-        });
+    using Header = KxSipSessionExpiresHeader;
+    expectRows<Header, &Header::getDeltaSeconds, &Header::getRefresher, &Header::isRefresherUAC,
+               &Header::isRefresherUAS>({
+        {"Session-Expires: 1800;refresher=uac", "1800|uac|1|0"},
+        {"x: 090 ; X=\"1,2\" ;Refresher = UAS;y", "90|UAS|0|1", "x: 90;X=\"1,2\";Refresher=UAS;y"},
+        {"x: 4294967296;refresher=proxy, 3", "4294967295|proxy|0|0 & 3||0|0",
+         "x: 4294967295;refresher=proxy & Session-Expires: 3"},
+        {"x: 1800s;refresher=uac", "1800||0|0", "x: 1800"},
+        {"Session-Expires: never", "", kInvalid},
+    });
+    expectRows<KxSipMinSEHeader, &KxSipMinSEHeader::getDeltaSeconds, &KxSipMinSEHeader::getParameters>({
+        {"Min-SE: 60;a=b;c", "60|a=b;c"},
+        {"Min-SE: 1, x", "", "KxSipParseError: Invalid Minimum SE header"},
+    });
 }
 
 TEST(ExpiryHeaderTest, RetryAfterHasACommentInFrontOfItsParameters) {
-    expectRows<KxSipRetryAfterHeader>(
-        [](const auto& header) {
-            return joined({std::to_string(header.getDeltaSeconds()), header.getComment(), header.getDuration()});
-        },
-        {
-            {"Retry-After: 18000;duration=3600", "18000||3600", "Retry-After: 18000;duration=3600"},
-            {"Retry-After: 120 (I'm in a meeting)", "120|I'm in a meeting|", "Retry-After: 120 (I'm in a meeting)"},
-            {"Retry-After: 5( a, (b;()) \\) \\(c ) ;x;DURATION=\"6\", 7", "5| a, (b;()) \\) \\(c |\"6\" & 7||",
-             "Retry-After: 5 ( a, (b;()) \\) \\(c );x;DURATION=\"6\" & Retry-After: 7"},
-            {"Retry-After: 5 ();x", "5||", "Retry-After: 5;x"},
-            {"Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6",
-             "5|" + std::string(49999, '(') + std::string(49999, ')') + "|6",
-             "Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6"},
-            // what is never closed is no comment, and nothing stands behind it
-            {"Retry-After: 5 (a(b), 6;duration=7", "5||", "Retry-After: 5"},
-            {"Retry-After: 5 (a\\)", "5||", "Retry-After: 5"},
-            {"Retry-After: (a) 5", "", "KxSipParseError: Invalid Retry-After header"},
-        });
-    const KxHandle<KxSipRetryAfterHeader> header(new KxSipRetryAfterHeader(60, "busy"));
+    expectRows<KxSipRetryAfterHeader, &KxSipRetryAfterHeader::getDeltaSeconds, &KxSipRetryAfterHeader::getComment,
+               &KxSipRetryAfterHeader::getDuration>({
+        {"Retry-After: 5( a, (b;()) \\) \\(c ) ;x;DURATION=\"6\", 7", "5| a, (b;()) \\) \\(c |\"6\" & 7||",
+         "Retry-After: 5 ( a, (b;()) \\) \\(c );x;DURATION=\"6\" & Retry-After: 7"},
+        {"Retry-After: 5 ();x", "5||", "Retry-After: 5;x"},
+        {"Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6",
+         "5|" + std::string(49999, '(') + std::string(49999, ')') + "|6",
+         "Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6"},
+        // what is never closed is no comment, and nothing stands behind it
+        {"Retry-After: 5 (a(b), 6;duration=7", "5||", "Retry-After: 5"},
+        {"Retry-After: 5 (a\\)", "5||", "Retry-After: 5"},
+        {"Retry-After: (a) 5", "", "KxSipParseError: Invalid Retry-After header"},
+    });
+    const auto header = KxMake<KxSipRetryAfterHeader>(60U, "busy");
     header->setDuration("5");
     EXPECT_EQ(linesOf(*header), "Retry-After: 60 (busy);duration=5");
 }

@@ -1,33 +1,18 @@
-#include "sipobject/headers/KxSipDateHeader.h"
-#include "sipobject/headers/KxSipMIMEVersionHeader.h"
-#include "sipobject/headers/KxSipOrganizationHeader.h"
-#include "sipobject/headers/KxSipResponseKeyHeader.h"
-#include "sipobject/headers/KxSipServerHeader.h"
-#include "sipobject/headers/KxSipSubjectHeader.h"
-#include "sipobject/headers/KxSipTimestampHeader.h"
-#include "sipobject/headers/KxSipUserAgentHeader.h"
-#include "sipobject/headers/KxSipWarningHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
 TEST(TextHeaderTest, TextsAreKeptByteForByte) {
     const std::string longest = std::string(99999, ',') + "\xff";
-    expectRows<KxSipSubjectHeader>([](const auto& header) { return std::string(header.getSubject().view()); },
-                                   {
-                                       {"s:\v\t Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t ", "Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t ",
-                                        "s: Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t "},
-                                       {"Subject: a\r\n b\r\n\t\tc", "ab\tc", "Subject: ab\tc"},
-                                       {"Subject: \xff\x01:", "\xff\x01:", "Subject: \xff\x01:"},
-                                       {"Subject: " + longest, longest, "Subject: " + longest},
-                                   });
-    const auto row = [](const std::string& name) {
-        return HeaderRow{name + ": A/1.0 (b, c)", "A/1.0 (b, c)", name + ": A/1.0 (b, c)"};
-    };
-    expectRow<KxSipServerHeader>(row("Server"), [](const auto& header) { return header.getServer().c_str(); });
-    expectRow<KxSipUserAgentHeader>(row("User-Agent"),
-                                    [](const auto& header) { return header.getUserAgent().c_str(); });
-    expectRow<KxSipOrganizationHeader>(row("Organization"),
-                                       [](const auto& header) { return header.getOrganization().c_str(); });
-    EXPECT_EQ(linesOf(*KxHandle<KxSipSubjectHeader>(new KxSipSubjectHeader(nullptr))), "Subject: ");
+    expectRows<KxSipSubjectHeader, &KxSipSubjectHeader::getSubject>({
+        {"s:\v\t Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t ", "Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t ",
+         "s: Caf\xc3\xa9, \"th\xc3\xa9;\" ,\t "},
+        {"Subject: a\r\n b\r\n\t\tc", "ab\tc", "Subject: ab\tc"},
+        {"Subject: " + longest, longest},
+    });
+    const std::string text = "A/1.0 (b, c)";
+    expectRows<KxSipServerHeader, &KxSipServerHeader::getServer>({{"Server: " + text, text}});
+    expectRows<KxSipUserAgentHeader, &KxSipUserAgentHeader::getUserAgent>({{"User-Agent: " + text, text}});
+    expectRows<KxSipOrganizationHeader, &KxSipOrganizationHeader::getOrganization>({{"Organization: " + text, text}});
+    EXPECT_EQ(linesOf(*KxMake<KxSipSubjectHeader>(nullptr)), "Subject: ");
 }
 
 TEST(TextHeaderTest, Dates) {
@@ -36,74 +21,53 @@ TEST(TextHeaderTest, Dates) {
             return header.getDate().isValid() ? std::to_string(header.getDate().getSeconds()) : "none";
         },
         {
-            {"Date: Sat, 13 Nov 2010 23:29:00 GMT", "1289690940", "Date: Sat, 13 Nov 2010 23:29:00 GMT"},
             {"Date:\tSaturday, 13-Nov-10 23:29:00 GMT ", "1289690940", "Date: Sat, 13 Nov 2010 23:29:00 GMT"},
-            {"Date: 1289690940, or so ", "none", "Date: 1289690940, or so "},
+            {"Date: 1289690940, or so ", "none"},
         });
 }
 
 TEST(TextHeaderTest, MIMEVersionsAndTimestampsBeginWithDigits) {
     constexpr const char* kNoVersion = "KxSipParseError: Invalid MIME-Version header";
-    expectRows<KxSipMIMEVersionHeader>(
-        [](const auto& header) {
-            return joined({std::to_string(header.getVersionHigh()), std::to_string(header.getVersionLow())});
-        },
+    expectRows<KxSipMIMEVersionHeader, &KxSipMIMEVersionHeader::getVersionHigh, &KxSipMIMEVersionHeader::getVersionLow>(
         {
-            {"MIME-Version: 1.0", "1|0", "MIME-Version: 1.0"},
             {"MIME-Version: 2 . 010 (x)", "2|10", "MIME-Version: 2.10"},
-            {"MIME-Version: 1", "", kNoVersion},
             {"MIME-Version: 1.", "", kNoVersion},
             {"MIME-Version: .1", "", kNoVersion},
         });
-    expectRows<KxSipTimestampHeader>(
-        [](const auto& header) {
-            return joined({header.getTimestamp(), header.getDelay()});
-        },
-        {
-            {"Timestamp: 54", "54|", "Timestamp: 54"},
-            {"Timestamp: 0054.2100 \t 00.50", "0054.2100|00.50", "Timestamp: 0054.2100 00.50"},
-            {"Timestamp: 54. .5x, 99999999999999999999.1.2", "54.|.5 & 99999999999999999999.1|.2",
-             "Timestamp: 54. .5 & Timestamp: 99999999999999999999.1 .2"},
-            {"Timestamp: .5", "", "KxSipParseError: Invalid Timestamp header"},
-        });
-    const KxHandle<KxSipTimestampHeader> header(new KxSipTimestampHeader("54.10"));
+    expectRows<KxSipTimestampHeader, &KxSipTimestampHeader::getTimestamp, &KxSipTimestampHeader::getDelay>({
+        {"Timestamp: 0054.2100 \t 00.50", "0054.2100|00.50", "Timestamp: 0054.2100 00.50"},
+        {"Timestamp: 54. .5x, 99999999999999999999.1.2", "54.|.5 & 99999999999999999999.1|.2",
+         "Timestamp: 54. .5 & Timestamp: 99999999999999999999.1 .2"},
+        {"Timestamp: .5", "", "KxSipParseError: Invalid Timestamp header"},
+    });
+    const auto header = KxMake<KxSipTimestampHeader>("54.10");
     header->setDelay("0.1");
     EXPECT_EQ(linesOf(*header), "Timestamp: 54.10 0.1");
 }
 
 TEST(TextHeaderTest, WarningsHaveACodeAnAgentAndAText) {
-    expectRows<KxSipWarningHeader>(
-        [](const auto& header) {
-            return joined({std::to_string(header.getCode()), header.getAgent(), header.getText()});
-        },
-        {
-            {"Warning: 307 h:5060 \"Session, \\\"a\\\\b\\\" \xc3\xa9 \" x, 301 [::1] \"\"",
-             "307|h:5060|Session, \"a\\b\" \xc3\xa9  & 301|[::1]|",
-             "Warning: 307 h:5060 \"Session, \\\"a\\\\b\\\" \xc3\xa9 \" & Warning: 301 [::1] \"\""},
-            {"Warning: 399 h \"\\n\\o\"", "399|h|no", "Warning: 399 h \"no\""},
-            {"Warning: 399 h  not \"quoted\" \\ , 1 h", "399|h|not \"quoted\" \\ & 1|h|",
-             "Warning: 399 h \"not \\\"quoted\\\" \\\\\" & Warning: 1 h \"\""},
-            {"Warning: 399 \"no, agent\"", "399||no, agent", "Warning: 399 \"no, agent\""},
-            {"Warning: 399h\"open, \\", "399|h|open, \\", "Warning: 399 h \"open, \\\\\""},
-            {"Warning: 99999999999", "4294967295||", "Warning: 4294967295 \"\""},
-            {"Warning: h \"text\"", "", "KxSipParseError: Invalid Warning header"},
-        });
+    expectRows<KxSipWarningHeader, &KxSipWarningHeader::getCode, &KxSipWarningHeader::getAgent,
+               &KxSipWarningHeader::getText>({
+        {"Warning: 307 h:5060 \"Session, \\\"a\\\\b\\\" \xc3\xa9 \" x, 301 [::1] \"\"",
+         "307|h:5060|Session, \"a\\b\" \xc3\xa9  & 301|[::1]|",
+         "Warning: 307 h:5060 \"Session, \\\"a\\\\b\\\" \xc3\xa9 \" & Warning: 301 [::1] \"\""},
+        {"Warning: 399 h \"\\n\\o\"", "399|h|no", "Warning: 399 h \"no\""},
+        {"Warning: 399 h  not \"quoted\" \\ , 1 h", "399|h|not \"quoted\" \\ & 1|h|",
+         "Warning: 399 h \"not \\\"quoted\\\" \\\\\" & Warning: 1 h \"\""},
+        {"Warning: 399 \"no, agent\"", "399||no, agent"},
+        {"Warning: h \"text\"", "", "KxSipParseError: Invalid Warning header"},
+    });
     const std::string text(1000, '"');
-    const KxHandle<KxSipWarningHeader> header(new KxSipWarningHeader(399, "h", KxString(text)));
+    const auto header = KxMake<KxSipWarningHeader>(399U, "h", KxString(text));
     EXPECT_EQ(readAs<KxSipWarningHeader>(written(*header))->getText(), text);
 }
 
 TEST(TextHeaderTest, ResponseKeysAreOneValue) {
-    expectRows<KxSipResponseKeyHeader>(
-        [](const auto& header) {
-            return joined({header.getScheme(), header.getParameter("key"), header.getParameters()->getString()});
-        },
-        {
-            {"Response-Key: pgp version=\"2.6,5\", Key = \"a=;b\" ,c", "pgp|\"a=;b\"|version=\"2.6,5\";Key=\"a=;b\";c",
-             "Response-Key: pgp version=\"2.6,5\",Key=\"a=;b\",c"},
-            {"Response-Key: pgp;key=1,,;key=2,", "pgp|2|key=2", "Response-Key: pgp key=2"},
-            {"Response-Key: pgp", "pgp||", "Response-Key: pgp"},
-            {"Response-Key: pgp a=\"b,c", "pgp||a=\"b,c", "Response-Key: pgp a=\"b,c"},
-            {"Response-Key: \"pgp\"", "", "KxSipParseError: Invalid Response-Key header"},
-        });
+    expectRows<KxSipResponseKeyHeader, &KxSipResponseKeyHeader::getScheme, &KxSipResponseKeyHeader::getParameters>({
+        {"Response-Key: pgp version=\"2.6,5\", Key = \"a=;b\" ,c", "pgp|version=\"2.6,5\";Key=\"a=;b\";c",
+         "Response-Key: pgp version=\"2.6,5\",Key=\"a=;b\",c"},
+        {"Response-Key: pgp;key=1,,;key=2,", "pgp|key=2", "Response-Key: pgp key=2"},
+        {"Response-Key: pgp a=\"b,c", "pgp|a=\"b,c"},
+        {"Response-Key: \"pgp\"", "", "KxSipParseError: Invalid Response-Key header"},
+    });
 }

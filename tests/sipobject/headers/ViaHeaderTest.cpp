@@ -1,4 +1,3 @@
-#include "sipobject/headers/KxSipViaHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
 namespace {
@@ -6,13 +5,13 @@ namespace {
 /** Name|version|transport|host|port, "-" where none was given|comment|parameters. */
 std::string fieldsOf(const KxSipViaHeader& via) {
     EXPECT_TRUE(via.isPortPresent() || via.getPort() == 5060);
-    return joined({via.getProtocolName(), via.getProtocolVersion(), via.getTransport(), via.getHost(),
-                   via.isPortPresent() ? std::to_string(via.getPort()) : "-", via.getComment(),
-                   via.getParameters()->getString()});
+    return joined(via.getProtocolName(), via.getProtocolVersion(), via.getTransport(), via.getHost(),
+                  via.isPortPresent() ? std::to_string(via.getPort()) : "-", via.getComment(),
+                  via.getParameters()->getString());
 }
 
 KxHandle<KxSipViaHeader> viaOf(const std::string& value) {
-    return readAs<KxSipViaHeader>("Via: " + value + "\r\n");
+    return readAs<KxSipViaHeader>("Via: " + value);
 }
 
 } // namespace
@@ -22,57 +21,50 @@ TEST(ViaHeaderTest, Reads) {
     constexpr const char* kTransport = "KxSipParseError: Invalid Via header transport";
     constexpr const char* kNoTransport = "KxSipParseError: Invalid Via header, no transport";
     constexpr const char* kTTL = "KxSipParseError: Invalid value for ttl parameter in Via header";
-    expectRows<KxSipViaHeader>(
-        fieldsOf,
-        {
-            {"Via: SIP/2.0/UDP 10.0.0.1", "SIP|2.0|UDP|10.0.0.1|-||", "Via: SIP/2.0/UDP 10.0.0.1"},
-            {"Via: SIP / 2.0 / tcp  host:5070 ;branch=z9hG4bKabc;rport",
-             "SIP|2.0|TCP|host|5070||branch=z9hG4bKabc;rport", "Via: SIP/2.0/TCP host:5070;branch=z9hG4bKabc;rport"},
-            {"Via:XYZ/9/wss\thost", "XYZ|9|WSS|host|-||", "Via: XYZ/9/WSS host"},
-            {"v: SIP/2.0/UDP a, SIP/2.0/sctp b:5061", "SIP|2.0|UDP|a|-|| & SIP|2.0|SCTP|b|5061||",
-             "v: SIP/2.0/UDP a & Via: SIP/2.0/SCTP b:5061"},
-            {"Via: a,b;c/(d)\"/TLS h", "a,b;c|(d)\"|TLS|h|-||", "Via: a,b;c/(d)\"/TLS h"},
-            // ports
-            {"Via: SIP/2.0/UDP h : 5070 :5071x", "SIP|2.0|UDP|h|5071||", "Via: SIP/2.0/UDP h:5071"},
-            {"Via: SIP/2.0/UDP h:", "SIP|2.0|UDP|h|0||", "Via: SIP/2.0/UDP h:0"},
-            {"Via: SIP/2.0/UDP h:99999999999", "SIP|2.0|UDP|h|4294967295||", "Via: SIP/2.0/UDP h:4294967295"},
-            // comments: written behind the parameters, where they read as part of the last one
-            {"Via: SIP/2.0/udp host.example (c)", "SIP|2.0|UDP|host.example|-|c|", "Via: SIP/2.0/UDP host.example (c)"},
-            {"Via: SIP/2.0/udp h (c);branch=x", "SIP|2.0|UDP|h|-|c|branch=x", "Via: SIP/2.0/UDP h;branch=x (c)"},
-            {"Via: SIP/2.0/UDP h;branch=x (c)", "SIP|2.0|UDP|h|-||branch=x (c)", "Via: SIP/2.0/UDP h;branch=x (c)"},
-            {"Via: SIP/2.0/udp h (a;  b);x", "SIP|2.0|UDP|h|-|a;  b|x", "Via: SIP/2.0/UDP h;x (a;  b)",
-             "Via: SIP/2.0/UDP h;x (a;b)"},
-            {"Via: SIP/2.0/UDP h(a)( b,\";)(:)5:6", "SIP|2.0|UDP|h|-|:|", "Via: SIP/2.0/UDP h (:)"},
-            {"Via: SIP/2.0/UDP h (open", "SIP|2.0|UDP|h|-|open|", "Via: SIP/2.0/UDP h (open)"},
-            // parameters
-            {"Via: SIP/2.0/UDP h;ttl=255;X=\"a;b\";;x=2; hidden ;maddr = 1.2.3.4",
-             "SIP|2.0|UDP|h|-||ttl=255;X=2;hidden;maddr=1.2.3.4",
-             "Via: SIP/2.0/UDP h;ttl=255;X=2;hidden;maddr=1.2.3.4"},
-            {"Via: SIP/2.0/UDP h;x=\"1, SIP/2.0/UDP g;y=\"", "SIP|2.0|UDP|h|-||x=\"1 & SIP|2.0|UDP|g|-||y=\"",
-             "Via: SIP/2.0/UDP h;x=\"1 & Via: SIP/2.0/UDP g;y=\""},
-            {"Via: SIP/2.0/UDP h;", "SIP|2.0|UDP|h|-||", "Via: SIP/2.0/UDP h"},
-            {"Via: SIP/2.0/UDP h;ttl=abc", "SIP|2.0|UDP|h|-||ttl=abc", "Via: SIP/2.0/UDP h;ttl=abc"},
-            {"Via: SIP/2.0/UDP h;ttl=256", "", kTTL},
-            {"Via: SIP/2.0/UDP h;TTL=-1", "", kTTL},
-            {"Via: SIP/2.0/UDP h;ttl=99999999999999999999", "", kTTL},
-            // the checks come in this order
-            {"Via: SIP/2.0/ ,x", "", kNoTransport},
-            {"Via: //;ttl=256", "", kNoTransport},
-            {"Via: SIP", "", kNoTransport},
-            {"Via: SIP/2.0/ host", "", kTransport}, // the host is taken for the transport
-            {"Via: //FOO", "", kTransport},
-            {"Via: SIP/2.0/UDPX host", "", kTransport},
-            {"Via: SIP/2.0/UDP [::1]:5060", "", kInvalid},
-            {"Via: SIP/2.0/UDP ;ttl=256", "", kInvalid},
-            {"Via: SIP//UDP h", "", kInvalid},
-            {"Via: / /UDP h", "", kInvalid},
-            {"Via: SIP/2.0/UDP a, SIP/2.0/UDP", "", kInvalid},
-        });
+    expectRows<KxSipViaHeader, &fieldsOf>({
+        {"Via: SIP / 2.0 / tcp  host:5070 ;branch=z9hG4bKabc;rport", "SIP|2.0|TCP|host|5070||branch=z9hG4bKabc;rport",
+         "Via: SIP/2.0/TCP host:5070;branch=z9hG4bKabc;rport"},
+        {"Via:XYZ/9/wss\thost", "XYZ|9|WSS|host|-||", "Via: XYZ/9/WSS host"},
+        {"v: SIP/2.0/UDP a, SIP/2.0/sctp b:5061", "SIP|2.0|UDP|a|-|| & SIP|2.0|SCTP|b|5061||",
+         "v: SIP/2.0/UDP a & Via: SIP/2.0/SCTP b:5061"},
+        {"Via: a,b;c/(d)\"/TLS h", "a,b;c|(d)\"|TLS|h|-||"},
+        // ports
+        {"Via: SIP/2.0/UDP h : 5070 :5071x", "SIP|2.0|UDP|h|5071||", "Via: SIP/2.0/UDP h:5071"},
+        {"Via: SIP/2.0/UDP h:", "SIP|2.0|UDP|h|0||", "Via: SIP/2.0/UDP h:0"},
+        // comments: written behind the parameters, where they read as part of the last one
+        {"Via: SIP/2.0/udp h (c);branch=x", "SIP|2.0|UDP|h|-|c|branch=x", "Via: SIP/2.0/UDP h;branch=x (c)"},
+        {"Via: SIP/2.0/udp h (a;  b);x", "SIP|2.0|UDP|h|-|a;  b|x", "Via: SIP/2.0/UDP h;x (a;  b)",
+         "Via: SIP/2.0/UDP h;x (a;b)"},
+        {"Via: SIP/2.0/UDP h(a)( b,\";)(:)5:6", "SIP|2.0|UDP|h|-|:|", "Via: SIP/2.0/UDP h (:)"},
+        {"Via: SIP/2.0/UDP h (open", "SIP|2.0|UDP|h|-|open|", "Via: SIP/2.0/UDP h (open)"},
+        // parameters
+        {"Via: SIP/2.0/UDP h;ttl=255;X=\"a;b\";;x=2; hidden ;maddr = 1.2.3.4",
+         "SIP|2.0|UDP|h|-||ttl=255;X=2;hidden;maddr=1.2.3.4", "Via: SIP/2.0/UDP h;ttl=255;X=2;hidden;maddr=1.2.3.4"},
+        {"Via: SIP/2.0/UDP h;x=\"1, SIP/2.0/UDP g;y=\"", "SIP|2.0|UDP|h|-||x=\"1 & SIP|2.0|UDP|g|-||y=\"",
+         "Via: SIP/2.0/UDP h;x=\"1 & Via: SIP/2.0/UDP g;y=\""},
+        {"Via: SIP/2.0/UDP h;ttl=abc", "SIP|2.0|UDP|h|-||ttl=abc"},
+        {"Via: SIP/2.0/UDP h;ttl=256", "", kTTL},
+        // the checks come in this order
+        {"Via: SIP/2.0/ ,x", "", kNoTransport},
+        {"Via: //;ttl=256", "", kNoTransport},
+        {"Via: SIP/2.0/ host", "", kTransport}, // the host is taken for the transport
+        {"Via: //FOO", "", kTransport},
+        {"Via: SIP/2.0/UDP ;ttl=256", "", kInvalid},
+        {"Via: SIP//UDP h", "", kInvalid},
+    });
+}
+
+TEST(ViaHeaderTest, ManyCommentsCostTheirLength) {
+    std::string comments;
+    for (int i = 0; i < 100000; ++i) {
+        comments += "SIP/2.0/UDP h(,)(;)(,";
+    }
+    EXPECT_TRUE(viaOf(comments + ")")->getNext().isNil());
 }
 
 TEST(ViaHeaderTest, TheConstructorChecksAsReadingDoes) {
     const auto make = [](const char* host, const char* transport) {
-        return outcomeOf([&] { return linesOf(*KxHandle<KxSipViaHeader>(new KxSipViaHeader(host, 0, transport))); });
+        return outcomeOf([&] { return linesOf(*KxMake<KxSipViaHeader>(host, 0U, transport)); });
     };
     EXPECT_EQ(make("h", "tls"), "Via: SIP/2.0/TLS h:0");
     EXPECT_EQ(make("h", "foo"), "KxSipParseError: Invalid Via header transport");
@@ -82,14 +74,14 @@ TEST(ViaHeaderTest, TheConstructorChecksAsReadingDoes) {
 
 TEST(ViaHeaderTest, ParametersByTheirNames) {
     const KxHandle<KxSipViaHeader> via = viaOf("SIP/2.0/UDP h;Branch=b;RPORT;received=r;x");
-    EXPECT_EQ(joined({via->getBranch(), via->getReceived(), via->getMaddr(), via->getParameter("X")}), "b|r||");
+    EXPECT_EQ(joined(via->getBranch(), via->getReceived(), via->getMaddr(), via->getParameter("X")), "b|r||");
     EXPECT_TRUE(via->isRPortPresent());
     EXPECT_FALSE(via->isHiddenPresent());
     EXPECT_EQ(via->getTTL(), 1U);
     via->setHidden();
     via->setTTL(KxString("-1"));
     EXPECT_EQ(via->getTTL(), 0xFFFFFFFFU);
-    const KxHandle<KxSipViaHeader> copy(new KxSipViaHeader(*via));
+    const auto copy = KxMake<KxSipViaHeader>(*via);
     via->setBranch(KxString("c"));
     via->removeReceived();
     via->setMaddr(KxString("m"));
@@ -101,17 +93,9 @@ TEST(ViaHeaderTest, ParametersByTheirNames) {
     }
     EXPECT_EQ(linesOf(*via), "Via: SIP/2.0/SCTP h;RPORT;x");
     EXPECT_EQ(linesOf(*copy), "Via: SIP/2.0/UDP h;Branch=b;RPORT;received=r;x;hidden;ttl=-1");
-}
-
-TEST(ViaHeaderTest, NewBranches) {
-    const KxHandle<KxSipViaHeader> via = viaOf("SIP/2.0/UDP h;x;BRANCH=1;y");
-    via->setBranchRFC3261();
-    const KxString first = via->getBranch();
-    via->setBranchRFC3261();
-    EXPECT_NE(first, via->getBranch());
-    EXPECT_EQ(first.view().substr(0, 7), "z9hG4bK");
-    EXPECT_EQ(first.length(), 43U);
-    EXPECT_EQ(via->getParameters()->size(), 3U);
+    copy->setBranchRFC3261();
+    EXPECT_EQ(copy->getBranch().length(), 43U);
+    EXPECT_EQ(linesOf(*copy).find("Via: SIP/2.0/UDP h;Branch=z9hG4bK"), 0U);
 }
 
 TEST(ViaHeaderTest, ComparesSentProtocolAndSentBy) {

@@ -6,7 +6,6 @@
 #include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipRouteHeader.h"
 #include "sipobject/headers/KxSipSupportedHeader.h"
-#include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "tests/sipobject/support/Derivation.h"
@@ -89,7 +88,6 @@ const Operation kOperations[] = {
          m->serialize(out);
          return Made(out.toByteArray());
      }},
-    {"order", [](const Message& m) { return m->getHeaderOrder(), Made(); }},
     {"Request-URI", [](const Message& m) { return bytesOf(request(m).getNameAddress()->getURI()->getString()); }},
     {"add first", [](const Message& m) { return request(m).insertViaHeader("192.0.2.9", 5070, "TCP"), Made(); }},
     {"add last", [](const Message& m) { return m->addHeader(KxMake<KxSipRouteHeader>("<sip:h;lr>"), false), Made(); }},
@@ -110,12 +108,8 @@ const Operation kOperations[] = {
      [](const Message& m) { return request(m).setPreferredIpAddr("2001:db8:1111:2222:3333:4444:5555:6666"), Made(); }},
     {"set phrase",
      [](const Message& m) { return need(as<KxSipResponse>(m)).setReasonPhrase("A phrase of its own block"), Made(); }},
-    {"set tag",
-     [](const Message& m) { return first<KxSipToHeader>(m).setTag("a tag that needs its own block"), Made(); }},
     {"set parameter",
      [](const Message& m) { return first<KxSipContactHeader>(m).setExpires("a text of its own block"), Made(); }},
-    {"set branch",
-     [](const Message& m) { return first<KxSipViaHeader>(m).setBranch("z9hG4bK-of-its-own-block"), Made(); }},
     {"set user", [](const Message& m) { return credentials(m).setUsername("a user name of its own block"), Made(); }},
     {"digest", [](const Message& m) { return Made(credentials(m).getRequestDigest()); }},
 };
@@ -259,8 +253,8 @@ TEST(FaultTest, InputThatEnds) {
     forEveryMessage([](const std::string& text) {
         for (std::size_t length = 0; length < text.size(); length += 1 + text.size() / 1000) {
             const Balance balance;
-            const Reading reading = readAnyhow(std::string_view(text).substr(0, length), readDump);
-            ASSERT_THAT(reading.result, AnyOf(StartsWith("Kx"), HasSubstr("\nstatus "))) << length;
+            const std::string dump = readEveryWay(std::string_view(text).substr(0, length), readDump);
+            ASSERT_THAT(dump, AnyOf(StartsWith("Kx"), HasSubstr("\nstatus "))) << length;
         }
     });
 }

@@ -2,15 +2,8 @@
 
 #include "tests/sipobject/support/MessageSupport.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
-#ifdef KX_PLAIN_MALLOC
-constexpr std::size_t kShrink = 64; // the sanitizers are slow, and what they look for shows in smaller sizes
-#else
-constexpr std::size_t kShrink = 1;
-#endif
 constexpr std::size_t kMega = (std::size_t{1} << 20) / kShrink;
 constexpr std::size_t kMillion = 1000000 / kShrink;
 
@@ -66,33 +59,32 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
         std::string (*make)();
         int status;
     } rows[] = {
-        {"64 KB", [] { return ofSize(65536); }, 0},
-        {"1 MB", [] { return ofSize(kMega); }, 0},
         {"64 MB", [] { return ofSize(64 * kMega); }, 0},
         {"a million tags", [] { return withLine("Supported", times(kMillion, "a,") + "a"); }, 0},
         {"a million Vias", [] { return withLine("Via", times(kMillion, "SIP/2.0/UDP h,") + "SIP/2.0/UDP h"); }, 0},
         {"a million addresses", [] { return withLine("Route", times(kMillion, "<sip:h>,") + "<sip:h>"); }, 0},
-        {"a million unknown lines", [] { return withHeaders(times(kMillion, "X-A: 1\r\n")); }, 0},
         {"a million bad lines", [] { return withHeaders(times(kMillion, "x\r\n")); }, 1},
-        {"a million interleaved lines",
-         [] {
-             return withHeaders(times(kMillion / 5, "Route: <sip:h;lr>\r\nX-A: 1\r\nVia: SIP/2.0/UDP h\r\nX-B: 2\r\n"
-                                                    "Supported: tag\r\n"));
-         },
-         0},
         {"a million empty values", [] { return withLine("Accept", times(kMillion, ",")); }, 1},
         {"a million parameters", [] { return withLine("Contact", "<sip:h>" + numbered(kMillion, ";p")); }, 0},
         {"a million URL parameters", [] { return withLine("Route", "<sip:h" + numbered(kMillion, ";p") + ">"); }, 0},
-        {"16 MB of text", [] { return withLine("X-A", std::string(16 * kMega, 'x')); }, 0},
+        // what tells where a value ends must not be looked for again and again
+        {"a million bare addresses", [] { return withLine("Contact", times(kMillion, "sip:a,") + "sip:h"); }, 0},
+        {"a million quotes", [] { return withLine("Contact", times(kMillion, "sip:a\",") + "sip:h"); }, 0},
+        {"a million quoted commas", [] { return withLine("Contact", times(kMillion, "<sip:a;b>;c=\",\",") + "sip:h"); },
+         0},
+        {"a million Via parameters twice",
+         [] {
+             const std::string list = numbered(kMillion, ";p");
+             return withLine("Via", "SIP/2.0/UDP h" + list + list);
+         },
+         0},
         {"16 MB of folds", [] { return withLine("Subject", times(4 * kMega, "x\r\n ") + "x"); }, 0},
         {"16 MB of quotes", [] { return withLine("X-A", times(8 * kMega, "\\\"")); }, 0},
         {"16 MB of display name", [] { return withLine("Contact", '"' + std::string(16 * kMega, 'x') + "\" <sip:h>"); },
          1},
-        {"16 MB of branch", [] { return withLine("Via", "SIP/2.0/UDP h;branch=" + std::string(16 * kMega, 'x')); }, 0},
         {"16 MB of realm",
          [] { return withLine("Proxy-Authenticate", "Digest realm=\"" + std::string(16 * kMega, 'x') + '"'); }, 1},
         {"16 MB of URI", [] { return message("OPTIONS sip:" + std::string(16 * kMega, 'x') + " SIP/2.0", "", ""); }, 0},
-        {"16 MB of header name", [] { return withLine(std::string(16 * kMega, 'x'), "1"); }, 0},
     };
     for (const auto& row : rows) {
         onSmallStack([&row] {
@@ -102,7 +94,7 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
             EXPECT_EQ(message->getStatus(), row.status) << row.name;
             const std::string once = written(*message);
             EXPECT_TRUE(row.status != 0 || once.size() * 5 > text.size()) << row.name << ' ' << once.size();
-            const KxHandle<KxSipMessage> copy(static_cast<KxSipMessage*>(message->clone()));
+            const KxHandle<KxSipMessage> copy = copyOf(*message);
             EXPECT_TRUE(written(*copy) == once) << row.name;
             for (const char* name : {"Route", "x-b", "Via", "Supported"}) {
                 copy->removeHeader(name);

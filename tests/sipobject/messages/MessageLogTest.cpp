@@ -1,7 +1,6 @@
 #include "core/Logger.h"
 #include "sipobject/messages/KxSipInviteMessage.h"
 #include "sipobject/messages/KxSipResponse.h"
-#include "tests/core/LogCapture.h"
 #include "tests/sipobject/support/MessageSupport.h"
 #include "util/KxByteArray.h"
 
@@ -40,13 +39,9 @@ KxInetAddress addressOf(const char* text) {
 
 TEST(MessageLogTest, LineEndsBecomeLineFeeds) {
     const std::pair<std::string, std::string> bodies[] = {
-        {"", ""},
         {"a\r\nb\r\n", "a\nb\n"},
-        {"a\rb", "a\rb"},
-        {"\r", "\r"},
         {"\r\r\n\r", "\r\n\r"},
         {"\n\r\n\n", "\n\n\n"},
-        {"a\r\n\r\n", "a\n\n"},
         {{"\0\r\n\xFF", 4}, {"\0\n\xFF", 3}},
     };
     const std::string head = kRequest + "Content-Type: a/b\r\nContent-Length: ";
@@ -89,7 +84,6 @@ TEST(MessageLogTest, TheFirstLineTellsTheWay) {
     };
     const Row rows[] = {
         {false, true, 0, nullptr, nullptr, "RECEIVED SIP MESSAGE (RESPONSE) via UDP from 10.0.0.1:5060 :"},
-        {false, true, 0, &port, nullptr, "RECEIVED SIP MESSAGE (RESPONSE) via UDP from 10.0.0.1:5070 :"},
         {true, true, 1, nullptr, &given, "RECEIVED SIP MESSAGE (REQUEST) via TCP from 2001:db8::1:5060 :"},
         {true, false, 2, &port, &given, "SENDING SIP MESSAGE (REQUEST) via TLS to 2001:db8::1:5070 :"},
         {false, false, 99, nullptr, nullptr, "SENDING SIP MESSAGE (RESPONSE) via UNKNOWN to 10.0.0.1:5060 :"},

@@ -1,5 +1,3 @@
-#include "sipobject/messages/KxSipRequest.h"
-#include "tests/core/LogCapture.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
 #include <gmock/gmock.h>
@@ -7,7 +5,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <stdexcept>
 
 #ifdef KX_PLAIN_MALLOC
 /** Of the sanitizers' run time; g++ brings no header for it. */
@@ -27,45 +24,8 @@ std::string request(std::string_view headers) {
     return "OPTIONS sip:h SIP/2.0\r\n" + requiredHeaders("OPTIONS") + std::string(headers);
 }
 
-/** Breaks off: whoever reads on gets an error that is not of this library, again and again. */
-class BrokenStream final : public KxInputStream {
-public:
-    BrokenStream(std::string_view text, std::size_t length) : m_left(text.substr(0, length)) {}
-
-protected:
-    std::size_t readSome(char* buffer, std::size_t capacity) override {
-        if (m_left.empty()) {
-            throw std::runtime_error("broken");
-        }
-        const std::size_t count = m_left.copy(buffer, std::min<std::size_t>(capacity, 5));
-        m_left.remove_prefix(count);
-        return count;
-    }
-
-private:
-    std::string_view m_left;
-};
-
-/** Messages with a dump beside each: those of this library's own quirks, and those of everybody's [RFC 4475, 5118]. */
-std::vector<std::filesystem::path> goldenFiles() {
-    std::vector<std::filesystem::path> files = filesOf("tests/messages", ".sip");
-    std::ranges::copy(filesOf("tests/messages/torture", ".sip"), std::back_inserter(files));
-    return files;
-}
-
-/** Messages one behind the other, as they are written; nothing for what is refused. */
-std::vector<std::string> writtenMessages(std::string_view text) {
-    std::vector<std::string> messages;
-    const HeapText bytes(text);
-    KxByteArrayInputStream in(bytes.view());
-    while (in.peek() >= 0) {
-        const std::string outcome = outcomeOf([&in] { return written(*KxSipMessage::sConstructFrom(in)); });
-        if (outcome.find("\r\n") == std::string::npos) {
-            break;
-        }
-        messages.push_back(outcome);
-    }
-    return messages;
+std::string readWritten(KxInputStream& in) {
+    return written(*KxSipMessage::sConstructFrom(in));
 }
 
 #ifdef KX_PLAIN_MALLOC
@@ -102,37 +62,38 @@ void withoutHugeAllocation(F f) {
 
 } // namespace
 
-/** KX_WRITE_DUMPS=1 writes the expected dumps anew, to be looked at before they are committed. */
+/** Messages with a dump beside each: those of this library's own quirks, and those of everybody's [RFC 4475, 5118].
+    KX_WRITE_DUMPS=1 writes the expected dumps anew, to be looked at before they are committed. */
 TEST(MessageParseTest, GoldenMessages) {
-    for (const std::filesystem::path& path : goldenFiles()) {
-        const Reading reading = readAnyhow(fileText(path), readDump);
-        std::string dump = reading.result + (reading.result.back() == '\n' ? "" : "\n");
-        if (!reading.rest.empty()) {
-            dump += "unread " + std::to_string(reading.rest.size()) + ": " + escaped(reading.rest) + '\n';
-        }
+    std::vector<std::filesystem::path> files = filesOf("tests/messages", ".sip");
+    std::ranges::copy(filesOf("tests/messages/torture", ".sip"), std::back_inserter(files));
+    for (const std::filesystem::path& path : files) {
+        const std::string dump = readEveryWay(fileText(path), [](KxInputStream& in) {
+            std::string result = readDump(in);
+            result += result.back() == '\n' ? "" : "\n";
+            const std::string rest = readRest(in);
+            return result + (rest.empty() ? "" : "unread " + std::to_string(rest.size()) + ": " + escaped(rest) + '\n');
+        });
         const std::filesystem::path expected = std::filesystem::path(path).replace_extension(".dump");
         if (std::getenv("KX_WRITE_DUMPS") != nullptr) {
-            std::ofstream(expected, std::ios::binary) << dump;
+            std::ofstream(expected, std::ios::binary) << dump.substr(0, dump.size() - 1);
         }
-        EXPECT_EQ(dump, fileText(expected)) << path;
+        EXPECT_EQ(dump, fileText(expected) + "@") << path;
     }
 }
 
 TEST(MessageParseTest, SecondRoundIsIdentical) {
-    std::size_t rounds = 0;
     for (const char* folder : {"samples", "tests/messages"}) {
-        for (const std::filesystem::path& path : filesOf(folder, ".sip")) {
-            for (const std::string& text : writtenMessages(fileText(path))) {
-                EXPECT_THAT(writtenMessages(text), ElementsAre(text)) << path;
-                const KxHandle<KxSipMessage> message = readMessage(text);
-                const KxHandle<KxSipMessage> copy(static_cast<KxSipMessage*>(message->clone()));
-                EXPECT_EQ(headersOf(*copy), headersOf(*message)) << path;
-                EXPECT_EQ(written(*copy), text) << path;
-                ++rounds;
-            }
+        const std::vector<std::string> messages = messagesOf(folder);
+        EXPECT_GT(messages.size(), 10U);
+        for (const std::string& message : messages) {
+            const KxHandle<KxSipMessage> first = readMessage(message);
+            const std::string text = written(*first);
+            EXPECT_EQ(readEveryWay(text, readWritten), text + "@");
+            EXPECT_EQ(headersOf(*copyOf(*first)), headersOf(*first));
+            EXPECT_EQ(written(*copyOf(*first)), text);
         }
     }
-    EXPECT_GT(rounds, 25U);
 }
 
 TEST(MessageParseTest, Refuses) {
@@ -141,60 +102,45 @@ TEST(MessageParseTest, Refuses) {
     const char* const kShort = "KxSipParseError: message body is shorter than Content-Length";
     const struct {
         std::string text;
-        const char* result;
+        std::string result;
         const char* rest;
     } rows[] = {
         {"", kNoToken, ""},
         {"\r\n\r\n", kKeepAlive, "\r\n\r\n"},
-        {"\n", kKeepAlive, "\n"},
-        {" OPTIONS sip:h SIP/2.0", kKeepAlive, " OPTIONS sip:h SIP/2.0"},
         {"\tx", kKeepAlive, "\tx"},
         {"/2.0", kKeepAlive, "/2.0"},
-        {request("Content-Length: 10\r\n\r\nfour"), kShort, "four"},
         {request("Content-Length: 1\r\n\r\n"), kShort, ""},
         {request("Content-Length: 2\r\nContent-Length: 1\r\n\r\nx"), kShort, "x"},
-        {"OPTIONS/sip:h SIP/2.0\r\n\r\n", "KxSipParseError: Unsupported Uri Scheme",
-         "\r\n"}, // the token ends at a slash too
+        // the token ends at a slash too
+        {"OPTIONS/sip:h SIP/2.0\r\n\r\n", "KxSipParseError: Unsupported Uri Scheme", "\r\n"},
     };
     for (const auto& row : rows) {
         const Balance balance;
-        EXPECT_EQ(readAnyhow(row.text, readDump), (Reading{row.result, row.rest})) << row.text;
+        EXPECT_EQ(readEveryWay(row.text, readDump), row.result + "@" + row.rest) << row.text;
     }
 }
 
 TEST(MessageParseTest, BodiesEndWhereContentLengthSays) {
     const struct {
         const char* text;
-        const char* dump;
+        const char* written;
         const char* rest;
     } rows[] = {
-        {"Content-Length: 4\r\n\r\nfourmore", "Content-Length: 4\nbody 4: four\n", "more"},
-        {"Content-Length: 0\r\n\r\nmore", "Content-Length: 0\n", "more"},
-        {"Content-Length: 4x\r\n\r\nfourmore", "Content-Length: 4\nbody 4: four\n", "more"},
-        {"l: 4\nContent-Length: 1\n\nfourmore", "l: 4\nContent-Length: 1\nbody 4: four\n", "more"},
-        {"\r\nseven\r\n", "Content-Length: 7\nbody 7: seven\\r\\n\n", ""},
-        {"\r\n", "Content-Length: 0\n", ""},
-        {"", "Content-Length: 0\n", ""},
-        {"X-A: 1", "X-A: 1\nContent-Length: 0\n", ""},
-        {"X-A: 1\r\n\r\r\r\nx", "X-A: 1\nContent-Length: 1\nbody 1: x\n", ""},
+        {"Content-Length: 4x\r\n\r\nfourmore", "Content-Length: 4\r\n\r\nfour", "more"},
+        {"Content-Length: 0\r\n\r\nmore", "Content-Length: 0\r\n\r\n", "more"},
+        {"Content-Length: -1\r\n\r\nx", "Content-Length: 0\r\n\r\n", "x"},
+        {"l: 4\nContent-Length: 1\n\nfourmore", "l: 4\r\nContent-Length: 1\r\n\r\nfour", "more"},
+        {"\r\nseven\r\n", "Content-Length: 7\r\n\r\nseven\r\n", ""},
+        {"", "Content-Length: 0\r\n\r\n", ""},
+        {"X-A: 1", "X-A: 1\r\nContent-Length: 0\r\n\r\n", ""},
+        {"X-A: 1\r\n\r\r\r\nx", "X-A: 1\r\nContent-Length: 1\r\n\r\nx", ""},
     };
+    const std::string start = "MESSAGE sip:h SIP/2.0\r\n";
     for (const auto& row : rows) {
-        // the line without a colon makes the status 1, and nothing is asked of the message as a whole
-        Reading reading = readAnyhow("MESSAGE sip:h SIP/2.0\r\nno colon\r\n" + std::string(row.text), readDump);
-        for (const char* name : {"KxSipUnknownHeader ", "KxSipContentLengthHeader "}) {
-            for (std::size_t at = 0; (at = reading.result.find(name)) != std::string::npos;) {
-                reading.result.erase(at, std::string_view(name).size());
-            }
-        }
-        EXPECT_EQ(reading, (Reading{"MESSAGE sip:h SIP/2.0\nstatus 1\n" + std::string(row.dump), row.rest}))
+        // of a message with a line that is dropped nothing is asked as a whole
+        EXPECT_EQ(readEveryWay(start + "no colon\r\n" + row.text, readWritten), start + row.written + "@" + row.rest)
             << row.text;
     }
-}
-
-TEST(MessageParseTest, NegativeLengthsAreNoLengths) {
-    const Reading reading = readAnyhow(request("Content-Length: -1\r\n\r\nx"), readDump);
-    EXPECT_THAT(reading.result, Not(HasSubstr("body")));
-    EXPECT_EQ(reading.rest, "x");
 }
 
 TEST(MessageParseTest, HugeLengthsAllocateNothing) {
@@ -211,9 +157,7 @@ TEST(MessageParseTest, HugeLengthsAllocateNothing) {
 }
 
 TEST(MessageParseTest, NotesWhatItDropsAndRefuses) {
-    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril.kx.KxSipMessage");
-    LogCapture capture(logger);
-    logger.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    ClassLog capture("tandril.kx.KxSipMessage");
     const auto said = [&capture](std::string_view text) {
         const HeapText bytes(text);
         KxByteArrayInputStream in(bytes.view());
@@ -231,17 +175,11 @@ TEST(MessageParseTest, NotesWhatItDropsAndRefuses) {
     EXPECT_THAT(said(request("Content-Length: 1\r\n\r\n")),
                 Contains("KxException Occurred while parsing body of message: message body is shorter than "
                          "Content-Length"));
-    DribblingStream failing("OPTIONS sip:h SIP/2.0\r\nX-A: 1\r\n\r\n", 7, true, 31);
-    const std::string dump = readDump(failing);
-    EXPECT_THAT(dump, HasSubstr("status"));
-    EXPECT_THAT(capture.texts(), Contains(HasSubstr("connection lost")));
 }
 
 /** A stream that fails: the start line goes with it; later on what was read stands, and says that it is not all. */
 TEST(MessageParseTest, FailingStreams) {
-    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril.kx.KxSipMessage");
-    LogCapture capture(logger);
-    logger.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    ClassLog capture("tandril.kx.KxSipMessage");
     std::size_t unusable = 0;
     for (const std::filesystem::path& path : filesOf("tests/messages", ".sip")) {
         const std::string text = fileText(path);
@@ -257,8 +195,6 @@ TEST(MessageParseTest, FailingStreams) {
                     << path << " failing at " << at;
                 unusable += dump.find("\nstatus 2\n") != std::string::npos ? 1 : 0;
             }
-            BrokenStream broken(text, at);
-            ASSERT_THAT(readDump(broken), AnyOf("std::runtime_error: broken", usual)) << path << " broken at " << at;
         }
     }
     EXPECT_GT(unusable, 0U);

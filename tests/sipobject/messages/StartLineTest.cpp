@@ -1,16 +1,9 @@
-#include "sipobject/messages/KxSipRequest.h"
 #include "tests/sipobject/support/MessageSupport.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 
-/** A request whose status can be seen after it was refused; nothing is asked of its headers. */
-class BareRequest final : public KxSipRequest {
-public:
-    BareRequest* clone() const override { return new BareRequest(*this); }
-    using KxSipRequest::parse;
-
+/** A request of which nothing is asked but its start line. */
+class BareRequest final : public OpenRequest {
 protected:
     void checkValidity() override {}
 };
@@ -20,8 +13,7 @@ std::string readRequest(KxInputStream& in) {
     BareRequest request;
     const std::string outcome = outcomeOf([&] {
         request.parse("INVITE", in);
-        const std::string text = written(request);
-        return text.substr(0, text.find("\r\n"));
+        return startLineOf(request);
     });
     return std::to_string(request.getStatus()) + ' ' + outcome;
 }
@@ -39,7 +31,7 @@ TEST(StartLineTest, Requests) {
     const char* const kScheme = "416 KxSipParseError: Unsupported Uri Scheme";
     const struct {
         std::string_view line;
-        const char* result;
+        std::string result;
         const char* rest;
     } rows[] = {
         {" sip:u1 SIP/2.0\r\n\r\n", "0 INVITE sip:u1 SIP/2.0", ""},
@@ -47,87 +39,57 @@ TEST(StartLineTest, Requests) {
         {" SIP:a@h;lr;a=1,2 SIP/2.0\r\n", "0 INVITE sip:a@h;lr;a=1,2 SIP/2.0", ""},
         {" TEL:+1;a SIP/2.0\r\n", "0 INVITE tel:+1;a SIP/2.0", ""},
         {" <sip:u1;a>;b SIP/2.0\r\n", "0 INVITE sip:u1;a SIP/2.0", ""},
-        {" sip:u1,sip:u2 SIP/2.0\r\n", "0 INVITE sip:u1 SIP/2.0", ""},
         {"", kNoEnd, ""},
-        {" sip:u1 SIP/2.0\r", kNoEnd, ""},
         {"\n", kNoCR, ""},
         {" sip:u1 SIP/2.0\nVia: x", kNoCR, "Via: x"},
         {"\r\nVia: x", kSpaces, "Via: x"},
         {"sip:u1\r\n", kSpaces, ""},
         {" sip:u1  SIP/2.0\r\n", kSpaces, ""},
-        {" sip:u1 SIP/2.0 \r\n", kSpaces, ""},
         {"sip:u 1 SIP/2.0\r\n", kSpaces, ""},
         {" SIP/2.0\r\n", "2 KxSipParseError: Invalid Start-Line for SIP request", ""},
         {" sip:u1 SIP/2.00\r\n", kVersion, ""},
-        {" sip:u1 SIP/2.\r\n", kVersion, ""},
         {" sip:u1 sip/2.0\r\n", kVersion, ""},
-        {" sip:u1 \r\n", kVersion, ""},
         {" sip:u1 SIP/2.1\r\n", kNotTwo, ""},
-        {" sip:u1 SIP/3.0\r\n", kNotTwo, ""},
-        {" sip:u1 SIP/2,0\r\n", kNotTwo, ""},
         {" sips:u1 SIP/3.0\r\n", kNotTwo, ""}, // the version is looked at first
-        {" sips:u1 SIP/2.0\r\nVia: x", kScheme, "Via: x"},
         {" <SIPS:u1> SIP/2.0\r\n", kScheme, ""},
         {" sipx:@ SIP/2.0\r\n", kScheme, ""},
         {" mailto:u1 SIP/2.0\r\n", kScheme, ""},
-        {" :u1 SIP/2.0\r\n", kScheme, ""},
         {" <<sip:u1> SIP/2.0\r\n", kScheme, ""},
         {"  SIP/2.0\r\n", "2 KxException: INVALID URI", ""},
-        {" mailto SIP/2.0\r\n", "2 KxException: INVALID URI", ""},
         {" sipx SIP/2.0\r\n", "2 KxSipParseError: Sip URL wrong format", ""},
-        {" sip:@h SIP/2.0\r\n", "2 KxSipParseError: Sip URL wrong format (\"@\" present without a user part)", ""},
         {" sip:h? SIP/2.0\r\n", "2 KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n", ""},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(readAnyhow(row.line, readRequest), (Reading{row.result, row.rest})) << row.line;
+        EXPECT_EQ(readEveryWay(row.line, readRequest), row.result + "@" + row.rest) << row.line;
     }
     const std::string fits = " tel:" + std::string(1018, '1') + " SIP/2.0\r\n";
-    EXPECT_EQ(readAnyhow(fits, readRequest).result, "0 INVITE" + fits.substr(0, fits.size() - 2));
-    EXPECT_EQ(readAnyhow(" tel:11" + fits.substr(5), readRequest).result, "2 KxSipParseError: Invalid TelURL");
+    EXPECT_EQ(readEveryWay(fits, readRequest), "0 INVITE" + fits.substr(0, fits.size() - 2) + "@");
+    EXPECT_EQ(readEveryWay(" tel:11" + fits.substr(5), readRequest), "2 KxSipParseError: Invalid TelURL@");
 }
 
 TEST(StartLineTest, HeadersOfTheRequestURIBecomeTheRequests) {
-    const struct {
-        std::string_view line;
-        std::string_view rest;
-        const char* dump;
-    } rows[] = {
-        {"sip:u1?Subject=hi;body=xyz", "\r\n",
-         "INVITE sip:u1 SIP/2.0\nstatus 0\nSubject: hi\nContent-Length: 3\nbody 3: xyz\n"},
-        {"sip:u1?BODY=a%20b%0d%3d;X-A=1", "\r\n",
-         "INVITE sip:u1 SIP/2.0\nstatus 0\nContent-Length: 3\nX-A: 1\nbody 3: ab=\n"},
-        {"sip:u1;lr?body=\"a%20b%2C%3d\"", "\r\n",
-         "INVITE sip:u1;lr SIP/2.0\nstatus 0\nContent-Length: 7\nbody 7: \"a b,=\"\n"},
-        {"sip:u1?Supported=100rel,timer;x-a=1,2;k=z;X-A=3", "Supported: own\r\nX-A: own\r\n\r\n",
-         "INVITE sip:u1 SIP/2.0\nstatus 0\nSupported: 100rel\nSupported: timer\nSupported: z\nSupported: own\nx-a: 3\n"
-         "X-A: own\nContent-Length: 0\n"},
-        {"<sip:u1?Subject=hi>", "\r\n", "INVITE sip:u1 SIP/2.0\nstatus 0\nSubject: hi\nContent-Length: 0\n"},
+    const std::pair<std::string, std::string> rows[] = {
+        {"sip:u1?BODY=a%20b%0d%3d;X-A=1 SIP/2.0\r\n\r\n", "sip:u1 SIP/2.0\r\nContent-Length: 3\r\nX-A: 1\r\n\r\nab="},
+        {"sip:u1;lr?body=\"a%20b%2C%3d\" SIP/2.0\r\n\r\n", "sip:u1;lr SIP/2.0\r\nContent-Length: 7\r\n\r\n\"a b,=\""},
+        {"<sip:u1?Supported=100rel,timer;x-a=1,2;k=z;X-A=3> SIP/2.0\r\nSupported: own\r\nX-A: own\r\n\r\n",
+         "sip:u1 SIP/2.0\r\nSupported: 100rel\r\nSupported: timer\r\nSupported: z\r\nSupported: own\r\nx-a: 3\r\n"
+         "X-A: own\r\nContent-Length: 0\r\n\r\n"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [text, expected] : rows) {
         BareRequest request;
-        const std::string text = " " + std::string(row.line) + " SIP/2.0\r\n" + std::string(row.rest);
-        const HeapText bytes(text);
+        const HeapText bytes(" " + text);
         KxByteArrayInputStream in(bytes.view());
         request.parse("INVITE", in);
-        std::string dump = dumpOf(request);
-        for (const char* name :
-             {"KxSipUnknownHeader ", "KxSipSubjectHeader ", "KxSipSupportedHeader ", "KxSipContentLengthHeader "}) {
-            for (std::size_t at = dump.find(name); at != std::string::npos; at = dump.find(name)) {
-                dump.erase(at, std::strlen(name));
-            }
-        }
-        EXPECT_EQ(dump, row.dump) << row.line;
+        EXPECT_EQ(written(request), "INVITE " + expected);
     }
-    EXPECT_EQ(readAnyhow(" sip:u1?Via=x SIP/2.0\r\n", readRequest).result,
-              "2 KxSipParseError: Invalid Via header, no transport");
-    EXPECT_EQ(readAnyhow(" sip:u1?a%3Ab=x SIP/2.0\r\n", readRequest).result,
-              "2 KxSipParseError: Header token expected");
+    EXPECT_EQ(readEveryWay(" sip:u1?Via=x SIP/2.0\r\n", readRequest),
+              "2 KxSipParseError: Invalid Via header, no transport@");
+    EXPECT_EQ(readEveryWay(" sip:u1?a%3Ab=x SIP/2.0\r\n", readRequest), "2 KxSipParseError: Header token expected@");
 }
 
 TEST(StartLineTest, SetURIKeepsACopyWithoutBrackets) {
     BareRequest request;
-    const std::string_view text(" sip:u1 SIP/2.0\r\n");
-    KxByteArrayInputStream in(text);
+    KxByteArrayInputStream in(std::string_view(" sip:u1 SIP/2.0\r\n"));
     request.parse("INVITE", in);
     auto uri = KxMake<KxURI>(nullptr);
     uri->parse("<<urn:a<b");
@@ -135,7 +97,7 @@ TEST(StartLineTest, SetURIKeepsACopyWithoutBrackets) {
     EXPECT_EQ(request.getURI()->getString(), "urn:ab");
     EXPECT_EQ(uri->getString(), "<urn:a<b");
     request.setURI({});
-    EXPECT_EQ(written(request).substr(0, 2), "Co"); // a request without a URI has no start line to write
+    EXPECT_EQ(startLineOf(request), "Content-Length: 0"); // a request without a URI has no start line to write
 }
 
 TEST(StartLineTest, Responses) {
@@ -159,9 +121,9 @@ TEST(StartLineTest, Responses) {
         {"SIP\r\n", kPoint},
     };
     for (const auto& row : rows) {
-        const Reading reading =
-            readAnyhow(row.line + requiredHeaders("INVITE") + "Content-Length: 0\r\n\r\n", readDump);
-        EXPECT_EQ(reading.result.substr(0, reading.result.find('\n')), row.result) << row.line;
+        const std::string text = row.line + requiredHeaders("INVITE") + "Content-Length: 0\r\n\r\n";
+        const std::string dump = readEveryWay(text, readDump);
+        EXPECT_EQ(dump.substr(0, dump.find_first_of(dump.starts_with("Kx") ? "@" : "\n")), row.result) << row.line;
     }
-    EXPECT_EQ(readAnyhow("SIP/2.0 200", readDump).result, kEnd);
+    EXPECT_THROW(readMessage("SIP/2.0 200"), KxHandle<KxSipParseError>);
 }

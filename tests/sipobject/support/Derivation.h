@@ -38,7 +38,7 @@ inline KxHandle<KxSipMessage> derive(const KxHandle<KxSipMessage>& parent, std::
     if (how == "cancel") {
         return KxMake<KxSipCancelMessage>(as<KxSipRequest>(parent));
     }
-    if (parent->isRequest()) {
+    if (!parent.isNil() && parent->isRequest()) {
         return KxMake<KxSipByeMessage>(as<KxSipInviteMessage>(parent));
     }
     return KxMake<KxSipByeMessage>(as<KxSipResponse>(parent));

@@ -1,27 +1,21 @@
 #pragma once
 
-#include "sipobject/headers/KxSipHeader.h"
+#include "tests/sipobject/support/Headers.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
+#include <functional>
 #include <initializer_list>
 
-#if defined(__SANITIZE_THREAD__)
-inline constexpr bool kUnderThreadSanitizer = true;
-#elif defined(__has_feature)
-inline constexpr bool kUnderThreadSanitizer = __has_feature(thread_sanitizer);
-#else
-inline constexpr bool kUnderThreadSanitizer = false;
-#endif
-
-inline KxHandle<KxSipHeader> readHeader(std::string_view line) {
-    const HeapText bytes(line);
+/** The header of a line; its end is added. */
+inline KxHandle<KxSipHeader> readHeader(const std::string& line) {
+    const HeapText bytes(line + "\r\n");
     KxByteArrayInputStream in(bytes.view());
     return KxSipHeader::sConstructFrom(in);
 }
 
 /** The one header of a line, which must be of the class. */
 template <class H>
-KxHandle<H> readAs(std::string_view line) {
+KxHandle<H> readAs(const std::string& line) {
     const KxHandle<H> header = KxHandleCast<H>(readHeader(line));
     EXPECT_FALSE(header.isNil()) << line;
     return header;
@@ -43,12 +37,12 @@ inline std::string linesOf(const KxSipHeader& header) {
     return lines;
 }
 
-/** A line (its end is added), what is in its values, and what they are written as or the failure; and, for a value that
-    is laid down to be written so that it reads as another, what becomes of that. */
+/** A line (its end is added), what is in its values, and what they are written as, if not as they stood, or the failure;
+    and, for a value that is laid down to be written so that it reads as another, what becomes of that. */
 struct HeaderRow {
     std::string line;
     std::string fields;
-    std::string lines;
+    std::string written = {};
     std::string secondRound = {};
 };
 
@@ -57,6 +51,7 @@ struct HeaderRow {
 template <class H, class Fields>
 void expectRow(const HeaderRow& row, Fields fields) {
     const Balance balance;
+    const std::string& lines = row.written.empty() ? row.line : row.written;
     const auto read = [&](KxInputStream& in) {
         return outcomeOf([&] {
             const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
@@ -69,19 +64,19 @@ void expectRow(const HeaderRow& row, Fields fields) {
             return all + " -> " + linesOf(*header);
         });
     };
-    const bool fails = row.lines.find("Kx") == 0;
-    EXPECT_EQ(readEveryWay(row.line + "\r\n", read), (fails ? "" : row.fields + " -> ") + row.lines + "@") << row.line;
+    const bool fails = lines.find("Kx") == 0;
+    EXPECT_EQ(readEveryWay(row.line + "\r\n", read), (fails ? "" : row.fields + " -> ") + lines + "@") << row.line;
     if (fails) {
         return;
     }
     std::string again;
     for (std::size_t begin = 0; begin != std::string::npos;) {
-        const std::size_t end = row.lines.find(" & ", begin);
-        const std::string line = row.lines.substr(begin, end == std::string::npos ? end : end - begin);
-        again.append(begin == 0 ? "" : " & ").append(outcomeOf([&] { return linesOf(*readHeader(line + "\r\n")); }));
+        const std::size_t end = lines.find(" & ", begin);
+        const std::string line = lines.substr(begin, end == std::string::npos ? end : end - begin);
+        again.append(begin == 0 ? "" : " & ").append(outcomeOf([&] { return linesOf(*readHeader(line)); }));
         begin = end == std::string::npos ? end : end + 3;
     }
-    EXPECT_EQ(again, row.secondRound.empty() ? row.lines : row.secondRound);
+    EXPECT_EQ(again, row.secondRound.empty() ? lines : row.secondRound);
 }
 
 template <class H, class Fields>
@@ -91,12 +86,8 @@ void expectRows(Fields fields, std::initializer_list<HeaderRow> rows) {
     }
 }
 
-/** The values with "|" between them. */
-inline std::string joined(std::initializer_list<std::string_view> values) {
-    std::string all;
-    for (const std::string_view value : values) {
-        all.append(value).append("|");
-    }
-    all.pop_back();
-    return all;
+/** The same, where the fields are what these getters, or functions of the header, say. */
+template <class H, auto... getters>
+void expectRows(std::initializer_list<HeaderRow> rows) {
+    expectRows<H>([](const H& header) { return joined(std::invoke(getters, header)...); }, rows);
 }

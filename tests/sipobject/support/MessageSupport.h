@@ -1,7 +1,8 @@
 #pragma once
 
 #include "core/MemAccount.h"
-#include "sipobject/messages/KxSipMessage.h"
+#include "sipobject/messages/KxSipRequest.h"
+#include "tests/core/LogCapture.h"
 #include "tests/util/Streams.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxException.h"
@@ -11,6 +12,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <concepts>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
@@ -19,9 +21,9 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -35,16 +37,47 @@ std::string className(const T& object) {
     return text;
 }
 
-/** What f returns, or the class and text of what it throws. */
+/** What f returns, if anything, or the class and text of what it throws. */
 template <class F>
 std::string outcomeOf(F f) {
     try {
-        return f();
+        if constexpr (std::is_void_v<decltype(f())>) {
+            f();
+            return "";
+        } else {
+            return f();
+        }
     } catch (const KxHandle<KxException>& failure) {
         return className(*failure) + ": " + std::string(failure->getExceptionMessage().view());
     } catch (const std::exception& failure) {
         return className(failure) + ": " + failure.what();
     }
+}
+
+#ifdef KX_PLAIN_MALLOC
+/** The sanitizers are slow, and what they look for shows in smaller sizes. */
+inline constexpr std::size_t kShrink = 64;
+#else
+inline constexpr std::size_t kShrink = 1;
+#endif
+
+/** Texts, numbers and parameter lists with "|" between them. */
+template <class... Values>
+std::string joined(const Values&... values) {
+    std::string all;
+    const auto add = [&all]<class Value>(const Value& value) {
+        if constexpr (std::integral<Value> || std::is_enum_v<Value>) {
+            all += std::to_string(+value);
+        } else if constexpr (requires { value->getString(); }) {
+            all += value->getString();
+        } else {
+            all += value;
+        }
+        all += '|';
+    };
+    (add(values), ...);
+    all.pop_back();
+    return all;
 }
 
 /** What the object writes of itself. */
@@ -87,11 +120,15 @@ inline std::string headersOf(const KxSipMessage& message) {
     return lines;
 }
 
+inline std::string startLineOf(const KxSipMessage& message) {
+    const std::string text = written(message);
+    return text.substr(0, text.find("\r\n"));
+}
+
 /** The message for people: start line, status, headers and body, a line each. */
 inline std::string dumpOf(const KxSipMessage& message) {
-    const std::string text = written(message);
-    std::string dump = escaped(text.substr(0, text.find("\r\n"))) + "\nstatus " + std::to_string(message.getStatus()) +
-                       '\n' + headersOf(message);
+    std::string dump =
+        escaped(startLineOf(message)) + "\nstatus " + std::to_string(message.getStatus()) + '\n' + headersOf(message);
     if (message.hasBody()) {
         const std::string_view body(message.getBody(), message.getStoredBodyLength());
         dump += "body " + std::to_string(body.size()) + ": " + escaped(body) + '\n';
@@ -99,37 +136,37 @@ inline std::string dumpOf(const KxSipMessage& message) {
     return dump;
 }
 
-/** What a reader made of a text, and what it left unread. */
-struct Reading {
-    std::string result;
-    std::string rest;
-
-    bool operator==(const Reading&) const = default;
-    friend std::ostream& operator<<(std::ostream& out, const Reading& reading) {
-        return out << reading.result << " before " << testing::PrintToString(reading.rest);
-    }
-};
-
-/** Runs the reader, which returns a text, over an exact-size block and over streams that deliver a few bytes at a time,
-    which must come to the same. */
-template <class Reader>
-Reading readAnyhow(std::string_view text, Reader reader) {
-    const HeapText bytes(text);
-    const auto read = [&](KxInputStream&& in) {
-        std::string result = reader(in);
-        return Reading{std::move(result), readRest(in)};
-    };
-    Reading reading = read(KxByteArrayInputStream(bytes.view()));
-    EXPECT_EQ(read(DribblingStream(bytes.view(), 1)), reading) << "a byte at a time: " << text;
-    EXPECT_EQ(read(DribblingStream(bytes.view(), 7, false)), reading) << "7 bytes at a time: " << text;
-    return reading;
-}
-
 inline KxHandle<KxSipMessage> readMessage(std::string_view text) {
     const HeapText bytes(text);
     KxByteArrayInputStream in(bytes.view());
     return KxSipMessage::sConstructFrom(in);
 }
+
+inline KxHandle<KxSipMessage> copyOf(const KxSipMessage& message) {
+    return KxHandle<KxSipMessage>(static_cast<KxSipMessage*>(message.clone()));
+}
+
+/** A request that lets its parser's operations be called, and outlives their failures. */
+class OpenRequest : public KxSipRequest {
+public:
+    OpenRequest() = default;
+    explicit OpenRequest(const char* method) : KxSipRequest(KxString(method)) {}
+    OpenRequest(const OpenRequest&) = default;
+    OpenRequest* clone() const override { return new OpenRequest(*this); }
+    using KxSipMessage::addHeaderByID;
+    using KxSipMessage::asynchAddHeader;
+    using KxSipMessage::checkValidity;
+    using KxSipMessage::setStatus;
+    using KxSipRequest::parse;
+};
+
+/** What one of the library's classes logs, while in scope. */
+struct ClassLog : LogCapture {
+    explicit ClassLog(const std::string& name, int level = log4cplus::DEBUG_LOG_LEVEL)
+        : LogCapture(log4cplus::Logger::getInstance(name)) {
+        log4cplus::Logger::getInstance(name).setLogLevel(level);
+    }
+};
 
 /** The dump of the next message of the stream, or why there is none. */
 inline std::string readDump(KxInputStream& in) {
