@@ -178,6 +178,7 @@ TEST(AceCleanupLoggerTest, WithoutAnAppenderAllIsOffAndNothingIsComplainedAbout)
 TEST(AceCleanupLoggerTest, AnAppenderTakenAwayReadsNoMore) {
     log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
     openEntry();
+    EXPECT_FALSE(s_logger.isEnabled(LogLevel::Fatal)); // makes the logger, ahead of log4cplus
     log4cplus::Logger logger = log4("tandril.kx.KxAlpha");
     log4cplus::SharedAppenderPtr reader(new FunctionAppender([](const LogRecord&) {}));
     reader->setName("reader");
