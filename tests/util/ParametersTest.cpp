@@ -175,22 +175,36 @@ TEST(ParametersTest, HoldsAHundredThousandNames) {
 }
 
 TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
-    for (int size = 0; size <= 17; ++size) {
-        KxParameters list;
-        for (int i = 0; i < size; ++i)
-            list.setValue("name" + std::to_string(i), KxString("value"));
-        const std::string before = dump(list);
-        const KxString value("a value");
-        for (std::uint64_t n = 1; !list.isPresent("a new name"); ++n) {
-            EXPECT_EQ(dump(list), before);
-            Oskan::MemAllocatorFaults::sFailAfter(n);
-            try {
-                list.setValue("a new name", value);
-            } catch (const std::bad_alloc&) {
+    void (*const changes[])(KxParameters&) = {
+        [](KxParameters& list) { list.setValue("a new name", KxString("a value")); },
+        [](KxParameters& list) {
+            list.setValues({{"name0", "another"}, {"nothing", KxString()}, {"a new name", ""}, {"and one more", "1"}});
+        },
+        [](KxParameters& list) {
+            KxParameters other;
+            other.parse("a new name;x=1;y=2;z=3");
+            list = other;
+        },
+    };
+    for (int size = 0; size <= 40; ++size) {
+        for (const auto change : changes) {
+            KxParameters list;
+            for (int i = 0; i < size; ++i)
+                list.setValue("name" + std::to_string(i), KxString("value"));
+            const std::string before = dump(list);
+            KxParameters expected(list);
+            change(expected);
+            for (std::uint64_t n = 1; !list.isPresent("a new name"); ++n) {
+                EXPECT_EQ(dump(list), before);
+                Oskan::MemAllocatorFaults::sFailAfter(n);
+                try {
+                    change(list);
+                } catch (const std::bad_alloc&) {
+                }
+                Oskan::MemAllocatorFaults::sDisarm();
             }
-            Oskan::MemAllocatorFaults::sDisarm();
+            EXPECT_EQ(dump(list), dump(expected));
         }
-        EXPECT_EQ(dump(list), before + "a new name>a value|");
     }
 }
 

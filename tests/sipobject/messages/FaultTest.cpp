@@ -111,6 +111,11 @@ const Operation kOperations[] = {
     {"set parameter",
      [](const Message& m) { return first<KxSipContactHeader>(m).setExpires("a text of its own block"), Made(); }},
     {"set user", [](const Message& m) { return credentials(m).setUsername("a user name of its own block"), Made(); }},
+    {"validate",
+     [](const Message& m) {
+         return credentials(m).validate("a user name of its own block", "a long password", "a rather long realm"),
+                Made();
+     }},
     {"digest", [](const Message& m) { return Made(credentials(m).getRequestDigest()); }},
 };
 
