@@ -208,6 +208,21 @@ TEST(SipURLTest, Changes) {
     EXPECT_EQ(copy.getString(), "sip:h;TRANSPORT=udp;lr?a%3D1%3Bb%3D2");
 }
 
+TEST(SipURLTest, HeadersAreReadByThemselves) {
+    expectRows(
+        {
+            {"c=3;a=%40>x", "||h||p|a=@;b=2;c=3  sip:h;p?a%3D%40%3Bb%3D2%3Bc%3D3", "x"},
+            {"a", "KxSipParseError: SIP URL Header key doesn't have a value (1)\n", ""},
+        },
+        [](KxInputStream& in) {
+            return outcomeOf([&in] {
+                KxSipURL url("sip:h;p?a=1;b=2");
+                url.parseHeader(in);
+                return fieldsOf(url);
+            });
+        });
+}
+
 TEST(SipURLTest, ManyParametersAndHeadersCostTheirLength) {
     std::string text = "sip:h";
     for (const char* name : {";parameter", "%3Bheader"}) {

@@ -173,3 +173,22 @@ TEST(AddressHeaderTest, HeadersHoldCopies) {
     EXPECT_EQ(linesOf(*contact), "Contact: Bob <tel:1>");
     EXPECT_TRUE(contact->getURL().isNil());
 }
+
+TEST(AddressHeaderTest, StreamsTakeHandles) {
+    const auto text = [](const auto& handle) {
+        KxByteArrayOutputStream out;
+        out << handle;
+        return std::string(out.view());
+    };
+    KxByteArrayInputStream first("A <sip:a>");
+    KxByteArrayInputStream second("<sip:b>");
+    KxHandle<KxSipNameAddress> address;
+    first >> address;
+    EXPECT_EQ(text(address), "A <sip:a>");
+    const KxSipNameAddress* const made = address.get();
+    second >> address; // into the one that is there
+    EXPECT_EQ(address.get(), made);
+    EXPECT_EQ(text(address), "<sip:b>");
+    EXPECT_EQ(text(address->getURL()) + text(KxMake<KxTelURL>("tel:1")), "sip:btel:1");
+    EXPECT_EQ(text(KxHandle<KxSipURL>()) + text(KxHandle<KxTelURL>()), "");
+}
