@@ -1,6 +1,7 @@
 #include "core/AceCleanupLogger.h"
 
 #include "core/ClassLoggers.h"
+#include "core/LogDeferral.h"
 
 namespace Oskan {
 
@@ -15,7 +16,10 @@ void AceCleanupLogger::log(LogLevel level, std::string_view text, const char* so
     if (!isEnabled(level))
         return;
     try {
-        ClassLoggers::sCopy(*this).log(level, text, source, line);
+        if (LogDeferral::sIsOpen())
+            LogDeferral::sKeep(*this, level, text, source, line);
+        else
+            ClassLoggers::sCopy(*this).log(level, text, source, line);
     } catch (...) {
         // The work that was to be logged goes on.
     }

@@ -107,12 +107,44 @@ struct KxSipHeader::Line {
 };
 
 constinit Oskan::MemAccount KxSipHeader::s_account{"KxSipHeader"};
+constinit std::atomic<std::uint32_t> KxSipHeader::s_changes{0};
 
 /** In a loop: a chain may be longer than the stack is deep. */
 void KxSipHeader::releaseChain() {
     KxHandle<KxSipHeader> next = std::move(m_next);
     while (!next.isNil() && next->isUnshared()) {
         next = KxHandle<KxSipHeader>(std::move(next->m_next));
+    }
+    if (isInMessage() && !next.isNil()) { // a host holds one of them, which outlives the message
+        next->leaveMessage();
+    }
+}
+
+void KxSipHeader::joinChain() {
+    const KxSipHeader* value = m_next.get();
+    while (value != nullptr && !value->isInMessage()) {
+        value = value->m_next.get();
+    }
+    if (value != nullptr) {
+        m_next = nullptr;
+        return;
+    }
+    for (KxSipHeader* next = m_next.get(); next != nullptr; next = next->m_next.get()) {
+        next->setInMessage(true);
+    }
+}
+
+KxSipHeader& KxSipHeader::lastOfChain() {
+    KxSipHeader* last = this;
+    while (!last->m_next.isNil()) {
+        last = last->m_next.get();
+    }
+    return *last;
+}
+
+void KxSipHeader::leaveMessage() {
+    for (KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
+        value->setInMessage(false);
     }
 }
 
@@ -137,6 +169,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
     const Oskan::EntryDepth entry;
     KxHandle<KxSipHeader> header;
     sReadFrom(in, header).raiseIfAny();
+    header->leaveMessage();
     return header;
 }
 
@@ -165,6 +198,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
     if (m_token.view() != name) {
+        noteChange();
         const KxString& compact = getCompactToken();
         m_token = compact.view() == name ? compact : KxString(name);
     }
@@ -199,12 +233,14 @@ template <bool kTraced>
         }
         *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
         KxSipHeader* const last = link->get();
+        last->setInMessage(isInMessage());
         if (const KxSipFault fault = last->readValue(in)) {
             return fault;
         }
         link = &last->m_next;
     }
-    addNext(std::move(further));
+    noteChange();
+    lastOfChain().m_next = std::move(further);
     return {};
 }
 
@@ -227,6 +263,7 @@ template <bool kTraced>
 [[gnu::always_inline]] inline KxSipFault KxSipHeader::sMake(const Line& line, KxHandle<KxSipHeader>& header) {
     bool named = false;
     KxHandle<KxSipHeader> made = sConstruct<kTraced>(line, named);
+    made.get()->setInMessage(true);
     const KxSipFault fault = made.get()->parseLine<kTraced>(line, named);
     if (!fault) [[likely]] {
         header.swap(made);
@@ -311,11 +348,14 @@ void KxSipHeader::parseWhole(KxInputStream& in) {
 }
 
 void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
-    KxSipHeader* last = this;
-    while (!last->m_next.isNil()) {
-        last = last->m_next.get();
+    if (!header.isNil() && header->isInMessage()) {
+        header = KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(header->clone()));
     }
-    last->m_next = std::move(header);
+    if (!header.isNil() && isInMessage()) {
+        header->joinMessage();
+        noteChange();
+    }
+    lastOfChain().m_next = std::move(header);
 }
 
 void KxSipHeader::serialize(KxOutputStream& out) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Assertion.h"
 #include "core/MemAccount.h"
 #include "sipobject/KxSipFault.h"
 #include "sipobject/SipApi.h"
@@ -7,6 +8,9 @@
 #include "util/KxCharSet.h"
 #include "util/KxHandle.h"
 #include "util/KxString.h"
+
+#include <atomic>
+#include <cstdint>
 
 class KxInputStream;
 class KxOutputStream;
@@ -17,7 +21,7 @@ class KxOutputStream;
 
     A line of several comma-separated values becomes a chain of objects of one class; a chain is written as one line a
     value. Headers are made by the registry or by the classes' own constructors, held through KxHandle, and used by one
-    thread at a time. [RFC 3261 7.3] */
+    thread at a time. A header is part of one message at most: see KxSipMessage::addHeader. [RFC 3261 7.3] */
 class KX_SIP_API KxSipHeader : public KxObject {
 public:
     /** Makes an empty header of a class. */
@@ -67,7 +71,11 @@ public:
     const KxString& getToken() const { return m_token; }
 
     HeaderID getHeaderID() const { return m_headerID; }
-    void setHeaderID(HeaderID id) { m_headerID = id; }
+    /** @param id 65535 at most. */
+    void setHeaderID(HeaderID id) {
+        OSKAN_ASSERT(id <= UINT16_MAX);
+        m_headerID = static_cast<std::uint16_t>(id);
+    }
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 
@@ -76,12 +84,12 @@ protected:
     static constexpr KxCharSet sDelimeters{" \t\r\n\\\"()<>@,;:/[]?={}"};
 
     explicit KxSipHeader(const KxString& token) : m_token(token) {}
-    explicit KxSipHeader(HeaderID id) : m_headerID(id), m_token("") {}
-    KxSipHeader(const KxString& token, HeaderID id) : m_headerID(id), m_token(token) {}
+    explicit KxSipHeader(HeaderID id) : KxSipHeader(KxString(""), id) {}
+    KxSipHeader(const KxString& token, HeaderID id) : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
     /** A copy stands alone: it never takes the rest of the chain along. */
     KxSipHeader(const KxSipHeader& other) : KxObject(other), m_headerID(other.m_headerID), m_token(other.m_token) {}
 
-    /** Appends at the end of the chain. */
+    /** Appends at the end of the chain; a copy where the header is part of a message already. */
     void addNext(KxHandle<KxSipHeader> header);
 
 private:
@@ -95,7 +103,8 @@ private:
     /** An empty header of the class that goes by the name. */
     static KxHandle<KxSipHeader> sConstruct(std::string_view name);
     static KxHandle<KxSipHeader> sMakeUnknown(std::string_view name);
-    /** As sConstructFrom, but what is wrong is told, not thrown; the handle, which must be nil, then stays so. */
+    /** As sConstructFrom, but what is wrong is told, not thrown; the handle, which must be nil, then stays so. What was
+        read is marked as part of a message. */
     static KxSipFault sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header);
     static KxSipFault sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
@@ -105,6 +114,28 @@ private:
     template <bool kTraced>
     static KxSipFault sMake(const Line& line, KxHandle<KxSipHeader>& header);
 
+    bool isInMessage() const { return m_inMessage.load(std::memory_order_relaxed); }
+    void setInMessage(bool isPart) { m_inMessage.store(isPart, std::memory_order_relaxed); }
+    /** Makes the value, which must be free, part of a message, and its chain with it where all of that is free; else
+        the chain is cut off. */
+    void joinMessage() {
+        setInMessage(true);
+        if (!m_next.isNil()) [[unlikely]] {
+            joinChain();
+        }
+    }
+    void joinChain();
+    /** Says that the value and its chain are free again: their message has let them go. */
+    void leaveMessage();
+    /** Changes whenever the name of a header that is part of a message does, or such a header gets further values. */
+    static std::uint32_t sChanges() { return s_changes.load(std::memory_order_relaxed); }
+    void noteChange() const {
+        if (isInMessage()) {
+            s_changes.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
+
+    KxSipHeader& lastOfChain();
     void releaseChain();
     void parseWhole(KxInputStream& in);
     template <bool kTraced>
@@ -116,8 +147,10 @@ private:
     void setToken(std::string_view name);
 
     static Oskan::MemAccount s_account;
+    static std::atomic<std::uint32_t> s_changes;
 
-    HeaderID m_headerID = KxHeaderIDs::kNone; // first: it fills the gap behind the reference count
+    std::uint16_t m_headerID = KxHeaderIDs::kNone; // first: these two fill the gap after the reference count
+    std::atomic<bool> m_inMessage{false};
     KxString m_token;
     KxHandle<KxSipHeader> m_next;
 };

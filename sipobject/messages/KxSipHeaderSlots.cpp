@@ -1,6 +1,7 @@
 #include "sipobject/messages/KxSipHeaderSlots.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
@@ -9,8 +10,19 @@ KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
 
 KxSipHeaderSlots::~KxSipHeaderSlots() {
     for (std::size_t place = 1; place < std::min<std::size_t>(m_used, kNear); ++place) {
-        m_near[place] = nullptr;
+        release(m_near[place]);
     }
+    if (m_far != nullptr) {
+        std::for_each(m_far->begin(), m_far->end(), release);
+    }
+}
+
+/** Headers that a host still holds are free from now on. */
+inline void KxSipHeaderSlots::release(KxHandle<KxSipHeader>& first) {
+    if (!first.isNil() && !first.get()->isUnshared()) {
+        first.get()->leaveMessage();
+    }
+    first = nullptr;
 }
 
 /** The slot that the kind has, or one of the far ones. */
@@ -28,7 +40,9 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
     m_order = other.m_order;
     for (HeaderID id = 0; id != kEnd; ++id) {
         if (!other.first(id).isNil()) { // also one that has no place in the order
-            use(id) = other.copyOf(id);
+            KxHandle<KxSipHeader>& first = use(id);
+            first = other.copyOf(id);
+            first->joinMessage();
         }
     }
 }
@@ -49,83 +63,145 @@ void KxSipHeaderSlots::delist(HeaderID id) {
     m_order[link.next].previous = link.previous;
 }
 
-/** Hangs the value before or behind those that are there. */
-bool KxSipHeaderSlots::chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first) {
-    const HeaderID id = header->getHeaderID();
-    KxSipHeader* const last = lastOf(id);
-    const KxSipHeader* end = header.get(); // whatever hangs in the chain has its end in common with it
-    while (!end->m_next.isNil()) {
-        end = end->m_next.get();
-    }
-    if (end == last) {
-        return false;
-    }
+/** What needs memory comes first, so that a failure changes nothing. */
+void KxSipHeaderSlots::chainFree(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first) {
     if (first) {
-        header->m_next = std::move(slot);
+        header->setInMessage(true); // what follows it is dropped
+    } else {
+        lastOf(header->getHeaderID());
+        header->joinMessage();
+    }
+    chain(slot, std::move(header), first);
+}
+
+/** Puts the value before or after those that are there. */
+void KxSipHeaderSlots::chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first) {
+    KxSipHeader* const value = header.get();
+    const HeaderID id = value->getHeaderID();
+    if (first) {
+        value->m_next = std::move(slot);
         slot = std::move(header);
     } else {
-        last->m_next = std::move(header);
+        lastOf(id)->m_next = std::move(header);
     }
-    return true;
+    if (id == KxHeaderIDs::kUnknown) {
+        changeNames([=](KxSipNameIndex& names) { first ? names.addFirst(*value) : names.addLast(value); });
+    }
 }
 
 void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {
-    use(header->getHeaderID()) = std::move(header);
+    KxHandle<KxSipHeader>& empty = use(header->getHeaderID());
+    header->joinMessage();
+    empty = std::move(header);
 }
 
 /** The end of a chain: walked to where it is near, remembered where it is far. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
-    KxSipHeader* last = first(id).get();
-    if (m_last != nullptr && !(*m_last)[id].isNil()) {
-        last = (*m_last)[id].get();
-    }
+    KxSipHeader* const known = m_long == nullptr ? nullptr : m_long->last[id];
+    KxSipHeader* last = known == nullptr ? first(id).get() : known;
     int steps = 0;
     for (; !last->m_next.isNil(); ++steps) {
         last = last->m_next.get();
     }
-    if (steps > kWalk || (m_last != nullptr && !(*m_last)[id].isNil())) {
-        if (m_last == nullptr) {
-            m_last = std::make_unique<std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount>>();
-        }
-        (*m_last)[id] = KxHandle<KxSipHeader>(last);
+    if (steps > kWalk && m_long == nullptr) {
+        m_long = std::make_unique<Long>();
+    }
+    if (steps > kWalk || known != nullptr) {
+        m_long->last[id] = last;
     }
     return last;
 }
 
-void KxSipHeaderSlots::forgetLast(HeaderID id) {
-    if (m_last != nullptr) {
-        (*m_last)[id] = nullptr;
+/** Takes out the header after `before`, or the first for null; those after it stay. */
+void KxSipHeaderSlots::cut(HeaderID id, KxSipHeader* before) {
+    KxHandle<KxSipHeader>& link = before == nullptr ? slot(m_place[id]) : before->m_next;
+    const KxHandle<KxSipHeader> removed = std::move(link);
+    link = std::move(removed->m_next);
+    removed->setInMessage(false);
+    if (m_long != nullptr && m_long->last[id] == removed.get()) {
+        m_long->last[id] = before;
+    }
+    if (first(id).isNil()) {
+        delist(id);
+        if (m_long != nullptr && id == KxHeaderIDs::kUnknown) {
+            m_long->names = nullptr;
+        }
     }
 }
 
 bool KxSipHeaderSlots::removeFirst(HeaderID id) {
-    KxHandle<KxSipHeader>& first = slot(m_place[id]);
-    if (first.isNil()) {
+    if (first(id).isNil()) {
         return false;
     }
-    if (first->m_next.isNil()) {
-        forgetLast(id);
-        first = nullptr;
-        delist(id);
-    } else {
-        first = KxHandle<KxSipHeader>(first->m_next);
-    }
+    cut(id, nullptr);
     return true;
 }
 
-bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
-    KxHandle<KxSipHeader>* link = &slot(m_place[KxHeaderIDs::kUnknown]);
-    while (!link->isNil() && !(*link)->getToken().equalsNoCase(name)) {
-        link = &(*link)->m_next;
+/** The index of the unknown headers' names as they are now; null when there is no memory for one. */
+KxSipNameIndex* KxSipHeaderSlots::names() const {
+    try {
+        if (m_long == nullptr) {
+            m_long = std::make_unique<Long>();
+        }
+        if (m_long->names == nullptr || m_long->changes != KxSipHeader::sChanges()) {
+            m_long->names = std::make_unique<KxSipNameIndex>();
+            m_long->changes = KxSipHeader::sChanges();
+            m_long->names->addLast(first(KxHeaderIDs::kUnknown).get());
+        }
+        return m_long->names.get();
+    } catch (const std::bad_alloc&) {
+        if (m_long != nullptr) {
+            m_long->names = nullptr;
+        }
+        return nullptr;
     }
-    if (link->isNil()) {
+}
+
+/** Keeps an index that there is up to date, or drops it. */
+template <class Change>
+void KxSipHeaderSlots::changeNames(Change change) {
+    if (m_long == nullptr || m_long->names == nullptr) {
+        return;
+    }
+    try {
+        change(*m_long->names);
+    } catch (const std::bad_alloc&) {
+        m_long->names = nullptr;
+    }
+}
+
+KxSipHeaderSlots::Place KxSipHeaderSlots::findUnknown(std::string_view name, bool exact) const {
+    const auto isNamed = [name, exact](const KxSipHeader& header) {
+        return exact ? header.getToken() == name : header.getToken().equalsNoCase(name);
+    };
+    const bool hasIndex = m_long != nullptr && m_long->names != nullptr;
+    Place place{nullptr, first(KxHeaderIDs::kUnknown).get()};
+    for (int steps = hasIndex ? kWalk : 0; place.header != nullptr; ++steps) {
+        if (steps == kWalk) {
+            if (const KxSipNameIndex* const index = names()) {
+                const KxSipNameIndex::Node* const node = exact ? index->find(name) : index->findNoCase(name);
+                return node == nullptr ? Place{} : Place{KxSipNameIndex::sBefore(*node), KxSipNameIndex::sHeader(*node)};
+            }
+        }
+        if (isNamed(*place.header)) {
+            break;
+        }
+        place = {place.header, place.header->m_next.get()};
+    }
+    return place;
+}
+
+KxHandle<KxSipHeader> KxSipHeaderSlots::findUnknown(std::string_view name) const {
+    return KxHandle<KxSipHeader>(findUnknown(name, true).header);
+}
+
+bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
+    const auto [before, header] = findUnknown(name, false);
+    if (header == nullptr) {
         return false;
     }
-    forgetLast(KxHeaderIDs::kUnknown);
-    *link = KxHandle<KxSipHeader>((*link)->m_next);
-    if (first(KxHeaderIDs::kUnknown).isNil()) {
-        delist(KxHeaderIDs::kUnknown);
-    }
+    changeNames([header](KxSipNameIndex& names) { names.remove(*header); });
+    cut(KxHeaderIDs::kUnknown, before);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sipobject/headers/KxSipHeader.h"
+#include "sipobject/messages/KxSipNameIndex.h"
 
 #include <array>
 #include <cstdint>
@@ -8,7 +9,8 @@
 #include <utility>
 
 /** The headers of a message: a slot for each kind, holding the first value with the others chained behind it, and the
-    order in which the kinds first came. Knows nothing of start lines, bodies or locks. */
+    order in which the kinds first came. Knows nothing of start lines, bodies or locks: looking up names changes what it
+    remembers, so that too is done by one thread at a time. */
 class KxSipHeaderSlots {
 public:
     KxSipHeaderSlots();
@@ -22,27 +24,42 @@ public:
     /** Nil when there is none. Stays where it is as long as the message. */
     const KxHandle<KxSipHeader>& first(HeaderID id) const { return slot(m_place[id]); }
 
-    /** Puts the value in: first, with what was there before behind it and its own chain dropped, or last, with the
-        chain it carries. False, and nothing changes, when this very object hangs there already. */
+    /** Puts the value in: first, with what was there before after it and its own chain dropped, or last, with the
+        chain it carries where all of that is free. False, and nothing changes, when it is part of a message already. */
     bool add(KxHandle<KxSipHeader>&& header, bool first) {
-        const HeaderID id = header.get()->getHeaderID();
-        KxHandle<KxSipHeader>& present = use(id);
-        if (!present.isNil()) {
-            return chain(present, std::move(header), first);
+        KxSipHeader& value = *header.get();
+        if (value.isInMessage()) [[unlikely]] {
+            return false;
         }
-        present = std::move(header);
-        enlist(id);
+        KxHandle<KxSipHeader>& present = use(value.getHeaderID());
+        if (!present.isNil()) {
+            chainFree(present, std::move(header), first);
+        } else {
+            value.joinMessage();
+            begin(present, std::move(header));
+        }
         return true;
+    }
+    /** Puts in what was just read, which is marked as part of a message. */
+    void addRead(KxHandle<KxSipHeader>&& header) {
+        KxHandle<KxSipHeader>& present = use(header.get()->getHeaderID());
+        if (!present.isNil()) {
+            chain(present, std::move(header), false);
+        } else {
+            begin(present, std::move(header));
+        }
     }
     /** A deep copy of the values of a kind, chained in their order; nil when there are none. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
 
     /** Puts the value into an empty slot without giving its kind a place in the order, so it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
-    /** Takes out the first value of a kind; false when there is none. */
+    /** Takes out the first value of a kind, without those after it; false when there is none. */
     bool removeFirst(HeaderID id);
     /** Takes out the first unknown header of that name, letter case ignored; false when there is none. */
     bool removeUnknown(std::string_view name);
+    /** The first unknown header of exactly that name, or nil. */
+    KxHandle<KxSipHeader> findUnknown(std::string_view name) const;
 
     /** The kind whose first value is written under the name, letter case ignored; the unknown kind when there is none. */
     HeaderID find(std::string_view token) const;
@@ -53,8 +70,19 @@ public:
     HeaderID nextKind(HeaderID id) const { return m_order[id].next; }
 
 private:
-    /** Chains longer than this have their end remembered. */
+    /** Chains longer than this have their end remembered, and names beyond it are looked up in an index. */
     static constexpr int kWalk = 8;
+    /** What is remembered of long chains, so that each need not be walked again and again. */
+    struct Long {
+        std::array<KxSipHeader*, KxHeaderIDs::kCount> last{}; ///< Far on in the chain; null where not known.
+        std::unique_ptr<KxSipNameIndex> names;                ///< Of the unknown headers.
+        std::uint32_t changes = 0;                            ///< KxSipHeader::sChanges() when it was made.
+    };
+    /** An unknown header and the one before it; null where there is none. */
+    struct Place {
+        KxSipHeader* before = nullptr;
+        KxSipHeader* header = nullptr;
+    };
     struct Link {
         std::uint8_t previous;
         std::uint8_t next;
@@ -85,18 +113,28 @@ private:
         m_order[last].next = static_cast<std::uint8_t>(id);
         m_order[kEnd].previous = static_cast<std::uint8_t>(id);
     }
-    bool chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
+    void begin(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header) {
+        slot = std::move(header);
+        enlist(slot.get()->getHeaderID());
+    }
+    void chainFree(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
+    void chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
+    static void release(KxHandle<KxSipHeader>& first);
     void delist(HeaderID id);
+    void cut(HeaderID id, KxSipHeader* before);
     KxSipHeader* lastOf(HeaderID id);
-    void forgetLast(HeaderID id);
+    KxSipNameIndex* names() const;
+    Place findUnknown(std::string_view name, bool exact) const;
+    template <class Change>
+    void changeNames(Change change);
 
     std::array<std::uint8_t, KxHeaderIDs::kCount>
         m_place{};           // of the slot of each kind; 0, which is always nil, for none
     std::uint8_t m_used = 1; // slots, the nil one included
     union {
-        std::array<KxHandle<KxSipHeader>, kNear> m_near; // of which those that were never used need no look in the end
+        std::array<KxHandle<KxSipHeader>, kNear> m_near; // a union, so that unused ones need not be destroyed
     };
     std::unique_ptr<Far> m_far;
-    std::unique_ptr<std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount>> m_last; // made for the first long chain
-    std::array<Link, KxHeaderIDs::kCount + 1> m_order{};                            // a ring through kEnd
+    mutable std::unique_ptr<Long> m_long;                // made for the first long chain
+    std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring through kEnd
 };

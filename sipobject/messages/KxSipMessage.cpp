@@ -35,8 +35,9 @@ constinit Oskan::MemAccount KxSipMessage::s_account{"KxSipMessage"};
 
 KxSipMessage::KxSipMessage() : m_mutex(KxMutex::sAllocate()) {}
 
-KxSipMessage::KxSipMessage(const KxSipMessage& other) : KxSipMessage() {
-    const KxMutexLock lock(*other.m_mutex);
+KxSipMessage::KxSipMessage(const KxSipMessage& other) : KxSipMessage(other, Lock(other)) {}
+
+KxSipMessage::KxSipMessage(const KxSipMessage& other, const Lock&) : KxSipMessage() {
     m_headers.copyFrom(other.m_headers);
     if (other.m_body != nullptr) {
         m_body = bodyOf(other.m_body.get(), other.m_bodyStored);
@@ -122,21 +123,18 @@ KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
 
 KxHandle<KxSipHeader> KxSipMessage::findHeader(std::string_view name) const {
     const HeaderID id = mTokenToID(name);
-    const KxHandle<KxSipHeader>* header = &m_headers.first(id);
-    while (id == KxHeaderIDs::kUnknown && !header->isNil() && (*header)->getToken() != name) {
-        header = &(*header)->getNext();
-    }
-    return *header;
+    return id == KxHeaderIDs::kUnknown ? m_headers.findUnknown(name) : m_headers.first(id);
 }
 
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
-    const KxMutexLock lock(*m_mutex);
+    const Lock lock(*this);
     return findHeader(name);
 }
 
 std::vector<HeaderID> KxSipMessage::getHeaderOrder() const {
-    const KxMutexLock lock(*m_mutex);
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeaderOrder");
+    const Lock lock(*this);
     std::vector<HeaderID> order;
     for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
         order.push_back(id);
@@ -146,7 +144,9 @@ std::vector<HeaderID> KxSipMessage::getHeaderOrder() const {
 
 template <class H>
 bool KxSipMessage::listsTag(std::string_view optionTag) const {
-    const KxHandle<KxSipHeader> first = getHeader(H::sToken);
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
+    const Lock lock(*this);
+    const KxHandle<KxSipHeader> first = findHeader(H::sToken);
     for (const KxSipHeader* value = first.get(); value != nullptr; value = value->getNext().get()) {
         if (typeid(*value) == typeid(H) && static_cast<const H*>(value)->getOptionTag() == optionTag) {
             return true;
@@ -170,19 +170,32 @@ bool KxSipMessage::isRequired(std::string_view optionTag) const {
     }
 }
 
+/** A header that is part of a message is not taken from there, but copied; except the first of its slot here, of which
+    nothing is to be added. */
+KxHandle<KxSipHeader> KxSipMessage::ownOrCopy(const KxHandle<KxSipHeader>& header) const {
+    if (!header->isInMessage() || getHeaderByID(header->getHeaderID()) == header) {
+        return header;
+    }
+    return KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(header->clone()));
+}
+
 void KxSipMessage::addHeader(const KxHandle<KxSipHeader>& header, bool first) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::addHeader");
     if (!header.isNil()) {
-        const KxMutexLock lock(*m_mutex);
-        insert(KxHandle<KxSipHeader>(header), first, "KxSipMessage::addHeader");
+        const Lock lock(*this);
+        insert(ownOrCopy(header), first, "KxSipMessage::addHeader");
     }
 }
 
 void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
     if (!header.isNil()) {
-        insert(std::move(header), first, "KxSipMessage::asynchAddHeader");
+        insert(header->isInMessage() ? ownOrCopy(header) : std::move(header), first, "KxSipMessage::asynchAddHeader");
     }
+}
+
+void KxSipMessage::asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first) {
+    asynchAddHeader(KxHandle<KxSipHeader>(header), first);
 }
 
 void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool first) {
@@ -190,15 +203,17 @@ void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool fir
     if (header.isNil()) {
         return;
     }
-    // copying a header leaves its chain behind
-    const KxHandle<KxSipHeader> single(static_cast<KxSipHeader*>(header->clone()));
-    const KxMutexLock lock(*m_mutex);
-    const bool there = findHeader(header->getToken()) == header;
-    insert(KxHandle<KxSipHeader>(there ? header : single), first, "KxSipMessage::addSingleHeader");
+    const Lock lock(*this);
+    if (header->isInMessage() && findHeader(header->getToken()) == header) {
+        noteTwice(*header, "KxSipMessage::addSingleHeader");
+    } else { // copying a header leaves its chain behind
+        insert(KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(header->clone())), first,
+               "KxSipMessage::addSingleHeader");
+    }
 }
 
 void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
-    m_headers.add(KxHandle<KxSipHeader>(header), false);
+    m_headers.add(ownOrCopy(header), false);
 }
 
 void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
@@ -222,9 +237,16 @@ void KxSipMessage::copyConnection(const KxSipMessage& other) {
 
 bool KxSipMessage::removeHeader(std::string_view name) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeHeader");
-    const KxMutexLock lock(*m_mutex);
+    const Lock lock(*this);
     const HeaderID id = mTokenToID(name);
     return id == KxHeaderIDs::kUnknown ? m_headers.removeUnknown(name) : m_headers.removeFirst(id);
+}
+
+void KxSipMessage::removeAllLike(const KxSipHeader& header) {
+    const HeaderID id = header.getHeaderID();
+    const Lock lock(*this);
+    while (id == KxHeaderIDs::kUnknown ? m_headers.removeUnknown(header.getToken()) : m_headers.removeFirst(id)) {
+    }
 }
 
 // ---- body ----
@@ -247,7 +269,7 @@ KxSipMessage::BodyBytes KxSipMessage::bodyOf(const void* bytes, std::size_t leng
 /** Whatever needs memory comes first, so that a failure there changes nothing. */
 void KxSipMessage::setBody(const void* body, const char* contentType, std::uint32_t length) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::setBody");
-    const KxMutexLock lock(*m_mutex);
+    const Lock lock(*this);
     const KxHandle<KxSipContentLengthHeader> contentLength = getContentLengthHeader();
     KxHandle<KxSipHeader> freshLength;
     KxHandle<KxSipHeader> freshType;
@@ -290,10 +312,13 @@ void KxSipMessage::setBody(const char* body, const char* contentType) {
 }
 
 void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std::uint32_t length) {
+    const KxHandle<KxSipContentLengthHeader> present = getContentLengthHeader();
     if (length != 0) {
         setBody(body, contentType, length);
-    } else if (getHeaderByID(KxHeaderIDs::kContentLength).isNil()) { // else the Request-URI brought a body
+    } else if (present.isNil()) {
         asynchAddHeader(KxMake<KxSipContentLengthHeader>(0U), false);
+    } else { // of the Request-URI, which may have brought a body
+        present->setContentLength(static_cast<std::uint32_t>(m_bodyStored));
     }
 }
 
@@ -311,8 +336,8 @@ KxString KxSipMessage::getBodyType() const {
 
 void KxSipMessage::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::serialize");
+    const Lock lock(*this);
     serializeStartLine(out);
-    const KxMutexLock lock(*m_mutex);
     serializeHeaders(out);
     if (hasBody()) {
         serializeBody(out);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Assertion.h"
+#include "core/LogDeferral.h"
 #include "core/LogLevel.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
@@ -36,11 +37,13 @@ class KxSipViaHeader;
     add their start lines. [RFC 3261 7]
 
     Headers of one kind hang in a chain behind the first; kinds are written in the order in which each first came, one
-    line a value. A message owns its headers: no header object stands in two messages.
+    line a value. A message owns its headers: no header object is in two messages, and a copy of a message shares nothing
+    with it that can be changed.
 
     Threads: adding, looking up and removing headers, setBody, serialize and copying from a message take its lock and
     may run on several threads at once; the typed getters, getHeaderByID and the plain accessors do not. A header that
-    was handed out is used by one thread at a time. */
+    was handed out is used by one thread at a time. What the library logs under the lock is written after it is
+    released, so a log appender may ask the message. */
 class KX_SIP_API KxSipMessage : public KxObject {
 public:
     /** Makes an empty message of a class. */
@@ -62,6 +65,8 @@ protected:
         KxException "missing Via header", "multiple To headers detected", "invalid method in CSeq header (got=...",
         "SIP Message has body but no Content-Type header" and the like. [RFC 3261 8.1.1, 20] */
     virtual void checkValidity();
+    /** The part of checkValidity that compares a request's CSeq with its method, letter case ignored. */
+    virtual void checkCSeqMethod();
     /** Reads the rest of the start line with its line end. Throws KxSipParseError. */
     virtual void parseStartLine(KxInputStream& in) = 0;
 
@@ -84,9 +89,15 @@ public:
     void display(KxOutputStream& out, bool verbose) const override;
 
     /** The first header of a kind, nil when there is none. */
-    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const { return m_headers.first(id); }
+    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const {
+        OSKAN_ASSERT(id < KxHeaderIDs::kCount);
+        return m_headers.first(id);
+    }
     /** The kinds of header there are, in the order in which serialize writes them. */
     std::vector<HeaderID> getHeaderOrder() const;
+    /** The kind whose first header is written under the name, letter case ignored; that of the unknown headers when
+        there is none. Without the lock. */
+    HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
     /** The first header that is written under the name, letter case ignored (so not one that came under its compact
         name); of headers that are not registered the first of exactly that name. Its getNext goes on from there. */
     KxHandle<KxSipHeader> getHeader(std::string_view name) const;
@@ -109,12 +120,16 @@ public:
     bool isSupported(std::string_view optionTag) const;
     bool isRequired(std::string_view optionTag) const;
 
-    /** Adds the header, which the message owns from now on: as the first of its kind, its own chain replaced by the
-        others, or behind the last, with its chain. Nil, and the very object that stands first already, change nothing. */
+    /** Adds the header as the first of its kind, its own chain replaced by the others, or after the last, with its
+        chain. A header that is part of no message is taken: the message owns it from now on, and its chain too where no
+        value of that is part of a message (else the chain is cut off). The very object that is first of its kind here
+        already changes nothing; of any other that is part of a message, this one or another, a copy of that one value is
+        added. Nil changes nothing. */
     void addHeader(const KxHandle<KxSipHeader>& header, bool first);
-    /** As addHeader, with a copy of this one value. */
+    /** As addHeader, always with a copy of this one value. */
     void addSingleHeader(const KxHandle<KxSipHeader>& header, bool first);
-    /** Takes out the first value of the header written under the name, letter case ignored; false when there is none. */
+    /** Takes out the first value of the header written under the name, letter case ignored; false when there is none.
+        Whoever holds the value has it alone, without those that followed, and may add it again anywhere. */
     bool removeHeader(std::string_view name);
 
     /** Sets Content-Length, the body (copied) and Content-Type, in this order. A length of 0 leaves the old body where
@@ -173,13 +188,26 @@ public:
     };
 
 protected:
+    /** Holds a message's lock while in scope; what is logged meanwhile is written after it is released. */
+    class [[nodiscard]] Lock {
+    public:
+        explicit Lock(const KxSipMessage& message) : m_lock(*message.m_mutex) {}
+
+    private:
+        Oskan::LogDeferral m_deferral; // first, so that it ends last
+        KxMutexLock m_lock;
+    };
+
     KxSipMessage();
     /** A deep copy, under the other's lock; its status starts at 0. */
     KxSipMessage(const KxSipMessage& other);
+    /** As above; the caller holds the other's lock, to copy its own fields under it too. */
+    KxSipMessage(const KxSipMessage& other, const Lock& held);
 
     void parseHeaders(KxInputStream& in);
     void parseBody(KxInputStream& in);
     /** addHeader without the lock, while nobody else knows the message. */
+    void asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first);
     void asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first);
     /** Into the empty slot of its kind, unchecked. */
     void addHeaderByID(const KxHandle<KxSipHeader>& header);
@@ -191,9 +219,12 @@ protected:
     /** Takes over address, port and transport of a connection: where the other came over TCP or TLS, what answers it
         goes back the same way. */
     void copyConnection(const KxSipMessage& other);
+    /** Takes out all headers of the header's kind or, of unknown ones, of its name, letter case ignored. */
+    void removeAllLike(const KxSipHeader& header);
+    /** Makes the status 2 and throws KxException with the text. */
+    [[noreturn]] void invalidate(std::string_view why);
     void setVersion(unsigned high, unsigned low);
     void setStatus(KxStatus status) { m_status = status; }
-    KxMutex& mutex() const { return *m_mutex; }
 
 private:
     struct FreeBody {
@@ -206,7 +237,7 @@ private:
     template <class H>
     bool listsTag(std::string_view optionTag) const;
     KxHandle<KxSipHeader> findHeader(std::string_view name) const;
-    HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
+    KxHandle<KxSipHeader> ownOrCopy(const KxHandle<KxSipHeader>& header) const;
     void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
         const KxSipHeader& value = *header; // someone holds it either way
         OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
@@ -216,9 +247,7 @@ private:
     }
     void addRead(KxHandle<KxSipHeader>&& header);
     static void noteTwice(const KxSipHeader& header, const char* operation);
-    [[noreturn]] void invalidate(std::string_view why);
     void checkHeader(HeaderID id, std::string_view name, bool single);
-    void checkCSeqMethod();
     bool acceptsOwnBodyType() const;
     void noteFault(const char* what, const KxString& why);
     void readBody(KxInputStream& in, std::size_t length);

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <typeinfo>
 
 namespace {
 
@@ -60,18 +61,17 @@ void KxSipMessage::sAddConstructor(const KxString& token, Creator creator) {
 
 KxHandle<KxSipMessage> KxSipMessage::sConstructFrom(KxInputStream& in) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::sConstructFrom");
-    const int first = in.peek();
-    if (first < 0) {
+    if (in.peek() < 0) {
         KxSipParseError::sThrow("SIP Method Token Expected");
-    }
-    if (kTokenEnd.contains(static_cast<char>(first))) {
-        s_logger.log(Oskan::LogLevel::Debug, "KxSipMessage::sConstructFrom : datagram starting with whitespace: "
-                                             "treating as keep-alive ");
-        KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
     KxScannedText scanned;
     const std::string_view text = scanned.until(in, kTokenEnd);
     const KxString token(text.substr(0, text.find('\0'))); // as the message sees it, which is handed a C string
+    if (token.empty()) {
+        s_logger.log(Oskan::LogLevel::Debug, "KxSipMessage::sConstructFrom : datagram starting with whitespace: "
+                                             "treating as keep-alive ");
+        KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
+    }
     const Creator creator = findCreator(token);
     KxHandle<KxSipMessage> message(creator != nullptr ? creator() : new KxSipUnknownRequest);
     message->parse(token.c_str(), in);
@@ -116,13 +116,11 @@ void KxSipMessage::noteFault(const char* what, const KxString& why) {
     notes.flush();
 }
 
-/** asynchAddHeader, for the road that every line takes. */
-inline void KxSipMessage::addRead(KxHandle<KxSipHeader>&& header) {
-    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
-        asynchAddHeader(std::move(header), false);
-    } else {
-        insert(std::move(header), false, "KxSipMessage::asynchAddHeader");
-    }
+/** asynchAddHeader, for what was read here. */
+[[gnu::always_inline]] inline void KxSipMessage::addRead(KxHandle<KxSipHeader>&& header) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
+    OSKAN_ASSERT(header.get()->getHeaderID() < KxHeaderIDs::kCount);
+    m_headers.addRead(std::move(header));
 }
 
 void KxSipMessage::parseHeaders(KxInputStream& in) {
@@ -167,6 +165,9 @@ bool KxSipMessage::acceptsOwnBodyType() const {
         return true;
     }
     for (; value != nullptr; value = value->getNext().get()) {
+        if (typeid(*value) != typeid(KxSipAcceptHeader)) {
+            continue; // of a host's own, which calls itself one
+        }
         const auto* const accepted = static_cast<const KxSipAcceptHeader*>(value);
         if (accepted->getType() == type->getType() && accepted->getSubType() == type->getSubType()) {
             return true;

@@ -41,7 +41,7 @@ void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
     KxHandle<KxURI> fresh(uri.isNil() ? nullptr : uri->clone());
     stripBrackets(fresh);
-    const KxMutexLock lock(mutex());
+    const Lock lock(*this);
     m_URI.swap(fresh);
 }
 
@@ -221,6 +221,17 @@ void KxSipRequest::parseRequestURI(std::string_view text) {
     stripBrackets(m_URI);
 }
 
+void KxSipRequest::checkCSeqMethod() {
+    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
+    if (!cseq.isNil() && !cseq->getMethod().equalsNoCase(m_Method)) {
+        invalidate(std::string("invalid method in CSeq header (got=\"")
+                       .append(cseq->getMethod().view())
+                       .append("\" expected=\"")
+                       .append(m_Method.view())
+                       .append("\""));
+    }
+}
+
 void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipRequest::serializeStartLine");
     if (m_Method.empty() || m_URI.isNil()) {
@@ -238,16 +249,14 @@ void KxSipRequest::stripSipURLHeaders() {
         return;
     }
     const KxHandle<KxParameters> entries = url->getHeaders();
-    for (const KxParameters::Pair& entry : *entries) { // names differ, so what is added below is never removed here
-        while (removeHeader(entry.name)) {
-        }
-    }
     for (const KxParameters::Pair& entry : *entries) {
         if (entry.name.equalsNoCase("body")) {
             KxByteArrayInputStream body(entry.value.view());
             parseBody(body);
         } else {
-            addHeader(headerFrom(entry.name, entry.value), false);
+            const KxHandle<KxSipHeader> header = headerFrom(entry.name, entry.value);
+            removeAllLike(*header);
+            addHeader(header, false);
         }
     }
     url->clearHeaders();

@@ -83,6 +83,7 @@ public:
 protected:
     /** For the parser: no method, no URI, no headers. */
     KxSipRequest();
+    /** A deep copy, Request-URI included, under the other's lock. */
     KxSipRequest(const KxSipRequest& other);
     /** No headers, and a URI without scheme. Throws KxException "KxSipRequest constructor expects a Method Name" for an
         empty method. */
@@ -111,6 +112,7 @@ protected:
     }
 
     void serializeStartLine(KxOutputStream& out) const override;
+    void checkCSeqMethod() override;
     void parse(const char* token, KxInputStream& in) override;
 
 private:
@@ -129,6 +131,7 @@ private:
         "Invalid SIP URI", "Unsupported Uri Scheme", and what the URI's class throws. */
     void parseStartLine(KxInputStream& in) override;
 
+    KxSipRequest(const KxSipRequest& other, const Lock& held);
     static KxString checkedMethod(const char* method);
     [[noreturn]] static void sRefuse(const char* why);
     void build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,

@@ -21,10 +21,12 @@ bool isGiven(const char* text) {
 
 KxSipRequest::KxSipRequest() = default;
 
-KxSipRequest::KxSipRequest(const KxSipRequest& other)
-    : KxSipMessage(other),
+KxSipRequest::KxSipRequest(const KxSipRequest& other) : KxSipRequest(other, Lock(other)) {}
+
+KxSipRequest::KxSipRequest(const KxSipRequest& other, const Lock& held)
+    : KxSipMessage(other, held),
       m_Method(other.m_Method),
-      m_URI(other.m_URI),
+      m_URI(other.m_URI.isNil() ? nullptr : other.m_URI->clone()),
       m_PreferredIpAddr(other.m_PreferredIpAddr),
       m_preferredIpAddrText(other.m_preferredIpAddrText) {}
 
@@ -92,8 +94,8 @@ void KxSipRequest::sRefuse(const char* why) {
 void KxSipRequest::build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                          const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact,
                          const Content& content) {
-    asynchAddHeader(KxHandle<KxSipHeader>(from), false);
-    asynchAddHeader(KxHandle<KxSipHeader>(to), false);
+    asynchAddHeader(from, false);
+    asynchAddHeader(to, false);
     const KxHandle<KxURI> toUri =
         to.isNil() || to->getNameAddress().isNil() ? KxHandle<KxURI>() : to->getNameAddress()->getURI();
     const KxHandle<KxURI>& uri = requestUri == nullptr ? toUri : *requestUri;
@@ -102,12 +104,14 @@ void KxSipRequest::build(const KxHandle<KxSipFromHeader>& from, const KxHandle<K
     if (requestUri != nullptr) {
         stripSipURLHeaders();
     }
-    asynchAddHeader(KxHandle<KxSipHeader>(contact), false);
+    asynchAddHeader(contact, false);
     const KxString callId(isGiven(content.callId) ? content.callId : KxSipCallid().getValue());
     asynchAddHeader(KxMake<KxSipCallIdHeader>(callId), false);
     const std::uint32_t number = content.cseq == 0 ? static_cast<std::uint32_t>(KxSipCSeq()) : content.cseq;
     asynchAddHeader(KxMake<KxSipCSeqHeader>(number, m_Method), false);
     setBodyOrNone(content.body, content.contentType, content.bodyLength);
+    OSKAN_ASSERT(!m_Method.empty());
+    OSKAN_ASSERT(!m_URI.isNil());
 }
 
 // ---- from another message ----

@@ -105,7 +105,10 @@ static const KxSipMessage::Registration<KxSipResponse> s_registration;
 
 KxSipResponse::KxSipResponse() = default;
 
-KxSipResponse::KxSipResponse(const KxSipResponse& other) = default;
+KxSipResponse::KxSipResponse(const KxSipResponse& other) : KxSipResponse(other, Lock(other)) {}
+
+KxSipResponse::KxSipResponse(const KxSipResponse& other, const Lock& held)
+    : KxSipMessage(other, held), m_statusCode(other.m_statusCode), m_reasonPhrase(other.m_reasonPhrase) {}
 
 KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body,
                              const char* contentType, std::uint32_t bodyLength)
@@ -150,7 +153,7 @@ bool KxSipResponse::isRequest() const {
 
 void KxSipResponse::setReasonPhrase(const char* phrase) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::setReasonPhrase");
-    const KxMutexLock lock(mutex());
+    const Lock lock(*this);
     m_reasonPhrase = KxString(phrase == nullptr ? "" : phrase);
 }
 

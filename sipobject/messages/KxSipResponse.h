@@ -47,6 +47,7 @@ private:
     friend struct Registration<KxSipResponse>;
 
     KxSipResponse();
+    KxSipResponse(const KxSipResponse& other, const Lock& held);
 
     std::int32_t m_statusCode = 0;
     KxString m_reasonPhrase;

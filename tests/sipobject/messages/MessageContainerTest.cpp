@@ -77,17 +77,17 @@ TEST(MessageContainerTest, AddingTwiceIsNotedAndChangesNothing) {
     EXPECT_THAT(capture.texts(), IsEmpty());
     for (const bool asFirst : {true, false}) {
         message->addHeader(first, asFirst);
-        message->addHeader(last, asFirst); // wherever it hangs
-        message->asynchAddHeader(KxHandle<KxSipHeader>(first), asFirst);
+        message->asynchAddHeader(first, asFirst);
         message->addSingleHeader(first, asFirst);
         EXPECT_THAT(capture.texts(), ElementsAre("KxSipMessage::addHeader : adding a header twice : Require",
-                                                 "KxSipMessage::addHeader : adding a header twice : Require",
                                                  "KxSipMessage::asynchAddHeader : adding a header twice : Require",
                                                  "KxSipMessage::addSingleHeader : adding a header twice : Require"));
         EXPECT_EQ(linesOf(*message), "Require: a|Require: b|");
     }
-    message->addSingleHeader(last, false); // only the one that would be found is known to it
-    EXPECT_EQ(linesOf(*message), "Require: a|Require: b|Require: b|");
+    message->addHeader(last, false); // only the very first one counts as there
+    message->addSingleHeader(last, false);
+    EXPECT_EQ(linesOf(*message), "Require: a|Require: b|Require: b|Require: b|");
+    EXPECT_THAT(capture.texts(), IsEmpty());
 }
 
 TEST(MessageContainerTest, FindsByTheNameThatIsWritten) {

@@ -108,6 +108,7 @@ TEST(MessageParseTest, Refuses) {
         {"", kNoToken, ""},
         {"\r\n\r\n", kKeepAlive, "\r\n\r\n"},
         {"\tx", kKeepAlive, "\tx"},
+        {std::string("\0x y", 4), kKeepAlive, " y"},
         {"/2.0", kKeepAlive, "/2.0"},
         {request("Content-Length: 1\r\n\r\n"), kShort, ""},
         {request("Content-Length: 2\r\nContent-Length: 1\r\n\r\nx"), kShort, "x"},

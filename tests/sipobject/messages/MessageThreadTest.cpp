@@ -1,14 +1,15 @@
 #include "core/GlobalConfig.h"
 #include "core/Logger.h"
-#include "sipobject/headers/KxSipToHeader.h"
-#include "sipobject/headers/KxSipUnknownHeader.h"
 #include "tests/sipobject/support/Derivation.h"
+#include "tests/sipobject/support/HeaderSupport.h"
 
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <iostream>
 #include <mutex>
+#include <sstream>
 #include <thread>
 
 namespace {
@@ -165,6 +166,116 @@ TEST(MessageThreadTest, MessagesPassFromThreadToThread) {
             exchange.swap(place, {});
         }
     });
+}
+
+namespace {
+
+/** An operation that threads may call on one message at the same time, by the guide. */
+struct SharedOperation {
+    const char* name;
+    std::function<void(KxSipMessage&)> call;
+};
+
+const std::vector<SharedOperation>& sharedOperations() {
+    static const auto startLine = [](KxSipMessage& message) {
+        if (auto* const request = dynamic_cast<KxSipRequest*>(&message)) {
+            request->setURI(KxHandle<KxURI>(new KxSipURL("sip:other@h;lr;x=y")));
+        } else {
+            dynamic_cast<KxSipResponse&>(message).setReasonPhrase("a phrase that is longer than a word");
+        }
+    };
+    static const std::vector<SharedOperation> all{
+        {"addHeader", [](KxSipMessage& m) { m.addHeader(readHeader("Via: SIP/2.0/UDP a, SIP/2.0/UDP b"), true); }},
+        {"addHeader unknown", [](KxSipMessage& m) { m.addHeader(readHeader("X-Own: 1"), false); }},
+        {"addSingleHeader", [](KxSipMessage& m) { m.addSingleHeader(readHeader("Supported: a"), false); }},
+        {"removeHeader", [](KxSipMessage& m) { m.removeHeader("Via"); }},
+        {"removeHeader unknown", [](KxSipMessage& m) { m.removeHeader("x-own"); }},
+        {"getHeader", [](KxSipMessage& m) { static_cast<void>(m.getHeader("X-Own")); }},
+        {"getHeaderOrder", [](KxSipMessage& m) { static_cast<void>(m.getHeaderOrder()); }},
+        {"isSupported", [](KxSipMessage& m) { static_cast<void>(m.isSupported("a") || m.isRequired("b")); }},
+        {"setBody", [](KxSipMessage& m) { m.setBody("v=0\r\n", "application/sdp"); }},
+        {"start line", startLine},
+        {"serialize", [](KxSipMessage& m) { static_cast<void>(written(m)); }},
+        {"clone", [](KxSipMessage& m) { EXPECT_TRUE(copyOf(m)->getHeader("X-Own 2").isNil()); }},
+        {"createKey", [](KxSipMessage& m) { static_cast<void>(m.createKey()); }},
+        {"<<", [](KxSipMessage& m) { static_cast<void>(std::ostringstream() << m); }},
+        {"logMessage",
+         [](KxSipMessage& m) {
+             Oskan::Logger logger("tandril.host");
+             m.logMessage(logger, true, nullptr, nullptr, Oskan::LogLevel::Info);
+         }},
+    };
+    return all;
+}
+
+} // namespace
+
+/** Each pair of operations that may run at the same time does so, on a request and on a response. */
+TEST(MessageThreadTest, PairsOfOperationsOnOneMessage) {
+    const Balance balance;
+    ChangingLog log;
+    log.change(2); // what logMessage writes is read
+    const std::vector<SharedOperation>& all = sharedOperations();
+    const std::string invite = fileText(KX_SOURCE_DIR "/samples/invite.sip");
+    for (const std::string& text : {invite, derivedText(readMessage(invite), "response 200")}) {
+        for (std::size_t a = 0; a < all.size(); ++a) {
+            for (std::size_t b = a; b < all.size(); ++b) {
+                const KxHandle<KxSipMessage> message = readMessage(text);
+                std::atomic<int> ready{0};
+                const auto run = [&ready, &message](const SharedOperation& operation) {
+                    for (++ready; ready != 2;) {
+                    }
+                    for (int round = 0; round < 20; ++round) {
+                        operation.call(*message);
+                    }
+                };
+                std::thread other(run, std::cref(all[b]));
+                run(all[a]);
+                other.join();
+                EXPECT_EQ(outcomeOf([&] { return written(*copyOf(*message)); }), written(*message))
+                    << all[a].name << " and " << all[b].name;
+            }
+        }
+    }
+}
+
+/** No appender runs under a message's lock: one that asks the message it hears of is answered. */
+TEST(MessageThreadTest, AppendersMayAskTheMessage) {
+    const KxHandle<KxSipMessage> message = readMessage(fileText(KX_SOURCE_DIR "/samples/carrier_invite.sip"));
+    std::size_t asked = 0;
+    bool isAsking = false;
+    log4cplus::Logger logger = log4cplus::Logger::getInstance("tandril");
+    logger.setLogLevel(log4cplus::TRACE_LOG_LEVEL);
+    logger.addAppender(log4cplus::SharedAppenderPtr(new FunctionAppender([&](const LogRecord&) {
+        if (!std::exchange(isAsking, true)) {
+            asked += written(*message).size() + message->getHeaderOrder().size();
+            message->removeHeader("X-None");
+            isAsking = false;
+        }
+    })));
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool isDone = false;
+    std::thread watch([&] { // where the test would wait for ever
+        std::unique_lock lock(mutex);
+        if (!ended.wait_for(lock, std::chrono::seconds(120), [&] { return isDone; })) {
+            std::cerr << "an appender waits for the message's lock\n";
+            std::abort();
+        }
+    });
+    for (const SharedOperation& operation : sharedOperations()) {
+        const std::size_t before = asked;
+        operation.call(*message);
+        EXPECT_GT(asked, before) << operation.name;
+    }
+    message->addHeader(message->getHeader("From"), false); // twice
+    {
+        const std::lock_guard lock(mutex);
+        isDone = true;
+    }
+    ended.notify_one();
+    watch.join();
+    log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
 }
 
 /** All that a host does with messages, while its log levels and its configuration change, for KX_SOAK_SECONDS. */

@@ -1,3 +1,4 @@
+#include "sipobject/messages/KxSipInviteMessage.h"
 #include "sipobject/messages/KxSipRequest.h"
 
 #include "core/GlobalConfig.h"
@@ -147,6 +148,28 @@ TEST(RequestURITest, TellsHostAndPort) {
         EXPECT_TRUE(request->getURL().isNil());
         EXPECT_EQ(joined(request->getRequestURIHost(), request->getRequestURIPort()), "|0");
     }
+}
+
+/** Each header of the Request-URI replaces what has its name by then, full or compact; Content-Length is the body's. */
+TEST(RequestTest, HeadersOfTheRequestURIComeOnce) {
+    const auto headers = [](const std::string& uriHeaders) {
+        return outcomeOf([&] {
+            const auto target = KxHandle<KxURI>(new KxSipURL(("sip:t@h?" + uriHeaders).c_str()));
+            const auto from = KxMake<KxSipFromHeader>("<sip:a@h>");
+            const KxSipInviteMessage invite(target, from, KxMake<KxSipToHeader>("<sip:b@h>"), {}, "i", 1, nullptr, nullptr,
+                                            0);
+            const std::string text = written(invite);
+            return text.substr(text.find("To:"));
+        });
+    };
+    const std::string begin = "To: <sip:b@h>\r\n";
+    const std::string end = "Call-ID: i\r\nCSeq: 1 INVITE\r\n";
+    EXPECT_EQ(headers("s=a;Subject=b;X-A=1;x-a=2"),
+              begin + "Subject: b\r\nX-A: 2\r\n" + end + "Content-Length: 0\r\n\r\n");
+    EXPECT_EQ(headers("f=sip:x;From=sip:y"), begin + "From: <sip:y>\r\n" + end + "Content-Length: 0\r\n\r\n");
+    EXPECT_EQ(headers("Content-Length=5"), begin + "Content-Length: 0\r\n" + end + "\r\n");
+    EXPECT_EQ(headers("body=xyz;Content-Type=a/b;l=2"),
+              begin + "Content-Type: a/b\r\nContent-Length: 3\r\n" + end + "\r\nxyz");
 }
 
 TEST(RequestTest, InsertedViaStandsFirst) {

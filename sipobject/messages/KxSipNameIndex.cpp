@@ -1,0 +1,75 @@
+#include "sipobject/messages/KxSipNameIndex.h"
+
+#include "sipobject/headers/KxSipHeader.h"
+
+#include <memory>
+
+struct KxSipNameIndex::Node {
+    KxSipHeader* header;
+    KxString name;
+    std::array<Pair, kOrders> neighbours; ///< By order: the node before (first) and the one after (last).
+};
+
+KxSipNameIndex::~KxSipNameIndex() {
+    for (const Node* node = m_chain.first; node != nullptr;) {
+        const std::unique_ptr<const Node> gone(node);
+        node = node->neighbours[kChain].last;
+    }
+}
+
+void KxSipNameIndex::addLast(KxSipHeader* header) {
+    for (; header != nullptr; header = header->getNext().get()) {
+        add(*header, false);
+    }
+}
+
+void KxSipNameIndex::add(KxSipHeader& header, bool first) {
+    auto node = std::unique_ptr<Node>(new Node{&header, header.getToken(), {}});
+    Pair& noCase = m_noCase[node->name];
+    Pair& exact = m_exact[node->name];
+    link(noCase, *node, kNoCase, first);
+    link(exact, *node, kExact, first);
+    link(m_chain, *node.release(), kChain, first);
+}
+
+void KxSipNameIndex::link(Pair& ends, Node& node, Order order, bool first) {
+    Node*& end = first ? ends.first : ends.last;
+    node.neighbours[order] = first ? Pair{nullptr, end} : Pair{end, nullptr};
+    if (end == nullptr) {
+        ends = {&node, &node};
+        return;
+    }
+    (first ? end->neighbours[order].first : end->neighbours[order].last) = &node;
+    end = &node;
+}
+
+void KxSipNameIndex::unlink(Pair& ends, Node& node, Order order) {
+    const auto [before, after] = node.neighbours[order];
+    (before == nullptr ? ends.first : before->neighbours[order].last) = after;
+    (after == nullptr ? ends.last : after->neighbours[order].first) = before;
+}
+
+template <class Groups>
+void KxSipNameIndex::leaveGroup(Groups& groups, Node& node, Order order) {
+    const auto group = groups.find(node.name);
+    unlink(group->second, node, order);
+    if (group->second.first == nullptr) {
+        groups.erase(group);
+    }
+}
+
+KxSipHeader* KxSipNameIndex::sHeader(const Node& node) {
+    return node.header;
+}
+
+KxSipHeader* KxSipNameIndex::sBefore(const Node& node) {
+    const Node* const before = node.neighbours[kChain].first;
+    return before == nullptr ? nullptr : before->header;
+}
+
+void KxSipNameIndex::remove(const KxSipHeader& header) {
+    const std::unique_ptr<Node> gone(m_noCase.find(header.getToken())->second.first);
+    leaveGroup(m_noCase, *gone, kNoCase);
+    leaveGroup(m_exact, *gone, kExact);
+    unlink(m_chain, *gone, kChain);
+}

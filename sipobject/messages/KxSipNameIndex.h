@@ -1,0 +1,76 @@
+#pragma once
+
+#include "util/KxAscii.h"
+#include "util/KxNameHash.h"
+#include "util/KxString.h"
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
+
+class KxSipHeader;
+
+/** Where the headers of a long chain are by name, and which one is before each: a shortcut for messages with many
+    headers that have no class, whose names are looked up, and which are added and taken out, one after the other.
+    Each operation takes constant time. The headers are known by address only: whoever changes the chain tells the
+    index, or drops it. What adds may throw std::bad_alloc; the index must be dropped then. */
+class KxSipNameIndex {
+public:
+    struct Node;
+
+    KxSipNameIndex() = default;
+    ~KxSipNameIndex();
+    KxSipNameIndex(const KxSipNameIndex&) = delete;
+    KxSipNameIndex& operator=(const KxSipNameIndex&) = delete;
+
+    void addFirst(KxSipHeader& header) { add(header, true); }
+    /** Appends the header and its chain. */
+    void addLast(KxSipHeader* header);
+
+    /** The first header of exactly that name, or null. */
+    const Node* find(std::string_view name) const { return sFirst(m_exact, name); }
+    /** The first header of that name, letter case ignored, or null. */
+    const Node* findNoCase(std::string_view name) const { return sFirst(m_noCase, name); }
+    static KxSipHeader* sHeader(const Node& node);
+    /** The header before it in the chain; null for the first. */
+    static KxSipHeader* sBefore(const Node& node);
+    /** Forgets a header, the first of its name, letter case ignored. */
+    void remove(const KxSipHeader& header);
+
+private:
+    enum Order { kChain, kNoCase, kExact, kOrders };
+    /** Of a list through the nodes in one order: its ends; of a node: its neighbours. */
+    struct Pair {
+        Node* first = nullptr;
+        Node* last = nullptr;
+    };
+    struct HashNoCase {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return KxNameHash::noCase(name); }
+    };
+    struct EqualNoCase {
+        using is_transparent = void;
+        bool operator()(std::string_view a, std::string_view b) const { return KxAscii::equalsNoCase(a, b); }
+    };
+    struct HashExact {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return KxNameHash::exact(name); }
+    };
+
+    void add(KxSipHeader& header, bool first);
+    static void link(Pair& ends, Node& node, Order order, bool first);
+    static void unlink(Pair& ends, Node& node, Order order);
+    template <class Groups>
+    static const Node* sFirst(const Groups& groups, std::string_view name) {
+        const auto found = groups.find(name);
+        return found == groups.end() ? nullptr : found->second.first;
+    }
+    template <class Groups>
+    static void leaveGroup(Groups& groups, Node& node, Order order);
+
+    Pair m_chain;
+    std::unordered_map<KxString, Pair, HashNoCase, EqualNoCase> m_noCase;
+    std::unordered_map<KxString, Pair, HashExact, std::equal_to<>> m_exact;
+};
