@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
         ->capture_default_str()
         ->check(CLI::PositiveNumber);
     app.add_option("--session-expires", options.times.sessionSeconds,
-                   "Seconds after which a call ends whose other side does not answer")
+                   "Seconds after which a call ends whose other side is gone; less than 90 is for tests")
         ->capture_default_str()
         ->check(CLI::Range(2, 86400));
     app.add_option("--timer-t1", options.t1, "Milliseconds of a round trip, T1; other waits are multiples of it")
