@@ -4,11 +4,15 @@
 #include <ace/Reactor.h>
 #include <log4cplus/configurator.h>
 
+#include <sys/random.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
+#include <system_error>
 
 Stop::Stop(ACE_Reactor& reactor) : ACE_Event_Handler(&reactor) {
     sigset_t signals;
@@ -41,6 +45,14 @@ void configureLog(const std::string& file, const char* logger) {
     } else {
         log4cplus::PropertyConfigurator::doConfigure(file);
     }
+}
+
+void seedRandom() {
+    unsigned seed = 0;
+    if (getentropy(&seed, sizeof seed) != 0) {
+        throw std::system_error(errno, std::generic_category(), "no random bytes");
+    }
+    std::srand(seed);
 }
 
 void HostOptions::addTo(CLI::App& app) {

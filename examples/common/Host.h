@@ -27,6 +27,10 @@ private:
     warnings of the library. */
 void configureLog(const std::string& file, const char* logger);
 
+/** Seeds the C library's generator, from which the library's tags and CSeq numbers are drawn, with the system's random
+    bytes. Once, before anything is built. Throws std::system_error. */
+void seedRandom();
+
 /** What every host is told: where it listens, and where its log goes. */
 struct HostOptions {
     std::string address = "127.0.0.1"; // who wants to serve others has to say so

@@ -56,13 +56,13 @@ bool Call::owns(const KxSipRequest& request) const {
            request.getFromHeader()->getTag() == m_remote->getTag();
 }
 
+bool Call::isNext(const KxSipRequest& request) const {
+    return request.getCSeqHeader()->getSeqNumber() > m_remoteSeq;
+}
+
 void Call::receive(const KxHandle<KxSipRequest>& request, const Transactions::Id& id) {
     const std::string_view method = request->getMethod();
-    const std::uint32_t seq = request->getCSeqHeader()->getSeqNumber();
-    if (seq <= m_remoteSeq) {
-        return respond(500, request, id);
-    }
-    m_remoteSeq = seq;
+    m_remoteSeq = request->getCSeqHeader()->getSeqNumber();
     if (method == "BYE") {
         respond(200, request, id);
         onBye();
@@ -97,6 +97,9 @@ void Call::acknowledged(const KxSipRequest& ack) {
 }
 
 void Call::hangUp(const char* why) {
+    if (m_isOver) { // and a request of ours was still to be answered
+        return;
+    }
     LOG4CPLUS_INFO(logger(), "hanging up: " << why);
     const auto self = shared_from_this();
     end();
@@ -112,6 +115,7 @@ KxHandle<KxSipRequest> Call::makeBye() const {
 void Call::end() {
     m_session.stop();
     m_longest.stop();
+    m_isOver = true;
     m_host.forget(m_tag);
 }
 
@@ -215,29 +219,35 @@ KxHandle<KxSipResponse> Call::refuseTimer(const KxHandle<KxSipRequest>& invite) 
     return refusal;
 }
 
-/** Grants the session timer that the INVITE asks for. Who can refresh and does not refuse to, does it. */
+/** Grants the session timer that the INVITE asks for, or one that it does not ask for: without any, the call of a peer
+    that has gone would stay. Who can refresh and does not refuse to, does it. */
 void Call::offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSipResponse>& ok) {
     const auto asked = invite->getSessionExpiresHeader();
-    if (asked.isNil()) {
-        m_session.stop();
-        return;
+    const auto least = KxHandleCast<KxSipMinSEHeader>(invite->getHeaderByID(KxHeaderIDs::kMinSE));
+    std::uint32_t interval = m_host.times.sessionSeconds;
+    if (!asked.isNil()) {
+        interval = std::max({interval, kMinSessionSeconds, least.isNil() ? 0 : least->getDeltaSeconds()});
+        interval = std::min(interval, asked->getDeltaSeconds());
     }
-    const bool theyRefresh = lists(*invite, KxHeaderIDs::kSupported, "timer") && !asked->isRefresherUAS();
-    const auto granted = KxMake<KxSipSessionExpiresHeader>(asked->getDeltaSeconds());
+    const bool theyRefresh =
+        lists(*invite, KxHeaderIDs::kSupported, "timer") && (asked.isNil() || !asked->isRefresherUAS());
+    const auto granted = KxMake<KxSipSessionExpiresHeader>(interval);
     granted->setRefresher(theyRefresh ? KxSipSessionExpiresHeader::sUAC : KxSipSessionExpiresHeader::sUAS);
     ok->addHeader(granted, false);
     if (theyRefresh) {
         ok->addHeader(KxMake<KxSipRequireHeader>("timer"), false);
     }
-    keepTime(asked->getDeltaSeconds(), !theyRefresh);
+    keepTime(interval, !theyRefresh);
 }
 
-void Call::followTimer(const KxSipResponse& ok) {
+void Call::followTimer(const KxSipResponse& ok, std::uint32_t asked) {
     const auto granted = ok.getSessionExpiresHeader();
-    if (granted.isNil()) {
-        m_session.stop();
-    } else {
+    if (!granted.isNil()) {
         keepTime(std::max(granted->getDeltaSeconds(), kMinSessionSeconds), !granted->isRefresherUAS());
+    } else if (asked != 0) { // a peer without session timers answers a re-INVITE all the same, while it is there
+        keepTime(asked, true);
+    } else {
+        m_session.stop();
     }
 }
 
@@ -260,7 +270,7 @@ void Call::refresh(std::uint32_t interval) {
     timer->setRefresher(KxSipSessionExpiresHeader::sUAC);
     again->addHeader(timer, false);
     m_isRefreshing = true;
-    ask(again, [self = shared_from_this()](const KxHandle<KxSipResponse>& response) {
+    ask(again, [self = shared_from_this(), interval](const KxHandle<KxSipResponse>& response) {
         const unsigned code = response.isNil() ? 408 : response->getStatusCode();
         if (code < 200) {
             return;
@@ -268,7 +278,7 @@ void Call::refresh(std::uint32_t interval) {
         self->m_isRefreshing = false;
         if (code < 300) {
             self->acknowledge(response);
-            self->followTimer(*response);
+            self->followTimer(*response, interval);
         } else {
             self->hangUp("a refresh was refused");
         }

@@ -14,7 +14,14 @@
 /** What calls need of the program around them. */
 class CallHost {
 public:
-    CallHost(Timers& clock, Transport& wire) : timers(clock), transport(wire), transactions(clock, wire) {}
+    struct Times {
+        std::chrono::milliseconds t1{500};   ///< A round trip.
+        std::chrono::milliseconds ring{200}; ///< How long a call rings before it is answered.
+        std::uint32_t sessionSeconds = 1800; ///< The session timer of calls that ask for none or a longer one.
+    };
+
+    CallHost(Timers& clock, Transport& wire, const Times& waits)
+        : timers(clock), transport(wire), transactions(clock, wire, waits.t1), times(waits) {}
     virtual ~CallHost() = default;
 
     /** Requests of the call are no longer for anybody; those who hold it keep it alive. */
@@ -23,6 +30,7 @@ public:
     Timers& timers;
     Transport& transport;
     Transactions transactions;
+    const Times times;
 };
 
 /** One call: a dialog and its session timer. How it begins, Callee and Caller say. Requests within it go where the call
@@ -31,6 +39,7 @@ public:
 class Call : public std::enable_shared_from_this<Call> {
 public:
     static constexpr std::uint32_t kMinSessionSeconds = 90;
+    static constexpr std::size_t kMaxRequests = 32; // a request each second, and each is remembered for 32 of them
     static const char* const kAllow[6];
 
     virtual ~Call() = default;
@@ -39,7 +48,11 @@ public:
     const std::string& tag() const { return m_tag; }
     /** Whether the request, which names our tag, is of this dialog. */
     bool owns(const KxSipRequest& request) const;
-    /** Serves a request within the dialog, other than ACK. */
+    /** Whether the request comes after all that were served. */
+    bool isNext(const KxSipRequest& request) const;
+    /** The requests within the dialog that are open. */
+    const Quota& requests() const { return m_requests; }
+    /** Serves the next request within the dialog, other than ACK. */
     void receive(const KxHandle<KxSipRequest>& request, const Transactions::Id& id);
     /** The ACK of a 2xx came. */
     void acknowledged(const KxSipRequest& ack);
@@ -77,8 +90,8 @@ protected:
     void introduce(KxSipMessage& message) const;
     void addSession(KxSipMessage& message) const;
     std::string contact() const;
-    /** The session timer of an INVITE of ours that was answered. */
-    void followTimer(const KxSipResponse& ok);
+    /** The session timer of an INVITE of ours that was answered, and that asked for so many seconds; 0 for none. */
+    void followTimer(const KxSipResponse& ok, std::uint32_t asked);
     /** Takes the call off the host's list. Of what is to be done later only our BYE remains. */
     void end();
 
@@ -104,6 +117,8 @@ private:
     std::string m_ack;
     std::uint32_t m_ackSeq = 0;
     bool m_isRefreshing = false;
+    bool m_isOver = false;
+    Quota m_requests{kMaxRequests};
     Timer m_session;
     Timer m_longest;
 };

@@ -11,9 +11,8 @@
 
 #include <cstdlib>
 
-Callee::Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id,
-               std::chrono::milliseconds ring)
-    : Call(host, peer, KxSipTag(nullptr).getValue()), m_invite(invite), m_ringTime(ring), m_ringing(host.timers) {
+Callee::Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id)
+    : Call(host, peer, KxSipTag(nullptr).getValue()), m_invite(invite), m_ringing(host.timers) {
     m_inviteId = id;
     m_inviteSeq = m_remoteSeq = invite->getCSeqHeader()->getSeqNumber();
 }
@@ -29,7 +28,7 @@ void Callee::begin() {
     }
     establish(local, remote, *m_invite, false);
     ring();
-    m_ringing.start(m_ringTime, [this] {
+    m_ringing.start(m_host.times.ring, [this] {
         m_isDue = true;
         if (m_rseq == 0) {
             answer();

@@ -6,8 +6,7 @@
 class Callee final : public Call {
 public:
     /** The INVITE's transaction is open. */
-    Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id,
-           std::chrono::milliseconds ring);
+    Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id);
 
     void begin();
 
@@ -22,7 +21,6 @@ private:
     std::function<void()> givingUp(int code);
 
     KxHandle<KxSipInviteMessage> m_invite;
-    std::chrono::milliseconds m_ringTime;
     Timer m_ringing;
     std::uint32_t m_rseq = 0; // of the reliable 180, while no PRACK came
     bool m_isDue = false;     // to be answered, once the PRACK came

@@ -86,7 +86,7 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
             m_answer = response;
             m_isAnswered = true;
             establish(response->getFromHeader(), response->getToHeader(), *response, true);
-            followTimer(*response);
+            followTimer(*response, m_plan.sessionSeconds);
             m_talking.start(m_plan.cancelAfter ? std::chrono::milliseconds(0) : m_plan.duration,
                             [this] { hangUp("as planned"); });
         }

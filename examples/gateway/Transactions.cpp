@@ -13,14 +13,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// [RFC 3261 17.1.1.1]
-constexpr milliseconds kT1{500};        // a round trip
-constexpr milliseconds kT2{4000};       // the longest wait between two of the same
-constexpr milliseconds kT4{5000};       // how long a message may be on the way
-constexpr milliseconds kEnd = 64 * kT1; // when there is no hope left
 constexpr milliseconds kRinging{180000};
-
-constexpr std::size_t kMaxServers = 16384;
 
 bool isInvite(const KxSipMessage& message) {
     return message.getCSeqHeader()->getMethod() == "INVITE";
@@ -29,9 +22,11 @@ bool isInvite(const KxSipMessage& message) {
 } // namespace
 
 struct Transactions::Server {
-    Server(Timers& timers, Peer from) : peer(std::move(from)), again(timers), end(timers) {}
+    Server(Timers& timers, Peer from, Quota::Place held)
+        : peer(std::move(from)), place(std::move(held)), again(timers), end(timers) {}
 
     Peer peer;
+    Quota::Place place;
     std::string last; // of our responses
     bool isFinal = false;
     std::function<void()> lost;
@@ -58,26 +53,34 @@ struct Transactions::Client {
     Timer end;
 };
 
-Transactions::Transactions(Timers& timers, Transport& transport) : m_timers(timers), m_transport(transport) {}
+Transactions::Transactions(Timers& timers, Transport& transport, milliseconds t1)
+    : m_timers(timers), m_transport(transport), m_t1(t1) {}
 Transactions::~Transactions() = default;
 
 Transactions::Id Transactions::idOf(const KxSipMessage& message, std::string_view method) {
     return Id(message.createKey().view()).append(" ").append(method);
 }
 
-bool Transactions::isFull() const {
-    return m_servers.size() >= kMaxServers;
-}
-
-bool Transactions::open(const Id& id, const Peer& from) {
-    const auto [found, isNew] = m_servers.try_emplace(id);
-    if (isNew) {
-        found->second = std::make_unique<Server>(m_timers, from);
-        found->second->end.start(kRinging, [this, id] { expire(id); });
-    } else if (!found->second->last.empty()) {
+bool Transactions::repeat(const Id& id) {
+    const auto found = m_servers.find(id);
+    if (found == m_servers.end()) {
+        return false;
+    }
+    if (!found->second->last.empty()) {
         m_transport.send(found->second->last, found->second->peer);
     }
-    return isNew;
+    return true;
+}
+
+void Transactions::open(const Id& id, const Peer& from, Quota::Place place) {
+    auto server = std::make_unique<Server>(m_timers, from, std::move(place));
+    server->end.start(kRinging, [this, id] { expire(id); });
+    m_servers[id] = std::move(server);
+}
+
+Quota::Place Transactions::placeOf(const Id& id) const {
+    const auto found = m_servers.find(id);
+    return found == m_servers.end() ? nullptr : found->second->place;
 }
 
 void Transactions::respond(const Id& id, const KxHandle<KxSipResponse>& response, std::function<void()> lost) {
@@ -96,13 +99,13 @@ void Transactions::respond(const Id& id, const KxHandle<KxSipResponse>& response
     m_transport.send(server.last, server.peer);
     server.again.stop();
     if (isReliable) {
-        sendAgain(server, kT1, kEnd);
+        sendAgain(server, m_t1, patience());
     } else if (server.isFinal && isInvite(*response) && (code < 300 || !server.peer.isReliable())) {
-        sendAgain(server, kT1, kT2);
+        sendAgain(server, m_t1, longestWait());
     }
     if (isReliable || server.isFinal) {
         const bool cannotRepeat = server.peer.isReliable() && !isInvite(*response);
-        server.end.start(cannotRepeat ? milliseconds(0) : kEnd, [this, id] { expire(id); });
+        server.end.start(cannotRepeat ? milliseconds(0) : patience(), [this, id] { expire(id); });
     }
 }
 
@@ -136,7 +139,7 @@ void Transactions::acknowledged(const Id& id) {
     Server& server = *found->second;
     server.again.stop();
     server.lost = {};
-    server.end.start(server.isFinal ? kT4 : kRinging, [this, id] { expire(id); });
+    server.end.start(server.isFinal ? longestJourney() : kRinging, [this, id] { expire(id); });
 }
 
 void Transactions::expire(const Id& id) {
@@ -157,16 +160,16 @@ void Transactions::ask(const KxHandle<KxSipRequest>& request, const Peer& to, An
     auto client = std::make_unique<Client>(m_timers, request, to, std::move(answer));
     m_transport.send(client->bytes, to);
     if (!to.isReliable()) {
-        sendAgain(*client, kT1);
+        sendAgain(*client, m_t1);
     }
-    client->end.start(kEnd, [this, id] { giveUp(id); });
+    client->end.start(patience(), [this, id] { giveUp(id); });
     m_clients[id] = std::move(client);
 }
 
 void Transactions::sendAgain(Client& client, milliseconds wait) {
     client.again.start(wait, [this, &client, wait] {
         m_transport.send(client.bytes, client.peer);
-        sendAgain(client, isInvite(*client.request) ? 2 * wait : std::min(2 * wait, kT2));
+        sendAgain(client, isInvite(*client.request) ? 2 * wait : std::min(2 * wait, longestWait()));
     });
 }
 
@@ -201,7 +204,7 @@ void Transactions::receive(const KxHandle<KxSipResponse>& response) {
         acknowledge(client, response);
     }
     if (!isRepeated) {
-        client.end.start(client.isFinal ? kEnd : kRinging, [this, id] { giveUp(id); });
+        client.end.start(client.isFinal ? patience() : kRinging, [this, id] { giveUp(id); });
     }
     if (!isRepeated || code / 100 == 2) {
         answer(response);

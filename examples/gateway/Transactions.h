@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Quota.h"
 #include "Timers.h"
 #include "Transport.h"
 
@@ -20,16 +21,22 @@ public:
     /** Gets the responses to a request, those of an INVITE all; nil when there is none in time. */
     using Answer = std::function<void(const KxHandle<KxSipResponse>& response)>;
 
-    Transactions(Timers& timers, Transport& transport);
+    /** T1 is the time of a round trip, from which all other waits follow. [RFC 3261 17.1.1.1] */
+    Transactions(Timers& timers, Transport& transport, std::chrono::milliseconds t1);
     ~Transactions();
 
     static Id idOf(const KxSipMessage& message, std::string_view method);
+    /** How long anything is sent again that nobody answers. */
+    std::chrono::milliseconds patience() const { return 64 * m_t1; }
 
     // Requests that were received.
 
-    bool isFull() const;
-    /** Whether this is the first of it; if not, it was answered as before, or will be. */
-    bool open(const Id& id, const Peer& from);
+    /** Whether the request came before; then it is answered as before, or will be. */
+    bool repeat(const Id& id);
+    /** Opens a transaction, which keeps the place until it ends. */
+    void open(const Id& id, const Peer& from, Quota::Place place);
+    /** The place of an open transaction; null for any other. */
+    Quota::Place placeOf(const Id& id) const;
     /** Sends the response. One that has to be acknowledged, reliable or final to an INVITE, is sent again until it is;
         `lost` is called if that never happens. */
     void respond(const Id& id, const KxHandle<KxSipResponse>& response, std::function<void()> lost = {});
@@ -57,8 +64,12 @@ private:
     void giveUp(const Id& id);
     void acknowledge(const Client& client, const KxHandle<KxSipResponse>& refusal);
 
+    std::chrono::milliseconds longestWait() const { return 8 * m_t1; }     // T2, between two of the same
+    std::chrono::milliseconds longestJourney() const { return 10 * m_t1; } // T4, of a message
+
     Timers& m_timers;
     Transport& m_transport;
+    std::chrono::milliseconds m_t1;
     std::unordered_map<Id, std::unique_ptr<Server>> m_servers;
     std::unordered_map<Id, std::unique_ptr<Client>> m_clients;
 };

@@ -4,21 +4,24 @@
 
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipParseKeepAliveException.h"
+#include "sipobject/KxSipTag.h"
 #include "sipobject/headers/KxSipAcceptHeader.h"
 #include "sipobject/headers/KxSipAllowHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipRetryAfterHeader.h"
 #include "sipobject/headers/KxSipSupportedHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "util/KxByteArrayInputStream.h"
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
 #include <utility>
 
 namespace {
-
-constexpr std::size_t kMaxCalls = 4096;
 
 void addAllow(KxSipMessage& message) {
     for (const char* method : Call::kAllow) {
@@ -50,7 +53,21 @@ KxHandle<KxSipRequest> salvage(std::string_view bytes) {
     return request->getViaHeader().isNil() ? KxHandle<KxSipRequest>() : request;
 }
 
+/** Where the answers to a request go. */
+Peer answersTo(const KxSipRequest& request, const Peer& from) {
+    Peer to = from;
+    to.address.set_port_number(
+        static_cast<u_short>(replyPort(*request.getViaHeader(), from.address.get_port_number())));
+    return to;
+}
+
 } // namespace
+
+UserAgent::UserAgent(Timers& clock, Transport& wire, const Times& waits, const Limits& limits)
+    : CallHost(clock, wire, waits),
+      m_maxCalls(limits.calls),
+      m_transactions(limits.transactions),
+      m_secret(KxSipTag(nullptr).getValue()) {}
 
 void UserAgent::receive(std::string_view bytes, const Peer& from) {
     guarded("a message", [&] {
@@ -66,9 +83,10 @@ void UserAgent::receive(std::string_view bytes, const Peer& from) {
         if (message->isResponse()) {
             return transactions.receive(KxHandleCast<KxSipResponse>(message));
         }
-        if (!message->getViaHeader().isNil()) {
-            noteSource(*message->getViaHeader(), hostOf(from.address), from.address.get_port_number());
-            serve(KxHandleCast<KxSipRequest>(message), from);
+        const auto request = KxHandleCast<KxSipRequest>(message);
+        if (!request->getViaHeader().isNil()) {
+            noteSource(*request->getViaHeader(), hostOf(from.address), from.address.get_port_number());
+            serve(request, answersTo(*request, from));
         }
     });
 }
@@ -81,44 +99,41 @@ void UserAgent::refuseUnreadable(std::string_view bytes, const KxString& why, co
         const bool isScheme = why == "Unsupported Uri Scheme";
         const bool isVersion = why == "Invalid SIP Version";
         noteSource(*request->getViaHeader(), hostOf(from.address), from.address.get_port_number());
-        reply(makeResponse(isScheme ? 416 : isVersion ? 505 : 400, request), from);
+        reply(makeResponse(isScheme ? 416 : isVersion ? 505 : 400, request), request, answersTo(*request, from));
     }
 }
 
-/** Without a transaction: the request, sent again, is answered again. */
-void UserAgent::reply(const KxHandle<KxSipResponse>& response, const Peer& from) {
-    Peer to = from;
-    to.address.set_port_number(
-        static_cast<u_short>(replyPort(*response->getViaHeader(), from.address.get_port_number())));
-    transport.send(bytesOf(*response), to);
+/** Answers without a transaction. The request, sent again, gets the same answer again, with the same tag. */
+void UserAgent::reply(const KxHandle<KxSipResponse>& response, const Request& request, const Peer& from) {
+    if (!request->getToHeader()->isTagPresent()) {
+        const std::string_view callId = request->getCallIdHeader()->getCallId();
+        const std::string_view branch = request->getViaHeader()->getBranch();
+        const std::size_t hash = std::hash<std::string>()(std::string(m_secret).append(callId).append(branch));
+        response->getToHeader()->setTag(std::to_string(hash).c_str());
+    }
+    transport.send(bytesOf(*response), from);
 }
 
 void UserAgent::serve(const Request& request, const Peer& from) {
     const std::string_view method = request->getMethod();
-    const KxStatus status = request->getStatus();
     if (method == "ACK") {
         if (request->isValid()) {
             acknowledge(*request);
         }
         return;
     }
-    if (status != KX_STATUS_VALID || transactions.isFull()) { // what could not be read need not have a key
-        return reply(makeResponse(status != KX_STATUS_VALID ? 400 : 503, request), from);
+    if (request->getStatus() != KX_STATUS_VALID) { // what could not be read need not have a key
+        return reply(makeResponse(400, request), request, from);
     }
-    Peer answersTo = from;
-    answersTo.address.set_port_number(
-        static_cast<u_short>(replyPort(*request->getViaHeader(), from.address.get_port_number())));
     const Transactions::Id id = Transactions::idOf(*request, method);
-    if (!transactions.open(id, answersTo)) {
+    if (transactions.repeat(id)) {
         return;
     }
+    if (const auto refusal = refuse(request); !refusal.isNil()) {
+        return reply(refusal, request, from);
+    }
     try {
-        const KxHandle<KxSipResponse> refusal = refuse(request);
-        if (refusal.isNil()) {
-            dispatch(request, id, answersTo);
-        } else {
-            transactions.respond(id, refusal);
-        }
+        dispatch(request, id, from);
     } catch (const KxHandle<KxException>&) {
         transactions.respond(id, makeResponse(500, request));
         throw;
@@ -165,34 +180,72 @@ KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
 void UserAgent::dispatch(const Request& request, const Transactions::Id& id, const Peer& from) {
     const std::string_view method = request->getMethod();
     if (method == "CANCEL") {
-        const Transactions::Id invite = Transactions::idOf(*request, "INVITE");
-        transactions.respond(id, makeResponse(transactions.isOpen(invite) ? 200 : 481, request));
-        transactions.cancel(invite);
-    } else if (request->getToHeader()->isTagPresent()) {
-        if (const std::shared_ptr<Call> call = find(*request)) {
-            call->receive(request, id);
-        } else {
-            transactions.respond(id, makeResponse(481, request));
-        }
+        cancel(request, id, from);
+    } else if (const std::shared_ptr<Call> call = find(*request)) {
+        serveWithin(*call, request, id, from);
+    } else if (request->getToHeader()->isTagPresent() || (method != "INVITE" && method != "OPTIONS")) {
+        reply(makeResponse(481, request), request, from);
+    } else if (isFull()) {
+        reply(makeLater(503, request), request, from);
     } else if (method == "OPTIONS") {
-        const KxHandle<KxSipResponse> response = makeResponse(200, request);
-        addAllow(*response);
-        response->addHeader(KxMake<KxSipAcceptHeader>("application", "sdp"), false);
-        response->addHeader(KxMake<KxSipSupportedHeader>("100rel"), false);
-        response->addHeader(KxMake<KxSipSupportedHeader>("timer"), false);
-        transactions.respond(id, response);
-    } else if (method != "INVITE") {
-        transactions.respond(id, makeResponse(481, request));
-    } else if (const auto refusal = Call::refuseTimer(request); !refusal.isNil()) {
-        transactions.respond(id, refusal);
-    } else if (m_calls.size() >= kMaxCalls) {
-        transactions.respond(id, makeResponse(503, request));
+        reply(makeOptions(request), request, from);
     } else {
-        const auto call =
-            std::make_shared<Callee>(*this, from, KxHandleCast<KxSipInviteMessage>(request), id, m_settings.ring);
-        m_calls.emplace(call->tag(), call);
-        call->begin();
+        invite(request, id, from);
     }
+}
+
+void UserAgent::cancel(const Request& request, const Transactions::Id& id, const Peer& from) {
+    const Transactions::Id cancelled = Transactions::idOf(*request, "INVITE");
+    if (Quota::Place place = transactions.placeOf(cancelled)) { // counted where the INVITE is, and never refused
+        transactions.open(id, from, std::move(place));
+        transactions.respond(id, makeResponse(200, request));
+        transactions.cancel(cancelled);
+    } else {
+        reply(makeResponse(481, request), request, from);
+    }
+}
+
+void UserAgent::serveWithin(Call& call, const Request& request, const Transactions::Id& id, const Peer& from) {
+    if (!call.isNext(*request)) {
+        reply(makeResponse(500, request), request, from);
+    } else if (call.requests().isFull() && request->getMethod() != std::string_view("BYE")) {
+        reply(makeLater(500, request), request, from);
+    } else {
+        transactions.open(id, from, call.requests().take());
+        call.receive(request, id);
+    }
+}
+
+void UserAgent::invite(const Request& request, const Transactions::Id& id, const Peer& from) {
+    if (const auto refusal = Call::refuseTimer(request); !refusal.isNil()) {
+        return reply(refusal, request, from);
+    }
+    transactions.open(id, from, m_transactions.take());
+    const auto call = std::make_shared<Callee>(*this, from, KxHandleCast<KxSipInviteMessage>(request), id);
+    call->begin(); // first, since a call that can't begin must not stay
+    m_calls.emplace(call->tag(), call);
+}
+
+bool UserAgent::isFull() const {
+    return m_transactions.isFull() || m_calls.size() >= m_maxCalls;
+}
+
+/** Refuses for now: by the time that it names, all that waits for an answer has got one or was given up. */
+KxHandle<KxSipResponse> UserAgent::makeLater(int code, const Request& request) const {
+    const KxHandle<KxSipResponse> response = makeResponse(code, request);
+    const auto wait = std::chrono::ceil<std::chrono::seconds>(transactions.patience());
+    response->addHeader(KxMake<KxSipRetryAfterHeader>(static_cast<std::uint32_t>(wait.count())), false);
+    return response;
+}
+
+/** What an INVITE may ask for. [RFC 3261 11.2] */
+KxHandle<KxSipResponse> UserAgent::makeOptions(const Request& request) const {
+    const KxHandle<KxSipResponse> response = makeResponse(200, request);
+    addAllow(*response);
+    response->addHeader(KxMake<KxSipAcceptHeader>("application", "sdp"), false);
+    response->addHeader(KxMake<KxSipSupportedHeader>("100rel"), false);
+    response->addHeader(KxMake<KxSipSupportedHeader>("timer"), false);
+    return response;
 }
 
 void UserAgent::call(const Peer& to, const Caller::Plan& plan) {

@@ -3,8 +3,8 @@
 //   gateway --port 5060
 //   gateway --port 0 call sip:bob@127.0.0.1:5060 --duration 2000
 //
-// Transport moves bytes, Transactions repeats what may be lost, UserAgent reads requests and refuses what it must, Call
-// and its two kinds are the dialogs. There is one thread.
+// Transport moves bytes, Transactions repeats what may be lost, UserAgent reads requests, refuses what it must and says
+// what is served when there is no room, Call and its two kinds are the dialogs. There is one thread.
 
 #include "UserAgent.h"
 #include "common/Host.h"
@@ -13,15 +13,16 @@
 #include <ace/Reactor.h>
 #include <log4cplus/initializer.h>
 
-#include <cstdlib>
 #include <iostream>
-#include <random>
 
 namespace {
 
 struct Options {
     HostOptions host;
+    UserAgent::Limits limits;
+    CallHost::Times times;
     unsigned ring = 200;
+    unsigned t1 = 500;
     bool isCalling = false;
     bool overTcp = false;
     unsigned duration = 1000;
@@ -54,13 +55,13 @@ bool run(const Options& options) {
     const Stop stop(reactor);
     const log4cplus::Initializer log;
     configureLog(options.host.log, "gateway");
-    std::srand(std::random_device()()); // the library's tags and CSeq numbers draw from it
+    seedRandom();
 
     Timers timers(reactor);
     UserAgent* receiver = nullptr;
     Transport transport(options.host.listenAt(), reactor,
                         [&](std::string_view message, const Peer& from) { receiver->receive(message, from); });
-    UserAgent agent(timers, transport, {std::chrono::milliseconds(options.ring)});
+    UserAgent agent(timers, transport, options.times, options.limits);
     receiver = &agent;
     std::cout << "gateway: listening on " << transport.host() << ':' << transport.port() << std::endl;
     bool isDone = !options.isCalling;
@@ -80,6 +81,20 @@ int main(int argc, char** argv) {
     app.add_option("--ring", options.ring, "Milliseconds that a call rings")
         ->capture_default_str()
         ->check(CLI::Range(0, 120000));
+    app.add_option("--calls", options.limits.calls,
+                   "Calls at a time; over it, and over --transactions, INVITEs get 503")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--transactions", options.limits.transactions, "Transactions of INVITEs outside a dialog at a time")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--session-expires", options.times.sessionSeconds,
+                   "Seconds after which a call ends whose other side is gone; less than 90 is for tests")
+        ->capture_default_str()
+        ->check(CLI::Range(2, 86400));
+    app.add_option("--timer-t1", options.t1, "Milliseconds of a round trip, T1; other waits are multiples of it")
+        ->capture_default_str()
+        ->check(CLI::Range(10, 10000));
     CLI::App* const call = app.add_subcommand("call", "Make one call, and end when it is over");
     call->add_option("uri", options.plan.uri, "Whom to call, \"sip:bob@192.0.2.1:5060\"")->required();
     call->add_option("--duration", options.duration, "Milliseconds until it is hung up")
@@ -92,6 +107,8 @@ int main(int argc, char** argv) {
     call->add_flag("--tcp", options.overTcp, "Over TCP");
     CLI11_PARSE(app, argc, argv);
     options.isCalling = call->parsed();
+    options.times.ring = std::chrono::milliseconds(options.ring);
+    options.times.t1 = std::chrono::milliseconds(options.t1);
     try {
         return run(options) ? 0 : 1;
     } catch (const KxHandle<KxException>& failure) {

@@ -94,6 +94,10 @@ Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
 
 /** Whether the credentials are what we asked for, of a user who knows his password. */
 bool Authenticator::isUser(KxSipDigestCredentialsInfo& credentials, const KxSipRequest& request) const {
+    if (credentials.getProperty("algorithm").isNil()) { // then it is MD5 [RFC 2617 3.2.1]; the library needs it named
+        KxByteArrayInputStream usual("algorithm=MD5");
+        credentials.parse(usual);
+    }
     // Exactly what was offered. Who may choose MD5-sess needs no password of some users, and who may leave out the qop
     // sends the same again and again.
     if (credentials.getProperty("algorithm") != "MD5" || credentials.getProperty("qop") != "auth" ||

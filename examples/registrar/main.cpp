@@ -27,6 +27,7 @@ void run(const Options& options) {
     const Stop stop(reactor);
     const log4cplus::Initializer log;
     configureLog(options.host.log, "registrar");
+    seedRandom();
 
     Registrar registrar(options.realm, readUsers(options.users));
     UdpPort port(options.host.listenAt(), reactor, [&](std::string_view datagram, const ACE_INET_Addr& from) {

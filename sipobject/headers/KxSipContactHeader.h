@@ -22,7 +22,7 @@ public:
     KxString getQValue() const { return getParameter("q"); }
     void setQValue(const KxString& q) { setParameter("q", q); }
     void removeQValue() { removeParameter("q"); }
-    /** Seconds as written; empty when absent. */
+    /** Seconds as written; nil when absent. */
     KxString getExpires() const { return getParameter("expires"); }
     void setExpires(const KxString& seconds) { setParameter("expires", seconds); }
     void removeExpires() { removeParameter("expires"); }

@@ -6,7 +6,8 @@ usage: blocks.py --work FOLDER --tool-folder FOLDER --compiler C++ [--page PAGE]
 A page is a Markdown file. Every block in it, fenced or indented, needs a reading; one that has none fails the test.
 What a block is follows from its language and from the marker in front of it, an HTML comment on a line of its own:
 
-  ```cpp with a main()          a program: compiled and run as it is
+  ```cpp with a main()          a program: compiled and run as it is; with <!-- fed: FILE --> it is run for each line
+                                "input -> output" of that file of the source tree, and has to end well
   <!-- run -->                  C++ statements: run as one function. "run: NAME" puts the statements of
                                 tests/docs/preludes/NAME.cpp in front
   <!-- more -->                 C++ statements that go on where the block before them ended
@@ -131,12 +132,11 @@ class Runner:
     def count(self, what):
         self.counts[what] = self.counts.get(what, 0) + 1
 
-    def run(self, command, folder, **more):
+    def run(self, command, folder, given=""):
         """What a command prints on both outputs, and its exit code."""
-        done = subprocess.run(command, cwd=folder, env=self.environment, text=True, errors="replace", timeout=120,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False,
-                              **more)
-        return done.stdout, done.returncode
+        done = subprocess.run(command, cwd=folder, env=self.environment, timeout=120, input=given.encode("latin-1"),
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+        return done.stdout.decode(errors="replace").replace("\r\n", "\n").replace("\r", "\n"), done.returncode
 
     def compile(self, source, program):
         output, code = self.run([*self.compiler, f"-I{self.work}", f"-I{SOURCE}", str(source), "-o", str(program),
@@ -221,16 +221,27 @@ def run_single(block, runner, rows):
     if block.verb == "rows":
         rows.check(block)
         return "rows"
-    if block.language == "cpp" and "int main(" in block.text and not block.marker:
+    if block.language == "cpp" and "int main(" in block.text and block.verb in ("", "fed"):
         source = runner.work / "program.cpp"
         source.write_text(f'#line {block.line + 1} "{block.page}"\n{block.text}', encoding="utf-8")
         runner.compile(source, runner.work / "program")
-        output, code = runner.run([str(runner.work / "program")], runner.work)
-        check_part(block, output, code, 0)
+        for given, expected in fed_to(block):
+            output, code = runner.run([str(runner.work / "program")], runner.work, given)
+            check_part(dataclasses.replace(block, output=expected), output, code, 0)
         return "programs"
     if block.language in ("sh", "console") and not block.marker:
         return run_shell(block, runner)
     raise Failure("nobody runs this block: it has no marker, or one that is not known")
+
+
+def fed_to(block):
+    """What a program is given, each with what it has to print; as the page says where there is no file of them."""
+    if not block.argument:
+        return [("", block.output)]
+    rows = [re.match("(.+) -> (.+)$", line) for line in (SOURCE / block.argument).read_text().splitlines()]
+    if not rows or None in rows:
+        raise Failure(f"{block.argument} has no rows, or a line that is none")
+    return [(row[1].encode().decode("unicode_escape"), row[2].replace(" | ", "\n")) for row in rows]
 
 
 def run_shell(block, runner):

@@ -43,6 +43,7 @@ std::string shown(std::string text) {
         text.resize(text.size() - 2);
     }
     text = replaced(std::move(text), "\r\n", " | ");
+    text = replaced(std::move(text), std::string_view("", 1), "\\0");
     return replaced(replaced(replaced(std::move(text), "\r", "\\r"), "\n", "\\n"), "\t", "\\t");
 }
 

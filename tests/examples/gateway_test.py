@@ -114,6 +114,16 @@ class Client:
         message, self.read = self.read[:length], self.read[length:]
         return message
 
+    def call(self, acknowledge=True):
+        """Makes a call, and returns the other side's tag."""
+        self.send(self.request(method="INVITE"))
+        while not (answer := self.answer()).startswith("SIP/2.0 200 "):
+            assert answer.startswith("SIP/2.0 1"), answer
+        tag = re.search(r"\r\nTo: .*(;tag=\S+)", answer)[1]
+        if acknowledge:
+            self.send(self.request(method="ACK", to=tag))
+        return tag
+
     def length(self):
         body = re.search(r"\r\nContent-Length: (\d+)\r\n", self.read)
         return self.read.index("\r\n\r\n") + 4 + int(body[1])
@@ -127,12 +137,13 @@ class Client:
     def ask(self, message):
         """What a request, or none, is answered with: the answer to another behind it comes first then. What is lost on
         the way, as datagrams are on a busy machine, is sent again."""
-        branch = (re.findall(r";branch=\w+", message.decode("latin-1")) or ["none"])[0] + ";"
+        text = message.decode("latin-1")
+        branch, cseq = (re.findall(part, text) or ["none"] for part in (r";branch=\w+", r"\r\nCSeq: .*\r\n"))
         for _ in range(3):
             self.send(message)
             self.send(self.request(method="LAST"))
             while (answer := self.answer(2)) and f"branch=z9hG4bK{self.number};" not in answer:
-                if branch in answer:
+                if branch[0] + ";" in answer and cseq[0] in answer:
                     return answer
         return ""
 
@@ -212,6 +223,77 @@ def check_stream(port):
         assert answer.startswith("SIP/2.0 200 ") and f"CSeq: {number} OPTIONS" in answer, answer
     client.send(b"X-Endless: " + b"x" * 70000)
     assert client.answer() == "", "the connection is closed"
+
+
+def check_full(program, folder):
+    """With no room left, what is open is served, what is new is refused, and there is room again when that has ended."""
+    places = 8
+    with Host(program, folder, "--transactions", str(places), "--timer-t1", "100", "--ring", "50") as gateway:
+        live, flood = Client(gateway.port), Client(gateway.port)
+        tag = live.call()
+
+        def invite():
+            message = flood.request("Require: 100rel", method="INVITE", body="")
+            return message, f"z9hG4bK{flood.number}", flood.ask(message)
+
+        answers = [flood.ask(flood.request(method=method)) for method in ("OPTIONS", "FROB", "MESSAGE", "BYE") * 50]
+        assert {answer[8:11] for answer in answers} == {"200", "501", "405", "481"}, "none of them takes room"
+        asked = [invite() for _ in range(5 * places)]
+        taken = [(message, branch) for message, branch, answer in asked if answer.startswith("SIP/2.0 100 ")]
+        later = r"SIP/2\.0 503 .*\r\nRetry-After: 7\r\n"
+        assert 0 < len(taken) <= places and all(" 100 " in answer or re.match(later, answer, re.DOTALL)
+                                                for _, _, answer in asked), asked
+        assert re.match(later, flood.ask(flood.request()), re.DOTALL), "OPTIONS as INVITE"
+        (first, _), (second, branch) = taken[-2:]
+        ringing = flood.ask(first)
+        assert ringing.startswith("SIP/2.0 180 ") and flood.ask(first) == ringing
+        assert live.ask(live.request(method="INVITE", number=2, to=tag)).startswith("SIP/2.0 200 ")
+        live.send(live.request(method="ACK", number=2, to=tag))
+        pings = [live.ask(live.request(number=number, to=tag)) for number in range(3, 43)]
+        assert [ping[8:11] for ping in pings] == ["200"] * 31 + ["500"] * 9, pings  # beside the INVITE
+        assert "\r\nRetry-After: 7\r\n" in pings[-1], pings[-1]
+        bye = live.request(method="BYE", number=99, to=tag)
+        done = live.ask(bye)
+        assert done.startswith("SIP/2.0 200 ") and live.ask(bye) == done
+        cancel = second.replace(b"INVITE", b"CANCEL").replace(b"Require: 100rel\r\n", b"")
+        assert flood.ask(cancel).startswith("SIP/2.0 200 ")
+        while (answer := flood.ask(second)).startswith("SIP/2.0 180 "):  # sent before the CANCEL came
+            pass
+        assert answer.startswith("SIP/2.0 487 "), answer
+        flood.send(flood.request(method="ACK", branch=branch))
+        full, again = time.monotonic(), []
+        while len(again) < places - 2:  # more than those that the messages above have ended
+            if invite()[2].startswith("SIP/2.0 100 "):
+                again.append(time.monotonic() - full)
+            assert time.monotonic() - full < PATIENCE, again
+            time.sleep(0.1)
+        print(f"full with {places} transactions: of 200 small requests none took room; of {len(asked)} INVITEs "
+              f"{len(taken)} taken, {len(asked) - len(taken)} refused; re-INVITE, 31 OPTIONS, BYE and its repeat, "
+              f"CANCEL and the repeats of two INVITEs served; first room {again[0]:.1f} s later, for {len(again)} "
+              f"after {again[-1]:.1f} s")
+
+
+def check_gone(program, folder):
+    """Calls of peers that have gone end, and others do not."""
+    with Host(program, folder, "--calls", "3", "--session-expires", "2", "--timer-t1", "50", "--ring", "10") as gateway:
+        live, gone, deaf, late, *new = (Client(gateway.port) for _ in range(6))
+        tag, _, _ = live.call(), gone.call(), deaf.call(acknowledge=False)
+        refused = late.ask(late.request(method="INVITE"))
+        assert re.match(r"SIP/2\.0 503 .*\r\nRetry-After: 4\r\n", refused, re.DOTALL), refused
+        begin, refreshes = time.monotonic(), 0
+        while refreshes < 6:
+            refresh = live.answer()
+            assert re.match("(INVITE|ACK) ", refresh), refresh
+            if refresh.startswith("INVITE"):
+                refreshes += 1
+                copied = re.findall(r"(?:Via|From|To|Call-ID|CSeq): .*\r\n", refresh)
+                live.send(("SIP/2.0 200 OK\r\n" + "".join(copied) + "Content-Length: 0\r\n\r\n").encode())
+        assert time.monotonic() - begin < PATIENCE / 2
+        for client in new:
+            assert client.call()
+        assert live.ask(live.request(method="BYE", number=2, to=tag)).startswith("SIP/2.0 200 ")
+        ends = re.findall("hanging up: (.*)", gateway.log_text())
+        assert sorted(ends) == ["a refresh was refused", "no ACK came"], ends
 
 
 def storm(port, count, seed=9):
@@ -297,6 +379,8 @@ def main():
         check_repeats(Client(gateway.port))
         check_stream(gateway.port)
         check_client(options.gateway, gateway.port, ringing.port)
+        check_full(options.gateway, folder)
+        check_gone(options.gateway, folder)
         failed = 0
         for name, run in runs.items():
             done, lost, repeats = run.result()

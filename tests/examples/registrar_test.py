@@ -71,8 +71,8 @@ class Client:
         middle = f"{nc}:c:{qop}:" if qop else ""
         response = md5(f"{a1}:{nonce}:{middle}" + md5(f"REGISTER:{uri}").hexdigest()).hexdigest()
         return (f'Authorization: Digest username="{user}",realm="{REALM}",nonce="{nonce}",uri="{uri}",'
-                f"algorithm={algorithm},"
-                + (f"qop={qop}," if qop else "") + f'nc={nc},cnonce="c",response="{response}"')
+                + (f"algorithm={algorithm}," if algorithm else "") + (f"qop={qop}," if qop else "")
+                + f'nc={nc},cnonce="c",response="{response}"')
 
 
 def sipp(port, folder, password, last):
@@ -105,6 +105,8 @@ def check_strangers(client):
         ("no response", message(f'Authorization: Digest username="alice",realm="{REALM}"'), "SIP/2.0 401 "),
         ("wrong password", message(credentials(password="x")), r"SIP/2.0 401 (?!.*stale)"),
         ("no such user", message(credentials(user="eve", password=""), user="eve"), "SIP/2.0 401 "),
+        ("wrong password, no algorithm", message(credentials(password="x", algorithm="")), r"SIP/2.0 401 (?!.*stale)"),
+        ("right password, no algorithm", message(credentials(algorithm="")), "SIP/2.0 200 "),
         ("other URI", message(credentials(uri="sip:elsewhere")), "SIP/2.0 401 "),
         ("a count the response does not cover", message(credentials(qop="")), "SIP/2.0 401 "),
         ("qop not offered", message(credentials(qop="auth-int")), "SIP/2.0 401 "),
@@ -160,7 +162,10 @@ def main():
             out.write(f"# a comment\nalice:{PASSWORD}\n\nbob:{PASSWORD}\r\n{WEAK}:{PASSWORD}\n")
         with Host(sys.argv[1], folder, "--realm", REALM, "--users", users) as registrar:
             client = Client(registrar.port)
-            client.ask(b"")  # it answers
+            with Host(sys.argv[1], folder, "--realm", REALM, "--users", users) as other:
+                tags = [re.search(r"\r\nTo: .*;tag=(\w+)-", one.ask(one.message()))[1]  # the random half
+                        for one in (client, Client(other.port))]
+            assert tags[0] != tags[1], f"the first tag is the same in each run: {tags}"
             for name, password, last, expected in (("right password", PASSWORD, 200, (CALLS, 0)),
                                                    ("wrong password", "wrong", 200, (0, CALLS)),
                                                    ("wrong password, refused again", "wrong", 401, (CALLS, 0))):

@@ -35,7 +35,7 @@ std::string keyOf(const ReadMessage& read) {
 void addKeyCommand(CLI::App& app, Outcome& outcome) {
     const auto files = std::make_shared<std::vector<std::string>>();
     CLI::App* const command = app.add_subcommand("key", "Print each message's transaction key, a line a message");
-    command->add_option("FILE", *files, "Files of one or more messages; \"-\" or none is standard input")
+    command->add_option("FILE", *files, "Files of messages, or captures; \"-\" or none is standard input")
         ->type_name("");
     command->footer(kFooter);
     command->callback([files, &outcome] {
