@@ -106,9 +106,8 @@ extern "C" void* malloc(std::size_t size) {
 }
 
 int main(int argc, char** argv) {
-    if (argc == 2 && std::string_view(argv[1]) == "hold") { // needs no callgrind, and takes long under it
-        countHeld("invite", readSample("invite.sip"));
-        countHeld("carrier_invite", readSample("carrier_invite.sip"));
+    if (argc == 3 && std::string_view(argv[1]) == "hold") { // needs no callgrind, and takes long under it
+        countHeld(argv[2], readSample(std::string(argv[2]) + ".sip"));
     } else {
         countAll();
     }

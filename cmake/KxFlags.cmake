@@ -40,8 +40,9 @@ if(KX_SANITIZE)
     list(JOIN KX_SANITIZE "," KX_SANITIZE_LIST)
     add_compile_options(-fsanitize=${KX_SANITIZE_LIST} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${KX_SANITIZE_LIST})
-    # Pools would hide a use after free or a byte too far from the sanitizer.
-    add_compile_definitions(KX_PLAIN_MALLOC=1)
+    # Pools would hide a use after free or a byte too far from the sanitizer. A public header reads this, so that it goes
+    # to whoever uses the libraries, too.
+    set(KX_PUBLIC_DEFINITIONS KX_PLAIN_MALLOC=1)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # The instrumented code misleads the flow-based warnings; the other builds keep them.
         add_compile_options(-Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread

@@ -25,6 +25,8 @@ install(FILES "${CMAKE_BINARY_DIR}/package/KxSipObjectConfig.cmake"
     DESTINATION "${KX_PACKAGE_DIR}" COMPONENT development)
 
 file(RELATIVE_PATH KX_PREFIX_FROM_PC "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+list(TRANSFORM KX_PUBLIC_DEFINITIONS PREPEND " -D" OUTPUT_VARIABLE KX_PC_DEFINITIONS)
+string(REPLACE ";" "" KX_PC_DEFINITIONS "${KX_PC_DEFINITIONS}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/kxsipobject.pc.in" "${CMAKE_BINARY_DIR}/package/kxsipobject.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/package/kxsipobject.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)

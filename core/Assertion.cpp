@@ -5,7 +5,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <string>
+#include <string_view>
 
 namespace Oskan {
 
@@ -37,7 +39,34 @@ template <class Log>
     std::abort();
 }
 
+/** "T = X" of "void C<T>::f() [with T = X]", as g++ writes it, or "[T = X]", as clang++ does. */
+std::string_view argumentsOf(std::string_view function) {
+    const std::size_t open = function.rfind(" [");
+    if (open == std::string_view::npos)
+        return function;
+    std::string_view arguments = function.substr(open + 2);
+    arguments.remove_suffix(arguments.ends_with(']'));
+    return arguments.starts_with("with ") ? arguments.substr(5) : arguments;
+}
+
+/** "libx.so+0x1234", of the call before the return address. */
+std::string placeOf(const void* returnAddress) {
+    const char* const call = static_cast<const char*>(returnAddress) - 1;
+    Dl_info info{};
+    if (dladdr(call, &info) == 0 || !info.dli_fname)
+        return "an unknown place";
+    char offset[24];
+    std::snprintf(offset, sizeof offset, "+0x%tx", call - static_cast<const char*>(info.dli_fbase));
+    return std::string(info.dli_fname) + offset;
+}
+
 } // namespace
+
+void Assertion::sFailNil(const char* text, const char* function, const void* caller) noexcept {
+    std::string report(text);
+    report.append(", ").append(argumentsOf(function)).append(", called from ").append(placeOf(caller));
+    sFail(report.c_str());
+}
 
 void Assertion::sFail(const char* text, const char* file, int line) noexcept {
     stop(text, file, line, [=](const std::string& report) {

@@ -36,6 +36,11 @@ public:
                                               int line) noexcept;
     [[noreturn, gnu::cold]] static void sFail(const char* text, const AceCleanupLogger& logger, const char* file,
                                               int line) noexcept;
+    /** For a template's check of something that is nil: reports the text, the template's arguments, and the caller as
+        an offset into its program or library, as addr2line takes it.
+        @param function the __PRETTY_FUNCTION__ of a member of the template.
+        @param caller a return address. */
+    [[noreturn, gnu::cold]] static void sFailNil(const char* text, const char* function, const void* caller) noexcept;
 };
 
 } // namespace Oskan

@@ -1,6 +1,7 @@
 #include "core/ClassLoggers.h"
 
 #include "core/Exception.h"
+#include "core/ForkLock.h"
 #include "core/Log4cplusAccess.h"
 #include "core/PooledLoggerImpl.h"
 
@@ -22,6 +23,7 @@ constexpr int kUnread = INT_MAX - 1; ///< As a cached level: no appender would g
 constexpr int kNothingDisabled = -1;
 
 constinit std::mutex s_mutex; ///< Guards making, updating and releasing.
+const ForkLockOf<s_mutex> s_forkLock{ForkLock::Order::Loggers};
 constinit bool s_released = false;
 
 // What the poll reads, and what it compares with. Written under the mutex, after the cached levels.

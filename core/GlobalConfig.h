@@ -3,7 +3,6 @@
 #include "core/CoreApi.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,7 +33,6 @@ private:
 
     std::optional<std::string> textOf(std::string_view name) const;
 
-    mutable std::mutex m_mutex;
     std::map<std::string, std::string, std::less<>> m_texts;
 };
 

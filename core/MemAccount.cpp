@@ -1,5 +1,6 @@
 #include "core/MemAccount.h"
 
+#include "core/ForkLock.h"
 #include "core/MemRows.h"
 
 #include <cstdlib>
@@ -12,6 +13,7 @@ namespace Oskan {
 namespace {
 
 constinit std::mutex s_rowsMutex;
+const ForkLockOf<s_rowsMutex> s_forkLock{ForkLock::Order::Accounts};
 
 } // namespace
 

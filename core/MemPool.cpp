@@ -1,28 +1,21 @@
 #include "core/MemPool.h"
 
+#include "core/ForkLock.h"
 #include "core/MemAccount.h"
 #include "core/MemRows.h"
+#include "core/MemSlabs.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <mutex>
 #include <new>
 #include <sys/mman.h>
+#include <utility>
 
 namespace Oskan {
 
 namespace {
 
-constexpr std::size_t kFirstChunkBytes = 8 * MemClasses::kSlabBytes;
-constexpr std::size_t kLastChunkBytes = 32 * MemClasses::kSlabBytes;
 static_assert(MemRows::kRows == MemThreadCache::kRows);
-
-/** Whole lists that threads had too much of, by class. A batch's first block holds the next block in its first word
-    and the next batch in its second. */
-struct alignas(64) Central {
-    std::mutex mutex;
-    void* batches = nullptr;
-};
 
 /** What a thread knows of itself beside its cache. */
 struct ThreadState {
@@ -34,155 +27,130 @@ struct ThreadState {
 constinit MemThreadCache s_emptyCache{};  ///< Never written.
 constinit MemThreadCache s_orphanCache{}; ///< For threads at their end; under s_orphanMutex.
 constinit std::mutex s_orphanMutex;
-constinit std::array<Central, MemClasses::kClasses> s_central{};
 
 constinit std::mutex s_cachesMutex;
 constinit std::atomic<MemThreadCache*> s_caches{nullptr}; ///< All that were ever made.
 constinit MemThreadCache* s_parkedCaches = nullptr;       ///< Under s_cachesMutex.
 
-constinit std::mutex s_chunksMutex;
-constinit MemSlabHeader* s_chunks = nullptr; ///< All chunks, so that they stay reachable.
-constinit char* s_chunkNext = nullptr;
-constinit char* s_chunkEnd = nullptr;
-constinit std::size_t s_chunkBytes = kFirstChunkBytes; ///< Of the next one; malloc touches a page for each.
+/** All mutexes of the pool, in the order in which they are held together. */
+struct PoolMutexes {
+    void lock() {
+        s_orphanMutex.lock();
+        s_cachesMutex.lock();
+        MemSlabs::sLock();
+    }
+    void unlock() {
+        MemSlabs::sUnlock();
+        s_cachesMutex.unlock();
+        s_orphanMutex.unlock();
+    }
+};
+constinit PoolMutexes s_poolMutexes;
+const ForkLockOf<s_poolMutexes> s_forkLock{ForkLock::Order::Pool};
 
 __thread ThreadState t_state __attribute__((tls_model("initial-exec")));
 
-std::size_t bytesOfCell(std::size_t cellOffset) {
-    return kMemClasses.blockBytes[cellOffset / MemClasses::kCellBytes];
+/** How many free blocks of a size a cell may hold at most. */
+std::uint32_t mostOf(std::size_t bytes) {
+    return static_cast<std::uint32_t>(std::clamp<std::size_t>(64 * 1024 / bytes, 4, 256));
 }
 
-/** How many free blocks of a size a cell holds before it gives half of them away. */
-std::uint32_t limitOf(std::size_t bytes) {
-    return static_cast<std::uint32_t>(std::clamp<std::size_t>(64 * 1024 / bytes, 16, 256));
+/** How many it may hold at first, and after it did nothing but give blocks away. */
+std::uint32_t leastOf(std::size_t bytes) {
+    return static_cast<std::uint32_t>(std::clamp<std::size_t>(4 * 1024 / bytes, 2, 32));
 }
 
-/** How many blocks of a size are cut at a time; few, so that memory that is not needed is not touched. */
-std::size_t cutOf(std::size_t bytes) {
-    return std::clamp<std::size_t>(2048 / bytes, 1, 16);
-}
+/** One cell of a cache, and what the slow road knows of it. The number of its free blocks is the limit less the
+    difference of live and floor. */
+class SlowCell {
+public:
+    SlowCell(MemThreadCache& cache, std::size_t row, std::size_t cellOffset)
+        : m_cell(cache.cells[row][cellOffset / MemClasses::kCellBytes]),
+          m_limit(cache.limits[row][cellOffset / MemClasses::kCellBytes]),
+          m_cellOffset(cellOffset) {}
 
-void*& nextOf(void* block) {
-    return *static_cast<void**>(block);
-}
-void*& nextBatchOf(void* block) {
-    return static_cast<void**>(block)[1];
-}
-
-void giveBatch(std::size_t cellOffset, void* batch) noexcept {
-    Central& central = s_central[cellOffset / MemClasses::kCellBytes];
-    const std::lock_guard lock(central.mutex);
-    nextBatchOf(batch) = central.batches;
-    central.batches = batch;
-}
-
-void* takeBatch(std::size_t cellOffset) noexcept {
-    Central& central = s_central[cellOffset / MemClasses::kCellBytes];
-    const std::lock_guard lock(central.mutex);
-    void* const batch = central.batches;
-    if (batch)
-        central.batches = nextBatchOf(batch);
-    return batch;
-}
-
-char* allocateAligned(std::size_t bytes) {
-    void* memory = nullptr;
-    if (posix_memalign(&memory, MemClasses::kSlabBytes, bytes) != 0)
-        throw std::bad_alloc();
-    return static_cast<char*>(memory);
-}
-
-char* newSlab(std::size_t cellOffset) {
-    const std::lock_guard lock(s_chunksMutex);
-    if (s_chunkNext == s_chunkEnd) {
-        char* const chunk = allocateAligned(s_chunkBytes);
-        s_chunks = new (chunk) MemSlabHeader{0, s_chunks, 0};
-        s_chunkNext = chunk;
-        s_chunkEnd = chunk + s_chunkBytes;
-        s_chunkBytes = std::min(2 * s_chunkBytes, kLastChunkBytes);
+    void* take() {
+        if (!m_cell.head)
+            refill();
+        void* const block = m_cell.head;
+        m_cell.head = MemSlabs::nextOf(block);
+        m_cell.live.store(live() + 1, std::memory_order_relaxed);
+        return block;
     }
-    char* const slab = s_chunkNext;
-    s_chunkNext += MemClasses::kSlabBytes;
-    MemSlabHeader* const header = reinterpret_cast<MemSlabHeader*>(slab);
-    header->cellOffset = static_cast<std::uint32_t>(cellOffset);
-    return slab;
-}
 
-/** Fills an empty cell: with a batch that some thread gave away, else with newly cut blocks. */
-void refill(MemThreadCache& cache, MemCell& cell, std::size_t cellOffset) {
-    const std::size_t bytes = bytesOfCell(cellOffset);
-    cell.floor = cell.live.load(std::memory_order_relaxed) - limitOf(bytes);
-    cell.head = takeBatch(cellOffset);
-    if (cell.head) {
-        for (void* block = cell.head; block; block = nextOf(block))
-            ++cell.floor;
-        return;
+    void give(void* block) noexcept {
+        if (live() == m_cell.floor)
+            makeRoom();
+        MemSlabs::nextOf(block) = m_cell.head;
+        m_cell.head = block;
+        m_cell.live.store(live() - 1, std::memory_order_relaxed);
     }
-    MemThreadCache::Bump& bump = cache.bumps[cellOffset / MemClasses::kCellBytes];
-    if (static_cast<std::size_t>(bump.end - bump.next) < bytes) {
-        char* const slab = newSlab(cellOffset);
-        bump.next = slab + MemClasses::kSlabHeaderBytes;
-        bump.end = slab + MemClasses::kSlabBytes;
+
+    /** Gives all free blocks away. */
+    void empty() noexcept {
+        if (m_cell.head)
+            MemSlabs::sGive(m_cellOffset, std::exchange(m_cell.head, nullptr));
+        m_limit = {};
+        m_cell.floor = live();
     }
-    const std::size_t count = std::min(cutOf(bytes), static_cast<std::size_t>(bump.end - bump.next) / bytes);
-    char* const first = bump.next;
-    bump.next += count * bytes;
-    for (std::size_t i = 0; i < count; ++i)
-        nextOf(first + i * bytes) = i + 1 < count ? first + (i + 1) * bytes : nullptr;
-    cell.head = first;
-    cell.floor += static_cast<std::uint32_t>(count);
-}
 
-void* take(MemThreadCache& cache, std::size_t rowOffset, std::size_t cellOffset) {
-    MemCell& cell = cache.cell(rowOffset, cellOffset);
-    if (!cell.head)
-        refill(cache, cell, cellOffset);
-    void* const block = cell.head;
-    cell.head = nextOf(block);
-    cell.live.store(cell.live.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-    return block;
-}
+private:
+    std::uint32_t live() const { return m_cell.live.load(std::memory_order_relaxed); }
+    std::size_t bytes() const { return kMemClasses.bytesOfCell(m_cellOffset); }
 
-/** For a cell that is full, or that was never used. */
-void makeRoom(MemCell& cell, std::size_t cellOffset) noexcept {
-    const std::uint32_t limit = limitOf(bytesOfCell(cellOffset));
-    if (!cell.head) {
-        cell.floor = cell.live.load(std::memory_order_relaxed) - limit;
-        return;
+    void setLimit(std::uint32_t blocks, bool onlyGave, std::uint32_t free) {
+        m_limit = {static_cast<std::uint16_t>(blocks), onlyGave};
+        m_cell.floor = live() - (blocks - free);
     }
-    const std::uint32_t kept = limit / 2;
-    void* last = cell.head;
-    for (std::uint32_t i = 1; i < kept; ++i)
-        last = nextOf(last);
-    void* const batch = nextOf(last);
-    nextOf(last) = nullptr;
-    cell.floor -= limit - kept;
-    giveBatch(cellOffset, batch);
-}
 
-void give(MemThreadCache& cache, std::size_t rowOffset, std::size_t cellOffset, void* block) noexcept {
-    MemCell& cell = cache.cell(rowOffset, cellOffset);
-    const std::uint32_t live = cell.live.load(std::memory_order_relaxed);
-    if (live == cell.floor)
-        makeRoom(cell, cellOffset);
-    nextOf(block) = cell.head;
-    cell.head = block;
-    cell.live.store(live - 1, std::memory_order_relaxed);
-}
+    void refill() {
+        const std::uint32_t limit = std::clamp(2U * m_limit.blocks, leastOf(bytes()), mostOf(bytes()));
+        const MemSlabs::Blocks taken = MemSlabs::sTake(m_cellOffset, limit / 2);
+        m_cell.head = taken.head;
+        setLimit(limit, false, taken.count);
+    }
 
-/** At a thread's end: free blocks go to the others; the counters, and slabs not cut to their end, wait for the next
-    thread. */
-void park(MemThreadCache& cache) noexcept {
+    /** For a cell that is full, or that was never used. */
+    void makeRoom() noexcept {
+        const std::uint32_t limit = m_limit.blocks;
+        if (limit == 0) {
+            setLimit(leastOf(bytes()), false, 0);
+            return;
+        }
+        const std::uint32_t kept = std::max(m_limit.onlyGave ? limit / 4 : limit / 2, leastOf(bytes()) / 2);
+        void* last = m_cell.head;
+        for (std::uint32_t i = 1; i < kept; ++i)
+            last = MemSlabs::nextOf(last);
+        MemSlabs::sGive(m_cellOffset, std::exchange(MemSlabs::nextOf(last), nullptr));
+        setLimit(m_limit.onlyGave ? 2 * kept : limit, true, kept);
+    }
+
+    MemCell& m_cell;
+    MemThreadCache::Limit& m_limit;
+    const std::size_t m_cellOffset;
+};
+
+void emptyAll(MemThreadCache& cache) noexcept {
     for (std::size_t row = 1; row < MemRows::sCount(); ++row) {
         for (std::size_t sizeClass = 1; sizeClass < kMemClasses.count; ++sizeClass) {
-            MemCell& cell = cache.cells[row][sizeClass];
-            if (!cell.head)
-                continue;
-            giveBatch(sizeClass * MemClasses::kCellBytes, cell.head);
-            cell.head = nullptr;
-            cell.floor = cell.live.load(std::memory_order_relaxed);
+            if (cache.limits[row][sizeClass].blocks != 0)
+                SlowCell(cache, row, sizeClass * MemClasses::kCellBytes).empty();
         }
     }
+}
+
+/** Before the slabs are asked for anything. */
+void emptyAtTurn(MemThreadCache& cache) noexcept {
+    const std::uint32_t turn = MemSlabs::sTurn();
+    if (cache.turn != turn) {
+        cache.turn = turn;
+        emptyAll(cache);
+    }
+}
+
+/** At a thread's end: its free blocks go to the others; the counters wait for the next thread. */
+void park(MemThreadCache& cache) noexcept {
+    emptyAll(cache);
     const std::lock_guard lock(s_cachesMutex);
     cache.nextParked = s_parkedCaches;
     s_parkedCaches = &cache;
@@ -233,19 +201,16 @@ MemThreadCache* ownCache() noexcept {
     return t_state.own ? t_state.own : adopt();
 }
 
-void* allocateLarge(std::size_t size, std::size_t row) {
-    if (size > PTRDIFF_MAX - MemClasses::kSlabBytes)
-        throw std::bad_alloc();
-    const std::size_t bytes = (size + 15) / 16 * 16;
-    char* const memory = allocateAligned(MemClasses::kSlabHeaderBytes + bytes);
-    new (memory) MemSlabHeader{0, nullptr, bytes};
-    MemRows::sCountBlock(row, 1, static_cast<std::int64_t>(bytes));
-    return memory + MemClasses::kSlabHeaderBytes;
-}
-
-void deallocateLarge(MemSlabHeader* header, std::size_t row) noexcept {
-    MemRows::sCountBlock(row, -1, -static_cast<std::int64_t>(header->largeBytes));
-    std::free(header);
+/** Does f with the cache that this thread may change. */
+template <class F>
+auto onSlowRoad(F f) {
+    if (MemThreadCache* const cache = ownCache()) {
+        emptyAtTurn(*cache);
+        return f(*cache);
+    }
+    const std::lock_guard lock(s_orphanMutex);
+    emptyAtTurn(s_orphanCache);
+    return f(s_orphanCache);
 }
 
 } // namespace
@@ -255,30 +220,24 @@ __thread MemThreadCache* t_memCache __attribute__((tls_model("initial-exec"))) =
 void* MemPool::allocateSlow(std::size_t size, MemAccount& account) {
     sFaultPoint();
     const std::size_t row = account.row();
-    if (size > MemClasses::kMaxBlock)
-        return allocateLarge(size, row);
-    const std::size_t rowOffset = row * MemThreadCache::kRowBytes;
+    if (size > MemClasses::kMaxBlock) {
+        void* const block = MemSlabs::sTakeLarge(size);
+        MemRows::sCountBlock(row, 1, static_cast<std::int64_t>(size));
+        return block;
+    }
     const std::size_t cellOffset = kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
-    if (MemThreadCache* const cache = ownCache())
-        return take(*cache, rowOffset, cellOffset);
-    const std::lock_guard lock(s_orphanMutex);
-    return take(s_orphanCache, rowOffset, cellOffset);
+    return onSlowRoad([=](MemThreadCache& cache) { return SlowCell(cache, row, cellOffset).take(); });
 }
 
 void MemPool::deallocateSlow(void* block, MemAccount& account) noexcept {
     const std::size_t row = account.row();
     MemSlabHeader* const slab = slabOf(block);
     if (slab->cellOffset == 0) {
-        deallocateLarge(slab, row);
+        MemRows::sCountBlock(row, -1, -static_cast<std::int64_t>(slab->largeBytes));
+        MemSlabs::sGiveLarge(slab);
         return;
     }
-    const std::size_t rowOffset = row * MemThreadCache::kRowBytes;
-    if (MemThreadCache* const cache = ownCache()) {
-        give(*cache, rowOffset, slab->cellOffset, block);
-        return;
-    }
-    const std::lock_guard lock(s_orphanMutex);
-    give(s_orphanCache, rowOffset, slab->cellOffset, block);
+    onSlowRoad([=](MemThreadCache& cache) { SlowCell(cache, row, slab->cellOffset).give(block); });
 }
 
 void MemPool::sFaultPoint() {

@@ -12,13 +12,13 @@ namespace Oskan {
 class MemAccount;
 struct MemUsage;
 
-/** The block sizes of the pool: steps of 8 bytes up to 256, then steps of about an eighth. The larger sizes are
-    divisors of a slab, so that a slab wastes less than a fiftieth at its end. */
+/** The block sizes of the pool: steps of 8 bytes up to 256, then steps of about an eighth, and of a sixth beyond 1,024.
+    The larger sizes are divisors of a slab, so that a slab wastes less than a fiftieth at its end. */
 struct MemClasses {
     static constexpr std::size_t kSlabBytes = 32 * 1024; ///< Size and alignment of a slab.
     static constexpr std::size_t kSlabHeaderBytes = 64;
     static constexpr std::size_t kSlabPayload = kSlabBytes - kSlabHeaderBytes;
-    static constexpr std::size_t kMaxBlock = kSlabPayload / 7 / 16 * 16; ///< Larger blocks are allocated singly.
+    static constexpr std::size_t kMaxBlock = kSlabPayload / 2 / 16 * 16; ///< Larger blocks get slabs of their own.
     static constexpr std::size_t kGranule = 8;
     static constexpr std::size_t kClasses = 64; ///< Class 0 is never used.
     static constexpr std::size_t kCellBytes = 16;
@@ -31,11 +31,12 @@ struct MemClasses {
         for (std::size_t bytes = 16; bytes <= 256; bytes += kGranule)
             blockBytes[count++] = static_cast<std::uint16_t>(bytes);
         std::size_t last = 256;
-        for (std::size_t pieces = kSlabPayload / last; pieces >= 7; --pieces) {
+        for (std::size_t pieces = kSlabPayload / last; pieces >= 2; --pieces) {
             const std::size_t bytes = kSlabPayload / pieces / 16 * 16;
-            const std::size_t next = pieces == 7 ? 0 : kSlabPayload / (pieces - 1) / 16 * 16;
-            // The last size before a step would grow beyond an eighth.
-            if (bytes > last && (next == 0 || next * 8 > last * 9)) {
+            const std::size_t next = pieces == 2 ? 0 : kSlabPayload / (pieces - 1) / 16 * 16;
+            // The last size before a step would grow beyond an eighth, or a sixth.
+            const std::size_t part = last <= 1024 ? 8 : 6;
+            if (bytes > last && (next == 0 || next * part > last * (part + 1))) {
                 blockBytes[count++] = static_cast<std::uint16_t>(bytes);
                 last = bytes;
             }
@@ -47,6 +48,8 @@ struct MemClasses {
             cellOffset[i] = static_cast<std::uint16_t>(sizeClass * kCellBytes);
         }
     }
+
+    constexpr std::size_t bytesOfCell(std::size_t offset) const { return blockBytes[offset / kCellBytes]; }
 };
 
 inline constexpr MemClasses kMemClasses;
@@ -62,11 +65,18 @@ struct MemCell {
 };
 static_assert(sizeof(MemCell) == MemClasses::kCellBytes);
 
-/** At the start of every slab, and of every slab-aligned large block. */
+struct MemChunk;
+
+/** At the start of every slab of a class, and of every large block's memory. */
 struct MemSlabHeader {
     std::uint32_t cellOffset; ///< Of the blocks' class; 0 for a large block.
-    MemSlabHeader* nextChunk;
-    std::size_t largeBytes;
+    std::uint32_t held;       ///< Blocks that threads or the program hold. This and what follows: see MemSlabs.
+    void* blocks;             ///< The free ones that no thread holds, each holding the address of the next.
+    char* uncut;              ///< Where no block was cut yet.
+    MemSlabHeader* next;
+    MemSlabHeader* previous;
+    MemChunk* chunk;        ///< Nil for a block that is too large for a chunk.
+    std::size_t largeBytes; ///< Of a large block.
 };
 static_assert(sizeof(MemSlabHeader) <= MemClasses::kSlabHeaderBytes);
 
@@ -75,14 +85,17 @@ struct MemThreadCache {
     static constexpr std::size_t kRows = 64;
     static constexpr std::size_t kRowBytes = MemClasses::kClasses * MemClasses::kCellBytes;
 
-    std::array<std::array<MemCell, MemClasses::kClasses>, kRows> cells;
-    struct Bump {
-        char* next;
-        char* end;
+    /** How many free blocks a cell may hold. */
+    struct Limit {
+        std::uint16_t blocks; ///< 0 before the cell's first use.
+        bool onlyGave;        ///< The cell gave blocks away and has not run out of them since.
     };
-    std::array<Bump, MemClasses::kClasses> bumps; ///< The uncut rest of a slab, by class.
-    MemThreadCache* nextCache;                    ///< In the list of all.
-    MemThreadCache* nextParked;                   ///< In the list of those whose thread has ended.
+
+    std::array<std::array<MemCell, MemClasses::kClasses>, kRows> cells;
+    std::array<std::array<Limit, MemClasses::kClasses>, kRows> limits;
+    std::uint32_t turn;         ///< Of the slabs, when the cells were emptied last.
+    MemThreadCache* nextCache;  ///< In the list of all.
+    MemThreadCache* nextParked; ///< In the list of those whose thread has ended.
 
     MemCell& cell(std::size_t rowOffset, std::size_t cellOffset) {
         char* const at = reinterpret_cast<char*>(this) + rowOffset + cellOffset;
@@ -92,7 +105,17 @@ struct MemThreadCache {
 
 /** Size-classed blocks with free lists a thread, counted an account. Blocks have no header: they are cut from aligned
     slabs, whose header tells the class. A block's address is a multiple of 8, and of 16 when its size is one.
-    A block may be given back by any thread. Memory once cut into slabs is kept for reuse until the process ends.
+    A block may be given back by any thread.
+
+    A thread keeps free blocks in cells, one for each account and class, and uses no lock while these have what it
+    needs. A cell that runs out takes blocks from the slabs, and may hold twice as many from then on; one that is full
+    gives blocks back to them, and when that happens again and again, may hold ever fewer. Slabs whose blocks have all
+    come back serve any class or go back to the system: see MemSlabs. Whenever a megabyte has gone either way, a thread
+    that asks the slabs for something first empties all its cells, so that blocks of sizes that are out of use do not
+    keep slabs. A thread that does nothing keeps its cells.
+
+    After fork the child has the blocks of all threads: those that the program holds count as before, and those in the
+    cells of other threads are lost to it.
 
     This is the engine; users go through MemAccount, NoSizeMemAllocator or DefaultStaticMemAllocator. */
 class KX_CORE_API MemPool {

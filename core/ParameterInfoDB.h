@@ -3,7 +3,6 @@
 #include "core/CoreApi.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -52,7 +51,6 @@ public:
 private:
     ParameterInfoDB() = default;
 
-    mutable std::mutex m_mutex;
     std::map<std::string, ParameterInfo, std::less<>> m_byName;
 };
 

@@ -1,6 +1,7 @@
 #include "util/KxErrorStream.h"
 
 #include "core/AceCleanupLogger.h"
+#include "core/ForkLock.h"
 #include "core/TraceScope.h"
 
 #include <algorithm>
@@ -72,9 +73,11 @@ struct NamedLogger {
     Oskan::AceCleanupLogger logger;
 };
 
+constinit std::mutex s_mutex; ///< Of the named loggers.
+const Oskan::ForkLockOf<s_mutex> s_forkLock{Oskan::ForkLock::Order::Streams};
+
 /** The one logger of that name. Loggers live as long as the process. */
 const Oskan::AceCleanupLogger& loggerNamed(std::string_view name) {
-    static std::mutex s_mutex;
     static auto& s_loggers = *new std::map<std::string_view, NamedLogger*>;
     const std::lock_guard lock(s_mutex);
     const auto at = s_loggers.find(name);

@@ -53,7 +53,7 @@ struct KxHandleParent<T, std::void_t<typename T::HandleParent>> {
 };
 
 /** A counted reference to a KxObject of class T, or nil. Copying adds a reference, moving does not, the last one to go
-    frees the object. Dereferencing nil is an assertion failure ("pObj!=0"). Different handles to one object may be
+    frees the object. Dereferencing nil is an assertion failure ("pObj!=0", followed by the class T and the place of the call). Different handles to one object may be
     used on different threads; one handle is used by one thread at a time. */
 template <class T>
 class __attribute__((visibility("default"))) KxHandle : public KxHandleParent<T>::type {
@@ -127,9 +127,14 @@ public:
 private:
     T* pointer() const { return static_cast<T*>(this->m_object); }
     T* checked() const {
-        const Oskan::Assertion guard(this->m_object != nullptr, "pObj!=0");
-        static_cast<void>(guard);
+        if (this->m_object == nullptr) [[unlikely]] {
+            failNil();
+        }
         return pointer();
+    }
+    /** Out of line and without arguments, so that the check costs its callers no more than a call. */
+    [[noreturn, gnu::cold, gnu::noinline]] static void failNil() noexcept {
+        Oskan::Assertion::sFailNil("pObj!=0", __PRETTY_FUNCTION__, __builtin_return_address(0));
     }
     void adopt(T* object) {
         this->m_object = object;

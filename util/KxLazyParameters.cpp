@@ -1,15 +1,33 @@
 #include "util/KxLazyParameters.h"
 
+#include "core/ForkLock.h"
 #include "util/KxOutputStream.h"
 
+#include <array>
 #include <mutex>
 
 namespace {
 
-/** The one that guards the handing out of this object's list; few objects have one in common. */
+/** They guard the handing out of lists. */
+struct Mutexes {
+    void lock() {
+        for (std::mutex& each : all) {
+            each.lock();
+        }
+    }
+    void unlock() {
+        for (std::mutex& each : all) {
+            each.unlock();
+        }
+    }
+    std::array<std::mutex, 16> all;
+};
+constinit Mutexes s_mutexes;
+const Oskan::ForkLockOf<s_mutexes> s_forkLock{Oskan::ForkLock::Order::Lists};
+
+/** The one for this object's list; few objects have one in common. */
 std::mutex& mutexOf(const KxLazyParameters& parameters) {
-    static std::mutex s_mutexes[16];
-    return s_mutexes[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % 16];
+    return s_mutexes.all[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % s_mutexes.all.size()];
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "util/KxObject.h"
 
+#include "core/ForkLock.h"
 #include "util/KxHandle.h"
 #include "util/KxOutputStream.h"
 
@@ -9,29 +10,29 @@
 
 namespace {
 
-struct Companions {
-    std::mutex mutex;
-    std::unordered_multimap<const KxObject*, KxObject*> byObject;
-};
+using Companions = std::unordered_multimap<const KxObject*, KxObject*>;
+
+constinit std::mutex s_mutex; ///< Of the companions.
+const Oskan::ForkLockOf<s_mutex> s_forkLock{Oskan::ForkLock::Order::Companions};
 
 Companions& companions() {
     static Companions* const all = new Companions; // reachable for ever: handles may go after static destructors
     return *all;
 }
 
+/** One of the object's companions, taken out; empty when there is none left. */
+Companions::node_type takeCompanion(const KxObject* object) {
+    const std::lock_guard<std::mutex> lock(s_mutex);
+    Companions& all = companions();
+    const auto found = all.find(object);
+    return found == all.end() ? Companions::node_type() : all.extract(found);
+}
+
 } // namespace
 
 void KxObject::releaseCompanions() {
-    std::unordered_multimap<const KxObject*, KxObject*> mine;
-    {
-        Companions& all = companions();
-        const std::lock_guard<std::mutex> lock(all.mutex);
-        for (auto [at, end] = all.byObject.equal_range(this); at != end;) {
-            mine.insert(all.byObject.extract(at++));
-        }
-    }
-    for (const auto& [object, companion] : mine) {
-        companion->Release(true);
+    while (const Companions::node_type taken = takeCompanion(this)) {
+        taken.mapped()->Release(true);
     }
 }
 
@@ -57,10 +58,10 @@ std::uint32_t KxObject::releaseShared(bool destroy) {
 }
 
 void KxObject::keepCompanion(KxObject* companion) {
-    companion->AddRef();
-    Companions& all = companions();
-    const std::lock_guard<std::mutex> lock(all.mutex);
-    all.byObject.emplace(this, companion);
+    KxHandle<KxObject> held(companion);
+    const std::lock_guard<std::mutex> lock(s_mutex);
+    companions().emplace(this, companion);
+    held.detach();
     m_count.fetch_or(kHasCompanion, std::memory_order_relaxed);
 }
 

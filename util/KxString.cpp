@@ -50,6 +50,13 @@ KxStringBuffer& KxString::own(std::size_t capacity) {
     return *m_buffer;
 }
 
+KxHandle<KxStringBuffer> KxString::getBuffer() {
+    if (!isNil() && m_buffer.get()->isImmortal()) {
+        own(length());
+    }
+    return m_buffer;
+}
+
 KxString& KxString::append(std::string_view text) {
     own(length() + text.size()).append(text.data(), text.size());
     return *this;

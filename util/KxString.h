@@ -27,8 +27,13 @@ public:
     operator std::string_view() const { return view(); }
     char operator[](std::size_t index) const { return view()[index]; }
 
-    /** The buffer, shared; nil for a nil string. */
-    const KxHandle<KxStringBuffer>& getBuffer() const { return m_buffer; }
+    /** The buffer, shared; nil for a nil string. Text that is a constant of the library is copied first, and the copy
+        is the string's from then on. */
+    KxHandle<KxStringBuffer> getBuffer();
+    /** As above; but a copy of a constant is the caller's alone. */
+    KxHandle<KxStringBuffer> getBuffer() const { return KxString(*this).getBuffer(); }
+    /** Whether the two have one buffer, or constant. */
+    bool sharesWith(const KxString& other) const { return m_buffer == other.m_buffer; }
 
     int compareWith(std::string_view other) const { return KxAscii::compare(view(), other); }
     int compareNoCase(std::string_view other) const { return KxAscii::compareNoCase(view(), other); }
@@ -85,6 +90,8 @@ public:
     template <std::size_t N>
     constexpr KxConstString(const char (&literal)[N])
         : KxConstStringStorage(literal, N - 1), KxString(&m_room.constant) {}
+    /** The constant itself, which nothing may change. */
+    KxStringBuffer* constant() { return &m_room.constant; }
     KxConstString(const KxConstString&) = delete;
     KxConstString& operator=(const KxConstString&) = delete;
 };

@@ -111,7 +111,7 @@ private:
 
     char* inlineText() { return reinterpret_cast<char*>(this) + kTextOffset; }
     const char* inlineText() const { return reinterpret_cast<const char*>(this) + kTextOffset; }
-    /** The text to change; constants are shared by the whole process, so changing one is a fault of the caller. */
+    /** The text to change. Constants are shared by the whole process; KxString hands out copies of them. */
     char* text() {
         OSKAN_ASSERT(!isImmortal());
         return const_cast<char*>(c_str());

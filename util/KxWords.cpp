@@ -20,7 +20,7 @@ constinit KxConstString s_word{kLiteral.characters};
 
 template <Literal kLiteral>
 KxStringBuffer* word() {
-    return s_word<kLiteral>.getBuffer().get();
+    return s_word<kLiteral>.constant();
 }
 
 /** Made when the library is loaded; strings made before that are copied like any other text. */

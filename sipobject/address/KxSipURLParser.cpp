@@ -96,7 +96,7 @@ inline const char* KxSipURLParser::takeUsualStart() {
     }
     m_bracket = bracket;
     m_at = scheme + 4;
-    if (!(m_url.m_Scheme.getBuffer() == KxSipURL::sToken.getBuffer())) {
+    if (!m_url.m_Scheme.sharesWith(KxSipURL::sToken)) {
         m_url.m_Scheme = KxSipURL::sToken;
     }
     m_previous = ':';

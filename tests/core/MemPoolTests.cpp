@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <set>
 #include <thread>
@@ -61,10 +62,18 @@ std::int64_t liveObjects(const char* name) {
 TEST(MemPoolTest, BlocksAreAlignedApartAndLargeEnough) {
     static constinit MemAccount s_account{"pool.sizes"};
     std::vector<Block> blocks;
-    // Every size of the pool, so that every step between classes is met from both sides, and sizes beyond.
-    for (std::size_t size = 0; size <= MemClasses::kMaxBlock + 64; ++size)
+    // Both sides of every step between the sizes of the pool, and sizes beyond: of some slabs, and of too many.
+    for (std::size_t size = 0; size <= 4096; ++size)
         blocks.push_back(take(s_account, size));
-    blocks.push_back(take(s_account, 1000000));
+    for (std::size_t i = 1; i < Oskan::kMemClasses.count; ++i) {
+        blocks.push_back(take(s_account, Oskan::kMemClasses.blockBytes[i]));
+        blocks.push_back(take(s_account, std::size_t{Oskan::kMemClasses.blockBytes[i]} + 1));
+    }
+    for (const std::size_t slabs : {1U, 2U, 8U, 9U, 40U}) {
+        const std::size_t most = slabs * MemClasses::kSlabBytes - MemClasses::kSlabHeaderBytes;
+        blocks.push_back(take(s_account, most));
+        blocks.push_back(take(s_account, most + 1));
+    }
     std::int64_t asked = 0;
     for (const auto& [bytes, size] : blocks) {
         ASSERT_EQ(reinterpret_cast<std::uintptr_t>(bytes) % (size % 16 == 0 ? 16 : 8), 0U) << size;
@@ -204,43 +213,62 @@ TEST(MemPoolThreadTest, ThreadLocalDestructorsMayStillAllocate) {
     EXPECT_EQ(liveObjects("pool.late"), 0);
 }
 
+/** Each thread fills its blocks with a pattern, hands some of them to the others, and changes the sizes it uses. */
 TEST(MemPoolThreadTest, ManyThreadsAtOnce) {
     static constinit MemAccount s_account{"pool.many"};
+    std::mutex mutex;
+    std::vector<Block> exchanged(64);
+    const auto drop = [](const Block& block) {
+        const auto filled = static_cast<unsigned char>(block.size);
+        if (std::count(block.bytes, block.bytes + block.size, filled) != static_cast<std::ptrdiff_t>(block.size))
+            ADD_FAILURE() << "overwritten";
+        MemPool::deallocate(block.bytes, s_account);
+    };
     {
         std::vector<std::jthread> threads;
-        for (unsigned t = 0; t < 4; ++t) {
-            threads.emplace_back([t] {
-                std::vector<Block> held(64);
+        for (unsigned t = 0; t < 8; ++t) { // Some begin when others have ended.
+            threads.emplace_back([&, t] {
+                constexpr std::size_t kLargest[] = {64, 700, 40, 20000, 5000, 300, 100000, 16};
+                std::vector<Block> held(256);
                 unsigned random = t + 1;
-                for (int i = 0; i < 20000; ++i) {
+                for (unsigned i = 0; i < 8000; ++i) {
                     random = random * 1664525 + 1013904223;
-                    Block& slot = held[random >> 26];
-                    if (slot.bytes && slot.bytes[slot.size - 1] != static_cast<unsigned char>(slot.size))
-                        ADD_FAILURE() << "overwritten";
-                    MemPool::deallocate(slot.bytes, s_account);
-                    slot = take(s_account, 1 + (random >> 8) % 6000);
-                    slot.bytes[slot.size - 1] = static_cast<unsigned char>(slot.size);
+                    Block& slot = held[random >> 24];
+                    drop(slot);
+                    slot = take(s_account, 1 + (random >> 8) % kLargest[(i / 1000 + t) % 8]);
+                    std::memset(slot.bytes, static_cast<int>(slot.size), slot.size);
+                    if (i % 4 == 0) {
+                        const std::lock_guard lock(mutex);
+                        std::swap(slot, exchanged[random >> 26]);
+                    }
                 }
-                for (const Block& block : held)
-                    MemPool::deallocate(block.bytes, s_account);
+                std::for_each(held.begin(), held.end(), drop);
             });
+            if (t == 3)
+                threads.erase(threads.begin(), threads.begin() + 2);
         }
         for (int i = 0; i < 100; ++i)
             MemAccounts::sList();
     }
+    std::for_each(exchanged.begin(), exchanged.end(), drop);
     EXPECT_EQ(liveObjects("pool.many"), 0);
     EXPECT_EQ(MemAccounts::sGetUsage("pool.many").liveBytes, 0);
 }
 
 #ifndef KX_PLAIN_MALLOC
+namespace {
+
+std::int64_t residentBytes() {
+    std::int64_t total = 0;
+    std::int64_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * sysconf(_SC_PAGESIZE);
+}
+
+} // namespace
+
 TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
     static constinit MemAccount s_account{"pool.resident"};
-    const auto residentBytes = [] {
-        std::size_t total = 0;
-        std::size_t resident = 0;
-        std::ifstream("/proc/self/statm") >> total >> resident;
-        return static_cast<std::int64_t>(resident) * sysconf(_SC_PAGESIZE);
-    };
     std::vector<Block> blocks(10000 * 7); // Touched before it is measured.
     blocks.clear();
     const std::int64_t before = residentBytes();
@@ -256,5 +284,31 @@ TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
     EXPECT_LT(grown, bytes + bytes / 50);
     for (const Block& block : blocks)
         MemPool::deallocate(block.bytes, s_account);
+}
+
+/** Whatever sizes are in use one after the other, and whoever gives the blocks back, memory is that of one of them. */
+TEST(MemPoolThreadTest, MemoryOfOneSizeServesAllOthersAndGoesBack) {
+    static constinit MemAccount s_account{"pool.shapes"};
+    constexpr std::int64_t kBytes = 16 * 1024 * 1024;
+    const std::int64_t before = residentBytes();
+    std::vector<Block> blocks;
+    blocks.reserve(kBytes / 48);
+    for (const std::size_t size : {48U, 1000U, 64U, 12000U, 200U, 20000U, 70000U, 300U, 3000U, 250000U, 96U}) {
+        for (std::int64_t bytes = 0; bytes < kBytes; bytes += static_cast<std::int64_t>(size)) {
+            blocks.push_back(take(s_account, size));
+            std::memset(blocks.back().bytes, 1, size);
+        }
+        EXPECT_LT(residentBytes() - before, kBytes + kBytes / 2) << size;
+        const auto drop = [&] {
+            for (const Block& block : blocks)
+                MemPool::deallocate(block.bytes, s_account);
+        };
+        if (size % 3 == 0)
+            drop();
+        else
+            std::jthread(drop).join();
+        blocks.clear();
+        EXPECT_LT(residentBytes() - before, kBytes / 3) << size;
+    }
 }
 #endif

@@ -70,7 +70,8 @@ TEST(HandleTest, CompanionsOutliveTheirObjectAndLeaveItsCountAlone) {
 TEST(HandleDeathTest, NilCannotBeDereferenced) {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // the logging library has threads
     const KxHandle<KxParameters> nil;
-    EXPECT_DEATH(static_cast<void>(nil->size()), "pObj!=0");
+    EXPECT_DEATH(static_cast<void>(nil->size()),
+                 "Assertion failed: pObj!=0, T = KxParameters, called from .*kxutil_tests\\+0x[0-9a-f]+");
 }
 
 TEST(CloneTest, IsFreshEqualAndOnItsOwn) {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
 #include <new>
 #include <string>
 #include <tuple>
@@ -90,8 +92,41 @@ TEST(StringTest, WordsShareOneConstant) {
         const HeapText bytes(text);
         const KxString string(bytes.view());
         const bool shared = text == "INVITE" || text == "0" || text == "+sip.instance";
-        EXPECT_EQ(string.getBuffer() == KxString(text).getBuffer(), shared) << text;
+        EXPECT_EQ(string.sharesWith(KxString(text)), shared) << text;
         expectText(*string.getBuffer(), text);
+    }
+}
+
+TEST(StringTest, ChangesACopyOfAWord) {
+    constinit static const KxConstString s_constant{"udp"};
+    static constexpr std::string_view kRead = "xyz;";
+    const std::function<void(KxStringBuffer&)> changes[] = {
+        [](KxStringBuffer& b) { b.assign("other"); },
+        [](KxStringBuffer& b) { b.assign("o", 1); },
+        [](KxStringBuffer& b) { b.assign(nullptr); },
+        [](KxStringBuffer& b) { b.append("+", 1); },
+        [](KxStringBuffer& b) { b.append(b); },
+        [](KxStringBuffer& b) { b.trim(); },
+        [](KxStringBuffer& b) { b.toUpper(); },
+        [](KxStringBuffer& b) { b.toLower(); },
+        [](KxStringBuffer& b) { *b.lockBuffer(1) = 'x'; },
+        [](KxStringBuffer& b) { b.releaseBuffer(1); },
+        [](KxStringBuffer& b) { b.read(*std::make_unique<KxByteArrayInputStream>(kRead), 4); },
+        [](KxStringBuffer& b) { b.parse(*std::make_unique<KxByteArrayInputStream>(kRead), ";"); },
+    };
+    for (const auto& change : changes) {
+        const auto expected = bufferOf("udp");
+        change(*expected);
+        KxString word("udp");
+        const KxString other(word);
+        change(*word.getBuffer());
+        change(*other.getBuffer());
+        change(*s_constant.getBuffer());
+        change(*KxString("udp").getBuffer());
+        EXPECT_EQ(word, expected->view());
+        for (const KxString& untouched : {other, KxString("udp"), KxString(s_constant.view())}) {
+            EXPECT_EQ(untouched, "udp");
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 // What the machine refuses: memory, input that breaks off, output that takes no more. Whatever fails leaves nothing
 // behind, no object half changed, and goes well the next time.
 
+#include "sipobject/address/KxSipURL.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
 #include "sipobject/headers/KxSipAuthorizationHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
@@ -74,6 +75,20 @@ KxSipDigestCredentialsInfo& credentials(const Message& message) {
     return need(KxHandleCast<KxSipDigestCredentialsInfo>(first<KxSipAuthorizationHeader>(message).getCredentials()));
 }
 
+KxSipURL& senderURL(const Message& message) {
+    return need(KxHandleCast<KxSipURL>(need(need(message->getFromHeader()).getNameAddress()).getURI()));
+}
+
+/** Changes a list that was handed out. */
+void change(const KxHandle<KxParameters>& list) {
+    list->setValue("x-long-enough-a-name", KxString("a text of its own block"));
+}
+
+/** A copy of the message, whose lists are at first those of the message. */
+Message copied(const Message& message) {
+    return Message(static_cast<KxSipMessage*>(message->clone()));
+}
+
 const Operation kOperations[] = {
     {"copy", [](const Message& m) { return Made(m->clone()); }},
     {"response", [](const Message& m) { return Made(derive(m, "response 200 body")); }},
@@ -115,6 +130,49 @@ const Operation kOperations[] = {
      [](const Message& m) {
          return credentials(m).validate("a user name of its own block", "a long password", "a rather long realm"),
                 Made();
+     }},
+    {"tag", [](const Message& m) { return need(m->getToHeader()).setTag("a tag of its own block, no word"), Made(); }},
+    {"set parameter of a URL",
+     [](const Message& m) { return senderURL(m).setParameter("x", KxString("a text of its own block")), Made(); }},
+    {"remove parameters",
+     [](const Message& m) {
+         senderURL(m).removeParameter("user");
+         senderURL(m).clearHeaders();
+         return first<KxSipViaHeader>(m).removeBranch(), Made();
+     }},
+    {"list of a Via", [](const Message& m) { return change(first<KxSipViaHeader>(m).getParameters()), Made(); }},
+    {"list of an address",
+     [](const Message& m) { return change(first<KxSipContactHeader>(m).getParameters()), Made(); }},
+    {"headers of a URL", [](const Message& m) { return change(senderURL(m).getHeaders()), Made(); }},
+    {"list that a copy shares",
+     [](const Message& m) {
+         const Message copy = copied(m);
+         return change(first<KxSipViaHeader>(m).getParameters()), Made();
+     }},
+    {"list of a copied Via",
+     [](const Message& m) {
+         const Message copy = copied(m);
+         return change(first<KxSipViaHeader>(copy).getParameters()), Made(copy);
+     }},
+    {"list of a copied address",
+     [](const Message& m) {
+         const Message copy = copied(m);
+         return change(first<KxSipContactHeader>(copy).getParameters()), Made(copy);
+     }},
+    {"lists of a copied URL",
+     [](const Message& m) {
+         const KxHandle<KxSipURL> copy(senderURL(m).clone());
+         change(copy->getParameters());
+         change(copy->getHeaders());
+         return bytesOf(copy->getString());
+     }},
+    {"set parameter of a copied header",
+     [](const Message& m) {
+         const KxHandle<KxSipContactHeader> copy(
+             static_cast<KxSipContactHeader*>(first<KxSipContactHeader>(m).clone()));
+         copy->setParameter("x", KxString("a text of its own block"));
+         copy->removeParameter("expires");
+         return bytesOf(copy->getParameters()->getString());
      }},
     {"digest", [](const Message& m) { return Made(credentials(m).getRequestDigest()); }},
 };
