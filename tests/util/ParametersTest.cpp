@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <new>
 #include <string>
 #include <thread>
@@ -284,4 +285,40 @@ TEST(ThreadLazyParametersTest, ReadersCopyAndHandOutOneListAtOnce) {
         EXPECT_EQ(shared.getString(), "a=2");
         EXPECT_EQ(dump(copies[0]) + dump(copies[1]) + dump(early), before + before + before);
     }
+}
+
+TEST(ThreadLazyParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
+    std::vector<KxLazyParameters> sources(40000);
+    std::vector<KxHandle<KxParameters>> lists(sources.size());
+    for (KxLazyParameters& source : sources)
+        source.write().parse("a=1");
+    std::size_t shared = 0;
+    std::atomic<std::size_t> copied{0};
+    std::atomic<std::size_t> handedOut{0};
+    const auto pass = [](std::size_t turns) {
+        for (std::atomic<std::size_t> turn{0}; turn < turns; ++turn) {
+        }
+    };
+    std::thread lender([&] {
+        for (std::size_t i = 0; i < sources.size(); handedOut = ++i) {
+            while (copied <= i)
+                std::this_thread::yield();
+            pass(i % 16);
+            lists[i] = sources[i].handle();
+        }
+    });
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        bool isHandedOut = false;
+        for (int tries = 0; !isHandedOut; ++tries) {
+            if (tries > 100)
+                std::this_thread::yield();
+            const KxLazyParameters copy(sources[i]);
+            copied = i + 1;
+            pass(4);
+            isHandedOut = handedOut > i;
+            shared += isHandedOut && copy.begin() == lists[i]->begin() ? 1 : 0;
+        }
+    }
+    lender.join();
+    EXPECT_EQ(shared, 0U);
 }
