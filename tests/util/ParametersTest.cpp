@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <new>
 #include <string>
 #include <thread>
@@ -288,37 +289,33 @@ TEST(ThreadLazyParametersTest, ReadersCopyAndHandOutOneListAtOnce) {
 }
 
 TEST(ThreadLazyParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
-    std::vector<KxLazyParameters> sources(40000);
-    std::vector<KxHandle<KxParameters>> lists(sources.size());
+    constexpr std::size_t kRounds = 20000;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3); // where two threads share a processor
+    std::vector<KxLazyParameters> sources(kRounds);
+    std::vector<KxHandle<KxParameters>> lists(kRounds);
     for (KxLazyParameters& source : sources)
         source.write().parse("a=1");
-    std::size_t shared = 0;
     std::atomic<std::size_t> copied{0};
     std::atomic<std::size_t> handedOut{0};
-    const auto pass = [](std::size_t turns) {
-        for (std::atomic<std::size_t> turn{0}; turn < turns; ++turn) {
-        }
-    };
     std::thread lender([&] {
-        for (std::size_t i = 0; i < sources.size(); handedOut = ++i) {
+        for (std::size_t i = 0; i < kRounds; handedOut = ++i) {
             while (copied <= i)
                 std::this_thread::yield();
-            pass(i % 16);
+            for (std::size_t skew = copied; skew % 16 != 0; ++skew)
+                static_cast<void>(copied.load());
             lists[i] = sources[i].handle();
         }
     });
-    for (std::size_t i = 0; i < sources.size(); ++i) {
-        bool isHandedOut = false;
-        for (int tries = 0; !isHandedOut; ++tries) {
-            if (tries > 100)
-                std::this_thread::yield();
+    std::size_t shared = 0;
+    for (std::size_t i = 0; i < kRounds && shared == 0 && std::chrono::steady_clock::now() < end; ++i) {
+        for (bool isHandedOut = false; !isHandedOut;) { // copies all the time, without a pause
             const KxLazyParameters copy(sources[i]);
             copied = i + 1;
-            pass(4);
             isHandedOut = handedOut > i;
             shared += isHandedOut && copy.begin() == lists[i]->begin() ? 1 : 0;
         }
     }
+    copied = kRounds;
     lender.join();
     EXPECT_EQ(shared, 0U);
 }
