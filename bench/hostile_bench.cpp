@@ -1,28 +1,12 @@
 // The slowest messages of 64 KB there are known to be, for the reader: what each costs against hostile/well_formed is
 // what to look at, and the aim is 20 times at most. A message that is refused altogether counts up to there.
 
-#include "bench/BenchSupport.h"
+#include "bench/Hostile.h"
 #include "util/KxException.h"
 
 #include <benchmark/benchmark.h>
 
 namespace {
-
-constexpr std::size_t kSize = 65536;
-
-/** The piece, repeated until the whole message would have 64 KB; pieces that differ have "#", which is numbered. */
-std::string filled(std::string_view first, std::string_view piece, std::string_view last, std::size_t size = kSize) {
-    std::string text(first);
-    const std::size_t mark = piece.find('#');
-    for (std::size_t i = 1; text.size() + piece.size() + last.size() < size; ++i) {
-        if (mark == std::string_view::npos) {
-            text.append(piece);
-        } else {
-            text.append(piece.substr(0, mark)).append(std::to_string(i)).append(piece.substr(mark + 1));
-        }
-    }
-    return text.append(last);
-}
 
 /** Lines as carriers send them, without a body, which would cost nothing. */
 std::string wellFormed() {

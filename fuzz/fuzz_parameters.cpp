@@ -138,7 +138,8 @@ struct Lists {
         lazy.serializeBehind(pieces);
         same("the list made on demand is written as the other", (plain.size() == 0 ? "" : ";") + plain.written(),
              pieces.text);
-        if (lazy.size() != plain.size() || static_cast<std::size_t>(lazy.end() - lazy.begin()) != plain.size()) {
+        if (lazy.size() != plain.size() ||
+            static_cast<std::size_t>(std::distance(lazy.begin(), lazy.end())) != plain.size()) {
             fail("both lists have as many pairs", plain.written(), lazy.getString());
         }
         same("a list that is asked for is the one there is", plain.written(), lazy.handle()->getString());

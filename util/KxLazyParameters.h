@@ -54,8 +54,8 @@ public:
     bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
     bool removeValue(std::string_view name) { return isPresent(name) && write().removeValue(name); }
     void clear();
-    const KxParameters::Pair* begin() const { return peek() == nullptr ? nullptr : std::as_const(*peek()).begin(); }
-    const KxParameters::Pair* end() const { return peek() == nullptr ? nullptr : std::as_const(*peek()).end(); }
+    KxParameters::Iterator begin() const { return peek() == nullptr ? KxParameters::Iterator() : peek()->begin(); }
+    KxParameters::Iterator end() const { return peek() == nullptr ? KxParameters::Iterator() : peek()->end(); }
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
     /** Writes the pairs, ";" in front, or nothing when there are none. */
     void serializeBehind(KxOutputStream& out) const;

@@ -4,16 +4,15 @@
 #include "core/MemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxByteScan.h"
+#include "util/KxPairIndex.h"
 #include "util/KxWholeWindow.h"
 
 #include <algorithm>
 #include <limits>
 #include <memory>
 #include <new>
-#include <random>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -38,61 +37,6 @@ const char* findQuoteEnd(const char* at, const char* end) {
     return at;
 }
 
-const std::uint64_t s_hashKey = std::random_device()() * 0x9E3779B97F4A7C15ULL;
-
-/** Where the names of a long list stand: open addressing over the pairs' numbers. The bits that no number needs hold
-    some of its name's hash, so that names are looked at only where they are likely to be the one. */
-class NameIndex {
-public:
-    /** For up to `capacity` pairs, a power of two. */
-    explicit NameIndex(std::uint32_t capacity) : m_numberBits(capacity * 2 - 1), m_cells(capacity * 2, 0) {}
-
-    void clear() { std::fill(m_cells.begin(), m_cells.end(), 0); }
-
-    /** The number plus one, or 0. */
-    template <class Matches>
-    std::uint32_t find(std::uint32_t hash, Matches matches) const {
-        for (std::uint32_t at = hash & m_numberBits;; at = (at + 1) & m_numberBits) {
-            const std::uint32_t cell = m_cells[at];
-            const std::uint32_t number = cell & m_numberBits; // plus one
-            if (cell == 0 || (((cell ^ hash) & ~m_numberBits) == 0 && matches(number - 1))) {
-                return number;
-            }
-        }
-    }
-    void insert(std::uint32_t hash, std::uint32_t number) {
-        std::uint32_t at = hash & m_numberBits;
-        while (m_cells[at] != 0) {
-            at = (at + 1) & m_numberBits;
-        }
-        m_cells[at] = (hash & ~m_numberBits) | (number + 1);
-    }
-
-    /** Keyed by chance, and every character counts: strangers choose the names. */
-    static std::uint32_t hash(std::string_view name) {
-        std::uint64_t value = s_hashKey ^ name.size();
-        for (std::size_t at = 0; at < name.size(); at += 8) {
-            std::uint64_t word = 0;
-            for (const char c : name.substr(at, 8)) {
-                word = word << 8 | static_cast<unsigned char>(KxAscii::toLower(c));
-            }
-            value = mix(value ^ word, 0xA0761D6478BD642FULL);
-            value = mix(value ^ s_hashKey, 0xE7037ED1A0B428DBULL);
-        }
-        return static_cast<std::uint32_t>(value);
-    }
-
-private:
-    static std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
-        __extension__ using Wide = unsigned __int128;
-        const Wide product = static_cast<Wide>(a) * b;
-        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-    }
-
-    std::uint32_t m_numberBits;         // also where a hash's first cell is
-    std::vector<std::uint32_t> m_cells; // at most half full; 0 for an empty one
-};
-
 } // namespace
 
 /** Room for the pairs of a list that has outgrown its object, which follow it in the same allocation. */
@@ -100,7 +44,7 @@ struct KxParameters::Block {
     static constexpr std::uint32_t kIndexFrom = 32;
 
     std::uint32_t capacity;
-    std::unique_ptr<NameIndex> index;
+    std::unique_ptr<KxPairIndex> index; // from kIndexFrom on
 
     Pair* pairs() { return reinterpret_cast<Pair*>(this + 1); }
 
@@ -112,18 +56,19 @@ struct KxParameters::Block {
         block->~Block();
         Oskan::NoSizeMemAllocator::deallocate(block, s_account);
     }
-    /** An index of these pairs, where there is room for enough to want one. Allocates only the first time. */
+    /** An index of these pairs, which have no gaps, where there is room for enough to want one. Allocates only the first
+        time. */
     void buildIndex(const Pair* all, std::uint32_t size) {
         if (capacity < kIndexFrom) {
             return;
         }
         if (index == nullptr) {
-            index = std::make_unique<NameIndex>(capacity);
+            index = std::make_unique<KxPairIndex>(capacity);
         } else {
             index->clear();
         }
         for (std::uint32_t i = 0; i < size; ++i) {
-            index->insert(NameIndex::hash(all[i].name), i);
+            index->append(KxPairIndex::hash(all[i].name));
         }
     }
 };
@@ -171,7 +116,7 @@ KxParameters::~KxParameters() {
 }
 
 void KxParameters::releaseAll() {
-    std::destroy_n(pairs(), m_size);
+    std::destroy_n(pairs(), places());
     if (m_block != nullptr) {
         Block::free(m_block);
     }
@@ -194,8 +139,30 @@ KxParameters::Pair* KxParameters::pairs() {
     return m_block != nullptr ? m_block->pairs() : m_inline;
 }
 
+inline bool KxParameters::hasIndex() const {
+    return m_block != nullptr && m_block->index != nullptr;
+}
+
+/** How many places hold or held a pair; only a list with an index leaves places empty. */
+inline std::uint32_t KxParameters::places() const {
+    return hasIndex() ? m_block->index->places() : m_size;
+}
+
+KxParameters::Iterator KxParameters::begin() const {
+    if (!hasIndex()) {
+        return {pairs(), nullptr};
+    }
+    const std::uint32_t* const gaps = m_block->index->gaps();
+    return {pairs() + *gaps, gaps + *gaps};
+}
+
+KxParameters::Iterator KxParameters::end() const {
+    const std::uint32_t behind = places();
+    return {pairs() + behind, hasIndex() ? m_block->index->gaps() + behind : nullptr};
+}
+
 inline KxParameters::Pair* KxParameters::find(std::string_view name) {
-    if (m_block != nullptr && m_block->index != nullptr) {
+    if (hasIndex()) {
         return findIndexed(name);
     }
     Pair* const end = pairs() + m_size;
@@ -210,7 +177,7 @@ inline KxParameters::Pair* KxParameters::find(std::string_view name) {
 KxParameters::Pair* KxParameters::findIndexed(std::string_view name) {
     Pair* const all = pairs();
     const std::uint32_t found =
-        m_block->index->find(NameIndex::hash(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
+        m_block->index->find(KxPairIndex::hash(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
     return found == 0 ? nullptr : all + (found - 1);
 }
 
@@ -218,6 +185,25 @@ inline std::uint32_t KxParameters::capacity() const {
     return m_block == nullptr ? kInline : m_block->capacity;
 }
 
+/** For one more pair at least. Where half of the list is gaps, that takes no memory, and pays for itself. */
+void KxParameters::makeRoom() {
+    if (places() != m_size) {
+        closeGaps();
+        if (m_size <= capacity() / 2) {
+            return;
+        }
+    }
+    grow();
+}
+
+void KxParameters::closeGaps() {
+    Pair* const all = pairs();
+    Pair* const end = all + places();
+    std::destroy(std::remove_if(all, end, [](const Pair& pair) { return pair.value.isNil(); }), end);
+    m_block->buildIndex(all, m_size);
+}
+
+/** Of a list without gaps. */
 void KxParameters::grow() {
     const std::uint32_t capacity = this->capacity();
     if (capacity > std::numeric_limits<std::uint32_t>::max() / 4) {
@@ -238,12 +224,21 @@ void KxParameters::grow() {
 }
 
 inline void KxParameters::append(KxString&& name, KxString&& value) {
-    if (m_size == capacity()) {
-        grow();
+    if (hasIndex() || m_size == capacity()) {
+        appendToLong(std::move(name), std::move(value));
+        return;
     }
-    Pair* const added = new (pairs() + m_size) Pair{std::move(name), std::move(value)};
-    if (m_block != nullptr && m_block->index != nullptr) {
-        m_block->index->insert(NameIndex::hash(added->name), m_size);
+    new (pairs() + m_size) Pair{std::move(name), std::move(value)};
+    ++m_size;
+}
+
+void KxParameters::appendToLong(KxString&& name, KxString&& value) {
+    if (places() == capacity()) {
+        makeRoom();
+    }
+    Pair* const added = new (pairs() + places()) Pair{std::move(name), std::move(value)};
+    if (hasIndex()) {
+        m_block->index->append(KxPairIndex::hash(added->name));
     }
     ++m_size;
 }
@@ -302,14 +297,15 @@ void KxParameters::parse(KxInputStream& in) {
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {
-    for (const Pair* pair = begin(); pair != end(); ++pair) {
-        if (pair != begin()) {
-            out.write(';');
-        }
+    const Iterator last = end();
+    for (Iterator pair = begin(); pair != last;) {
         if (pair->value.empty()) {
             out.write(pair->name.view());
         } else {
             out.writeAll(pair->name.view(), std::string_view("=", 1), pair->value.view());
+        }
+        if (++pair != last) {
+            out.write(';');
         }
     }
 }
@@ -342,8 +338,8 @@ void KxParameters::setValue(std::string_view name, const KxString& value) {
 }
 
 void KxParameters::setValues(std::initializer_list<Pair> values) {
-    while (capacity() - m_size < values.size()) {
-        grow();
+    while (capacity() - places() < values.size()) {
+        makeRoom();
     }
     for (const Pair& pair : values) { // nothing here allocates
         if (pair.value.isNil()) {
@@ -362,10 +358,13 @@ bool KxParameters::removeValue(std::string_view name) {
     if (found == nullptr) {
         return false;
     }
-    std::move(found + 1, pairs() + m_size, found);
-    std::destroy_at(pairs() + --m_size);
-    if (m_block != nullptr) {
-        m_block->buildIndex(m_block->pairs(), m_size);
+    if (hasIndex()) {
+        m_block->index->remove(KxPairIndex::hash(name), static_cast<std::uint32_t>(found - pairs()));
+        *found = Pair(); // a gap, which is closed when its room is needed
+        --m_size;
+    } else {
+        std::move(found + 1, pairs() + m_size, found);
+        std::destroy_at(pairs() + --m_size);
     }
     return true;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <iterator>
 #include <string_view>
 
 class KxInputStream;
@@ -14,13 +15,64 @@ class KxInputStream;
 
     Names compare ignoring ASCII case and are written as first given. A name that comes again keeps its place and takes
     the new value. A value may be empty; such a pair is written without "=". Values keep their quotes. The first pairs
-    stand in the object; a long list is searched through an index, so that no list costs more than its length.
-    Used by one thread at a time while it is changed. */
+    are in the object itself; a long list has an index, so that setting, finding and removing by name cost the same
+    however long it is, in any order. Used by one thread at a time while it is changed. */
 class KX_UTIL_API KxParameters final : public KxObject {
 public:
     struct Pair {
         KxString name;
         KxString value;
+    };
+
+    /** Goes over the pairs in insertion order. */
+    class Iterator {
+    public:
+        using iterator_category = std::bidirectional_iterator_tag;
+        using value_type = Pair;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const Pair*;
+        using reference = const Pair&;
+
+        constexpr Iterator() = default;
+
+        const Pair& operator*() const { return *m_pair; }
+        const Pair* operator->() const { return m_pair; }
+        Iterator& operator++() {
+            ++m_pair;
+            if (m_gap != nullptr) {
+                const std::uint32_t gap = *++m_gap;
+                m_pair += gap;
+                m_gap += gap;
+            }
+            return *this;
+        }
+        Iterator& operator--() {
+            --m_pair;
+            if (m_gap != nullptr) {
+                const std::uint32_t gap = *--m_gap;
+                m_pair -= gap;
+                m_gap -= gap;
+            }
+            return *this;
+        }
+        Iterator operator++(int) {
+            const Iterator before = *this;
+            ++*this;
+            return before;
+        }
+        Iterator operator--(int) {
+            const Iterator before = *this;
+            --*this;
+            return before;
+        }
+        friend bool operator==(const Iterator& a, const Iterator& b) { return a.m_pair == b.m_pair; }
+
+    private:
+        friend class KxParameters;
+        Iterator(const Pair* pair, const std::uint32_t* gap) : m_pair(pair), m_gap(gap) {}
+
+        const Pair* m_pair = nullptr;
+        const std::uint32_t* m_gap = nullptr; // of the pair's place; null in a list that is too short for gaps
     };
 
     KxParameters() {}
@@ -63,8 +115,8 @@ public:
     std::size_t size() const { return m_size; }
     bool empty() const { return m_size == 0; }
     /** Iteration in insertion order; holds until the list changes. */
-    const Pair* begin() const { return pairs(); }
-    const Pair* end() const { return pairs() + m_size; }
+    Iterator begin() const;
+    Iterator end() const;
 
     void* operator new(std::size_t size);
     void operator delete(void* block, std::size_t size);
@@ -75,13 +127,18 @@ private:
 
     Pair* pairs();
     const Pair* pairs() const { return const_cast<KxParameters*>(this)->pairs(); }
+    bool hasIndex() const;
+    std::uint32_t places() const;
     Pair* find(std::string_view name);
     Pair* findIndexed(std::string_view name);
     void parsePair(const char* begin, const char* equals, const char* end);
     template <bool kInStream>
     const char* parsePairs(const char* begin, const char* end, const char* readable);
     void append(KxString&& name, KxString&& value);
+    void appendToLong(KxString&& name, KxString&& value);
     std::uint32_t capacity() const;
+    void makeRoom();
+    void closeGaps();
     void grow();
     void releaseAll();
 

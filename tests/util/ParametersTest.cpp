@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <new>
 #include <string>
 #include <thread>
@@ -148,6 +150,9 @@ TEST(ParametersTest, FollowsAnyEditing) {
             model.set(name, value);
         }
         ASSERT_EQ(dump(list), dump(model)) << i;
+        ASSERT_TRUE(std::equal(model.rbegin(), model.rend(), std::make_reverse_iterator(list.end()),
+                               std::make_reverse_iterator(list.begin()),
+                               [](const auto& a, const auto& b) { return b.name == a.first && b.value == a.second; }));
         ASSERT_EQ(list.isPresent(name), model.find(name) != model.end());
     }
 }
@@ -171,7 +176,7 @@ TEST(ParametersTest, HoldsAHundredThousandNames) {
     list.setValue("p0", KxString("last"));
     for (int i = 1; i < 99999; ++i)
         ASSERT_EQ(list.getValue("P" + std::to_string(i)), i == 50000 ? "" : std::to_string(i));
-    EXPECT_EQ((list.end() - 1)->value, "last");
+    EXPECT_EQ(std::prev(list.end())->value, "last");
 }
 
 TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
@@ -189,8 +194,12 @@ TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
     for (int size = 0; size <= 40; ++size) {
         for (const auto change : changes) {
             KxParameters list;
-            for (int i = 0; i < size; ++i)
+            for (int i = 0; i < size; ++i) {
                 list.setValue("name" + std::to_string(i), KxString("value"));
+                list.setValue("gone" + std::to_string(i / 3), KxString("value"));
+            }
+            for (int i = 0; i < size; ++i)
+                list.removeValue("gone" + std::to_string(i / 3));
             const std::string before = dump(list);
             KxParameters expected(list);
             change(expected);
@@ -277,4 +286,36 @@ TEST(ThreadLazyParametersTest, ReadersCopyAndHandOutOneListAtOnce) {
         EXPECT_EQ(shared.getString(), "a=2");
         EXPECT_EQ(dump(copies[0]) + dump(copies[1]) + dump(early), before + before + before);
     }
+}
+
+TEST(ThreadLazyParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
+    constexpr std::size_t kRounds = 20000;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3); // where two threads share a processor
+    std::vector<KxLazyParameters> sources(kRounds);
+    std::vector<KxHandle<KxParameters>> lists(kRounds);
+    for (KxLazyParameters& source : sources)
+        source.write().parse("a=1");
+    std::atomic<std::size_t> copied{0};
+    std::atomic<std::size_t> handedOut{0};
+    std::thread lender([&] {
+        for (std::size_t i = 0; i < kRounds; handedOut = ++i) {
+            while (copied <= i)
+                std::this_thread::yield();
+            for (std::size_t skew = copied; skew % 16 != 0; ++skew)
+                static_cast<void>(copied.load());
+            lists[i] = sources[i].handle();
+        }
+    });
+    std::size_t shared = 0;
+    for (std::size_t i = 0; i < kRounds && shared == 0 && std::chrono::steady_clock::now() < end; ++i) {
+        for (bool isHandedOut = false; !isHandedOut;) { // copies all the time, without a pause
+            const KxLazyParameters copy(sources[i]);
+            copied = i + 1;
+            isHandedOut = handedOut > i;
+            shared += isHandedOut && copy.begin() == lists[i]->begin() ? 1 : 0;
+        }
+    }
+    copied = kRounds;
+    lender.join();
+    EXPECT_EQ(shared, 0U);
 }

@@ -1,6 +1,7 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <sstream>
 
@@ -115,4 +116,16 @@ TEST(HeaderRegistryTest, TheFirstRegistrationStands) {
     KxSipHeader::sAddConstructor("ALLOW", &makeRequire);
     EXPECT_EQ(linesOf(*readAs<KxSipRequireHeader>("X-kx-tesT: a;b,c")), "X-kx-tesT: a;b & Require: c");
     EXPECT_EQ(linesOf(*readAs<KxSipAllowHeader>("Allow: a;b")), "Allow: a");
+}
+
+/** Names of 48 characters and more are unknown ones, even if they are registered. */
+TEST(HeaderRegistryTest, LongNamesAreNotLookedUp) {
+    static const std::array names{std::string(47, 'n'), std::string(48, 'n'), std::string(49, 'n')};
+    for (const std::string& name : names) {
+        KxSipHeader::sAddConstructor(name.c_str(), &makeRequire);
+        const std::string line = name + ": a";
+        const KxHandle<KxSipHeader> header = readHeader(line);
+        EXPECT_EQ(className(*header), name.size() < 48 ? "KxSipRequireHeader" : "KxSipUnknownHeader");
+        EXPECT_EQ(linesOf(*header), line);
+    }
 }

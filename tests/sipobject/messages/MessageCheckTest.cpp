@@ -85,6 +85,7 @@ TEST(CheckValidityTest, JudgesWhatWasParsed) {
          "KxException: SIP Message has body but no Content-Type header"},
         // not checked where a line was dropped, or where Accept has ruled
         {request + "no colon\r\n", "status 1"},
+        {request + "no colon\r\nAccept: a/b\r\nContent-Type: c/d\r\n", "status 1"},
         {request + "Accept: a/b\r\nContent-Type: c/d\r\n", "status 2"},
     };
     for (const auto& [text, outcome] : rows) {

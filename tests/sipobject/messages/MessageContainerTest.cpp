@@ -191,14 +191,21 @@ TEST(MessageContainerTest, SetBody) {
 TEST(MessageContainerTest, CopiesAreDeep) {
     const auto message = messageOf({"X-A: 1", "Require: a, b", "x-b: 2"});
     message->setBody("body", "text/plain");
+    KxInetAddress address;
+    ASSERT_TRUE(address.initFromAddress("192.0.2.1"));
+    message->setConnectionAddress(address);
     message->setConnectionPort(5062);
+    ASSERT_TRUE(address.initFromAddress("192.0.2.2"));
+    message->setLocalAddress(address);
     message->setLocalPort(5061);
     message->setConnectionTransport(KxSocketImpl::TLS);
     message->setStatus(KX_STATUS_INCOMPLETE);
     const std::string text = written(*message);
     const KxHandle<OpenRequest> copy(message->clone());
     EXPECT_EQ(copy->getStatus(), KX_STATUS_VALID);
+    EXPECT_EQ(copy->getConnectionAddress().getHostAddress(), "192.0.2.1");
     EXPECT_EQ(copy->getConnectionPort(), 5062U);
+    EXPECT_EQ(copy->getLocalAddress().getHostAddress(), "192.0.2.2");
     EXPECT_EQ(copy->getLocalPort(), 5061U);
     EXPECT_EQ(copy->getConnectionTransport(), KxSocketImpl::TLS);
     message->removeHeader("X-A");

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <future>
 #include <iostream>
 #include <mutex>
 #include <sstream>
@@ -91,6 +92,30 @@ struct Constant {
     const std::string response;
 };
 
+/** While it is copied, another thread tries to change its message. */
+class Intruder final : public KxSipHeader {
+public:
+    explicit Intruder(KxSipMessage& message)
+        : KxSipHeader(KxString("X-Intruder"), KxHeaderIDs::kUnknown), m_message(message) {}
+
+    const KxString& getExpandedToken() const override { return getToken(); }
+    KxObject* clone() const override {
+        change = std::async(std::launch::async, [this] { m_message.addHeader(numbered(0, 0), false); });
+        cameIn = change.wait_for(std::chrono::milliseconds(50)) == std::future_status::ready;
+        return new KxSipUnknownHeader("X-Intruder", "");
+    }
+
+    mutable std::future<void> change;
+    mutable bool cameIn = false;
+
+protected:
+    void doParse(KxInputStream&) override {}
+    void doSerialize(KxOutputStream&) const override {}
+
+private:
+    KxSipMessage& m_message;
+};
+
 /** A few places where threads leave messages for each other. */
 class Exchange {
 public:
@@ -138,6 +163,16 @@ TEST(MessageThreadTest, OneMessageLosesNoHeader) {
     message->setBody("", "", 0);
     const std::size_t length = original.find("Content-Length: ");
     EXPECT_EQ(headersOf(*message).substr(0, length), original.substr(0, length));
+}
+
+TEST(MessageThreadTest, NothingChangesWhileAMessageIsCopied) {
+    const KxHandle<KxSipMessage> message = readMessage(fileText(KX_SOURCE_DIR "/samples/invite.sip"));
+    const auto intruder = KxMake<Intruder>(*message);
+    message->addHeader(intruder, false);
+    const KxHandle<KxSipMessage> copy = copyOf(*message);
+    intruder->change.get();
+    EXPECT_FALSE(intruder->cameIn);
+    EXPECT_NE(copy->removeHeader("X-0-0"), message->removeHeader("X-0-0"));
 }
 
 TEST(MessageThreadTest, MessagesPassFromThreadToThread) {
