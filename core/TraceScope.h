@@ -45,6 +45,21 @@ public:
     EntryDepth& operator=(const EntryDepth&) = delete;
 };
 
+/** The trace scope of a short operation that is nearly always part of another, such as copying: where it is not, a log
+    level that was changed holds for it. Opens no operation itself. */
+class LeafTraceScope : private TraceScope {
+public:
+    /** @param functionName a literal. */
+    [[gnu::always_inline]] LeafTraceScope(const AceCleanupLogger& logger, const char* functionName) noexcept
+        : TraceScope((sRefreshIfOutermost(), logger), functionName) {}
+
+private:
+    [[gnu::always_inline]] static void sRefreshIfOutermost() noexcept {
+        if (t_entryDepth == 0) [[unlikely]]
+            refreshLogLevels();
+    }
+};
+
 /** The trace scope of an operation that a host calls directly: a log level that was changed before the outermost one
     opens holds within it. */
 class EntryTraceScope : private EntryDepth, private TraceScope {

@@ -128,7 +128,9 @@ bool losesAnyParameters(const KxSipHeader& header) {
 
 template <class... H>
 bool changesAnyURI(const KxSipHeader& header) {
-    const auto changesURI = [](const auto* typed) { return typed != nullptr && changes(*typed->getURI()); };
+    const auto changesURI = [](const auto* typed) {
+        return typed != nullptr && !typed->getURI().isNil() && changes(*typed->getURI());
+    };
     return (changesURI(dynamic_cast<const H*>(&header)) || ...);
 }
 

@@ -43,6 +43,16 @@ public:
         return exact ? first : findInAnyCase(name, first, exact);
     }
 
+    /** Calls f with every name, in no order. */
+    template <class F>
+    void forEachName(F f) const {
+        for (const Entry* entry : m_buckets) {
+            for (; entry != nullptr; entry = entry->next) {
+                f(entry->name);
+            }
+        }
+    }
+
     /** The function, or null. */
     Creator find(std::string_view name) const {
         bool exact = false;

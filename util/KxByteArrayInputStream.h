@@ -3,7 +3,7 @@
 #include "util/KxByteArray.h"
 #include "util/KxInputStream.h"
 
-/** Bytes in memory as a stream. All parsing of the library runs over one of these. */
+/** Bytes in memory as a whole stream: what a host reads messages from. */
 class KX_UTIL_API KxByteArrayInputStream final : public KxInputStream {
 public:
     /** The whole array, which is kept alive; nil reads as empty. */

@@ -49,7 +49,7 @@ KxSipNameAddress::KxSipNameAddress(const KxSipNameAddress& rNameAddress)
       m_brackets(rNameAddress.m_brackets),
       m_standalone(rNameAddress.m_standalone),
       m_displayName(rNameAddress.m_displayName) {
-    const Oskan::TraceScope trace(s_logger, "KxSipNameAddress copy ctor");
+    const Oskan::LeafTraceScope trace(s_logger, "KxSipNameAddress copy ctor");
     if (!rNameAddress.m_URI.isNil()) {
         m_URI = KxHandle<KxURI>(OSKAN_DYNCAST_ASSERT(KxURI, rNameAddress.m_URI->clone()));
     }
@@ -62,6 +62,7 @@ KxSipNameAddress* KxSipNameAddress::clone() const {
 }
 
 KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
+    const Oskan::EntryDepth entry;
     KxHandle<KxSipNameAddress> address;
     sRead(in, address).raiseIfAny();
     return address;
@@ -80,6 +81,7 @@ KxHandle<KxSipURL> KxSipNameAddress::getURL() const {
     if (!m_URI.isNil() && m_URI->isSipURL()) {
         return KxHandle<KxSipURL>(static_cast<KxSipURL*>(m_URI.get()));
     }
+    const Oskan::EntryDepth entry;
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug, std::string("KxSipNameAddress::getURL returns NULL since ")
                                                  .append(getURLString().view())

@@ -17,12 +17,14 @@ public:
     explicit KxSipNameAddress(const char* text);
     /** The URI is copied too. */
     KxSipNameAddress(const KxSipNameAddress& other);
+    KxSipNameAddress& operator=(const KxSipNameAddress&) = delete;
     KxSipNameAddress* clone() const override;
     ~KxSipNameAddress() override;
 
     /** One from a header's value, where parameters behind a bare SIP URL are the header's. Throws as parse. */
     static KxHandle<KxSipNameAddress> sConstructFrom(KxInputStream& in);
-    /** As sConstructFrom, but what is wrong is told, not thrown; the handle then stays as it was. */
+    /** As sConstructFrom, but what is wrong is told, not thrown; the handle then stays as it was. This and read are
+        steps of grammars: they go by the log levels of the operation that they are part of. */
     static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipNameAddress>& address);
 
     const KxString& getDisplayName() const { return m_displayName; }

@@ -141,7 +141,7 @@ void KxSipURL::parse(const char* text) {
 }
 
 void KxSipURL::parseHeader(KxInputStream& in) {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parseHeader");
+    const Oskan::EntryDepth entry;
     KxWithWholeWindow(in, [this](KxInputStream& line) {
         return KxSipURLParser(*this, line).parseHeaders();
     }).raiseIfAny();

@@ -35,9 +35,9 @@ public:
     KxString getString() const override;
     /** Reads one URL. Stops unread before a comma outside the user; behind a ">" one ";" is consumed; without brackets
         and not standalone, the ";" behind the host is consumed and ends it.
-        Throws KxSipParseError: "Scheme is not SIP", "Failed to parse SIP URL : more than one scheme", "Sip URL wrong
-        format ("@" present without a user part)", "Sip URL wrong format", "Illegal URL construct", "Sip URL, Double
-        quote mismatch" and those of parseHeader; what was read until then stays set. */
+        Throws KxSipParseError: "Scheme is not SIP", "Sip URL wrong format ("@" present without a user part)", "Sip URL
+        wrong format", "Illegal URL construct", "Sip URL, Double quote mismatch" and those of parseHeader; what was read
+        until then stays set. */
     void parse(KxInputStream& in) override;
     /** As above from a text; null reads as empty. */
     void parse(const char* text);
@@ -47,8 +47,8 @@ public:
     void display(KxOutputStream& out, bool verbose) const override;
 
     /** Reads the headers behind the "?", up to a ">" (consumed) or the end. Throws KxSipParseError: "SIP URL Header
-        doesn't have Key/Value pair (1)\n", "SIP URL Header key doesn't have a value (1)\n" at the end of the part, and
-        the same with (2) at a ";". */
+        doesn't have Key/Value pair (1)\n" where no "=" ends a name, or it is empty, "SIP URL Header key doesn't have a
+        value (1)\n" at the end of the part, and the same with (2) at a ";". */
     void parseHeader(KxInputStream& in);
 
     const KxString& getUser() const { return m_user; }

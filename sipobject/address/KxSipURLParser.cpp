@@ -1,6 +1,7 @@
 #include "sipobject/address/KxSipURLParser.h"
 
 #include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
 #include "sipobject/address/KxSipURL.h"
 #include "util/KxBytes.h"
 #include "util/KxHexEncoding.h"
@@ -14,6 +15,7 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
 constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
+constexpr std::string_view kNoName;                 // what a URL header has that no "=" ends
 constexpr char kEndOfInput = '\x04';                // as a delimiter before a token it means nothing, like a NUL
 
 void debug(const char* what, const KxLazyParameters& list) {
@@ -171,11 +173,19 @@ inline KxSipURLParser::Next KxSipURLParser::doneWithHost() {
     return m_url.m_host.empty() ? refuse("Sip URL wrong format") : Next::Done;
 }
 
+[[gnu::cold]] void KxSipURLParser::parseParametersWithout(char dropped, std::string_view text) {
+    std::string kept(text);
+    std::erase(kept, dropped);
+    m_url.m_parameters.write().parse(kept);
+}
+
 inline void KxSipURLParser::parameters() {
-    const char* const stop = KxBytes::findAny<'\n', '>', '?'>(m_at, m_end, m_in.readableEnd());
-    const std::string_view text(m_at, static_cast<std::size_t>(stop - m_at));
-    if (!text.empty()) {
-        m_url.m_parameters.write().parse(text, m_in.readableEnd());
+    const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_in.readableEnd());
+    if (stop != m_end && *stop == '\r') [[unlikely]] {
+        stop = KxBytes::findAny<'\n', '>', '?'>(stop, m_end);
+        parseParametersWithout('\r', textTo(stop));
+    } else if (stop != m_at) {
+        m_url.m_parameters.write().parse(textTo(stop), m_in.readableEnd());
     }
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
@@ -286,7 +296,7 @@ KxSipFault KxSipURLParser::parse() {
 }
 
 KxSipURLParser::Next KxSipURLParser::addQuoted() {
-    const char* const quote = m_at - 1;
+    const char* from = m_at - 1;
     if (userIsOpen()) {
         m_at = std::find(m_at, m_end, '"');
         if (m_at == m_end) {
@@ -294,7 +304,10 @@ KxSipURLParser::Next KxSipURLParser::addQuoted() {
         }
         ++m_at;
     }
-    m_token.add(quote, m_at);
+    for (const char* stop = from; stop != m_at; from = stop + 1) {
+        stop = std::find(from, m_at, '\r');
+        m_token.add(from, stop);
+    }
     return Next::More;
 }
 
@@ -342,6 +355,7 @@ int KxSipURLParser::nextHeaderCharacter() {
 }
 
 KxSipFault KxSipURLParser::parseHeaders() {
+    const Oskan::TraceScope trace(s_logger, "KxSipURL::parseHeader");
     Oskan::FastString<256> name;
     Oskan::FastString<256> value;
     bool inValue = false;
@@ -360,7 +374,7 @@ KxSipFault KxSipURLParser::parseHeaders() {
             }
             ++m_at; // a folded line goes on
         } else if (c == ';') {
-            if (const KxSipFault fault = storeHeader(name.view(), value.view(), false)) {
+            if (const KxSipFault fault = storeHeader(inValue ? name.view() : kNoName, value.view(), false)) {
                 return fault;
             }
             name.clear();
@@ -373,7 +387,7 @@ KxSipFault KxSipURLParser::parseHeaders() {
             (inValue ? value : name).append(static_cast<char>(c));
         }
     }
-    return storeHeader(name.view(), value.view(), true);
+    return storeHeader(inValue ? name.view() : kNoName, value.view(), true);
 }
 
 KxSipFault KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {

@@ -61,6 +61,7 @@ private:
     Next at();
     Next semicolon();
     void parameters();
+    void parseParametersWithout(char dropped, std::string_view text);
     Next comma();
     Next end(int c);
     void closeToken();

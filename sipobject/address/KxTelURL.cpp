@@ -64,6 +64,8 @@ KxSipFault KxTelURL::readWhole(KxInputStream& in) {
     for (int c = in.read(); c >= 0 && c != '\n' && c != '>'; c = in.read()) {
         bool keep = false;
         switch (c) {
+        case '\r':
+            break;
         case '<':
             previous = '<';
             own = true;

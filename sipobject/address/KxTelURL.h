@@ -12,15 +12,16 @@ public:
     static const KxConstString sToken;
 
     KxTelURL();
-    /** Throws KxSipParseError "Invalid TelURL" for 1024 characters and more. */
+    /** Throws as parse. */
     explicit KxTelURL(const char* text);
     KxTelURL(const KxTelURL& other);
     KxTelURL* clone() const override;
 
     bool hasParameters() const override;
     KxString getString() const override;
-    /** Reads one URL; a ">" behind it is consumed. Throws KxSipParseError "Invalid TelURL" for 1024 characters and
-        more. */
+    /** Reads one URL; a ">" after it is consumed. Throws KxSipParseError "Invalid TelURL" for 1024 characters and
+        more, where all count that are kept: the scheme's, the number's and the parameters', without brackets, colons,
+        carriage returns, the first ";" and plus signs that are dropped. */
     void parse(KxInputStream& in) override;
     using KxURI::parse;
     void display(KxOutputStream& out, bool verbose) const override;

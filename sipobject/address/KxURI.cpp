@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <string>
+#include <typeinfo>
 #include <utility>
 
 namespace {
@@ -20,8 +21,22 @@ constinit Oskan::AceCleanupLogger s_logger{"KxURI"};
 constinit KxNameRegistry<KxURI::Creator> s_registry;
 constexpr KxCharSet kColon(":");
 constexpr KxCharSet kDataEnd(">\r\n");
+constexpr KxCharSet kSchemeCharacters("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.");
 
-/** The first three letters of a URI, blanks and an opening bracket aside; NUL where it is shorter. */
+[[gnu::always_inline]] inline const char* skip(const char* at, const char* end, char blank, char other) {
+    while (at != end && (*at == blank || *at == other)) {
+        ++at;
+    }
+    return at;
+}
+
+/** Where the next character of a URI is, blanks and an opening bracket aside. */
+[[gnu::always_inline]] inline const char* nextOf(const char* at, const char* end) {
+    at = skip(at, end, ' ', ' ');
+    return at != end && *at == '<' ? skip(at + 1, end, ' ', '\t') : at;
+}
+
+/** The first three letters of a URI, blanks and opening brackets aside; NUL where it is shorter. */
 struct Prefix {
     Prefix(const char* at, const char* end) {
         if (end - at >= 4 && KxAscii::isAlpha(at[0]) && KxAscii::isAlpha(at[1]) && KxAscii::isAlpha(at[2])) {
@@ -29,21 +44,12 @@ struct Prefix {
             return;
         }
         for (char& letter : letters) {
-            at = skip(at, end, ' ', ' ');
-            if (at != end && *at == '<') {
-                at = skip(at + 1, end, ' ', '\t');
-            }
+            at = nextOf(at, end);
             if (at == end) {
                 break;
             }
             letter = *at++;
         }
-    }
-    static const char* skip(const char* at, const char* end, char blank, char other) {
-        while (at != end && (*at == blank || *at == other)) {
-            ++at;
-        }
-        return at;
     }
     /** `scheme` in lower case. */
     bool is(const char (&scheme)[4]) const {
@@ -52,6 +58,26 @@ struct Prefix {
     }
     char letters[3] = {};
 };
+
+/** What stands before the colon, blanks and an opening bracket aside; empty unless it is a scheme's name.
+    scheme = ALPHA *( ALPHA / DIGIT / "+" / "-" / "." )                       [RFC 3261 25.1] */
+std::string_view schemeOf(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    const char* const begin = nextOf(text.data(), end);
+    const char* const stop = std::find_if_not(begin, end, [](char c) { return kSchemeCharacters.contains(c); });
+    const bool isScheme = stop != end && *stop == ':';
+    return {begin, isScheme ? static_cast<std::size_t>(stop - begin) : 0};
+}
+
+/** The text without its carriage returns. */
+KxString withoutReturns(std::string_view text) {
+    if (text.find('\r') == std::string_view::npos) {
+        return KxString(text);
+    }
+    std::string kept(text);
+    std::erase(kept, '\r');
+    return KxString(kept);
+}
 
 void debug(const char* what, const KxString& value) {
     s_logger.log(Oskan::LogLevel::Debug, std::string(what).append(value.view()));
@@ -105,11 +131,11 @@ KxSipFault KxURI::read(KxInputStream& in) {
     if (in.peek() == '<') {
         in.read();
     }
-    m_Scheme = KxString(KxAscii::trim(scanned.token(in, kColon)));
+    m_Scheme = withoutReturns(KxAscii::trim(scanned.token(in, kColon)));
     if (in.read() < 0) {
         return KxSipFault("INVALID URI", KxSipFault::Error::Other);
     }
-    m_SchemeData = KxString(KxAscii::trim(scanned.token(in, kDataEnd)));
+    m_SchemeData = KxString(KxAscii::trim(scanned.until(in, kDataEnd)));
     if (in.peek() == '>') {
         in.read();
     }
@@ -129,9 +155,9 @@ void KxURI::sAddConstructor(const char* scheme, Creator creator) {
     s_registry.add(scheme, creator);
 }
 
-KxURI* KxURI::sConstruct(const char* scheme) {
-    const Creator creator = scheme == nullptr ? nullptr : s_registry.find(scheme);
-    return creator != nullptr ? creator() : new KxURI(scheme);
+KxHandle<KxURI> KxURI::sConstruct(std::string_view scheme) {
+    const Creator creator = s_registry.find(scheme);
+    return KxHandle<KxURI>::sOfNew(creator != nullptr ? creator() : new KxURI(KxString(scheme), false));
 }
 
 KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
@@ -186,7 +212,15 @@ inline KxSipFault KxURI::sReadWhole(KxInputStream& in, bool standalone, KxHandle
         return sReadAs(in, std::move(url), uri);
     }
     what = "KxURI: parsed URL of unknown scheme";
-    return sReadAs(in, KxMake<KxURI>(nullptr), uri);
+    const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
+    KxHandle<KxURI> other = scheme.empty() ? KxMake<KxURI>(nullptr) : sConstruct(scheme);
+    if (typeid(*other) == typeid(KxURI)) {
+        return sReadAs(in, std::move(other), uri);
+    }
+    other->m_standalone = standalone;
+    other->parse(in); // a host's class, which throws
+    uri = std::move(other);
+    return {};
 }
 
 KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri) {

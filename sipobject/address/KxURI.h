@@ -19,6 +19,8 @@ public:
 
     /** Null reads as no scheme. */
     explicit KxURI(const char* scheme);
+    /** Not assignable: the class of a URI is that of its scheme. */
+    KxURI& operator=(const KxURI&) = delete;
     ~KxURI() override;
     KxURI* clone() const override;
 
@@ -47,14 +49,18 @@ public:
     /** Scheme and text, byte by byte. */
     bool operator==(const KxURI& other) const;
 
-    /** Registers the class of a scheme, letter case ignored; for static initialisers. */
+    /** Registers the class of a scheme, letter case ignored; the first registration is kept. For start-up, before a
+        second thread reads: `scheme` must live as long as the process. The creator returns a new empty object, whose
+        virtual parse is given the whole URI and may throw; the class overrides clone. The schemes that begin with
+        "sip" and "tel" are the library's own. */
     static void sAddConstructor(const char* scheme, Creator creator);
 
-    /** Reads a URI of the class that its first three letters name: "sip" a KxSipURL, "tel" a KxTelURL, anything else
-        a KxURI. With `standalone` the parameters behind a SIP URL without angle brackets are its own; without, they
+    /** Reads a URI of the class that its first three letters name: "sip" a KxSipURL, "tel" a KxTelURL; anything else
+        is of the class that is registered for its scheme, or a KxURI. With `standalone` the parameters behind a SIP URL without angle brackets are its own; without, they
         belong to the header it stands in. Throws what the class's parse throws. */
     static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
-    /** As sConstructFrom, but what is wrong is told, not thrown; the handle then stays as it was. */
+    /** As sConstructFrom, but what is wrong is told, not thrown (unless a host's class throws); the handle then stays
+        as it was. A step of a grammar: it goes by the log levels of the operation that it is part of. */
     static KxSipFault sRead(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
 
 protected:
@@ -70,7 +76,8 @@ private:
     friend class KxSipRequest;
 
     static Oskan::MemAccount s_account;
-    static KxURI* sConstruct(const char* scheme);
+    /** An empty URI of the class that is registered for the scheme, or a KxURI of that scheme. */
+    static KxHandle<KxURI> sConstruct(std::string_view scheme);
     template <class T>
     static KxSipFault sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri);
     static KxSipFault sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what);

@@ -9,8 +9,8 @@
 class KxInputStream;
 class KxOutputStream;
 
-/** What a server wants to be told before it serves: the challenge of an authentication scheme. Shared through handles
-    between headers, so it must not be changed while it is shared. Used by one thread at a time. [RFC 2617 1.2] */
+/** What a server wants to be told before it serves: the challenge of an authentication scheme. A header shares the
+    challenge that it is given; a copy of a header has a copy of it. Used by one thread at a time. [RFC 2617 1.2] */
 class KX_SIP_API KxSipChallengeInfo : public KxObject {
 public:
     ~KxSipChallengeInfo() override;
@@ -35,6 +35,7 @@ public:
 protected:
     KxSipChallengeInfo() = default;
     KxSipChallengeInfo(const KxSipChallengeInfo&) = default;
+    KxSipChallengeInfo& operator=(const KxSipChallengeInfo&) = default;
 
 private:
     friend class KxSipAuthenticateHeader;

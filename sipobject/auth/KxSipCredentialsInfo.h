@@ -44,6 +44,7 @@ public:
 protected:
     KxSipCredentialsInfo() = default;
     KxSipCredentialsInfo(const KxSipCredentialsInfo&) = default;
+    KxSipCredentialsInfo& operator=(const KxSipCredentialsInfo&) = default;
 
 private:
     friend class KxSipAuthorizationHeader;

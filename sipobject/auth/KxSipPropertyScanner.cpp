@@ -17,7 +17,7 @@ KxSipFault KxSipPropertyScanner::scan(KxInputStream& in) {
                                                 : KxBytes::findAny<'"', ',', '=', '\n', ' '>(at, end);
             keep(std::string_view(at, static_cast<std::size_t>(stop - at)));
             at = stop;
-            const bool isEnded = at != end && !takeSpecial(*at++);
+            const bool isEnded = !m_fault && at != end && !takeSpecial(*at++);
             if (m_fault) {
                 return m_fault;
             }

@@ -1,24 +1,28 @@
 #pragma once
 
 #include "sipobject/headers/KxSipMediaTypeHeader.h"
+#include "sipobject/headers/KxSipTextKeepingHeader.h"
 
 /** Accept: one media range an object; a comma-separated line is a chain.
     Accept = "Accept" HCOLON [ accept-range *(COMMA accept-range) ]           [RFC 3261 20.1]
     accept-range = media-range *(SEMI accept-param)
-    A comma ends the value even inside quotes; a range without type or subtype throws "Invalid Accept header". The q
-    value stands among the parameters.
+    A range without type or subtype, or with a comma in quotes, is kept as text, up to the next comma outside quotes;
+    it has no type then. The q value is one of the parameters.
     "Accept: application/sdp;level=1, text / *;q=0.5" -> two values, two lines out */
 class KX_SIP_API KxSipAcceptHeader final
-    : public KxSipMediaTypeHeader<KxSipAcceptHeader, KxSipPreferenceHeader<KxSipAcceptHeader>> {
+    : public KxSipMediaTypeHeader<KxSipAcceptHeader,
+                                  KxSipPreferenceHeader<KxSipAcceptHeader, KxSipTextKeepingHeader<KxSipAcceptHeader>>> {
 public:
     KxSipAcceptHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAcceptHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kAccept;
+    static constexpr const char* kHidesCommas = "\"";
 
 private:
     friend class KxSipHeaderOf<KxSipAcceptHeader>;
+    friend class KxSipTextKeepingHeader<KxSipAcceptHeader>;
 
     KxSipAcceptHeader() = default;
 };

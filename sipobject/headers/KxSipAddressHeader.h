@@ -9,7 +9,7 @@
 template <class H>
 class KxSipAddressHeader : public KxSipHeaderOf<H> {
 public:
-    /** The name-address itself, shared; nil only in a wildcard Contact. */
+    /** The name-address itself, shared; never nil, and empty in a wildcard Contact. */
     const KxHandle<KxSipNameAddress>& getNameAddress() const { return m_nameAddress; }
 
 protected:
@@ -21,13 +21,10 @@ protected:
     explicit KxSipAddressHeader(const KxHandle<KxSipURL>& url)
         : m_nameAddress(new KxSipNameAddress(KxString(""), url)) {}
     KxSipAddressHeader(const KxSipAddressHeader& other)
-        : KxSipHeaderOf<H>(other),
-          m_nameAddress(other.m_nameAddress.isNil() ? nullptr : other.m_nameAddress->clone()) {}
+        : KxSipHeaderOf<H>(other), m_nameAddress(other.m_nameAddress->clone()) {}
 
     /** The SIP URL of the name-address; nil when there is none. */
-    KxHandle<KxSipURL> getSipURL() const {
-        return m_nameAddress.isNil() ? KxHandle<KxSipURL>() : m_nameAddress->getURL();
-    }
+    KxHandle<KxSipURL> getSipURL() const { return m_nameAddress->getURL(); }
 
     /** Reads into the name-address that is held, a new one where there is none. */
     KxSipFault parseNameAddress(KxInputStream& in) {

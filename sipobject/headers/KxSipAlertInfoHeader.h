@@ -5,8 +5,8 @@
 /** Alert-Info: where an alternative ring tone, or ring-back tone, is found.
     Alert-Info = "Alert-Info" HCOLON alert-param *(COMMA alert-param)         [RFC 3261 20.4]
     alert-param = LAQUOT absoluteURI RAQUOT *( SEMI generic-param )
-    Without brackets it throws "Invalid Alert-Info header".
-    "Alert-Info: <http://h/a,b.wav> ;info=x" -> "Alert-Info: <http://h/a,b.wav>;info=x" */
+    What is no URI in brackets is kept as text; from a constructor it throws "Invalid Alert-Info header".
+    "Alert-Info: <http://h/a,b.wav> ;info=x" -> "Alert-Info: <http://h/a,b.wav>;info=x"; "Bellcore-dr3" -> the same */
 class KX_SIP_API KxSipAlertInfoHeader final : public KxSipURIHeader<KxSipAlertInfoHeader> {
 public:
     /** Holds a copy; nil stays nil. */
@@ -21,6 +21,7 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipAlertInfoHeader>;
+    friend class KxSipTextKeepingHeader<KxSipAlertInfoHeader>;
 
     KxSipAlertInfoHeader() = default;
 };

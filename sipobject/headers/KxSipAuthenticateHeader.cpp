@@ -14,6 +14,9 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipAuthenticateHeader"};
 KxSipAuthenticateHeader::KxSipAuthenticateHeader(const KxString& name, const KxHandle<KxSipChallengeInfo>& challenge)
     : KxSipHeader(name), m_challenge(challenge) {}
 
+KxSipAuthenticateHeader::KxSipAuthenticateHeader(const KxSipAuthenticateHeader& other)
+    : KxSipHeader(other), m_challenge(other.m_challenge.isNil() ? nullptr : other.m_challenge->clone()) {}
+
 KxSipAuthenticateHeader::~KxSipAuthenticateHeader() = default;
 
 void KxSipAuthenticateHeader::doParse(KxInputStream& in) {

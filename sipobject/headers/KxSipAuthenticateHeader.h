@@ -11,8 +11,8 @@ class KX_SIP_API KxSipAuthenticateHeader : public KxSipHeader {
 public:
     /** Shares the challenge; nil is allowed and written as nothing. */
     KxSipAuthenticateHeader(const KxString& name, const KxHandle<KxSipChallengeInfo>& challenge);
-    /** Shares the challenge. */
-    KxSipAuthenticateHeader(const KxSipAuthenticateHeader&) = default;
+    /** Copies the challenge, so that each header's is changed by itself. */
+    KxSipAuthenticateHeader(const KxSipAuthenticateHeader& other);
     ~KxSipAuthenticateHeader() override;
 
     /** The challenge itself, shared; nil where none was set. */

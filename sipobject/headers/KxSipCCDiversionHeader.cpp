@@ -6,5 +6,5 @@ static const KxSipCCDiversionHeader::Registration s_registration;
 
 KxSipCCDiversionHeader::KxSipCCDiversionHeader(const KxHandle<KxSipNameAddress>& address)
     : KxSipParameterAddressHeader(address, {}) {
-    const Oskan::TraceScope trace(sLogger(), "KxSipCCDiversionHeader ctor");
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipCCDiversionHeader ctor");
 }

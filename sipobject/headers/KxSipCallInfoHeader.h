@@ -23,4 +23,7 @@ public:
     static constexpr char kClassName[] = "KxSipCallInfoHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kCallInfo;
     static constexpr const char* kInvalid = "Invalid Call-Info header";
+
+private:
+    friend class KxSipTextKeepingHeader<KxSipCallInfoHeader>;
 };

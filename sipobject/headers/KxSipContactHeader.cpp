@@ -9,7 +9,7 @@ static const KxSipContactHeader::Registration s_registration;
 
 KxSipContactHeader::KxSipContactHeader(const KxHandle<KxSipNameAddress>& address)
     : KxSipParameterAddressHeader(address, {}) {
-    const Oskan::TraceScope trace(sLogger(), "KxSipContactHeader ctor");
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipContactHeader ctor");
 }
 
 KxSipContactHeader::KxSipContactHeader(const char* text) {
@@ -18,14 +18,14 @@ KxSipContactHeader::KxSipContactHeader(const char* text) {
 }
 
 KxString KxSipContactHeader::getDisplayName() const {
-    return m_nameAddress.isNil() ? KxString("") : m_nameAddress->getDisplayName();
+    return m_nameAddress->getDisplayName();
 }
 
 KxSipFault KxSipContactHeader::parseValue(KxInputStream& in) {
     m_wildCard = KxStreamTokenizer::sDiscardWhite(in) == '*';
     if (m_wildCard) {
         in.read();
-        m_nameAddress = nullptr;
+        m_nameAddress = KxMake<KxSipNameAddress>();
         return {};
     }
     return parseAddress(in);

@@ -4,7 +4,7 @@
 
 /** Contact: where the sender can be reached, one address an object, or "*" for all.
     Contact = ( "Contact" / "m" ) HCOLON ( STAR / (contact-param *(COMMA contact-param)) )   [RFC 3261 20.10]
-    A wildcard has no name-address: its getURL is nil.
+    The name-address of a wildcard is empty, its getURL nil.
     "m: Bob <sip:h>;expires=60;q=0.5" -> the same; "Contact: *" -> "Contact: *" */
 class KX_SIP_API KxSipContactHeader final : public KxSipParameterAddressHeader<KxSipContactHeader> {
 public:

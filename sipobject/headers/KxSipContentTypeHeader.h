@@ -6,7 +6,7 @@
     Content-Type = ( "Content-Type" / "c" ) HCOLON m-type SLASH m-subtype *(SEMI m-parameter)   [RFC 3261 20.15]
     A comma ends the value even inside quotes. A value without type or subtype throws "Invalid Accept header", the text
     it shares with Accept.      "c: text / plain ;charset=utf-8" -> "c: text/plain;charset=utf-8" */
-class KX_SIP_API KxSipContentTypeHeader final : public KxSipMediaTypeHeader<KxSipContentTypeHeader> {
+class KX_SIP_API KxSipContentTypeHeader : public KxSipMediaTypeHeader<KxSipContentTypeHeader> {
 public:
     KxSipContentTypeHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
     /** "type/subtype", split as setMediaType does. */

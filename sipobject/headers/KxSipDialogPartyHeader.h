@@ -34,14 +34,14 @@ protected:
     KxSipDialogPartyHeader() = default;
     KxSipDialogPartyHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters)
         : Base(address, parameters) {
-        const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceAddress>);
+        const Oskan::EntryTraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceAddress>);
     }
     KxSipDialogPartyHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)
         : Base(url, parameters) {
-        const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceURL>);
+        const Oskan::EntryTraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceURL>);
     }
     KxSipDialogPartyHeader(const KxSipDialogPartyHeader& other) : Base(other) {
-        const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceCopy>);
+        const Oskan::LeafTraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceCopy>);
     }
 
     void parseTraced(const char* text) {

@@ -5,7 +5,7 @@
 /** Error-Info: where more is found about the error that the response tells of.
     Error-Info = "Error-Info" HCOLON error-uri *(COMMA error-uri)             [RFC 3261 20.18]
     error-uri = LAQUOT absoluteURI RAQUOT *( SEMI generic-param )
-    Without brackets it throws "Invalid Error-Info header".
+    What is no URI in brackets is kept as text; from a constructor it throws "Invalid Error-Info header".
     "Error-Info: <sip:not-in-service@h;x=1>;y" -> the same */
 class KX_SIP_API KxSipErrorInfoHeader final : public KxSipURIHeader<KxSipErrorInfoHeader> {
 public:
@@ -21,6 +21,7 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipErrorInfoHeader>;
+    friend class KxSipTextKeepingHeader<KxSipErrorInfoHeader>;
 
     KxSipErrorInfoHeader() = default;
 };

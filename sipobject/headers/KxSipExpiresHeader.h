@@ -3,6 +3,7 @@
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxDate.h"
 
+#include <concepts>
 #include <cstdint>
 
 /** Expires: when a registration, subscription or offer ends: after seconds, or on a date.
@@ -13,6 +14,9 @@
 class KX_SIP_API KxSipExpiresHeader final : public KxSipHeaderOf<KxSipExpiresHeader> {
 public:
     explicit KxSipExpiresHeader(std::uint32_t deltaSeconds) : m_deltaSeconds(deltaSeconds) {}
+    /** The same for numbers of other types, so that a literal 0 is one and no null text. */
+    template <std::integral Number>
+    explicit KxSipExpiresHeader(Number deltaSeconds) : KxSipExpiresHeader(static_cast<std::uint32_t>(deltaSeconds)) {}
     /** A date. */
     explicit KxSipExpiresHeader(const char* date) { setDate(date == nullptr ? "" : date); }
 

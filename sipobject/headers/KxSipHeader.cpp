@@ -160,6 +160,12 @@ void KxSipHeader::sAddConstructor(const char* name, Creator creator) {
     s_registry.add(name, creator);
 }
 
+std::vector<std::string_view> KxSipHeader::sNames() {
+    std::vector<std::string_view> names;
+    s_registry.forEachName([&names](std::string_view name) { names.push_back(name); });
+    return names;
+}
+
 KxSipFault KxSipHeader::readValue(KxInputStream& in) {
     doParse(in);
     return {};
@@ -216,10 +222,11 @@ template <bool kTraced>
         return fault;
     }
     const char* const comma = findComma(in.window().data(), end);
-    return comma == end ? fault : parseFurther(in, comma);
+    return comma == end ? fault : parseFurther<kTraced>(in, comma);
 }
 
 /** The values behind the first one, each in an object of its own. */
+template <bool kTraced>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
     const char* const end = in.window().data() + in.window().size();
     const std::string_view name = getExpandedToken();
@@ -228,10 +235,14 @@ template <bool kTraced>
     KxHandle<KxSipHeader>* link = &further;
     for (; comma != end; comma = findComma(in.window().data(), end)) {
         in.consume(static_cast<std::size_t>(comma + 1 - in.window().data()));
+        {
+            const Scope<kTraced> trace(s_logger, "KxSipHeader::sConstruct");
+            *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
+        }
+        const Scope<kTraced> trace(s_logger, "KxSipHeader::parseRest");
         if (!skipToText(in, end)) {
             return kNothingBehindColon;
         }
-        *link = creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sMakeUnknown(name);
         KxSipHeader* const last = link->get();
         last->setInMessage(isInMessage());
         if (const KxSipFault fault = last->readValue(in)) {
@@ -340,11 +351,12 @@ void KxSipHeader::parseWhole(KxInputStream& in) {
     const std::string_view line = takeLine(in, unfolded);
     const std::size_t colon = line.find(':');
     const std::string_view name = KxAscii::trim(line.substr(0, colon));
+    setToken(name);
     if (colon == std::string_view::npos) {
-        setToken(name);
         kNoColon.raise();
     }
-    parseLine<true>({name, name, line.substr(colon + 1), line.data() + line.size()}, false).raiseIfAny();
+    KxViewInputStream value(line.substr(colon + 1), line.data() + line.size());
+    parseRest(value);
 }
 
 void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {

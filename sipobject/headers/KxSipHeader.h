@@ -11,6 +11,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string_view>
+#include <vector>
 
 class KxInputStream;
 class KxOutputStream;
@@ -27,6 +29,8 @@ public:
     /** Makes an empty header of a class. */
     using Creator = KxSipHeader* (*)();
 
+    /** Not assignable: a header hangs in a chain, and owns what its class holds. Copy it. */
+    KxSipHeader& operator=(const KxSipHeader&) = delete;
     ~KxSipHeader() override {
         if (!m_next.isNil()) {
             releaseChain();
@@ -57,6 +61,9 @@ public:
     /** Registers a name, letter case ignored; the first registration stands. For static initialisers: `name` must
         live as long as the process. */
     static void sAddConstructor(const char* name, Creator creator);
+
+    /** All names that are registered, compact ones too, in no order. They live as long as the process. */
+    static std::vector<std::string_view> sNames();
 
     /** Reads one header line into this object and its chain. Throws as sConstructFrom. */
     void parse(KxInputStream& in);
@@ -143,6 +150,7 @@ private:
     template <bool kTraced>
     KxSipFault parseValues(KxInputStream& in);
     void parseRest(KxInputStream& in);
+    template <bool kTraced>
     KxSipFault parseFurther(KxInputStream& in, const char* comma);
     void setToken(std::string_view name);
 

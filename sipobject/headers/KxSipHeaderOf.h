@@ -55,7 +55,7 @@ protected:
         } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
             return parseTraced(in);
         } else {
-            return self().parseValue(in);
+            return self().parseOrKeep(in);
         }
     }
     void doSerialize(KxOutputStream& out) const override {
@@ -64,14 +64,15 @@ protected:
         } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
             serializeTraced(out);
         } else {
-            self().serializeValue(out);
+            self().serializeOrKept(out);
         }
     }
 
     /** Reads the value from a text, as constructors from text do; null reads as empty. Not before H is complete. */
     void parseText(const char* text) {
+        const Oskan::EntryTraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
         KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
-        KxSipHeaderOf::doParse(in);
+        self().parseValue(in).raiseIfAny();
     }
 
     /** Skips blanks; a fault with the text unless a digit stands next. */
@@ -79,6 +80,11 @@ protected:
         const bool isDigit = KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)));
         return isDigit ? KxSipFault() : KxSipFault(text);
     }
+
+    /** What is done with a value that the grammar refuses, unless H is built on KxSipTextKeepingHeader: the fault is
+        told, and there is nothing else to write. */
+    KxSipFault parseOrKeep(KxInputStream& in) { return self().parseValue(in); }
+    void serializeOrKept(KxOutputStream& out) const { self().serializeValue(out); }
 
     /** What a family reads and writes behind its value: nothing, unless it is built on KxSipParameterHeader. */
     void parseParameters(KxInputStream&) {}
@@ -89,11 +95,11 @@ protected:
 private:
     [[gnu::cold, gnu::noinline]] KxSipFault parseTraced(KxInputStream& in) {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        return self().parseValue(in);
+        return self().parseOrKeep(in);
     }
     [[gnu::cold, gnu::noinline]] void serializeTraced(KxOutputStream& out) const {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);
-        self().serializeValue(out);
+        self().serializeOrKept(out);
     }
 
     static constexpr bool kHasGrammar = std::is_same_v<Base, KxSipHeader>;

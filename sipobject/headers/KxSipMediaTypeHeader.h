@@ -4,8 +4,8 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-/** The family of headers whose value is a media type: type "/" subtype *(";" parameter). Here a comma
-    ends the parameters even inside quotes. */
+/** The family of headers whose value is a media type: type "/" subtype *(";" parameter). Here a comma ends the
+    parameters even inside quotes, unless the class is built on KxSipTextKeepingHeader, which then keeps the text. */
 template <class H, class Base = KxSipParameterHeader<H>>
 class KxSipMediaTypeHeader : public Base {
 public:
@@ -26,6 +26,11 @@ protected:
         : m_type(type == nullptr ? "" : type), m_subType(subType == nullptr ? "" : subType) {}
     KxSipMediaTypeHeader(const KxSipMediaTypeHeader&) = default;
 
+    void forgetValue() {
+        m_type = m_subType = KxString("");
+        this->m_parameters.clear();
+    }
+
     KxString m_type;
     KxString m_subType;
 
@@ -35,16 +40,24 @@ private:
     static constexpr KxCharSet kSlash{"/"};
 
     KxSipFault parseValue(KxInputStream& in) {
+        constexpr const char* kInvalid = "Invalid Accept header";
+        const std::string_view line = in.window();
         KxScannedText scanned;
         m_type = KxString(KxAscii::trim(scanned.token(in, kSlash)));
         in.read();
         m_subType = KxString(scanned.token(in, KxSipHeader::sDelimeters));
         if (m_type.empty() || m_subType.empty()) {
-            return KxSipFault("Invalid Accept header");
+            return KxSipFault(kInvalid);
         }
         if (KxStreamTokenizer::sDiscardWhite(in) == ';') {
             in.read();
             const std::string_view parameters = scanned.until<','>(in);
+            if constexpr (requires { H::kHidesCommas; }) {
+                if (in.peek() == ',' && parameters.find('"') != std::string_view::npos &&
+                    line.data() + H::sTextOf(line).size() != parameters.data() + parameters.size()) {
+                    return KxSipFault(kInvalid);
+                }
+            }
             if (!KxAscii::trim(parameters).empty()) {
                 this->m_parameters.write().parse(parameters, in.readableEnd());
             }

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "sipobject/headers/KxSipTextKeepingHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
 /** Priority: how urgent the request is to its recipient.
     Priority = "Priority" HCOLON priority-value                               [RFC 3261 20.26]
-    Any token will do; an empty one throws "Invalid Priority header".      "Priority: non-urgent" -> the same */
-class KX_SIP_API KxSipPriorityHeader final : public KxSipTokenHeader<KxSipPriorityHeader> {
+    Any token will do; what begins with none is kept as text.      "Priority: non-urgent" -> the same */
+class KX_SIP_API KxSipPriorityHeader final
+    : public KxSipTokenHeader<KxSipPriorityHeader, KxSipTextKeepingHeader<KxSipPriorityHeader>> {
 public:
     explicit KxSipPriorityHeader(const char* priority) : KxSipTokenHeader(priority) {}
 
-    /** "emergency", "urgent", "normal", "non-urgent" or another. */
+    /** "emergency", "urgent", "normal", "non-urgent" or another; empty where the value was kept as text. */
     const KxString& getPriority() const { return m_value; }
 
     static const KxConstString sToken;
@@ -20,6 +22,8 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipPriorityHeader>;
+    friend class KxSipTextKeepingHeader<KxSipPriorityHeader>;
 
     KxSipPriorityHeader() = default;
+    void forgetValue() { m_value = KxString(); }
 };

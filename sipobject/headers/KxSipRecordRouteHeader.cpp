@@ -6,7 +6,7 @@ static const KxSipRecordRouteHeader::Registration s_registration;
 
 KxSipRecordRouteHeader::KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>& address)
     : KxSipAddressHeader(address) {
-    const Oskan::TraceScope trace(sLogger(), "KxSipRecordRouteHeader ctor");
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipRecordRouteHeader ctor");
 }
 
 KxSipFault KxSipRecordRouteHeader::parseValue(KxInputStream& in) {

@@ -7,5 +7,5 @@ static const KxSipReferredByHeader::Registration s_registration;
 KxSipReferredByHeader::KxSipReferredByHeader(const KxHandle<KxSipNameAddress>& address,
                                              const KxHandle<KxParameters>& parameters)
     : KxSipParameterAddressHeader(address, parameters) {
-    const Oskan::TraceScope trace(sLogger(), "KxSipReferredByHeader ctor (1)");
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipReferredByHeader ctor (1)");
 }

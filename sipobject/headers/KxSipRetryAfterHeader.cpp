@@ -22,6 +22,12 @@ const char* closingParenthesis(const char* at, const char* end) {
 
 } // namespace
 
+void KxSipRetryAfterHeader::forgetValue() {
+    m_number = 0;
+    m_comment = KxString();
+    m_parameters.clear();
+}
+
 KxSipFault KxSipRetryAfterHeader::parseValue(KxInputStream& in) {
     if (const KxSipFault fault = parseNumber(in)) {
         return fault;

@@ -2,20 +2,27 @@
 
 #include "sipobject/headers/KxSipNumberHeader.h"
 #include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipobject/headers/KxSipTextKeepingHeader.h"
 
 /** Retry-After: after how many seconds the service, or the callee, should be there again.
     Retry-After = "Retry-After" HCOLON delta-seconds [ comment ] *( SEMI retry-param )   [RFC 3261 20.33]
-    A value that does not begin with a digit throws "Invalid Retry-After header". Comments may stand in comments and hold
+    What does not begin with a digit, such as a date, is kept as text, commas included. Comments may be nested and hold
     commas; one that is never closed is not kept.
     "Retry-After: 120(in (or near) a meeting);duration=60" -> "Retry-After: 120 (in (or near) a meeting);duration=60" */
 class KX_SIP_API KxSipRetryAfterHeader final
-    : public KxSipNumberHeader<KxSipRetryAfterHeader, KxSipParameterHeader<KxSipRetryAfterHeader>> {
+    : public KxSipNumberHeader<
+          KxSipRetryAfterHeader,
+          KxSipParameterHeader<KxSipRetryAfterHeader, KxSipTextKeepingHeader<KxSipRetryAfterHeader>>> {
 public:
     explicit KxSipRetryAfterHeader(std::uint32_t seconds, const KxString& comment = KxString())
         : KxSipNumberHeader(seconds), m_comment(comment) {}
 
     std::uint32_t getDeltaSeconds() const { return m_number; }
-    void setDeltaSeconds(std::uint32_t seconds) { m_number = seconds; }
+    /** Takes the place of a text that was kept. */
+    void setDeltaSeconds(std::uint32_t seconds) {
+        m_number = seconds;
+        forgetText();
+    }
     /** What stands between the outer parentheses, escapes included; empty when there is none. */
     const KxString& getComment() const { return m_comment; }
     /** Stored as given, unchecked. */
@@ -31,8 +38,10 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipRetryAfterHeader>;
+    friend class KxSipTextKeepingHeader<KxSipRetryAfterHeader>;
 
     KxSipRetryAfterHeader() = default;
+    void forgetValue();
     KxSipFault parseValue(KxInputStream& in);
     void serializeValue(KxOutputStream& out) const;
     void parseComment(KxInputStream& in);

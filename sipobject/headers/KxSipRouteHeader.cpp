@@ -5,7 +5,7 @@ constinit const KxConstString KxSipRouteHeader::sToken{"Route"};
 static const KxSipRouteHeader::Registration s_registration;
 
 KxSipRouteHeader::KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address) : KxSipAddressHeader(address) {
-    const Oskan::TraceScope trace(sLogger(), "KxSipRouteHeader ctor");
+    const Oskan::EntryTraceScope trace(sLogger(), "KxSipRouteHeader ctor");
 }
 
 KxSipFault KxSipRouteHeader::parseValue(KxInputStream& in) {

@@ -2,6 +2,7 @@
 
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipobject/headers/KxSipTextKeepingHeader.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
@@ -11,11 +12,14 @@
 
         static constexpr const char* kInvalid = "...";
 
-    What is wrong with the URI passes through. */
+    What is wrong with the URI passes through. A line's value that is refused is kept as text, up to the next comma
+    outside quotes and brackets. */
 template <class H>
-class KxSipURIHeader : public KxSipParameterHeader<H> {
+class KxSipURIHeader : public KxSipParameterHeader<H, KxSipTextKeepingHeader<H>> {
+    using Base = KxSipParameterHeader<H, KxSipTextKeepingHeader<H>>;
+
 public:
-    /** The URI itself, shared; nil only where the constructor got nil. */
+    /** The URI itself, shared; nil where the constructor got nil, and where the value was kept as text. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
     /** The URI as a SIP URL; nil when it is none. */
     KxHandle<KxSipURL> getURL() const {
@@ -23,11 +27,18 @@ public:
         return KxHandle<KxSipURL>(isURL ? static_cast<KxSipURL*>(m_URI.get()) : nullptr);
     }
 
+    static constexpr const char* kHidesCommas = "\"<";
+
 protected:
     KxSipURIHeader() = default;
     /** Holds a copy; nil stays nil. */
     explicit KxSipURIHeader(const KxHandle<KxURI>& uri) : m_URI(copyOf(uri)) {}
-    KxSipURIHeader(const KxSipURIHeader& other) : KxSipParameterHeader<H>(other), m_URI(copyOf(other.m_URI)) {}
+    KxSipURIHeader(const KxSipURIHeader& other) : Base(other), m_URI(copyOf(other.m_URI)) {}
+
+    void forgetValue() {
+        m_URI = nullptr;
+        this->m_parameters.clear();
+    }
 
 private:
     friend class KxSipHeaderOf<H>;

@@ -52,7 +52,7 @@ KxSipViaHeader::KxSipViaHeader(const KxSipViaHeader& other)
       m_port(other.m_port),
       m_hasPort(other.m_hasPort),
       m_comment(other.m_comment) {
-    const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader copy ctor");
+    const Oskan::LeafTraceScope trace(sLogger(), "KxSipViaHeader copy ctor");
 }
 
 void KxSipViaHeader::setTransport(const char* transport) {

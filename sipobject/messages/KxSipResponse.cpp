@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 namespace {
 
@@ -186,6 +187,11 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
     m_statusCode = static_cast<std::int32_t>(KxStreamTokenizer::sGetUnsigned(in));
     const bool ended = !in.fill();
     m_reasonPhrase = KxStreamTokenizer::sGetLine(in);
+    if (m_reasonPhrase.view().find('\r') != std::string_view::npos) { // a peer may take one for a line's end
+        std::string kept(m_reasonPhrase.view());
+        std::erase(kept, '\r');
+        m_reasonPhrase = KxString(kept);
+    }
     if (ended || m_reasonPhrase.length() >= kPhraseLimit) {
         KxSipParseError::sThrow("unexpected end of response start line");
     }

@@ -56,7 +56,7 @@ TEST(SipURLTest, ReadsStandalone) {
             {"sip:u@h:5060:7", "5060||h|7||  sip:5060@h:7", ""},
             {"sip:a:pw@h::", "|pw|h|||  sip:h", ""}, // no password without a user
             {"sip:a\"b@h", "a\"b||h|||  sip:a\"b@h", ""},
-            {"sip:\"a b\r;c?d,e<f>:@\"@h", "\"a b\r;c?d,e<f>:@\"||h|||  sip:\"a b\r;c?d,e<f>:@\"@h", ""},
+            {"sip:\"a b\r;c?d,e<f>:@\"@h", "\"a b;c?d,e<f>:@\"||h|||  sip:\"a b;c?d,e<f>:@\"@h", ""},
             {"sip:\"a\nb\"@h", "||\"a|||  sip:\"a", "b\"@h"},
             // what is dropped, and what is not
             {"s i p : b o b @ h : 5 0 ", "bob||h|50||  sip:bob@h:50", ""},
@@ -68,6 +68,7 @@ TEST(SipURLTest, ReadsStandalone) {
             {"<sip:h> \t\r\n ; x", "||h|||  sip:h", " x"},
             {"<sip:h>;x@y", "||h|||  sip:h", "x@y"}, // an "@" behind the bracket is somebody else's
             {"sip:h;a=1\nb", "||h||a=1|  sip:h;a=1", "b"},
+            {"sip:h;a\r=1\r;\rb?c=d", "||h||a=1;b|c=d  sip:h;a=1;b?c%3Dd", ""},
             // parameters
             {"sip:h;a;A=2;b= 3 ;;c=\"d;e\"", "||h||a=2;b=3;c=\"d;e\"|  sip:h;a=2;b=3;c=\"d;e\"", ""},
             {"sip:h;a=1,2:3@4", "h;a=1,2|3|4|||  sip:h;a=1,2:3@4", ""},
@@ -119,6 +120,9 @@ TEST(SipURLTest, Refuses) {
             {"sip:h?", kNoPairAtEnd, ""},
             {"sip:h?=1", kNoPairAtEnd, ""},
             {"sip:h?;b=1", kNoPair, "b=1"},
+            {"sip:h?a", kNoPairAtEnd, ""},
+            {"sip:h?a;b=1", kNoPair, "b=1"},
+            {"sip:h?a==>x", "||h|||a==  sip:h?a%3D%3d", "x"},
             {"sip:h?a=>x", kNoValueAtEnd, "x"},
             {"sip:h?a=;b=1", kNoValue, "b=1"},
         },
@@ -212,7 +216,7 @@ TEST(SipURLTest, HeadersAreReadByThemselves) {
     expectRows(
         {
             {"c=3;a=%40>x", "||h||p|a=@;b=2;c=3  sip:h;p?a%3D%40%3Bb%3D2%3Bc%3D3", "x"},
-            {"a", "KxSipParseError: SIP URL Header key doesn't have a value (1)\n", ""},
+            {"a", "KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n", ""},
         },
         [](KxInputStream& in) {
             return outcomeOf([&in] {

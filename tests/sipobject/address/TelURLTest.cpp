@@ -24,7 +24,7 @@ TEST(TelURLTest, Reads) {
         const char* rest;
     } rows[] = {
         {"xyz:123", "123||  tel:123", ""},
-        {"tel: 12 34 \r\nX", "12 34||  tel:12 34", "X"},
+        {"tel: 1\r2 34 \r;a\r=b\r\nX", "12 34||a=b  tel:12 34;a=b", "X"},
         {"tel:1+2+3", "1+23|+|  tel:1+23", ""}, // the first "+" counts, wherever it stands
         {"tel:+1; a = b+c:d ;e ", "+1|+|a=b+cd;e  tel:+1;a=b+cd;e", ""},
         {"+123", "(none)||  tel:", ""},

@@ -34,6 +34,7 @@ TEST(URITest, TheFirstThreeLettersChooseTheClass) {
         {"<urn:abc>;x", "KxURI urn:abc", ";x"},
         {" urn : a b \r\nNext: x", "KxURI urn:a b", "\r\nNext: x"},
         {"urn:a\nb", "KxURI urn:a", "\nb"},
+        {"urn: \r\nVia: x", "KxURI urn:", "\r\nVia: x"},
         {"urn:a<b;c,d>", "KxURI urn:a<b;c,d", ""},
         {":abc", "KxURI :abc", ""},
         {"\tsip:h;a?b", "KxURI sip:h;a?b", ""}, // only blanks are passed over in front
@@ -43,6 +44,51 @@ TEST(URITest, TheFirstThreeLettersChooseTheClass) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(readEveryWay(row.input, readURI), row.result + "@" + row.rest) << row.input;
+    }
+}
+
+namespace {
+
+/** A URI of a host's own. */
+struct ServiceURI final : KxURI {
+    ServiceURI() : KxURI("service") {}
+    ServiceURI* clone() const override { return new ServiceURI(*this); }
+    KxString getString() const override { return text; }
+    void parse(KxInputStream& in) override {
+        for (int c = in.read(); c >= 0 && c != '\n'; c = in.read()) {
+            text.append(std::string_view(c == '!' ? "" : std::string(1, static_cast<char>(c))));
+            if (c == '!') {
+                KxException::sThrow("no service");
+            }
+        }
+    }
+    KxString text{""};
+};
+
+KxURI* makeService() {
+    return new ServiceURI;
+}
+
+} // namespace
+
+TEST(URITest, OtherSchemesGoByTheRegistry) {
+    KxURI::sAddConstructor("x-service+1", &makeService);
+    KxURI::sAddConstructor("sipx", &makeService); // the library's own, by its first three letters
+    const std::pair<std::string_view, std::string> rows[] = {
+        {"x-service+1:a>;b\nc", "ServiceURI x-service+1:a>;b@c"},
+        {" < X-Service+1:a", "ServiceURI  < X-Service+1:a@"},
+        {"x-service+1:!", "KxException: no service@"},
+        {"x-service+1 :a", "KxURI x-service+1:a@"},
+        {"x-service:a", "KxURI x-service:a@"},
+        {"x-service+12:a", "KxURI x-service+12:a@"},
+        {"x-service+1", "KxException: INVALID URI@"},
+        {"sipx:a", "KxSipParseError: Scheme is not SIP@a"},
+    };
+    for (const auto& [text, result] : rows) {
+        std::string outcome = readEveryWay(text, readURI);
+        const std::string_view hidden = "(anonymous namespace)::";
+        outcome.erase(0, outcome.starts_with(hidden) ? hidden.size() : 0);
+        EXPECT_EQ(outcome, result) << text;
     }
 }
 

@@ -26,8 +26,9 @@ TEST(AuthHeaderTest, Challenges) {
         });
     const auto header = KxMake<KxSipWWWAuthenticateHeader>(KxMake<KxSipDigestChallengeInfo>("r"));
     const auto copy = KxMake<KxSipWWWAuthenticateHeader>(*header);
-    copy->setChallenge(nullptr);
-    EXPECT_EQ(linesOf(*copy), "WWW-Authenticate: ");
+    KxHandleCast<KxSipDigestChallengeInfo>(copy->getChallenge())->setProperty("realm", KxString("changed"));
+    EXPECT_EQ(linesOf(*copy), "WWW-Authenticate: Digest realm=\"changed\"");
+    EXPECT_EQ(linesOf(*KxMake<KxSipWWWAuthenticateHeader>(KxHandle<KxSipChallengeInfo>())), "WWW-Authenticate: ");
     EXPECT_EQ(linesOf(*header), "WWW-Authenticate: Digest realm=\"r\"");
 }
 

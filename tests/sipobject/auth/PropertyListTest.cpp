@@ -89,7 +89,7 @@ TEST(PropertyListTest, Limit) {
     std::vector<std::string> texts = {filled(1024), filled(1025),
                                       // all that was kept counts, in properties that are read already too
                                       front + "n=123", front + "n=1234", front + "abc=\"d\"", front + "abc=\"d\",e=f",
-                                      front + "abc=\"de\",=",
+                                      front + "abc=\"de\",=", front + "abc=defg,h=i",
                                       // blanks are not kept, but none may follow a full buffer
                                       std::string(100000, ' ') + filled(1024), filled(1024) + " ",
                                       "a=\"" + std::string(1023, 'x') + "\", b=\"\"", commas + "==="};
@@ -102,9 +102,13 @@ TEST(PropertyListTest, Limit) {
     for (const std::string& text : texts) {
         const std::string outcome = challengeOf(text);
         EXPECT_EQ(outcome + "@", plainChallengeOf(text).substr(0, outcome.size() + 1));
+        KxSipDigestChallengeInfo challenge; // what went well before is kept, and nothing after
+        KxByteArrayInputStream in{std::string_view(text)};
+        outcomeOf([&] { challenge.parse(in); });
+        EXPECT_EQ(written(challenge), PlainPropertyList(text, false).written({}));
         refused += outcome == kOverflow ? 1 : 0;
     }
-    EXPECT_EQ(refused, 9U);
+    EXPECT_EQ(refused, 10U);
 
     const std::string info = filled(100000, commas) + ",c=" + std::string(100000, '=') + "d";
     EXPECT_EQ(infoOf(info).size(), 2 + 99999 + 100000 + 3 + 100000 + 1);

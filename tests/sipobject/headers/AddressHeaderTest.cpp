@@ -6,10 +6,13 @@ namespace {
 /** Display name|class of the URI|header parameters. */
 template <class H>
 std::string addressFields(const H& header) {
-    if (header.getNameAddress().isNil()) {
-        return "*";
-    }
     const KxSipNameAddress& address = *header.getNameAddress();
+    if (const KxHandle<KxSipURL> url = address.getURL(); !url.isNil()) { // it was taken apart as its text tells
+        const auto parts = [](const KxSipURL& of) {
+            return joined(of.getUser(), of.getUserPassword(), of.getHost(), of.getPort(), of.getParameters());
+        };
+        EXPECT_EQ(parts(*url), parts(KxSipURL(url->getString().c_str())));
+    }
     if constexpr (requires { header.getParameters(); }) {
         return joined(address.getDisplayName(), className(*address.getURI()), header.getParameters());
     } else {
@@ -84,8 +87,10 @@ TEST(AddressHeaderTest, FromAndTo) {
 
 TEST(AddressHeaderTest, Contact) {
     expectRows<KxSipContactHeader, addressFields<KxSipContactHeader>>({
-        {"m:\t*;expires=0, sip:h", "* & |KxSipURL|", "m: * & Contact: <sip:h>"},
-        {"Contact: * <sip:h>", "*", "Contact: *"},
+        {"m:\t*;expires=0, sip:h", "|KxURI| & |KxSipURL|", "m: * & Contact: <sip:h>"},
+        {"Contact: * <sip:h>", "|KxURI|", "Contact: *"},
+        {"Contact: <sip:a;b@h>, <sip:c;d=1>,<sip:e@i>", "|KxSipURL| & |KxSipURL| & |KxSipURL|",
+         "Contact: <sip:a;b@h> & Contact: <sip:c;d=1> & Contact: <sip:e@i>"}, // whose "@" it is
         {"Contact: <sip:h;transport=tcp;lr?a=b>;q=0.5", "|KxSipURL|q=0.5",
          "Contact: <sip:h;transport=tcp;lr?a%3Db>;q=0.5"},
         {"m: \"c, d\" <sip:a@h>;q=\"0,5\";expires=60, sip:b:pw@h;x,urn:d,e",

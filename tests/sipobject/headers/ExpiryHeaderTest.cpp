@@ -74,8 +74,16 @@ TEST(ExpiryHeaderTest, RetryAfterHasACommentInFrontOfItsParameters) {
         // what is never closed is no comment, and nothing stands behind it
         {"Retry-After: 5 (a(b), 6;duration=7", "5||", "Retry-After: 5"},
         {"Retry-After: 5 (a\\)", "5||", "Retry-After: 5"},
-        {"Retry-After: (a) 5", "", "KxSipParseError: Invalid Retry-After header"},
     });
+    expectRows<KxSipRetryAfterHeader, &KxSipRetryAfterHeader::getDeltaSeconds, &KxSipRetryAfterHeader::getText>({
+        {"Retry-After: 5, Fri, 26 Sep 1997 21:00:00 GMT (x);y ", "5| & 0|Fri, 26 Sep 1997 21:00:00 GMT (x);y ",
+         "Retry-After: 5 & Retry-After: Fri, 26 Sep 1997 21:00:00 GMT (x);y "},
+    });
+    const auto soon = readAs<KxSipRetryAfterHeader>("Retry-After: soon");
+    soon->setDuration("5");
+    EXPECT_EQ(linesOf(*soon), "Retry-After: soon;duration=5");
+    soon->setDeltaSeconds(60);
+    EXPECT_EQ(linesOf(*soon), "Retry-After: 60;duration=5");
     const auto header = KxMake<KxSipRetryAfterHeader>(60U, "busy");
     header->setDuration("5");
     EXPECT_EQ(linesOf(*header), "Retry-After: 60 (busy);duration=5");

@@ -86,6 +86,35 @@ TEST(HeaderRegistryTest, EveryNameInEveryLetterCase) {
     EXPECT_LT(*ids.rbegin(), KxHeaderIDs::kCount);
 }
 
+/** A step of docs/adding-a-header.md that was left out, for whichever name, is told of. */
+TEST(HeaderRegistryTest, NoRegisteredNameIsLeftOut) {
+    std::string rows = " ";
+    for (const auto& [value, kinds] : kKinds) {
+        rows.append(kinds).append(" ");
+    }
+    const auto textOf = [](const char* path) {
+        return "\n" + fileText(std::filesystem::path(KX_SOURCE_DIR) / path) + "\n";
+    };
+    const std::string golden = textOf("tests/messages/every_kind.sip");
+    const std::string words = textOf("fuzz/header.dict");
+    const std::string fuzzed = textOf("fuzz/fuzz_header.cpp");
+    std::size_t known = 0;
+    for (const std::string_view registered : KxSipHeader::sNames()) {
+        const std::string name(registered);
+        if (name.starts_with("X-Kx-")) { // another test's
+            continue;
+        }
+        ++known;
+        EXPECT_NE(rows.find(" " + name + " "), std::string::npos) << name << ": step 4.2";
+        EXPECT_TRUE(name.size() == 1 || golden.find("\n" + name + ": ") != std::string::npos) << name << ": step 4.3";
+        EXPECT_NE(words.find("\n\"" + name + ":\"\n"), std::string::npos) << name << ": step 4.4, the dictionary";
+        EXPECT_TRUE(fuzzed.find(" " + name + " ") != std::string::npos ||
+                    fuzzed.find("\"" + name + " ") != std::string::npos)
+            << name << ": step 4.4, the list";
+    }
+    EXPECT_EQ(known, 64U);
+}
+
 TEST(HeaderRegistryTest, OtherNamesAreKeptWithTheirRawText) {
     std::vector<std::string> names = {
         "Call-Info", "Vi",    "Viaa",         "Content-Typ",    "Content-Lengthy",    "xx",

@@ -1,9 +1,12 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
 TEST(InfoHeaderTest, URIsStandInBrackets) {
-    constexpr const char* kInvalid = "KxSipParseError: Invalid Alert-Info header";
     expectRows<KxSipAlertInfoHeader>(
         [](const auto& header) {
+            EXPECT_EQ(header.getURI().isNil(), !header.getText().empty());
+            if (header.getURI().isNil()) {
+                return joined(header.getText(), header.getParameters());
+            }
             return joined(className(*header.getURI()), header.getURI()->getString(),
                           header.getURL().isNil() ? "" : header.getURL()->getParameters()->getString(),
                           header.getParameters()->getString());
@@ -15,14 +18,26 @@ TEST(InfoHeaderTest, URIsStandInBrackets) {
             // the parameters of a SIP URL are its own
             {"Alert-Info: <sip:a@h;x=1;y>;z=2", "KxSipURL|sip:a@h;x=1;y|x=1;y|z=2"},
             {"Alert-Info:\t< http: //h >", "KxURI|http://h||", "Alert-Info: <http://h>"},
-            {"Alert-Info: http://h", "", kInvalid},
-            {"Alert-Info: <http://h", "", kInvalid},
-            {"Alert-Info: <http://h>, <", "", kInvalid},
-            {"Alert-Info: <sip:@h>", "", "KxSipParseError: Sip URL wrong format (\"@\" present without a user part)"},
+            // what is no URI in brackets is kept as it stood, up to a comma outside quotes and brackets
+            {"Alert-Info: Bellcore-dr3", "Bellcore-dr3|"},
+            {"Alert-Info: \f ;info=alert-autoanswer ,<tel:1>", ";info=alert-autoanswer | & KxTelURL|tel:1||",
+             "Alert-Info: ;info=alert-autoanswer  & Alert-Info: <tel:1>"},
+            {"Alert-Info: <http://h>, <sips:a,b>;x=\"1,\\\",2\"\t,<>,<sip:@h",
+             "KxURI|http://h|| & <sips:a,b>;x=\"1,\\\",2\"\t| & <>| & <sip:@h|",
+             "Alert-Info: <http://h> & Alert-Info: <sips:a,b>;x=\"1,\\\",2\"\t & Alert-Info: <> & Alert-Info: <sip:@h"},
+            {"Alert-Info: x, \v,y", "", "KxSipParseError: Invalid Alert-Info header"},
         });
     expectRows<KxSipErrorInfoHeader>(
-        [](const auto& header) { return header.getURL()->getHost().c_str(); },
-        {{"Error-Info: <sip:a@h>", "h"}, {"Error-Info: x", "", "KxSipParseError: Invalid Error-Info header"}});
+        [](const auto& header) {
+            return joined(header.getURL().isNil() ? header.getText() : header.getURL()->getHost());
+        },
+        {{"Error-Info: <sip:a@h>", "h"}, {"Error-Info: <sips:a@h>", "<sips:a@h>"}});
+    const auto alert = readAs<KxSipAlertInfoHeader>("Alert-Info: <sip:h>;x");
+    for (const char* const line : {"Alert-Info: <sips:h>", "Alert-Info: <sip:i>"}) { // nothing is left of what was read
+        KxByteArrayInputStream in{std::string_view(line)};
+        alert->parse(in);
+        EXPECT_EQ(linesOf(*alert), line);
+    }
 }
 
 /** Call-Info is made by callers; what is read under that name is kept as text. */

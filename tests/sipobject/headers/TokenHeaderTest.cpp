@@ -48,10 +48,11 @@ TEST(TokenHeaderTest, CallIdsAndPriorities) {
          "In-Reply-To: 70710@h & In-Reply-To: <1;7=\\>@[::1]"},
         {"In-Reply-To: ,a", "", "KxSipParseError: Invalid In-Reply-To header"},
     });
-    expectRows<KxSipPriorityHeader, &KxSipPriorityHeader::getPriority>({
-        {"Priority: non-urgent;x", "non-urgent", "Priority: non-urgent"},
-        {"Priority: \"urgent\"", "", "KxSipParseError: Invalid Priority header"},
+    expectRows<KxSipPriorityHeader, &KxSipPriorityHeader::getPriority, &KxSipPriorityHeader::getText>({
+        {"Priority: non-urgent;x", "non-urgent|", "Priority: non-urgent"},
+        {"Priority: \v\"urgent\", x\t", "|\"urgent\", x\t", "Priority: \"urgent\", x\t"},
     });
+    EXPECT_EQ(outcomeOf([] { KxMake<KxSipPriorityHeader>("x"); }), "");
 }
 
 TEST(TokenHeaderTest, TokensWithAPreference) {

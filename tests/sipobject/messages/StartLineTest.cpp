@@ -126,3 +126,23 @@ TEST(StartLineTest, Responses) {
     }
     EXPECT_THROW(readMessage("SIP/2.0 200"), KxHandle<KxSipParseError>);
 }
+
+/** What one peer takes for text is a line's end to another. */
+TEST(StartLineTest, NoReturnIsWrittenButThatOfALineEnd) {
+    std::size_t read = 0;
+    for (const std::string line :
+         {"OPTIONS sip:\"u\":p@h:5;a=b?X-A=\"c\" SIP/2.0", "OPTIONS tel:+1;a=b SIP/2.0", "SIP/2.0 200 All right"}) {
+        for (std::size_t at = 0; at <= line.size(); ++at) {
+            std::string text = line;
+            text.insert(at, "\r").append("\r\n" + requiredHeaders("OPTIONS") + "\r\n");
+            KxByteArrayInputStream in{std::string_view(text)};
+            outcomeOf([&] {
+                const std::string again = written(*KxSipMessage::sConstructFrom(in));
+                const auto isAlone = [](char one, char next) { return one == '\r' && next != '\n'; };
+                EXPECT_EQ(std::adjacent_find(again.begin(), again.end(), isAlone), again.end()) << escaped(again);
+                ++read;
+            });
+        }
+    }
+    EXPECT_GT(read, 50U); // of 111; the others are refused
+}
