@@ -49,22 +49,25 @@ protected:
         }
     }
 
-    /** The text of a value that the line continues with. */
+    /** The text of a value that the line continues with. Looks no further than that, since a line may have many. */
     [[gnu::cold]] static std::string_view sTextOf(std::string_view line) {
-        line = line.substr(0, line.find_first_of("\r\n"));
+        std::string_view hides;
+        bool hasCommas = true;
         if constexpr (requires { H::kHidesCommas; }) {
-            constexpr std::string_view kHides(H::kHidesCommas);
-            char closing = '\0';
-            for (std::size_t at = 0; at < line.size(); ++at) {
-                const char c = line[at];
-                if (closing != '\0') {
-                    at += closing == '"' && c == '\\' ? 1 : 0;
-                    closing = c == closing ? '\0' : closing;
-                } else if (c == ',') {
-                    return line.substr(0, at);
-                } else if (kHides.find(c) != std::string_view::npos) {
-                    closing = c == '<' ? '>' : c;
-                }
+            hides = H::kHidesCommas;
+            hasCommas = false;
+        }
+        char closing = '\0';
+        for (std::size_t at = 0; at < line.size(); ++at) {
+            const char c = line[at];
+            if (c == '\r' || c == '\n' || (c == ',' && !hasCommas && closing == '\0')) {
+                return line.substr(0, at);
+            }
+            if (closing != '\0') {
+                at += closing == '"' && c == '\\' ? 1 : 0;
+                closing = c == closing ? '\0' : closing;
+            } else if (hides.find(c) != std::string_view::npos) {
+                closing = c == '<' ? '>' : c;
             }
         }
         return line;
