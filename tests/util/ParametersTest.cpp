@@ -262,13 +262,16 @@ TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
 }
 
 TEST(ThreadLazyParametersTest, ReadersAreHandedOneList) {
-    for (int round = 0; round < 600; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         KxLazyParameters source;
         if (round % 2 == 0) // else the readers make the list
             source.write().parse("a=1");
         const KxLazyParameters copy(source);
         std::array<KxHandle<KxParameters>, 2> lists;
-        const auto read = [&source = std::as_const(source), round](KxHandle<KxParameters>& list) {
+        std::atomic<int> ready{0};
+        const auto read = [&, &source = std::as_const(source)](KxHandle<KxParameters>& list) {
+            for (++ready; ready < 2;)
+                std::this_thread::yield();
             list = source.handle();
             EXPECT_EQ(source.getValue("a"), round % 2 == 0 ? "1" : "");
         };
