@@ -2,7 +2,6 @@
 
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 /** Lets a header, or a family of headers (Base), keep a value that its grammar refuses: as the text that it is, written
     as it stood. For headers that are often sent otherwise than the RFC says, and that no message needs to be understood
@@ -11,7 +10,8 @@
         static constexpr const char* kHidesCommas = "\"<";  // optional: a comma ends the text, except in quotes or "<>"
         void forgetValue();                                 // makes the object as empty as a new one
 
-    Without kHidesCommas commas belong to the text, which ends with the line. An empty text is refused. */
+    Without kHidesCommas commas belong to the text, which ends with the line. White space in front that is no blank
+    belongs to it: it may be why the grammar refused. A text of white space is refused. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipTextKeepingHeader : public Base {
 public:
@@ -75,9 +75,9 @@ protected:
 
 private:
     [[gnu::cold, gnu::noinline]] KxSipFault keep(KxInputStream& in, const KxSipFault& fault) {
-        KxScannedText::skipSpace(in);
+        KxStreamTokenizer::sDiscardWhite(in);
         const std::string_view text = sTextOf(in.window());
-        if (text.empty()) {
+        if (KxAscii::trim(text).empty()) {
             return fault;
         }
         KxString kept(text);

@@ -20,8 +20,9 @@ TEST(InfoHeaderTest, URIsStandInBrackets) {
             {"Alert-Info:\t< http: //h >", "KxURI|http://h||", "Alert-Info: <http://h>"},
             // what is no URI in brackets is kept as it stood, up to a comma outside quotes and brackets
             {"Alert-Info: Bellcore-dr3", "Bellcore-dr3|"},
-            {"Alert-Info: \f ;info=alert-autoanswer ,<tel:1>", ";info=alert-autoanswer | & KxTelURL|tel:1||",
-             "Alert-Info: ;info=alert-autoanswer  & Alert-Info: <tel:1>"},
+            {"Alert-Info:  ;info=alert-autoanswer ,\f<tel:1>,<tel:2>",
+             ";info=alert-autoanswer | & \f<tel:1>| & KxTelURL|tel:2||",
+             "Alert-Info: ;info=alert-autoanswer  & Alert-Info: \f<tel:1> & Alert-Info: <tel:2>"},
             {"Alert-Info: <http://h>, <sips:a,b>;x=\"1,\\\",2\"\t,<>,<sip:@h",
              "KxURI|http://h|| & <sips:a,b>;x=\"1,\\\",2\"\t| & <>| & <sip:@h|",
              "Alert-Info: <http://h> & Alert-Info: <sips:a,b>;x=\"1,\\\",2\"\t & Alert-Info: <> & Alert-Info: <sip:@h"},

@@ -50,7 +50,7 @@ TEST(TokenHeaderTest, CallIdsAndPriorities) {
     });
     expectRows<KxSipPriorityHeader, &KxSipPriorityHeader::getPriority, &KxSipPriorityHeader::getText>({
         {"Priority: non-urgent;x", "non-urgent|", "Priority: non-urgent"},
-        {"Priority: \v\"urgent\", x\t", "|\"urgent\", x\t", "Priority: \"urgent\", x\t"},
+        {"Priority:\t \"urgent\", x\t", "|\"urgent\", x\t", "Priority: \"urgent\", x\t"},
     });
     EXPECT_EQ(outcomeOf([] { KxMake<KxSipPriorityHeader>("x"); }), "");
 }
