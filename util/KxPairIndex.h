@@ -1,15 +1,12 @@
 #pragma once
 
-#include "util/KxAscii.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 /** What a long KxParameters knows of its places: which name is at which, and which were left by removed pairs. A pair
-    is removed without moving any other, in the time of one look-up. Of this folder only. */
+    is removed without moving any other, in the time of one look-up. Hashes are KxNameHash::noCase. Of this folder only. */
 class KxPairIndex {
 public:
     /** For up to `capacity` places, a power of two. */
@@ -47,9 +44,6 @@ public:
         const std::uint32_t behind = m_gaps[place + 1];
         m_gaps[place - before] = m_gaps[place + behind] = before + 1 + behind;
     }
-
-    /** Keyed at random over every character, since the names come from the network. */
-    static std::uint32_t hash(std::string_view name);
 
 private:
     /** Where the cell is, or an empty one. */

@@ -4,6 +4,7 @@
 #include "core/MemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxByteScan.h"
+#include "util/KxNameHash.h"
 #include "util/KxPairIndex.h"
 #include "util/KxWholeWindow.h"
 
@@ -68,7 +69,7 @@ struct KxParameters::Block {
             index->clear();
         }
         for (std::uint32_t i = 0; i < size; ++i) {
-            index->append(KxPairIndex::hash(all[i].name));
+            index->append(KxNameHash::noCase(all[i].name));
         }
     }
 };
@@ -177,7 +178,7 @@ inline KxParameters::Pair* KxParameters::find(std::string_view name) {
 KxParameters::Pair* KxParameters::findIndexed(std::string_view name) {
     Pair* const all = pairs();
     const std::uint32_t found =
-        m_block->index->find(KxPairIndex::hash(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
+        m_block->index->find(KxNameHash::noCase(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
     return found == 0 ? nullptr : all + (found - 1);
 }
 
@@ -238,7 +239,7 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
     }
     Pair* const added = new (pairs() + places()) Pair{std::move(name), std::move(value)};
     if (hasIndex()) {
-        m_block->index->append(KxPairIndex::hash(added->name));
+        m_block->index->append(KxNameHash::noCase(added->name));
     }
     ++m_size;
 }
@@ -359,7 +360,7 @@ bool KxParameters::removeValue(std::string_view name) {
         return false;
     }
     if (hasIndex()) {
-        m_block->index->remove(KxPairIndex::hash(name), static_cast<std::uint32_t>(found - pairs()));
+        m_block->index->remove(KxNameHash::noCase(name), static_cast<std::uint32_t>(found - pairs()));
         *found = Pair(); // a gap, which is closed when its room is needed
         --m_size;
     } else {

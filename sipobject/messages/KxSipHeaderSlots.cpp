@@ -180,7 +180,8 @@ KxSipHeaderSlots::Place KxSipHeaderSlots::findUnknown(std::string_view name, boo
         if (steps == kWalk) {
             if (const KxSipNameIndex* const index = names()) {
                 const KxSipNameIndex::Node* const node = exact ? index->find(name) : index->findNoCase(name);
-                return node == nullptr ? Place{} : Place{KxSipNameIndex::sBefore(*node), KxSipNameIndex::sHeader(*node)};
+                return node == nullptr ? Place{}
+                                       : Place{KxSipNameIndex::sBefore(*node), KxSipNameIndex::sHeader(*node)};
             }
         }
         if (isNamed(*place.header)) {

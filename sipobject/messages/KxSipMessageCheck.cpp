@@ -5,9 +5,9 @@
 #include "core/TraceScope.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
-#include "sipobject/headers/KxSipViaHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
+#include "sipobject/headers/KxSipViaHeader.h"
 #include "sipobject/messages/KxSipMessage.h"
 
 #include <charconv>

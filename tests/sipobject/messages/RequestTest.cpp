@@ -156,8 +156,8 @@ TEST(RequestTest, HeadersOfTheRequestURIComeOnce) {
         return outcomeOf([&] {
             const auto target = KxHandle<KxURI>(new KxSipURL(("sip:t@h?" + uriHeaders).c_str()));
             const auto from = KxMake<KxSipFromHeader>("<sip:a@h>");
-            const KxSipInviteMessage invite(target, from, KxMake<KxSipToHeader>("<sip:b@h>"), {}, "i", 1, nullptr, nullptr,
-                                            0);
+            const KxSipInviteMessage invite(target, from, KxMake<KxSipToHeader>("<sip:b@h>"), {}, "i", 1, nullptr,
+                                            nullptr, 0);
             const std::string text = written(invite);
             return text.substr(text.find("To:"));
         });
