@@ -61,7 +61,7 @@ private:
     Next at();
     Next semicolon();
     void parameters();
-    void parseParametersWithout(char dropped, std::string_view text);
+    void parseWithoutReturns(std::string_view parameters);
     Next comma();
     Next end(int c);
     void closeToken();
