@@ -77,10 +77,6 @@ inline const char* KxSipURLParser::findDelimiter(const char* from) const {
     return kDelimiters.find(from, m_end, m_in.readableEnd());
 }
 
-inline std::string_view KxSipURLParser::textTo(const char* end) const {
-    return {m_at, static_cast<std::size_t>(end - m_at)};
-}
-
 bool KxSipURLParser::userIsOpen() const {
     return m_hasUserPart && m_url.m_user.empty();
 }
