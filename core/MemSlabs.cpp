@@ -14,7 +14,7 @@
 
 namespace Oskan {
 
-/** Behind the last slab of its memory. */
+/** A run of slabs, allocated at once. */
 struct MemChunk {
     MemChunk* next; ///< Of all chunks, so that they stay reachable.
     MemChunk* previous;
@@ -161,10 +161,15 @@ private:
     }
 
     MemChunk* addChunk() {
-        const std::size_t bytes = m_nextSlabs * MemClasses::kSlabBytes;
-        char* const slabs = allocateAligned(bytes + sizeof(MemChunk));
-        MemChunk* const chunk = new (slabs + bytes) MemChunk{};
-        chunk->slabs = slabs;
+        // Not beside the slabs: that would be another page for each chunk.
+        void* const memory = std::malloc(sizeof(MemChunk));
+        void* slabs = nullptr;
+        if (!memory || posix_memalign(&slabs, MemClasses::kSlabBytes, m_nextSlabs * MemClasses::kSlabBytes) != 0) {
+            std::free(memory);
+            throw std::bad_alloc();
+        }
+        MemChunk* const chunk = new (memory) MemChunk{};
+        chunk->slabs = static_cast<char*>(slabs);
         chunk->count = m_nextSlabs;
         chunk->released = chunk->all();
         m_nextSlabs = std::min(2 * m_nextSlabs, kLastChunkSlabs);
@@ -189,6 +194,7 @@ private:
             m_chunks.remove(chunk);
         }
         std::free(chunk->slabs);
+        std::free(chunk);
     }
 
     std::mutex m_mutex;

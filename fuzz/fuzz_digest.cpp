@@ -8,8 +8,8 @@
 #include "tests/sipobject/support/PlainPropertyList.h"
 #include "util/KxHexEncoding.h"
 
-#include <iterator>
 #include <initializer_list>
+#include <iterator>
 
 namespace {
 

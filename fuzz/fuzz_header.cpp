@@ -88,7 +88,7 @@ bool hasOpenQuote(std::string_view text) {
 /** A quote that was never closed swallows the parameters that a later round finds behind it: one that took the place of
     an earlier parameter of its name stands in front of others now. */
 bool losesParameters(const KxParameters& list) {
-    return list.size() > 1 && std::any_of(list.begin(), list.end() - 1, [](const auto& pair) {
+    return list.size() > 1 && std::any_of(list.begin(), std::prev(list.end()), [](const auto& pair) {
                return hasOpenQuote(std::string(pair.name.view()).append("=").append(pair.value.view()));
            });
 }

@@ -271,6 +271,8 @@ TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
     static constinit MemAccount s_account{"pool.resident"};
     std::vector<Block> blocks(10000 * 7); // Touched before it is measured.
     blocks.clear();
+    for (const std::size_t size : {1632U, 640U, 320U, 200U, 96U, 64U, 48U})
+        MemPool::deallocate(take(s_account, size).bytes, s_account); // what the pool itself needs
     const std::int64_t before = residentBytes();
     // The pieces of a message of about 3,000 bytes.
     for (int i = 0; i < 10000; ++i) {
@@ -290,9 +292,9 @@ TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
 TEST(MemPoolThreadTest, MemoryOfOneSizeServesAllOthersAndGoesBack) {
     static constinit MemAccount s_account{"pool.shapes"};
     constexpr std::int64_t kBytes = 16 * 1024 * 1024;
+    std::vector<Block> blocks(kBytes / 48 + 1); // Touched before it is measured.
+    blocks.clear();
     const std::int64_t before = residentBytes();
-    std::vector<Block> blocks;
-    blocks.reserve(kBytes / 48);
     for (const std::size_t size : {48U, 1000U, 64U, 12000U, 200U, 20000U, 70000U, 300U, 3000U, 250000U, 96U}) {
         for (std::int64_t bytes = 0; bytes < kBytes; bytes += static_cast<std::int64_t>(size)) {
             blocks.push_back(take(s_account, size));
@@ -308,7 +310,7 @@ TEST(MemPoolThreadTest, MemoryOfOneSizeServesAllOthersAndGoesBack) {
         else
             std::jthread(drop).join();
         blocks.clear();
-        EXPECT_LT(residentBytes() - before, kBytes / 3) << size;
+        EXPECT_LT(residentBytes() - before, kBytes / 5) << size;
     }
 }
 #endif
