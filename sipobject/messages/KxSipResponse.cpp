@@ -82,7 +82,7 @@ constexpr Phrase kPhrases[] = {
     {606, "Not Acceptable"},
 };
 
-/** Of a class's codes that are not in the table; the first is for those of no class. */
+/** The phrases for codes that are not in the table, by class. The first one is for codes outside all classes. */
 constexpr const char* kUnknown[] = {
     "Unknown Response",           "Unknown 100 Class Response", "Unknown 200 Class Response",
     "Unknown 300 Class Response", "Unknown 400 Class Response", "Unknown 500 Class Response",
@@ -187,7 +187,7 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
     m_statusCode = static_cast<std::int32_t>(KxStreamTokenizer::sGetUnsigned(in));
     const bool ended = !in.fill();
     m_reasonPhrase = KxStreamTokenizer::sGetLine(in);
-    if (m_reasonPhrase.view().find('\r') != std::string_view::npos) { // a peer may take one for a line's end
+    if (m_reasonPhrase.view().find('\r') != std::string_view::npos) { // a peer may read a CR as a line end
         std::string kept(m_reasonPhrase.view());
         std::erase(kept, '\r');
         m_reasonPhrase = KxString(kept);
