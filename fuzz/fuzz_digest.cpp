@@ -8,6 +8,7 @@
 #include "tests/sipobject/support/PlainPropertyList.h"
 #include "util/KxHexEncoding.h"
 
+#include <iterator>
 #include <initializer_list>
 
 namespace {
@@ -52,7 +53,7 @@ bool changes(const PlainPropertyList& plain, std::initializer_list<std::string_v
 
 bool changes(const KxSipDigestChallengeInfo&, const PlainPropertyList& plain) {
     // The last one needs a name and a value, and its name is made lower case; another may have been the last one then.
-    const KxParameters::Pair& last = *(plain.list.end() - 1);
+    const KxParameters::Pair& last = *std::prev(plain.list.end());
     return changes(plain, {"algorithm", "stale", "uri"}) || last.name.empty() || last.value.empty() ||
            last.name.lower() != last.name;
 }

@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipLineText.h"
 #include "sipobject/address/KxSipURL.h"
 #include "util/KxBytes.h"
 #include "util/KxHexEncoding.h"
@@ -15,7 +16,6 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
 constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
-constexpr std::string_view kNoName;                 // what a URL header has that no "=" ends
 constexpr char kEndOfInput = '\x04';                // as a delimiter before a token it means nothing, like a NUL
 
 void debug(const char* what, const KxLazyParameters& list) {
@@ -75,10 +75,6 @@ bool KxSipURLParser::findUserPart() const {
 
 inline const char* KxSipURLParser::findDelimiter(const char* from) const {
     return kDelimiters.find(from, m_end, m_in.readableEnd());
-}
-
-inline std::string_view KxSipURLParser::textTo(const char* end) const {
-    return {m_at, static_cast<std::size_t>(end - m_at)};
 }
 
 bool KxSipURLParser::userIsOpen() const {
@@ -173,17 +169,15 @@ inline KxSipURLParser::Next KxSipURLParser::doneWithHost() {
     return m_url.m_host.empty() ? refuse("Sip URL wrong format") : Next::Done;
 }
 
-[[gnu::cold]] void KxSipURLParser::parseParametersWithout(char dropped, std::string_view text) {
-    std::string kept(text);
-    std::erase(kept, dropped);
-    m_url.m_parameters.write().parse(kept);
+[[gnu::cold, gnu::noinline]] void KxSipURLParser::parseWithoutReturns(std::string_view parameters) {
+    m_url.m_parameters.write().parse(KxSipLineText::sWithoutReturns(parameters).view());
 }
 
 inline void KxSipURLParser::parameters() {
     const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_in.readableEnd());
     if (stop != m_end && *stop == '\r') [[unlikely]] {
         stop = KxBytes::findAny<'\n', '>', '?'>(stop, m_end);
-        parseParametersWithout('\r', textTo(stop));
+        parseWithoutReturns(textTo(stop));
     } else if (stop != m_at) {
         m_url.m_parameters.write().parse(textTo(stop), m_in.readableEnd());
     }
@@ -374,7 +368,7 @@ KxSipFault KxSipURLParser::parseHeaders() {
             }
             ++m_at; // a folded line goes on
         } else if (c == ';') {
-            if (const KxSipFault fault = storeHeader(inValue ? name.view() : kNoName, value.view(), false)) {
+            if (const KxSipFault fault = storeHeader(inValue ? name.view() : std::string_view(), value.view(), false)) {
                 return fault;
             }
             name.clear();
@@ -387,7 +381,7 @@ KxSipFault KxSipURLParser::parseHeaders() {
             (inValue ? value : name).append(static_cast<char>(c));
         }
     }
-    return storeHeader(inValue ? name.view() : kNoName, value.view(), true);
+    return storeHeader(inValue ? name.view() : std::string_view(), value.view(), true);
 }
 
 KxSipFault KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {

@@ -52,7 +52,7 @@ private:
     bool takeUsualUser(const char* stop);
     const char* takeUsualHost(const char* stop);
     const char* findDelimiter(const char* from) const;
-    std::string_view textTo(const char* end) const;
+    std::string_view textTo(const char* end) const { return {m_at, static_cast<std::size_t>(end - m_at)}; }
     Next take(const char* stop);
     bool findUserPart() const;
     bool userIsOpen() const;
@@ -61,7 +61,7 @@ private:
     Next at();
     Next semicolon();
     void parameters();
-    void parseParametersWithout(char dropped, std::string_view text);
+    void parseWithoutReturns(std::string_view parameters);
     Next comma();
     Next end(int c);
     void closeToken();

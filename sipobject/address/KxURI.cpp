@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxNameRegistry.h"
+#include "sipobject/KxSipLineText.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
 #include "util/KxByteArrayInputStream.h"
@@ -69,16 +70,6 @@ std::string_view schemeOf(std::string_view text) {
     return {begin, isScheme ? static_cast<std::size_t>(stop - begin) : 0};
 }
 
-/** The text without its carriage returns. */
-KxString withoutReturns(std::string_view text) {
-    if (text.find('\r') == std::string_view::npos) {
-        return KxString(text);
-    }
-    std::string kept(text);
-    std::erase(kept, '\r');
-    return KxString(kept);
-}
-
 void debug(const char* what, const KxString& value) {
     s_logger.log(Oskan::LogLevel::Debug, std::string(what).append(value.view()));
 }
@@ -131,7 +122,7 @@ KxSipFault KxURI::read(KxInputStream& in) {
     if (in.peek() == '<') {
         in.read();
     }
-    m_Scheme = withoutReturns(KxAscii::trim(scanned.token(in, kColon)));
+    m_Scheme = KxSipLineText::sOf(KxAscii::trim(scanned.token(in, kColon)));
     if (in.read() < 0) {
         return KxSipFault("INVALID URI", KxSipFault::Error::Other);
     }
@@ -195,6 +186,18 @@ inline KxSipFault KxURI::sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<K
     return fault;
 }
 
+/** Reads a URI of another scheme than the two. */
+KxSipFault KxURI::sReadOther(KxInputStream& in, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri) {
+    KxHandle<KxURI> read = sConstruct(scheme);
+    if (typeid(*read) == typeid(KxURI)) {
+        return sReadAs(in, std::move(read), uri);
+    }
+    read->m_standalone = standalone;
+    read->parse(in); // a host's class, which throws
+    uri = std::move(read);
+    return {};
+}
+
 /** Reads from a whole stream and says what it was. */
 inline KxSipFault KxURI::sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what) {
     const std::string_view text = in.window();
@@ -213,14 +216,7 @@ inline KxSipFault KxURI::sReadWhole(KxInputStream& in, bool standalone, KxHandle
     }
     what = "KxURI: parsed URL of unknown scheme";
     const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
-    KxHandle<KxURI> other = scheme.empty() ? KxMake<KxURI>(nullptr) : sConstruct(scheme);
-    if (typeid(*other) == typeid(KxURI)) {
-        return sReadAs(in, std::move(other), uri);
-    }
-    other->m_standalone = standalone;
-    other->parse(in); // a host's class, which throws
-    uri = std::move(other);
-    return {};
+    return scheme.empty() ? sReadAs(in, KxMake<KxURI>(nullptr), uri) : sReadOther(in, scheme, standalone, uri);
 }
 
 KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri) {

@@ -81,6 +81,7 @@ private:
     template <class T>
     static KxSipFault sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri);
     static KxSipFault sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what);
+    static KxSipFault sReadOther(KxInputStream& in, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri);
     static KxSipFault sReadLogged(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
     KxSipFault read(KxInputStream& in);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }

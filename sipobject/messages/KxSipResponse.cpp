@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipLineText.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string>
 
 namespace {
 
@@ -186,12 +186,7 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
     setVersion(high, KxStreamTokenizer::sGetUnsigned(in));
     m_statusCode = static_cast<std::int32_t>(KxStreamTokenizer::sGetUnsigned(in));
     const bool ended = !in.fill();
-    m_reasonPhrase = KxStreamTokenizer::sGetLine(in);
-    if (m_reasonPhrase.view().find('\r') != std::string_view::npos) { // a peer may read a CR as a line end
-        std::string kept(m_reasonPhrase.view());
-        std::erase(kept, '\r');
-        m_reasonPhrase = KxString(kept);
-    }
+    m_reasonPhrase = KxSipLineText::sOf(KxStreamTokenizer::sGetLine(in).view());
     if (ended || m_reasonPhrase.length() >= kPhraseLimit) {
         KxSipParseError::sThrow("unexpected end of response start line");
     }
