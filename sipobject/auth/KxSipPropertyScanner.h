@@ -14,8 +14,8 @@ class KxInputStream;
     and in one pass.
     auth-param = token EQUAL ( token / quoted-string ), separated by commas   [RFC 2617 1.2]
     Differs from the RFC on purpose: quotes are dropped everywhere; they protect commas and blanks, but not the "="
-    before the value; a backslash is ordinary text; blanks outside quotes are dropped, tabs are not; a comma or line feed
-    before the "=" of a property is part of its name; every "=" after the first one belongs to the value.
+    before the value; a backslash is ordinary text; blanks outside quotes are dropped, tabs are not; a comma or line
+    feed before the "=" of a property is part of its name; every "=" after the first one belongs to the value.
     `realm = "a, b",nonce=YWJj==` -> realm: `a, b`; nonce: `YWJj==` */
 class KxSipPropertyScanner {
 public:
