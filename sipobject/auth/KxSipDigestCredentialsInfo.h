@@ -74,7 +74,7 @@ public:
     void setPassword(const KxString& password) override;
     void setMethod(const KxString& method) { set("method", method); }
     void setNonce(const KxString& nonce) { set("nonce", nonce); }
-    /** Stores the printed form of the URI. */
+    /** Stores the text of the URI. */
     void setDigestURI(const KxHandle<KxURI>& uri);
     /** Sets qop, cnonce and nonce count if the qop options of the challenge contain the text `qop` ("auth" is also
         contained in "auth-int"); otherwise changes nothing. The nonce count is written as eight hexadecimal digits. */

@@ -9,7 +9,7 @@
 template <class H>
 class KxSipDialogPartyHeader : public KxSipParameterAddressHeader<H> {
 public:
-    /** The URI's printed form, whatever its scheme. */
+    /** The URI as text, whatever its scheme; empty without a URI. */
     KxString getURL() const { return this->m_nameAddress.isNil() ? KxString("") : this->m_nameAddress->getURLString(); }
 
     /** Nil when absent. [RFC 3261 19.3] */
