@@ -35,8 +35,8 @@ public:
     /** Reads one URL. Reading stops before a comma outside the user, which stays unread; one ";" after a ">" is
         consumed; if the URL is neither in brackets nor standalone, a ";" after the host is consumed and ends it.
         Throws KxSipParseError: "Scheme is not SIP", "Sip URL wrong format ("@" present without a user part)", "Sip URL
-        wrong format", "Illegal URL construct", "Sip URL, Double quote mismatch" and the errors of parseHeader; the parts
-        read before the error stay set. */
+        wrong format", "Illegal URL construct", "Sip URL, Double quote mismatch" and the errors of parseHeader; the
+        parts read before the error stay set. */
     void parse(KxInputStream& in) override;
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);

@@ -24,8 +24,7 @@ void debug(const char* what, const KxLazyParameters& list) {
     }
 }
 
-/** Whether an "@" outside quotes comes before a ">" outside quotes, a line end and the end. Sets `stop` to where the
-    search ended. */
+/** Whether an unquoted "@" comes before an unquoted ">", a line end and the end. Sets `stop` to where it stopped. */
 bool findAt(const char* from, const char* end, const char*& stop) {
     bool quoted = false;
     const auto next = [end](const char* at) { return KxBytes::findAny<'"', '@', '>', '\n'>(at, end); };
@@ -336,8 +335,7 @@ KxSipURLParser::Next KxSipURLParser::comma() {
     return doneWithHost();
 }
 
-/** Reads and returns the next character, decoded if it is escaped; -1 at the end. An incomplete escape at the end is
-    not decoded. */
+/** Reads the next character, decoded if escaped; returns -1 at the end. An incomplete escape is not decoded. */
 int KxSipURLParser::nextHeaderCharacter() {
     if (m_at == m_end) {
         return -1;
