@@ -6,15 +6,15 @@
 #include <array>
 #include <string_view>
 
-/** Names to creator functions, letter case ignored. Filled by static initialisers on the loader's thread and only read
-    afterwards, without a lock and without allocation; a constant-initialised variable of this type is ready before any
-    of them runs. The first registration of a name stands. */
+/** Maps names to creator functions, ignoring letter case. Filled by static initialisers on the loader's thread and only
+    read afterwards, without locking or allocation. A constant-initialised variable of this type is ready before any
+    static initialiser runs. The first registration of a name is kept. */
 template <class Creator>
 class KxNameRegistry {
 public:
     constexpr KxNameRegistry() = default;
 
-    /** A name as it was registered and what it creates. */
+    /** A name as registered, and its creator function. */
     struct Entry {
         KxBytes::Ends folded;
         KxBytes::Ends ends;
@@ -30,11 +30,11 @@ public:
             const KxBytes::Ends ends(text.data(), text.size());
             const Entry*& head = m_buckets[bucket(ends.folded())];
             head = new Entry{ends.folded(), ends, text, creator,
-                             head}; // never freed: look-ups go on in static destructors
+                             head}; // never freed: static destructors may look names up
         }
     }
 
-    /** The entry of a name, or null. `exact` tells whether the name stands there in these very letters. */
+    /** The entry of a name, or null. Sets `exact` to whether the name was registered in the same letter case. */
     [[gnu::always_inline]] const Entry* findEntry(std::string_view name, bool& exact) const {
         const KxBytes::Ends ends(name.data(), name.size());
         const Entry* const first = m_buckets[bucket(ends.folded())];
@@ -43,7 +43,7 @@ public:
         return exact ? first : findInAnyCase(name, first, exact);
     }
 
-    /** Calls f with every name, in no order. */
+    /** Calls f with every name, in no particular order. */
     template <class F>
     void forEachName(F f) const {
         for (const Entry* entry : m_buckets) {
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    /** The function, or null. */
+    /** The creator function of a name, or null. */
     Creator find(std::string_view name) const {
         bool exact = false;
         const Entry* const entry = findEntry(name, exact);

@@ -4,11 +4,11 @@
 
 #include <cstdint>
 
-/** A sequence number for a CSeq header. The default one is drawn from the runtime library's generator, which the
-    library never seeds: it is no secret. [RFC 3261 8.1.1.5] */
+/** A sequence number for a CSeq header. The default value comes from the runtime library's random number generator,
+    which this library never seeds, so it can be predicted. [RFC 3261 8.1.1.5] */
 class KX_SIP_API KxSipCSeq {
 public:
-    /** Below 16777215. */
+    /** A random number below 16777215. */
     KxSipCSeq();
     explicit KxSipCSeq(std::uint32_t value) : m_value(value) {}
 

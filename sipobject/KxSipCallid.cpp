@@ -9,7 +9,7 @@ constexpr std::size_t kUuidLength = 36;
 constexpr std::size_t kCapacity = 128;
 
 const KxString& localHostName() {
-    static const KxString* const name = new KxString(KxInetAddress::sGetLocalHostName()); // kept for the process
+    static const KxString* const name = new KxString(KxInetAddress::sGetLocalHostName()); // never freed
     return *name;
 }
 

@@ -4,15 +4,15 @@
 #include "util/KxHandle.h"
 #include "util/KxString.h"
 
-/** A fresh Call-ID: a UUID, "@" and a host. [RFC 3261 8.1.1.4] Objects are used by one thread at a time; making them is
-    safe from several. */
+/** A new Call-ID: a UUID, "@" and a host name. An object is used by one thread at a time; several threads may create
+    objects at once. [RFC 3261 8.1.1.4] */
 class KX_SIP_API KxSipCallid final : public KxObject {
 public:
-    /** With this host's name, which is looked up once. */
+    /** Uses the name of this host, which is looked up once per process. */
     KxSipCallid();
-    /** Null takes this host's name. */
+    /** Null means the name of this host. */
     explicit KxSipCallid(const char* host);
-    /** Shares the text. */
+    /** The copy shares the text. */
     KxSipCallid(const KxSipCallid&) = default;
     KxSipCallid* clone() const override;
 

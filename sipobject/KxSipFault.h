@@ -5,27 +5,27 @@
 #include <cstdint>
 #include <string>
 
-/** What is wrong with a text that was read: nothing, or the error that says so. Grammars return it, since a hostile
-    message may hold thousands of bad lines and unwinding costs more than reading them did; whoever faces a caller
-    throws it. It fits two registers and allocates nothing; texts must live as long as the process. */
+/** The result of reading a text: no fault, or an error. Parsing functions return it instead of throwing, since a
+    hostile message may contain thousands of bad lines, and throwing costs more than reading them. The functions that
+    face a caller throw it. It fits into two registers and allocates nothing; texts must live as long as the process. */
 class [[nodiscard]] KxSipFault {
 public:
     /** The class of the error. */
     enum class Error : std::uint32_t { Parse = 0, EmptyHeader = 1, Other = 2 };
-    /** Where a fault lies that is told with its place in front. */
+    /** The place of a fault whose message starts with its place. */
     enum class Place : std::uint32_t { RecordRoute = 4 };
 
-    /** None. */
+    /** No fault. */
     constexpr KxSipFault() = default;
     constexpr explicit KxSipFault(const char* text, Error error = Error::Parse)
         : m_text(text), m_details(static_cast<std::uint32_t>(error)) {}
-    /** A text in which "?" stands for the character. */
+    /** A fault with a text in which the first "?" is replaced by the character. */
     static constexpr KxSipFault sAbout(char character, const char* text) {
         KxSipFault fault(text);
         fault.m_details = kAboutCharacter | static_cast<unsigned char>(character) * kCharacter;
         return fault;
     }
-    /** The fault, as a KxSipParseError that tells the place. */
+    /** The same fault as a KxSipParseError whose message names the place. */
     constexpr KxSipFault in(Place place) const {
         KxSipFault fault = *this;
         fault.m_details = (m_details & ~kError) | static_cast<std::uint32_t>(place);
@@ -33,11 +33,11 @@ public:
     }
 
     explicit operator bool() const { return m_text != nullptr; }
-    /** The text of the error. */
+    /** The error message. */
     KX_SIP_API std::string message() const;
-    /** Throws the error: KxSipParseError, KxSipParseErrorEmptyHeader or KxException. Not for none. */
+    /** Throws the error: KxSipParseError, KxSipParseErrorEmptyHeader or KxException. There must be a fault. */
     [[noreturn]] KX_SIP_API void raise() const;
-    /** Throws the error, if there is one. */
+    /** Throws the error if there is one. */
     void raiseIfAny() const {
         if (m_text != nullptr) [[unlikely]] {
             raise();
@@ -45,8 +45,8 @@ public:
     }
 
 private:
-    // The details are an Error, a Place and, in the second byte, a character: one number, since members of their own
-    // would be packed and unpacked wherever a fault is returned.
+    // The details are an Error, a Place and, in the second byte, a character. They are one number, since separate
+    // members would be packed and unpacked wherever a fault is returned.
     static constexpr std::uint32_t kError = 3;
     static constexpr std::uint32_t kAboutCharacter = 8;
     static constexpr std::uint32_t kCharacter = 256;

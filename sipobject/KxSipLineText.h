@@ -5,8 +5,7 @@
 #include <string>
 #include <string_view>
 
-/** Text that goes into a start line or a URI. A CR in it that ends no line would be a line's end to some peers, so none is
-    kept. */
+/** Text for a start line or a URI. All CRs are removed from it, since a peer may read a stray CR as a line end. */
 struct KxSipLineText {
     static KxString sOf(std::string_view text) {
         return text.find('\r') == std::string_view::npos ? KxString(text) : sWithoutReturns(text);

@@ -18,7 +18,7 @@ constexpr const char* kDescription =
     "reached. When true, the header value is ignored and the message pass thru even with 0. Set the parameter to "
     "true if your application needs to interact with non-compliant UACs. See RFC3261 paragraph 8.1.1.6";
 
-/** What the process has one of, so that the parameters are registered once. */
+/** There is one object in the process, so that the parameters are registered once. */
 struct ParamDefs {
     const bool registered = addParametersToDB();
 };

@@ -6,11 +6,11 @@
     is loaded. */
 namespace Oskan::KxSipObject {
 
-/** Boolean, "false": a Max-Forwards of 0 is no reason to refuse a request. */
+/** Boolean, default "false". If true, a request with a Max-Forwards of 0 is not refused. */
 inline constexpr const char* kIgnoreMaxForwards = "tandril.sip.ignoreMaxForwards";
 
-/** Registers the parameters. False, and an error on the logger "tandril.infra.ParamDefs", when that fails, as it does
-    the second time. */
+/** Registers the parameters. If that fails, as it does on a second call, logs an error on the logger
+    "tandril.infra.ParamDefs" and returns false. */
 KX_SIP_API bool addParametersToDB();
 
 } // namespace Oskan::KxSipObject

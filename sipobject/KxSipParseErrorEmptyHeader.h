@@ -2,7 +2,7 @@
 
 #include "sipobject/KxSipParseError.h"
 
-/** A header line with nothing behind its colon. */
+/** Thrown for a header line with nothing after its colon. */
 class KX_SIP_API KxSipParseErrorEmptyHeader : public KxExceptionOf<KxSipParseErrorEmptyHeader, KxSipParseError> {
 public:
     using KxExceptionOf::KxExceptionOf;

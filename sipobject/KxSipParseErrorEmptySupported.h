@@ -2,8 +2,8 @@
 
 #include "sipobject/KxSipParseErrorEmptyHeader.h"
 
-/** A Supported header without an option tag. For hosts that want to refuse one; the library keeps it and never throws
-    this. */
+/** For a Supported header without an option tag. Applications that refuse such a header may throw it; the library
+    accepts the header and never throws this. */
 class KX_SIP_API KxSipParseErrorEmptySupported
     : public KxExceptionOf<KxSipParseErrorEmptySupported, KxSipParseErrorEmptyHeader> {
 public:

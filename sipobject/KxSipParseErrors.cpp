@@ -1,7 +1,7 @@
 #include "sipobject/KxSipParseErrorEmptySupported.h"
 #include "sipobject/KxSipParseKeepAliveException.h"
 
-// Defined here, once, so that every library agrees on the classes that are thrown.
+// Defined in one place, so that all libraries use the same type information for the thrown classes.
 KxSipParseError::~KxSipParseError() = default;
 KxSipParseErrorEmptyHeader::~KxSipParseErrorEmptyHeader() = default;
 KxSipParseErrorEmptySupported::~KxSipParseErrorEmptySupported() = default;

@@ -3,7 +3,8 @@
 #include "sipobject/SipApi.h"
 #include "util/KxException.h"
 
-/** What was read is a keep-alive, not a message. Not a KxSipParseError, so that a transport tells it from garbage. */
+/** Thrown if the input is a keep-alive, not a message. It is not a KxSipParseError, so that a transport can distinguish
+    keep-alives from invalid messages. */
 class KX_SIP_API KxSipParseKeepAliveException : public KxExceptionOf<KxSipParseKeepAliveException, KxException> {
 public:
     using KxExceptionOf::KxExceptionOf;

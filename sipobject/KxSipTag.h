@@ -4,17 +4,17 @@
 #include "util/KxHandle.h"
 #include "util/KxString.h"
 
-/** A fresh From or To tag: an optional prefix, a random number and the time, in hexadecimal with "-" between them. The
-    number comes from the runtime library's generator, which the library never seeds: a tag is unique, not secret.
-    [RFC 3261 19.3] */
+/** A new From or To tag: an optional prefix, a random number and the time, in hexadecimal and separated by "-". The
+    random number comes from the runtime library's generator, which this library never seeds: a tag is unique, but can
+    be predicted. [RFC 3261 19.3] */
 class KX_SIP_API KxSipTag final : public KxObject {
 public:
-    /** Null makes a tag without prefix. */
+    /** A null `prefix` gives a tag without prefix. */
     explicit KxSipTag(const char* prefix);
     KxSipTag(const KxSipTag&) = default;
     KxSipTag* clone() const override;
 
-    /** Null when there is no value. */
+    /** The tag; null if there is no value. */
     const char* getValue() const { return m_value.isNil() ? nullptr : m_value.c_str(); }
     operator const char*() const { return getValue(); }
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string_view>
 
-/** A literal as a template argument. */
+/** A string literal as a template argument. */
 template <std::size_t N>
 struct KxLiteral {
     constexpr KxLiteral(const char (&text)[N]) { std::copy_n(text, N, characters); }
@@ -26,10 +26,10 @@ constexpr auto KxJoinTraceName() {
 template <class C, KxLiteral kOperation>
 inline constexpr auto KxTraceNameText __attribute__((visibility("hidden"))) = KxJoinTraceName<C, kOperation>();
 
-/** "KxSipViaHeader::doParse" of the class (its kClassName) and "::doParse", joined by the compiler. */
+/** The class name C::kClassName and the operation, joined at compile time, such as "KxSipViaHeader::doParse". */
 template <class C, KxLiteral kOperation>
 inline constexpr const char* KxTraceName = KxTraceNameText<C, kOperation>.data();
 
-/** The logger of a class that has a kClassName: "tandril.kx." and that name. */
+/** The logger of a class that has a kClassName. Its name is "tandril.kx." followed by kClassName. */
 template <class C>
 inline constinit Oskan::AceCleanupLogger KxClassLogger __attribute__((visibility("hidden"))){C::kClassName};

@@ -19,7 +19,7 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipNameAddress"};
 constexpr std::ptrdiff_t kNameLimit = 1024;
 constexpr KxCharSet kLegalInName("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 -.!%*_+`'~");
 
-/** The quote that ends the string opened in front of `at`: the next one that does not follow a backslash. */
+/** The quote that closes the string opened before `at`, or `end`: the next quote that does not follow a backslash. */
 const char* closingQuote(const char* at, const char* end) {
     for (at = std::find(at, end, '"'); at != end && at[-1] == '\\'; at = std::find(at + 1, end, '"')) {
     }
@@ -140,8 +140,8 @@ KxSipFault KxSipNameAddress::readWhole(KxInputStream& in) {
     return KxURI::sRead(in, m_standalone, m_URI);
 }
 
-/** Reads up to what shows where the URI begins, and leaves `uri` where to look for it: at the beginning, or the last
-    quote. */
+/** Reads the display name, up to the "<", colon or line end that shows where the URI is. Sets `uri` to the last quote
+    if there is one; the search for the URI starts there. */
 inline KxSipFault KxSipNameAddress::readDisplayName(const char* begin, const char* end, const char*& uri) {
     for (const char* at = begin; at != end && *at != ':'; ++at) {
         if (*at == '<') {

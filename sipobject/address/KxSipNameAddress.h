@@ -4,50 +4,51 @@
 
 /** A display name and a URI.
     name-addr = [ display-name ] LAQUOT addr-spec RAQUOT, or a bare addr-spec  [RFC 3261 25.1]
-    A quoted display name keeps its quotes; an unquoted one takes letters, digits, blanks and "-.!%*_+`'~" only.
-    Always printed in brackets.      "Bob <sip:h>" -> the same; "sip:h" -> "<sip:h>"
-    The parameters behind it belong to the header it stands in. Used by one thread at a time. */
+    A quoted display name keeps its quotes; an unquoted one may contain only letters, digits, blanks and "-.!%*_+`'~".
+    Always written in brackets.      "Bob <sip:h>" -> the same; "sip:h" -> "<sip:h>"
+    The parameters after it belong to the header that contains it. Used by one thread at a time. */
 class KX_SIP_API KxSipNameAddress final : public KxObject {
 public:
-    /** No display name and a URI without a scheme. */
+    /** Without display name, and with a URI without scheme. */
     KxSipNameAddress();
     /** Holds a copy of the URI; nil stays nil. */
     KxSipNameAddress(const KxString& displayName, const KxHandle<KxURI>& uri);
-    /** Reads a standalone name-address: parameters behind a bare SIP URL are its own. Throws as parse. */
+    /** Reads a standalone name-address: parameters after a bare SIP URL belong to the URL. Throws as parse does. */
     explicit KxSipNameAddress(const char* text);
-    /** The URI is copied too. */
+    /** Copies the URI too. */
     KxSipNameAddress(const KxSipNameAddress& other);
     KxSipNameAddress& operator=(const KxSipNameAddress&) = delete;
     KxSipNameAddress* clone() const override;
     ~KxSipNameAddress() override;
 
-    /** One from a header's value, where parameters behind a bare SIP URL are the header's. Throws as parse. */
+    /** Returns a name-address read from a header value: parameters after a bare SIP URL belong to the header. Throws as
+        parse does. */
     static KxHandle<KxSipNameAddress> sConstructFrom(KxInputStream& in);
-    /** As sConstructFrom, but what is wrong is told, not thrown; the handle then stays as it was. This and read are
-        steps of grammars: they go by the log levels of the operation that they are part of. */
+    /** As sConstructFrom, but returns the fault instead of throwing it; `address` is then unchanged. This function and
+        read are parts of larger operations, and use the log levels of the operation that they are part of. */
     static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipNameAddress>& address);
 
     const KxString& getDisplayName() const { return m_displayName; }
     /** The URI itself, shared. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
-    /** The URI as a SIP URL, nil when it is none. */
+    /** The URI as a SIP URL; nil if it is not one. */
     KxHandle<KxSipURL> getURL() const;
-    /** The URI's printed form; empty without one. */
+    /** The URI as text; empty without a URI. */
     KxString getURLString() const;
     bool hasBrackets() const { return m_brackets; }
     void setBrackets(bool brackets) { m_brackets = brackets; }
 
-    /** Reads display name and URI; stops behind the URI, a ">" and one ";" consumed as the URI's class does.
-        Throws KxSipParseError: "Invalid SIP Name Address" for a display name of 1024 characters and more, "URL not
-        specified", "Invalid quote in KxSipNameAddress", "Invalid Character (c) in name-addr" with the character for c;
-        and what the URI's class throws. */
+    /** Reads display name and URI, and stops after the URI; the class of the URI decides whether a ">" and a ";" after
+        it are consumed. Throws KxSipParseError "Invalid SIP Name Address" for a display name of 1024 or more
+        characters, "URL not specified", "Invalid quote in KxSipNameAddress", "Invalid Character (c) in name-addr" with
+        the character in place of c, and the errors of the URI's class. */
     void parse(KxInputStream& in);
-    /** As parse, but what is wrong is told, not thrown. */
+    /** As parse, but returns the fault instead of throwing it. */
     KxSipFault read(KxInputStream& in);
-    /** As above from a text; null reads as empty. */
+    /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
 
-    /** Writes the printed form. */
+    /** Writes the name-address. */
     void display(KxOutputStream& out, bool verbose) const override;
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
@@ -70,7 +71,7 @@ private:
     KxHandle<KxURI> m_URI;
 };
 
-/** Reads into the name-address, a new one where the handle is nil. */
+/** Reads into the name-address, or into a new one if the handle is nil. */
 KX_SIP_API KxInputStream& operator>>(KxInputStream& in, KxHandle<KxSipNameAddress>& address);
-/** Writes the printed form; nothing for nil. */
+/** Writes the name-address; nothing for nil. */
 KX_SIP_API KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxSipNameAddress>& address);

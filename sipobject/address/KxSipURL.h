@@ -6,22 +6,21 @@
 
 #include <cstdint>
 
-/** What the "user" parameter of a SIP URL says. */
+/** The value of the "user" parameter of a SIP URL. */
 enum KxUserParam { KX_USER_NONE = 0, KX_USER_PHONE = 1 };
 
 /** A SIP URL: user, password, host, port, parameters and headers.
     SIP-URI = "sip:" [ userinfo ] hostport uri-parameters [ headers ]         [RFC 3261 19.1.1]
 
-    Differs from the RFC on purpose: "sips" is refused; nothing is percent-decoded but the headers; hosts are kept as
-    written and know no IPv6 brackets, so a colon always starts the port; headers are separated by ";" and "&" is an
-    ordinary character in them, while in front of them it counts as an opening bracket; quotes may stand in the user.
+    Differs from the RFC on purpose: "sips" is refused; only the headers are percent-decoded; hosts are kept as written,
+    without support for IPv6 brackets, so a colon always starts the port; headers are separated by ";", and "&" is an
+    ordinary character in them, but before them it is read as an opening bracket; the user may contain quotes.
     "SIP:bob:pw@h:5070;lr" -> "sip:bob:pw@h:5070;lr"
 
-    A copy is changed by itself. Used by one thread at a time. */
+    A copy shares no data with the original that can be changed. Used by one thread at a time. */
 class KX_SIP_API KxSipURL final : public KxURI {
 public:
     static const KxConstString sToken;
-    /** "5060" */
     static const KxConstString DEFAULT_PORT_STRING;
 
     KxSipURL();
@@ -33,22 +32,23 @@ public:
     bool hasParameters() const override;
     bool hasHeaders() const override;
     KxString getString() const override;
-    /** Reads one URL. Stops unread before a comma outside the user; behind a ">" one ";" is consumed; without brackets
-        and not standalone, the ";" behind the host is consumed and ends it.
+    /** Reads one URL. Reading stops before a comma outside the user, which stays unread; one ";" after a ">" is
+        consumed; if the URL is neither in brackets nor standalone, a ";" after the host is consumed and ends it.
         Throws KxSipParseError: "Scheme is not SIP", "Sip URL wrong format ("@" present without a user part)", "Sip URL
-        wrong format", "Illegal URL construct", "Sip URL, Double quote mismatch" and those of parseHeader; what was read
-        until then stays set. */
+        wrong format", "Illegal URL construct", "Sip URL, Double quote mismatch" and the errors of parseHeader; the
+        parts read before the error stay set. */
     void parse(KxInputStream& in) override;
-    /** As above from a text; null reads as empty. */
+    /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
     virtual std::size_t numParameters() const;
     virtual std::size_t numHeaders() const;
 
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** Reads the headers behind the "?", up to a ">" (consumed) or the end. Throws KxSipParseError: "SIP URL Header
-        doesn't have Key/Value pair (1)\n" where no "=" ends a name, or it is empty, "SIP URL Header key doesn't have a
-        value (1)\n" at the end of the part, and the same with (2) at a ";". */
+    /** Reads the headers after the "?", up to a ">" (consumed) or the end. Throws KxSipParseError "SIP URL Header
+        doesn't have Key/Value pair (1)\n" if a name is empty or has no "=" after it, and "SIP URL Header key doesn't
+        have a value (1)\n" for an empty value. The texts have (1) for the last header, and (2) for one that ends at a
+        ";". */
     void parseHeader(KxInputStream& in);
 
     const KxString& getUser() const { return m_user; }
@@ -62,12 +62,12 @@ public:
     KxUserParam getUserParam() const;
     KxString getMethodParam() const { return getParameter("method"); }
     KxString getMAddrParam() const { return getParameter("maddr"); }
-    /** UDP when absent or unknown; an unknown one is warned of on the logger
+    /** UDP when absent or unknown; an unknown transport logs a warning on the logger
         "tandril.kx.KxSipURL.UnknownTransportInContact". */
     KxSocketImpl::Transport getTransportParam() const;
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
     KxString getHeader(std::string_view name) const { return m_headers.getValue(name); }
-    /** The list itself, shared; never nil. */
+    /** The lists themselves, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
     KxHandle<KxParameters> getHeaders() const { return m_headers.handle(); }
 
@@ -79,9 +79,11 @@ public:
     void removeHeader(std::string_view name) { m_headers.removeValue(name); }
     void clearHeaders() { m_headers.clear(); }
 
-    /** Alike as this library judges it: user, host and password byte by byte, ports with the stored one here against
-        the effective one there, transports, and the parameters that both lists can hold; one extra parameter on either
-        side does not matter. */
+    /** Whether the URLs are equivalent by the rules of this library, which differ from the RFC's. Compares user, host
+        and password byte by byte, the stored port of this URL with getPort of the other, and the transports. One list
+        of parameters may have one parameter more than the other; each parameter of the shorter list except transport
+        must have an equal one in the longer list, ignoring letter case. Either both URLs or neither have headers, and
+        each header of the shorter list must have an equal one in the longer list. */
     bool operator==(const KxSipURL& other) const;
 
 private:
@@ -103,5 +105,5 @@ private:
     KxLazyParameters m_headers;
 };
 
-/** Writes the printed form; nothing for nil. */
+/** Writes the URL; nothing for nil. */
 KX_SIP_API KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxSipURL>& url);

@@ -16,7 +16,7 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
 constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
-constexpr char kEndOfInput = '\x04';                // as a delimiter before a token it means nothing, like a NUL
+constexpr char kEndOfInput = '\x04';                // like NUL, has no meaning as a delimiter before a token
 
 void debug(const char* what, const KxLazyParameters& list) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
@@ -24,7 +24,7 @@ void debug(const char* what, const KxLazyParameters& list) {
     }
 }
 
-/** The first "@" outside quotes; nullptr when a ">", a line end or the end comes first. Tells where it stopped. */
+/** Whether an unquoted "@" comes before an unquoted ">", a line end and the end. Sets `stop` to where it stopped. */
 bool findAt(const char* from, const char* end, const char*& stop) {
     bool quoted = false;
     const auto next = [end](const char* at) { return KxBytes::findAny<'"', '@', '>', '\n'>(at, end); };
@@ -56,8 +56,8 @@ void KxSipURLParser::Token::addMore(const char* begin, const char* end) {
     }
 }
 
-/** Whether an "@" lies ahead that ends a user part. Each URL of a line asks anew from where it begins, so the answers
-    are kept with the stream: one for questions asked between quotes and one for those outside. */
+/** Whether an "@" that ends a user part follows. Each URL of a line needs this for its own position, so the results are
+    cached in the stream: one for positions between quotes and one for positions outside quotes. */
 bool KxSipURLParser::findUserPart() const {
     KxScanMemo& memo = m_in.scanMemo();
     if (memo.at == nullptr || m_at < memo.at) {
@@ -81,12 +81,12 @@ bool KxSipURLParser::userIsOpen() const {
     return m_hasUserPart && m_url.m_user.empty();
 }
 
-/** Takes "<", "sip:", "user@" or "user:password@", and "host:port", where a URL begins with them as nearly every one
-    does; else what does stand there of them. Returns the first delimiter behind; nullptr when not even the scheme is as
-    usual, and nothing taken. */
+/** Reads the usual start of a URL, as far as it is present: "<", "sip:", "user@" or "user:password@", and "host:port".
+    Returns the first delimiter after the part that was read, or nullptr, without reading anything, if not even the
+    scheme is as usual. */
 inline const char* KxSipURLParser::takeUsualStart() {
     const bool bracket = m_at != m_end && *m_at == '<';
-    const bool blank = m_at != m_end && *m_at == ' '; // as in front of a Request-URI
+    const bool blank = m_at != m_end && *m_at == ' '; // as before a Request-URI
     const char* const scheme = m_at + (bracket || blank ? 1 : 0);
     if (m_end - scheme < 5 || KxBytes::load<std::uint32_t>(scheme) != KxBytes::load<std::uint32_t>("sip:") ||
         !m_url.m_user.empty() || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
@@ -109,7 +109,7 @@ inline const char* KxSipURLParser::takeUsualStart() {
     return m_hasUserPart ? stop : takeUsualHost(stop);
 }
 
-/** Takes a user that ends at `stop`, and a password behind it, if an "@" is what ends the two. */
+/** Reads a user that ends at `stop`, and a password after it, if an "@" ends the two. */
 inline bool KxSipURLParser::takeUsualUser(const char* stop) {
     const char* const end = *stop == '@' ? stop : findDelimiter(stop + 1);
     if (end == m_end || *end != '@') {
@@ -126,8 +126,8 @@ inline bool KxSipURLParser::takeUsualUser(const char* stop) {
     return true;
 }
 
-/** Takes a host that ends at `stop`, and the digits of a port behind it, if they end as usual, and stays as if a colon
-    with no port behind it had been read; else takes nothing. Returns the first delimiter behind. */
+/** Reads a host that ends at `stop`, and the digits of a port after it, if they end as usual; the state is then as
+    after a colon without a port. Otherwise reads nothing. Returns the first delimiter after the part that was read. */
 inline const char* KxSipURLParser::takeUsualHost(const char* stop) {
     const bool hasPort = stop != m_end && *stop == ':';
     const char* const end = hasPort ? std::find_if_not(stop + 1, m_end, KxAscii::isDigit) : stop;
@@ -226,7 +226,7 @@ inline KxSipURLParser::Next KxSipURLParser::semicolon() {
     return Next::More;
 }
 
-/** The end of input, a line end, ">" or "?". */
+/** Handles the end of input, a line end, ">" or "?". */
 inline KxSipURLParser::Next KxSipURLParser::end(int c) {
     if (c == '?') {
         if (userIsOpen()) {
@@ -245,7 +245,7 @@ inline KxSipURLParser::Next KxSipURLParser::end(int c) {
     return doneWithHost();
 }
 
-/** Takes the token that ends at a delimiter, or the end, and the delimiter. */
+/** Reads the token that ends at `stop`, a delimiter or the end, and then the delimiter. */
 inline KxSipURLParser::Next KxSipURLParser::take(const char* stop) {
     m_token.add(m_at, stop);
     m_at = stop;
@@ -335,7 +335,7 @@ KxSipURLParser::Next KxSipURLParser::comma() {
     return doneWithHost();
 }
 
-/** The next character, escapes decoded; -1 at the end. An escape that the input cuts short stands as it is. */
+/** Reads the next character, decoded if escaped; returns -1 at the end. An incomplete escape is not decoded. */
 int KxSipURLParser::nextHeaderCharacter() {
     if (m_at == m_end) {
         return -1;
@@ -366,7 +366,7 @@ KxSipFault KxSipURLParser::parseHeaders() {
             if (m_at == m_end || (*m_at != ' ' && *m_at != '\t')) {
                 break;
             }
-            ++m_at; // a folded line goes on
+            ++m_at; // a folded line continues
         } else if (c == ';') {
             if (const KxSipFault fault = storeHeader(inValue ? name.view() : std::string_view(), value.view(), false)) {
                 return fault;

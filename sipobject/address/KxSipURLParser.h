@@ -9,24 +9,24 @@
 
 class KxSipURL;
 
-/** The state machine that reads a KxSipURL from a whole stream, in one pass over its characters: what stands between
-    two delimiters is a token, and the delimiter before it says what the token is. */
+/** The state machine that reads a KxSipURL from a whole stream, in one pass over its characters. The text between two
+    delimiters is a token, and the delimiter before a token determines its meaning. */
 class KxSipURLParser {
 public:
     KxSipURLParser(KxSipURL& url, KxInputStream& in)
         : m_url(url), m_in(in), m_at(in.window().data()), m_end(m_at + in.window().size()) {}
-    /** Moves the stream behind what was taken, also when that was refused. */
+    /** Consumes the text that was read from the stream, even if it was refused. */
     ~KxSipURLParser() { m_in.consume(static_cast<std::size_t>(m_at - m_in.window().data())); }
     KxSipURLParser(const KxSipURLParser&) = delete;
     KxSipURLParser& operator=(const KxSipURLParser&) = delete;
 
-    /** The URL. */
+    /** Reads the URL. */
     KxSipFault parse();
-    /** The part behind the "?". */
+    /** Reads the part after the "?". */
     KxSipFault parseHeaders();
 
 private:
-    /** The text since the last delimiter. Characters that are dropped from its middle make it a copy. */
+    /** The text since the last delimiter. It becomes a copy if characters are dropped from its middle. */
     class Token {
     public:
         void add(const char* begin, const char* end) {

@@ -57,9 +57,9 @@ KxSipFault KxTelURL::read(KxInputStream& in) {
 
 KxSipFault KxTelURL::readWhole(KxInputStream& in) {
     Oskan::FastString<256> text;
-    std::size_t begin = 0; // of the token that is being collected
+    std::size_t begin = 0; // of the current token
     char previous = '\0';
-    bool own = false; // a colon or "<" was seen: what follows a ";" is ours
+    bool own = false; // a colon or "<" was seen: parameters belong to the URL
     const auto token = [&] { return text.view().substr(begin); };
     for (int c = in.read(); c >= 0 && c != '\n' && c != '>'; c = in.read()) {
         bool keep = false;
@@ -110,7 +110,7 @@ KxSipFault KxTelURL::readWhole(KxInputStream& in) {
     return {};
 }
 
-/** A number stands behind "+" or ":" and nowhere else. */
+/** Stores the token as the number if the delimiter before it is "+" or ":". */
 void KxTelURL::setNumber(std::string_view token, char delimiter) {
     if (delimiter == '+' || delimiter == ':') {
         m_number = KxString(KxAscii::trim(token));

@@ -31,13 +31,13 @@ constexpr KxCharSet kSchemeCharacters("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNO
     return at;
 }
 
-/** Where the next character of a URI is, blanks and an opening bracket aside. */
+/** The position of the next character of a URI, after blanks and an opening bracket. */
 [[gnu::always_inline]] inline const char* nextOf(const char* at, const char* end) {
     at = skip(at, end, ' ', ' ');
     return at != end && *at == '<' ? skip(at + 1, end, ' ', '\t') : at;
 }
 
-/** The first three letters of a URI, blanks and opening brackets aside; NUL where it is shorter. */
+/** The first three letters of a URI, without blanks and opening brackets; NUL if it is shorter. */
 struct Prefix {
     Prefix(const char* at, const char* end) {
         if (end - at >= 4 && KxAscii::isAlpha(at[0]) && KxAscii::isAlpha(at[1]) && KxAscii::isAlpha(at[2])) {
@@ -52,7 +52,7 @@ struct Prefix {
             letter = *at++;
         }
     }
-    /** `scheme` in lower case. */
+    /** Compares with `scheme`, which is in lower case, ignoring letter case. */
     bool is(const char (&scheme)[4]) const {
         return KxAscii::toLower(letters[0]) == scheme[0] && KxAscii::toLower(letters[1]) == scheme[1] &&
                KxAscii::toLower(letters[2]) == scheme[2];
@@ -60,7 +60,7 @@ struct Prefix {
     char letters[3] = {};
 };
 
-/** What stands before the colon, blanks and an opening bracket aside; empty unless it is a scheme's name.
+/** The text before the colon, without leading blanks and an opening bracket; empty unless it is a valid scheme.
     scheme = ALPHA *( ALPHA / DIGIT / "+" / "-" / "." )                       [RFC 3261 25.1] */
 std::string_view schemeOf(std::string_view text) {
     const char* const end = text.data() + text.size();
@@ -186,19 +186,19 @@ inline KxSipFault KxURI::sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<K
     return fault;
 }
 
-/** Reads a URI of another scheme than the two. */
+/** Reads a URI whose scheme does not begin with "sip" or "tel". */
 KxSipFault KxURI::sReadOther(KxInputStream& in, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri) {
     KxHandle<KxURI> read = sConstruct(scheme);
     if (typeid(*read) == typeid(KxURI)) {
         return sReadAs(in, std::move(read), uri);
     }
     read->m_standalone = standalone;
-    read->parse(in); // a host's class, which throws
+    read->parse(in); // an application's own class, which may throw
     uri = std::move(read);
     return {};
 }
 
-/** Reads from a whole stream and says what it was. */
+/** Reads a URI from a whole stream, and sets `what` to a description for the log. */
 inline KxSipFault KxURI::sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what) {
     const std::string_view text = in.window();
     const Prefix prefix(text.data(), text.data() + text.size());

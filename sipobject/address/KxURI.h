@@ -9,7 +9,7 @@
 class KxInputStream;
 class KxOutputStream;
 
-/** A URI of any scheme, kept as its scheme and the text behind the colon; base of the URIs whose scheme is known
+/** A URI of any scheme, stored as its scheme and the text after the colon. Base class of the URIs with a known scheme
     (KxSipURL, KxTelURL).
     absoluteURI = scheme ":" ( hier-part / opaque-part )                      [RFC 3261 25.1]
     Used by one thread at a time. */
@@ -17,26 +17,26 @@ class KX_SIP_API KxURI : public KxObject {
 public:
     using Creator = KxURI* (*)();
 
-    /** Null reads as no scheme. */
+    /** A URI with this scheme and no further text; null means no scheme. */
     explicit KxURI(const char* scheme);
-    /** Not assignable: the class of a URI is that of its scheme. */
+    /** Not assignable, since the class of a URI depends on its scheme. */
     KxURI& operator=(const KxURI&) = delete;
     ~KxURI() override;
     KxURI* clone() const override;
 
     virtual bool hasParameters() const;
     virtual bool hasHeaders() const;
-    /** The printed form. */
+    /** The URI as text. */
     virtual KxString getString() const;
-    /** Reads one URI; a "<" in front and a ">" behind are consumed, a line end is left.
-        Throws KxException "INVALID URI" where no colon follows the scheme. */
+    /** Reads one URI; a "<" before it and a ">" after it are consumed, a line end stays unread.
+        Throws KxException "INVALID URI" if no colon follows the scheme. */
     virtual void parse(KxInputStream& in);
-    /** As above from a text; null reads as empty. */
+    /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
 
-    /** Writes the printed form. */
+    /** Writes the URI. */
     void serialize(KxOutputStream& out) const { display(out, false); }
-    /** The same; by getString unless a class knows how to do without the string. */
+    /** As serialize. The default writes getString(); a class may override it to avoid the string. */
     void display(KxOutputStream& out, bool verbose) const override;
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
@@ -46,21 +46,22 @@ public:
     /** True exactly for a KxSipURL. */
     bool isSipURL() const { return m_isSipURL; }
 
-    /** Scheme and text, byte by byte. */
+    /** Compares scheme and text byte by byte. */
     bool operator==(const KxURI& other) const;
 
-    /** Registers the class of a scheme, letter case ignored; the first registration is kept. For start-up, before a
-        second thread reads: `scheme` must live as long as the process. The creator returns a new empty object, whose
-        virtual parse is given the whole URI and may throw; the class overrides clone. The schemes that begin with
-        "sip" and "tel" are the library's own. */
+    /** Registers the class of a scheme, ignoring letter case; the first registration of a scheme is kept. Call this at
+        start-up, before a second thread reads; `scheme` must live as long as the process. The creator returns a new
+        empty object, whose virtual parse is given the whole URI and may throw; the class overrides clone. Schemes that
+        begin with "sip" and "tel" are reserved for the library. */
     static void sAddConstructor(const char* scheme, Creator creator);
 
-    /** Reads a URI of the class that its first three letters name: "sip" a KxSipURL, "tel" a KxTelURL; anything else
-        is of the class that is registered for its scheme, or a KxURI. With `standalone` the parameters behind a SIP URL without angle brackets are its own; without, they
-        belong to the header it stands in. Throws what the class's parse throws. */
+    /** Reads and returns a URI. Its first three letters determine its class: "sip" gives a KxSipURL, "tel" a KxTelURL;
+        any other URI has the class registered for its scheme, or KxURI. If `standalone` is true, the parameters after a
+        SIP URL without angle brackets belong to the URL; else they belong to the header that contains it. Throws the
+        errors of the class's parse. */
     static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
-    /** As sConstructFrom, but what is wrong is told, not thrown (unless a host's class throws); the handle then stays
-        as it was. A step of a grammar: it goes by the log levels of the operation that it is part of. */
+    /** As sConstructFrom, but returns the fault instead of throwing it (an application's own class may still throw);
+        `uri` is then unchanged. Part of larger operations: uses the log levels of the operation that it is part of. */
     static KxSipFault sRead(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
 
 protected:
@@ -76,7 +77,7 @@ private:
     friend class KxSipRequest;
 
     static Oskan::MemAccount s_account;
-    /** An empty URI of the class that is registered for the scheme, or a KxURI of that scheme. */
+    /** An empty URI of the class registered for the scheme, or a KxURI with that scheme. */
     static KxHandle<KxURI> sConstruct(std::string_view scheme);
     template <class T>
     static KxSipFault sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri);
@@ -88,5 +89,5 @@ private:
     void setSchemeData(const KxString& data) { m_SchemeData = data; }
 };
 
-/** Writes the printed form; nothing for nil. */
+/** Writes the URI; nothing for nil. */
 KX_SIP_API KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri);

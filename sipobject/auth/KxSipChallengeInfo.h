@@ -9,8 +9,8 @@
 class KxInputStream;
 class KxOutputStream;
 
-/** What a server wants to be told before it serves: the challenge of an authentication scheme. A header shares the
-    challenge that it is given; a copy of a header has a copy of it. Used by one thread at a time. [RFC 2617 1.2] */
+/** The challenge of an authentication scheme, with which a server asks a client to authenticate. A header shares the
+    challenge that it is given; a copy of a header has its own copy. Used by one thread at a time. [RFC 2617 1.2] */
 class KX_SIP_API KxSipChallengeInfo : public KxObject {
 public:
     ~KxSipChallengeInfo() override;
@@ -18,16 +18,16 @@ public:
 
     /** Writes the properties, without the scheme. */
     virtual void serialize(KxOutputStream& out) const = 0;
-    /** The scheme, "Digest". */
+    /** The scheme, such as "Digest". */
     virtual KxString getType() const = 0;
     /** The protection space; nil when absent. */
     virtual KxString getRealm() const = 0;
 
-    /** Writes what serialize writes. */
+    /** Writes the same text as serialize. */
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** Reads the properties of a challenge of the scheme, letter case ignored; nil reads as no bytes.
-        Throws KxException "Challenge type not supported !" and what the scheme's class throws. */
+    /** Returns a challenge of the scheme, whose letter case is ignored, read from the properties; nil reads as empty.
+        Throws KxException "Challenge type not supported !" and the errors of the scheme's class. */
     static KxHandle<KxSipChallengeInfo> constructFrom(const char* scheme, const KxHandle<KxByteArray>& properties);
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);

@@ -9,14 +9,14 @@
 class KxInputStream;
 class KxOutputStream;
 
-/** What a client says to prove who it is: the credentials of an authentication scheme. Used by one thread at a time.
+/** The credentials of an authentication scheme, with which a client proves its identity. Used by one thread at a time.
     [RFC 2617 1.2] */
 class KX_SIP_API KxSipCredentialsInfo : public KxObject {
 public:
     ~KxSipCredentialsInfo() override;
     KxSipCredentialsInfo* clone() const override = 0;
 
-    /** Whether whoever made these credentials knew the password of the user in the realm. */
+    /** Whether these credentials were created with this password for this user and realm. */
     virtual bool validate(const KxString& username, const KxString& password, const KxString& realm) = 0;
     /** Writes the properties, without the scheme. */
     virtual void serialize(KxOutputStream& out) const = 0;
@@ -24,7 +24,7 @@ public:
     virtual KxString getUsername() const = 0;
     virtual KxString getPassword() const = 0;
     virtual KxString getRealm() const = 0;
-    /** The scheme, "Digest". */
+    /** The scheme, such as "Digest". */
     virtual const char* getType() const = 0;
 
 private:
@@ -32,11 +32,11 @@ private:
     virtual void setPassword(const KxString& password) = 0;
 
 public:
-    /** Writes what serialize writes. */
+    /** Writes the same text as serialize. */
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** Reads the properties of credentials of the scheme, letter case ignored; nil reads as no bytes.
-        Throws KxException "Credentials type not supported !" and what the scheme's class throws. */
+    /** Returns credentials of the scheme, whose letter case is ignored, read from the properties; nil reads as empty.
+        Throws KxException "Credentials type not supported !" and the errors of the scheme's class. */
     static KxHandle<KxSipCredentialsInfo> constructFrom(const char* scheme, const KxHandle<KxByteArray>& properties);
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);

@@ -6,8 +6,8 @@
 /** The challenge of the Digest scheme: named properties in the order in which they were first set.
     digest-challenge = 1#( realm / [domain] / nonce / [opaque] / [stale] / [algorithm] / [qop-options] / [auth-param] )
                                                                               [RFC 2617 3.2.1]
-    Read as KxSipPropertyScanner says, at most 1024 characters of names and values; only the last property needs a value.
-    algorithm, stale and uri are written bare, all others in quotes.
+    Read as KxSipPropertyScanner describes, with at most 1024 characters of names and values; only the last property
+    must have a value. algorithm, stale and uri are written without quotes, all other properties in quotes.
     `realm="a", stale="FALSE" , qop=auth` -> `realm="a",stale=FALSE,qop="auth"` */
 class KX_SIP_API KxSipDigestChallengeInfo final : public KxSipChallengeInfo {
 public:
@@ -15,13 +15,13 @@ public:
     explicit KxSipDigestChallengeInfo(const KxString& realm);
     KxSipDigestChallengeInfo* clone() const override;
 
-    /** Reads a new challenge from the properties; nil reads as no bytes. Throws what parse throws. */
+    /** Returns a new challenge read from the properties; nil reads as empty. Throws as parse does. */
     static KxHandle<KxSipDigestChallengeInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
 
-    /** Adds the properties of a text. Throws KxException "Buffer overflew !!!" for too many characters, "Failed to parse
-        Proxy-Authenticate SIP header" where the last property has no name or no value, or there is none. */
+    /** Reads properties and adds them. Throws KxException "Buffer overflew !!!" for too many characters, "Failed to
+        parse Proxy-Authenticate SIP header" if the last property has no name or no value, or there is no property. */
     void parse(KxInputStream& in);
-    /** As parse, but what is wrong is told, not thrown. */
+    /** As parse, but returns the fault instead of throwing it. */
     KxSipFault read(KxInputStream& in);
     void serialize(KxOutputStream& out) const override;
 
@@ -35,10 +35,10 @@ public:
     KxString getQopOptions() const { return getProperty("qop"); }
     KxString getStale() const { return getProperty("stale"); }
     KxString getAlgorithm() const { return getProperty("algorithm"); }
-    /** Any property; letter case of the name is ignored. */
+    /** Any property; the letter case of its name is ignored. */
     KxString getProperty(std::string_view name) const { return m_properties.getValue(name); }
 
-    /** Nil sets nothing. */
+    /** A nil value changes nothing. */
     void setProperty(std::string_view name, const KxString& value) { m_properties.setValue(name, value); }
     void setQopOptions(const KxString& value) { setProperty("qop", value); }
 

@@ -23,7 +23,7 @@ public:
     explicit Hex(const MD5::Raw& digest) { KxHexEncoding::toHex(digest.view(), m_digits); }
     std::string_view view() const { return {m_digits, sizeof m_digits}; }
 
-    /** As ==, but looks at every digit whatever the others are. */
+    /** As ==, but compares all digits even after a difference. */
     bool equalsInConstantTime(std::string_view other) const {
         if (other.size() != sizeof m_digits) {
             return false;
@@ -39,7 +39,7 @@ private:
     char m_digits[2 * sizeof(MD5::Raw)];
 };
 
-/** What is set to nil is there and empty. */
+/** The value, or an empty text for nil. */
 const KxString& orEmpty(const KxString& value) {
     static constinit const KxConstString kNothing("");
     return value.isNil() ? static_cast<const KxString&>(kNothing) : value;
@@ -64,7 +64,7 @@ MD5::Raw digestOf(const Texts&... texts) {
     return sum.finish();
 }
 
-/** The digest of the texts up to their first zero byte, wherever it stands. */
+/** The digest of the joined texts up to the first zero byte in any of them. */
 MD5::Raw digestUpToZero(std::initializer_list<std::string_view> texts) {
     MD5 sum;
     for (const std::string_view text : texts) {
@@ -77,7 +77,7 @@ MD5::Raw digestUpToZero(std::initializer_list<std::string_view> texts) {
     return sum.finish();
 }
 
-/** The properties that are computed with or written, found in one pass. What is absent has no data. */
+/** The properties that are used for computing or written, found in one pass. An absent property has null data. */
 struct Fields {
     explicit Fields(const KxParameters& properties) {
         for (const KxParameters::Pair& property : properties) {
@@ -119,7 +119,7 @@ struct Fields {
     std::string_view cnonce;
     std::string_view nc;
     std::string_view entityBody;
-    std::string_view received; ///< The response.
+    std::string_view received; ///< The received response.
 
 private:
     void take(const KxParameters::Pair& property) {
@@ -127,7 +127,7 @@ private:
         const KxBytes::Ends ends = KxBytes::Ends(name.data(), name.size()).folded();
         const auto takeAs = [&](const auto& known, std::string_view& field) {
             constexpr std::size_t kLength = sizeof known - 1;
-            // of eight letters the ends are all, so equal ends are the name
+            // Ends covers all of a name of up to eight letters, so equal ends mean an equal name
             const bool matches =
                 ends == KxBytes::Ends(known, kLength).folded() && (kLength <= 8 || KxAscii::equalsNoCase(name, known));
             if (matches) {
@@ -135,7 +135,7 @@ private:
             }
             return matches;
         };
-        switch (name.size()) { // as many names to compare with as there are of that length
+        switch (name.size()) { // compare only with the names of that length
         case 2:
             takeAs("nc", nc);
             break;
@@ -221,7 +221,7 @@ void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {
         if (isPresent(fields.opaque)) {
             writer.quoted("opaque", fields.opaque);
         }
-        if (isPresent(fields.qop)) { // in quotes, other than the RFC would have it and Authentication-Info does
+        if (isPresent(fields.qop)) { // in quotes, unlike in the RFC and in Authentication-Info
             writer.quoted("qop", fields.qop);
             writer.bare("nc", fields.nc);
             writer.quoted("cnonce", fields.cnonce);

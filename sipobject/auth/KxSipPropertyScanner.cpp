@@ -33,8 +33,8 @@ KxSipFault KxSipPropertyScanner::scan(KxInputStream& in) {
     return m_fault;
 }
 
-/** Takes the properties that stand in one piece, name=value or name="value", with a comma behind, as most do: nothing
-    of them is copied but into the list. Returns where one stands that needs a closer look. */
+/** Reads the plain properties, name=value or name="value" followed by a comma, directly into the list without another
+    copy. Most properties are plain. Returns the start of the first property that is not. */
 const char* KxSipPropertyScanner::takePlain(const char* at, const char* const end) {
     while (!m_isLineEnded) {
         for (; at != end && *at == ' '; ++at) {
@@ -62,7 +62,7 @@ const char* KxSipPropertyScanner::takePlain(const char* at, const char* const en
     return at;
 }
 
-/** False when reading ends here. */
+/** Handles a special character; returns false if reading ends after it. */
 bool KxSipPropertyScanner::takeSpecial(char c) {
     switch (c) {
     case '"':
@@ -91,13 +91,13 @@ void KxSipPropertyScanner::keep(std::string_view run) {
     }
 }
 
-/** What separates properties counts, but is never too much. */
+/** Keeps a separator character, which counts towards the limit but is never refused. */
 void KxSipPropertyScanner::keepUnlimited(char c) {
     m_text.append(c);
     ++m_kept;
 }
 
-/** Whether so many characters more are too many, which is a fault. */
+/** Whether `more` further characters exceed the limit. If so, sets the fault. */
 bool KxSipPropertyScanner::exceedsLimit(std::size_t more) {
     const bool exceeds = m_kept >= m_options.limit || more > m_options.limit - m_kept;
     if (exceeds) {

@@ -10,33 +10,33 @@
 
 class KxInputStream;
 
-/** Reads the property list of a challenge, of credentials or of an authentication info into a parameter list: tolerant,
-    in one pass, whatever stands there.
+/** Reads the property list of a challenge, of credentials or of an Authentication-Info into a parameter list, leniently
+    and in one pass.
     auth-param = token EQUAL ( token / quoted-string ), separated by commas   [RFC 2617 1.2]
-    Deliberately otherwise than the RFC: quotes are dropped wherever they stand and hide commas and blanks, but not "=",
-    when no value is open; a backslash is text; blanks outside quotes are dropped, tabs are not; a comma or line feed
-    where no value is open is part of the next name; every "=" behind the first belongs to the value.
+    Differs from the RFC on purpose: quotes are dropped everywhere; they protect commas and blanks, but not the "="
+    before the value; a backslash is ordinary text; blanks outside quotes are dropped, tabs are not; a comma or line
+    feed before the "=" of a property is part of its name; every "=" after the first one belongs to the value.
     `realm = "a, b",nonce=YWJj==` -> realm: `a, b`; nonce: `YWJj==` */
 class KxSipPropertyScanner {
 public:
-    /** In what the readers differ. */
+    /** The differences between the kinds of list. */
     struct Options {
-        /// Of the characters kept of the whole text. Commas, line feeds and "=" in it count, but are never too much.
+        /// For the characters kept from the whole text. Kept commas, line feeds and "=" count, but are never refused.
         std::size_t limit;
-        bool isLastRequired; ///< A last property without name or value is refused, else it is dropped.
-        bool lowersLastName; ///< The last property's name is made lower case; those in front of it never are.
+        bool isLastRequired; ///< If true, a last property without name or value is refused; else it is dropped.
+        bool lowersLastName; ///< If true, the name of the last property is made lower case; other names never are.
     };
     static constexpr Options kStrict{1024, true, true};
     static constexpr Options kLenient{std::numeric_limits<std::size_t>::max(), false, false};
 
-    /** Properties go into the list as they are read, also in front of one that is refused. */
+    /** Each property is added to the list when it is read, even if a later one is refused. */
     KxSipPropertyScanner(KxParameters& properties, const Options& options)
         : m_properties(properties), m_options(options) {}
 
-    /** Reads up to the line feed that ends a value, which is consumed, or to the end. Faults are "Buffer overflew !!!"
+    /** Reads to the end, or to a line feed that ends a value, which is consumed. The faults are "Buffer overflew !!!"
         and "Failed to parse Proxy-Authenticate SIP header". */
     KxSipFault scan(KxInputStream& in);
-    /** Whether all was read and nothing found wrong. */
+    /** Whether the whole text was read without a fault. */
     bool reachedEnd() const { return m_reachedEnd; }
 
 private:
@@ -54,12 +54,12 @@ private:
 
     KxParameters& m_properties;
     const Options m_options;
-    std::size_t m_kept = 0;       // of the whole text, and never less
-    std::size_t m_nameLength = 0; // of m_text, once the value is open
-    bool m_isOpen = false;        // a name is known and its value is read
+    std::size_t m_kept = 0;       // characters of the whole text; never decreases
+    std::size_t m_nameLength = 0; // length of the name in m_text, once m_isOpen
+    bool m_isOpen = false;        // the name is complete and its value is being read
     bool m_isQuoted = false;
     bool m_isLineEnded = false;
     bool m_reachedEnd = false;
     KxSipFault m_fault;
-    Oskan::FastString<1024> m_text; // of the property that is read: its name, then its value
+    Oskan::FastString<1024> m_text; // the current property: its name, then its value
 };

@@ -4,8 +4,7 @@
 
 #include <string_view>
 
-/** Writes a property list: "name=value" or, quoted, name="value", with commas between them and no blanks. Nothing is
-    escaped. */
+/** Writes a property list: name=value or name="value", separated by commas without blanks. Nothing is escaped. */
 class KxSipPropertyWriter {
 public:
     explicit KxSipPropertyWriter(KxOutputStream& out) : m_out(out) {}

@@ -9,12 +9,12 @@
 #include <string_view>
 #include <utility>
 
-/** The value of an authentication header: a whole line, whose commas separate nothing but properties.
+/** The value of an authentication header: a whole line, in which commas separate only the properties.
     challenge / credentials = auth-scheme SP auth-param *( "," auth-param )   [RFC 2617 1.2]
-    A line without a blank is all scheme.      "Digest realm=a,nonce=b" -> "Digest", "realm=a,nonce=b" */
+    A line without a blank is only a scheme.      "Digest realm=a,nonce=b" -> "Digest", "realm=a,nonce=b" */
 class KxSipSchemeLine {
 public:
-    /** Takes the rest of the line from its first character that is neither blank nor tab. */
+    /** Reads the rest of the line, starting at the first character that is neither blank nor tab. */
     explicit KxSipSchemeLine(KxInputStream& in) : m_line(takeLine(in, m_scanned)) {}
 
     std::string_view line() const { return m_line; }
@@ -24,8 +24,8 @@ public:
         return blank == std::string_view::npos ? std::string_view() : m_line.substr(blank + 1);
     }
 
-    /** Reads the properties into a challenge or credentials of a scheme's class, if its name is the scheme's, letter case
-        ignored; else the fault is the text for a scheme that is not known. */
+    /** Reads the properties into a new object of class Digest and stores it in `info`, if `scheme` is `name`, ignoring
+        letter case; otherwise returns a fault with the text `unknown`. */
     template <class Digest, class Info>
     static KxSipFault sRead(std::string_view scheme, const KxString& name, const char* unknown,
                             KxInputStream& properties, KxHandle<Info>& info) {

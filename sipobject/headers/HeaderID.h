@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Names a kind of header and is the number of its slot in a message. */
+/** Identifies a kind of header, and is the number of its slot in a message. */
 using HeaderID = std::uint32_t;
 
-/** Every identifier there is. The gaps are free. */
+/** All identifiers. Numbers not listed are unused. */
 namespace KxHeaderIDs {
 
 inline constexpr HeaderID kNone = 0;
@@ -66,7 +66,7 @@ inline constexpr HeaderID kUnknown = 55;
 inline constexpr HeaderID kUnsupported = 56;
 inline constexpr HeaderID kWWWAuthenticate = 58;
 
-/** Slots of a message. */
+/** The number of slots of a message. */
 inline constexpr std::size_t kCount = 60;
 static_assert(kWWWAuthenticate < kCount && kUnknown < kCount);
 

@@ -3,7 +3,7 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Accept-Encoding: one content coding that the sender takes, or "*" for any other, an object.
+/** Accept-Encoding: a content coding that the sender accepts, or "*" for any other. One object per coding.
     Accept-Encoding = "Accept-Encoding" HCOLON [ encoding *(COMMA encoding) ]   [RFC 3261 20.2]
     encoding = codings *(SEMI accept-param)
     An empty coding throws "Invalid Accept-Encoding header", so an empty list is refused.

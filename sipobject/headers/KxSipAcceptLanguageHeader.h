@@ -3,7 +3,7 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Accept-Language: one language that the sender understands, or "*" for any other, an object.
+/** Accept-Language: a language that the sender understands, or "*" for any other. One object per language.
     Accept-Language = "Accept-Language" HCOLON [ language *(COMMA language) ]   [RFC 3261 20.3]
     language = language-range *(SEMI accept-param)
     An empty range throws "Invalid Accept-Language header", so an empty list is refused.

@@ -4,8 +4,8 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
 
-/** The family of headers whose value is a name-address. Inside a header the ";" behind a URL without brackets belongs to
-    the header. This base holds the name-address; what is read around it the classes say. */
+/** The headers whose value is a name-address. In a header, the ";" after a URL without brackets starts the header's own
+    parameters. [RFC 3261 20] This base holds the name-address; the derived classes define the rest of the value. */
 template <class H>
 class KxSipAddressHeader : public KxSipHeaderOf<H> {
 public:
@@ -26,7 +26,7 @@ protected:
     /** The SIP URL of the name-address; nil when there is none. */
     KxHandle<KxSipURL> getSipURL() const { return m_nameAddress->getURL(); }
 
-    /** Reads into the name-address that is held, a new one where there is none. */
+    /** Reads into the existing name-address, or into a new one if there is none. */
     KxSipFault parseNameAddress(KxInputStream& in) {
         return m_nameAddress.isNil() ? KxSipNameAddress::sRead(in, m_nameAddress) : m_nameAddress->read(in);
     }
@@ -39,8 +39,8 @@ private:
     void serializeValue(KxOutputStream& out) const { out << m_nameAddress; }
 };
 
-/** The address headers with header parameters behind the name-address: name-addr *(SEMI parameter). A class H that has
-    more to ask of a value it read provides checkValidity(). */
+/** The address headers with header parameters after the name-address: name-addr *(SEMI parameter). A class H with
+    further requirements on a value provides checkValidity(), which is called after the value is read. */
 template <class H>
 class KxSipParameterAddressHeader : public KxSipParameterHeader<H, KxSipAddressHeader<H>> {
 protected:
@@ -62,7 +62,7 @@ protected:
             return fault;
         }
         const int c = in.peek();
-        if (c <= '\r' || c >= 0x80) { // the end, a line end or a byte that is no text
+        if (c <= '\r' || c >= 0x80) { // the end, a line end or a non-text byte
             return {};
         }
         if (c == ';') {

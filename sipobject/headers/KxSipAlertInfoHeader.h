@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipURIHeader.h"
 
-/** Alert-Info: where an alternative ring tone, or ring-back tone, is found.
+/** Alert-Info: the URI of an alternative ring tone or ring-back tone.
     Alert-Info = "Alert-Info" HCOLON alert-param *(COMMA alert-param)         [RFC 3261 20.4]
     alert-param = LAQUOT absoluteURI RAQUOT *( SEMI generic-param )
-    What is no URI in brackets is kept as text; from a constructor it throws "Invalid Alert-Info header".
+    A value that is not a URI in brackets is kept as text; in a constructor it throws "Invalid Alert-Info header".
     "Alert-Info: <http://h/a,b.wav> ;info=x" -> "Alert-Info: <http://h/a,b.wav>;info=x"; "Bellcore-dr3" -> the same */
 class KX_SIP_API KxSipAlertInfoHeader final : public KxSipURIHeader<KxSipAlertInfoHeader> {
 public:

@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Allow-Events: one event package an object.
+/** Allow-Events: an event package that the sender supports. One object per package.
     Allow-Events = ( "Allow-Events" / "u" ) HCOLON event-type *(COMMA event-type)   [RFC 6665 8.4]
-    The compact name "u" is not known here; an empty package is refused.
-    "Allow-Events: presence, dialog" -> two values, two lines out */
+    The compact name "u" is not recognised; an empty package is refused.
+    "Allow-Events: presence, dialog" -> two values, written as two lines */
 class KX_SIP_API KxSipAllowEventsHeader final : public KxSipTokenHeader<KxSipAllowEventsHeader> {
 public:
     explicit KxSipAllowEventsHeader(const char* event) : KxSipTokenHeader(event) {}

@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Allow: one method an object; a comma-separated line is a chain.
+/** Allow: a method that the sender supports. One object per method; a comma-separated line becomes a chain.
     Allow = "Allow" HCOLON [Method *(COMMA Method)]                           [RFC 3261 20.5]
-    An empty method is refused, so an empty list is too.
-    "Allow: INVITE, ACK ,BYE" -> three values, three lines out */
+    An empty method is refused, and so is an empty list.
+    "Allow: INVITE, ACK ,BYE" -> three values, written as three lines */
 class KX_SIP_API KxSipAllowHeader final : public KxSipTokenHeader<KxSipAllowHeader> {
 public:
     explicit KxSipAllowHeader(const char* method) : KxSipTokenHeader(method) {}

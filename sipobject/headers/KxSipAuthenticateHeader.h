@@ -3,28 +3,28 @@
 #include "sipobject/auth/KxSipChallengeInfo.h"
 #include "sipobject/headers/KxSipHeader.h"
 
-/** WWW-Authenticate and Proxy-Authenticate: the challenge that a request has to be repeated with an answer to.
+/** WWW-Authenticate and Proxy-Authenticate: the challenge that the client answers when it repeats the request.
     challenge = ("Digest" LWS digest-cln *(COMMA digest-cln))                 [RFC 3261 20.27, 20.44, 25.1]
-    The line is one challenge, commas included; the scheme ends at the first blank. A scheme other than Digest is refused.
+    The line is one challenge, including its commas; the scheme ends at the first blank. Only Digest is accepted.
     `Digest realm="a", stale="TRUE"` -> `Digest realm="a",stale=TRUE` */
 class KX_SIP_API KxSipAuthenticateHeader : public KxSipHeader {
 public:
-    /** Shares the challenge; nil is allowed and written as nothing. */
+    /** Shares the challenge; nil is allowed and is written as an empty value. */
     KxSipAuthenticateHeader(const KxString& name, const KxHandle<KxSipChallengeInfo>& challenge);
-    /** Copies the challenge, so that each header's is changed by itself. */
+    /** Copies the challenge too, so that the two headers do not share it. */
     KxSipAuthenticateHeader(const KxSipAuthenticateHeader& other);
     ~KxSipAuthenticateHeader() override;
 
-    /** The challenge itself, shared; nil where none was set. */
+    /** The challenge itself, shared; nil if none was set. */
     const KxHandle<KxSipChallengeInfo>& getChallenge() const { return m_challenge; }
     void setChallenge(const KxHandle<KxSipChallengeInfo>& challenge) { m_challenge = challenge; }
-    /** The scheme of the challenge, which must be there. */
+    /** The scheme of the challenge. The challenge must not be nil. */
     KxString getChallengeType() const { return m_challenge->getType(); }
 
 protected:
     KxSipAuthenticateHeader(const KxString& name, HeaderID id) : KxSipHeader(name, id) {}
 
-    /** Throws KxException, as KxSipChallengeInfo::constructFrom. */
+    /** Throws KxException as KxSipChallengeInfo::constructFrom does. */
     void doParse(KxInputStream& in) override;
     KxSipFault readValue(KxInputStream& in) override;
     void doSerialize(KxOutputStream& out) const override;

@@ -3,10 +3,10 @@
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxLazyParameters.h"
 
-/** Authentication-Info: what a server tells of a successful authentication.
+/** Authentication-Info: what a server returns after a successful authentication.
     Authentication-Info = "Authentication-Info" HCOLON ainfo *(COMMA ainfo)   [RFC 3261 20.6, 25.1]
-    The line is one value, read as KxSipPropertyScanner says, and nothing in it is refused: a last property without name
-    or value is dropped. Other properties than the five are not written, nextnonce always is.
+    The line is one value, read as KxSipPropertyScanner describes. No content is refused: a last property without name
+    or value is dropped. Only nextnonce, rspauth, qop, nc and cnonce are written; nextnonce always is.
     `rspauth="x", nc=1, qop="auth"` -> `nextnonce="",rspauth="x",qop=auth,nc=1,cnonce=""` */
 class KX_SIP_API KxSipAuthenticationInfoHeader final : public KxSipHeaderOf<KxSipAuthenticationInfoHeader> {
 public:

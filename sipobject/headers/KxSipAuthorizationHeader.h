@@ -5,22 +5,22 @@
 
 /** Authorization: the credentials of a user agent.
     Authorization = "Authorization" HCOLON ("Digest" LWS digest-response)     [RFC 3261 20.7, 25.1]
-    The line is one set of credentials, commas included; the scheme ends at the first blank. A scheme other than Digest
-    is refused. Writing throws KxException where the response has to be computed and the algorithm is not MD5.
+    The line is one set of credentials, including commas; the scheme ends at the first blank. Only Digest is accepted.
+    Writing throws KxException if the response has to be computed and the algorithm does not begin with "MD5".
     `Digest username="u", response="r", qop=auth` ->
     `Digest username="u",realm="",nonce="",response="r",uri="",qop="auth",nc=,cnonce=""` */
 class KX_SIP_API KxSipAuthorizationHeader : public KxSipHeaderOf<KxSipAuthorizationHeader> {
 public:
-    /** Share the credentials; nil is allowed and written as nothing. */
+    /** Both share the credentials; nil is allowed and is written as an empty value. */
     explicit KxSipAuthorizationHeader(const KxHandle<KxSipCredentialsInfo>& credentials);
     KxSipAuthorizationHeader(const KxString& name, const KxHandle<KxSipCredentialsInfo>& credentials);
-    /** Copies the credentials, so that each header's are validated by themselves. */
+    /** Copies the credentials too, so that the two headers do not share them. */
     KxSipAuthorizationHeader(const KxSipAuthorizationHeader& other);
     ~KxSipAuthorizationHeader() override;
 
-    /** The credentials themselves, shared; nil where none were given. */
+    /** The credentials themselves, shared; nil if none were given. */
     const KxHandle<KxSipCredentialsInfo>& getCredentials() const { return m_credentials; }
-    /** The scheme of the credentials, which must be there. */
+    /** The scheme of the credentials. The credentials must not be nil. */
     KxString getAuthenticationType() const { return m_credentials->getType(); }
 
     static const KxConstString sToken;

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** CC-Diversion: from where a call was diverted, one diversion an object.
+/** CC-Diversion: the address that diverted a call. One object per diversion.
     CC-Diversion = "CC-Diversion" HCOLON name-addr *(SEMI param) *(COMMA ...)   [as Diversion, RFC 5806 4]
-    "CC-Diversion: <sip:a>;reason=busy, <sip:b>" -> two values, two lines out */
+    "CC-Diversion: <sip:a>;reason=busy, <sip:b>" -> two values, written as two lines */
 class KX_SIP_API KxSipCCDiversionHeader final : public KxSipParameterAddressHeader<KxSipCCDiversionHeader> {
 public:
     /** Holds a copy; nil gives an empty name-address. */
@@ -12,7 +12,7 @@ public:
     /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipCCDiversionHeader(const char* text) { parseText(text); }
 
-    /** Nil when the URI is no SIP URL. */
+    /** Nil if the URI is not a SIP URL. */
     KxHandle<KxSipURL> getURL() const { return getSipURL(); }
     const KxString& getDisplayName() const { return m_nameAddress->getDisplayName(); }
 

@@ -4,9 +4,10 @@
 
 #include <cstdint>
 
-/** CSeq: the place of a request in its dialog, and its method.
+/** CSeq: the sequence number of a request in its dialog, and its method.
     CSeq = "CSeq" HCOLON 1*DIGIT LWS Method                                   [RFC 3261 20.16]
-    Any 32-bit number is taken; a missing method throws "Invalid CSeq header".  "CSeq:  4711  INVITE" -> "4711 INVITE" */
+    Any 32-bit number is accepted; a missing method throws "Invalid CSeq header".
+    "CSeq:  4711  INVITE" -> "4711 INVITE" */
 class KX_SIP_API KxSipCSeqHeader final : public KxSipHeaderOf<KxSipCSeqHeader> {
 public:
     KxSipCSeqHeader(std::uint32_t number, const KxString& method) : m_seqNumber(number), m_method(method) {}

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipHeaderOf.h"
 
-/** Call-ID: names the call.
+/** Call-ID: identifies the call.
     Call-ID = ( "Call-ID" / "i" ) HCOLON callid                               [RFC 3261 20.8]
-    Ends at white space only, so a comma belongs to it; an empty one throws "Invalid Call-ID header".
+    The value ends at white space only, so it may contain commas; an empty one throws "Invalid Call-ID header".
     "i: a84b4c76,66710@h" -> the same */
 class KX_SIP_API KxSipCallIdHeader final : public KxSipHeaderOf<KxSipCallIdHeader> {
 public:

@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipURIHeader.h"
 
-/** Call-Info: more about the caller or callee, an icon or a web page.
+/** Call-Info: more about the caller or callee, for example an icon or a web page.
     Call-Info = "Call-Info" HCOLON info *(COMMA info)                         [RFC 3261 20.9]
     info = LAQUOT absoluteURI RAQUOT *( SEMI info-param)
-    For those who build messages: the name is not registered, so a line that is read is kept as unknown text.
+    For building messages only: the name is not registered, so a received line becomes a KxSipUnknownHeader.
     KxSipCallInfoHeader("<http://h/a.png>;purpose=icon") -> "Call-Info: <http://h/a.png>;purpose=icon" */
 class KX_SIP_API KxSipCallInfoHeader final : public KxSipURIHeader<KxSipCallInfoHeader> {
 public:

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** Contact: where the sender can be reached, one address an object, or "*" for all.
+/** Contact: an address at which the sender can be reached, or "*" for all. One object per address.
     Contact = ( "Contact" / "m" ) HCOLON ( STAR / (contact-param *(COMMA contact-param)) )   [RFC 3261 20.10]
-    The name-address of a wildcard is empty, its getURL nil.
+    For a wildcard the name-address is empty and getURL returns nil.
     "m: Bob <sip:h>;expires=60;q=0.5" -> the same; "Contact: *" -> "Contact: *" */
 class KX_SIP_API KxSipContactHeader final : public KxSipParameterAddressHeader<KxSipContactHeader> {
 public:
@@ -14,7 +14,7 @@ public:
     explicit KxSipContactHeader(const char* text);
 
     bool isWildCard() const { return m_wildCard; }
-    /** Nil for a wildcard and where the URI is no SIP URL. */
+    /** Nil for a wildcard, and if the URI is not a SIP URL. */
     KxHandle<KxSipURL> getURL() const { return getSipURL(); }
     /** Empty for a wildcard. */
     KxString getDisplayName() const;
@@ -22,13 +22,13 @@ public:
     KxString getQValue() const { return getParameter("q"); }
     void setQValue(const KxString& q) { setParameter("q", q); }
     void removeQValue() { removeParameter("q"); }
-    /** Seconds as written; nil when absent. */
+    /** Seconds, as text; nil when absent. */
     KxString getExpires() const { return getParameter("expires"); }
     void setExpires(const KxString& seconds) { setParameter("expires", seconds); }
     void removeExpires() { removeParameter("expires"); }
     void setAction(const KxString& action) { setParameter("action", action); }
     void removeAction() { removeParameter("action"); }
-    /** Written behind the parameters in parentheses; only set by the host. */
+    /** Written in parentheses after the parameters. Set by the application only; never read from a message. */
     const KxString& getComment() const { return m_comment; }
     void setComment(const KxString& comment) { m_comment = comment; }
 

@@ -3,7 +3,7 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Content-Disposition: what the body is for.
+/** Content-Disposition: how the body is to be used.
     Content-Disposition = "Content-Disposition" HCOLON disp-type *( SEMI disp-param )   [RFC 3261 20.11]
     An empty type throws "Invalid Content-Disposition header".
     "Content-Disposition: attachment; filename=\"a,b\";handling=optional" -> the same without the blank */
@@ -14,7 +14,7 @@ public:
 
     /** "session", "render", "icon", "alert" or another. */
     const KxString& getType() const { return m_value; }
-    /** "required" or "optional"; nil when absent, which means required. */
+    /** "required" or "optional"; nil when absent, which means "required". */
     KxString getHandling() const { return getParameter("handling"); }
     void setHandling(const KxString& handling) { setParameter("handling", handling); }
 

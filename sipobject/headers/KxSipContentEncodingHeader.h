@@ -2,7 +2,7 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Content-Encoding: one content coding an object.
+/** Content-Encoding: a content coding applied to the body. One object per coding.
     Content-Encoding = ( "Content-Encoding" / "e" ) HCOLON content-coding *(COMMA content-coding)   [RFC 3261 20.12]
     An empty coding is refused.      "e: gzip" -> "e: gzip" */
 class KX_SIP_API KxSipContentEncodingHeader final : public KxSipTokenHeader<KxSipContentEncodingHeader> {

@@ -4,7 +4,7 @@
 
 /** Content-Length: the size of the body in bytes.
     Content-Length = ( "Content-Length" / "l" ) HCOLON 1*DIGIT                [RFC 3261 20.14]
-    A value that is no number reads as 0.      "l: 42" -> "l: 42" */
+    A value that is not a number reads as 0.      "l: 42" -> "l: 42" */
 class KX_SIP_API KxSipContentLengthHeader final : public KxSipNumberHeader<KxSipContentLengthHeader> {
 public:
     explicit KxSipContentLengthHeader(std::uint32_t length) : KxSipNumberHeader(length) {}

@@ -4,8 +4,8 @@
 
 /** Content-Type: the media type of the body.
     Content-Type = ( "Content-Type" / "c" ) HCOLON m-type SLASH m-subtype *(SEMI m-parameter)   [RFC 3261 20.15]
-    A comma ends the value even inside quotes. A value without type or subtype throws "Invalid Accept header", the text
-    it shares with Accept.      "c: text / plain ;charset=utf-8" -> "c: text/plain;charset=utf-8" */
+    A comma ends the value even inside quotes. A value without type or subtype throws "Invalid Accept header", the same
+    error text as for Accept.      "c: text / plain ;charset=utf-8" -> "c: text/plain;charset=utf-8" */
 class KX_SIP_API KxSipContentTypeHeader : public KxSipMediaTypeHeader<KxSipContentTypeHeader> {
 public:
     KxSipContentTypeHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
@@ -23,6 +23,6 @@ protected:
 
     KxSipContentTypeHeader() = default;
 
-    /** Splits at the first "/", nothing trimmed; without one all is type; null empties both. */
+    /** Splits at the first "/" without trimming. Without a "/" the whole text is the type; null empties both. */
     void setMediaType(const char* mediaType);
 };

@@ -5,13 +5,13 @@
 
 /** Date: when the message was first sent.
     Date = "Date" HCOLON SIP-date                                             [RFC 3261 20.17]
-    The whole line is one value. Other forms of date are read too (KxDate) and written as the RFC has them; a text that
-    is no date is kept.      "Date: Saturday, 13-Nov-10 23:29:00 GMT" -> "Date: Sat, 13 Nov 2010 23:29:00 GMT" */
+    The whole line is one value. Other date formats are read too (see KxDate) and written in the RFC's format; text that
+    is not a date is kept.      "Date: Saturday, 13-Nov-10 23:29:00 GMT" -> "Date: Sat, 13 Nov 2010 23:29:00 GMT" */
 class KX_SIP_API KxSipDateHeader final : public KxSipHeaderOf<KxSipDateHeader> {
 public:
     explicit KxSipDateHeader(const KxDate& date) : m_date(date) {}
 
-    /** Not valid, and of no time, where the text was no date. */
+    /** Invalid and without a time if the text was not a date. */
     const KxDate& getDate() const { return m_date; }
     void setDate(const KxDate& date) { m_date = date; }
 

@@ -2,20 +2,20 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** From and To: address headers with a tag, whose SIP URL carries nothing that would route a request. A class H says
+/** From and To: address headers with a tag, whose SIP URL has no part that would route a request. A class H defines
 
-        static constexpr const char* kInvalid = "...";              // the fault where there is no URI
+        static constexpr const char* kInvalid = "...";              // the fault if there is no URI
         static constexpr KxLiteral kTraceAddress, kTraceURL, kTraceText, kTraceCopy;  // names of its constructors */
 template <class H>
 class KxSipDialogPartyHeader : public KxSipParameterAddressHeader<H> {
 public:
-    /** The URI's printed form, whatever its scheme. */
+    /** The URI as text, whatever its scheme; empty without a URI. */
     KxString getURL() const { return this->m_nameAddress.isNil() ? KxString("") : this->m_nameAddress->getURLString(); }
 
     /** Nil when absent. [RFC 3261 19.3] */
     KxString getTag() const { return this->m_parameters.getValue(H::sTagToken); }
     bool isTagPresent() const { return this->m_parameters.isPresent(H::sTagToken); }
-    /** Null and empty change nothing. */
+    /** Null and "" change nothing. */
     void setTag(const char* tag) {
         if (tag != nullptr && *tag != '\0') {
             this->m_parameters.write().setValue(H::sTagToken, KxString(tag));
@@ -25,7 +25,6 @@ public:
         }
     }
 
-    /** "tag" */
     static constexpr const char* sTagToken = "tag";
 
 protected:
@@ -52,8 +51,8 @@ protected:
 private:
     friend class KxSipParameterAddressHeader<H>;
 
-    /** A URL that has parameters loses those that only a Request-URI or Contact may have, and its headers; one without
-        keeps its headers. [RFC 3261 19.1.1, table 1] */
+    /** Removes from a URL that has parameters those that only a Request-URI or Contact may have, and its headers. A URL
+        without parameters keeps its headers. [RFC 3261 19.1.1, table 1] */
     KxSipFault checkValidity() {
         if (this->m_nameAddress.isNil() || this->m_nameAddress->getURI().isNil()) {
             return KxSipFault(H::kInvalid);

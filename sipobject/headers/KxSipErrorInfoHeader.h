@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipURIHeader.h"
 
-/** Error-Info: where more is found about the error that the response tells of.
+/** Error-Info: the URI of more information about the error in the response.
     Error-Info = "Error-Info" HCOLON error-uri *(COMMA error-uri)             [RFC 3261 20.18]
     error-uri = LAQUOT absoluteURI RAQUOT *( SEMI generic-param )
-    What is no URI in brackets is kept as text; from a constructor it throws "Invalid Error-Info header".
+    A value that is not a URI in brackets is kept as text; in a constructor it throws "Invalid Error-Info header".
     "Error-Info: <sip:not-in-service@h;x=1>;y" -> the same */
 class KX_SIP_API KxSipErrorInfoHeader final : public KxSipURIHeader<KxSipErrorInfoHeader> {
 public:

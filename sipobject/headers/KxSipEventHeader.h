@@ -3,9 +3,9 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Event: the event package, with its templates, that a subscription is for, and which of several it is.
+/** Event: the event package of a subscription, with its templates, and the id that distinguishes subscriptions.
     Event = ( "Event" / "o" ) HCOLON event-type *( SEMI event-param )         [RFC 6665 8.2.1]
-    An empty type throws "Invalid Event header". The compact name "o" is not known here.
+    An empty type throws "Invalid Event header". The compact name "o" is not recognised.
     "Event: presence.winfo ;id=93" -> "Event: presence.winfo;id=93" */
 class KX_SIP_API KxSipEventHeader final
     : public KxSipTokenHeader<KxSipEventHeader, KxSipParameterHeader<KxSipEventHeader>> {

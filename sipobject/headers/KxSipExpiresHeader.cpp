@@ -24,7 +24,7 @@ void KxSipExpiresHeader::setDate(std::string_view text) {
     m_deltaSeconds = 0;
 }
 
-/** Takes a number with nothing but blanks behind it; else leaves the stream where it was. */
+/** Reads a number followed only by blanks; otherwise leaves the stream unchanged. */
 KxSipFault KxSipExpiresHeader::parseSeconds(KxInputStream& in, bool& taken) {
     const std::string_view text = in.window();
     const char* const end = text.data() + text.size();

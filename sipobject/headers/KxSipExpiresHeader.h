@@ -6,18 +6,19 @@
 #include <concepts>
 #include <cstdint>
 
-/** Expires: when a registration, subscription or offer ends: after seconds, or on a date.
+/** Expires: when a registration, subscription or offer ends, as a number of seconds or as a date.
     Expires = "Expires" HCOLON delta-seconds                                  [RFC 3261 20.19]
-    A date is taken as well, as RFC 2543 (6.20) had it. Throws "Invalid Expires header" for nothing and "un-expecting
-    end of file when parsing KxSipExpiresHeader" for 64 characters without a blank.
+    A date is accepted too, as in RFC 2543 6.20. Throws "Invalid Expires header" for an empty value, and "un-expecting
+    end of file when parsing KxSipExpiresHeader" if the value starts with a digit and has no blank or line end within 64
+    characters.
     "Expires: 3600  " -> "Expires: 3600"; "Expires: Thu, 01 Dec 1994 16:00:00 GMT" -> the same */
 class KX_SIP_API KxSipExpiresHeader final : public KxSipHeaderOf<KxSipExpiresHeader> {
 public:
     explicit KxSipExpiresHeader(std::uint32_t deltaSeconds) : m_deltaSeconds(deltaSeconds) {}
-    /** The same for numbers of other types, so that a literal 0 is one and no null text. */
+    /** The same for other integer types, so that a literal 0 is a number and not a null text. */
     template <std::integral Number>
     explicit KxSipExpiresHeader(Number deltaSeconds) : KxSipExpiresHeader(static_cast<std::uint32_t>(deltaSeconds)) {}
-    /** A date. */
+    /** Sets a date; null reads as empty. */
     explicit KxSipExpiresHeader(const char* date) { setDate(date == nullptr ? "" : date); }
 
     /** Whether the value is a date. */

@@ -2,13 +2,13 @@
 
 #include "sipobject/headers/KxSipDialogPartyHeader.h"
 
-/** From: who sends the request, with the tag that is the caller's half of the dialog.
+/** From: the sender of the request, with the tag that is the caller's part of the dialog identifier.
     From = ( "From" / "f" ) HCOLON ( name-addr / addr-spec ) *(SEMI from-param)   [RFC 3261 20.20]
-    A URL with parameters loses transport, maddr, ttl and its headers.
+    From a URL with parameters, transport, maddr, ttl and the headers are removed.
     "From: Bob <sip:h>;tag=1" -> the same */
 class KX_SIP_API KxSipFromHeader final : public KxSipDialogPartyHeader<KxSipFromHeader> {
 public:
-    /** Hold copies; nil gives an empty name-address or list. */
+    /** Both hold copies; nil gives an empty name-address or list. */
     KxSipFromHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters = {})
         : KxSipDialogPartyHeader(address, parameters) {}
     KxSipFromHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)

@@ -19,7 +19,7 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipHeader"};
 constinit KxNameRegistry<KxSipHeader::Creator> s_registry;
 
-/** Stands where a trace scope would, when no scope logs. */
+/** Used instead of a trace scope when tracing is off. */
 struct NoScope {
     NoScope(const Oskan::AceCleanupLogger&, const char*) {}
 };
@@ -31,15 +31,15 @@ constexpr KxSipFault kNoColon{"SIP Header parse error : no colon found"};
 constexpr KxSipFault kNothingBehindColon{"SIP Header parse error : nothing after the colon",
                                          KxSipFault::Error::EmptyHeader};
 
-/** Names of this length and more are never registered ones. */
+/** A name of this length or longer is treated as unregistered. */
 constexpr std::size_t kNameLimit = 48;
 
-/** Whether a line that breaks at `at` ends there with CR LF and is not continued. */
+/** Whether the line break at `at` is CR LF and the line is not continued. */
 bool endsPlainly(const char* at, const char* end) {
     return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
 }
 
-/** One logical line, ending in CR LF: in place when that is how it lies, else unfolded into `copy`. */
+/** Reads one logical line, which ends in CR LF: in place if it ends plainly, else unfolded into `copy`. */
 std::string_view takeLine(KxInputStream& in, Oskan::FastString<256>& copy) {
     const std::string_view window = in.window();
     const char* const stop = KxBytes::findAny<'\r', '\n'>(window.data(), window.data() + window.size());
@@ -71,13 +71,13 @@ std::string_view trimEnd(std::string_view name) {
     return name;
 }
 
-/** The name in front of the first colon of the bytes as they stand, so a name that is folded is not a registered one. */
+/** The name before the first colon of the raw bytes. A folded name therefore matches no registered name. */
 std::string_view nameIn(const char* begin, const char* end) {
     const char* const colon = KxBytes::findAny<':'>(begin, end);
     return trimEnd(std::string_view(begin, static_cast<std::size_t>(colon - begin)));
 }
 
-/** Skips blanks; false when nothing but white space follows. */
+/** Skips blanks; returns false if only white space follows. */
 [[gnu::always_inline]] inline bool skipToText(KxInputStream& in, const char* end) {
     const char* const begin = in.window().data();
     const char* at = begin;
@@ -88,7 +88,7 @@ std::string_view nameIn(const char* begin, const char* end) {
     return at != end && (*at > ' ' || KxAscii::skipSpace(at, end) != end);
 }
 
-/** Where the comma stands that ends a value; `end` when there is none. */
+/** The comma that ends a value, or `end` if there is none. */
 const char* findComma(const char* at, const char* end) {
     while (at != end && *at != ',') {
         ++at;
@@ -100,22 +100,22 @@ const char* findComma(const char* at, const char* end) {
 
 /** A logical line. */
 struct KxSipHeader::Line {
-    std::string_view key;   ///< The name that decides on the class.
-    std::string_view name;  ///< The name as it stood.
-    std::string_view value; ///< What stands behind the colon, CR LF included.
-    const char* readable;   ///< Where the bytes end that lie behind the value.
+    std::string_view key;   ///< The name that selects the class.
+    std::string_view name;  ///< The name as received.
+    std::string_view value; ///< The text after the colon, including CR LF.
+    const char* readable;   ///< The end of the readable bytes after the value.
 };
 
 constinit Oskan::MemAccount KxSipHeader::s_account{"KxSipHeader"};
 constinit std::atomic<std::uint32_t> KxSipHeader::s_changes{0};
 
-/** In a loop: a chain may be longer than the stack is deep. */
+/** A loop, not recursion, since a long chain would overflow the stack. */
 void KxSipHeader::releaseChain() {
     KxHandle<KxSipHeader> next = std::move(m_next);
     while (!next.isNil() && next->isUnshared()) {
         next = KxHandle<KxSipHeader>(std::move(next->m_next));
     }
-    if (isInMessage() && !next.isNil()) { // a host holds one of them, which outlives the message
+    if (isInMessage() && !next.isNil()) { // an application still holds one of them, which outlives the message
         next->leaveMessage();
     }
 }
@@ -179,7 +179,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
     return header;
 }
 
-/** An object of the class that goes by the key, under the name as it stood. */
+/** Creates an object of the class registered for the key. Sets `named` if its name already is the line's name. */
 template <bool kTraced>
 [[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(const Line& line, bool& named) {
     const Scope<kTraced> trace(s_logger, "KxSipHeader::sConstruct");
@@ -213,7 +213,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
 template <bool kTraced>
 [[gnu::always_inline]] inline KxSipFault KxSipHeader::parseValues(KxInputStream& in) {
     const Scope<kTraced> trace(s_logger, "KxSipHeader::parseRest");
-    const char* const end = in.window().data() + in.window().size(); // a line: whole
+    const char* const end = in.window().data() + in.window().size(); // the stream is one whole line
     if (!skipToText(in, end)) {
         return kNothingBehindColon;
     }
@@ -225,7 +225,7 @@ template <bool kTraced>
     return comma == end ? fault : parseFurther<kTraced>(in, comma);
 }
 
-/** The values behind the first one, each in an object of its own. */
+/** Reads the values after the first one, each into an object of its own. */
 template <bool kTraced>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxInputStream& in, const char* comma) {
     const char* const end = in.window().data() + in.window().size();
@@ -265,7 +265,7 @@ template <bool kTraced>
     return parseValues<kTraced>(in);
 }
 
-/** The values that stand in the stream, the first of them for this object. */
+/** Reads the values in the stream, the first one into this object. */
 void KxSipHeader::parseRest(KxInputStream& in) {
     parseValues<true>(in).raiseIfAny();
 }
@@ -282,7 +282,7 @@ template <bool kTraced>
     return fault;
 }
 
-/** A plain line is read where it lies: a name, the colon at once behind it, CR LF at the end, not continued. */
+/** Reads a plain line in place: a name directly followed by the colon, CR LF at the end, not continued. */
 template <bool kTraced>
 [[gnu::always_inline]] inline KxSipFault KxSipHeader::sRead(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     const std::string_view window = in.window();
@@ -302,7 +302,7 @@ template <bool kTraced>
     return sMake<kTraced>({name, name, value, in.readableEnd()}, header);
 }
 
-/** A line that is folded, ends otherwise than in CR LF, has blanks about its name or a fault in it, or is not whole. */
+/** Reads any other line: folded, without CR LF at its end, with blanks around its name, faulty or not whole. */
 template <bool kTraced>
 [[gnu::noinline]] KxSipFault KxSipHeader::sReadUnplain(KxInputStream& in, KxHandle<KxSipHeader>& header) {
     if (!in.isWhole()) {
@@ -321,7 +321,7 @@ template <bool kTraced>
         return kNoColon;
     }
     const std::string_view name = KxAscii::trim(line.substr(0, colon));
-    // the class goes by the name as it stood, folds and all
+    // the raw name, with its folds, selects the class
     const std::string_view key = nameIn(raw, in.window().data());
     if (name.empty() || key.empty()) {
         return kNoToken;

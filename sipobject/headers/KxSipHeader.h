@@ -18,18 +18,18 @@ class KxInputStream;
 class KxOutputStream;
 
 /** Base of every SIP header: the name it is written under, the link to the next value of the same header, and its
-    kind. It reads lines (folding, names, commas) and writes them; a class below it knows the grammar of one value and
-    nothing else.
+    kind. It reads and writes whole lines (folding, names, commas); a derived class defines only the grammar of one
+    value.
 
-    A line of several comma-separated values becomes a chain of objects of one class; a chain is written as one line a
-    value. Headers are made by the registry or by the classes' own constructors, held through KxHandle, and used by one
-    thread at a time. A header is part of one message at most: see KxSipMessage::addHeader. [RFC 3261 7.3] */
+    A line of several comma-separated values becomes a chain of objects of one class; a chain is written as one line per
+    value. Headers are created by the registry or by the constructors of their classes, held through KxHandle, and used
+    by one thread at a time. A header is part of at most one message: see KxSipMessage::addHeader. [RFC 3261 7.3] */
 class KX_SIP_API KxSipHeader : public KxObject {
 public:
-    /** Makes an empty header of a class. */
+    /** Creates an empty header of a class. */
     using Creator = KxSipHeader* (*)();
 
-    /** Not assignable: a header hangs in a chain, and owns what its class holds. Copy it. */
+    /** Not assignable, since a header is part of a chain and owns its data. Use the copy constructor or clone. */
     KxSipHeader& operator=(const KxSipHeader&) = delete;
     ~KxSipHeader() override {
         if (!m_next.isNil()) {
@@ -37,48 +37,49 @@ public:
         }
     }
 
-    /** The full name of the class, "Via". */
+    /** The full header name, such as "Via". */
     virtual const KxString& getExpandedToken() const = 0;
-    /** The compact name, "v", or the full one where there is none. [RFC 3261 7.3.3] */
+    /** The compact name, such as "v", or the full name if there is none. [RFC 3261 7.3.3] */
     virtual const KxString& getCompactToken() const;
 
 protected:
-    /** Reads one value; the stream stands behind the colon or comma and ends with the line. Stops at a top-level comma,
-        which stays unread, or at the end. Throws KxSipParseError. */
+    /** Reads one value. The stream is positioned after the colon or comma and ends with the line. Reading stops at a
+        top-level comma, which stays unread, or at the end. Throws KxSipParseError. */
     virtual void doParse(KxInputStream& in) = 0;
-    /** Writes one value, without name, colon or line end. */
+    /** Writes one value without name, colon or line end. */
     virtual void doSerialize(KxOutputStream& out) const = 0;
-    /** As doParse, but may tell what is wrong instead of throwing it, as the classes of the library do. */
+    /** As doParse, but may return the fault instead of throwing it, as the library's own classes do. */
     virtual KxSipFault readValue(KxInputStream& in);
 
 public:
-    /** Reads one header line, with its continuation lines, from the start of a line; the values chained behind each
-        other. A name that is not registered gives a KxSipUnknownHeader. The line is consumed whatever happens.
+    /** Returns the first value of one header line, with the other values chained after it. Reads from the start of a
+        line and includes continuation lines. A name that is not registered gives a KxSipUnknownHeader. The line is
+        consumed even if this throws.
         Throws KxSipParseError ("Header token expected", "SIP Header parse error : no colon found"),
-        KxSipParseErrorEmptyHeader ("SIP Header parse error : nothing after the colon") and what the class throws. */
+        KxSipParseErrorEmptyHeader ("SIP Header parse error : nothing after the colon") and the errors of the class. */
     static KxHandle<KxSipHeader> sConstructFrom(KxInputStream& in);
 
-    /** Registers a name, letter case ignored; the first registration stands. For static initialisers: `name` must
-        live as long as the process. */
+    /** Registers a name, ignoring letter case; the first registration of a name is kept. For static initialisers:
+        `name` must live as long as the process. */
     static void sAddConstructor(const char* name, Creator creator);
 
-    /** All names that are registered, compact ones too, in no order. They live as long as the process. */
+    /** All registered names, including compact ones, in no particular order. They live as long as the process. */
     static std::vector<std::string_view> sNames();
 
-    /** Reads one header line into this object and its chain. Throws as sConstructFrom. */
+    /** Reads one header line into this object and its chain. Throws as sConstructFrom does. */
     void parse(KxInputStream& in);
-    /** Writes this value and all behind it, one line each. */
+    /** Writes this value and all values after it, one line each. */
     void serialize(KxOutputStream& out) const;
 
     void display(KxOutputStream& out, bool verbose) const override;
 
     /** The next value of the same header; nil at the end. */
     const KxHandle<KxSipHeader>& getNext() const { return m_next; }
-    /** The name that is written: as it stood in the input, or the full name. */
+    /** The name that is written: the name as received, or the full name. */
     const KxString& getToken() const { return m_token; }
 
     HeaderID getHeaderID() const { return m_headerID; }
-    /** @param id 65535 at most. */
+    /** @param id at most 65535. */
     void setHeaderID(HeaderID id) {
         OSKAN_ASSERT(id <= UINT16_MAX);
         m_headerID = static_cast<std::uint16_t>(id);
@@ -87,16 +88,16 @@ public:
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 
 protected:
-    /** Separators of RFC 3261 tokens (25.1), control characters aside. */
+    /** The separators of tokens. Of the control characters only tab, CR and LF are included. [RFC 3261 25.1] */
     static constexpr KxCharSet sDelimeters{" \t\r\n\\\"()<>@,;:/[]?={}"};
 
     explicit KxSipHeader(const KxString& token) : m_token(token) {}
     explicit KxSipHeader(HeaderID id) : KxSipHeader(KxString(""), id) {}
     KxSipHeader(const KxString& token, HeaderID id) : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
-    /** A copy stands alone: it never takes the rest of the chain along. */
+    /** Copies this value only, not the rest of its chain. */
     KxSipHeader(const KxSipHeader& other) : KxObject(other), m_headerID(other.m_headerID), m_token(other.m_token) {}
 
-    /** Appends at the end of the chain; a copy where the header is part of a message already. */
+    /** Appends the header at the end of the chain, or a copy if the header is already part of a message. */
     void addNext(KxHandle<KxSipHeader> header);
 
 private:
@@ -107,11 +108,11 @@ private:
     struct Line;
     template <bool kTraced>
     static KxHandle<KxSipHeader> sConstruct(const Line& line, bool& named);
-    /** An empty header of the class that goes by the name. */
+    /** Creates an empty header of the class registered for the name. */
     static KxHandle<KxSipHeader> sConstruct(std::string_view name);
     static KxHandle<KxSipHeader> sMakeUnknown(std::string_view name);
-    /** As sConstructFrom, but what is wrong is told, not thrown; the handle, which must be nil, then stays so. What was
-        read is marked as part of a message. */
+    /** As sConstructFrom, but returns the fault instead of throwing it; `header` must be nil, and then stays nil. The
+        headers that were read are marked as part of a message. */
     static KxSipFault sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header);
     static KxSipFault sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header);
     template <bool kTraced>
@@ -123,8 +124,8 @@ private:
 
     bool isInMessage() const { return m_inMessage.load(std::memory_order_relaxed); }
     void setInMessage(bool isPart) { m_inMessage.store(isPart, std::memory_order_relaxed); }
-    /** Makes the value, which must be free, part of a message, and its chain with it where all of that is free; else
-        the chain is cut off. */
+    /** Marks this value, which must not be part of a message, as part of one. Does the same with its chain if no value
+        of it is part of a message; otherwise the chain is cut off. */
     void joinMessage() {
         setInMessage(true);
         if (!m_next.isNil()) [[unlikely]] {
@@ -132,9 +133,9 @@ private:
         }
     }
     void joinChain();
-    /** Says that the value and its chain are free again: their message has let them go. */
+    /** Marks this value and its chain as no longer part of a message. */
     void leaveMessage();
-    /** Changes whenever the name of a header that is part of a message does, or such a header gets further values. */
+    /** A counter that changes whenever a header that is part of a message changes its name or gets further values. */
     static std::uint32_t sChanges() { return s_changes.load(std::memory_order_relaxed); }
     void noteChange() const {
         if (isInMessage()) {

@@ -9,17 +9,17 @@
 
 #include <type_traits>
 
-/** What every header class shares and none should write: names, identifier, copying, creation, registration and trace
-    scopes. A class H derives from KxSipHeaderOf<H>, makes it a friend and provides
+/** The code common to all header classes: names, identifier, copying, creation, registration and trace scopes. A
+    class H derives from KxSipHeaderOf<H>, makes it a friend and provides
 
         static constexpr char kClassName[] = "KxSipHHeader";
         static constexpr HeaderID kHeaderID = KxHeaderIDs::kH;
-        static const KxConstString sToken;              // and sCompactToken, where there is a compact name
+        static const KxConstString sToken;              // and sCompactToken, if there is a compact name
         KxSipFault parseValue(KxInputStream& in);       // the grammar of one value
         void serializeValue(KxOutputStream& out) const;
 
-    and a default and a copy constructor. Where several names share a grammar, a class that reads and writes it is their
-    Base: H then has no parseValue and serializeValue of its own, and Base a constructor from name and identifier. */
+    and a default and a copy constructor. If several headers share a grammar, the class that reads and writes it is
+    their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier. */
 template <class H, class Base = KxSipHeader>
 class KxSipHeaderOf : public Base {
 public:
@@ -33,7 +33,7 @@ public:
         }
     }
 
-    /** Registers the class's names; stands once in the class's .cpp, behind sToken. */
+    /** Registers the names of the class. The .cpp file of the class defines one such object, after sToken. */
     struct Registration {
         Registration() {
             KxSipHeader::sAddConstructor(H::sToken.c_str(), &sCreate);
@@ -68,25 +68,25 @@ protected:
         }
     }
 
-    /** Reads the value from a text, as constructors from text do; null reads as empty. Not before H is complete. */
+    /** Reads the value from a text, for constructors from text; null reads as empty. H must be a complete type. */
     void parseText(const char* text) {
         const Oskan::EntryTraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
         KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
         self().parseValue(in).raiseIfAny();
     }
 
-    /** Skips blanks; a fault with the text unless a digit stands next. */
+    /** Skips blanks; returns a fault with the text unless a digit follows. */
     static KxSipFault expectDigit(KxInputStream& in, const char* text) {
         const bool isDigit = KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)));
         return isDigit ? KxSipFault() : KxSipFault(text);
     }
 
-    /** What is done with a value that the grammar refuses, unless H is built on KxSipTextKeepingHeader: the fault is
-        told, and there is nothing else to write. */
+    /** The default for a value that the grammar refuses: the fault is returned, and no text is kept for writing.
+        KxSipTextKeepingHeader replaces both functions. */
     KxSipFault parseOrKeep(KxInputStream& in) { return self().parseValue(in); }
     void serializeOrKept(KxOutputStream& out) const { self().serializeValue(out); }
 
-    /** What a family reads and writes behind its value: nothing, unless it is built on KxSipParameterHeader. */
+    /** The default for the part after the value: nothing. KxSipParameterHeader replaces both functions. */
     void parseParameters(KxInputStream&) {}
     void serializeParameters(KxOutputStream&) const {}
 

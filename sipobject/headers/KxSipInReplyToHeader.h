@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** In-Reply-To: one Call-ID that the call refers to or returns an object.
+/** In-Reply-To: the Call-ID of a call that this call refers to or returns. One object per Call-ID.
     In-Reply-To = "In-Reply-To" HCOLON callid *(COMMA callid)                 [RFC 3261 20.21]
-    A Call-ID ends at a comma or blank only; an empty one throws "Invalid In-Reply-To header".
-    "In-Reply-To: 70710@h, <17320>@h" -> two values, two lines out */
+    A Call-ID ends only at a comma or blank; an empty one throws "Invalid In-Reply-To header".
+    "In-Reply-To: 70710@h, <17320>@h" -> two values, written as two lines */
 class KX_SIP_API KxSipInReplyToHeader final : public KxSipTokenHeader<KxSipInReplyToHeader> {
 public:
     explicit KxSipInReplyToHeader(const char* callId) : KxSipTokenHeader(callId) {}

@@ -6,15 +6,15 @@
 
 /** MIME-Version: the version of MIME that the body follows.
     MIME-Version = "MIME-Version" HCOLON 1*DIGIT "." 1*DIGIT                  [RFC 3261 20.24]
-    Anything else throws "Invalid MIME-Version header"; what stands behind the version, a comment of RFC 2045 for one,
-    is skipped.      "MIME-Version: 1.0 (x)" -> "MIME-Version: 1.0" */
+    Anything else throws "Invalid MIME-Version header"; text after the version, such as a comment (RFC 2045), is
+    skipped.      "MIME-Version: 1.0 (x)" -> "MIME-Version: 1.0" */
 class KX_SIP_API KxSipMIMEVersionHeader final : public KxSipHeaderOf<KxSipMIMEVersionHeader> {
 public:
     KxSipMIMEVersionHeader(std::uint32_t high, std::uint32_t low) : m_high(high), m_low(low) {}
 
-    /** What stands in front of the point. */
+    /** The number before the point. */
     std::uint32_t getVersionHigh() const { return m_high; }
-    /** What stands behind it. */
+    /** The number after the point. */
     std::uint32_t getVersionLow() const { return m_low; }
 
     static const KxConstString sToken;

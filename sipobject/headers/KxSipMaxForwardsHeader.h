@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipNumberHeader.h"
 
-/** Max-Forwards: how many hops a request may still make.
+/** Max-Forwards: the number of hops that a request may still make.
     Max-Forwards = "Max-Forwards" HCOLON 1*DIGIT                              [RFC 3261 20.22]
-    A value that is no number reads as 0.      "Max-Forwards: 70" -> the same */
+    A value that is not a number reads as 0.      "Max-Forwards: 70" -> the same */
 class KX_SIP_API KxSipMaxForwardsHeader final : public KxSipNumberHeader<KxSipMaxForwardsHeader> {
 public:
     explicit KxSipMaxForwardsHeader(std::uint32_t hops) : KxSipNumberHeader(hops) {}
@@ -16,7 +16,7 @@ public:
     static constexpr char kClassName[] = "KxSipMaxForwardsHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kMaxForwards;
 
-    /** The name, for those who look the header up without having one. */
+    /** The header name, for looking the header up without an object. */
     static const KxString& sGetExpandedToken() { return sToken; }
 
 private:

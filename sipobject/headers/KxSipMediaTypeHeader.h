@@ -4,14 +4,14 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-/** The family of headers whose value is a media type: type "/" subtype *(";" parameter). Here a comma ends the
-    parameters even inside quotes, unless the class is built on KxSipTextKeepingHeader, which then keeps the text. */
+/** The headers whose value is a media type: type "/" subtype *(";" parameter). A comma ends the parameters even inside
+    quotes. If the class is built on KxSipTextKeepingHeader, a value with a comma inside quotes is kept as text. */
 template <class H, class Base = KxSipParameterHeader<H>>
 class KxSipMediaTypeHeader : public Base {
 public:
     const KxString& getType() const { return m_type; }
     const KxString& getSubType() const { return m_subType; }
-    /** Type, "/" and subtype, a new string. */
+    /** Type, "/" and subtype, as a new string. */
     KxString getMediaType() const {
         KxString text(
             KxStringBuffer::sCreate(m_type.c_str(), m_type.length(), m_type.length() + m_subType.length() + 1));

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipNumberHeader.h"
 
-/** Min-Expires: the shortest expiry, in seconds, that a server takes.
+/** Min-Expires: the shortest expiry, in seconds, that a server accepts.
     Min-Expires = "Min-Expires" HCOLON delta-seconds                          [RFC 3261 20.23]
-    A value that does not begin with a digit throws "Invalid Minimum SE header", the text it shares with Min-SE.
+    A value that does not begin with a digit throws "Invalid Minimum SE header", the same text as for Min-SE.
     "Min-Expires: 60" -> the same */
 class KX_SIP_API KxSipMinExpiresHeader final : public KxSipNumberHeader<KxSipMinExpiresHeader> {
 public:

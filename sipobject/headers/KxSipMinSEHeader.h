@@ -3,9 +3,10 @@
 #include "sipobject/headers/KxSipNumberHeader.h"
 #include "sipobject/headers/KxSipParameterHeader.h"
 
-/** Min-SE: the shortest session interval, in seconds, that everyone on the way takes.
+/** Min-SE: the shortest session interval, in seconds, that all parties on the path accept.
     Min-SE = "Min-SE" HCOLON delta-seconds *(SEMI generic-param)              [RFC 4028 5]
-    A value that does not begin with a digit throws "Invalid Minimum SE header".      "Min-SE: 90 ;x" -> "Min-SE: 90;x" */
+    A value that does not begin with a digit throws "Invalid Minimum SE header".
+    "Min-SE: 90 ;x" -> "Min-SE: 90;x" */
 class KX_SIP_API KxSipMinSEHeader final
     : public KxSipNumberHeader<KxSipMinSEHeader, KxSipParameterHeader<KxSipMinSEHeader>> {
 public:

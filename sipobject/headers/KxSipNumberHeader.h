@@ -3,9 +3,9 @@
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
 
-/** The family of headers whose value is one unsigned number, and parameters behind it where Base is
-    KxSipParameterHeader. A class H that insists on a digit says what is wrong otherwise (kNoDigitError); for the others
-    a missing number is 0. Too large a number is 4294967295. */
+/** The headers whose value is one unsigned number, with parameters after it if Base is KxSipParameterHeader. A class H
+    that requires a digit defines the error text for other values (kNoDigitError); in other classes a missing number
+    reads as 0. A number that is too large reads as 4294967295. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipNumberHeader : public Base {
 protected:

@@ -4,7 +4,7 @@
 
 /** Organization: the name of the organization that the sender belongs to.
     Organization = "Organization" HCOLON [TEXT-UTF8-TRIM]                     [RFC 3261 20.25]
-    An empty text is refused like that of any header.      "Organization: Smith, Jones & Co" -> the same */
+    An empty text is refused, as for any header.      "Organization: Smith, Jones & Co" -> the same */
 class KX_SIP_API KxSipOrganizationHeader final : public KxSipTextHeader<KxSipOrganizationHeader> {
 public:
     explicit KxSipOrganizationHeader(const KxString& organization) : KxSipTextHeader(organization) {}

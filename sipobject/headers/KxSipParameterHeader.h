@@ -4,8 +4,8 @@
 #include "util/KxLazyParameters.h"
 #include "util/KxStreamTokenizer.h"
 
-/** Gives a header, or a family of headers (Base), a list of parameters behind its value: *( SEMI generic-param ), kept
-    in order. A comma outside quotes ends it. [RFC 3261 25.1] */
+/** Adds a list of parameters after the value of a header or of a group of headers (Base): *( SEMI generic-param ), kept
+    in order. A comma outside quotes ends the list. [RFC 3261 25.1] */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipParameterHeader : public Base {
 public:
@@ -22,7 +22,7 @@ protected:
     KxSipParameterHeader() = default;
     KxSipParameterHeader(const KxSipParameterHeader&) = default;
 
-    /** Takes the list, if a ";" stands next. */
+    /** Reads the list if a ";" follows. */
     void parseParameters(KxInputStream& in) {
         if (KxStreamTokenizer::sDiscardWhite(in) == ';') {
             in.read();
@@ -34,12 +34,12 @@ protected:
     KxLazyParameters m_parameters;
 };
 
-/** As above, for headers that say what the sender would take: one of the parameters is how much he would like it.
+/** As KxSipParameterHeader, for headers that list what the sender accepts: the parameter "q" is the preference.
     accept-param = ("q" EQUAL qvalue) / generic-param                         [RFC 3261 20.1] */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipPreferenceHeader : public KxSipParameterHeader<H, Base> {
 public:
-    /** As written; nil when absent, which means 1. */
+    /** The preference as text; nil when absent, which means 1. */
     KxString getQValue() const { return this->getParameter("q"); }
     void setQValue(const KxString& q) { this->setParameter("q", q); }
     void removeQValue() { this->removeParameter("q"); }

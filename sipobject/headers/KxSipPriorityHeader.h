@@ -3,15 +3,16 @@
 #include "sipobject/headers/KxSipTextKeepingHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Priority: how urgent the request is to its recipient.
+/** Priority: how urgent the request is for its recipient.
     Priority = "Priority" HCOLON priority-value                               [RFC 3261 20.26]
-    Any token will do; what begins with none is kept as text.      "Priority: non-urgent" -> the same */
+    Any token is accepted; a value that does not begin with a token is kept as text.
+    "Priority: non-urgent" -> the same */
 class KX_SIP_API KxSipPriorityHeader final
     : public KxSipTokenHeader<KxSipPriorityHeader, KxSipTextKeepingHeader<KxSipPriorityHeader>> {
 public:
     explicit KxSipPriorityHeader(const char* priority) : KxSipTokenHeader(priority) {}
 
-    /** "emergency", "urgent", "normal", "non-urgent" or another; empty where the value was kept as text. */
+    /** "emergency", "urgent", "normal", "non-urgent" or another; empty if the value was kept as text. */
     const KxString& getPriority() const { return m_value; }
 
     static const KxConstString sToken;

@@ -3,9 +3,9 @@
 #include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 
-/** Proxy-Authenticate: the challenge of a proxy, in a 407.
+/** Proxy-Authenticate: the challenge of a proxy, in a 407 response.
     Proxy-Authenticate = "Proxy-Authenticate" HCOLON challenge                [RFC 3261 20.27]
-    Read and written as its base says. */
+    See KxSipAuthenticateHeader for how it is read and written. */
 class KX_SIP_API KxSipProxyAuthenticateHeader final
     : public KxSipHeaderOf<KxSipProxyAuthenticateHeader, KxSipAuthenticateHeader> {
 public:

@@ -4,7 +4,7 @@
 
 /** Proxy-Authorization: the credentials of a user agent for a proxy.
     Proxy-Authorization = "Proxy-Authorization" HCOLON ("Digest" LWS digest-response)   [RFC 3261 20.28]
-    Read and written as Authorization. */
+    Read and written as Authorization is. */
 class KX_SIP_API KxSipProxyAuthorizationHeader final
     : public KxSipHeaderOf<KxSipProxyAuthorizationHeader, KxSipAuthorizationHeader> {
 public:

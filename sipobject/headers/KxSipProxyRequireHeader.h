@@ -2,7 +2,7 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Proxy-Require: one option tag an object; a comma-separated line is a chain.
+/** Proxy-Require: an option tag that proxies must support. One object per tag; a comma-separated line becomes a chain.
     Proxy-Require = "Proxy-Require" HCOLON option-tag *(COMMA option-tag)     [RFC 3261 20.29]
     An empty tag is kept.      "Proxy-Require: a;b" -> "Proxy-Require: a;b" */
 class KX_SIP_API KxSipProxyRequireHeader final : public KxSipTokenHeader<KxSipProxyRequireHeader> {

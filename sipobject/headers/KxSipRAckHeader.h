@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/** RAck: which reliable provisional response a PRACK acknowledges.
+/** RAck: identifies the reliable provisional response that a PRACK acknowledges.
     RAck = "RAck" HCOLON response-num LWS CSeq-num LWS Method                 [RFC 3262 7.2]
     A missing method throws "Invalid RAck header".      "RAck: 776 1 INVITE" -> the same */
 class KX_SIP_API KxSipRAckHeader final : public KxSipHeaderOf<KxSipRAckHeader> {

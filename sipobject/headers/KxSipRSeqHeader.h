@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipNumberHeader.h"
 
-/** RSeq: the place of a reliable provisional response among those of its transaction.
+/** RSeq: the sequence number of a reliable provisional response in its transaction.
     RSeq = "RSeq" HCOLON response-num                                         [RFC 3262 7.1]
-    A value that is no number reads as 0.      "RSeq: 988" -> the same */
+    A value that is not a number reads as 0.      "RSeq: 988" -> the same */
 class KX_SIP_API KxSipRSeqHeader final : public KxSipNumberHeader<KxSipRSeqHeader> {
 public:
     explicit KxSipRSeqHeader(std::uint32_t number) : KxSipNumberHeader(number) {}

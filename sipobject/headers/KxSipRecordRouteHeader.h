@@ -2,10 +2,11 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** Record-Route: a hop that stays in the path of the dialog, one an object.
+/** Record-Route: a proxy that stays in the path of the dialog. One object per proxy.
     Record-Route = "Record-Route" HCOLON name-addr *(SEMI rr-param) *(COMMA ...)   [RFC 3261 20.30]
-    Only SIP URLs are taken ("Invalid SIP URL in Name-Address for Record-Route"); header parameters behind the ">" are
-    dropped. What can't be read throws "Exception when parsing Name-Address in KxSipRecordRouteHeader: " and why.
+    Any URI but a SIP URL throws "Invalid SIP URL in Name-Address for Record-Route". A value that can't be read throws
+    "Exception when parsing Name-Address in KxSipRecordRouteHeader: " and the cause. Header parameters after the ">" are
+    dropped.
     "Record-Route: <sip:p;lr>" -> the same */
 class KX_SIP_API KxSipRecordRouteHeader final : public KxSipAddressHeader<KxSipRecordRouteHeader> {
 public:

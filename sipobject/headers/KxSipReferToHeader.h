@@ -5,8 +5,8 @@
 
 /** Refer-To: the URI that the recipient is asked to contact.
     Refer-To = ( "Refer-To" / "r" ) HCOLON ( name-addr / addr-spec ) *(SEMI generic-param)   [RFC 3515 2.1]
-    Only the URI is kept, and it is written without brackets; so parameters of the URI are header parameters to whoever
-    reads what is written, this class included. The compact name "r" is not known here.
+    Only the URI is kept, and it is written without brackets. A reader of the written header, including this class,
+    therefore takes the parameters of the URI for header parameters. The compact name "r" is not recognised.
     "Refer-To: Bob <sip:h?Replaces=x>" -> "Refer-To: sip:h?Replaces%3Dx" */
 class KX_SIP_API KxSipReferToHeader final : public KxSipHeaderOf<KxSipReferToHeader> {
 public:
@@ -18,7 +18,7 @@ public:
 
     /** The URI itself, shared. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
-    /** The URI as a SIP URL; nil when it is none. */
+    /** The URI as a SIP URL; nil if it is not one. */
     KxHandle<KxSipURL> getURL() const;
 
     static const KxConstString sToken;

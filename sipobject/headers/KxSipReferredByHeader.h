@@ -2,12 +2,12 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** Referred-By: who asked for the request.
+/** Referred-By: the party that asked for this request.
     Referred-By = ( "Referred-By" / "b" ) HCOLON referrer-uri *(SEMI param)   [RFC 3892 3]
-    The compact name "b" is not known here.      "Referred-By: sip:h;a=1" -> "Referred-By: <sip:h>;a=1" */
+    The compact name "b" is not recognised.      "Referred-By: sip:h;a=1" -> "Referred-By: <sip:h>;a=1" */
 class KX_SIP_API KxSipReferredByHeader final : public KxSipParameterAddressHeader<KxSipReferredByHeader> {
 public:
-    /** Hold copies; nil gives an empty name-address or list. */
+    /** Both hold copies; nil gives an empty name-address or list. */
     KxSipReferredByHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters);
     KxSipReferredByHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)
         : KxSipParameterAddressHeader(url, parameters) {}

@@ -3,9 +3,9 @@
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxLazyParameters.h"
 
-/** Replaces: the dialog that a new one takes the place of.
+/** Replaces: identifies the dialog that the new dialog replaces.
     Replaces = "Replaces" HCOLON callid *(SEMI replaces-param)                [RFC 3891 6.1]
-    The whole line is one value, commas included. Throws "SIP Replaces header must contain a callid", "... a to-tag"
+    The whole line is one value, including commas. Throws "SIP Replaces header must contain a callid", "... a to-tag"
     and "... a from-tag", in this order.      "Replaces: a@h;to-tag=1;from-tag=2;early-only" -> the same */
 class KX_SIP_API KxSipReplacesHeader final : public KxSipHeaderOf<KxSipReplacesHeader> {
 public:

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Require: one option tag an object; a comma-separated line is a chain.
+/** Require: an option tag that the recipient must support. One object per tag; a comma-separated line becomes a chain.
     Require = "Require" HCOLON option-tag *(COMMA option-tag)                 [RFC 3261 20.32]
-    An empty tag is kept.      "Require: 100rel, timer" -> two values, two lines out */
+    An empty tag is kept.      "Require: 100rel, timer" -> two values, written as two lines */
 class KX_SIP_API KxSipRequireHeader final : public KxSipTokenHeader<KxSipRequireHeader> {
 public:
     explicit KxSipRequireHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}

@@ -2,11 +2,11 @@
 
 #include "sipobject/headers/KxSipParameterHeader.h"
 
-/** Response-Key: with which key the response shall be encrypted.
+/** Response-Key: the key with which the response is to be encrypted.
     Response-Key = "Response-Key" ":" key-scheme 1*SP #key-param              [RFC 2543 6.34]
     key-param = token "=" ( token | quoted-string )
-    The whole line is one value: its commas separate the parameters, and a ";" will do as well. Without a scheme it
-    throws "Invalid Response-Key header".      "Response-Key: pgp a=\"1,2\" , b=3" -> "Response-Key: pgp a=\"1,2\",b=3" */
+    The whole line is one value: commas, or ";", separate the parameters. A value without a scheme throws
+    "Invalid Response-Key header".      "Response-Key: pgp a=\"1,2\" , b=3" -> "Response-Key: pgp a=\"1,2\",b=3" */
 class KX_SIP_API KxSipResponseKeyHeader final : public KxSipParameterHeader<KxSipResponseKeyHeader> {
 public:
     explicit KxSipResponseKeyHeader(const KxString& scheme) : m_scheme(scheme) {}

@@ -6,7 +6,7 @@ static const KxSipRetryAfterHeader::Registration s_registration;
 
 namespace {
 
-/** The parenthesis that closes the one in front of `at`, or `end`; a backslash takes the next character's meaning. */
+/** The parenthesis that closes the one before `at`, or `end`. A backslash escapes the next character. */
 const char* closingParenthesis(const char* at, const char* end) {
     for (std::size_t open = 1; at != end; ++at) {
         if (*at == '\\' && end - at > 1) {

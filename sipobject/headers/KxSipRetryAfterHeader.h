@@ -4,10 +4,10 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTextKeepingHeader.h"
 
-/** Retry-After: after how many seconds the service, or the callee, should be there again.
+/** Retry-After: the number of seconds after which the service or the callee should be available again.
     Retry-After = "Retry-After" HCOLON delta-seconds [ comment ] *( SEMI retry-param )   [RFC 3261 20.33]
-    What does not begin with a digit, such as a date, is kept as text, commas included. Comments may be nested and hold
-    commas; one that is never closed is not kept.
+    A value that does not begin with a digit, such as a date, is kept as text, including commas. Comments may be nested
+    and may contain commas; an unclosed comment is dropped.
     "Retry-After: 120(in (or near) a meeting);duration=60" -> "Retry-After: 120 (in (or near) a meeting);duration=60" */
 class KX_SIP_API KxSipRetryAfterHeader final
     : public KxSipNumberHeader<
@@ -18,16 +18,16 @@ public:
         : KxSipNumberHeader(seconds), m_comment(comment) {}
 
     std::uint32_t getDeltaSeconds() const { return m_number; }
-    /** Takes the place of a text that was kept. */
+    /** Replaces a value that was kept as text. */
     void setDeltaSeconds(std::uint32_t seconds) {
         m_number = seconds;
         forgetText();
     }
-    /** What stands between the outer parentheses, escapes included; empty when there is none. */
+    /** The text between the outer parentheses, including escapes; empty when there is no comment. */
     const KxString& getComment() const { return m_comment; }
     /** Stored as given, unchecked. */
     void setComment(const KxString& comment) { m_comment = comment; }
-    /** For how many seconds the callee will be there, as written; nil when absent. */
+    /** The number of seconds for which the callee will be available, as text; nil when absent. */
     KxString getDuration() const { return getParameter("duration"); }
     void setDuration(const KxString& seconds) { setParameter("duration", seconds); }
 

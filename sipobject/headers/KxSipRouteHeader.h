@@ -2,9 +2,10 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** Route: a hop that the request is to visit, one an object.
+/** Route: a hop that the request must visit. One object per hop.
     Route = "Route" HCOLON name-addr *(SEMI rr-param) *(COMMA ...)            [RFC 3261 20.34]
-    Header parameters behind the ">" are dropped. What can't be read throws "Invalid Name-Address in KxSipRouteHeader".
+    Header parameters after the ">" are dropped. A value that can't be read throws
+    "Invalid Name-Address in KxSipRouteHeader".
     "Route: <sip:p;lr>, <sip:q;lr>;x" -> "Route: <sip:p;lr>", "Route: <sip:q;lr>" */
 class KX_SIP_API KxSipRouteHeader final : public KxSipAddressHeader<KxSipRouteHeader> {
 public:

@@ -4,7 +4,7 @@
 
 /** Server: the software of the user agent that sends the response.
     Server = "Server" HCOLON server-val *(LWS server-val)                     [RFC 3261 20.35]
-    Products and comments stay one text.      "Server: Registrar/2.8.1 (build 7, east)" -> the same */
+    Products and comments are kept as one text.      "Server: Registrar/2.8.1 (build 7, east)" -> the same */
 class KX_SIP_API KxSipServerHeader final : public KxSipTextHeader<KxSipServerHeader> {
 public:
     explicit KxSipServerHeader(const KxString& server) : KxSipTextHeader(server) {}

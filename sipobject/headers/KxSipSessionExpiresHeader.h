@@ -14,11 +14,11 @@ public:
 
     std::uint32_t getDeltaSeconds() const { return m_number; }
     void setDeltaSeconds(std::uint32_t seconds) { m_number = seconds; }
-    /** sUAC, sUAS or what else was written, in any letter case; nil when absent. */
+    /** sUAC, sUAS or another value, in any letter case; nil when absent. */
     KxString getRefresher() const { return getParameter(sRefresher); }
     void setRefresher(const KxString& refresher) { setParameter(sRefresher, refresher); }
     void removeRefresher() { removeParameter(sRefresher); }
-    /** Whether the UAC, or the UAS, is named as the refresher, letter case ignored. */
+    /** Whether the refresher is the UAC, or the UAS. Letter case is ignored. */
     bool isRefresherUAC() const { return getRefresher().equalsNoCase(sUAC); }
     bool isRefresherUAS() const { return getRefresher().equalsNoCase(sUAS); }
 

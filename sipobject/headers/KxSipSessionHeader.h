@@ -3,10 +3,10 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Session: what the session description of a provisional response is for ("Media", "QoS", "Security"), of the drafts
-    before RFC 3262.
+/** Session: the purpose of the session description in a provisional response ("Media", "QoS", "Security"). From the
+    drafts that preceded RFC 3262.
     Session = "Session" HCOLON session-type *( SEMI generic-param )
-    The type may be written like a media type: it ends at a blank, comma or ";" only. An empty one throws "Invalid
+    The type may have the form of a media type: it ends only at a blank, comma or ";". An empty one throws "Invalid
     Session header".      "Session: Media ;x=1" -> "Session: Media;x=1" */
 class KX_SIP_API KxSipSessionHeader final
     : public KxSipTokenHeader<KxSipSessionHeader, KxSipParameterHeader<KxSipSessionHeader>> {

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipTextHeader.h"
 
-/** Subject: what the call is about.
+/** Subject: the subject of the call.
     Subject = ( "Subject" / "s" ) HCOLON [TEXT-UTF8-TRIM]                     [RFC 3261 20.36]
-    An empty text is refused like that of any header.      "s: Lunch, then tea" -> the same */
+    An empty text is refused, as for any header.      "s: Lunch, then tea" -> the same */
 class KX_SIP_API KxSipSubjectHeader final : public KxSipTextHeader<KxSipSubjectHeader> {
 public:
     explicit KxSipSubjectHeader(const KxString& subject) : KxSipTextHeader(subject) {}

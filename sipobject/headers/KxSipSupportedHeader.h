@@ -2,10 +2,10 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Supported: one option tag an object; a comma-separated line is a chain.
+/** Supported: an option tag that the sender supports. One object per tag; a comma-separated line becomes a chain.
     Supported = ( "Supported" / "k" ) HCOLON [option-tag *(COMMA option-tag)]   [RFC 3261 20.37]
-    An empty tag is kept; a line of blanks is refused like that of any header.
-    "Supported: ,timer" -> an empty value and "timer", two lines out */
+    An empty tag is kept; a line of blanks is refused, as for any header.
+    "Supported: ,timer" -> an empty value and "timer", written as two lines */
 class KX_SIP_API KxSipSupportedHeader final : public KxSipTokenHeader<KxSipSupportedHeader> {
 public:
     explicit KxSipSupportedHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}

@@ -4,8 +4,8 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-/** The family of headers whose value is a text for people or logs: the whole line, commas and blanks at its end
-    included, byte for byte; only white space in front of it is dropped. */
+/** The headers whose value is a text for people or logs: the whole line, byte for byte, including commas and trailing
+    blanks. Only leading white space is dropped. */
 template <class H>
 class KxSipTextHeader : public KxSipHeaderOf<H> {
 protected:

@@ -3,20 +3,20 @@
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
 
-/** Lets a header, or a family of headers (Base), keep a value that its grammar refuses: as the text that it is, written
-    as it stood. For headers that are often sent otherwise than the RFC says, and that no message needs to be understood
-    for. Only lines that are read are kept so; constructors from text throw what is wrong. A class H, or its family, says
+/** Lets a header or a group of headers (Base) keep, as text, a value that its grammar refuses, and write it back
+    unchanged. For headers that senders often write differently from the RFC and that are not needed to process the
+    message. Only a header line that is read keeps the text; constructors from text throw. A class H, or Base, defines
 
         static constexpr const char* kHidesCommas = "\"<";  // optional: a comma ends the text, except in quotes or "<>"
         void forgetValue();                                 // makes the object as empty as a new one
 
-    Without kHidesCommas commas belong to the text, which ends with the line. White space in front that is no blank
-    belongs to it: it may be why the grammar refused. A text of white space is refused. */
+    Without kHidesCommas, commas are part of the text, which ends with the line. Leading blanks are dropped; other
+    leading white space is kept, since it may be the reason for the refusal. A text of only white space is refused. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipTextKeepingHeader : public Base {
 public:
-    /** The value as it stood, where the grammar could not read it: all other getters then read as nil, empty or 0, and
-        parameters that are set are written after it. Empty where it could. */
+    /** The value as received if the grammar could not read it, else empty. If it is not empty, all other getters return
+        nil, empty or 0, and parameters that are set later are written after it. */
     const KxString& getText() const { return m_text; }
 
 protected:
@@ -49,7 +49,7 @@ protected:
         }
     }
 
-    /** The text of a value that the line continues with. Looks no further than that, since a line may have many. */
+    /** The text of the value at the start of `line`. Scans no further than that value, since a line may have many. */
     [[gnu::cold]] static std::string_view sTextOf(std::string_view line) {
         std::string_view hides;
         bool hasCommas = true;

@@ -10,7 +10,7 @@ static const KxSipTimestampHeader::Registration s_registration;
 
 namespace {
 
-/** Takes digits, a point and digits, each of which may be missing. */
+/** Reads digits, a point and digits; each of the three may be missing. */
 std::string_view takeDecimal(KxInputStream& in) {
     const std::string_view text = in.window();
     const auto point = std::find_if_not(text.begin(), text.end(), KxAscii::isDigit);

@@ -2,11 +2,11 @@
 
 #include "sipobject/headers/KxSipHeaderOf.h"
 
-/** Timestamp: when the request was sent, by the sender's clock, and how long it took to answer it.
+/** Timestamp: when the request was sent, by the sender's clock, and the delay before it was answered.
     Timestamp = "Timestamp" HCOLON 1*(DIGIT) [ "." *(DIGIT) ] [ LWS delay ]   [RFC 3261 20.38]
     delay = *(DIGIT) [ "." *(DIGIT) ]
-    Both are seconds and kept as written, since a response repeats them to the digit. A value that does not begin with a
-    digit throws "Invalid Timestamp header".      "Timestamp: 54.10  0.500" -> "Timestamp: 54.10 0.500" */
+    Both are in seconds and are kept as text, since a response repeats them digit for digit. A value that does not begin
+    with a digit throws "Invalid Timestamp header".      "Timestamp: 54.10  0.500" -> "Timestamp: 54.10 0.500" */
 class KX_SIP_API KxSipTimestampHeader final : public KxSipHeaderOf<KxSipTimestampHeader> {
 public:
     explicit KxSipTimestampHeader(const KxString& timestamp, const KxString& delay = KxString())
@@ -15,7 +15,7 @@ public:
     const KxString& getTimestamp() const { return m_timestamp; }
     /** Empty when absent. */
     const KxString& getDelay() const { return m_delay; }
-    /** Stored as given, unchecked; empty takes it away. */
+    /** Stored as given, unchecked; an empty text removes the delay. */
     void setDelay(const KxString& delay) { m_delay = delay; }
 
     static const KxConstString sToken;

@@ -2,13 +2,13 @@
 
 #include "sipobject/headers/KxSipDialogPartyHeader.h"
 
-/** To: who the request is for, with the tag that is the called side's half of the dialog.
+/** To: the recipient of the request, with the tag that is the callee's part of the dialog identifier.
     To = ( "To" / "t" ) HCOLON ( name-addr / addr-spec ) *(SEMI to-param)     [RFC 3261 20.39]
-    A URL with parameters loses transport, maddr, ttl and its headers.
+    From a URL with parameters, transport, maddr, ttl and the headers are removed.
     "To: Bob <sip:h>;tag=1" -> the same */
 class KX_SIP_API KxSipToHeader final : public KxSipDialogPartyHeader<KxSipToHeader> {
 public:
-    /** Hold copies; nil gives an empty name-address or list. */
+    /** Both hold copies; nil gives an empty name-address or list. */
     KxSipToHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters = {})
         : KxSipDialogPartyHeader(address, parameters) {}
     KxSipToHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters)

@@ -4,14 +4,14 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-/** The family of headers whose every value is one token, and parameters behind it where Base is KxSipParameterHeader. A
-    class H says how the token ends and what an empty one means:
+/** The headers whose value is one token, with parameters after it if Base is KxSipParameterHeader. A class H defines
+    where the token ends and whether it may be empty:
 
-        static constexpr const KxCharSet& kTokenEnd = ...;      // the first of these stays unread
-        static constexpr const char* kEmptyError = "...";       // the fault of an empty token; null accepts it
-        static constexpr bool kIsTrimmed = true;                // optional: no form feed or the like at its end
+        static constexpr const KxCharSet& kTokenEnd = ...;      // ends the token and stays unread
+        static constexpr const char* kEmptyError = "...";       // the error for an empty token; null accepts it
+        static constexpr bool kIsTrimmed = true;                // optional: white space at its end is dropped
 
-    What stands between the token and the next comma and is no parameter is skipped by the header framework. */
+    KxSipHeader skips any other text between the token and the next comma. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipTokenHeader : public Base {
 protected:
@@ -20,7 +20,7 @@ protected:
     explicit KxSipTokenHeader(const char* token) : m_value(token == nullptr ? "" : token) {}
     KxSipTokenHeader(const KxSipTokenHeader&) = default;
 
-    /** Where option tags end: only a comma, a blank or the line's end ends one. [RFC 3261 25.1, leniently] */
+    /** The characters that end an option tag: comma, blank, tab and line end. More lenient than RFC 3261 25.1. */
     static constexpr KxCharSet kOptionTagEnd{", \t\r\n"};
 
     KxString m_value;

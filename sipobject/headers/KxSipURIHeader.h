@@ -6,22 +6,22 @@
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
-/** The family of headers whose every value is a URI in angle brackets, without a display name, and parameters:
-    LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). What stands between the brackets is the URI, commas included, and
-    its parameters are its own. A class H says what is wrong where the brackets are missing, open or empty:
+/** The headers whose value is a URI in angle brackets, without a display name, and parameters:
+    LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). The URI is the whole text between the brackets, including commas
+    and its own parameters. A class H defines the error text for missing, unclosed or empty brackets:
 
         static constexpr const char* kInvalid = "...";
 
-    What is wrong with the URI passes through. A line's value that is refused is kept as text, up to the next comma
-    outside quotes and brackets. */
+    Errors in the URI are passed on. A refused value of a header line is kept as text, up to the next comma outside
+    quotes and brackets. */
 template <class H>
 class KxSipURIHeader : public KxSipParameterHeader<H, KxSipTextKeepingHeader<H>> {
     using Base = KxSipParameterHeader<H, KxSipTextKeepingHeader<H>>;
 
 public:
-    /** The URI itself, shared; nil where the constructor got nil, and where the value was kept as text. */
+    /** The URI itself, shared; nil if the constructor was given nil or the value was kept as text. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
-    /** The URI as a SIP URL; nil when it is none. */
+    /** The URI as a SIP URL; nil if it is not one. */
     KxHandle<KxSipURL> getURL() const {
         const bool isURL = !m_URI.isNil() && m_URI->isSipURL();
         return KxHandle<KxSipURL>(isURL ? static_cast<KxSipURL*>(m_URI.get()) : nullptr);
@@ -52,7 +52,8 @@ private:
         KxStreamTokenizer::sDiscardWhite(in);
         const bool isOpened = in.read() == '<';
         KxScannedText::skipSpace(in);
-        // white space at its end is the URI's: a host may end in a tab, and would not the next time
+        // trailing white space is part of the URI: a host may end in a tab, and trimming would drop that tab when
+        // the written header is read again
         const std::string_view text = isOpened ? scanned.until<'>'>(in) : std::string_view();
         if (text.empty() || in.read() != '>') {
             return KxSipFault(H::kInvalid);

@@ -2,9 +2,9 @@
 
 #include "sipobject/headers/KxSipHeader.h"
 
-/** A header whose name is not registered, kept as name and raw text. One object a line: a comma belongs to the text.
+/** A header whose name is not registered, kept as name and raw text. One object per line: commas are part of the text.
     extension-header = header-name HCOLON header-value                        [RFC 3261 25.1]
-    Blanks in front of the value are dropped, those behind it are kept.  "X-Foo:  a, b " -> "X-Foo: a, b " */
+    Blanks before the value are dropped, blanks after it are kept.  "X-Foo:  a, b " -> "X-Foo: a, b " */
 class KX_SIP_API KxSipUnknownHeader final : public KxSipHeader {
 public:
     /** Null reads as empty. */

@@ -2,7 +2,8 @@
 
 #include "sipobject/headers/KxSipTokenHeader.h"
 
-/** Unsupported: one option tag an object; a comma-separated line is a chain.
+/** Unsupported: an option tag that the server does not support. One object per tag; a comma-separated line becomes a
+    chain.
     Unsupported = "Unsupported" HCOLON [option-tag *(COMMA option-tag)]       [RFC 3261 20.40]
     An empty tag is kept.      "Unsupported: foo" -> "Unsupported: foo" */
 class KX_SIP_API KxSipUnsupportedHeader final : public KxSipTokenHeader<KxSipUnsupportedHeader> {

@@ -4,7 +4,7 @@
 
 /** User-Agent: the software of the user agent that sends the request.
     User-Agent = "User-Agent" HCOLON server-val *(LWS server-val)             [RFC 3261 20.41]
-    Products and comments stay one text.      "User-Agent: Softclient 11.7 (build 2231)" -> the same */
+    Products and comments are kept as one text.      "User-Agent: Softclient 11.7 (build 2231)" -> the same */
 class KX_SIP_API KxSipUserAgentHeader final : public KxSipTextHeader<KxSipUserAgentHeader> {
 public:
     explicit KxSipUserAgentHeader(const KxString& userAgent) : KxSipTextHeader(userAgent) {}

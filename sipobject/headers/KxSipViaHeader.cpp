@@ -102,7 +102,7 @@ KxSipFault KxSipViaHeader::parseValue(KxInputStream& in) {
             m_port = KxStreamTokenizer::sGetUnsigned(in);
             m_hasPort = true;
         } else if (c == '(') {
-            m_comment = KxString(scanned.until<')', '\r', '\n'>(in)); // an open one must not take the line end along
+            m_comment = KxString(scanned.until<')', '\r', '\n'>(in)); // an unclosed one must not consume the line end
             in.read();
         } else {
             const std::string_view parameters = KxAscii::trim(scanned.until<','>(in));

@@ -4,36 +4,37 @@
 #include "util/KxLazyParameters.h"
 #include "util/KxSocketImpl.h"
 
-/** Via: one hop of the path that a request took.
+/** Via: one hop of the path that a request has taken.
     Via = ( "Via" / "v" ) HCOLON via-parm *(COMMA via-parm)                   [RFC 3261 20.42]
     via-parm = sent-protocol LWS sent-by *( SEMI via-params )
-    Differs from the RFC on purpose: protocol name and version may be anything but empty; the host is a name or an IPv4
-    address, so an IPv6 reference is refused; a comma ends the parameters even inside quotes; a comment in front of the
-    parameters is kept and written behind them.
+    Differs from the RFC on purpose: protocol name and version may be any non-empty text; the host is a name or an IPv4
+    address, so an IPv6 reference is refused; a comma ends the parameters even inside quotes; a comment before the
+    parameters is kept and is written after them.
     "SIP / 2.0 / udp host:5070 (c);branch=x" -> "SIP/2.0/UDP host:5070;branch=x (c)" */
 class KX_SIP_API KxSipViaHeader final : public KxSipHeaderOf<KxSipViaHeader> {
 public:
-    /** Throws KxSipParseError as reading does, for an unknown transport or an empty host. */
+    /** Throws KxSipParseError for an unknown transport or an empty host, with the same texts as reading. */
     KxSipViaHeader(const char* host, unsigned port, const char* transport);
     KxSipViaHeader(const KxSipViaHeader& other);
 
     const char* getProtocolName() const { return m_protocolName.c_str(); }
     const char* getProtocolVersion() const { return m_protocolVersion.c_str(); }
-    /** Upper case. */
+    /** In upper case. */
     const char* getTransport() const { return m_transport.c_str(); }
     /** Stored in upper case, unchecked. */
     void setTransport(const char* transport);
-    /** The transport, which must be a known one: reading and the constructors see to that, setTransport does not. */
+    /** The transport as an enumerator. It must be a known one; reading and the constructors check that, but
+        setTransport does not. */
     KxSocketImpl::Transport getTransportParam() const;
     const char* getHost() const { return m_host.c_str(); }
-    /** 5060 where none was given. */
+    /** 5060 if no port was given. */
     unsigned getPort() const { return m_port; }
     bool isPortPresent() const { return m_hasPort; }
     const char* getComment() const { return m_comment.c_str(); }
 
     KxString getBranch() const { return m_parameters.getValue(sBranch); }
     void setBranch(const KxString& branch) { setParameter(sBranch, branch); }
-    /** A new branch: the magic cookie and a UUID. [RFC 3261 8.1.1.7] */
+    /** Sets a new branch: the magic cookie followed by a UUID. [RFC 3261 8.1.1.7] */
     void setBranchRFC3261();
     void removeBranch() { m_parameters.removeValue(sBranch); }
     KxString getMaddr() const { return m_parameters.getValue(sMAddr); }
@@ -55,7 +56,7 @@ public:
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
 
-    /** Whether both name the same sent-protocol and sent-by, a missing port being 5060; false for nil. */
+    /** Whether both have the same sent-protocol and sent-by, where a missing port is 5060; false for nil. */
     bool compare(const KxHandle<KxSipViaHeader>& other) const;
 
     static constexpr const char* sSentBy = "sent-by";

@@ -3,9 +3,9 @@
 #include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 
-/** WWW-Authenticate: the challenge of a user agent server or registrar, in a 401.
+/** WWW-Authenticate: the challenge of a user agent server or registrar, in a 401 response.
     WWW-Authenticate = "WWW-Authenticate" HCOLON challenge                    [RFC 3261 20.44]
-    Read and written as its base says. */
+    See KxSipAuthenticateHeader for how it is read and written. */
 class KX_SIP_API KxSipWWWAuthenticateHeader final
     : public KxSipHeaderOf<KxSipWWWAuthenticateHeader, KxSipAuthenticateHeader> {
 public:

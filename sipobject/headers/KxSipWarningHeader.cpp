@@ -13,7 +13,7 @@ namespace {
 constexpr KxCharSet kAgentEnd(" \t\r\n,\"");
 constexpr KxCharSet kQuoteEnd("\"\r\n");
 
-/** The rest of a quoted string, escapes undone; an open one ends with the line. */
+/** The rest of a quoted string with its escapes removed; an unclosed string ends with the line. */
 KxString takeQuoted(KxInputStream& in) {
     Oskan::FastString<256> text;
     for (int c = in.read(); c >= 0 && !kQuoteEnd.contains(static_cast<char>(c)); c = in.read()) {

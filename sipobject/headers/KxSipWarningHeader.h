@@ -4,22 +4,22 @@
 
 #include <cstdint>
 
-/** Warning: more about the status of a response, one warning an object.
+/** Warning: more information about the status of a response. One object per warning.
     Warning = "Warning" HCOLON warning-value *(COMMA warning-value)           [RFC 3261 20.43]
     warning-value = warn-code SP warn-agent SP warn-text
-    A value that does not begin with a digit throws "Invalid Warning header". A text without quotes is taken up to the
-    comma; agent and text may be missing.
+    A value that does not begin with a digit throws "Invalid Warning header". A text without quotes is read up to
+    the comma; agent and text may be missing.
     "Warning: 307 h \"Session, not \\\"understood\\\"\", 399 h odd" -> two values, the second one written 399 h "odd" */
 class KX_SIP_API KxSipWarningHeader final : public KxSipHeaderOf<KxSipWarningHeader> {
 public:
     KxSipWarningHeader(std::uint32_t code, const KxString& agent, const KxString& text)
         : m_code(code), m_agent(agent), m_text(text) {}
 
-    /** 300 to 399 is what there should be. */
+    /** Should be 300 to 399; not checked. */
     std::uint32_t getCode() const { return m_code; }
-    /** The host, with its port, or pseudonym of who adds the warning. */
+    /** The host, with its port, or the pseudonym of the server that added the warning. */
     const KxString& getAgent() const { return m_agent; }
-    /** Without quotes and escapes. */
+    /** The text without quotes and escapes. */
     const KxString& getText() const { return m_text; }
 
     static const KxConstString sToken;

@@ -7,11 +7,11 @@
 class KX_SIP_API KxSipAckMessage : public KxSipMethodMessage<KxSipAckMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;
-    /** From a response to an INVITE: its From, To, Call-ID and CSeq number; sent to the Contact of a 2xx, where it has
-        one, else to the To URI; over the connection of a response that came over TCP or TLS. Via and Route are the
-        caller's to add. The body is copied.
-        Throws KxSipParseError "The SIP ACK Request is only for INVITE Response", "Handle to response is NIL", what
-        setBody throws, and where the response lacks a header or a SIP URL that is needed. */
+    /** Builds the ACK for a response to an INVITE, with its From, To, Call-ID and CSeq number. The Request-URI is the
+        Contact of a 2xx if it has one, else the To URI. The ACK uses the connection of a response that came over TCP or
+        TLS. The caller adds Via and Route. The body is copied.
+        Throws KxSipParseError "The SIP ACK Request is only for INVITE Response", "Handle to response is NIL", the
+        errors of setBody, and an error if the response lacks a required header or SIP URL. */
     KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
                     std::uint32_t bodyLength);
 

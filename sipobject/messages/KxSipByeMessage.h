@@ -8,12 +8,14 @@
 class KX_SIP_API KxSipByeMessage : public KxSipMethodMessage<KxSipByeMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;
-    /** From an INVITE that was received: its From and To change places, their tags with them, other header parameters
-        are dropped; its Call-ID, the next CSeq number; sent to the From URI. Throws KxSipParseError "Handle to request
-        is NIL" and where the INVITE lacks a header or a SIP URL that is needed. */
+    /** Builds the BYE for a received INVITE. From and To are swapped with their tags, and their other header parameters
+        are dropped. The Call-ID is the same, the CSeq number is the next one, and the Request-URI is the From URI.
+        Throws KxSipParseError "Handle to request is NIL", and an error if the INVITE lacks a required header or SIP
+        URL. */
     explicit KxSipByeMessage(const KxHandle<KxSipInviteMessage>& invite);
-    /** From a response that was received: its From, To and Call-ID, the next CSeq number; sent to its Contact, where it
-        has one, else to the To URI. Throws KxSipParseError "Handle to response is NIL" and as above. */
+    /** Builds the BYE for a received response, with its From, To and Call-ID and the next CSeq number. The Request-URI
+        is its Contact if it has one, else the To URI. Throws KxSipParseError "Handle to response is NIL", and an error
+        if the response lacks a required header or SIP URL. */
     explicit KxSipByeMessage(const KxHandle<KxSipResponse>& response);
 
     static const KxConstString sMethodName;

@@ -2,12 +2,12 @@
 
 #include "sipobject/messages/KxSipMethodMessage.h"
 
-/** CANCEL. Gives up a request that is still pending. [RFC 3261 9.1] */
+/** CANCEL. Cancels a pending request. [RFC 3261 9.1] */
 class KX_SIP_API KxSipCancelMessage : public KxSipMethodMessage<KxSipCancelMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;
-    /** From the request that is given up: its From, To, Request-URI, Call-ID, CSeq number and top Via. Throws
-        KxSipParseError "Handle to request is NIL" and where the request lacks one of them. */
+    /** Builds the CANCEL for a request, with its From, To, Request-URI, Call-ID, CSeq number and top Via. Throws
+        KxSipParseError "Handle to request is NIL", and an error if the request lacks one of these. */
     explicit KxSipCancelMessage(const KxHandle<KxSipRequest>& request);
 
     static const KxConstString sMethodName;

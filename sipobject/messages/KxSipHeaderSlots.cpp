@@ -17,7 +17,7 @@ KxSipHeaderSlots::~KxSipHeaderSlots() {
     }
 }
 
-/** Headers that a host still holds are free from now on. */
+/** Empties a slot. Headers that the application still holds are then no longer part of a message. */
 inline void KxSipHeaderSlots::release(KxHandle<KxSipHeader>& first) {
     if (!first.isNil() && !first.get()->isUnshared()) {
         first.get()->leaveMessage();
@@ -25,7 +25,7 @@ inline void KxSipHeaderSlots::release(KxHandle<KxSipHeader>& first) {
     first = nullptr;
 }
 
-/** The slot that the kind has, or one of the far ones. */
+/** The slot of the kind; a kind without one gets a far slot. */
 KxHandle<KxSipHeader>& KxSipHeaderSlots::useAgain(HeaderID id) {
     if (m_place[id] == 0) {
         if (m_far == nullptr) {
@@ -39,7 +39,7 @@ KxHandle<KxSipHeader>& KxSipHeaderSlots::useAgain(HeaderID id) {
 void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
     m_order = other.m_order;
     for (HeaderID id = 0; id != kEnd; ++id) {
-        if (!other.first(id).isNil()) { // also one that has no place in the order
+        if (!other.first(id).isNil()) { // including one that is not in the order
             KxHandle<KxSipHeader>& first = use(id);
             first = other.copyOf(id);
             first->joinMessage();
@@ -63,10 +63,10 @@ void KxSipHeaderSlots::delist(HeaderID id) {
     m_order[link.next].previous = link.previous;
 }
 
-/** What needs memory comes first, so that a failure changes nothing. */
+/** As chain, for a header that is part of no message. Allocates memory first, so that a failure changes nothing. */
 void KxSipHeaderSlots::chainFree(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first) {
     if (first) {
-        header->setInMessage(true); // what follows it is dropped
+        header->setInMessage(true); // its own chain is dropped
     } else {
         lastOf(header->getHeaderID());
         header->joinMessage();
@@ -74,7 +74,7 @@ void KxSipHeaderSlots::chainFree(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHead
     chain(slot, std::move(header), first);
 }
 
-/** Puts the value before or after those that are there. */
+/** Adds the value before or after the existing ones. */
 void KxSipHeaderSlots::chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first) {
     KxSipHeader* const value = header.get();
     const HeaderID id = value->getHeaderID();
@@ -95,7 +95,7 @@ void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {
     empty = std::move(header);
 }
 
-/** The end of a chain: walked to where it is near, remembered where it is far. */
+/** The last value of a chain: found by walking along a short chain, cached for a long one. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
     KxSipHeader* const known = m_long == nullptr ? nullptr : m_long->last[id];
     KxSipHeader* last = known == nullptr ? first(id).get() : known;
@@ -112,7 +112,7 @@ KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
     return last;
 }
 
-/** Takes out the header after `before`, or the first for null; those after it stay. */
+/** Removes the header after `before`, or the first one if `before` is null. The headers after it stay. */
 void KxSipHeaderSlots::cut(HeaderID id, KxSipHeader* before) {
     KxHandle<KxSipHeader>& link = before == nullptr ? slot(m_place[id]) : before->m_next;
     const KxHandle<KxSipHeader> removed = std::move(link);
@@ -137,7 +137,7 @@ bool KxSipHeaderSlots::removeFirst(HeaderID id) {
     return true;
 }
 
-/** The index of the unknown headers' names as they are now; null when there is no memory for one. */
+/** An up-to-date index of the unknown headers; null if there is not enough memory. */
 KxSipNameIndex* KxSipHeaderSlots::names() const {
     try {
         if (m_long == nullptr) {
@@ -157,7 +157,7 @@ KxSipNameIndex* KxSipHeaderSlots::names() const {
     }
 }
 
-/** Keeps an index that there is up to date, or drops it. */
+/** Applies a change to an existing index, or drops the index if memory runs out. */
 template <class Change>
 void KxSipHeaderSlots::changeNames(Change change) {
     if (m_long == nullptr || m_long->names == nullptr) {

@@ -8,9 +8,9 @@
 #include <memory>
 #include <utility>
 
-/** The headers of a message: a slot for each kind, holding the first value with the others chained behind it, and the
-    order in which the kinds first came. Knows nothing of start lines, bodies or locks: looking up names changes what it
-    remembers, so that too is done by one thread at a time. */
+/** The headers of a message: a slot for each kind, which holds the first value with the others chained after it, and
+    the order in which the kinds were first added. Independent of start lines and bodies. Does not lock: it is used by
+    one thread at a time, even for looking up names, which updates a cache. */
 class KxSipHeaderSlots {
 public:
     KxSipHeaderSlots();
@@ -18,14 +18,15 @@ public:
     KxSipHeaderSlots(const KxSipHeaderSlots&) = delete;
     KxSipHeaderSlots& operator=(const KxSipHeaderSlots&) = delete;
 
-    /** Fills the empty slots with a deep copy. */
+    /** Stores a deep copy of the other's headers. All slots must be empty. */
     void copyFrom(const KxSipHeaderSlots& other);
 
-    /** Nil when there is none. Stays where it is as long as the message. */
+    /** The first value of a kind; nil when there is none. The slot does not move as long as the message exists. */
     const KxHandle<KxSipHeader>& first(HeaderID id) const { return slot(m_place[id]); }
 
-    /** Puts the value in: first, with what was there before after it and its own chain dropped, or last, with the
-        chain it carries where all of that is free. False, and nothing changes, when it is part of a message already. */
+    /** Adds the value as the first of its kind (existing values then replace its own chain), or after the last one,
+        with its chain if no value of that is part of a message. Returns false and changes nothing if the value is
+        already part of a message. */
     bool add(KxHandle<KxSipHeader>&& header, bool first) {
         KxSipHeader& value = *header.get();
         if (value.isInMessage()) [[unlikely]] {
@@ -40,7 +41,7 @@ public:
         }
         return true;
     }
-    /** Puts in what was just read, which is marked as part of a message. */
+    /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind. */
     void addRead(KxHandle<KxSipHeader>&& header) {
         KxHandle<KxSipHeader>& present = use(header.get()->getHeaderID());
         if (!present.isNil()) {
@@ -49,19 +50,19 @@ public:
             begin(present, std::move(header));
         }
     }
-    /** A deep copy of the values of a kind, chained in their order; nil when there are none. */
+    /** A deep copy of all values of a kind, chained in their order; nil when there are none. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
 
-    /** Puts the value into an empty slot without giving its kind a place in the order, so it is not written. */
+    /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
-    /** Takes out the first value of a kind, without those after it; false when there is none. */
+    /** Removes the first value of a kind and keeps those after it; returns false if there is none. */
     bool removeFirst(HeaderID id);
-    /** Takes out the first unknown header of that name, letter case ignored; false when there is none. */
+    /** Removes the first unknown header of that name, ignoring letter case; returns false if there is none. */
     bool removeUnknown(std::string_view name);
-    /** The first unknown header of exactly that name, or nil. */
+    /** The first unknown header with exactly that name, or nil. */
     KxHandle<KxSipHeader> findUnknown(std::string_view name) const;
 
-    /** The kind whose first value is written under the name, letter case ignored; the unknown kind when there is none. */
+    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. */
     HeaderID find(std::string_view token) const;
 
     /** The kinds in order: for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)). */
@@ -70,15 +71,15 @@ public:
     HeaderID nextKind(HeaderID id) const { return m_order[id].next; }
 
 private:
-    /** Chains longer than this have their end remembered, and names beyond it are looked up in an index. */
+    /** The end of a chain longer than this is cached, and names further along the chain are looked up in an index. */
     static constexpr int kWalk = 8;
-    /** What is remembered of long chains, so that each need not be walked again and again. */
+    /** Cached positions in long chains, so that a chain is not walked again for each operation. */
     struct Long {
-        std::array<KxSipHeader*, KxHeaderIDs::kCount> last{}; ///< Far on in the chain; null where not known.
-        std::unique_ptr<KxSipNameIndex> names;                ///< Of the unknown headers.
-        std::uint32_t changes = 0;                            ///< KxSipHeader::sChanges() when it was made.
+        std::array<KxSipHeader*, KxHeaderIDs::kCount> last{}; ///< A value near the end of the chain, or null.
+        std::unique_ptr<KxSipNameIndex> names;                ///< Index of the unknown headers.
+        std::uint32_t changes = 0;                            ///< KxSipHeader::sChanges() when the index was made.
     };
-    /** An unknown header and the one before it; null where there is none. */
+    /** An unknown header and the one before it; each is null if there is none. */
     struct Place {
         KxSipHeader* before = nullptr;
         KxSipHeader* header = nullptr;
@@ -88,7 +89,7 @@ private:
         std::uint8_t next;
     };
 
-    /** How many slots a message has at once; few messages need the rest. */
+    /** The number of slots inside the object. Few messages need more. */
     static constexpr std::size_t kNear = 20;
     using Far = std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount + 1 - kNear>;
 
@@ -98,7 +99,7 @@ private:
     KxHandle<KxSipHeader>& slot(std::size_t place) {
         return const_cast<KxHandle<KxSipHeader>&>(std::as_const(*this).slot(place));
     }
-    /** The slot of a kind, which gets one where it has none. */
+    /** The slot of a kind; a kind without one gets one. */
     KxHandle<KxSipHeader>& use(HeaderID id) {
         if (m_place[id] != 0 || m_used >= kNear) {
             return useAgain(id);
@@ -129,12 +130,12 @@ private:
     void changeNames(Change change);
 
     std::array<std::uint8_t, KxHeaderIDs::kCount>
-        m_place{};           // of the slot of each kind; 0, which is always nil, for none
-    std::uint8_t m_used = 1; // slots, the nil one included
+        m_place{};           // the slot of each kind; 0, whose slot is always nil, for none
+    std::uint8_t m_used = 1; // number of slots, including the nil one
     union {
-        std::array<KxHandle<KxSipHeader>, kNear> m_near; // a union, so that unused ones need not be destroyed
+        std::array<KxHandle<KxSipHeader>, kNear> m_near; // in a union, so that unused slots are not destroyed
     };
     std::unique_ptr<Far> m_far;
-    mutable std::unique_ptr<Long> m_long;                // made for the first long chain
-    std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring through kEnd
+    mutable std::unique_ptr<Long> m_long;                // created for the first long chain
+    std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd
 };

@@ -2,7 +2,7 @@
 
 #include "sipobject/messages/KxSipMethodMessage.h"
 
-/** INFO. Carries application data along a dialog. [RFC 6086] */
+/** INFO. Carries application data within a dialog. [RFC 6086] */
 class KX_SIP_API KxSipInfoMessage : public KxSipMethodMessage<KxSipInfoMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;

@@ -2,18 +2,18 @@
 
 #include "sipobject/messages/KxSipMethodMessage.h"
 
-/** INVITE. Asks the recipient into a session. [RFC 3261 13] */
+/** INVITE. Invites the recipient to a session. [RFC 3261 13] */
 class KX_SIP_API KxSipInviteMessage : public KxSipMethodMessage<KxSipInviteMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;
-    /** To a copy of the URI; see KxSipRequest. */
+    /** Builds an INVITE to a copy of the URI; see KxSipRequest. */
     KxSipInviteMessage(const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
                        const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
                        const char* callId, std::uint32_t cseq, const char* contentType, const void* body,
                        std::uint32_t bodyLength);
 
     bool useLocalOutboundProxy() const override;
-    /** False in a new message. */
+    /** The default is false. */
     void setUseLocalOutboundProxy(bool use) { m_useLocalOutboundProxy = use; }
 
     static const KxConstString sMethodName;

@@ -170,8 +170,8 @@ bool KxSipMessage::isRequired(std::string_view optionTag) const {
     }
 }
 
-/** A header that is part of a message is not taken from there, but copied; except the first of its slot here, of which
-    nothing is to be added. */
+/** Returns a copy of a header that is part of a message, since it stays there. Returns the header itself if it is part
+    of no message, or if it is already the first in its slot here; nothing is added then. */
 KxHandle<KxSipHeader> KxSipMessage::ownOrCopy(const KxHandle<KxSipHeader>& header) const {
     if (!header->isInMessage() || getHeaderByID(header->getHeaderID()) == header) {
         return header;
@@ -206,7 +206,7 @@ void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool fir
     const Lock lock(*this);
     if (header->isInMessage() && findHeader(header->getToken()) == header) {
         noteTwice(*header, "KxSipMessage::addSingleHeader");
-    } else { // copying a header leaves its chain behind
+    } else { // copying a header does not copy its chain
         insert(KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(header->clone())), first,
                "KxSipMessage::addSingleHeader");
     }
@@ -266,7 +266,7 @@ KxSipMessage::BodyBytes KxSipMessage::bodyOf(const void* bytes, std::size_t leng
     }
 }
 
-/** Whatever needs memory comes first, so that a failure there changes nothing. */
+/** Allocates memory first, so that a failed allocation changes nothing. */
 void KxSipMessage::setBody(const void* body, const char* contentType, std::uint32_t length) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::setBody");
     const Lock lock(*this);
@@ -317,7 +317,7 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
         setBody(body, contentType, length);
     } else if (present.isNil()) {
         asynchAddHeader(KxMake<KxSipContentLengthHeader>(0U), false);
-    } else { // of the Request-URI, which may have brought a body
+    } else { // from the Request-URI, which may have brought a body too
         present->setContentLength(static_cast<std::uint32_t>(m_bodyStored));
     }
 }

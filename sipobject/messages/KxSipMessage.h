@@ -33,76 +33,78 @@ class KxSipSupportedHeader;
 class KxSipToHeader;
 class KxSipViaHeader;
 
-/** A SIP message: its headers by kind, its body, its version, and where it came from or goes to. Requests and responses
-    add their start lines. [RFC 3261 7]
+/** A SIP message: its headers by kind, its body, its version, and its source or destination. Requests and responses add
+    their start lines. [RFC 3261 7]
 
-    Headers of one kind hang in a chain behind the first; kinds are written in the order in which each first came, one
-    line a value. A message owns its headers: no header object is in two messages, and a copy of a message shares nothing
-    with it that can be changed.
+    Headers of one kind form a chain that starts at the first one. Kinds are written in the order in which they were
+    first added, one line per value. A message owns its headers: no header object is in two messages, and a copy of a
+    message shares no data with it that can be changed.
 
     Threads: adding, looking up and removing headers, setBody, serialize and copying from a message take its lock and
-    may run on several threads at once; the typed getters, getHeaderByID and the plain accessors do not. A header that
-    was handed out is used by one thread at a time. What the library logs under the lock is written after it is
-    released, so a log appender may ask the message. */
+    may run on several threads at once; the typed getters, getHeaderByID and the plain accessors do not lock. A header
+    object is used by one thread at a time. Log events that occur under the lock are written after it is released, so a
+    log appender may call the message. */
 class KX_SIP_API KxSipMessage : public KxObject {
 public:
-    /** Makes an empty message of a class. */
+    /** Creates an empty message of a class. */
     using Creator = KxSipMessage* (*)();
 
     ~KxSipMessage() override;
 
-    /** Status 0, and whatever a class adds to that. */
+    /** Whether the status is 0. Derived classes add conditions. */
     virtual bool isValid() const;
     virtual bool isRequest() const = 0;
 
 protected:
-    /** Writes the start line with its line end. */
+    /** Writes the start line, including its line end. */
     virtual void serializeStartLine(KxOutputStream& out) const = 0;
-    /** Reads the message behind its first token; see sConstructFrom. */
+    /** Reads the message after its first token; see sConstructFrom. */
     virtual void parse(const char* token, KxInputStream& in);
-    /** Tests that Via, From, To, CSeq, Content-Length and Call-ID are there, all but Via once, that the CSeq names the
-        method of the request and that a body has a Content-Type. The first failure makes the status 2 and throws
-        KxException "missing Via header", "multiple To headers detected", "invalid method in CSeq header (got=...",
-        "SIP Message has body but no Content-Type header" and the like. [RFC 3261 8.1.1, 20] */
+    /** Checks that Via, From, To, CSeq, Content-Length and Call-ID are present, that each except Via occurs once, that
+        the CSeq method is the method of the request, and that a body has a Content-Type. The first failure sets the
+        status to 2 and throws KxException "missing Via header", "multiple To headers detected", "invalid method in CSeq
+        header (got=...", "SIP Message has body but no Content-Type header" and the like. [RFC 3261 8.1.1, 20] */
     virtual void checkValidity();
-    /** The part of checkValidity that compares a request's CSeq with its method, letter case ignored. */
+    /** The part of checkValidity that compares the CSeq method with the method of a request, ignoring letter case. */
     virtual void checkCSeqMethod();
-    /** Reads the rest of the start line with its line end. Throws KxSipParseError. */
+    /** Reads the rest of the start line, including its line end. Throws KxSipParseError. */
     virtual void parseStartLine(KxInputStream& in) = 0;
 
 public:
     bool isResponse() const { return !isRequest(); }
 
-    /** Reads one message. What can be kept is kept: a header line that can't be read is dropped and the status becomes
-        1; a body type that the message's own Accept does not list makes it 2. Bytes behind the body stay unread; without
+    /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
+        type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
         a Content-Length the rest of the stream is the body.
-        Throws what checkValidity throws, for a message of which nothing was dropped; KxSipParseKeepAliveException where
-        the stream starts with white space or "/"; KxSipParseError "SIP Method Token Expected" for an empty stream,
-        "message body is shorter than Content-Length" and the texts of the start-line readers. [RFC 3261 7, 18.3] */
+        Throws the errors of checkValidity, if the status is still 0 after reading; KxSipParseKeepAliveException if the
+        stream starts with white space or "/"; KxSipParseError "SIP Method Token Expected" for an empty stream,
+        "message body is shorter than Content-Length", and the errors of parseStartLine. [RFC 3261 7, 18.3] */
     static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
-    /** Registers the class of a start token, letter case respected; for static initialisers, the first stands. */
+    /** Registers the class of a start token, which is case-sensitive. The first registration of a token is kept. For
+        static initialisers. */
     static void sAddConstructor(const KxString& token, Creator creator);
 
-    /** Writes the message: start line, headers, an empty line, and as much of the body as Content-Length says and as
-        there is; then flushes. */
+    /** Writes the start line, the headers, an empty line and the body, of which at most Content-Length bytes; then
+        flushes the stream. */
     void serialize(KxOutputStream& out) const;
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** The first header of a kind, nil when there is none. */
+    /** The first header of a kind; nil when there is none. */
     const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const {
         OSKAN_ASSERT(id < KxHeaderIDs::kCount);
         return m_headers.first(id);
     }
-    /** The kinds of header there are, in the order in which serialize writes them. */
+    /** The kinds of header in this message, in the order in which serialize writes them. */
     std::vector<HeaderID> getHeaderOrder() const;
-    /** The kind whose first header is written under the name, letter case ignored; that of the unknown headers when
-        there is none. Without the lock. */
+    /** The kind whose first header is written under the name, ignoring letter case; KxHeaderIDs::kUnknown if there is
+        none. Does not lock. */
     HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
-    /** The first header that is written under the name, letter case ignored (so not one that came under its compact
-        name); of headers that are not registered the first of exactly that name. Its getNext goes on from there. */
+    /** The first header written under the name, ignoring letter case; so a header received under its compact name is
+        not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
+        none. getNext continues from the returned header. */
     KxHandle<KxSipHeader> getHeader(std::string_view name) const;
 
-    /** The first header of the kind, nil when there is none. */
+    /** The first header of its kind; nil when there is none. */
     KxHandle<KxSipViaHeader> getViaHeader() const;
     KxHandle<KxSipFromHeader> getFromHeader() const;
     KxHandle<KxSipToHeader> getToHeader() const;
@@ -116,35 +118,36 @@ public:
     KxHandle<KxSipSubjectHeader> getSubjectHeader() const;
     KxHandle<KxSipSupportedHeader> getSupportedHeader() const;
 
-    /** Whether Supported, or Require, lists exactly this option tag. */
+    /** Whether Supported (or Require) lists exactly this option tag. */
     bool isSupported(std::string_view optionTag) const;
     bool isRequired(std::string_view optionTag) const;
 
-    /** Adds the header as the first of its kind, its own chain replaced by the others, or after the last, with its
-        chain. A header that is part of no message is taken: the message owns it from now on, and its chain too where no
-        value of that is part of a message (else the chain is cut off). The very object that is first of its kind here
-        already changes nothing; of any other that is part of a message, this one or another, a copy of that one value is
-        added. Nil changes nothing. */
+    /** Adds the header as the first of its kind (existing values then replace its own chain), or after the last one,
+        with its chain. The message takes ownership of a header that is part of no message, and of its chain if no value
+        of that is part of a message; otherwise the chain is cut off. Of a header that is part of a message, this one or
+        another, a copy of that one value is added. Nil, and the object that is already first of its kind here, change
+        nothing. */
     void addHeader(const KxHandle<KxSipHeader>& header, bool first);
-    /** As addHeader, always with a copy of this one value. */
+    /** As addHeader, but always adds a copy of this one value. */
     void addSingleHeader(const KxHandle<KxSipHeader>& header, bool first);
-    /** Takes out the first value of the header written under the name, letter case ignored; false when there is none.
-        Whoever holds the value has it alone, without those that followed, and may add it again anywhere. */
+    /** Removes the first value of the header written under the name, ignoring letter case; returns false if there is
+        none. A caller that still holds the value holds it without the values that followed it, and may add it to any
+        message. */
     bool removeHeader(std::string_view name);
 
-    /** Sets Content-Length, the body (copied) and Content-Type, in this order. A length of 0 leaves the old body where
-        it is. Throws KxSipParseError, Content-Length being set already: "Can't build SIP request with NULL body
-        pointer", "Can't build SIP request(with body) with no content-type". */
+    /** Sets Content-Length, the body (copied) and Content-Type, in this order. A length of 0 leaves the old body in
+        place. Throws KxSipParseError "Can't build SIP request with NULL body pointer" and "Can't build SIP request(with
+        body) with no content-type"; Content-Length is then already set. */
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
-    /** The bytes, a NUL behind them; null without a body. Holds until the body changes. */
+    /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
     const char* getBody() const { return m_body.get(); }
     bool hasBody() const { return m_body != nullptr; }
-    /** What Content-Length says, 0 without one; the bytes at getBody may be fewer. */
+    /** The value of Content-Length, or 0 without one. getBody may have fewer bytes. */
     std::uint32_t getBodyLength() const;
-    /** How many bytes stand at getBody. */
+    /** The number of bytes at getBody. */
     std::size_t getStoredBodyLength() const { return m_bodyStored; }
-    /** The text of Content-Type without its parameters. */
+    /** The media type in Content-Type, without parameters; empty without Content-Type. */
     KxString getBodyType() const;
 
     unsigned getVersionHigh() const { return m_versionHigh; }
@@ -161,25 +164,25 @@ public:
     void setConnectionTransport(KxSocketImpl::Transport transport) { m_connectionTransport = transport; }
     KxStatus getStatus() const { return m_status; }
 
-    /** The text by which a request and its responses are known to belong together, made of To URI, From URI and tag,
-        top Via, Call-ID and CSeq number; what is absent adds nothing. A To tag is no part of it.
+    /** Returns the transaction key, which is the same for a request and its responses. It consists of To URI, From URI
+        and tag, top Via, Call-ID and CSeq number; absent parts are left out. The To tag is not included.
         Throws KxException "Unable to create transaction key for INVALID SIP Message" for status 2. */
     KxString createKey() const;
 
-    /** Writes the message for people: a line that says which way it went, over which transport, from or to where, then
-        its text with plain line feeds, and a line feed. Null takes the port or address of the connection. `level` is
-        not looked at. */
+    /** Writes the message in readable form: a line with the direction, the transport and the peer, then the text of the
+        message with LF line ends, and an LF. A null port or address is replaced by that of the connection. `level`
+        is ignored. */
     void formatMessage(std::ostream& out, bool received, unsigned* port, KxInetAddress* address,
                        Oskan::LogLevel level) const;
-    /** Logs what formatMessage writes as one event of source "KxSipMessage", line 179. Costs a test while the logger is
-        not enabled for the level: nothing is serialised then. */
+    /** Logs the output of formatMessage as one event of source "KxSipMessage", line 179. If the logger is not enabled
+        for the level, nothing is serialised. */
     void logMessage(Oskan::Logger& logger, bool received, unsigned* port, KxInetAddress* address,
                     Oskan::LogLevel level) const;
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 
-    /** Registers the message class M under its sMethodName; stands once in the class's .cpp, behind that name. M makes
-        it a friend and has a default constructor. */
+    /** Registers the message class M under its sMethodName. The .cpp file of M defines one such object, after
+        sMethodName. M makes it a friend and has a default constructor. */
     template <class M>
     struct Registration {
         Registration() {
@@ -188,40 +191,40 @@ public:
     };
 
 protected:
-    /** Holds a message's lock while in scope; what is logged meanwhile is written after it is released. */
+    /** Holds the lock of a message while in scope. Events logged during that time are written after its release. */
     class [[nodiscard]] Lock {
     public:
         explicit Lock(const KxSipMessage& message) : m_lock(*message.m_mutex) {}
 
     private:
-        Oskan::LogDeferral m_deferral; // first, so that it ends last
+        Oskan::LogDeferral m_deferral; // first, so that it is destroyed last
         KxMutexLock m_lock;
     };
 
     KxSipMessage();
-    /** A deep copy, under the other's lock; its status starts at 0. */
+    /** A deep copy, made under the other's lock; its status is 0. */
     KxSipMessage(const KxSipMessage& other);
-    /** As above; the caller holds the other's lock, to copy its own fields under it too. */
+    /** As above; the caller holds the other's lock, so that derived classes copy their fields under it too. */
     KxSipMessage(const KxSipMessage& other, const Lock& held);
 
     void parseHeaders(KxInputStream& in);
     void parseBody(KxInputStream& in);
-    /** addHeader without the lock, while nobody else knows the message. */
+    /** addHeader without the lock, while no other thread can access the message. */
     void asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first);
     void asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first);
-    /** Into the empty slot of its kind, unchecked. */
+    /** Adds the header to the slot of its kind, which must be empty; not checked. */
     void addHeaderByID(const KxHandle<KxSipHeader>& header);
-    /** Appends copies of the other's headers of a kind: of its first value, or of all in their order. Without locks. */
+    /** Appends copies of the other's headers of a kind: the first value, or all values in order. Does not lock. */
     void addCopyOf(const KxSipMessage& other, HeaderID id);
     void addCopiesOf(const KxSipMessage& other, HeaderID id);
-    /** setBody or, for no body, a Content-Length of 0 where there is no Content-Length yet. */
+    /** As setBody. For a length of 0, adds a Content-Length of 0, or sets a present one to the stored body length. */
     void setBodyOrNone(const void* body, const char* contentType, std::uint32_t length);
-    /** Takes over address, port and transport of a connection: where the other came over TCP or TLS, what answers it
-        goes back the same way. */
+    /** Copies address, port and transport of the other's connection if the other came over TCP or TLS, so that the
+        answer to it uses the same connection. */
     void copyConnection(const KxSipMessage& other);
-    /** Takes out all headers of the header's kind or, of unknown ones, of its name, letter case ignored. */
+    /** Removes all headers of the header's kind; for an unknown header, all with its name, ignoring letter case. */
     void removeAllLike(const KxSipHeader& header);
-    /** Makes the status 2 and throws KxException with the text. */
+    /** Sets the status to 2 and throws KxException with the text. */
     [[noreturn]] void invalidate(std::string_view why);
     void setVersion(unsigned high, unsigned low);
     void setStatus(KxStatus status) { m_status = status; }
@@ -230,7 +233,7 @@ private:
     struct FreeBody {
         void operator()(char* bytes) const noexcept;
     };
-    using BodyBytes = std::unique_ptr<char, FreeBody>; ///< A NUL stands behind them.
+    using BodyBytes = std::unique_ptr<char, FreeBody>; ///< Followed by a NUL.
 
     template <class H>
     KxHandle<H> typed() const;
@@ -239,7 +242,7 @@ private:
     KxHandle<KxSipHeader> findHeader(std::string_view name) const;
     KxHandle<KxSipHeader> ownOrCopy(const KxHandle<KxSipHeader>& header) const;
     void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
-        const KxSipHeader& value = *header; // someone holds it either way
+        const KxSipHeader& value = *header; // stays alive: someone holds it either way
         OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
         if (!m_headers.add(std::move(header), first)) {
             noteTwice(value, operation);
@@ -271,11 +274,11 @@ private:
     std::uint32_t m_localPort = 0;
 };
 
-/** Writes the message with plain line feeds, as it would be sent otherwise: CR stays where no LF follows. */
+/** Writes the message as it would be sent, but with LF instead of CR LF. A CR without LF is kept. */
 KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxSipMessage& message);
 /** As above; nothing for nil. */
 KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxSipMessage>& message);
-/** Writes the bytes as they are; nothing for nil. */
+/** Writes the bytes unchanged; nothing for nil. */
 KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxByteArray>& bytes);
-/** Writes the exception's own form, its message; nothing for nil. */
+/** Writes the exception as its display function does, which is its message; nothing for nil. */
 KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxException>& failure);

@@ -1,4 +1,4 @@
-// Judging a message as a whole: whether it has what every message must have, and which transaction it belongs to.
+// Checks on a whole message: whether it has the headers that every message must have, and its transaction key.
 
 #include "core/AceCleanupLogger.h"
 #include "core/FastString.h"
@@ -17,7 +17,7 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
 
-/** Text that grows by pieces with nothing between them. */
+/** A text built from pieces, without separators. */
 class Key {
 public:
     void add(std::string_view piece) { m_text.append(piece); }

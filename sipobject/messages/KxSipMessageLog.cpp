@@ -1,4 +1,4 @@
-// Messages as people read them in logs.
+// Messages in readable form, for logs.
 
 #include "core/AceCleanupLogger.h"
 #include "core/Logger.h"
@@ -14,14 +14,14 @@
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
-constexpr int kLogLine = 179; // what log configurations know the events of logMessage by
+constexpr int kLogLine = 179; // log configurations identify the events of logMessage by this line number
 
-/** Bytes as they are, whatever width and locale the stream has. */
+/** Writes the bytes unchanged, whatever the width and locale of the stream. */
 void write(std::ostream& out, std::string_view bytes) {
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-/** Every CR LF as LF; a CR that stands otherwise stays. */
+/** The text with every CR LF replaced by LF; any other CR is kept. */
 std::string withPlainLineFeeds(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
@@ -38,8 +38,8 @@ std::string withPlainLineFeeds(std::string_view bytes) {
 
 } // namespace
 
-/** A message that cannot be written whole (credentials that lack a response have an algorithm nobody can compute) is
-    printed up to there, and why: a log must not fail by what a stranger sent. */
+/** If the message cannot be written completely (credentials without a response may name an unsupported algorithm),
+    writes the part before the failure, and the error: untrusted input must not make logging fail. */
 std::ostream& operator<<(std::ostream& out, const KxSipMessage& message) {
     KxByteArrayOutputStream wire;
     try {

@@ -1,4 +1,4 @@
-// Reading a message: the half of KxSipMessage that meets what strangers wrote.
+// Reading a message: the part of KxSipMessage that handles untrusted input.
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
@@ -24,7 +24,7 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
 constexpr KxCharSet kTokenEnd(" /\t\r\n");
 
-/** The classes by start token; made by the first registration, only read once the library is loaded. */
+/** The message classes by start token. Filled by the registrations, and only read once the library is loaded. */
 struct Registry {
     struct Entry {
         KxString token;
@@ -44,7 +44,7 @@ KxSipMessage::Creator findCreator(std::string_view token) {
     return nullptr;
 }
 
-/** Whether the stream still holds that many bytes. */
+/** Whether the stream still has that many bytes. */
 bool holds(KxInputStream& in, std::size_t count) {
     while (in.window().size() < count && in.extendWindow()) {
     }
@@ -66,7 +66,7 @@ KxHandle<KxSipMessage> KxSipMessage::sConstructFrom(KxInputStream& in) {
     }
     KxScannedText scanned;
     const std::string_view text = scanned.until(in, kTokenEnd);
-    const KxString token(text.substr(0, text.find('\0'))); // as the message sees it, which is handed a C string
+    const KxString token(text.substr(0, text.find('\0'))); // up to a NUL, since the message is given a C string
     if (token.empty()) {
         s_logger.log(Oskan::LogLevel::Debug, "KxSipMessage::sConstructFrom : datagram starting with whitespace: "
                                              "treating as keep-alive ");
@@ -116,7 +116,7 @@ void KxSipMessage::noteFault(const char* what, const KxString& why) {
     notes.flush();
 }
 
-/** asynchAddHeader, for what was read here. */
+/** asynchAddHeader for a header that was just read. */
 [[gnu::always_inline]] inline void KxSipMessage::addRead(KxHandle<KxSipHeader>&& header) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
     OSKAN_ASSERT(header.get()->getHeaderID() < KxHeaderIDs::kCount);
@@ -157,7 +157,8 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
     }
 }
 
-/** A message that lists what it accepts must list the type of its own body; no wildcards. */
+/** False if the message has Accept headers and none of them is exactly the type of its own body; wildcards do not
+    match. */
 bool KxSipMessage::acceptsOwnBodyType() const {
     const KxHandle<KxSipContentTypeHeader> type = getContentTypeHeader();
     const KxSipHeader* value = getHeaderByID(KxHeaderIDs::kAccept).get();
@@ -166,7 +167,7 @@ bool KxSipMessage::acceptsOwnBodyType() const {
     }
     for (; value != nullptr; value = value->getNext().get()) {
         if (typeid(*value) != typeid(KxSipAcceptHeader)) {
-            continue; // of a host's own, which calls itself one
+            continue; // an application's own class with the identifier of Accept
         }
         const auto* const accepted = static_cast<const KxSipAcceptHeader*>(value);
         if (accepted->getType() == type->getType() && accepted->getSubType() == type->getSubType()) {
@@ -180,7 +181,7 @@ void KxSipMessage::parseBody(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseBody");
     if (!getHeaderByID(KxHeaderIDs::kContentLength).isNil()) {
         const std::size_t length = getBodyLength();
-        const bool cameWithURI = hasBody() && !in.fill(); // "?body=" in the Request-URI, and none behind the headers
+        const bool cameWithURI = hasBody() && !in.fill(); // "?body=" in the Request-URI, and none after the headers
         if (length != 0 && !cameWithURI) {
             if (!holds(in, length)) {
                 KxSipParseError::sThrow("message body is shorter than Content-Length");

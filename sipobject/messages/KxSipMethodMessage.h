@@ -2,13 +2,13 @@
 
 #include "sipobject/messages/KxSipRequest.h"
 
-/** What the classes of the known methods share and none should write: copying, and the building constructors of
-    KxSipRequest with the class's method in front. A class M derives from KxSipMethodMessage<M>, inherits these
-    constructors, has a private default constructor for the parser and says
+/** The code common to the classes of the known methods: copying, and the building constructors of KxSipRequest, to
+    which the class supplies its method. A class M derives from KxSipMethodMessage<M>, inherits these constructors, has
+    a private default constructor for the parser and defines
 
         static const KxConstString sMethodName;
 
-    CSeqNumber and Body are the types that the building constructors take for those two. */
+    CSeqNumber and Body are the types of these two arguments of the building constructors. */
 template <class M, class CSeqNumber = std::uint32_t, class Body = void>
 class KX_SIP_API KxSipMethodMessage : public KxSipRequest {
 public:
@@ -33,13 +33,13 @@ public:
 protected:
     /** For the parser, which sets the method. */
     KxSipMethodMessage() = default;
-    /** To a copy of the URI. */
+    /** Builds a request to a copy of the URI. */
     KxSipMethodMessage(const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
                        const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
                        const char* callId, CSeqNumber cseq, const char* contentType, const Body* body,
                        std::uint32_t bodyLength)
         : KxSipRequest(M::sMethodName.c_str(), requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
                        contentType, body, bodyLength) {}
-    /** The empty request from which one is derived. */
+    /** Creates an empty request, for the constructors that derive a request from another message. */
     explicit KxSipMethodMessage(const KxString& method) : KxSipRequest(method) {}
 };

@@ -7,7 +7,7 @@
 struct KxSipNameIndex::Node {
     KxSipHeader* header;
     KxString name;
-    std::array<Pair, kOrders> neighbours; ///< By order: the node before (first) and the one after (last).
+    std::array<Pair, kOrders> neighbours; ///< In each order: the previous node (first) and the next one (last).
 };
 
 KxSipNameIndex::~KxSipNameIndex() {

@@ -12,10 +12,10 @@
 
 class KxSipHeader;
 
-/** Where the headers of a long chain are by name, and which one is before each: a shortcut for messages with many
-    headers that have no class, whose names are looked up, and which are added and taken out, one after the other.
-    Each operation takes constant time. The headers are known by address only: whoever changes the chain tells the
-    index, or drops it. What adds may throw std::bad_alloc; the index must be dropped then. */
+/** Finds the headers of a long chain by name, and the header before each. For messages with many headers that have no
+    class: looking up, adding and removing a header take constant time. The index stores only the addresses of the
+    headers: code that changes the chain must update the index or drop it. The functions that add may throw
+    std::bad_alloc; the index must then be dropped. */
 class KxSipNameIndex {
 public:
     struct Node;
@@ -29,19 +29,19 @@ public:
     /** Appends the header and its chain. */
     void addLast(KxSipHeader* header);
 
-    /** The first header of exactly that name, or null. */
+    /** The first header with exactly that name, or null. */
     const Node* find(std::string_view name) const { return sFirst(m_exact, name); }
-    /** The first header of that name, letter case ignored, or null. */
+    /** The first header with that name, ignoring letter case, or null. */
     const Node* findNoCase(std::string_view name) const { return sFirst(m_noCase, name); }
     static KxSipHeader* sHeader(const Node& node);
     /** The header before it in the chain; null for the first. */
     static KxSipHeader* sBefore(const Node& node);
-    /** Forgets a header, the first of its name, letter case ignored. */
+    /** Removes a header from the index. It must be the first with its name, ignoring letter case. */
     void remove(const KxSipHeader& header);
 
 private:
     enum Order { kChain, kNoCase, kExact, kOrders };
-    /** Of a list through the nodes in one order: its ends; of a node: its neighbours. */
+    /** The two ends of a list of nodes in one order, or the two neighbours of a node. */
     struct Pair {
         Node* first = nullptr;
         Node* last = nullptr;

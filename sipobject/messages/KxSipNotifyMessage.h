@@ -2,7 +2,7 @@
 
 #include "sipobject/messages/KxSipMethodMessage.h"
 
-/** NOTIFY. Tells a subscriber of the state it subscribed to. [RFC 6665 4.1.3] */
+/** NOTIFY. Informs a subscriber of the state that it subscribed to. [RFC 6665 4.1.3] */
 class KX_SIP_API KxSipNotifyMessage : public KxSipMethodMessage<KxSipNotifyMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;

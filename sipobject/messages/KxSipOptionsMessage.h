@@ -2,7 +2,8 @@
 
 #include "sipobject/messages/KxSipMethodMessage.h"
 
-/** OPTIONS. Asks what the recipient can do. The CSeq number is given as an int, the body as text. [RFC 3261 11] */
+/** OPTIONS. Asks for the capabilities of the recipient. The constructors take the CSeq number as an int and the body as
+    text. [RFC 3261 11] */
 class KX_SIP_API KxSipOptionsMessage : public KxSipMethodMessage<KxSipOptionsMessage, int, char> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;

@@ -7,10 +7,11 @@
 class KX_SIP_API KxSipPrackMessage : public KxSipMethodMessage<KxSipPrackMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;
-    /** From a response to an INVITE: its From, To and Call-ID, the next CSeq number; sent where an ACK would be, so to
-        the To URI for a provisional response. RAck, Via and Route are the caller's to add. The body is copied.
-        Throws KxSipParseError "The SIP PRACK Request is only for INVITE Response", "Handle to response is NIL", what
-        setBody throws, and where the response lacks a header or a SIP URL that is needed. */
+    /** Builds the PRACK for a response to an INVITE, with its From, To and Call-ID and the next CSeq number. The
+        Request-URI is chosen as for an ACK, so it is the To URI for a provisional response. The caller adds RAck, Via
+        and Route. The body is copied.
+        Throws KxSipParseError "The SIP PRACK Request is only for INVITE Response", "Handle to response is NIL", the
+        errors of setBody, and an error if the response lacks a required header or SIP URL. */
     KxSipPrackMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
                       std::uint32_t bodyLength);
 

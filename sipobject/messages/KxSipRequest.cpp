@@ -25,9 +25,9 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipRequest"};
 constexpr KxCharSet kLineFeed("\n");
-constexpr std::size_t kVersionLength = 7; // of "SIP/2.0"
+constexpr std::size_t kVersionLength = 7; // the length of "SIP/2.0"
 
-/** A scheme that only begins like "sip": the parser of SIP URLs would refuse it as bad grammar. */
+/** Whether the scheme begins with "sip" but is longer. The parser of SIP URLs would report it as a syntax error. */
 bool onlyBeginsLikeSip(std::string_view uri) {
     const std::size_t begin = std::min(uri.find_first_not_of(" <\t"), uri.size());
     const std::string_view scheme = KxAscii::trim(uri.substr(begin, uri.find(':') - begin));
@@ -56,7 +56,7 @@ KxHandle<KxSipNameAddress> KxSipRequest::getNameAddress() const {
     return KxMake<KxSipNameAddress>(KxString(""), m_URI);
 }
 
-/** The Request-URI where it is a SIP URL, else null. */
+/** The Request-URI if it is a SIP URL, else null. */
 const KxSipURL* KxSipRequest::sipURL() const {
     return !m_URI.isNil() && m_URI->isSipURL() ? static_cast<const KxSipURL*>(m_URI.get()) : nullptr;
 }
@@ -174,7 +174,7 @@ void KxSipRequest::parseStartLine(KxInputStream& in) {
     parseRequestLine(line);
 }
 
-/** What stands between the method and the LF. */
+/** Reads the part between the method and the LF. */
 void KxSipRequest::parseRequestLine(std::string_view line) {
     if (line.empty() || line.back() != '\r') {
         refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: no CR before LF");
@@ -242,7 +242,8 @@ void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
     out << " SIP/" << getVersionHigh() << '.' << getVersionLow() << std::string_view("\r\n", 2);
 }
 
-/** The headers behind the "?" of a SIP Request-URI replace those of the request; "body" is its body. [RFC 3261 19.1.5] */
+/** Moves the headers after the "?" of a SIP Request-URI to the request, where they replace those of the same kind;
+    "body" becomes the body. [RFC 3261 19.1.5] */
 void KxSipRequest::stripSipURLHeaders() {
     auto* const url = dynamic_cast<KxSipURL*>(m_URI.get());
     if (url == nullptr || !url->hasHeaders()) {
@@ -262,7 +263,7 @@ void KxSipRequest::stripSipURLHeaders() {
     url->clearHeaders();
 }
 
-/** A header of the name and value; a name that could not stand in front of a colon is refused. */
+/** Creates a header with the name and value. A name that would read differently before a colon is refused. */
 KxHandle<KxSipHeader> KxSipRequest::headerFrom(const KxString& name, const KxString& value) {
     if (name.view().find(':') != std::string_view::npos || KxAscii::trim(name) != name.view()) {
         KxSipParseError::sThrow("Header token expected");

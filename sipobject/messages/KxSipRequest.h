@@ -11,27 +11,27 @@ class KxSipResponse;
 
 /** A SIP request: a message with a method and a Request-URI. [RFC 3261 7.1]
     Request-Line = Method SP Request-URI SP SIP-Version CRLF                  [RFC 3261 25.1]
-    Only SIP/2.0 and the schemes "sip" and "tel" are taken; the headers of a SIP Request-URI become headers and body of
-    the request.
+    Only SIP/2.0 and the schemes "sip" and "tel" are accepted. The headers of a SIP Request-URI become headers and body
+    of the request.
 
-    A request is read by the parser or built whole. Building adds From, To, Contact, Call-ID, CSeq and Content-Length (or
-    the body with Content-Length and Content-Type) in this order, and nothing else: Via and Max-Forwards are the
-    caller's to add. */
+    A request is either read by the parser or built by a constructor. The constructors add From, To, Contact, Call-ID,
+    CSeq and Content-Length (or the body with Content-Length and Content-Type) in this order, and nothing else: the
+    caller adds Via and Max-Forwards. */
 class KX_SIP_API KxSipRequest : public KxSipMessage {
 public:
-    /** Builds a request to the To URI. From, To and Contact are read as the header classes read them; no Contact for
-        null or "". A Call-ID of null or "" and a CSeq number of 0 stand for fresh ones. `contentType` is looked at where
-        there is a body, which is copied.
+    /** Builds a request to the To URI. From, To and Contact are parsed by the header classes; a `contact` of null or ""
+        adds no Contact. For a `callId` of null or "" and a `cseq` of 0, new values are generated. The body is copied;
+        `contentType` is used only if there is a body.
         Throws KxException "The SIP Method cannot be NULL or EMPTY"; KxSipParseError for headers that can't be read, for
-        a body without type or bytes (see setBody) and, here and below, where there is no Request-URI. */
+        a body without type or bytes (see setBody) and, as the other constructors, if there is no Request-URI. */
     KxSipRequest(const char* method, const char* from, const char* to, const char* contact, const char* callId,
                  std::uint32_t cseq, const char* contentType, const void* body, std::uint32_t bodyLength);
-    /** As above with ready headers, which the request owns from now on; nil ones are left out. */
+    /** As above, with existing headers, which the request then owns; nil headers are left out. */
     KxSipRequest(const char* method, const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                  const KxHandle<KxSipContactHeader>& contact, const char* callId, std::uint32_t cseq,
                  const char* contentType, const void* body, std::uint32_t bodyLength);
-    /** As above, to a copy of the name-address's URI. The headers of a SIP URL replace From and To where they name
-        them, and go into the request in front of those that follow. */
+    /** As above, to a copy of the URI in the name-address. The headers of a SIP URL replace a From or To of the same
+        name; they are added before Contact and the headers after it. */
     KxSipRequest(const char* method, const KxHandle<KxSipNameAddress>& requestUri,
                  const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                  const KxHandle<KxSipContactHeader>& contact, const char* callId, std::uint32_t cseq,
@@ -42,67 +42,68 @@ public:
                  std::uint32_t cseq, const char* contentType, const void* body, std::uint32_t bodyLength);
 
     bool isRequest() const override;
-    /** Whether the request is to go through the local outbound proxy; only an INVITE may say so. */
+    /** Whether the request is to be sent through the local outbound proxy. Always false except for an INVITE. */
     virtual bool useLocalOutboundProxy() const;
-    /** Status 0 and a CSeq header that names exactly the method. */
+    /** Whether the status is 0 and the CSeq header has exactly the method of the request. */
     bool isValid() const override;
 
-    /** The method as given or received; holds while the request does. */
+    /** The method as given or received; valid as long as the request. */
     const char* getMethod() const { return m_Method.c_str(); }
     const KxHandle<KxURI>& getURI() const { return m_URI; }
-    /** Stores a copy of the URI (or nil) without its angle brackets, under the message's lock. */
+    /** Stores a copy of the URI (or nil) without angle brackets, under the lock of the message. */
     void setURI(const KxHandle<KxURI>& uri);
-    /** The Request-URI as a SIP URL, shared; nil when there is none. It must be one: of a request that was received ask
-        getURI()->isSipURL() first. */
+    /** The Request-URI as a SIP URL, shared; nil when there is no Request-URI. Aborts the process for any other
+        Request-URI: for a received request, check getURI()->isSipURL() first. */
     KxHandle<KxSipURL> getURL() const;
     /** A new name-address with a copy of the Request-URI. */
     KxHandle<KxSipNameAddress> getNameAddress() const;
-    /** Of a SIP URL: its host, and its port or the default of its transport; else "" and 0. */
+    /** The host of a SIP Request-URI, and its port or the default port of its transport; else "" and 0. */
     const char* getRequestURIHost() const;
     std::uint32_t getRequestURIPort() const;
 
     /** The first Authorization, else the first Proxy-Authorization; nil when there is neither. */
     KxHandle<KxSipAuthorizationHeader> getAuthorizationHeader() const;
 
-    /** Puts a Via in front of the others. Throws KxSipParseError for an unknown transport or an empty host. */
+    /** Adds a Via before the others. Throws KxSipParseError for an unknown transport or an empty host. */
     void insertViaHeader(const char* host, unsigned port, const char* transport);
 
-    /** The local address from which the application would like the request to be sent, "" for none. A text that is no
-        address changes nothing. What is got holds until the next set. */
+    /** The local address from which the application prefers to send the request; "" if none was set. A text that is not
+        an address changes nothing. The returned pointer is valid until the next call of the setter. */
     void setPreferredIpAddr(const char* address);
     const char* getPreferredIpAddrStr() const { return m_preferredIpAddrText.c_str(); }
 
-    /** Whether Max-Forwards is used up and the configuration parameter "tandril.sip.ignoreMaxForwards", read each time,
-        does not say to ignore that. A request without Max-Forwards is noted on the interoperability logger. */
+    /** Whether Max-Forwards is 0 and the configuration parameter "tandril.sip.ignoreMaxForwards", which is read each
+        time, is not true. A request without Max-Forwards is reported on the interoperability logger. */
     bool tooManyHops() const;
-    /** Whether the stack must refuse the request before anybody else sees it, and the code it does so with: the status
-        where it is not 0 (2 stands for a message that can't be used), 483 for too many hops, 414 for a Request-URI of
-        1024 characters and more; else 0. */
+    /** Whether the stack must refuse the request before the application sees it. Sets `code` to the status if that is
+        not 0 (2 means that the message can't be used), to 483 for too many hops, to 414 for a Request-URI of 1024 or
+        more characters, else to 0. */
     bool rejectedByStack(unsigned& code) const;
 
 protected:
-    /** For the parser: no method, no URI, no headers. */
+    /** For the parser: without method, URI and headers. */
     KxSipRequest();
-    /** A deep copy, Request-URI included, under the other's lock. */
+    /** A deep copy, including the Request-URI, made under the other's lock. */
     KxSipRequest(const KxSipRequest& other);
-    /** No headers, and a URI without scheme. Throws KxException "KxSipRequest constructor expects a Method Name" for an
-        empty method. */
+    /** Without headers, and with a URI without scheme. Throws KxException "KxSipRequest constructor expects a Method
+        Name" for an empty method. */
     explicit KxSipRequest(const KxString& method);
 
-    // The steps by which a request is derived from another message. What they need and can't find there throws
-    // KxSipParseError, so that no half-built request comes into the world.
+    // The steps to derive a request from another message. If that message lacks a part that a step needs, the step
+    // throws KxSipParseError, so that no incomplete request is created.
 
     /** Appends copies of From and To. */
     void addPartiesOf(const KxSipMessage& parent);
-    /** Appends a new Call-ID of the same text and a new CSeq for this method, its number `step` further. */
+    /** Appends a Call-ID with the same text, and a CSeq with this method and the number increased by `step`. */
     void addSequenceOf(const KxSipMessage& parent, std::uint32_t step);
-    /** Goes to the SIP URL of the name-address; KxSipParseError with the text where there is none. */
+    /** Sets the Request-URI to the SIP URL of the name-address. Throws KxSipParseError `otherwise` if there is none. */
     void setTarget(const KxHandle<KxSipNameAddress>& address, const char* otherwise);
-    /** Goes to the Contact of the response, where `contactCounts` and there is one, else to its To. */
+    /** Sets the Request-URI to the Contact of the response if `contactCounts` and there is one, else to its To. */
     void setTargetOf(const KxSipMessage& response, bool contactCounts);
-    /** All that ACK and PRACK take from a response to an INVITE; KxSipParseError `onlyInvite` for any other response. */
+    /** Sets all that ACK and PRACK take from a response to an INVITE. Throws KxSipParseError `onlyInvite` for a
+        response to another method. */
     void acknowledge(const KxHandle<KxSipResponse>& response, std::uint32_t step, const char* onlyInvite);
-    /** The handle's object, or KxSipParseError with the text. */
+    /** Returns the object of the handle. Throws KxSipParseError `otherwise` if the handle is nil. */
     template <class T>
     static T& required(const KxHandle<T>& handle, const char* otherwise) {
         if (handle.isNil()) {
@@ -116,7 +117,7 @@ protected:
     void parse(const char* token, KxInputStream& in) override;
 
 private:
-    /** What the building constructors take behind the headers. */
+    /** The arguments of the building constructors after the headers. */
     struct Content {
         const char* callId;
         std::uint32_t cseq;
@@ -125,10 +126,10 @@ private:
         std::uint32_t bodyLength;
     };
 
-    /** The stream stands behind the method. Throws KxSipParseError: "Invalid Start-Line for SIP request: reached end of
-        message looking for end-of-line", "Invalid Start-Line for SIP request: no CR before LF", "Invalid Start-Line
-        for SIP request: does not contain 1 or 2 spaces", "Invalid Start-Line for SIP request", "Invalid SIP Version",
-        "Invalid SIP URI", "Unsupported Uri Scheme", and what the URI's class throws. */
+    /** The stream is positioned after the method. Throws KxSipParseError: "Invalid Start-Line for SIP request: reached
+        end of message looking for end-of-line", "Invalid Start-Line for SIP request: no CR before LF", "Invalid
+        Start-Line for SIP request: does not contain 1 or 2 spaces", "Invalid Start-Line for SIP request", "Invalid
+        SIP Version", "Invalid SIP URI", "Unsupported Uri Scheme", and the errors of the URI's class. */
     void parseStartLine(KxInputStream& in) override;
 
     KxSipRequest(const KxSipRequest& other, const Lock& held);
@@ -150,5 +151,5 @@ private:
     KxString m_Method;
     KxHandle<KxURI> m_URI;
     KxInetAddress m_PreferredIpAddr;
-    KxString m_preferredIpAddrText; // of m_PreferredIpAddr, for those who ask for a pointer
+    KxString m_preferredIpAddrText; // the text of m_PreferredIpAddr, for the getter
 };

@@ -1,4 +1,4 @@
-// Making a request: whole from a handful of values, or step by step from another message.
+// Building a request: from given values, or step by step from another message.
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
@@ -89,8 +89,8 @@ void KxSipRequest::sRefuse(const char* why) {
     KxSipParseError::sThrow(why);
 }
 
-/** Puts the headers in, in the order in which they are written. A null `requestUri` stands for that of To; of a given
-    one the headers become headers of the request. */
+/** Adds the headers, in the order in which they are written. If `requestUri` is null, the To URI is used; the headers
+    of a given Request-URI become headers of the request. */
 void KxSipRequest::build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                          const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact,
                          const Content& content) {

@@ -82,7 +82,7 @@ constexpr Phrase kPhrases[] = {
     {606, "Not Acceptable"},
 };
 
-/** Of a class's codes that are not in the table; the first is for those of no class. */
+/** The phrases for codes that are not in the table, by class. The first one is for codes outside all classes. */
 constexpr const char* kUnknown[] = {
     "Unknown Response",           "Unknown 100 Class Response", "Unknown 200 Class Response",
     "Unknown 300 Class Response", "Unknown 400 Class Response", "Unknown 500 Class Response",

@@ -6,15 +6,15 @@ class KxSipAuthenticateHeader;
 
 /** A SIP response: a message with a status code and a reason phrase. [RFC 3261 7.2]
     Status-Line = SIP-Version SP Status-Code SP Reason-Phrase CRLF            [RFC 3261 25.1]
-    Lenient: any version numbers and any code are taken, and kept. */
+    Lenient: any version numbers and any code are accepted and kept. */
 class KX_SIP_API KxSipResponse : public KxSipMessage {
 public:
-    /** Builds the response to a request: the standard reason phrase; copies of Via (all), From, To, Call-ID and CSeq,
-        as far as they are there; the body, copied, or a Content-Length of 0; for 2xx copies of Record-Route (all). BYE
-        and CANCEL are answered without body and Record-Route, whatever is given. No To tag is made. What came over TCP
-        or TLS is answered over its connection. [RFC 3261 8.2.6]
-        Throws KxSipParseError "Invalid Response code" outside 100 to 699, "Handle to request is NIL" and what setBody
-        throws; KxException as checkValidity for a request without the headers that a response needs. */
+    /** Builds the response to a request: the standard reason phrase; copies of all Via headers, From, To, Call-ID and
+        CSeq; the body, copied, or a Content-Length of 0; for 2xx, copies of all Record-Route headers. A response to BYE
+        or CANCEL never has a body or Record-Route. No To tag is added. The response to a request that came over TCP or
+        TLS uses the same connection. [RFC 3261 8.2.6]
+        Throws KxSipParseError "Invalid Response code" outside 100 to 699, "Handle to request is NIL" and the errors of
+        setBody; KxException, as checkValidity, for a request without the headers that a response needs. */
     KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, const char* contentType,
                   std::uint32_t bodyLength);
     KxSipResponse(const KxSipResponse& other);
@@ -24,13 +24,13 @@ public:
 
     std::uint32_t getStatusCode() const { return static_cast<std::uint32_t>(m_statusCode); }
     KxString getReasonPhrase() const { return m_reasonPhrase; }
-    /** Under the message's lock; null reads as empty. */
+    /** Takes the lock of the message; null reads as empty. */
     void setReasonPhrase(const char* phrase);
 
     /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. */
     KxHandle<KxSipAuthenticateHeader> getAuthenticateHeader() const;
 
-    /** Take out all headers written under the full name, letter case ignored: those that came as "v" stay. */
+    /** Remove all headers written under the full name, ignoring letter case. A Via received as "v" is kept. */
     void removeViaHeader();
     void removeRecordRouteHeader();
 
@@ -39,7 +39,7 @@ public:
 
 protected:
     void serializeStartLine(KxOutputStream& out) const override;
-    /** The stream stands on the "/" behind "SIP". Throws KxSipParseError: "'.' expected in response start line",
+    /** The stream is positioned at the "/" after "SIP". Throws KxSipParseError: "'.' expected in response start line",
         "unexpected end of response start line". */
     void parseStartLine(KxInputStream& in) override;
 

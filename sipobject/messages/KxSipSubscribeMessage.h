@@ -2,7 +2,7 @@
 
 #include "sipobject/messages/KxSipMethodMessage.h"
 
-/** SUBSCRIBE. Asks to be notified of a state. [RFC 6665 4.1.2] */
+/** SUBSCRIBE. Asks for notifications of a state. [RFC 6665 4.1.2] */
 class KX_SIP_API KxSipSubscribeMessage : public KxSipMethodMessage<KxSipSubscribeMessage> {
 public:
     using KxSipMethodMessage::KxSipMethodMessage;

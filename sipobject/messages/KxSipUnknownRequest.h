@@ -2,7 +2,7 @@
 
 #include "sipobject/messages/KxSipRequest.h"
 
-/** A request whose method has no class of its own. Built as KxSipRequest is, the method first. */
+/** A request whose method has no class of its own. Its constructors are those of KxSipRequest. */
 class KX_SIP_API KxSipUnknownRequest : public KxSipRequest {
 public:
     using KxSipRequest::KxSipRequest;
