@@ -138,7 +138,7 @@ bool KxSipHeaderSlots::removeFirst(HeaderID id) {
 }
 
 /** An up-to-date index of the unknown headers; null if there is not enough memory. */
-KxSipNameIndex* KxSipHeaderSlots::names() const {
+KxSipNameIndex* KxSipHeaderSlots::names(bool exact) const {
     try {
         if (m_long == nullptr) {
             m_long = std::make_unique<Long>();
@@ -146,7 +146,16 @@ KxSipNameIndex* KxSipHeaderSlots::names() const {
         if (m_long->names == nullptr || m_long->changes != KxSipHeader::sChanges()) {
             m_long->names = std::make_unique<KxSipNameIndex>();
             m_long->changes = KxSipHeader::sChanges();
-            m_long->names->addLast(first(KxHeaderIDs::kUnknown).get());
+            KxSipHeader* const all = first(KxHeaderIDs::kUnknown).get();
+            std::size_t count = 0;
+            for (const KxSipHeader* header = all; header != nullptr; header = header->m_next.get()) {
+                ++count;
+            }
+            m_long->names->reserve(count);
+            m_long->names->addLast(all);
+        }
+        if (exact) {
+            m_long->names->prepareExact();
         }
         return m_long->names.get();
     } catch (const std::bad_alloc&) {
@@ -178,8 +187,8 @@ KxSipHeaderSlots::Place KxSipHeaderSlots::findUnknown(std::string_view name, boo
     Place place{nullptr, first(KxHeaderIDs::kUnknown).get()};
     for (int steps = hasIndex ? kWalk : 0; place.header != nullptr; ++steps) {
         if (steps == kWalk) {
-            if (const KxSipNameIndex* const index = names()) {
-                const KxSipNameIndex::Node* const node = exact ? index->find(name) : index->findNoCase(name);
+            if (const KxSipNameIndex* const index = names(exact)) {
+                const KxSipNameIndex::Node* const node = exact ? index->findExact(name) : index->findNoCase(name);
                 return node == nullptr ? Place{}
                                        : Place{KxSipNameIndex::sBefore(*node), KxSipNameIndex::sHeader(*node)};
             }

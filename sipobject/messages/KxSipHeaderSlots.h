@@ -124,7 +124,7 @@ private:
     void delist(HeaderID id);
     void cut(HeaderID id, KxSipHeader* before);
     KxSipHeader* lastOf(HeaderID id);
-    KxSipNameIndex* names() const;
+    KxSipNameIndex* names(bool exact) const;
     Place findUnknown(std::string_view name, bool exact) const;
     template <class Change>
     void changeNames(Change change);

@@ -26,9 +26,10 @@ void KxSipNameIndex::addLast(KxSipHeader* header) {
 void KxSipNameIndex::add(KxSipHeader& header, bool first) {
     auto node = std::unique_ptr<Node>(new Node{&header, header.getToken(), {}});
     Pair& noCase = m_noCase[node->name];
-    Pair& exact = m_exact[node->name];
+    if (m_hasExact) {
+        link(m_exact[node->name], *node, kExact, first);
+    }
     link(noCase, *node, kNoCase, first);
-    link(exact, *node, kExact, first);
     link(m_chain, *node.release(), kChain, first);
 }
 
@@ -49,13 +50,28 @@ void KxSipNameIndex::unlink(Pair& ends, Node& node, Order order) {
     (after == nullptr ? ends.last : after->neighbours[order].first) = before;
 }
 
+/** Takes the first node of the name out of its group. */
 template <class Groups>
-void KxSipNameIndex::leaveGroup(Groups& groups, Node& node, Order order) {
-    const auto group = groups.find(node.name);
-    unlink(group->second, node, order);
+KxSipNameIndex::Node* KxSipNameIndex::removeFirst(Groups& groups, std::string_view name, Order order) {
+    const auto group = groups.find(name);
+    Node* const node = group->second.first;
+    unlink(group->second, *node, order);
     if (group->second.first == nullptr) {
         groups.erase(group);
     }
+    return node;
+}
+
+void KxSipNameIndex::prepareExact() {
+    if (m_hasExact) {
+        return;
+    }
+    m_exact.clear(); // of an attempt without memory
+    m_exact.reserve(m_noCase.size());
+    for (Node* node = m_chain.first; node != nullptr; node = node->neighbours[kChain].last) {
+        link(m_exact[node->name], *node, kExact, false);
+    }
+    m_hasExact = true;
 }
 
 KxSipHeader* KxSipNameIndex::sHeader(const Node& node) {
@@ -68,8 +84,10 @@ KxSipHeader* KxSipNameIndex::sBefore(const Node& node) {
 }
 
 void KxSipNameIndex::remove(const KxSipHeader& header) {
-    const std::unique_ptr<Node> gone(m_noCase.find(header.getToken())->second.first);
-    leaveGroup(m_noCase, *gone, kNoCase);
-    leaveGroup(m_exact, *gone, kExact);
+    const KxString name = header.getToken();
+    const std::unique_ptr<Node> gone(removeFirst(m_noCase, name, kNoCase));
+    if (m_hasExact) {
+        removeFirst(m_exact, name, kExact);
+    }
     unlink(m_chain, *gone, kChain);
 }

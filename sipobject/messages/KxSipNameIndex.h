@@ -13,7 +13,7 @@
 class KxSipHeader;
 
 /** Finds the headers of a long chain by name, and the header before each. For messages with many headers that have no
-    class: looking up, adding and removing a header take constant time. The index stores only the addresses of the
+    class: finding, adding and removing a header take constant time. The index stores only the addresses of the
     headers: code that changes the chain must update the index or drop it. The functions that add may throw
     std::bad_alloc; the index must then be dropped. */
 class KxSipNameIndex {
@@ -28,9 +28,13 @@ public:
     void addFirst(KxSipHeader& header) { add(header, true); }
     /** Appends the header and its chain. */
     void addLast(KxSipHeader* header);
+    /** Makes room for so many headers in all. */
+    void reserve(std::size_t count) { m_noCase.reserve(count); }
 
+    /** Prepares for findExact. The first call takes time for all headers. */
+    void prepareExact();
     /** The first header with exactly that name, or null. */
-    const Node* find(std::string_view name) const { return sFirst(m_exact, name); }
+    const Node* findExact(std::string_view name) const { return sFirst(m_exact, name); }
     /** The first header with that name, ignoring letter case, or null. */
     const Node* findNoCase(std::string_view name) const { return sFirst(m_noCase, name); }
     static KxSipHeader* sHeader(const Node& node);
@@ -68,9 +72,10 @@ private:
         return found == groups.end() ? nullptr : found->second.first;
     }
     template <class Groups>
-    static void leaveGroup(Groups& groups, Node& node, Order order);
+    static Node* removeFirst(Groups& groups, std::string_view name, Order order);
 
     Pair m_chain;
+    bool m_hasExact = false; ///< Whether m_exact is filled.
     std::unordered_map<KxString, Pair, HashNoCase, EqualNoCase> m_noCase;
     std::unordered_map<KxString, Pair, HashExact, std::equal_to<>> m_exact;
 };
