@@ -46,7 +46,8 @@ def count(program: Path) -> Counts:
         # threads are counted separately: those of the logging library run at unpredictable times
         lines = run(["valgrind", "-q", "--tool=callgrind", "--separate-threads=yes",
                      f"--callgrind-out-file={folder}/out", str(program)], folder)
-        for message in ("invite", "carrier_invite"): # in separate processes: memory that another one freed would be reused and not counted
+        # one process for each: memory that another one left would be reused and not counted
+        for message in ("invite", "carrier_invite"):
             lines += run([str(program), "hold", message], folder)
         for line in lines.splitlines():
             name, unit, runs, total = line.split("\t")
