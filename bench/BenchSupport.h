@@ -29,7 +29,7 @@ inline KxHandle<KxSipMessage> parseMessage(const std::string& bytes) {
 constexpr std::string_view kPlainVia = "Via: SIP/2.0/UDP h.example.com;branch=z9hG4bK1\r\n";
 constexpr std::string_view kPlainFrom = "From: <sip:a@example.com>;tag=1\r\n";
 
-/** A request that is valid whatever lines stand among its own; another Via or From may take the place of the usual. */
+/** A valid request that contains the given lines as well. Another Via or From may replace the usual ones. */
 inline std::string requestWith(std::string_view lines, std::string_view via = kPlainVia,
                                std::string_view from = kPlainFrom) {
     std::string text("OPTIONS sip:b@example.net SIP/2.0\r\n");

@@ -1,6 +1,6 @@
 #pragma once
 
-// The digest of RFC 2617's example, for the comparison and the guard. Empty where the library has no digests.
+// The digest of the example of RFC 2617, for the comparison and the guard. Empty if the library has no digests.
 
 #if __has_include("sipobject/auth/KxSipDigestCredentialsInfo.h")
 #define KX_BENCH_HAS_DIGEST 1
@@ -11,7 +11,7 @@
 
 #include <string_view>
 
-/** Credentials that are ready but for the response, which each call computes anew: five MD5 blocks, qop=auth.
+/** Credentials that are complete except for the response, which each call computes again: five MD5 blocks, qop=auth.
     [RFC 2617 3.5] */
 class DigestExample {
 public:
@@ -23,7 +23,7 @@ public:
         m_credentials = KxMake<KxSipDigestCredentialsInfo>(challenge, "Mufasa", "Circle Of Life");
         m_credentials->setMethod("GET");
         m_credentials->setQop("auth", "0a4f113b", 1);
-        KxByteArrayInputStream uri{std::string_view("uri=\"/dir/index.html\"")}; // no whole URI, so not setDigestURI
+        KxByteArrayInputStream uri{std::string_view("uri=\"/dir/index.html\"")}; // setDigestURI would need a whole URI
         m_credentials->parse(uri);
     }
 

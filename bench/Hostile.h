@@ -8,7 +8,8 @@
 
 inline constexpr std::size_t kHostileSize = 65536;
 
-/** The piece, repeated until the text has about the size; pieces that differ have "#", which is numbered. */
+/** Returns `first`, then `piece` repeated until the text has about the size, then `last`. A "#" in the piece is
+    replaced by the number of the repetition, so that the pieces differ. */
 inline std::string filled(std::string_view first, std::string_view piece, std::string_view last,
                           std::size_t size = kHostileSize) {
     std::string text(first);

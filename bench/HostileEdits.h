@@ -1,5 +1,5 @@
 #pragma once
 
-/** Edits long messages in the ways a host may, prints what each costs beside the parse of the message, and tells whether
-    none costs more than 20 times as much. */
+/** Edits long messages as a host may, and prints the cost of each edit beside the cost of parsing the message. Returns
+    whether no edit costs more than 20 times as much as the parse. */
 bool compareHostileEdits();

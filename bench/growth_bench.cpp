@@ -1,5 +1,5 @@
-// How the cost of a value grows with the number of values: parse, write and free messages with 10 to 10,000 of them.
-// The counter "per_item" is what to compare, in seconds.
+// How the cost of a value grows with the number of values: parses, writes and frees messages with 10 to 10,000 of them.
+// Compare the counter "per_item", in seconds.
 
 #include "bench/BenchSupport.h"
 #include "util/KxByteArrayOutputStream.h"
@@ -14,7 +14,7 @@ std::string repeated(std::int64_t count, const char* first, const char* item, co
                      const char* last) {
     std::string text(first);
     for (std::int64_t i = 0; i < count; ++i) {
-        text.append(item).append(std::to_string(1000000 + i)).append(behindItem); // every item of one length
+        text.append(item).append(std::to_string(1000000 + i)).append(behindItem); // all items have the same length
     }
     return text + last;
 }

@@ -1,5 +1,5 @@
-// What the guard counts: a few operations, each run a fixed number of times between two requests to callgrind, which
-// counts the instructions; allocations and bytes held are counted here. Run by guard.py, which explains the output.
+// The operations that the guard counts. Each runs a fixed number of times between two requests to callgrind, which
+// counts the instructions; allocations and bytes held are counted here. Run by guard.py, which interprets the output.
 
 #include "bench/BenchSupport.h"
 #include "bench/DigestExample.h"
@@ -17,7 +17,7 @@
 #include <functional>
 #include <vector>
 
-// Every allocation of the process comes this way, and goes on to the C library.
+// Every allocation of the process calls this malloc, which calls that of the C library.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* malloc(std::size_t size);
@@ -33,7 +33,7 @@ constexpr const char* kUrl = "sip:alice:secret@gateway.example.com:5070;transpor
 
 std::uint64_t s_allocations = 0;
 
-/** Counts an operation; prints its name, what was counted, and the number of runs the count is of. */
+/** Counts an operation; prints its name, the unit, the number of runs, and the count for all runs. */
 void count(const std::string& name, const std::function<void()>& operation) {
     for (int i = 0; i < kWarmUp; ++i) {
         operation();
@@ -87,7 +87,7 @@ void countAll() {
     count("SIP URL", [] { KxMake<KxSipURL>(kUrl); });
     std::string refused;
     for (int i = 0; i < 25; ++i) {
-        refused += "no colon\r\nt:<\r\nv:x\r\nAuthorization: x\r\n"; // found by the framework and by grammars
+        refused += "no colon\r\nt:<\r\nv:x\r\nAuthorization: x\r\n"; // refused by the framework and by grammars
     }
     refused = requestWith(refused);
     count("parse 100 refused lines", [&] { parseMessage(refused); });
@@ -106,7 +106,7 @@ extern "C" void* malloc(std::size_t size) {
 }
 
 int main(int argc, char** argv) {
-    if (argc == 3 && std::string_view(argv[1]) == "hold") { // needs no callgrind, and takes long under it
+    if (argc == 3 && std::string_view(argv[1]) == "hold") { // needs no callgrind, and would be slow under it
         countHeld(argv[2], readSample(std::string(argv[2]) + ".sip"));
     } else {
         countAll();

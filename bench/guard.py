@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
 """The guard: counts what a few operations cost and fails where a count is above its ceiling.
 
-Runs kx_guard under callgrind and compares with bench/ceilings.tsv, whose ceilings stand 5 % above what was reached.
-It never times, so a busy machine changes nothing. Counts belong to the build of the tests (preset dev: -O2, assertions
-on) by one major version of one compiler on one architecture, which the file names; elsewhere the guard is skipped, as
-it is without valgrind (exit status 77).
+Runs kx_guard under callgrind and compares with bench/ceilings.tsv, whose ceilings are 5 % above the values reached. It
+measures no times, so a busy machine changes nothing. The counts are for the build of the tests (preset dev: -O2,
+assertions on) by one major version of one compiler on one architecture, which the file names. For other builds, and
+without valgrind, the guard is skipped (exit status 77).
 
   bench/guard.py             compares
-  bench/guard.py --update    writes what is reached now, and ceilings to it, into bench/ceilings.tsv
+  bench/guard.py --update    writes the values reached now, and their ceilings, into bench/ceilings.tsv
 
-A change that makes something cheaper should update the ceilings, so that what was won is kept.
+A change that makes an operation cheaper should update the ceilings, so that the gain is kept.
 """
 import argparse
 import os
@@ -24,14 +24,14 @@ ROOT = Path(__file__).resolve().parent.parent
 CEILINGS = ROOT / "bench" / "ceilings.tsv"
 SKIPPED = 77
 MARGIN = 1.05
-# The C library picks its string functions by what the processor can do; without these they are everywhere the same.
+# The C library chooses its string functions by the processor's features; without these, they are always the same.
 PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX,-AVX512F,-AVX512VL,-AVX512BW,-ERMS,-FSRM"
 
 Counts = dict[tuple[str, str], float]
 
 
 def run(command: list[str], folder: str) -> str:
-    """What the command prints."""
+    """Runs the command; returns what it prints."""
     done = subprocess.run(command, env={**os.environ, "GLIBC_TUNABLES": PLAIN_PROCESSOR}, cwd=folder, text=True,
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
     if done.returncode != 0:
@@ -40,13 +40,14 @@ def run(command: list[str], folder: str) -> str:
 
 
 def count(program: Path) -> Counts:
-    """What each operation costs, by operation and unit."""
+    """Returns the cost of each operation, by operation and unit."""
     counts: Counts = {}
     with tempfile.TemporaryDirectory() as folder:
-        # threads apart: those that the logging library starts would count whenever they come to run
+        # threads are counted separately: those of the logging library run at unpredictable times
         lines = run(["valgrind", "-q", "--tool=callgrind", "--separate-threads=yes",
                      f"--callgrind-out-file={folder}/out", str(program)], folder)
-        for message in ("invite", "carrier_invite"): # each alone: memory that another one left would not be counted
+        # one process for each: memory that another one left would be reused and not counted
+        for message in ("invite", "carrier_invite"):
             lines += run([str(program), "hold", message], folder)
         for line in lines.splitlines():
             name, unit, runs, total = line.split("\t")
@@ -70,7 +71,7 @@ def write(counts: Counts, build: str) -> None:
 
 
 def read() -> tuple[str, Counts]:
-    """The build the ceilings are of, and the ceilings."""
+    """Returns the build for which the ceilings were made, and the ceilings."""
     build = ""
     ceilings: Counts = {}
     for line in CEILINGS.read_text().splitlines():
@@ -83,7 +84,7 @@ def read() -> tuple[str, Counts]:
 
 
 def compare(counts: Counts, ceilings: Counts) -> int:
-    """Prints every count beside its ceiling; the number of those that are above, or have none."""
+    """Prints every count beside its ceiling; returns how many are above, are no longer counted or have no ceiling."""
     failures = 0
     for key in sorted(counts.keys() | ceilings.keys(), key=lambda row: (row[1], row[0])):
         name, unit = key

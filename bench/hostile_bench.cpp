@@ -1,5 +1,5 @@
-// The slowest messages of 64 KB there are known to be, for the reader: what each costs against hostile/well_formed is
-// what to look at, and the aim is 20 times at most. A message that is refused altogether counts up to there.
+// The messages of 64 KB that are known to be the slowest to parse. Compare the cost of each with hostile/well_formed:
+// it should be at most 20 times as much. If the whole message is refused, the cost up to that point is counted.
 
 #include "bench/Hostile.h"
 #include "util/KxException.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-/** Lines as carriers send them, without a body, which would cost nothing. */
+/** Lines as carriers send them. There is no body, because a body would cost nothing. */
 std::string wellFormed() {
     return requestWith(
         filled("",
@@ -24,9 +24,9 @@ std::string wellFormed() {
 
 struct Case {
     const char* name;
-    std::string_view first; ///< Of the lines that are added to a plain request,
-    std::string_view piece; ///< this one as often as there is room,
-    std::string_view last;  ///< and their end.
+    std::string_view first; ///< Begin of the lines that are added to a plain request.
+    std::string_view piece; ///< Repeated as often as there is room.
+    std::string_view last;  ///< End of the lines.
 };
 
 constexpr Case kCases[] = {
@@ -72,7 +72,7 @@ constexpr Case kCases[] = {
     {"refused/credentials_of_other_scheme", "", "Authorization:x\r\n", ""},
     {"refused/credentials_without_value", "", "Authorization:Digest a\r\n", ""},
     {"refused/challenge_of_other_scheme", "", "WWW-Authenticate:x\r\n", ""},
-    // many short things
+    // many short lines
     {"short/known_headers", "", "k:a\r\n", ""},
     {"short/unknown_headers", "", "q:1\r\n", ""},
     {"short/unknown_headers_that_differ", "", "q#:1\r\n", ""},
@@ -135,7 +135,7 @@ void parseHostile(benchmark::State& state, const std::string& bytes) {
         try {
             benchmark::DoNotOptimize(parseMessage(bytes));
         } catch (const KxHandle<KxException>&) {
-            benchmark::DoNotOptimize(bytes.data()); // the message as a whole is refused
+            benchmark::DoNotOptimize(bytes.data()); // the whole message is refused
         }
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));

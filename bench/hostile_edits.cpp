@@ -1,4 +1,4 @@
-// Edits of the longest messages there may be, 64 KB and 1 MB: a loop over all of a message may cost 20 times its parse.
+// Edits of very long messages, 64 KB and 1 MB. A loop over a whole message may cost 20 times as much as its parse.
 
 #include "bench/Hostile.h"
 #include "bench/HostileEdits.h"
@@ -18,15 +18,15 @@
 namespace {
 
 using Names = std::vector<std::string>;
-/** Edits all there is; the number of edits. */
+/** Edits the whole message; returns the number of edits. */
 using Edit = std::function<std::size_t()>;
 
 struct EditCase {
     const char* name;
-    std::string_view first; ///< The message is made of these as in hostile_bench.cpp.
+    std::string_view first; ///< The message is made of the three texts as in hostile_bench.cpp.
     std::string_view piece;
     std::string_view last;
-    Edit (*prepare)(KxSipMessage& message); ///< What is not timed.
+    Edit (*prepare)(KxSipMessage& message); ///< Makes the edit; not timed.
 };
 
 KxSipHeader& lastOf(const KxHandle<KxSipHeader>& chain) {
@@ -103,7 +103,7 @@ Edit findUnknown(KxSipMessage& message) {
                    [&message](const std::string& name) { return !message.getHeader(name).isNil(); });
 }
 
-/** Every value of a kind goes into another message by itself. */
+/** Adds every value of a kind to another message, one at a time. */
 template <HeaderID kID, class Add>
 Edit copyInto(KxSipMessage& message, Add add) {
     return [values = valuesOf(message.getHeaderByID(kID)), other = parseMessage(requestWith("")), add] {
@@ -127,7 +127,7 @@ Edit addClone(KxSipMessage& message) {
     });
 }
 
-/** Takes the top one off and puts it at the end, until the first is on top again. */
+/** Moves the top Route to the end, until the first one is at the top again. */
 Edit rotateRoutes(KxSipMessage& message) {
     return [&message, count = valuesOf(message.getHeaderByID(KxHeaderIDs::kRoute)).size()] {
         for (std::size_t i = 0; i < count; ++i) {
@@ -162,7 +162,7 @@ Edit removeParameters(KxSipMessage& message) {
                    [list](const std::string& name) { return list->removeValue(name); });
 }
 
-/** Each is taken away, put back at the end, asked for, and in the end removed. */
+/** Removes each parameter, adds it again at the end and looks it up; then removes all parameters. */
 template <KxHandle<KxParameters> (*kList)(const KxSipMessage&)>
 Edit mixParameters(KxSipMessage& message) {
     const KxHandle<KxParameters> list = kList(message);
@@ -177,7 +177,7 @@ Edit mixParameters(KxSipMessage& message) {
     };
 }
 
-/** `while (!list->empty())`, looking at the list from its beginning each time. */
+/** Removes the second parameter until one is left, iterating from the beginning of the list each time. */
 template <KxHandle<KxParameters> (*kList)(const KxSipMessage&)>
 Edit removeSecond(KxSipMessage& message) {
     return [list = kList(message)] {
@@ -189,7 +189,7 @@ Edit removeSecond(KxSipMessage& message) {
     };
 }
 
-/** A challenge's properties can be replaced and added to. */
+/** Adds properties to a challenge and then replaces them. */
 Edit setProperties(KxSipMessage& message) {
     const auto& header =
         static_cast<const KxSipAuthenticateHeader&>(*message.getHeaderByID(KxHeaderIDs::kWWWAuthenticate));
@@ -251,7 +251,7 @@ void keepBest(double& best, Operation operation) {
 bool compareHostileEdits() {
     constexpr double kMost = 20;
     constexpr int kRounds = 5;
-    constexpr std::chrono::seconds kPatience(2); // for what will fail anyway
+    constexpr std::chrono::seconds kPatience(2); // limits the time for an edit that will fail anyway
     int failures = 0;
     std::printf("%-34s%9s%9s%13s%13s%9s\n", "edit", "bytes", "edits", "parse, us", "edit, us", "times");
     for (const EditCase& edited : kEdits) {
@@ -273,7 +273,7 @@ bool compareHostileEdits() {
                         edit / parse, failed ? "  TOO MUCH" : "");
             std::fflush(stdout);
             if (failed) {
-                break; // what is too much at 64 KB takes minutes at 1 MB
+                break; // an edit that costs too much at 64 KB takes minutes at 1 MB
             }
         }
     }

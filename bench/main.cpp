@@ -1,4 +1,4 @@
-// kx_bench: the benchmarks, with the options of the benchmark library; or, with --edits, the cost of edits.
+// kx_bench: runs the benchmarks, with the options of the benchmark library. With --edits, measures the cost of edits.
 
 #include "bench/HostileEdits.h"
 

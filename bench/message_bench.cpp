@@ -1,4 +1,4 @@
-// Parse, serialise and round trip of the sample messages; the digest of a request.
+// Parse, serialise and round trip of the sample messages, and the digest of a request.
 
 #include "bench/BenchSupport.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
@@ -47,7 +47,7 @@ void roundTrip(benchmark::State& state, const std::string& name) {
     countBytes(state, bytes.size());
 }
 
-/** The response to the challenge that the sample's second request answers. */
+/** Computes the digest response of the sample's second request, which answers a challenge. */
 void digest(benchmark::State& state) {
     const std::string file = readSample("register_digest.sip");
     const KxHandle<KxSipMessage> message = parseMessage(file.substr(file.rfind("REGISTER sip:")));

@@ -1,5 +1,5 @@
-// This library as a backend of the comparison of SIP libraries: every header is typed when it is read, so parse and
-// parse-lazy are one, and nothing of the bytes is kept, so there is no cached way to write them either. Compiled by the
+// This library as a backend of the comparison of SIP libraries. Every header is typed when it is read, so parse and
+// parse-lazy are the same. The bytes are not kept, so a message cannot be written from cached bytes. Compiled by the
 // comparison's own script, not by this build; see scripts/bench.
 #include "bench.h"
 
@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::size_t kFirstBuffer = 4096;
 
-/** Writes into the caller's buffer, and fails where that is too small. */
+/** Writes into the caller's buffer, and fails if it is too small. */
 class BufferStream final : public KxOutputStream {
 public:
     BufferStream(char* buffer, std::size_t size) : m_begin(buffer) { setWindow(buffer, buffer + size); }

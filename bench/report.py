@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Makes the tables of what was measured, prints them, and with --write puts them into docs/performance.md, between the
-lines that mark their places, and draws docs/performance.svg. Called by scripts/bench.
+"""Makes tables of the results and prints them. With --write, puts them into docs/performance.md, between the lines that
+mark their places, and draws docs/performance.svg. Called by scripts/bench.
 
-  --own FILE         what kx_bench wrote (--benchmark_out, with repetitions: the best one counts)
+  --own FILE         the output of kx_bench (--benchmark_out, with repetitions: the best one counts)
   --peers FILE       the raw lines of the comparison with other libraries (results.tsv)
-  --callgrind DIR    where that comparison left what callgrind dumped
+  --callgrind DIR    the folder with the callgrind dumps of that comparison
 """
 import argparse
 import json
@@ -22,13 +22,13 @@ PLOT = ROOT / "docs" / "performance.svg"
 OURS = "kx"
 LIBRARIES = {"sofia": "libsofia-sip-ua-dev", "osip": "libosip2-dev", "re": "libre-dev", "re-norng": "libre-dev",
              "bellesip": "libbellesip-dev"}
-# Where a library has two ways to do the same, the cheaper one counts.
+# If a library has two ways to do the same, the cheaper one counts.
 OPERATIONS = {"parse": ["parse"], "parse and serialise": ["roundtrip"], "serialise": ["serialise", "serialise-into"],
               "200, as an object": ["response"], "200 with its bytes": ["response+bytes"],
               "SIP URL from text": ["uri", "uri-alt"], "digest response": ["digest"]}
 METRICS = {"instr": "Instructions", "ns_min": "Nanoseconds, best of all passes", "allocs": "Allocations, warm"}
 GOAL = 0.5
-LEVEL = {"digest response": 1.0}  # five MD5 blocks are five MD5 blocks
+LEVEL = {"digest response": 1.0}  # every library has to compute five MD5 blocks
 HELD_GOAL = {"05_invite": 3000, "06_invite_carrier": 8000}  # bytes
 HOSTILE_AIM = 20
 
@@ -41,7 +41,7 @@ def show(value: float | None, digits: int = 0) -> str:
 
 
 def table(head: list[str], rows: Iterable[list[str]]) -> str:
-    """A table in Markdown that can be read as it is: numbers to the right, in columns."""
+    """Returns a table in Markdown that is readable as plain text: aligned columns, numbers to the right."""
     lines = [head, *rows]
     width = [max(len(line[i]) for line in lines) for i in range(len(head))]
     words = [any(re.search("[A-Za-z]", line[i]) for line in lines[1:]) for i in range(len(head))]
@@ -79,7 +79,7 @@ class Peers:
         return min(found) if found else None
 
     def rows(self, metric: str) -> list[tuple[str, str, dict[str, float | None]]]:
-        """Operation, message, and each library's value, where this library has one."""
+        """Returns operation, message and each library's value, for the rows in which this library has a value."""
         messages = sorted({key[1] for key in self.values if key[1] != "-"}) + ["-"]
         rows = []
         for operation in OPERATIONS:
@@ -105,7 +105,7 @@ class Peers:
         return table(head, (cells(*row) for row in self.rows(metric)))
 
     def verdict(self) -> str:
-        """Which rows miss the goal."""
+        """Returns how many rows reach the goal, and which miss it."""
         lines = []
         for metric, name in METRICS.items():
             rows = [(operation, message, ratio) for operation, message, values in self.rows(metric)
@@ -144,7 +144,7 @@ class Peers:
 
 
 class Own:
-    """What kx_bench measured; the best repetition of each."""
+    """The results of kx_bench; the best repetition of each."""
 
     def __init__(self, path: Path) -> None:
         self.best: dict[str, dict] = {}
@@ -189,7 +189,7 @@ class Own:
 
 
 def costs_by_function(dump: str) -> dict[str, int]:
-    """What each function of a callgrind dump cost, without those it called."""
+    """Returns the cost of each function of a callgrind dump, without the functions that it called."""
     names: dict[str, str] = {}
     costs: dict[str, int] = {}
     inside, objects, library, is_call = "", {}, "", False
@@ -204,7 +204,7 @@ def costs_by_function(dump: str) -> dict[str, int]:
                 inside = known[match[2]]
                 inside = f"(no name) in {library}" if inside.startswith("0x") else inside
         elif line.startswith("calls="):
-            is_call = True  # the next line is the cost of what is called
+            is_call = True  # the next line is the cost of the called function
         elif re.match(r"[+*\-\d]", line):
             cells = line.split()
             if not is_call and len(cells) == 2:
@@ -214,7 +214,7 @@ def costs_by_function(dump: str) -> dict[str, int]:
 
 
 def functions(folder: Path, message: str, count: int = 15) -> str:
-    """Where the instructions of a parse go, by function."""
+    """Returns a table of the instructions of a parse, by function."""
     label = re.compile(rf"^desc: Trigger: Client Request: {OURS}\|{message}\|parse\|(\d+)$", re.M)
     found = next(((text, int(match[1])) for dump in folder.glob(f"{OURS}.out*")
                   if (match := label.search(text := dump.read_text()))), None)
@@ -244,7 +244,7 @@ def machine(libraries: list[str]) -> str:
 
 
 def plot(peers: Peers) -> str:
-    """A bar a row and metric: our cost in parts of the best peer's."""
+    """Draws one bar for each row and metric: our cost relative to that of the best other library."""
     shades = {"instr": "#2a6f97", "ns_min": "#89c2d9"}
     labels = {"instr": "instructions", "ns_min": "time"}
     ratios = {metric: {(operation, message): peers.ratio(values) for operation, message, values in peers.rows(metric)}
@@ -286,7 +286,7 @@ def plot(peers: Peers) -> str:
 
 
 def replace_sections(text: str, sections: dict[str, str]) -> str:
-    """The text with what stands between the marks of each section replaced."""
+    """Returns the text with the content between the marks of each section replaced."""
     for name, content in sections.items():
         begin, end = f"<!-- begin {name} -->", f"<!-- end {name} -->"
         if begin not in text or end not in text:

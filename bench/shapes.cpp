@@ -1,9 +1,9 @@
-// Resident memory of a host that runs for long: messages are read and dropped, at most 40 MB of them live at a time,
-// and the lengths of their values change from shape to shape, as the traffic of strangers does. Prints tab-separated
-// lines: what, and MB.
+// Resident memory of a host that runs for a long time. Messages are read and dropped, at most 40 MB of them are live at
+// a time, and the lengths of their values change from shape to shape, as in traffic from many different peers. Prints
+// tab-separated lines: what was measured, and MB.
 //
 //   kx_shapes           one thread reads and drops
-//   kx_shapes handover  one thread reads, another one drops
+//   kx_shapes handover  one thread reads, another drops
 
 #include "bench/BenchSupport.h"
 #include "core/MemAccount.h"
@@ -44,7 +44,8 @@ std::int64_t residentBytes() {
     return resident * sysconf(_SC_PAGESIZE);
 }
 
-/** The lengths of one shape's values; every kind of value has its own middle, from a few bytes to thousands. */
+/** The lengths of the values of one shape. Every kind of value has its own middle length, from a few bytes to
+    thousands. */
 class Shape {
 public:
     explicit Shape(std::mt19937& dice) : m_dice(dice) {

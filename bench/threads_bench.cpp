@@ -1,4 +1,5 @@
-// Two threads that parse, each its own messages, against one: if items_per_second doubles, nothing shared costs.
+// Compares two threads that parse, each its own messages, with one thread. If items_per_second doubles, nothing that
+// the threads share has a cost.
 
 #include "bench/BenchSupport.h"
 

@@ -1,5 +1,5 @@
-# Target doxygen: the reference of the public headers, in <build>/doxygen/html. A test makes it too, where Doxygen is
-# installed; a warning fails it.
+# Target doxygen: makes the reference of the public headers in <build>/doxygen/html. Where Doxygen is installed, a test
+# makes it too; a warning fails the test.
 
 find_package(Doxygen QUIET)
 if(DOXYGEN_FOUND)

@@ -27,8 +27,9 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # g++ 12 sees overlapping copies inside std::string's own operators (GCC bug 105651), and at -O3 reads of a literal ""
-    # beyond its end in loops that its length keeps from beginning. clang++ compiles the same code with its warnings on.
+    # g++ 12 reports overlapping copies inside std::string's own operators (GCC bug 105651). At -O3 it also reports
+    # reads beyond the end of a literal "" in loops that never begin, since its length is 0. clang++ compiles the same
+    # code with its warnings on.
     add_compile_options(-Wno-restrict $<$<CONFIG:Release>:-Wno-array-bounds>)
 endif()
 
@@ -40,8 +41,8 @@ if(KX_SANITIZE)
     list(JOIN KX_SANITIZE "," KX_SANITIZE_LIST)
     add_compile_options(-fsanitize=${KX_SANITIZE_LIST} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${KX_SANITIZE_LIST})
-    # Pools would hide a use after free or a byte too far from the sanitizer. A public header reads this, so that it goes
-    # to whoever uses the libraries, too.
+    # Pools would hide a use after free or an overrun of one byte from the sanitizer. A public header reads this
+    # definition, so the users of the libraries get it too.
     set(KX_PUBLIC_DEFINITIONS KX_PLAIN_MALLOC=1)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # The instrumented code misleads the flow-based warnings; the other builds keep them.
@@ -59,7 +60,7 @@ endif()
 
 if(KX_COVERAGE)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-        # The counters stand in the profile's file itself, so that programs count which end by an assertion.
+        # The counters are in the profile file itself, so that programs that end by an assertion are counted too.
         add_compile_options(-fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
         add_link_options(-fprofile-instr-generate)
     else()
@@ -69,12 +70,12 @@ if(KX_COVERAGE)
 endif()
 
 if(NOT KX_SANITIZE AND NOT KX_FUZZ AND NOT KX_COVERAGE)
-    # Nobody interposes functions of these libraries, so calls within a library may be direct.
+    # Functions of these libraries are not interposed, so calls within a library may be direct.
     add_compile_options(-fno-plt -fno-semantic-interposition)
     add_link_options(-Wl,-Bsymbolic-functions -Wl,-O1)
 
-    # These cost nothing that can be counted: copies of a known size are checked, and the tables through which
-    # functions are called cannot be written to once a library is loaded. The stack protector has its price.
+    # These have no measurable cost: copies of a known size are checked, and the tables through which functions are
+    # called are read-only after a library is loaded. The stack protector does have a cost.
     add_compile_options($<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
     add_link_options(-Wl,-z,relro,-z,now)
     if(KX_STACK_PROTECTOR)

@@ -1,5 +1,5 @@
 # Installation: libraries, headers in their folders, the CMake package, the pkg-config file and the tool; and the Debian
-# packages made of these, one a component. Whatever is installed may be moved as a whole.
+# packages made of these, one for each component. The installed files may be moved as a whole.
 
 if(NOT TARGET kxsipobject_objects OR NOT TARGET kxutil_objects OR NOT TARGET kxcore_objects)
     return()
@@ -35,8 +35,8 @@ if(TARGET kxsip)
     install(TARGETS kxsip RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tool)
 endif()
 
-# The name of the library package ends in the SONAME's number, as Debian has it: a library that is binary incompatible
-# gets another number, another package, and may stand beside the old one.
+# The name of the library package ends in the number of the SONAME, as is Debian's rule. A binary incompatible library
+# gets another number and another package, which may be installed beside the old one.
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development tool)

@@ -1,9 +1,9 @@
-# Folders are targets. Every function globs, so that a new class means adding its files and nothing here.
+# Each folder is a target. The functions glob for the sources, so that a new class needs no change here.
 
 # kx_add_library(<name> ALIAS <Kx::Name> DEPENDS <targets>...)
-# Makes the shared library <name> of all sources under the current folder. The sources are compiled into the
-# OBJECT library <name>_objects first, so that whoever links the objects keeps those that only register
-# themselves. A folder without sources becomes an interface target that passes its dependencies on.
+# Makes the shared library <name> of all sources under the current folder. The sources are first compiled into the
+# OBJECT library <name>_objects: a target that links the objects keeps those that only register themselves. A folder
+# without sources becomes an interface target that passes its dependencies on.
 function(kx_add_library name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "ALIAS" "DEPENDS")
     string(REGEX REPLACE "^Kx::" "" export_name "${ARG_ALIAS}")
@@ -33,7 +33,7 @@ function(kx_add_library name)
 endfunction()
 
 # kx_add_tests(<name> <subfolder> LIBRARIES <targets>... [ENVIRONMENT <NAME=value>...])
-# Makes one GoogleTest executable of all sources under tests/<subfolder>; every TEST is a test of ctest.
+# Makes one GoogleTest executable of all sources under tests/<subfolder>. Every TEST is a test of ctest.
 function(kx_add_tests name subfolder)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LIBRARIES;ENVIRONMENT")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${subfolder}/*.cpp")

@@ -25,7 +25,7 @@ std::string reportOf(const char* text, const char* file, int line) {
     return report;
 }
 
-/** On stderr first, since logging may itself be what is broken. */
+/** Reports and aborts. Writes to stderr first, because logging itself may be what fails. */
 template <class Log>
 [[noreturn]] void stop(const char* text, const char* file, int line, const Log& log) noexcept {
     try {
@@ -39,7 +39,7 @@ template <class Log>
     std::abort();
 }
 
-/** "T = X" of "void C<T>::f() [with T = X]", as g++ writes it, or "[T = X]", as clang++ does. */
+/** Returns "T = X" of "void C<T>::f() [with T = X]", as g++ writes it, or of "[T = X]", as clang++ does. */
 std::string_view argumentsOf(std::string_view function) {
     const std::size_t open = function.rfind(" [");
     if (open == std::string_view::npos)
@@ -49,7 +49,7 @@ std::string_view argumentsOf(std::string_view function) {
     return arguments.starts_with("with ") ? arguments.substr(5) : arguments;
 }
 
-/** "libx.so+0x1234", of the call before the return address. */
+/** Returns the place of the call that precedes the return address, such as "libx.so+0x1234". */
 std::string placeOf(const void* returnAddress) {
     const char* const call = static_cast<const char*>(returnAddress) - 1;
     Dl_info info{};

@@ -14,16 +14,17 @@ public:
         @param text the cast as written, such as "OSKAN_DYNCAST_ASSERT(KxSipURL, pObject)". */
     [[noreturn, gnu::cold]] static void typeIdError(const char* text, const std::type_info& actual, const char* file,
                                                     int line) noexcept;
-    /** There is no object. */
+    /** The pointer is nil. */
     [[noreturn, gnu::cold]] static void nullBaseError(const char* text, const char* file, int line) noexcept;
 };
 
-/** A checked downcast. An object of exactly the wanted type is found by comparing type identities; only one of a
-    derived type costs a walk of its bases. */
+/** A checked downcast. For an object of exactly the target type it compares type identities; only an object of a
+    derived type costs a dynamic_cast. */
 template <class Target>
 class DynCastAssert : public DynCastAssertNoT {
 public:
-    /** @return object as a Target, const if object is. Reports and aborts when it is none, or nil. */
+    /** @return the object as a Target, const if the object is const. Reports and aborts when the object is nil or is
+        not a Target. */
     template <class Base>
     static auto* cast(Base* object, const char* text, const char* file, int line) {
         using Result = std::conditional_t<std::is_const_v<Base>, const Target, Target>;
@@ -42,7 +43,7 @@ public:
 
 } // namespace Oskan
 
-/** A Type* to the object that the pointer points to; anything else is a fault of the caller, reported with the cast's
-    own text and fatal. */
+/** Returns the pointer as a Type*. If the pointer is nil or the object is not a Type, that is a fault of the caller:
+    it is reported with the text of the cast, and the process aborts. */
 #define OSKAN_DYNCAST_ASSERT(Type, pointer) \
     (::Oskan::DynCastAssert<Type>::cast((pointer), "OSKAN_DYNCAST_ASSERT(" #Type ", " #pointer ")", __FILE__, __LINE__))

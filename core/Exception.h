@@ -8,7 +8,7 @@
 
 namespace Oskan {
 
-/** What the core layer throws when it is used against its contract. */
+/** Thrown by the core layer when it is used incorrectly. */
 class KX_CORE_API Exception : public std::exception {
 public:
     explicit Exception(std::string message) : m_message(std::move(message)) {}

@@ -6,7 +6,8 @@
 
 namespace Oskan {
 
-/** What the fallible values of all types share: whether the value is there, and the report when it is not. */
+/** The part of Fallible that does not depend on the type: whether there is a value, and the report when there is
+    none. */
 class KX_CORE_API FallibleBase {
 public:
     constexpr bool isValid() const noexcept { return m_valid; }
@@ -21,15 +22,15 @@ private:
     bool m_valid;
 };
 
-/** A value that is there or not. T is default-constructible. */
+/** A value that may be absent. T must be default-constructible. */
 template <class T>
 class Fallible : public FallibleBase {
 public:
-    /** Invalid. */
+    /** Makes an invalid one, which has no value. */
     constexpr Fallible() : FallibleBase(false) {}
     constexpr Fallible(T value) : FallibleBase(true), m_value(std::move(value)) {}
 
-    /** The value. Reading an invalid one is a fault of the caller, reported and fatal. */
+    /** Returns the value. To read an invalid one is a fault of the caller: it is reported, and the process aborts. */
     constexpr const T& get() const {
         if (!isValid()) [[unlikely]]
             assertUsedInInvalidStateErr();

@@ -27,7 +27,7 @@ void FastStringBase::grow(std::size_t more) {
 
 void FastStringBase::appendGrowing(const char* text, std::size_t length) {
     const std::size_t used = this->length();
-    // The text may lie in the room that is about to be given back.
+    // The text may lie in the buffer that grow() frees.
     const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(m_begin);
     const bool own = offset <= used;
     grow(length);

@@ -9,13 +9,13 @@
 
 namespace Oskan {
 
-/** What the FastStrings of all sizes share. */
+/** The part of FastString that does not depend on its size. */
 class KX_CORE_API FastStringBase {
 public:
     FastStringBase(const FastStringBase&) = delete;
     FastStringBase& operator=(const FastStringBase&) = delete;
 
-    /** @throws std::bad_alloc when the text must grow and there is no memory; it is unchanged then. */
+    /** @throws std::bad_alloc when the buffer must grow and there is no memory; the text is then unchanged. */
     void append(char c) {
         if (m_end == m_limit) [[unlikely]]
             grow(1);
@@ -47,14 +47,14 @@ public:
 
     std::size_t length() const noexcept { return static_cast<std::size_t>(m_end - m_begin); }
     bool empty() const noexcept { return m_end == m_begin; }
-    /** Characters that fit before the text must move. */
+    /** The number of characters that fit before the text must move to a larger buffer. */
     std::size_t capacity() const noexcept { return static_cast<std::size_t>(m_limit - m_begin); }
     std::string_view view() const noexcept { return {m_begin, length()}; }
 
     char& operator[](std::size_t i) noexcept { return m_begin[i]; }
     const char& operator[](std::size_t i) const noexcept { return m_begin[i]; }
 
-    /** Empties the text and keeps the room. */
+    /** Empties the text and keeps the buffer. */
     void clear() noexcept { m_end = m_begin; }
 
 protected:
@@ -69,15 +69,15 @@ private:
 
     char* m_begin;
     char* m_end;
-    char* m_limit; ///< One character, for the NUL, lies beyond it.
+    char* m_limit; ///< End of the capacity. One more character, for the NUL, follows.
     bool m_onHeap = false;
 
     template <std::size_t N>
     friend class FastString;
 };
 
-/** Growing text that keeps its first N characters in the object and goes to the heap, under the account
-    "FastStringAccount", only beyond. Used by one thread at a time. */
+/** Text that grows. A text of up to N characters is kept in the object; a longer one is on the heap, under the account
+    "FastStringAccount". To be used by one thread at a time. */
 template <std::size_t N>
 class FastString : public FastStringBase {
     static_assert(N > 0);

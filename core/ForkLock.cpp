@@ -5,10 +5,11 @@
 
 namespace Oskan {
 
-/** What fork calls. Libraries may be loaded, and with them locks added, while another thread forks. */
+/** The handlers that fork calls. A library may be loaded and add its locks while another thread forks, so the list of
+    locks has a mutex. */
 struct ForkLock::Handlers {
     static constinit std::mutex s_mutex;
-    static constinit ForkLock* s_first; ///< In the order in which they are taken.
+    static constinit ForkLock* s_first; ///< The list is in the order in which the locks are taken.
     static constinit ForkLock* s_last;
 
     static void sPrepare() {

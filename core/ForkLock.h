@@ -4,11 +4,11 @@
 
 namespace Oskan {
 
-/** Takes a mutex of the process around every fork, so that the child, which has one thread only, finds it free and what
-    it guards whole. Made at load, next to the mutex. */
+/** Holds a mutex of the process during every fork. The child, which has only one thread, then finds the mutex free and
+    the data that it guards consistent. Made when the library is loaded, next to the mutex. */
 class KX_CORE_API ForkLock {
 public:
-    /** What may be held while another mutex is taken comes before that one. */
+    /** The order in which the mutexes are taken: one that may be held while another is taken comes before it. */
     enum class Order { Lists, Companions, Streams, Loggers, Configuration, Parameters, Accounts, Pool };
 
     ForkLock(Order order, void (*lock)(), void (*unlock)()) noexcept;
@@ -27,8 +27,8 @@ private:
 };
 
 /** A ForkLock of one mutex.
-    @tparam kMutex has lock and unlock, and static storage duration. No recursive mutex: it knows its thread, and the
-    child's is another one. */
+    @tparam kMutex has lock and unlock, and static storage duration. It must not be recursive: a recursive mutex records
+    the thread that holds it, and the child's thread is another one. */
 template <auto& kMutex>
 class ForkLockOf : public ForkLock {
 public:

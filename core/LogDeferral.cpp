@@ -30,7 +30,8 @@ void LogDeferral::sKeep(const AceCleanupLogger& logger, LogLevel level, std::str
     t_kept->all.push_back({&logger, level, std::string(text), source, line});
 }
 
-/** What the appenders log in turn is written at once: no deferral is open by now, or one of their own. */
+/** If an appender itself logs a record, that record is written at once: no deferral is open now, except one that the
+    appender opened. */
 void LogDeferral::sWrite() noexcept {
     const std::unique_ptr<Records> kept(std::exchange(t_kept, nullptr));
     for (const Records::Record& record : kept->all)

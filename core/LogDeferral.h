@@ -9,13 +9,13 @@ namespace Oskan {
 
 class AceCleanupLogger;
 
-/** LogDeferrals open on this thread. */
+/** Number of LogDeferrals open on this thread. */
 extern KX_CORE_API __thread unsigned t_logDeferrals __attribute__((tls_model("initial-exec")));
 
-/** While one is open, what its thread logs through AceCleanupLogger is kept, in order; the outermost writes it when it
-    closes. Opened before a lock is taken, so that no appender of the host runs under the lock and may ask for whatever
-    the lock guards. Costs an increment and a test while nothing is logged. A record for which there is no memory is
-    lost. */
+/** While one is open, the records that its thread logs through AceCleanupLogger are kept, in order; the outermost one
+    writes them when it closes. Open it before a lock is taken: then no appender of the host runs under the lock, and an
+    appender may use what the lock guards. Costs an increment and a test when nothing is logged. A record for which
+    there is no memory is lost. */
 class KX_CORE_API LogDeferral {
 public:
     LogDeferral() noexcept { ++t_logDeferrals; }

@@ -2,7 +2,7 @@
 
 namespace Oskan {
 
-/** How grave a log record is. The numbers are those of log4cplus, so that a level set there compares directly. */
+/** The severity of a log record. The numbers are those of log4cplus, so that a level set there compares directly. */
 enum class LogLevel : int {
     Trace = 0,
     Debug = 10000,
@@ -10,7 +10,7 @@ enum class LogLevel : int {
     Warn = 30000,
     Error = 40000,
     Fatal = 50000,
-    Off = 60000 ///< As a logger's level: nothing is logged.
+    Off = 60000 ///< Only as a logger's level: nothing is logged.
 };
 
 } // namespace Oskan

@@ -10,23 +10,23 @@
 
 namespace Oskan {
 
-/** A named logger over log4cplus, configured there. Copies are the same logger. Usable from any thread. */
+/** A named logger of log4cplus, configured through log4cplus. A copy is the same logger. Usable from any thread. */
 class KX_CORE_API Logger {
 public:
-    /** The logger of that name, made if there is none. A dot in the name parts a child from its parent. */
+    /** The logger of that name, created if there is none. A dot in the name separates a parent from its child. */
     explicit Logger(const std::string& name);
 
-    /** The level in effect: the logger's own, else the nearest ancestor's. */
+    /** The level in effect: the logger's own, otherwise that of the nearest ancestor that has one. */
     LogLevel getLogLevel() const;
     bool isEnabledFor(LogLevel level) const;
     const std::string& getName() const;
 
-    /** Logs the text as it stands, if the level is enabled. A record that no appender would get is dropped in silence,
-        so that a host without logging is not bothered.
-        @param source what log4cplus gets as the file; nil for none. */
+    /** Logs the text unchanged, if the level is enabled. A record that no appender would receive is dropped silently,
+        so that a host without logging is not disturbed.
+        @param source passed to log4cplus as the file; nil for none. */
     void log(LogLevel level, std::string_view text, const char* source = nullptr, int line = -1) const;
 
-    /** The logger named as this one, a dot and the suffix. */
+    /** The logger whose name is this logger's name, a dot and the suffix. */
     Logger getChild(std::string_view suffix) const;
 
 private:

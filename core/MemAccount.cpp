@@ -56,7 +56,7 @@ std::size_t MemAccount::row() noexcept {
 
 namespace {
 
-/** In front of every block; its size keeps the block aligned to 16. */
+/** Precedes every block; its size keeps the block aligned to 16. */
 struct alignas(16) PlainHeader {
     std::size_t bytes;
 };

@@ -11,11 +11,12 @@
 
 namespace Oskan {
 
-/** A name under which memory is counted. Has static storage duration and costs nothing at load:
+/** A name under which memory is counted. It has static storage duration and costs nothing when a program is loaded:
 
         constinit MemAccount s_account{"KxSipHeader"};
 
-    Accounts of one name are one account. Usable from any thread, from static initialisers to static destructors. */
+    Objects with the same name are one account. Usable from any thread, from static initialisers to static
+    destructors. */
 class KX_CORE_API MemAccount {
 public:
     /** @param name a literal, or text that lives as long as the process. */
@@ -44,7 +45,7 @@ public:
 #endif
     }
 
-    /** @param size as it was given to allocate; spares a look at the block's slab. */
+    /** @param size as it was given to allocate; the block's slab need not be read then. */
     void deallocate(void* block, [[maybe_unused]] std::size_t size) noexcept {
 #ifdef KX_PLAIN_MALLOC
         deallocatePlain(block);
@@ -63,13 +64,13 @@ private:
 #endif
 
     const char* m_name;
-    std::atomic<std::uint32_t> m_rowOffset{0}; ///< Of the account's cells in a thread's cache; 0 before the first use.
+    std::atomic<std::uint32_t> m_rowOffset{0}; ///< Offset of the account's row in a thread's cache; 0 before first use.
 };
 
-/** What is allocated under an account and not given back. */
+/** The memory that is allocated under an account and not yet freed. */
 struct MemUsage {
     std::int64_t liveObjects = 0;
-    std::int64_t liveBytes = 0; ///< Of the blocks, which are a little larger than what was asked for.
+    std::int64_t liveBytes = 0; ///< Size of the blocks, which are a little larger than what was asked for.
 };
 
 struct MemAccountUsage {
@@ -77,17 +78,17 @@ struct MemAccountUsage {
     MemUsage usage;
 };
 
-/** The accounts of the process. Every thread counts for itself and the sums are made when asked for: exact when no
-    other thread allocates meanwhile, else a picture of about now. */
+/** The accounts of the process. Every thread counts its own blocks, and the sums are computed on request. They are
+    exact when no other thread allocates or frees at that time, and approximate otherwise. */
 class KX_CORE_API MemAccounts {
 public:
-    /** Zeros for a name that nobody has allocated under. */
+    /** Zeros for a name under which nothing was ever allocated. */
     static MemUsage sGetUsage(std::string_view name);
-    /** All accounts that were ever allocated under, in order of first use. */
+    /** All accounts that were ever used, in order of first use. */
     static std::vector<MemAccountUsage> sList();
 };
 
-/** Makes allocations fail, for tests. Concerns the calling thread alone. */
+/** Makes allocations fail, for tests. Affects only the calling thread. */
 class KX_CORE_API MemAllocatorFaults {
 public:
     /** The n-th allocation from now, counted from 1, throws std::bad_alloc; the later ones succeed again. */
@@ -130,7 +131,7 @@ inline void MemPool::deallocate(void* block, std::size_t size, MemAccount& accou
 } // namespace Oskan
 
 /** Gives a class the operator new and delete (and their placement forms) of an account, and getMemAccountName.
-    Stands in a public section. The destructor of a base that others delete through must be virtual.
+    Belongs in a public section. A base class through which objects are deleted must have a virtual destructor.
     @param account an Oskan::MemAccount of static storage duration. */
 #define KX_MEM_ACCOUNT_OPERATORS(account)                                 \
     static void* operator new(std::size_t size) {                         \

@@ -2,7 +2,7 @@
 
 namespace Oskan {
 
-// An account object finds its row by its name, so that one made for the call will do.
+// An account object finds its row by its name, so a temporary one is enough.
 
 void* NoSizeMemAllocator::allocate(std::size_t size, const char* accountName) {
     return MemAccount(accountName).allocate(size);

@@ -7,10 +7,10 @@
 
 namespace Oskan {
 
-/** Accounted blocks for those who do not know a block's size when they give it back.
+/** Allocates accounted blocks, for callers that do not know the size of a block when they free it.
 
-    An account is given as an object, which is the fast way, or by its name, which costs a look-up.
-    All operations are usable from any thread; a block may be given back by another thread than took it. */
+    An account is given as an object, which is faster, or by its name, which costs a look-up.
+    All operations are usable from any thread. A block may be freed by another thread than the one that allocated it. */
 class KX_CORE_API NoSizeMemAllocator {
 public:
     /** @return at least size bytes, aligned to 8, and to 16 when size is a multiple of 16.
@@ -24,7 +24,7 @@ public:
     static void deallocate(void* block, const char* accountName) noexcept;
 };
 
-/** As NoSizeMemAllocator, for those who know the size when they give a block back. The two may be mixed. */
+/** As NoSizeMemAllocator, for callers that know the size of a block when they free it. The two may be mixed. */
 class KX_CORE_API DefaultStaticMemAllocator : public NoSizeMemAllocator {
 public:
     using NoSizeMemAllocator::deallocate;

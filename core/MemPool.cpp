@@ -17,7 +17,7 @@ namespace {
 
 static_assert(MemRows::kRows == MemThreadCache::kRows);
 
-/** What a thread knows of itself beside its cache. */
+/** The state of a thread that is not in its cache. */
 struct ThreadState {
     MemThreadCache* own;
     std::uint64_t allocationsToFault; ///< 0: no fault armed.
@@ -25,14 +25,14 @@ struct ThreadState {
 };
 
 constinit MemThreadCache s_emptyCache{};  ///< Never written.
-constinit MemThreadCache s_orphanCache{}; ///< For threads at their end; under s_orphanMutex.
+constinit MemThreadCache s_orphanCache{}; ///< For threads without a cache (see adopt); guarded by s_orphanMutex.
 constinit std::mutex s_orphanMutex;
 
 constinit std::mutex s_cachesMutex;
-constinit std::atomic<MemThreadCache*> s_caches{nullptr}; ///< All that were ever made.
-constinit MemThreadCache* s_parkedCaches = nullptr;       ///< Under s_cachesMutex.
+constinit std::atomic<MemThreadCache*> s_caches{nullptr}; ///< All caches that were ever made.
+constinit MemThreadCache* s_parkedCaches = nullptr;       ///< Guarded by s_cachesMutex.
 
-/** All mutexes of the pool, in the order in which they are held together. */
+/** All mutexes of the pool, in the order in which they are taken. */
 struct PoolMutexes {
     void lock() {
         s_orphanMutex.lock();
@@ -50,18 +50,18 @@ const ForkLockOf<s_poolMutexes> s_forkLock{ForkLock::Order::Pool};
 
 __thread ThreadState t_state __attribute__((tls_model("initial-exec")));
 
-/** How many free blocks of a size a cell may hold at most. */
+/** The highest limit of a cell: how many free blocks of that size it may hold at most. */
 std::uint32_t mostOf(std::size_t bytes) {
     return static_cast<std::uint32_t>(std::clamp<std::size_t>(64 * 1024 / bytes, 4, 256));
 }
 
-/** How many it may hold at first, and after it did nothing but give blocks away. */
+/** The lowest limit of a cell: it applies at first, and after the cell did nothing but give blocks back. */
 std::uint32_t leastOf(std::size_t bytes) {
     return static_cast<std::uint32_t>(std::clamp<std::size_t>(4 * 1024 / bytes, 2, 32));
 }
 
-/** One cell of a cache, and what the slow road knows of it. The number of its free blocks is the limit less the
-    difference of live and floor. */
+/** One cell of a cache with its limit, as the slow path uses it. The number of free blocks in the cell is
+    limit - (live - floor). */
 class SlowCell {
 public:
     SlowCell(MemThreadCache& cache, std::size_t row, std::size_t cellOffset)
@@ -86,7 +86,7 @@ public:
         m_cell.live.store(live() - 1, std::memory_order_relaxed);
     }
 
-    /** Gives all free blocks away. */
+    /** Gives all free blocks back to the slabs. */
     void empty() noexcept {
         if (m_cell.head)
             MemSlabs::sGive(m_cellOffset, std::exchange(m_cell.head, nullptr));
@@ -110,7 +110,7 @@ private:
         setLimit(limit, false, taken.count);
     }
 
-    /** For a cell that is full, or that was never used. */
+    /** Called for a cell that is full or that was never used. */
     void makeRoom() noexcept {
         const std::uint32_t limit = m_limit.blocks;
         if (limit == 0) {
@@ -139,7 +139,7 @@ void emptyAll(MemThreadCache& cache) noexcept {
     }
 }
 
-/** Before the slabs are asked for anything. */
+/** Empties the cells of the cache if MemSlabs::sTurn() has changed. Called before anything is asked of the slabs. */
 void emptyAtTurn(MemThreadCache& cache) noexcept {
     const std::uint32_t turn = MemSlabs::sTurn();
     if (cache.turn != turn) {
@@ -148,7 +148,8 @@ void emptyAtTurn(MemThreadCache& cache) noexcept {
     }
 }
 
-/** At a thread's end: its free blocks go to the others; the counters wait for the next thread. */
+/** Called at a thread's end. Its free blocks go back to the slabs. The cache keeps its counters and is parked for the
+    next thread. */
 void park(MemThreadCache& cache) noexcept {
     emptyAll(cache);
     const std::lock_guard lock(s_cachesMutex);
@@ -169,7 +170,7 @@ struct CacheOwner {
 };
 thread_local CacheOwner t_owner;
 
-/** A cache for this thread, or nil when the thread is at its end or there is no memory. */
+/** Gives this thread a cache. Returns nil when the thread is at its end or there is no memory. */
 MemThreadCache* adopt() noexcept {
     if (t_state.ended)
         return nullptr;
@@ -180,7 +181,7 @@ MemThreadCache* adopt() noexcept {
         if (cache) {
             s_parkedCaches = cache->nextParked;
         } else {
-            // Mapped, so that rows and classes that are not used stay untouched.
+            // Mapped, so that the pages of unused rows and classes are never touched.
             void* const mapped =
                 mmap(nullptr, sizeof(MemThreadCache), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
             if (mapped == MAP_FAILED)
@@ -201,7 +202,7 @@ MemThreadCache* ownCache() noexcept {
     return t_state.own ? t_state.own : adopt();
 }
 
-/** Does f with the cache that this thread may change. */
+/** Calls f with the cache that this thread may change. */
 template <class F>
 auto onSlowRoad(F f) {
     if (MemThreadCache* const cache = ownCache()) {
@@ -253,7 +254,7 @@ MemUsage MemPool::sLive(std::size_t row) noexcept {
         std::uint32_t live = s_orphanCache.cells[row][sizeClass].live.load(std::memory_order_relaxed);
         for (MemThreadCache* cache = s_caches.load(std::memory_order_acquire); cache; cache = cache->nextCache)
             live += cache->cells[row][sizeClass].live.load(std::memory_order_relaxed);
-        // A picture taken while blocks wander between threads may miss one that was just handed out.
+        // Signed: while blocks move between threads, the sum may miss a block that was just handed out.
         const std::int64_t blocks = static_cast<std::int32_t>(live);
         usage.liveObjects += blocks;
         usage.liveBytes += blocks * kMemClasses.blockBytes[sizeClass];

@@ -12,8 +12,8 @@ namespace Oskan {
 class MemAccount;
 struct MemUsage;
 
-/** The block sizes of the pool: steps of 8 bytes up to 256, then steps of about an eighth, and of a sixth beyond 1,024.
-    The larger sizes are divisors of a slab, so that a slab wastes less than a fiftieth at its end. */
+/** The block sizes of the pool: steps of 8 bytes up to 256, then of about an eighth, and of about a sixth above 1,024.
+    The larger sizes are divisors of a slab, so that less than a fiftieth of a slab is wasted at its end. */
 struct MemClasses {
     static constexpr std::size_t kSlabBytes = 32 * 1024; ///< Size and alignment of a slab.
     static constexpr std::size_t kSlabHeaderBytes = 64;
@@ -34,7 +34,7 @@ struct MemClasses {
         for (std::size_t pieces = kSlabPayload / last; pieces >= 2; --pieces) {
             const std::size_t bytes = kSlabPayload / pieces / 16 * 16;
             const std::size_t next = pieces == 2 ? 0 : kSlabPayload / (pieces - 1) / 16 * 16;
-            // The last size before a step would grow beyond an eighth, or a sixth.
+            // Take the last size before the step would exceed an eighth, or a sixth.
             const std::size_t part = last <= 1024 ? 8 : 6;
             if (bytes > last && (next == 0 || next * part > last * (part + 1))) {
                 blockBytes[count++] = static_cast<std::uint16_t>(bytes);
@@ -55,12 +55,13 @@ struct MemClasses {
 inline constexpr MemClasses kMemClasses;
 static_assert(kMemClasses.blockBytes[kMemClasses.count - 1] == MemClasses::kMaxBlock);
 
-/** Free blocks of one size class that one thread holds for one account, and how many it has handed out.
-    An account of number 0 and a class of number 0 own cells that stay all zero: every use of them takes the slow road,
-    which is how a first use, an armed fault and a large block are told without a test of their own. */
+/** The free blocks of one size class that one thread holds for one account, and how many blocks it has handed out.
+    The cells of row 0, of class 0 and of the empty cache (see t_memCache) are always zero, so that every use of them
+    takes the slow path. The first use of an account, a large block and an armed fault are noticed in this way, without
+    a test of their own. */
 struct MemCell {
-    void* head;                      ///< Free blocks, each holding the address of the next.
-    std::atomic<std::uint32_t> live; ///< Blocks handed out less blocks taken back, modulo 2^32; written by its thread.
+    void* head;                      ///< The free blocks; each holds the address of the next.
+    std::atomic<std::uint32_t> live; ///< Blocks handed out minus blocks taken back, modulo 2^32; written by its thread.
     std::uint32_t floor;             ///< The value of live at which the list is full.
 };
 static_assert(sizeof(MemCell) == MemClasses::kCellBytes);
@@ -69,18 +70,18 @@ struct MemChunk;
 
 /** At the start of every slab of a class, and of every large block's memory. */
 struct MemSlabHeader {
-    std::uint32_t cellOffset; ///< Of the blocks' class; 0 for a large block.
-    std::uint32_t held;       ///< Blocks that threads or the program hold. This and what follows: see MemSlabs.
-    void* blocks;             ///< The free ones that no thread holds, each holding the address of the next.
-    char* uncut;              ///< Where no block was cut yet.
+    std::uint32_t cellOffset; ///< Offset of the class's cell in a row; 0 for a large block.
+    std::uint32_t held;       ///< Number of blocks that threads or the program hold. From here on, see MemSlabs.
+    void* blocks;             ///< The free blocks that no thread holds; each holds the address of the next.
+    char* uncut;              ///< Start of the part that is not yet cut into blocks.
     MemSlabHeader* next;
     MemSlabHeader* previous;
     MemChunk* chunk;        ///< Nil for a block that is too large for a chunk.
-    std::size_t largeBytes; ///< Of a large block.
+    std::size_t largeBytes; ///< Size of a large block.
 };
 static_assert(sizeof(MemSlabHeader) <= MemClasses::kSlabHeaderBytes);
 
-/** What one thread holds. One row of cells an account, one cell a class. */
+/** The cache of one thread: one row of cells for each account, one cell for each class. */
 struct MemThreadCache {
     static constexpr std::size_t kRows = 64;
     static constexpr std::size_t kRowBytes = MemClasses::kClasses * MemClasses::kCellBytes;
@@ -88,14 +89,14 @@ struct MemThreadCache {
     /** How many free blocks a cell may hold. */
     struct Limit {
         std::uint16_t blocks; ///< 0 before the cell's first use.
-        bool onlyGave;        ///< The cell gave blocks away and has not run out of them since.
+        bool onlyGave;        ///< The cell gave blocks back and has not run out of blocks since.
     };
 
     std::array<std::array<MemCell, MemClasses::kClasses>, kRows> cells;
     std::array<std::array<Limit, MemClasses::kClasses>, kRows> limits;
-    std::uint32_t turn;         ///< Of the slabs, when the cells were emptied last.
-    MemThreadCache* nextCache;  ///< In the list of all.
-    MemThreadCache* nextParked; ///< In the list of those whose thread has ended.
+    std::uint32_t turn;         ///< MemSlabs::sTurn() when the cells were last emptied.
+    MemThreadCache* nextCache;  ///< In the list of all caches.
+    MemThreadCache* nextParked; ///< In the list of caches whose thread has ended.
 
     MemCell& cell(std::size_t rowOffset, std::size_t cellOffset) {
         char* const at = reinterpret_cast<char*>(this) + rowOffset + cellOffset;
@@ -103,21 +104,22 @@ struct MemThreadCache {
     }
 };
 
-/** Size-classed blocks with free lists a thread, counted an account. Blocks have no header: they are cut from aligned
-    slabs, whose header tells the class. A block's address is a multiple of 8, and of 16 when its size is one.
-    A block may be given back by any thread.
+/** Allocates blocks in size classes, with free lists for each thread and counters for each account. Blocks have no
+    header: they are cut from aligned slabs, and the slab's header gives the class. The address of a block is a multiple
+    of 8, and of 16 when its size is a multiple of 16. Any thread may free a block.
 
-    A thread keeps free blocks in cells, one for each account and class, and uses no lock while these have what it
-    needs. A cell that runs out takes blocks from the slabs, and may hold twice as many from then on; one that is full
-    gives blocks back to them, and when that happens again and again, may hold ever fewer. Slabs whose blocks have all
-    come back serve any class or go back to the system: see MemSlabs. Whenever a megabyte has gone either way, a thread
-    that asks the slabs for something first empties all its cells, so that blocks of sizes that are out of use do not
-    keep slabs. A thread that does nothing keeps its cells.
+    A thread keeps free blocks in cells, one for each account and class, and takes no lock while the cells have what it
+    needs. A cell that runs out takes blocks from the slabs, and may hold twice as many from then on. A cell that is
+    full gives blocks back to the slabs; when this happens repeatedly, the cell may hold fewer and fewer. A slab whose
+    blocks have all come back serves any class or goes back to the system: see MemSlabs. Whenever a megabyte of slabs
+    has come from the system or gone back, each thread empties all its cells before it next asks the slabs for
+    something. Blocks of sizes that are no longer used thus do not keep slabs occupied. A thread that does nothing keeps
+    its cells.
 
-    After fork the child has the blocks of all threads: those that the program holds count as before, and those in the
-    cells of other threads are lost to it.
+    After fork the child has the blocks of all threads. The blocks that the program holds count as before. The blocks in
+    the cells of other threads are lost to the child.
 
-    This is the engine; users go through MemAccount, NoSizeMemAllocator or DefaultStaticMemAllocator. */
+    This is the implementation. Use MemAccount, NoSizeMemAllocator or DefaultStaticMemAllocator. */
 class KX_CORE_API MemPool {
 public:
     /** @throws std::bad_alloc when there is no memory. */
@@ -127,7 +129,7 @@ public:
     /** @param size as it was given to allocate. */
     static void deallocate(void* block, std::size_t size, MemAccount& account) noexcept;
 
-    /** Blocks of the row that threads hold, large ones left out. */
+    /** The live blocks of the row that the threads' caches count; large blocks are not included. */
     static MemUsage sLive(std::size_t row) noexcept;
     /** Throws std::bad_alloc when an armed fault is due; see MemAllocatorFaults. */
     static void sFaultPoint();
@@ -152,7 +154,8 @@ private:
     [[gnu::noinline]] static void deallocateSlow(void* block, MemAccount& account) noexcept;
 };
 
-/** The calling thread's cache; an empty one before its first use, after its end and while a fault is armed. */
+/** The calling thread's cache. It is an empty one before the thread's first use, after the thread's end and while a
+    fault is armed. */
 extern KX_CORE_API __thread MemThreadCache* t_memCache __attribute__((tls_model("initial-exec")));
 
 } // namespace Oskan

@@ -8,18 +8,18 @@
 
 namespace Oskan {
 
-/** The table of account names, of this folder only. An account's row number selects its cells in every thread's cache;
-    blocks that no cell counts (large ones, and all of the plain mode) are counted in the row itself. Rows are only ever
-    added. When they run out, further accounts share the last one. */
+/** The table of account names; internal to this folder. An account's row number selects its cells in every thread's
+    cache. Blocks that no cell counts (large blocks, and all blocks with KX_PLAIN_MALLOC) are counted in the row itself.
+    Rows are never removed. When they run out, further accounts share the last one. */
 class MemRows {
 public:
     static constexpr std::size_t kRows = 64;
 
-    /** The row of a name, added if need be. Never 0. */
+    /** The row of a name, added if there is none. Never 0. */
     static std::size_t sFindOrAdd(const char* name) noexcept;
     /** 0 for an unknown name. */
     static std::size_t sFind(std::string_view name) noexcept;
-    /** Rows 1 to this number less one are in use. */
+    /** Rows 1 to this number minus one are in use. */
     static std::size_t sCount() noexcept { return s_count.load(std::memory_order_acquire); }
     static const char* sName(std::size_t row) noexcept { return s_rows[row].name; }
 

@@ -7,8 +7,9 @@
 
 namespace Oskan {
 
-/** Slabs in the order of their addresses, through `next` and `previous` of their headers; of this folder only. A treap:
-    a search tree by address that is a heap by a hash of it, and so balanced whatever comes. */
+/** Slabs in the order of their addresses, linked through `next` and `previous` of their headers; internal to this
+    folder. This is a treap: a search tree by address that is also a heap by a hash of the address, and is therefore
+    balanced in whatever order slabs are added. */
 class MemSlabTree {
 public:
     MemSlabHeader* first() const {
@@ -26,7 +27,7 @@ public:
         *at = slab;
         MemSlabHeader** before = &slab->previous;
         MemSlabHeader** after = &slab->next;
-        while (below) { // Cut in two at the slab.
+        while (below) { // Split the subtree at the slab.
             MemSlabHeader**& side = isBefore(below, slab) ? before : after;
             *side = below;
             side = &side == &before ? &below->next : &below->previous;
@@ -42,7 +43,7 @@ public:
             at = isBefore(slab, *at) ? &(*at)->previous : &(*at)->next;
         MemSlabHeader* before = slab->previous;
         MemSlabHeader* after = slab->next;
-        while (before && after) { // Joined again.
+        while (before && after) { // Join the two subtrees.
             MemSlabHeader*& higher = rankOf(before) > rankOf(after) ? before : after;
             *at = higher;
             at = &higher == &before ? &higher->next : &higher->previous;

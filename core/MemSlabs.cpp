@@ -16,13 +16,13 @@ namespace Oskan {
 
 /** A run of slabs, allocated at once. */
 struct MemChunk {
-    MemChunk* next; ///< Of all chunks, so that they stay reachable.
+    MemChunk* next; ///< In the list of all chunks, which keeps them reachable.
     MemChunk* previous;
     MemChunk* nextWithReleased;
     MemChunk* previousWithReleased;
     char* slabs;
     std::uint32_t count;
-    std::uint32_t released; ///< A bit a slab.
+    std::uint32_t released; ///< One bit for each slab.
 
     std::uint32_t all() const { return ~std::uint32_t{0} >> (32 - count); }
 };
@@ -31,9 +31,9 @@ namespace {
 
 constexpr std::uint32_t kFirstChunkSlabs = 8;
 constexpr std::uint32_t kLastChunkSlabs = 32;
-constexpr std::size_t kMostRun = kFirstChunkSlabs; ///< Slabs of a large block; a larger one is the C library's.
+constexpr std::size_t kMostRun = kFirstChunkSlabs; ///< Slabs of a large block; larger ones are from the C library.
 constexpr std::size_t kLeastKept = 32;             ///< Empty slabs that are always kept: 1 MB.
-constexpr std::size_t kKeptShare = 16;             ///< More are kept while there are so many times more slabs in use.
+constexpr std::size_t kKeptShare = 16;             ///< More are kept: up to one for so many slabs in use.
 constexpr std::uint32_t kTurnSlabs = 32;
 constexpr int kMostLooks = 64;
 
@@ -54,7 +54,7 @@ char* allocateAligned(std::size_t bytes) {
     return static_cast<char*>(memory);
 }
 
-/** A list through two members of its elements. */
+/** A doubly linked list through two members of its elements. */
 template <class T, T* T::*kNext, T* T::*kPrevious>
 struct List {
     T* first = nullptr;
@@ -76,7 +76,7 @@ struct List {
 /** The slabs that belong to no class. */
 class Store {
 public:
-    /** A slab for a class. */
+    /** Takes a slab for a class. */
     MemSlabHeader* take() {
         const std::lock_guard lock(m_mutex);
         MemSlabHeader* slab = m_empty;
@@ -91,7 +91,7 @@ public:
         return slab;
     }
 
-    /** Slabs for a large block, which follow each other. They come from the system and go back to it, so that what the
+    /** Takes contiguous slabs for a large block. They come from the system and go back to it, so that memory that the
         block does not fill is not resident. */
     MemSlabHeader* takeRun(std::uint32_t count) {
         const std::lock_guard lock(m_mutex);
@@ -99,7 +99,7 @@ public:
     }
     void giveRun(MemSlabHeader* slab, std::uint32_t count) noexcept { release(slab, count); }
 
-    /** Slabs linked by `next`. */
+    /** Takes back slabs of a class, linked by `next`. */
     void give(MemSlabHeader* slabs) noexcept {
         MemSlabHeader* surplus = nullptr;
         {
@@ -130,14 +130,14 @@ public:
 private:
     static std::uint32_t runOf(std::uint32_t count) { return ~std::uint32_t{0} >> (32 - count); }
 
-    /** Where the first run of so many released slabs begins, as a bit; 0 when there is none. */
+    /** Returns the bit of the slab at which the first run of `count` released slabs begins, or 0 when there is none. */
     static std::uint32_t findRun(std::uint32_t released, std::uint32_t count) {
         for (; count > 1; --count)
             released &= released >> 1;
         return released & (~released + 1);
     }
 
-    /** Looks into a few chunks only: what it misses is unused addresses, and no memory. */
+    /** Looks at the first kMostLooks chunks only. A run that it misses wastes addresses but no memory. */
     MemChunk* findChunk(std::uint32_t count) {
         int looks = 0;
         for (MemChunk* chunk = m_withReleased.first; chunk && looks < kMostLooks; chunk = chunk->nextWithReleased) {
@@ -155,7 +155,7 @@ private:
         if (chunk->released == 0)
             m_withReleased.remove(chunk);
         char* const slab = chunk->slabs + static_cast<std::size_t>(std::countr_zero(first)) * MemClasses::kSlabBytes;
-        MemSlabHeader* const header = new (slab) MemSlabHeader{}; // The first touch of its pages.
+        MemSlabHeader* const header = new (slab) MemSlabHeader{}; // Touches its pages for the first time.
         header->chunk = chunk;
         return header;
     }
@@ -182,7 +182,7 @@ private:
         MemChunk* const chunk = slab->chunk;
         const auto index =
             static_cast<std::size_t>(reinterpret_cast<char*>(slab) - chunk->slabs) / MemClasses::kSlabBytes;
-        madvise(slab, count * MemClasses::kSlabBytes, MADV_DONTNEED); // Where that is refused the pages are only kept.
+        madvise(slab, count * MemClasses::kSlabBytes, MADV_DONTNEED); // If it fails, the pages are only kept.
         {
             const std::lock_guard lock(m_mutex);
             if (chunk->released == 0)
@@ -203,21 +203,21 @@ private:
     std::size_t m_used = 0; ///< Slabs that belong to a class.
     List<MemChunk, &MemChunk::next, &MemChunk::previous> m_chunks;
     List<MemChunk, &MemChunk::nextWithReleased, &MemChunk::previousWithReleased> m_withReleased;
-    std::uint32_t m_nextSlabs = kFirstChunkSlabs; ///< Of the next chunk; malloc touches a page for each.
-    std::atomic<std::uint32_t> m_moved{0};        ///< Slabs of classes that came from the system or went back.
+    std::uint32_t m_nextSlabs = kFirstChunkSlabs; ///< Slabs of the next chunk; malloc touches a page for each chunk.
+    std::atomic<std::uint32_t> m_moved{0};        ///< Number of class slabs that came from the system or went back.
 };
 
 /** The slabs of one size class. */
 struct alignas(64) SizeClass {
     std::mutex mutex;
-    MemSlabTree withBlocks; ///< Those with free blocks that were in use before.
+    MemSlabTree withBlocks; ///< The slabs that have free blocks that were in use before.
     MemSlabHeader* cutting = nullptr;
 };
 
 constinit Store s_store;
 constinit std::array<SizeClass, MemClasses::kClasses> s_classes{};
 
-/** Blocks of the class's slab that is being cut. */
+/** Cuts blocks from the class's `cutting` slab, at most `most`. Takes a new slab if there is none. */
 MemSlabs::Blocks cut(SizeClass& sizeClass, std::size_t cellOffset, std::uint32_t most) {
     const std::size_t bytes = kMemClasses.bytesOfCell(cellOffset);
     if (!sizeClass.cutting) {

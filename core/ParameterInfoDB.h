@@ -9,7 +9,7 @@
 
 namespace Oskan {
 
-/** What the process knows of one configuration parameter. */
+/** The registration of one configuration parameter. */
 struct ParameterInfo {
     enum class Type { Boolean, Integer, Text };
 
@@ -42,7 +42,7 @@ public:
         addParameter(name, type, defaultValue, std::nullopt, description);
     }
 
-    /** The parameter of that name, nil when there is none; stays valid. */
+    /** The parameter of that name, nil when there is none. The pointer stays valid. */
     const ParameterInfo* find(std::string_view name) const;
 
     ParameterInfoDB(const ParameterInfoDB&) = delete;

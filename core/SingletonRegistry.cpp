@@ -17,7 +17,7 @@ struct Singleton {
 };
 
 struct Singletons {
-    std::recursive_mutex mutex; ///< Recursive, since a factory may ask for other objects.
+    std::recursive_mutex mutex; ///< Recursive, because a factory may ask for other objects.
     std::map<std::string, Singleton, std::less<>> byName;
 };
 

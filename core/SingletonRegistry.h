@@ -8,15 +8,15 @@
 
 namespace Oskan {
 
-/** Objects of which the process has one, by name. Usable from any thread and from static initialisers. The objects live
-    as long as the process and are not destroyed at its end, when others may still use them. */
+/** The singletons of the process, by name. Usable from any thread and from static initialisers. The objects live as
+    long as the process. They are not destroyed at its end, because other code may still use them then. */
 class KX_CORE_API SingletonRegistry {
 public:
     static SingletonRegistry& getInstance();
 
-    /** The object of that name, made by the factory when there is none; two threads get the same one.
-        @param factory called without arguments, gives a std::unique_ptr<T>; it may ask the registry for other names.
-        What it throws is passed on, and the next call tries again.
+    /** The object of that name, created by the factory when there is none. Two threads get the same object.
+        @param factory is called without arguments and returns a std::unique_ptr<T>. It may ask the registry for other
+        names. An exception from the factory is passed on, and the next call tries again.
         @throws Exception when the object of that name is of another type. */
     template <class T, class Factory>
     T* getOrCreate(std::string_view name, Factory&& factory) {

@@ -3,8 +3,8 @@
 #include "core/CoreApi.h"
 #include "core/Logger.h"
 
-/** Loggers of the host's SIP layer for notes on how other implementations behave. Made on first use, kept as long as
-    the process lives. */
+/** Loggers of the host's SIP layer, for notes on how other implementations behave. They are created on first use and
+    live as long as the process. */
 namespace Oskan::Sip {
 
 /** "tandril.sip.UAInterop" */

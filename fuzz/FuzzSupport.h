@@ -14,7 +14,7 @@
 #include <string_view>
 #include <typeinfo>
 
-/** Reports a broken law with the two texts that differ, and ends. */
+/** Reports a broken law with the two texts that differ, and aborts. */
 [[noreturn]] inline void fail(const char* law, std::string_view first, std::string_view second) {
     const auto show = [](const char* name, std::string_view text) {
         std::fprintf(stderr, "---- %s: ", name);
@@ -51,7 +51,7 @@ inline bool hasOddQuotes(std::string_view text) {
     return std::count(text.begin(), text.end(), '"') % 2 != 0;
 }
 
-/** The bytes in a block of exactly their size, so that one byte too far is one a sanitizer sees. */
+/** The bytes in a block of exactly their size, so that a sanitizer sees an overrun by one byte. */
 class Block {
 public:
     explicit Block(std::string_view text) : m_bytes(new char[text.size()]), m_size(text.size()) {
@@ -65,7 +65,7 @@ private:
     std::size_t m_size;
 };
 
-/** Delivers a byte at a time, as no stream of the library does. */
+/** Delivers one byte at a time, which no stream of the library does. */
 class Dribble final : public KxInputStream {
 public:
     explicit Dribble(std::string_view text) : m_left(text) {}
@@ -81,7 +81,7 @@ private:
     std::string_view m_left;
 };
 
-/** What is left of a stream. */
+/** Reads the rest of a stream. */
 inline std::string restOf(KxInputStream& in) {
     std::string rest;
     for (int c = in.read(); c >= 0; c = in.read()) {
@@ -90,7 +90,7 @@ inline std::string restOf(KxInputStream& in) {
     return rest;
 }
 
-/** Has no window, so it is told of every piece. */
+/** Has no window, so every piece goes through writeBeyondWindow. */
 class Pieces final : public KxOutputStream {
 public:
     std::string text;
@@ -110,7 +110,7 @@ void writeTo(KxOutputStream& out, const T& object) {
     }
 }
 
-/** What the object writes of itself. */
+/** The text that the object writes. */
 template <class T>
 std::string written(const T& object) {
     KxByteArrayOutputStream out(16);
@@ -118,7 +118,8 @@ std::string written(const T& object) {
     return std::string(out.view());
 }
 
-/** A copy is written as its original, which is left as it was; every stream is told the same bytes, and as many. */
+/** Checks that a copy is written as its original, and that every stream gets the same bytes and is flushed `flushes`
+    times. */
 template <class T>
 void checkWriting(const T& object, std::string_view text, int flushes = 0) {
     const KxHandle<T> copy(static_cast<T*>(object.clone()));
@@ -138,7 +139,7 @@ void checkWriting(const T& object, std::string_view text, int flushes = 0) {
     same("bytes are handed out as they were written", text, out.toByteArray()->view());
 }
 
-/** What f returns, or why it returns nothing. */
+/** What f returns or, if it throws, "! " and the message of the exception. */
 template <class F>
 std::string outcomeOf(F f) {
     try {

@@ -58,7 +58,7 @@
 #include <concepts>
 #include <string>
 
-/** Asks a message and its headers for everything they tell, and writes it down: "value|value|...". */
+/** Calls the getters of a message and of its headers and collects what they return: "value|value|...". */
 class MessageReading {
 public:
     explicit MessageReading(const KxSipMessage& message) {
@@ -114,10 +114,10 @@ private:
         }
     }
 
-    /** What the getters say, where the header is of their class. */
+    /** Collects what the getters return, if the header is of their class. */
     template <class H, class... Getters>
     void readAs(const KxSipHeader& header, Getters... getters) {
-        if constexpr (requires { H::kHeaderID; }) { // most are not, and casting to find out takes its time
+        if constexpr (requires { H::kHeaderID; }) { // most are not, and a dynamic_cast to find out is slow
             if (header.getHeaderID() != H::kHeaderID) {
                 return;
             }

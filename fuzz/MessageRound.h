@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-/** A message that was read, or why there is none. */
+/** A message that was read, or the reason why there is none. */
 struct ReadMessage {
     explicit ReadMessage(KxInputStream& in) {
         text = outcomeOf([&] {
@@ -24,11 +24,12 @@ struct ReadMessage {
     }
 
     KxHandle<KxSipMessage> message;
-    std::string text; ///< As written, or why there is none.
+    std::string text; ///< The message as written, or the reason why there is none.
     bool isParseError = false;
 };
 
-/** What a second round makes of the message; a part that a round changes is read on its own for it. */
+/** The expected result of reading and writing a message once more. Parts that this may change (the Request-URI and the
+    header values) are read and written one by one to find out. */
 class Expected {
 public:
     explicit Expected(const KxSipMessage& message, std::string_view text) {
@@ -51,22 +52,22 @@ public:
         }
     }
     const std::string& text() const { return m_text; }
-    /** The parts can't be told from the whole: one of them becomes something of another kind. */
+    /** Whether the result cannot be predicted from the parts: one of them becomes something of another kind. */
     bool isUnsure() const { return m_unsure; }
-    /** A line is dropped or the Request-URI refused. */
+    /** Whether a line is dropped or the Request-URI is refused. */
     bool loses() const { return m_loses; }
 
 private:
     void takeURI(const KxSipRequest& request) {
-        // A scheme behind a tab is none that is known, though it passes for one; written, it is known. A method that
-        // begins with a NUL reads as empty, and without a method no start line is written.
-        if (request.getURI().isNil()) { // of a request that was read it never is
+        // A known scheme after a tab is read as an unknown one. It is written without the tab, and is known then. A
+        // method that begins with a NUL reads as empty, and without a method no start line is written.
+        if (request.getURI().isNil()) { // never the case for a request that was read
             m_unsure = true;
             return;
         }
         m_unsure = isExactly<KxURI>(*request.getURI()) || *request.getMethod() == '\0';
         const std::string printed(request.getURI()->getString().view());
-        m_loses = hasAnyOf(printed, " \n"); // parameters that came in an address may hold what no start line can
+        m_loses = hasAnyOf(printed, " \n"); // parameters from an address may contain what a start line cannot
         KxByteArrayInputStream in{std::string_view(printed)};
         try {
             const KxHandle<KxURI> uri = KxURI::sConstructFrom(in, true);
@@ -83,13 +84,13 @@ private:
         KxByteArrayInputStream in{std::string_view(line)};
         try {
             const KxHandle<KxSipHeader> again = KxSipHeader::sConstructFrom(in);
-            // A name that was folded, or that control characters surrounded, is written as the one it looks like.
+            // A name that was folded, or that had control characters around it, is written without these.
             m_unsure = m_unsure || again->getHeaderID() != value.getHeaderID();
             m_text += written(*again);
         } catch (const KxHandle<KxException>&) {
             m_loses = true;
         }
-        // Should a line end have got into a value, it is a fault of that class, which the next round would show.
+        // If a value contains a line end, that is a fault of its class, which the next round would show.
         m_unsure = m_unsure || in.peek() >= 0;
     }
 
@@ -98,8 +99,8 @@ private:
     bool m_loses = false;
 };
 
-/** What was written of a message is read again and written as the same, but for what one of its parts becomes. Unless
-    the message is whole, it may be refused for what it lacks. */
+/** Checks that a message as written is read again and written as the same text, except for the changes that Expected
+    predicts. A message that is not whole may be refused because headers are missing. */
 inline void checkSecondRound(const KxSipMessage& message, std::string_view text, bool isWhole) {
     const Expected expected(message, text);
     if (expected.isUnsure()) {
@@ -111,7 +112,8 @@ inline void checkSecondRound(const KxSipMessage& message, std::string_view text,
     if (!second.message.isNil()) {
         same("what was written is written again", expected.text(), second.text);
     } else if (!expected.loses() && (second.isParseError || isWhole)) {
-        // A message with bad lines is not asked for what every message must carry; once they are gone it is.
+        // A message with bad lines is not checked for the mandatory headers. The written message has no bad lines, so
+        // it is checked.
         fail("what was written is read again", text, second.text);
     }
 }

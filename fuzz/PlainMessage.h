@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-/** A message as lines of text, which knows by which rules headers are added and removed, and nothing else. */
+/** A message as lines of text. It implements only the rules by which headers are added and removed. */
 class PlainMessage {
 public:
-    /** What is in front of the headers stands for the start line. */
+    /** The text before the headers is taken as the start line. */
     explicit PlainMessage(const KxSipMessage& message) {
         for (const HeaderID id : message.getHeaderOrder()) {
             m_kinds.push_back({id, linesOf(*message.getHeaderByID(id))});
@@ -27,7 +27,8 @@ public:
         m_start = text.substr(0, text.size() - rest.size());
     }
 
-    /** Puts the header's values in front of those of its kind, where only the first goes, or behind them. */
+    /** Adds the header's values after those of its kind. With `first`, adds only the first value, before those of its
+        kind (all values if there are none). With `single`, adds only the first value. */
     void add(const KxSipHeader& header, bool first, bool single) {
         std::vector<Line> lines = linesOf(header);
         Kind* const kind = find(header.getHeaderID());
@@ -40,8 +41,8 @@ public:
             kind->lines.insert(first ? kind->lines.begin() : kind->lines.end(), lines.begin(), lines.end());
         }
     }
-    /** Of the kind whose first value is written under the name, the first; else of the unknown ones the first of the
-        name. */
+    /** Removes the first value of the kind whose first value has the name; if there is no such kind, the first unknown
+        header with the name. */
     bool remove(std::string_view name) {
         Kind* const kind = findToken(name);
         if (kind == nullptr) {
@@ -57,7 +58,7 @@ public:
         std::erase_if(m_kinds, [](const Kind& left) { return left.lines.empty(); });
         return true;
     }
-    /** The line that a name finds, "" for none; of those that are not registered the letter case counts. */
+    /** The line that is found by a name, "" if there is none. Names of unknown headers are case-sensitive. */
     std::string line(std::string_view name) {
         Kind* const kind = findToken(name);
         if (kind == nullptr) {
@@ -70,7 +71,7 @@ public:
         }
         return "";
     }
-    /** Without the lines of a kind; to see what else has changed. */
+    /** Drops the lines of a kind, to see what else has changed. */
     PlainMessage& without(HeaderID id) {
         std::erase_if(m_kinds, [id](const Kind& kind) { return kind.id == id; });
         return *this;
@@ -96,7 +97,7 @@ public:
 
 private:
     struct Line {
-        std::string token; ///< The name as written, by which it is found.
+        std::string token; ///< The name as written, by which the line is found.
         std::string text;
     };
     struct Kind {

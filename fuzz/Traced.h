@@ -4,7 +4,7 @@
 #include <log4cplus/loglevel.h>
 #include <log4cplus/nullappender.h>
 
-/** While it is in scope, the library makes all that it can log, and nobody sees it. */
+/** While it is in scope, the library logs everything it can, to an appender that drops it. */
 class Traced {
 public:
     Traced() {

@@ -8,9 +8,10 @@
 #include <string>
 #include <string_view>
 
-// What follows are the ways in which a URI is laid down to be printed so that it reads as another.
+// The following functions detect URIs whose printed form, by design, reads as another URI.
 
-/** A quote left open in a value that took an earlier value's place takes in the parameters behind it now. */
+/** When a repeated parameter replaces the value of an earlier one and leaves a quote open, the quote now includes the
+    parameters after it. */
 inline bool hasOddQuotes(const KxParameters& list) {
     return list.size() > 1 && std::any_of(list.begin(), list.end(), [](const KxParameters::Pair& pair) {
                const std::string text = std::string(pair.name.view()) + '=' + std::string(pair.value.view());
@@ -18,7 +19,8 @@ inline bool hasOddQuotes(const KxParameters& list) {
            });
 }
 
-/** A quote that was in front of an "@" and is not printed (it was in a port, which is printed as a number) hid it. */
+/** A quote before an "@" hides the "@". A quote in a port is not printed, because the port is printed as a number; then
+    the "@" is visible. */
 inline bool showsUserPart(std::string_view printed) {
     bool quoted = false;
     const auto* const at = std::find_if(printed.begin(), printed.end(), [&quoted](char c) {
@@ -28,7 +30,7 @@ inline bool showsUserPart(std::string_view printed) {
     return at != printed.end();
 }
 
-/** A value that was replaced took its quotes along, and a blank that one of them kept stands alone now. */
+/** When a value is replaced, its quotes are gone, and a blank that they protected is no longer between quotes. */
 inline bool showsBlank(const KxParameters& headers) {
     bool quoted = false;
     const auto shows = [&quoted](char c) {
@@ -45,26 +47,26 @@ inline bool changes(const KxSipURL& url, std::string_view printed) {
     if (url.getUser().empty() && showsUserPart(printed)) {
         return true;
     }
-    // Header values are decoded when read; of what is not escaped again, "%" is decoded once more, and names are not
-    // escaped at all, so that an "@" in one makes a user part of what stands before it.
+    // Header values are decoded when they are read, and not all of them is escaped again; a "%" that is left is decoded
+    // once more. Names are not escaped at all, so that an "@" in a name makes a user part of the text before it.
     for (const KxParameters::Pair& header : *url.getHeaders()) {
         if (hasAnyOf(header.name, "%@;=") || hasAnyOf(header.value, "%")) {
             return true;
         }
     }
-    // Quotes pair only in the user, but hide an "@" wherever they stand in front of it.
+    // Quotes are paired only in the user, but hide an "@" after them wherever they are.
     if (hasOddQuotes(url.getUser().view()) || hasOddQuotes(url.getUserPassword().view())) {
         return true;
     }
-    // An "@" in front of the scheme is dropped, but what delimits URLs is text as long as a user is expected; so it is
-    // where a colon behind the host has emptied the user, and there quotes go on behind a line end.
+    // An "@" before the scheme is dropped, but the delimiters of URLs are ordinary text as long as a user is expected.
+    // They are so, too, when a colon after the host has emptied the user; quotes then continue after a line end.
     return hasAnyOf(url.getHost(), ";,?\"") || hasAnyOf(url.getUser(), "\n") || hasOddQuotes(*url.getParameters()) ||
            showsBlank(*url.getHeaders());
 }
 
 inline bool changes(const KxTelURL& url, std::string_view printed) {
-    // A "<" begins the number anew but keeps the parameters' "+" and ";" in it; a scheme of fewer letters than "tel"
-    // leaves room for a number that is too long behind "tel:".
+    // A "<" restarts the number but keeps the "+" and ";" of the parameters in it. A scheme of fewer letters than "tel"
+    // leaves room for a number that is too long after "tel:".
     const std::size_t parameters = url.hasParameters() ? url.getParameters()->getString().length() + 1 : 0;
     const std::string_view number = printed.substr(4, printed.size() - 4 - parameters);
     return printed.size() > 1023 || number.find('+', 1) != std::string_view::npos || hasAnyOf(number, ";") ||
@@ -78,7 +80,8 @@ inline bool changes(const KxURI& uri, std::string_view printed) {
     if (const auto* const tel = dynamic_cast<const KxTelURL*>(&uri)) {
         return changes(*tel, printed);
     }
-    // Two brackets in front lose one a round; a scheme behind a tab is not looked at, but printed without the tab it is.
+    // Of two leading brackets, each round drops one. A scheme after a tab is not recognised, but is printed without the
+    // tab and recognised then.
     std::string letters(printed.substr(0, 64));
     std::erase_if(letters, [](char c) { return c == ' ' || c == '<'; });
     const std::string_view scheme = std::string_view(letters).substr(0, 3);

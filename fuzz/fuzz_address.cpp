@@ -1,6 +1,6 @@
-// Name-addresses. Law: one prints as its display name and its URI in brackets; what was printed reads and prints as itself;
-// a copy, and one made of the parts, prints as its original; in brackets one reads the same in a header and on its own; a
-// stream that dribbles reads as memory does.
+// Name-addresses. Laws: a name-address is printed as its display name and its URI in brackets. The printed text is read
+// and printed as itself. A copy, and a name-address made of the parts, is printed as its original. With brackets, it
+// reads the same in a header and on its own. A stream that delivers one byte at a time reads as memory does.
 
 #include "fuzz/URIRound.h"
 #include "sipobject/address/KxSipNameAddress.h"
@@ -9,7 +9,7 @@ namespace {
 
 using Address = KxHandle<KxSipNameAddress>;
 
-/** The name-address as a header has it, or, standalone, as a text. */
+/** Reads a name-address as in a header. */
 std::string readFrom(KxInputStream& in, Address& address) {
     return outcomeOf([&] {
         address = KxSipNameAddress::sConstructFrom(in);
@@ -24,12 +24,12 @@ std::string readText(const std::string& text, Address& address) {
     });
 }
 
-/** A display name is one character longer when it is written: it was right in front of the "<". */
+/** A display name that was directly before the "<" is one character longer when it is written. */
 bool changes(const KxSipNameAddress& address) {
     return address.getDisplayName().length() >= 1023 || changes(*address.getURI());
 }
 
-/** The parts tell what is printed. */
+/** Checks that the parts determine the printed text. */
 void checkParts(const KxSipNameAddress& address, std::string_view text) {
     const KxString& name = address.getDisplayName();
     const KxURI& uri = *address.getURI();
@@ -46,7 +46,7 @@ void checkParts(const KxSipNameAddress& address, std::string_view text) {
     }
 }
 
-/** What is done to a copy leaves the original as it is. */
+/** Checks that changes to a copy leave the original unchanged. */
 void checkCopy(const KxSipNameAddress& address, std::string_view text) {
     const Address copy(address.clone());
     if (copy->hasBrackets() != address.hasBrackets()) {
@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     KxByteArrayInputStream in(text);
     Address address;
     const std::string first = readFrom(in, address);
-    if (!hasAnyOf(text, "\n")) { // a stream that dribbles is read a line at a time
+    if (!hasAnyOf(text, "\n")) { // a stream that is not whole is read one line at a time
         Dribble dribble(text);
         Address slow;
         same("a stream that dribbles reads as memory", first, readFrom(dribble, slow));

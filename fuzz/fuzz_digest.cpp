@@ -1,7 +1,7 @@
-// Digest challenges, credentials and the digest itself. The first byte chooses: 0 a challenge, 1 credentials, 2 what a
-// client makes, of which the text's lines are the parts. Law: a list reads as it does the plain way, and from a stream
-// that dribbles as from memory; what was written is written again; a copy is written as its original; what a client made
-// validates, with its own password only.
+// Digest challenges, credentials and the digest itself. The first byte chooses: 0 a challenge, 1 credentials, 2 the
+// credentials that a client makes of the text's lines. Laws: a list reads as with the plain reader, and from a stream
+// that delivers one byte at a time as from memory. The written text is read and written as itself. A copy is written as
+// its original. The credentials that a client makes are valid, with their own password only.
 
 #include "fuzz/FuzzSupport.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
@@ -32,14 +32,14 @@ struct Outcome {
     }
     Info info;
     bool isRead = false;
-    bool isWritten = false; ///< Credentials without a response may name an algorithm that none can be computed with.
-    std::string text;       ///< As written, or why there is none.
+    bool isWritten = false; ///< Credentials without a response are not written unless they name an MD5 algorithm.
+    std::string text;       ///< The list as written, or the reason why there is none.
 };
 
-// What follows are the ways in which a list is laid down to be written so that it reads as another.
+// The following functions detect lists whose written form, by design, reads as another list.
 
-/** A line feed ends reading at the next value; a name and a value that is written bare lose the blanks and commas that
-    quotes kept; commas and "=" may have gone beyond the limit, where nothing else may follow. */
+/** A line feed ends reading at the next value. Names, and values that are written without quotes, lose the blanks and
+    commas that quotes protected. Commas and "=" may have exceeded the limit, after which nothing else may follow. */
 bool changes(const PlainPropertyList& plain, std::initializer_list<std::string_view> bare) {
     for (const KxParameters::Pair& property : plain.list) {
         const bool isBare = std::any_of(bare.begin(), bare.end(),
@@ -52,7 +52,8 @@ bool changes(const PlainPropertyList& plain, std::initializer_list<std::string_v
 }
 
 bool changes(const KxSipDigestChallengeInfo&, const PlainPropertyList& plain) {
-    // The last one needs a name and a value, and its name is made lower case; another may have been the last one then.
+    // The last property needs a name and a value. Its name is written in lower case, so that another property may have
+    // been the last one before.
     const KxParameters::Pair& last = *std::prev(plain.list.end());
     return changes(plain, {"algorithm", "stale", "uri"}) || last.name.empty() || last.value.empty() ||
            last.name.lower() != last.name;
@@ -96,7 +97,7 @@ void checkReading(std::string_view text) {
     }
 }
 
-/** Lines of the text, and empty ones behind them. */
+/** The lines of the text, followed by empty lines. */
 class Lines {
 public:
     explicit Lines(std::string_view text) : m_rest(text) {}
@@ -107,7 +108,7 @@ public:
         m_size += line.size();
         return KxString(line);
     }
-    /** Whether what was taken reads as it is written, quoted or not. */
+    /** Whether the lines taken read as they are written, with quotes or without. */
     bool isPlain() const { return m_isPlain && m_size < 800; }
 
 private:
@@ -120,7 +121,7 @@ void validate(KxSipDigestCredentialsInfo& credentials, const KxString& user, con
               const KxString& realm, std::string_view text) {
     KxString other(password);
     other.append("x");
-    // Of a password whose raw digest begins with a zero byte, one of 256, nothing is left in the A1 of MD5-sess.
+    // With MD5-sess, if the raw digest begins with a zero byte (1 in 256 does), nothing of the password is left in A1.
     const bool isSess = credentials.getProperty("algorithm") == "MD5-sess";
     if ((credentials.validate(user, other, realm) && !isSess) || !credentials.validate(user, password, realm)) {
         fail("what a client made validates, with its own password only", text, credentials.getProperty("response"));
@@ -148,7 +149,7 @@ void checkDigest(std::string_view text) {
     made->setMethod(method);
     made->setEntityBody(body.c_str());
     KxString cnonce = lines.next();
-    cnonce.append("c"); // written last, it must not be empty to be read
+    cnonce.append("c"); // it is written last, and must not be empty if it is to be read
     made->setQop(options.view().substr(0, 4) == "auth" ? options : KxString("auth-int"), cnonce, 7);
     KxByteArrayOutputStream out;
     made->serialize(out);

@@ -1,7 +1,7 @@
-// A message at work. The first byte says how many steps follow, two bytes each, what and with what; the rest is a message
-// that is read and taken through them. Law: what only reads changes nothing and tells the same of a copy; an edit changes
-// what it says and no more; a derived message leaves its parent alone, reads again, and has the key of its transaction;
-// a copy is written as its original, and so to every stream.
+// Operations on a message. The first byte gives the number of steps. Each step has two bytes, the operation and its
+// argument. The rest is a message to which the steps are applied. Laws: an operation that only reads changes nothing,
+// and returns the same for a copy. An edit changes only what it is to change. A derived message leaves its parent
+// unchanged, can be read again, and has the key of its transaction. A copy is written as its original, to every stream.
 
 #include "fuzz/MessageReading.h"
 #include "fuzz/MessageRound.h"
@@ -52,7 +52,7 @@ KxHandle<M> as(const Message& message) {
     return KxHandle<M>(dynamic_cast<M*>(message.get()));
 }
 
-/** The key, or why there is none. */
+/** The key, or the reason why there is none. */
 std::string keyOf(const KxSipMessage& message) {
     return outcomeOf([&] { return std::string(message.createKey().view()); });
 }
@@ -134,8 +134,8 @@ private:
         plain.add(*header, first, single);
         single ? m_message->addSingleHeader(header, first) : m_message->addHeader(header, first);
         same("a header is added where it belongs", plain.withoutBody().written(),
-             PlainMessage(*m_message).withoutBody().written()); // a Content-Length says how much body is written
-        if (!single) { // now it is part of the message: left as it is where it comes first, else copied
+             PlainMessage(*m_message).withoutBody().written()); // a Content-Length determines how much body is written
+        if (!single) { // the header is part of the message now: nothing is added if it is the first of its kind, else a copy
             const bool again = with % 2 != 0;
             if (!(m_message->getHeaderByID(header->getHeaderID()) == header)) {
                 plain.add(*header, again, true);
@@ -160,7 +160,7 @@ private:
              PlainMessage(*m_message).withoutBody().written());
     }
 
-    /** Of the header's kind all may change, of the others nothing. */
+    /** Edits a header. Headers of its kind may change, others must not. */
     void editHeader(unsigned with) {
         const std::string number = std::to_string(with);
         const KxString value(number);
@@ -307,7 +307,7 @@ private:
         }
     }
 
-    /** A request of the same parts, in each of the ways there are. */
+    /** Builds a request from the same parts, with one of the constructors. */
     void build(unsigned with) {
         const auto copy = [&]<class H>(const KxHandle<H>& header) {
             return KxHandle<H>(header.isNil() ? nullptr : static_cast<H*>(header->clone()));
@@ -349,8 +349,9 @@ private:
         same("a message of whose parts another is built stays as it is", m_text, written(*m_message));
     }
 
-    /** What was edited is read again, but for what it lacks now. A message whose Content-Length was taken out gets a new
-        one; one whose Content-Length was set to more than there is is no message. */
+    /** Checks that an edited message is read again, unless mandatory headers are missing now. Two kinds of messages are
+        not checked: one without a Content-Length gets a new one, and one whose Content-Length exceeds the body is
+        invalid. */
     static void checkEdited(const KxSipMessage& message, std::string_view text) {
         checkWriting(message, text, 1);
         const std::vector<HeaderID> order = message.getHeaderOrder();
@@ -361,7 +362,7 @@ private:
     }
 
     Message m_message;
-    std::string m_text; ///< As written before the step.
+    std::string m_text; ///< The message as written before the step.
 };
 
 } // namespace

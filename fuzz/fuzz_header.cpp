@@ -1,5 +1,5 @@
-// Header lines. Law: what is read can be written, and what was written reads and writes as itself; a copy writes as its
-// original; a stream that dribbles reads as memory does.
+// Header lines. Laws: a header that was read can be written, and the written text is read and written as itself. A copy
+// is written as its original. A stream that delivers one byte at a time reads as memory does.
 
 #include "fuzz/URIRound.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
@@ -38,7 +38,7 @@ constexpr std::string_view kNames =
     "Supported Timestamp To Unsupported User-Agent Via WWW-Authenticate Warning c e f i k l m s t v x ";
 static_assert(std::count(kNames.begin(), kNames.end(), ' ') == 53 + 11);
 
-/** A name for every number. */
+/** Returns a name for every number. */
 std::string nameOf(std::size_t number) {
     std::size_t begin = 0;
     for (; number != 0; --number) {
@@ -59,7 +59,7 @@ void checkCopies(const KxHandle<KxSipHeader>& header, std::string_view text) {
     same("a header from which was copied is written as before", text, written(*header));
 }
 
-/** All headers of a text as they are written again, with the failure that ends it. */
+/** Reads and writes all headers of a text; returns what was written, and the failure that ended it. */
 std::string readAll(std::string_view text) {
     const Block block(text);
     KxByteArrayInputStream in(block.view());
@@ -83,23 +83,23 @@ bool hasOpenQuote(std::string_view text) {
     return open;
 }
 
-// What follows are the ways in which a value that was read is laid down to be written so that it reads as another.
+// The following functions detect values whose written form, by design, reads as another value.
 
-/** A quote that was never closed swallows the parameters that a later round finds behind it: one that took the place of
-    an earlier parameter of its name stands in front of others now. */
+/** An open quote includes the parameters after it when the list is read again: a repeated parameter takes the place of
+    the earlier one with its name, and may be before others now. */
 bool losesParameters(const KxParameters& list) {
     return list.size() > 1 && std::any_of(list.begin(), std::prev(list.end()), [](const auto& pair) {
                return hasOpenQuote(std::string(pair.name.view()).append("=").append(pair.value.view()));
            });
 }
 
-/** A parameter list behind a ">" whose ";" the URL took is only looked at when its first character is text. */
+/** If the URL consumed the ";" after a ">", the parameter list is read only if its first character is text. */
 bool isOverlooked(const KxParameters& list) {
     const std::string first = list.getString().c_str();
     return !list.empty() && (static_cast<signed char>(first[0]) <= '\r');
 }
 
-/** A display name is one character longer when written: it was right in front of the "<". */
+/** A display name that was directly before the "<" is one character longer when it is written. */
 template <class H>
 bool changesAddress(const KxSipHeader& header) {
     const auto* const address = dynamic_cast<const H*>(&header);
@@ -134,13 +134,14 @@ bool changesAnyURI(const KxSipHeader& header) {
     return (changesURI(dynamic_cast<const H*>(&header)) || ...);
 }
 
-/** A property list reads as another where names and values that are written bare held what only quotes keep, or where
-    the last one has no value; fuzz_digest looks at it more closely. */
+/** A property list reads as another if names, or values that are written without quotes, contain what only quotes
+    protect, or if the last property has no value; fuzz_digest checks this in detail. */
 bool changesList(std::string_view list, bool isInfo, std::initializer_list<std::string_view> bare) {
     return PlainPropertyList(list, isInfo).written(bare) != list;
 }
 
-/** What was quoted in the credentials read, and is written bare, may end in front of a comma the next time. */
+/** A value that was quoted in the credentials, but is written without quotes, may end at a comma when it is read
+    again. */
 bool writesBareComma(const KxSipAuthorizationHeader& header) {
     const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(header.getCredentials());
     return credentials->getProperty("algorithm").indexOf(",") >= 0 || credentials->getProperty("nc").indexOf(",") >= 0;
@@ -158,19 +159,19 @@ bool changes(const KxSipHeader& header, std::string_view value) {
                changesList(value.substr(kScheme), false, {"algorithm", "nc"});
     case KxHeaderIDs::kAuthenticationInfo:
         return changesList(value, true, {"qop", "nc"});
-    case KxHeaderIDs::kUnknown: // A name that is folded or has control characters around it is not registered, but
-                                // is written without them.
+    case KxHeaderIDs::kUnknown: // A name that is folded or has control characters around it is unknown, but is
+                                // written without them.
         return header.getExpandedToken() != header.getToken();
     case KxHeaderIDs::kSupported:
     case KxHeaderIDs::kRequire:
     case KxHeaderIDs::kProxyRequire:
     case KxHeaderIDs::kUnsupported: // An empty option tag is kept, but a line with nothing on it is refused.
         return value.empty();
-    case KxHeaderIDs::kReferTo: // Written without brackets: what they kept together falls apart.
+    case KxHeaderIDs::kReferTo: // Written without brackets, so that the parts within them are separated.
         return hasAnyOf(value, ";,<>\"%") || !KxAscii::equalsNoCase(value.substr(0, 4), "sip:");
-    case KxHeaderIDs::kExpires: // A number behind a form feed is taken for a date.
+    case KxHeaderIDs::kExpires: // A number after a form feed is read as a date.
         return !value.empty() && KxAscii::isDigit(value[0]);
-    case KxHeaderIDs::kVia: { // A comment is written behind the parameters and read as the end of the last one.
+    case KxHeaderIDs::kVia: { // A comment is written after the parameters and read as part of the last one.
         const auto& via = static_cast<const KxSipViaHeader&>(header);
         return losesParameters(*via.getParameters()) || (value.ends_with(')') && !via.getParameters()->empty());
     }
@@ -207,7 +208,7 @@ void checkSecondRound(const KxSipHeader& chain, const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string text(reinterpret_cast<const char*>(data), size);
-    if (size != 0 && data[0] >= 0x80) { // the name by number, else it stands in the text
+    if (size != 0 && data[0] >= 0x80) { // the name is given by number, otherwise it is in the text
         text.replace(0, 1, nameOf(data[0] - 0x80U) + ": ");
     }
     const Block block(text);
@@ -223,7 +224,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             first = written(*header);
         } catch (const KxHandle<KxException>& failure) {
             first = failure->getExceptionMessage().view();
-            header = nullptr; // read it may have been: credentials without a response need an MD5 to be written
+            header = nullptr; // it may have been read: without a response, credentials need an MD5 to be written
         }
         try {
             second = written(*KxSipHeader::sConstructFrom(dribble));

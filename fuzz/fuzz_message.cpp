@@ -1,7 +1,8 @@
-// Whole messages. Law: what is accepted can be written (but for credentials without a response that name no MD5); what was
-// written is read again and written as the same bytes, but for what a header line or a URI, read and written on its own,
-// becomes (fuzz_header and fuzz_url look at those); a copy is written as its original; every stream is told the same
-// bytes and flushed once; a stream that dribbles reads as memory does, and so does what is logged to the last detail.
+// Whole messages. Laws: a message that is accepted can be written (except with credentials that have no response and do
+// not name an MD5 algorithm). The written text is read again and written as the same bytes, except for the changes that
+// a header line or a URI undergoes when it is read and written on its own (see fuzz_header and fuzz_url). A copy is
+// written as its original. Every stream gets the same bytes and is flushed once. A stream that delivers one byte at a
+// time reads as memory does. Full logging does not change the result.
 
 #include "fuzz/MessageRound.h"
 #include "fuzz/Traced.h"
@@ -12,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ReadMessage first(in);
     Dribble dribble(block.view());
     same("a stream that dribbles reads as memory", first.text, ReadMessage(dribble).text);
-    if (size % 8 == 0) { // logging takes its time
+    if (size % 8 == 0) { // logging is slow
         const Traced traced;
         KxByteArrayInputStream again(block.view());
         same("logging changes nothing", first.text, ReadMessage(again).text);

@@ -1,6 +1,6 @@
-// Parameter lists. The first byte chooses: 0 a text, 1 a stream, 2 edits that the other bytes say. Law: a list reads and is
-// edited as a plain one; what was written reads and writes as itself; a copy is written as its original and goes its own
-// way; the list that is made on demand, and shared by its copies, behaves as the one that is always there.
+// Parameter lists. The first byte chooses: 0 a text, 1 a stream, 2 edits given by the other bytes. Laws: a list is read
+// and edited as a plain one. The written text is read and written as itself. A copy is written as its original and is
+// independent of it. A list that is made on demand, and shared by its copies, behaves as one that always exists.
 
 #include "fuzz/URIRound.h"
 #include "util/KxLazyParameters.h"
@@ -11,12 +11,13 @@
 
 namespace {
 
-/** A list as anybody would write it: searched from front to end. */
+/** The simplest implementation of a list, searched from begin to end. */
 class PlainList {
 public:
     using Pair = std::pair<std::string, std::string>;
 
-    /** The pairs of a text, or those of a stream, which ends at a line's end or a comma outside quotes; returns where. */
+    /** Reads the pairs of a text, or those of a stream, which end at a line end or at a comma outside quotes. Returns
+        where they end. */
     std::size_t parse(std::string_view text, bool inStream) {
         const std::string_view ends = inStream ? "\r\n" : "";
         std::size_t begin = 0;
@@ -123,7 +124,7 @@ void checkReading(std::string_view text, bool inStream) {
     }
 }
 
-/** A list in each of its forms, which should be alike. */
+/** The same list in each of its forms, which must be alike. */
 struct Lists {
     void checkName(const std::string& name) {
         if (list.isPresent(name) != plain.has(name) || lazy.isPresent(name) != plain.has(name)) {
@@ -150,7 +151,7 @@ struct Lists {
     PlainList plain;
 };
 
-/** One edit, which two bytes of the program say: of the lists the one or the other, or each other's copy. */
+/** One edit, given by two bytes of the program: changes `lists`, or makes `others` a copy of it. */
 void edit(Lists& lists, Lists& others, unsigned what, unsigned which) {
     const std::string name = std::string(1, (which & 1) != 0 ? 'n' : 'N') + std::to_string(which / 2);
     const KxString value((what & 8) != 0 ? "" : "v" + std::to_string(what));

@@ -1,12 +1,12 @@
-// Tel URLs. Law: a URL reads as it does the plain way, by its class, by the factory and as a URI of any scheme; it prints
-// as its parts; what was printed reads and prints as itself; a copy prints as its original and equals it; a stream that
-// dribbles reads as memory does.
+// Tel URLs. Laws: a URL reads as with the plain reader: by its class, by the factory and as a URI of any scheme. It is
+// printed as its parts. The printed text is read and printed as itself. A copy is printed as its original and equals
+// it. A stream that delivers one byte at a time reads as memory does.
 
 #include "fuzz/URIRound.h"
 
 namespace {
 
-/** What a tel URL without "<" is made of, found by cutting instead of going through its characters. */
+/** The parts of a tel URL without "<", found by searching for delimiters instead of reading character by character. */
 class PlainTelURL {
 public:
     explicit PlainTelURL(std::string_view text) {
@@ -36,11 +36,11 @@ public:
     std::string number;
     bool isGlobal = false;
     KxParameters parameters;
-    std::size_t read; ///< Bytes of the text.
-    std::size_t kept; ///< No fewer than what was collected of them.
+    std::size_t read; ///< Number of bytes of the text that were read.
+    std::size_t kept; ///< Upper bound of the number of these that were collected.
 
 private:
-    /** One "+" makes it global, and is its only one. */
+    /** A "+" makes the number global; any further "+" is dropped. */
     void setNumber(std::string text) {
         std::erase(text, ':');
         const std::size_t plus = text.find('+');
@@ -93,7 +93,7 @@ void check(KxTelURL& url, std::string_view text) {
     checkParameters(url);
 }
 
-/** A URI of any scheme: its text without a bracket in front, as far as it goes. */
+/** Checks the text as a URI of any scheme: it is read without a leading bracket. */
 void checkAnyScheme(std::string_view text) {
     KxURI uri(nullptr);
     KxByteArrayInputStream in(text);
@@ -128,7 +128,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         });
     };
     const std::string first = read(url, in);
-    if (!hasAnyOf(text, "\n")) { // a stream that dribbles is read a line at a time
+    if (!hasAnyOf(text, "\n")) { // a stream that is not whole is read one line at a time
         Dribble dribble(text);
         KxTelURL slow;
         same("a stream that dribbles reads as memory", first, read(slow, dribble));

@@ -1,5 +1,6 @@
-// URIs. The first byte chooses the reader: bit 0 standalone; bits 1 and 2 the factory, KxSipURL, KxTelURL or KxURI. Law:
-// what was printed reads and prints as itself; a copy prints as its original; a stream that dribbles reads as memory.
+// URIs. The first byte chooses the reader: bit 0 standalone; bits 1 and 2 the factory, KxSipURL, KxTelURL or KxURI.
+// Laws: the printed text is read and printed as itself. A copy is printed as its original. A stream that delivers one
+// byte at a time reads as memory does.
 
 #include "fuzz/URIRound.h"
 
@@ -27,7 +28,7 @@ KxHandle<KxURI> read(KxInputStream& in, Reader reader, bool standalone) {
 
 struct Outcome {
     KxHandle<KxURI> uri;
-    std::string text; ///< As printed, or why there is none.
+    std::string text; ///< The URI as printed, or the reason why there is none.
 };
 
 Outcome readWith(KxInputStream& in, Reader reader, bool standalone) {
@@ -62,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Block block(data + 1, size - 1);
     KxByteArrayInputStream in(block.view());
     const Outcome first = readWith(in, reader, standalone);
-    if (!hasAnyOf(block.view(), "\n")) { // a stream that dribbles is read a line at a time
+    if (!hasAnyOf(block.view(), "\n")) { // a stream that is not whole is read one line at a time
         Dribble dribble(block.view());
         same("a stream that dribbles reads as memory", first.text, readWith(dribble, reader, standalone).text);
     }

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-/** Hands over the input in a block of exactly its size, so that one byte too far is one a sanitizer sees. */
+/** Passes the input in a block of exactly its size, so that a sanitizer sees an overrun by one byte. */
 bool replayFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by the commands beside it: the checkout as current folder, what they need installed, and quiet builds.
+# Sourced by the commands beside it. Changes to the checkout's root, installs what they need, and defines quiet builds.
 
 set -euo pipefail
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -8,7 +8,7 @@ scripts/setup
 LOGS=build/logs
 mkdir -p "$LOGS"
 
-# logged NAME COMMAND...: runs the command with its output in the log NAME, and shows the log's end if it fails.
+# logged NAME COMMAND...: runs the command with its output in the log NAME. If it fails, shows the end of the log.
 logged() {
     local log="$LOGS/$1.log"
     shift
@@ -30,8 +30,8 @@ build() {
     logged "build-$preset" cmake --build --preset "$preset" "$@"
 }
 
-# run_tests PRESET [CTEST-OPTION...]: runs them, shows the output of those that fail, and leaves their numbers
-# in the variables passed and failed.
+# run_tests PRESET [CTEST-OPTION...]: runs the tests, shows the output of those that fail, and stores the numbers of
+# tests in the variables passed and failed.
 run_tests() {
     local preset=$1 log="$LOGS/test-$1.log" status=0 total=0
     shift
@@ -48,7 +48,8 @@ run_tests() {
     return "$status"
 }
 
-# The sanitizers' shadow memory needs a predictable address space, where the kernel lets us ask for one.
+# The sanitizers' shadow memory needs a predictable address space, so its randomisation is turned off where that is
+# allowed.
 fixed_addresses=()
 if setarch "$(uname -m)" -R true 2>/dev/null; then
     fixed_addresses=(setarch "$(uname -m)" -R)

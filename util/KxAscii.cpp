@@ -40,7 +40,7 @@ int compare(std::string_view a, std::string_view b) {
 
 namespace {
 
-/** Digits that no 32-bit number can overflow with. */
+/** A number of so many digits always fits into 32 bits. */
 constexpr std::size_t kSafeDigits = 9;
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
-/** Characters as SIP sees them: bytes, ASCII, never the locale's. */
+/** Characters as SIP uses them: bytes, ASCII, independent of the locale. */
 namespace KxAscii {
 
 constexpr bool isSpace(char c) {
@@ -26,11 +26,11 @@ constexpr bool isAlpha(char c) {
     return toLower(c) >= 'a' && toLower(c) <= 'z';
 }
 
-/** Equal but for the case of ASCII letters. */
+/** Whether the texts are equal when the case of ASCII letters is ignored. */
 KX_UTIL_API bool equalsNoCase(std::string_view a, std::string_view b);
-/** Negative, zero or positive; letters compare as if lower case. */
+/** Returns a negative number, zero or a positive number; letters compare as if they were lower case. */
 KX_UTIL_API int compareNoCase(std::string_view a, std::string_view b);
-/** Negative, zero or positive; bytes compare as unsigned, a prefix sorts first. */
+/** Returns a negative number, zero or a positive number; bytes compare as unsigned, a prefix sorts first. */
 KX_UTIL_API int compare(std::string_view a, std::string_view b);
 
 constexpr std::string_view trimEnd(std::string_view text) {
@@ -46,7 +46,7 @@ constexpr std::string_view trim(std::string_view text) {
     return trimEnd(text);
 }
 
-/** The first character of [begin, end) that is no white space, or `end`. */
+/** The first character of [begin, end) that is not white space, or `end`. */
 constexpr const char* skipSpace(const char* begin, const char* end) {
     while (begin != end && isSpace(*begin)) {
         ++begin;
@@ -54,8 +54,9 @@ constexpr const char* skipSpace(const char* begin, const char* end) {
     return begin;
 }
 
-/** `atoi` over counted text: leading white space, a sign, digits; 0 when there are none. Saturates where neither a
-    signed nor an unsigned 32-bit number can follow, so that either may be made of the result. */
+/** `atoi` for text of a given length: leading white space, a sign, digits; 0 when there are no digits. The result is
+    limited to the range from the least signed to the greatest unsigned 32-bit number, so that it may be converted to
+    either. */
 KX_UTIL_API std::int64_t toNumber(std::string_view text);
 
 } // namespace KxAscii

@@ -6,21 +6,21 @@
 #include <cstddef>
 #include <string_view>
 
-/** A counted buffer of bytes, in one block with its counter; a NUL stands behind the last byte. */
+/** A reference-counted buffer of bytes, in one block of memory. A NUL follows the last byte. */
 class KX_UTIL_API KxByteArray final : public KxObject {
 public:
     /** A new array of `length` bytes, copied from `bytes` or, where that is null, zero. */
     static KxHandle<KxByteArray> sCreate(std::size_t length, const void* bytes = nullptr);
     /** A new array of a text's characters without its NUL. */
     static KxHandle<KxByteArray> sCreate(const char* text);
-    /** An array of no bytes with room for `capacity`, to be filled through data() and setLength(). */
+    /** An empty array with room for `capacity` bytes, to be filled through data() and setLength(). */
     static KxHandle<KxByteArray> sReserve(std::size_t capacity);
 
     KxByteArray(const KxByteArray&) = delete;
     KxByteArray& operator=(const KxByteArray&) = delete;
 
     KxByteArray* clone() const override;
-    /** Byte by byte, a prefix first. */
+    /** Compares byte by byte; a prefix sorts first. */
     int compareWith(const KxObject& other) const override;
     std::uint32_t hashCode() const override;
     /** Writes the bytes as they are. */
@@ -33,7 +33,7 @@ public:
     std::string_view view() const { return {data(), m_length}; }
     unsigned char& operator[](std::size_t index) { return reinterpret_cast<unsigned char*>(data())[index]; }
     unsigned char operator[](std::size_t index) const { return static_cast<unsigned char>(data()[index]); }
-    /** Cut to the capacity; bytes beyond the old length are whatever data() was filled with. */
+    /** Sets the length, at most to the capacity. Bytes beyond the old length are those written through data(). */
     void setLength(std::size_t length);
 
     void* operator new(std::size_t size, std::size_t room);

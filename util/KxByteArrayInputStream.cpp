@@ -23,5 +23,5 @@ KxByteArrayInputStream::KxByteArrayInputStream(KxHandle<KxByteArray> bytes, std:
 }
 
 std::size_t KxByteArrayInputStream::readSome(char*, std::size_t) {
-    return 0; // the window is all there is
+    return 0; // the window holds all bytes
 }

@@ -3,14 +3,14 @@
 #include "util/KxByteArray.h"
 #include "util/KxInputStream.h"
 
-/** Bytes in memory as a whole stream: what a host reads messages from. */
+/** A whole stream over bytes in memory, from which a host reads messages. */
 class KX_UTIL_API KxByteArrayInputStream final : public KxInputStream {
 public:
-    /** The whole array, which is kept alive; nil reads as empty. */
+    /** Reads the whole array and keeps it alive; nil reads as empty. */
     explicit KxByteArrayInputStream(KxHandle<KxByteArray> bytes);
-    /** `length` bytes (or fewer, if there are no more) of the array from `offset`. */
+    /** Reads `length` bytes (fewer if the array ends before) of the array from `offset`. */
     KxByteArrayInputStream(KxHandle<KxByteArray> bytes, std::size_t offset, std::size_t length);
-    /** Somebody else's bytes, which must outlive the stream and stay as they are. */
+    /** Reads bytes that the stream does not own. They must outlive the stream and must not change. */
     explicit KxByteArrayInputStream(std::string_view bytes)
         : KxInputStream(bytes.data(), bytes.data() + bytes.size(), bytes.data() + bytes.size()) {}
 

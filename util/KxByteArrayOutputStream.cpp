@@ -10,7 +10,7 @@ KxByteArrayOutputStream::KxByteArrayOutputStream(std::size_t initialCapacity)
 
 KxHandle<KxByteArray> KxByteArrayOutputStream::toByteArray() {
     m_bytes->setLength(size());
-    setWindow(cursor(), cursor()); // the next write finds no room and leaves this array alone
+    setWindow(cursor(), cursor()); // the next write finds no room and leaves this array unchanged
     return m_bytes;
 }
 

@@ -3,20 +3,19 @@
 #include "util/KxByteArray.h"
 #include "util/KxOutputStream.h"
 
-/** Bytes written to memory. */
+/** A stream that writes to memory. */
 class KX_UTIL_API KxByteArrayOutputStream final : public KxOutputStream {
 public:
-    /** With room for `initialCapacity` bytes; grows as needed. */
+    /** Begins with room for `initialCapacity` bytes and grows as needed. */
     explicit KxByteArrayOutputStream(std::size_t initialCapacity = 512);
 
-    /** What was written so far, without copying it. What is written later goes to another array and leaves this one
-        as it is. */
+    /** The bytes written so far, without a copy. Later writes go to another array and leave this one unchanged. */
     KxHandle<KxByteArray> toByteArray();
 
-    /** What was written so far, where it lies; holds until the next write. */
+    /** The bytes written so far, in place; valid until the next write. */
     std::string_view view() const { return {m_bytes->data(), size()}; }
     std::size_t size() const { return static_cast<std::size_t>(cursor() - m_bytes->data()); }
-    /** Forgets what was written and keeps the room. */
+    /** Drops the bytes written and keeps the room. */
     void clear();
 
 protected:

@@ -2,7 +2,7 @@
 
 #include "util/KxBytes.h"
 
-/** Walks over the places where one of the given characters stands in [begin, end), sixteen bytes at a look. */
+/** Finds the places in [begin, end) that hold one of the given characters; examines sixteen bytes at a time. */
 template <char... kWanted>
 class KxByteScan {
 public:
@@ -12,7 +12,7 @@ public:
         look();
     }
 
-    /** The next such place, or `end`; not to be asked again then. */
+    /** The next such place, or `end`. Must not be called again after it returned `end`. */
     [[gnu::always_inline]] const char* next() {
         while (m_hits == 0) {
             if (m_end - m_block <= kBlock) {
@@ -26,7 +26,7 @@ public:
         return at < m_end ? at : m_end;
     }
 
-    /** Goes on from there, a place between the last one and `end`. */
+    /** Continues at `at`, which is between the last place found and `end`. */
     void skipTo(const char* at) {
         m_block = at;
         look();
@@ -59,5 +59,5 @@ private:
     const char* m_block;
     const char* m_end;
     const char* m_readable;
-    unsigned m_hits = 0; ///< A bit for each place in the block that is still to come.
+    unsigned m_hits = 0; ///< One bit for each place in the block that next() has not yet returned.
 };

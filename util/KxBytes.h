@@ -8,8 +8,9 @@
 #include <emmintrin.h>
 #endif
 
-/** Short runs of bytes, as most tokens are, handled in a few overlapping moves instead of a call. The builtin copies: the
-    library's, where it checks, is a function that the compiler takes for more than a move and inlines less around. */
+/** Operations on short runs of bytes, as most tokens are: a few overlapping moves instead of a call. They use the
+    builtin memcpy: where the library's memcpy is checked, the compiler treats it as more than a move and inlines less
+    of the code around it. */
 namespace KxBytes {
 
 template <class Word>
@@ -22,7 +23,7 @@ Word load(const char* at) {
 /** The most bytes that copyShort copies. */
 inline constexpr std::size_t kShortCopy = 32;
 
-/** Copies up to kShortCopy bytes; returns the place behind the copy. */
+/** Copies up to kShortCopy bytes; returns the end of the copy. */
 inline char* copyShort(char* to, const char* from, std::size_t count) {
     if (count >= 16) {
         __builtin_memcpy(to, from, 16);
@@ -41,7 +42,7 @@ inline char* copyShort(char* to, const char* from, std::size_t count) {
     return to + count;
 }
 
-/** Copies `count` bytes; returns the place behind the copy. */
+/** Copies `count` bytes; returns the end of the copy. */
 inline char* copy(char* to, const char* from, std::size_t count) {
     if (count <= kShortCopy) {
         return copyShort(to, from, count);
@@ -70,7 +71,7 @@ inline bool equal(const char* a, const char* b, std::size_t count) {
     return load<std::uint64_t>(a + count - 8) == load<std::uint64_t>(b + count - 8);
 }
 
-/** The first and last four bytes of a run and its length: all of it up to eight bytes. */
+/** The first and last four bytes of a run, and its length. For a run of up to eight bytes these are all its bytes. */
 struct Ends {
     Ends(const char* at, std::size_t length) : count(static_cast<std::uint32_t>(length)) {
         if (length >= 4) {
@@ -80,18 +81,18 @@ struct Ends {
             both = byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
         }
     }
-    /** A number of so many bits. */
+    /** A hash of `bits` bits. */
     std::size_t hash(int bits) const {
         return static_cast<std::size_t>(((both ^ count) * 0x9E3779B97F4A7C15ULL) >> (64 - bits));
     }
-    /** The same for every mixture of letter cases (and for some other texts). */
+    /** A form in which texts that differ only in letter case are equal. Some other texts become equal, too. */
     Ends folded() const {
         Ends lower(*this);
         lower.both |= 0x2020202020202020ULL;
         return lower;
     }
     bool operator==(const Ends&) const = default;
-    /** Whether this is all there is of the run. */
+    /** Whether the ends hold all bytes of the run. */
     bool areWhole() const { return count <= sizeof both; }
 
     std::uint64_t both = 0;

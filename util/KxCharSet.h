@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-/** A set of characters, made once (constexpr where the characters are known) and asked by table. */
+/** A set of characters in a table. It is made once, at compile time if the characters are known. */
 class KxCharSet {
 public:
     constexpr explicit KxCharSet(std::string_view characters) {
@@ -63,17 +63,18 @@ private:
         unsigned char last;
     };
 
-    /** Characters that text is mostly made of. A range may hold any others, though they are not in the set. */
+    /** Whether `c` is frequent in text. A range may contain a character that is not in the set only if it is not
+        frequent. */
     static constexpr bool isCommon(unsigned c) {
         const char letter = static_cast<char>(c);
         return KxAscii::isAlpha(letter) || KxAscii::isDigit(letter) || letter == '-' || letter == '.' ||
                letter == '_' || c >= 0x80;
     }
 
-    /** Covers the set with a few ranges, if it can be done. */
+    /** Covers the set with a few ranges, if that is possible. */
     constexpr void cover() {
         m_rangeCount = 0;
-        bool apart = false; // whether a common character stands between the last range and `c`
+        bool apart = false; // whether a common character is between the last range and `c`
         for (unsigned c = 0; c < m_has.size(); ++c) {
             if (m_has[c] && (apart || m_rangeCount == 0)) {
                 if (m_rangeCount == m_ranges.size()) {
@@ -91,7 +92,7 @@ private:
     }
 
 #ifdef __SSE2__
-    /** A bit for each of 16 bytes that may be in the set. To be inlined where the set is known. */
+    /** One bit for each of 16 bytes, set if the byte may be in the set. To be inlined where the set is known. */
     [[gnu::always_inline]] unsigned candidates(const char* at) const {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
         const __m128i hits =
@@ -114,5 +115,5 @@ private:
 
     std::array<bool, 256> m_has{};
     std::array<Range, 5> m_ranges{};
-    std::size_t m_rangeCount = 0; ///< 0: the ranges do not cover the set.
+    std::size_t m_rangeCount = 0; ///< 0 if the ranges do not cover the set.
 };

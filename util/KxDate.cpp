@@ -22,18 +22,18 @@ constexpr std::int64_t secondsOf(int year, unsigned month, unsigned day) {
 constexpr std::int64_t kFirst = secondsOf(1, 1, 1);
 constexpr std::int64_t kLast = secondsOf(9999, 12, 31) + 86399;
 
-/** Takes a date text apart. */
+/** Parses a date text. */
 class DateReader {
 public:
     explicit DateReader(std::string_view text) : m_rest(text) {}
 
-    /** Seconds since the epoch. False if the text is no date. */
+    /** Sets the seconds since the epoch. Returns false if the text is not a date. */
     bool read(std::int64_t& seconds) {
         readName(kWeekdays);
         if (!readDayAndMonth()) {
             return false;
         }
-        const bool timeStandsFirst = atTime(); // as asctime has it
+        const bool timeStandsFirst = atTime(); // as in the asctime form
         if (timeStandsFirst && !readTime()) {
             return false;
         }
@@ -72,7 +72,7 @@ private:
         return digits < m_rest.size() && m_rest[digits] == ':';
     }
 
-    /** How many characters of the kind stand next. */
+    /** How many of the next characters are of the kind. */
     template <class IsOfKind>
     std::size_t countOf(IsOfKind isOfKind) const {
         std::size_t count = 0;
@@ -81,12 +81,12 @@ private:
         }
         return count;
     }
-    /** The letters that stand next; they stay unread. */
+    /** The next letters, which stay unread. */
     std::string_view word() {
         skipBlanks();
         return m_rest.substr(0, countOf(KxAscii::isAlpha));
     }
-    /** The digits that stand next, at most four of them; returns how many there were, 0 if too many. */
+    /** Reads the next digits, at most four; returns their number, or 0 if there are more. */
     std::size_t readNumber(unsigned& number) {
         const std::size_t count = countOf(KxAscii::isDigit);
         if (count > 4) {
@@ -99,14 +99,14 @@ private:
         m_rest.remove_prefix(count);
         return count;
     }
-    /** One or two digits of a number up to `highest`. */
+    /** Reads one or two digits, a number up to `highest`. */
     bool readField(unsigned& number, unsigned highest) {
         const std::size_t digits = readNumber(number);
         return digits != 0 && digits <= 2 && number <= highest;
     }
 
-    /** Reads a name that stands in the table in full or cut to three letters or more; returns its index, or the
-        table's size. */
+    /** Reads a name of the table, in full or shortened to three letters or more; returns its index, or the size of the
+        table if there is none. */
     template <std::size_t N>
     std::size_t readName(const std::string_view (&names)[N]) {
         const std::string_view found = word();

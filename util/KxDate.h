@@ -10,48 +10,49 @@
 
 class KxOutputStream;
 
-/** A date of the years 1 to 9999 in seconds, or none. Times are GMT, years are those of the Gregorian calendar. A date
-    text that could not be read is kept and written as it stood. A small value; one object is used by one thread at a
-    time. */
+/** A date of the years 1 to 9999, to the second, or none. Times are GMT, years are those of the Gregorian calendar. A
+    date text that could not be read is kept and written unchanged. A small value; an object is to be used by one thread
+    at a time. */
 class KX_UTIL_API KxDate {
 public:
-    /** None. */
+    /** No date. */
     KxDate() = default;
     /** As constructKxDate. */
     explicit KxDate(std::string_view text) { constructKxDate(text); }
     explicit KxDate(const char* text) { constructKxDate(text); }
 
-    /** Reads a date text; true if it was one, else the date is none and keeps the text. Three forms are known, names
-        in either letter case and in full or short:
-            Thu, 01 Dec 1994 16:00:00 GMT       RFC 1123, the form to write
+    /** Reads a date text. Returns true if it is a date; otherwise the date is none and keeps the text. Three forms are
+        known. Names may be in either letter case, in full or short:
+            Thu, 01 Dec 1994 16:00:00 GMT       RFC 1123, the form that is written
             Thursday, 01-Dec-94 16:00:00 GMT    RFC 850
             Thu Dec  1 16:00:00 1994            asctime
-        Weekday (which is not compared with the date), time, seconds and zone may be missing; the zone is GMT, UTC, UT
-        or Z. Of the years of two digits, 50 to 99 are 1950 to 1999 (RFC 2822 section 4.3). A leap second is the
-        next minute's first. */
+        The weekday (which is not compared with the date), the time, the seconds and the zone may be missing. The zone
+        is GMT, UTC, UT or Z. Years of two digits are 1950 to 1999 for 50 to 99, and 2000 to 2049 below (RFC 2822
+        section 4.3). A leap second is read as the first second of the next minute. */
     bool constructKxDate(std::string_view text);
     /** As above; null reads as empty. */
     bool constructKxDate(const char* text) {
         return constructKxDate(text == nullptr ? std::string_view() : std::string_view(text));
     }
 
-    /** The date so many seconds after 1970-01-01 00:00:00; the nearest there is when the year is out of bounds. */
+    /** The date so many seconds after 1970-01-01 00:00:00. If the year is out of bounds, the nearest possible date. */
     static KxDate sFromSeconds(std::int64_t secondsSinceEpoch);
     static KxDate sNow();
 
     /** Writes the date as of RFC 1123 (29 characters), or the text that could not be read, and a NUL. Returns the
-        number of characters; 0, and an empty text where size allows, when it does not fit or there is nothing. */
+        number of characters. If the text does not fit or there is none, returns 0 and writes an empty text where size
+        allows it. */
     std::size_t getKxDate(char* buffer, std::size_t size) const;
-    /** Writes the same to a stream, whatever its length. */
+    /** Writes the same to a stream, in any length. */
     void getKxDate(KxOutputStream& out) const;
 
     bool isValid() const { return m_seconds != kNone; }
-    /** Since 1970-01-01 00:00:00; 0 for none. */
+    /** Seconds since 1970-01-01 00:00:00; 0 for none. */
     std::int64_t getSeconds() const { return isValid() ? m_seconds : 0; }
     /** Seconds from now to the date, negative when it has passed; 0 for none. */
     std::int64_t getDelta() const;
 
-    /** By time; none sorts before all dates, and among themselves those sort by their text. */
+    /** Orders by time. Objects without a date sort before all dates and are ordered by their text. */
     friend std::strong_ordering operator<=>(const KxDate& a, const KxDate& b) {
         const auto byTime = a.m_seconds <=> b.m_seconds;
         return byTime != 0 ? byTime : a.m_unread.compareWith(b.m_unread) <=> 0;

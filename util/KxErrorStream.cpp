@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestLine = 16 * 1024; // a longer one makes several records
 
-/** Drops everything and keeps no state, so that threads share it. Never destroyed. */
+/** Drops everything and has no state, so that threads may share it. Never destroyed. */
 class NullStream final : public KxOutputStream {
 protected:
     void writeBeyondWindow(const char*, std::size_t) override {}
@@ -73,7 +73,7 @@ struct NamedLogger {
     Oskan::AceCleanupLogger logger;
 };
 
-constinit std::mutex s_mutex; ///< Of the named loggers.
+constinit std::mutex s_mutex; ///< Guards the named loggers.
 const Oskan::ForkLockOf<s_mutex> s_forkLock{Oskan::ForkLock::Order::Streams};
 
 /** The one logger of that name. Loggers live as long as the process. */
@@ -97,7 +97,7 @@ public:
     ThreadStreams(const ThreadStreams&) = delete;
     ThreadStreams& operator=(const ThreadStreams&) = delete;
 
-    /** Null once the thread has dropped them at its end. */
+    /** Returns null after the thread has dropped its streams at its end. */
     static LogStream* sFind(std::string_view name) {
         if (t_areGone) {
             return nullptr;

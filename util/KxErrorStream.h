@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-/** The way of readable notes (`display`, what a parser could not read) into the log. Usable from any thread. */
+/** Writes readable notes (`display`, text that a parser could not read) to the log. Usable from any thread. */
 class KX_UTIL_API KxErrorStream {
 public:
     KxErrorStream(const KxErrorStream&) = delete;
@@ -13,12 +13,12 @@ public:
 
     static KxErrorStream& sGetDefault();
 
-    /** A stream whose lines become records of the logger "tandril.kx." and the name, at level Debug: each at its line
-        end, an unfinished one on flush. While nobody would get such records the stream drops what is written to it,
-        and costs a call a piece. The stream belongs to the calling thread and the name and lives as long as the
-        thread; a level that was changed holds from the next call.
-        @param name one of a fixed few, as of a class: each is remembered for good.
-        @param level the channel of the note, which the log does not tell apart. */
+    /** A stream whose lines become records of the logger "tandril.kx." and the name, at level Debug. A line is logged
+        at its end, an unfinished one on flush. If such records would not be logged, the stream drops what is written,
+        which costs one call for each piece. There is one stream for each thread and name; it lives as long as the
+        thread. A changed log level applies from the next call.
+        @param name one of a small fixed set, such as the name of a class: it is kept as long as the process lives.
+        @param level the channel of the note; the log does not show it. */
     KxOutputStream& getDebugStream(std::string_view name, int level);
 
 private:

@@ -14,7 +14,7 @@ void KxException::sThrow(std::string_view message) {
 
 void KxException::sThrow(KxException* exception) {
     exception->raise();
-    std::terminate(); // raise never returns; not every compiler knows that of a virtual function
+    std::terminate(); // raise never returns, but not every compiler knows that for a virtual function
 }
 
 void KxException::raise() {

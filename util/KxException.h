@@ -3,8 +3,9 @@
 #include "util/KxHandle.h"
 #include "util/KxString.h"
 
-/** A failure with a text. Thrown as a handle: `catch (KxHandle<KxException>& failure)` catches this class and every
-    class derived from it; a handle of a derived class catches only those. The object may outlive the handler. */
+/** A failure with a text. It is thrown as a handle: `catch (KxHandle<KxException>& failure)` catches this class and
+    every class derived from it; a handle of a derived class catches only that class and those derived from it. The
+    object may outlive the handler. */
 class KX_UTIL_API KxException : public KxObject {
 public:
     /** The name under which exceptions are traced. */
@@ -17,7 +18,7 @@ public:
 
     /** Throws a new exception of this class with the text. */
     [[noreturn]] static void sThrow(std::string_view message);
-    /** Throws a handle of the given exception, which it adopts, as the class the object is of. */
+    /** Throws a handle of the given exception, with the object's own class. The handle adopts the object. */
     [[noreturn]] static void sThrow(KxException* exception);
 
     const KxString& getExceptionMessage() const { return m_message; }
@@ -28,14 +29,14 @@ public:
 
 protected:
     KxException(const KxException&) = default;
-    /** Throws a handle of this object as its own class. */
+    /** Throws a handle of this object, with the object's own class. */
     [[noreturn]] virtual void raise();
 
 private:
     KxString m_message;
 };
 
-/** What a class of exceptions adds to its parent: that it is thrown, caught and copied as itself. */
+/** Base of an exception class `Self` derived from `Parent`: a Self is thrown, caught and copied as a Self. */
 template <class Self, class Parent>
 class __attribute__((visibility("default"))) KxExceptionOf : public Parent {
 public:

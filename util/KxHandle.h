@@ -7,10 +7,10 @@
 #include <type_traits>
 #include <utility>
 
-/** Says that a handle has nothing to count: the object is an immortal constant, or its reference is there already. */
+/** Tells a handle to count no reference: the object is an immortal constant, or the reference is already counted. */
 struct KxUncounted {};
 
-/** What all handles have in common: one pointer, nil or holding a reference. */
+/** The common base of all handles: one pointer, which is nil or holds a reference. */
 class KX_UTIL_API KxHandleBase {
 public:
     bool isNil() const { return m_object == nullptr; }
@@ -23,7 +23,7 @@ protected:
     constexpr KxHandleBase() : m_object(nullptr) {}
     constexpr KxHandleBase(KxObject* object, KxUncounted) : m_object(object) {}
 
-    /** The first reference of an object that nobody counts yet, without asking its class. */
+    /** Adds the first reference to a new object, without a virtual call. */
     static void countFirst(KxObject& object) {
         if (object.m_count.load(std::memory_order_relaxed) == 0) {
             object.m_count.store(1, std::memory_order_relaxed);
@@ -32,7 +32,7 @@ protected:
         }
     }
 
-    /** Ties `companion` to `object`: it is released when the object goes. */
+    /** Ties `companion` to `object`: it is released when the object is destroyed. */
     static void keepBeside(KxObject* object, KxObject* companion);
 
     KxObject* m_object;
@@ -52,9 +52,10 @@ struct KxHandleParent<T, std::void_t<typename T::HandleParent>> {
     using type = KxHandle<typename T::HandleParent>;
 };
 
-/** A counted reference to a KxObject of class T, or nil. Copying adds a reference, moving does not, the last one to go
-    frees the object. Dereferencing nil is an assertion failure ("pObj!=0", followed by the class T and the place of the call). Different handles to one object may be
-    used on different threads; one handle is used by one thread at a time. */
+/** A counted reference to a KxObject of class T, or nil. Copying adds a reference, moving does not. When the last
+    handle is destroyed, the object is freed. Dereferencing nil is an assertion failure ("pObj!=0", followed by the
+    class T and the place of the call). Different handles to one object may be used on different threads; one handle is
+    to be used by one thread at a time. */
 template <class T>
 class __attribute__((visibility("default"))) KxHandle : public KxHandleParent<T>::type {
     using Parent = typename KxHandleParent<T>::type;
@@ -63,9 +64,9 @@ class __attribute__((visibility("default"))) KxHandle : public KxHandleParent<T>
 public:
     constexpr KxHandle() = default;
     constexpr KxHandle(std::nullptr_t) {}
-    /** Takes over a reference that is counted already, or one to a constant, which is never counted. */
+    /** Takes over a reference that is already counted, or one to a constant, which is never counted. */
     constexpr KxHandle(T* object, KxUncounted uncounted) : Parent(object, uncounted) {}
-    /** Shares (or, when it is fresh, adopts) the object; nil for null. */
+    /** Shares the object, or adopts it if it is new and not yet counted; nil for null. */
     explicit KxHandle(T* object) : Parent() { adopt(object); }
     /** The first handle of a new object; nil for null. */
     static KxHandle sOfNew(T* object) {
@@ -74,7 +75,7 @@ public:
         }
         return KxHandle(object, KxUncounted{});
     }
-    /** As above; `companion` is kept alive at least as long as the object. */
+    /** A handle to the object; `companion` is kept alive at least as long as the object. */
     KxHandle(T* object, KxObject* companion) : KxHandle(object) { this->keepBeside(object, companion); }
 
     KxHandle(const KxHandle& other) : Parent() { adopt(other.pointer()); }
@@ -116,7 +117,7 @@ public:
     T& operator*() const { return *checked(); }
     /** The object or null; no reference is added. */
     T* get() const { return pointer(); }
-    /** Gives the reference up without dropping it: the caller owns it now. */
+    /** Returns the object and leaves the handle nil. The reference is not dropped; the caller owns it now. */
     T* detach() {
         T* object = pointer();
         this->m_object = nullptr;
@@ -132,7 +133,7 @@ private:
         }
         return pointer();
     }
-    /** Out of line and without arguments, so that the check costs its callers no more than a call. */
+    /** Not inlined and without arguments, so that the check adds only one call to the code of its callers. */
     [[noreturn, gnu::cold, gnu::noinline]] static void failNil() noexcept {
         Oskan::Assertion::sFailNil("pObj!=0", __PRETTY_FUNCTION__, __builtin_return_address(0));
     }
@@ -149,13 +150,13 @@ private:
     }
 };
 
-/** A new object in a handle. */
+/** Makes a new object in a handle. */
 template <class T, class... Args>
 KxHandle<T> KxMake(Args&&... args) {
     return KxHandle<T>::sOfNew(new T(std::forward<Args>(args)...));
 }
 
-/** The handle's object as the class U, or nil when it is of another class. */
+/** The object as a U, or nil if it is not a U. */
 template <class U, class T>
 KxHandle<U> KxHandleCast(const KxHandle<T>& handle) {
     return KxHandle<U>(dynamic_cast<U*>(handle.get()));

@@ -28,7 +28,7 @@ constexpr std::array<unsigned char, 256> kValues = [] {
 
 using Bytes = signed char __attribute__((vector_size(16)));
 
-/** Nibbles as digits. */
+/** The digit of each nibble. */
 inline Bytes asDigits(Bytes nibbles) {
     return nibbles + '0' + ((nibbles > 9) & ('a' - '0' - 10));
 }

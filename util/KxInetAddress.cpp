@@ -7,7 +7,7 @@
 
 namespace {
 
-/** The text without brackets and zone; empty when these are malformed. */
+/** The text without brackets and zone; empty if these are malformed. */
 std::string_view bareIPv6(std::string_view text) {
     if (text.starts_with('[')) {
         if (!text.ends_with(']')) {

@@ -13,12 +13,12 @@ public:
     /** No address. */
     constexpr KxInetAddress() = default;
 
-    /** Back to no address. */
+    /** Resets to no address. */
     void constructor() { *this = KxInetAddress(); }
 
-    /** Reads "192.0.2.1" or an IPv6 text (RFC 4291 section 2.2), the latter also in brackets and with a zone
-        ("[fe80::1%eth0]"), which is dropped. False, and nothing changed, when it is neither or null. Names are not
-        looked up. */
+    /** Reads "192.0.2.1" or an IPv6 text (RFC 4291 section 2.2). The latter may have brackets, and a zone
+        ("[fe80::1%eth0]"), which is dropped. Returns false, without a change, when the text is neither or is null.
+        Names are not looked up. */
     bool initFromAddress(std::string_view text);
     bool initFromAddress(const char* text) { return text != nullptr && initFromAddress(std::string_view(text)); }
 
@@ -30,8 +30,8 @@ public:
 
     friend bool operator==(const KxInetAddress&, const KxInetAddress&) = default;
 
-    /** The name of this host, not looked up in any directory; empty when there is none that can stand in a message
-        (letters, digits, hyphens, underscores, dots). */
+    /** The name of this host, without any look-up. Empty when there is no name that a message may contain (letters,
+        digits, hyphens, underscores, dots). */
     static KxString sGetLocalHostName();
 
 private:

@@ -60,7 +60,7 @@ bool KxInputStream::extendWindow() {
     const auto kept = static_cast<std::size_t>(m_end - keep);
     const auto cursor = static_cast<std::size_t>(m_cursor - keep);
     const std::size_t size = m_buffer != nullptr ? m_bufferSize : 0;
-    if (kept >= size) { // twice the size each time, so that what is kept is copied once on average
+    if (kept >= size) { // twice the size each time, so that bytes that are kept are copied once on average
         const std::size_t larger = std::max(kFirstBuffer, size * 2);
         std::unique_ptr<char[]> fresh(new char[larger]);
         if (kept != 0) {

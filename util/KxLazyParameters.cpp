@@ -8,7 +8,7 @@
 
 namespace {
 
-/** They guard the handing out of lists. */
+/** Guard the handing out of lists. */
 struct Mutexes {
     void lock() {
         for (std::mutex& each : all) {
@@ -25,15 +25,15 @@ struct Mutexes {
 constinit Mutexes s_mutexes;
 const Oskan::ForkLockOf<s_mutexes> s_forkLock{Oskan::ForkLock::Order::Lists};
 
-/** The one for this object's list; few objects have one in common. */
+/** The mutex for this object's list. Few objects share a mutex. */
 std::mutex& mutexOf(const KxLazyParameters& parameters) {
     return s_mutexes.all[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % s_mutexes.all.size()];
 }
 
 } // namespace
 
-/** The word of a copy. Another thread may be about to hand the list out: it marks the word and then looks at the count,
-    we count and then look at the word, so one of the two sees the other. */
+/** Returns the word for a copy. Another thread may be about to hand the list out. That thread marks the word and then
+    reads the count; this one increments the count and then reads the word. So at least one notices the other. */
 std::uintptr_t KxLazyParameters::share() const {
     const std::uintptr_t word = m_word.load(std::memory_order_acquire);
     KxParameters* const list = listOf(word);
@@ -50,7 +50,8 @@ std::uintptr_t KxLazyParameters::share() const {
     return wordOf(KxHandle<KxParameters>(list->clone()).detach());
 }
 
-/** Makes the list, or what it shares with copies, this object's own, and marks it as handed out. */
+/** Makes a list of this object's own, and marks it as handed out. It is a new list if there was none, and a copy if the
+    list is shared. */
 KxParameters& KxLazyParameters::lend() const {
     const std::lock_guard<std::mutex> lock(mutexOf(*this));
     const std::uintptr_t word = m_word.load(std::memory_order_acquire);
@@ -64,7 +65,7 @@ KxParameters& KxLazyParameters::lend() const {
         m_word.fetch_or(kLent, std::memory_order_acq_rel);
         if (list->isUnshared()) {
             own = KxHandle<KxParameters>(list, KxUncounted{});
-        } else { // whoever reads this object at the moment may still look at the old list, so it has to stay
+        } else { // other threads may be reading the old list through this object, so it has to stay
             own = KxHandle<KxParameters>(list->clone(), list);
             list->Release(true);
         }

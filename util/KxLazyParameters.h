@@ -5,13 +5,13 @@
 #include <atomic>
 #include <cstdint>
 
-/** A parameter list that an object always has but rarely fills: made when somebody writes to it or asks for the list
-    itself. Until then it costs one pointer and reads as empty. A copy is a copy, but shares the list until one of the
-    two is written to or hands its list out. Reading, copying and handing out are safe from several threads. */
+/** A parameter list that an object always has but rarely fills. The list is made when it is first written to or handed
+    out. Until then it costs one pointer and reads as empty. Copies are independent, but share the list until one of
+    them is written to or hands its list out. Several threads may read, copy and hand out at the same time. */
 class KX_UTIL_API KxLazyParameters {
 public:
     KxLazyParameters() = default;
-    /** Holds the list itself, which whoever else holds it may go on changing; nil for none. */
+    /** Holds the list itself, not a copy: other holders of the list may go on changing it. Nil for none. */
     explicit KxLazyParameters(const KxHandle<KxParameters>& list)
         : m_word(list.isNil() ? 0 : wordOf(KxHandle<KxParameters>(list).detach()) | kLent | kOwn) {}
     KxLazyParameters(const KxLazyParameters& other) : m_word(other.share()) {}
@@ -26,12 +26,12 @@ public:
         }
     }
 
-    /** The list itself, shared with whoever asks for it; never nil. */
+    /** Hands out the list itself, shared with all other callers; never nil. */
     KxHandle<KxParameters> handle() const {
         const std::uintptr_t word = m_word.load(std::memory_order_acquire);
         return KxHandle<KxParameters>((word & kOwn) != 0 ? listOf(word) : &lend());
     }
-    /** The list to change. */
+    /** The list for writing. */
     KxParameters& write() {
         KxParameters* const list = peek();
         return list != nullptr && isOurs(*list) ? *list : makeOurs();
@@ -46,7 +46,7 @@ public:
         const KxString* const value = findValue(name);
         return value == nullptr ? KxString() : *value;
     }
-    /** Null when absent; holds until the list changes. */
+    /** Null when absent; valid until the list changes. */
     const KxString* findValue(std::string_view name) const {
         const KxParameters* const list = peek();
         return list == nullptr ? nullptr : list->findValue(name);
@@ -57,13 +57,13 @@ public:
     KxParameters::Iterator begin() const { return peek() == nullptr ? KxParameters::Iterator() : peek()->begin(); }
     KxParameters::Iterator end() const { return peek() == nullptr ? KxParameters::Iterator() : peek()->end(); }
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
-    /** Writes the pairs, ";" in front, or nothing when there are none. */
+    /** Writes ";" and the pairs, or nothing when there are none. */
     void serializeBehind(KxOutputStream& out) const;
 
 private:
-    // The word is the list's address and, in its lowest bits, who may hold it.
-    static constexpr std::uintptr_t kLent = 1; ///< It is handed out, or about to be: no copy may share it.
-    static constexpr std::uintptr_t kOwn = 2;  ///< No other object of this class holds it, nor ever will.
+    // The word is the list's address. Its lowest bits tell who may hold the list.
+    static constexpr std::uintptr_t kLent = 1; ///< The list is handed out, or about to be: no copy may share it.
+    static constexpr std::uintptr_t kOwn = 2;  ///< No other object of this class holds the list, or ever will.
 
     static std::uintptr_t wordOf(const KxParameters* list) { return reinterpret_cast<std::uintptr_t>(list); }
     static KxParameters* listOf(std::uintptr_t word) { return reinterpret_cast<KxParameters*>(word & ~(kLent | kOwn)); }

@@ -4,17 +4,17 @@
 
 #include <mutex>
 
-/** A lock from the accounted allocator (account "KxMutex"), 40 bytes. Not recursive: a thread that locks it twice
-    waits for itself. */
+/** A mutex from the accounted allocator (account "KxMutex"), 40 bytes. Not recursive: a thread that locks it twice
+    deadlocks. */
 class KX_UTIL_API KxMutex {
 public:
     KxMutex(const KxMutex&) = delete;
     KxMutex& operator=(const KxMutex&) = delete;
 
-    /** A new unlocked mutex, never null; goes back through sRecycle.
+    /** A new unlocked mutex, never null. It is freed through sRecycle.
         @throws std::bad_alloc when there is no memory. */
     static KxMutex* sAllocate();
-    /** Gives a mutex back, which nobody may hold or wait for. Null is allowed. */
+    /** Frees a mutex. No thread may hold it or wait for it. Null is allowed. */
     static void sRecycle(KxMutex* mutex) noexcept;
 
     void lock() { m_mutex.lock(); }

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <string_view>
 
-/** Hashes of names for tables whose keys come from the network: they depend on every character and on a number that
-    the process draws when it starts, so that a sender cannot choose names that collide. */
+/** Hashes of names, for tables whose keys come from the network. They depend on every character and on a random number
+    that is drawn when the process starts, so that a sender cannot choose names that collide. */
 namespace KxNameHash {
 
 KX_UTIL_API std::uint32_t exact(std::string_view name);
-/** ASCII case ignored. */
+/** Ignores ASCII case. */
 KX_UTIL_API std::uint32_t noCase(std::string_view name);
 
 } // namespace KxNameHash

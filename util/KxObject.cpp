@@ -12,15 +12,15 @@ namespace {
 
 using Companions = std::unordered_multimap<const KxObject*, KxObject*>;
 
-constinit std::mutex s_mutex; ///< Of the companions.
+constinit std::mutex s_mutex; ///< Guards the companions.
 const Oskan::ForkLockOf<s_mutex> s_forkLock{Oskan::ForkLock::Order::Companions};
 
 Companions& companions() {
-    static Companions* const all = new Companions; // reachable for ever: handles may go after static destructors
+    static Companions* const all = new Companions; // never freed: handles may be destroyed after static destructors
     return *all;
 }
 
-/** One of the object's companions, taken out; empty when there is none left. */
+/** Removes and returns one of the object's companions; empty when there is none left. */
 Companions::node_type takeCompanion(const KxObject* object) {
     const std::lock_guard<std::mutex> lock(s_mutex);
     Companions& all = companions();

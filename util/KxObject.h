@@ -9,9 +9,9 @@ class KxOutputStream;
 
 /** Base of every shared object: headers, messages, URIs, parameter lists, exceptions, byte arrays, string buffers.
 
-    Carries an intrusive reference count and is held through KxHandle. A new object has the count 0 and belongs to
-    whoever made it; the first handle adopts it. Counting is atomic, so handles to one object may be copied and
-    dropped on several threads; the object itself is only as thread-safe as its class says. */
+    It has an intrusive reference count and is held through KxHandle. A new object has the count 0 and belongs to its
+    creator; the first handle adopts it. Counting is atomic, so handles to one object may be copied and dropped on
+    several threads; the object itself is only as thread-safe as its class says. */
 class KX_UTIL_API KxObject {
 public:
     virtual ~KxObject() {
@@ -23,14 +23,14 @@ public:
     /** A new deep copy with the count 0, owned by the caller. */
     virtual KxObject* clone() const = 0;
 
-    /** Negative, zero or positive as this object sorts before, with or behind the other; by address unless a class
-        says otherwise. */
+    /** Returns a negative number, zero or a positive number when this object sorts before, equal to or after the other.
+        Compares addresses unless a class says otherwise. */
     virtual int compareWith(const KxObject& other) const;
 
     /** A hash that agrees with compareWith. */
     virtual std::uint32_t hashCode() const;
 
-    /** Writes a readable form, for people; with `verbose` as much as there is. */
+    /** Writes a form that people can read; with `verbose`, all there is to show. */
     virtual void display(KxOutputStream& out, bool verbose) const;
 
     /** Adds a reference and returns the new count. */
@@ -39,31 +39,31 @@ public:
         if (static_cast<std::int32_t>(count) > 0) {
             return (m_count.fetch_add(1, std::memory_order_relaxed) + 1) & kCountMask;
         }
-        if (count == 0) { // fresh: nobody else can see it yet
+        if (count == 0) { // new: no other thread can refer to it yet
             m_count.store(1, std::memory_order_relaxed);
         }
         return count + 1;
     }
 
-    /** Drops a reference and returns the new count. The object is destroyed when the last one goes, unless
-        `destroy` is false: then it is fresh again and belongs to the caller. */
+    /** Drops a reference and returns the new count. If it was the last reference, the object is destroyed, unless
+        `destroy` is false: then it is as new and belongs to the caller. */
     virtual std::uint32_t Release(bool destroy) {
         const std::uint32_t count = m_count.load(std::memory_order_acquire);
-        if (count == 1 && destroy) { // the last owner: no other thread can be counting
+        if (count == 1 && destroy) { // the last owner: no other thread can change the count
             delete this;
             return 0;
         }
         return isConstant(count) ? count : releaseShared(destroy);
     }
 
-    /** True while exactly one handle holds the object, so that its holder may change it unseen. */
+    /** Whether exactly one handle holds the object, so that its owner may change it without affecting others. */
     bool isUnshared() const { return (m_count.load(std::memory_order_acquire) & ~kHasCompanion) == 1; }
 
 protected:
-    /** Constants that live as long as the process are never counted. */
+    /** Marks a constant that lives as long as the process and is never counted. */
     enum class Immortal { Tag };
 
-    /** An object that is made for a handle which takes its first reference over. */
+    /** Marks an object that is made with its first reference, which a handle takes over. */
     enum class Held { Tag };
 
     constexpr KxObject() : m_count(0) {}
@@ -75,7 +75,8 @@ protected:
     bool isImmortal() const { return isConstant(m_count.load(std::memory_order_relaxed)); }
     static bool isConstant(std::uint32_t count) { return (count & kImmortal) != 0; }
     std::uint32_t count() const { return m_count.load(std::memory_order_acquire); }
-    /** Release, where the object is known to be neither a constant nor held by one handle only. */
+    /** The rest of Release, for an object that is not a constant. Release itself handles the last reference when
+        `destroy` is true. */
     std::uint32_t releaseShared(bool destroy);
 
 private:

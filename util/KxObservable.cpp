@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-/** While one is in scope, observers keep their places. */
+/** While one is in scope, observers keep their positions in the list. */
 class KxObservable::Notifying {
 public:
     explicit Notifying(KxObservable& observable) : m_observable(observable) { ++m_observable.m_notifying; }

@@ -5,14 +5,14 @@
 
 class KxObservable;
 
-/** Told by the observables that it is attached to. Detached from all of them before it is destroyed. */
+/** Notified by the observables that it is attached to. It must be detached from all of them before it is destroyed. */
 class KX_UTIL_API KxObserver {
 public:
     virtual ~KxObserver();
 
-    /** Called on the thread that notifies. May attach and detach observers, itself among them, block, unblock and
-        notify again; may not destroy `source`.
-        @param about what the notifier passed on, often nil. */
+    /** Called on the thread that notifies. It may attach and detach observers, including itself, block, unblock and
+        notify again. It must not destroy `source`.
+        @param about the argument of notifyObservers, often nil. */
     virtual void onNotification(KxObservable& source, const KxHandle<KxObject>& about) = 0;
 
 protected:

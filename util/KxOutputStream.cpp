@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-/** In the window, where a number of any length has room there. */
+/** Writes directly into the window if it has room for a number of any length. */
 template <class Number>
 void KxOutputStream::writeNumber(Number number) {
     char digits[KxBytes::kShortCopy + 1]; // g++ 12 expects a copy to reach that far

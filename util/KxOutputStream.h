@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <string_view>
 
-/** A sink of bytes. The base keeps a window of free room, so that writing is a copy and a pointer move; a class that
-    derives from it takes what does not fit (writeBeyondWindow) and may offer a new window. A class without a window
-    gets every piece through writeBeyondWindow. Used by one thread at a time. */
+/** A sink of bytes. The base keeps a window of free room, so that writing is a copy and a pointer move. A derived class
+    takes what does not fit (writeBeyondWindow) and may offer a new window. A class without a window gets every piece
+    through writeBeyondWindow. To be used by one thread at a time. */
 class KX_UTIL_API KxOutputStream {
 public:
     virtual ~KxOutputStream();
@@ -36,7 +36,7 @@ public:
             writeBeyondWindow(text.data(), text.size());
         }
     }
-    /** Pieces of text, one behind the other. */
+    /** Pieces of text, one after the other. */
     template <class... Texts>
     [[gnu::always_inline]] void writeAll(const Texts&... texts) {
         if ((texts.size() + ...) <= static_cast<std::size_t>(m_end - m_cursor)) {
@@ -47,7 +47,7 @@ public:
             (write(texts), ...);
         }
     }
-    /** Hands on whatever the sink holds back. */
+    /** Passes on what the sink has held back. */
     virtual void flush() {}
 
     KxOutputStream& operator<<(std::string_view text) {
@@ -73,7 +73,7 @@ protected:
     /** Takes bytes for which the window has no room. */
     virtual void writeBeyondWindow(const char* bytes, std::size_t count) = 0;
 
-    /** Offers [begin, end) as free room; the bytes up to cursor() are written then. */
+    /** Offers [begin, end) as free room. Later, the bytes from `begin` to cursor() have been written. */
     void setWindow(char* begin, char* end) {
         m_cursor = begin;
         m_end = end;
@@ -88,5 +88,5 @@ private:
     char* m_end = nullptr;
 };
 
-/** Writes CR LF and flushes nothing: the line end of SIP. */
+/** Writes CR LF, the line end of SIP. Does not flush. */
 KX_UTIL_API KxOutputStream& endl(KxOutputStream& out);

@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <vector>
 
-/** What a long KxParameters knows of its places: which name is at which, and which were left by removed pairs. A pair
-    is removed without moving any other, in the time of one look-up. Hashes are KxNameHash::noCase. Of this folder only. */
+/** The index of a long KxParameters: at which place each name is, and which places removed pairs have left. To remove a
+    pair takes one look-up and moves no other pair. Hashes are KxNameHash::noCase. Internal to this folder. */
 class KxPairIndex {
 public:
-    /** For up to `capacity` places, a power of two. */
+    /** An index of up to `capacity` places; the capacity is a power of two. */
     explicit KxPairIndex(std::uint32_t capacity)
         : m_numberBits(capacity * 2 - 1), m_cells(capacity * 2, 0), m_gaps(capacity + 1, 0) {}
 
@@ -19,18 +19,19 @@ public:
         std::fill(m_gaps.begin(), m_gaps.end(), 0);
     }
 
-    /** How many places were given out, those of removed pairs included. */
+    /** The number of places in use, including those of removed pairs. */
     std::uint32_t places() const { return m_places; }
-    /** For each place, and one more: at the first and at the last place of a gap its length, at a pair's place 0. */
+    /** One number for each place, and one more. At the first and the last place of a gap it is the length of the gap;
+        at the place of a pair it is 0. */
     const std::uint32_t* gaps() const { return m_gaps.data(); }
 
-    /** The place plus one, or 0. */
+    /** Returns the place plus one, or 0 when the name is absent. */
     template <class Matches>
     std::uint32_t find(std::uint32_t hash, Matches matches) const {
         const std::uint32_t cell = m_cells[findCell(hash, matches)];
         return cell & m_numberBits;
     }
-    /** Gives out the next place. */
+    /** Adds a name at the next place. */
     void append(std::uint32_t hash) {
         std::uint32_t at = hash & m_numberBits;
         while ((m_cells[at] & m_numberBits) != 0) {
@@ -46,7 +47,7 @@ public:
     }
 
 private:
-    /** Where the cell is, or an empty one. */
+    /** Returns where the cell is, or an empty one. */
     template <class Matches>
     std::uint32_t findCell(std::uint32_t hash, Matches matches) const {
         for (std::uint32_t at = hash & m_numberBits;; at = next(at)) {
@@ -59,11 +60,11 @@ private:
     }
     std::uint32_t next(std::uint32_t at) const { return (at + 1) & m_numberBits; }
 
-    std::uint32_t m_numberBits; // also where a hash's first cell is
+    std::uint32_t m_numberBits; // mask of the place plus one in a cell; in a hash, of its first cell
     std::uint32_t m_places = 0;
-    /** Open addressing, at most half full: the place plus one and, in the bits that no place needs, some of the hash, so
-        that names are looked at only where they are likely to be the one. 0 where nothing is, no place where something
-        was, which the next name that comes by takes. */
+    /** A hash table with open addressing, at most half full. A cell holds the place plus one and, in the bits that no
+        place needs, bits of the hash, so that names are compared only when they are likely to be equal. An empty cell
+        is 0. In the cell of a removed name only the place bits are 0; the next name that reaches the cell reuses it. */
     std::vector<std::uint32_t> m_cells;
     std::vector<std::uint32_t> m_gaps;
 };

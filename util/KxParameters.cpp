@@ -19,17 +19,17 @@ namespace {
 
 constinit Oskan::MemAccount s_account{"KxParameters"};
 
-/** What a pair is made of ends at one of these; a line's end and commas end the list only in a stream. */
+/** The characters at which a part of a pair ends. Line ends and commas end the list only in a stream. */
 template <bool kInStream>
 using Specials = std::conditional_t<kInStream, KxByteScan<'=', ';', '"', ',', '\r', '\n'>, KxByteScan<'=', ';', '"'>>;
 
-/** Where the quoted text that begins at `at` ends: at its quote, or, in a stream, at the line's end. */
+/** Returns where the quoted text that begins at `at` ends: at its closing quote or, in a stream, at the line end. */
 template <bool kInStream>
 const char* findQuoteEnd(const char* at, const char* end) {
     const auto next = [end](const char* from) {
         return kInStream ? KxBytes::findAny<'"', '\\', '\r', '\n'>(from, end) : KxBytes::findAny<'"', '\\'>(from, end);
     };
-    const auto behindPair = [end](const char* backslash) { // in a stream, nothing quotes a line's end
+    const auto behindPair = [end](const char* backslash) { // in a stream, a line end cannot be quoted
         const char* const quoted = backslash + 1;
         return quoted == end || (kInStream && (*quoted == '\r' || *quoted == '\n')) ? quoted : quoted + 1;
     };
@@ -40,7 +40,7 @@ const char* findQuoteEnd(const char* at, const char* end) {
 
 } // namespace
 
-/** Room for the pairs of a list that has outgrown its object, which follow it in the same allocation. */
+/** Storage for the pairs of a list that are too many for the object. The pairs follow it in the same allocation. */
 struct KxParameters::Block {
     static constexpr std::uint32_t kIndexFrom = 32;
 
@@ -57,8 +57,8 @@ struct KxParameters::Block {
         block->~Block();
         Oskan::NoSizeMemAllocator::deallocate(block, s_account);
     }
-    /** An index of these pairs, which have no gaps, where there is room for enough to want one. Allocates only the first
-        time. */
+    /** Builds an index of these pairs, which have no gaps, if the capacity is large enough to need one. Allocates only
+        the first time. */
     void buildIndex(const Pair* all, std::uint32_t size) {
         if (capacity < kIndexFrom) {
             return;
@@ -144,7 +144,7 @@ inline bool KxParameters::hasIndex() const {
     return m_block != nullptr && m_block->index != nullptr;
 }
 
-/** How many places hold or held a pair; only a list with an index leaves places empty. */
+/** The number of places that hold or held a pair. Only a list with an index has empty places. */
 inline std::uint32_t KxParameters::places() const {
     return hasIndex() ? m_block->index->places() : m_size;
 }
@@ -186,7 +186,8 @@ inline std::uint32_t KxParameters::capacity() const {
     return m_block == nullptr ? kInline : m_block->capacity;
 }
 
-/** For one more pair at least. Where half of the list is gaps, that takes no memory, and pays for itself. */
+/** Makes room for one more pair at least. If half of the list is gaps, closing them is enough: it needs no memory, and
+    its cost is covered by the removals that left the gaps. */
 void KxParameters::makeRoom() {
     if (places() != m_size) {
         closeGaps();
@@ -204,7 +205,7 @@ void KxParameters::closeGaps() {
     m_block->buildIndex(all, m_size);
 }
 
-/** Of a list without gaps. */
+/** Doubles the capacity of a list without gaps. */
 void KxParameters::grow() {
     const std::uint32_t capacity = this->capacity();
     if (capacity > std::numeric_limits<std::uint32_t>::max() / 4) {
@@ -262,7 +263,7 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
     }
 }
 
-/** One pass over the pairs; returns where it stopped. */
+/** Reads the pairs in one pass; returns where it stopped. */
 template <bool kInStream>
 const char* KxParameters::parsePairs(const char* begin, const char* const end, const char* readable) {
     Specials<kInStream> specials(begin, end, readable);
@@ -361,7 +362,7 @@ bool KxParameters::removeValue(std::string_view name) {
     }
     if (hasIndex()) {
         m_block->index->remove(KxNameHash::noCase(name), static_cast<std::uint32_t>(found - pairs()));
-        *found = Pair(); // a gap, which is closed when its room is needed
+        *found = Pair(); // a gap, which is closed when the room is needed
         --m_size;
     } else {
         std::move(found + 1, pairs() + m_size, found);

@@ -13,10 +13,10 @@ class KxInputStream;
 
 /** An ordered list of name and value pairs, "name=value;name;name=value": the parameters of a URI or header.
 
-    Names compare ignoring ASCII case and are written as first given. A name that comes again keeps its place and takes
-    the new value. A value may be empty; such a pair is written without "=". Values keep their quotes. The first pairs
-    are in the object itself; a long list has an index, so that setting, finding and removing by name cost the same
-    however long it is, in any order. Used by one thread at a time while it is changed. */
+    Names compare ignoring ASCII case and are written as first given. A repeated name keeps its place and takes the new
+    value. A value may be empty; such a pair is written without "=". Values keep their quotes. The first pairs are in
+    the object itself. A long list has an index, so that the cost of setting, finding and removing a name does not
+    depend on the length of the list or on the order. While a thread changes a list, no other thread may use it. */
 class KX_UTIL_API KxParameters final : public KxObject {
 public:
     struct Pair {
@@ -24,7 +24,7 @@ public:
         KxString value;
     };
 
-    /** Goes over the pairs in insertion order. */
+    /** Iterates over the pairs in insertion order. */
     class Iterator {
     public:
         using iterator_category = std::bidirectional_iterator_tag;
@@ -72,7 +72,7 @@ public:
         Iterator(const Pair* pair, const std::uint32_t* gap) : m_pair(pair), m_gap(gap) {}
 
         const Pair* m_pair = nullptr;
-        const std::uint32_t* m_gap = nullptr; // of the pair's place; null in a list that is too short for gaps
+        const std::uint32_t* m_gap = nullptr; // the gap length at the pair's place; null in a list without an index
     };
 
     KxParameters() {}
@@ -81,40 +81,40 @@ public:
     ~KxParameters() override;
 
     KxParameters* clone() const override { return new KxParameters(*this); }
-    /** By the printed form. */
+    /** Compares the written forms. */
     int compareWith(const KxObject& other) const override;
     std::uint32_t hashCode() const override;
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** Adds the pairs of a text: names and values trimmed, quotes kept; quotes (with backslash escapes) protect ";".
-        A pair with neither name nor value is skipped. */
+    /** Adds the pairs of a text. Names and values are trimmed; quotes are kept. A ";" between quotes (which may contain
+        backslash escapes) does not end a pair. A pair with neither name nor value is skipped. */
     void parse(std::string_view text) { parse(text, text.data() + text.size()); }
-    /** As above; the bytes behind the text, up to `readable`, may be loaded too. */
+    /** As above; the bytes after the text, up to `readable`, may be loaded too. */
     void parse(std::string_view text, const char* readable);
     void parse(const char* text) { parse(text == nullptr ? std::string_view() : std::string_view(text)); }
-    /** As above from a stream, up to an unquoted comma, a CR or a LF, which stays unread, or the end. */
+    /** As above from a stream, up to an unquoted comma, a CR or a LF, which stays unread, or up to the end. */
     void parse(KxInputStream& in);
 
-    /** Writes the pairs in order, separated by ";", with none in front. */
+    /** Writes the pairs in order, separated by ";". There is no ";" before the first pair. */
     void serialize(KxOutputStream& out) const;
     KxString getString() const;
 
-    /** The value; nil when the name is absent, empty when it has none. */
+    /** The value; nil when the name is absent, empty when the name has no value. */
     KxString getValue(std::string_view name) const;
-    /** As getValue, without a copy; null when absent. Holds until the list changes. */
+    /** As getValue, without a copy; null when the name is absent. Valid until the list changes. */
     const KxString* findValue(std::string_view name) const;
     bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
-    /** A nil value stores nothing. */
+    /** Sets the value of a name, or adds the pair. A nil value changes nothing. */
     void setValue(std::string_view name, const KxString& value);
-    /** As setValue for each; without memory, none is set. */
+    /** As setValue for each pair. When there is no memory, none is set. */
     void setValues(std::initializer_list<Pair> values);
-    /** False when the name is absent. */
+    /** Returns false when the name is absent. */
     bool removeValue(std::string_view name);
     void clear();
 
     std::size_t size() const { return m_size; }
     bool empty() const { return m_size == 0; }
-    /** Iteration in insertion order; holds until the list changes. */
+    /** Iteration in insertion order; valid until the list changes. */
     Iterator begin() const;
     Iterator end() const;
 
@@ -143,7 +143,7 @@ private:
     void releaseAll();
 
     std::uint32_t m_size = 0;
-    Block* m_block = nullptr; // holds every pair once there are more than fit here
+    Block* m_block = nullptr; // holds all pairs when they are more than fit here
     union {
         Pair m_inline[kInline];
     };

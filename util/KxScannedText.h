@@ -8,11 +8,11 @@
 #include <string>
 #include <string_view>
 
-/** A stretch of text taken from a stream: where it lies if the stream's bytes stay put, else in a copy of its own.
-    The view holds while this object and the stream's bytes do. */
+/** A piece of text taken from a stream. If the stream is whole, the text is not copied; otherwise this object holds a
+    copy. The view is valid as long as this object and the bytes of the stream exist. */
 class KX_UTIL_API KxScannedText {
 public:
-    /** The characters up to the first delimiter (which stays unread) or the end. */
+    /** Takes the characters up to the first delimiter (which stays unread) or the end. */
     [[gnu::always_inline]] std::string_view until(KxInputStream& in, const KxCharSet& delimiters) {
         if (in.isWhole()) {
             const std::string_view window = in.window();
@@ -24,7 +24,7 @@ public:
         return copyUntil(in, delimiters);
     }
 
-    /** As above for a few delimiters that stand far apart: faster over long stretches. */
+    /** As above, for a few delimiters that are far apart: faster over long text. */
     template <char... kDelimiters>
     [[gnu::always_inline]] std::string_view until(KxInputStream& in) {
         if (in.isWhole()) {
@@ -39,7 +39,7 @@ public:
         return copyUntil(in, KxCharSet(std::string_view(kSet, sizeof kSet)));
     }
 
-    /** As `until`, behind any white space. */
+    /** Skips white space, then as `until`. */
     [[gnu::always_inline]] std::string_view token(KxInputStream& in, const KxCharSet& delimiters) {
         skipSpace(in);
         return until(in, delimiters);

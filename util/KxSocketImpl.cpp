@@ -29,8 +29,8 @@ constexpr Names kNames[] = {{s_upperUdp, s_lowerUdp},   {s_upperTcp, s_lowerTcp}
                             {s_upperSctp, s_lowerSctp}, {s_upperWs, s_lowerWs},   {s_upperWss, s_lowerWss}};
 constexpr Names kUnknown = {s_upperUnknown, s_lowerUnknown};
 
-/** The characters in one number, letters as lower case: setting bit 0x20 makes a lower-case letter only of that letter
-    in either case. */
+/** The characters in one number, with letters as lower case. Setting bit 0x20 gives a lower-case letter only for that
+    letter in either case. */
 constexpr std::uint32_t keyOf(std::string_view name) {
     const auto at = [&](std::size_t i) { return std::uint32_t{static_cast<unsigned char>(name[i])} << (8 * i); };
     switch (name.size()) {

@@ -20,7 +20,7 @@ public:
         return name == nullptr ? Oskan::Fallible<Transport>() : parseTransport(std::string_view(name));
     }
 
-    /** "UDP" or, with `lowerCase`, "udp"; "UNKNOWN" for a number that is no transport. The strings are constants that
-        live as long as the process. */
+    /** "UDP" or, with `lowerCase`, "udp"; "UNKNOWN" or "unknown" for a number that is not a transport. The strings are
+        constants that live as long as the process. */
     static const KxString& getTransportString(Transport transport, bool lowerCase = false);
 };

@@ -10,7 +10,7 @@ namespace {
 constexpr KxCharSet kLineEnd("\n");
 constexpr KxCharSet kWordEnd(" \t\r\n");
 
-/** The rest of the line without its line end, both consumed. */
+/** Consumes the rest of the line and its line end; returns the line without the line end. */
 std::string_view takeLine(KxInputStream& in, KxScannedText& scanned) {
     KxStreamTokenizer::sDiscardWhite(in);
     std::string_view line = scanned.until(in, kLineEnd);
@@ -31,7 +31,7 @@ bool copyOut(std::string_view text, char* buffer, std::size_t size) {
     return kept == text.size();
 }
 
-/** Copies the token that lies ahead and consumes nothing; `at` becomes the place in the window behind what was copied. */
+/** Copies the next token without consuming it; sets `at` to the place in the window after the text that was copied. */
 bool copyToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size, std::size_t& at) {
     const auto next = [&] {
         return at < in.window().size() || in.extendWindow() ? static_cast<unsigned char>(in.window()[at]) : -1;

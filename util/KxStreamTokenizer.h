@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Reads tokens, lines and numbers from a stream. White space is blanks and tabs; lines end with LF, and a CR before it
-    belongs to the line end. Nothing here throws but for want of memory. */
+/** Reads tokens, lines and numbers from a stream. White space is blanks and tabs. Lines end with LF; a CR before the LF
+    belongs to the line end. These functions throw only when there is no memory. */
 class KX_UTIL_API KxStreamTokenizer {
 public:
     KxStreamTokenizer() = delete;
@@ -23,28 +23,28 @@ public:
         return c;
     }
 
-    /** Consumes the rest of the line with its line end. */
+    /** Consumes the rest of the line and its line end. */
     static void sDiscardLine(KxInputStream& in);
 
-    /** The rest of the line from its first non-white character, without the line end, which is consumed. */
+    /** Reads the rest of the line, without leading white space. The line end is consumed but not returned. */
     static KxString sGetLine(KxInputStream& in);
-    /** As above into a buffer of `size` bytes, NUL included; false when it does not fit (the line is consumed all the
-        same, the buffer holds what fits) or when the stream is at its end (the buffer is empty then). */
+    /** As above, into a buffer of `size` bytes including the NUL. Returns false when the line does not fit (the buffer
+        holds what fits, and the whole line is consumed) or when the stream is at its end (the buffer is then empty). */
     static bool sGetLine(KxInputStream& in, char* buffer, std::size_t size);
 
-    /** Skips white space; the characters up to the first delimiter, which stays unread, or the end. */
+    /** Skips white space and reads the characters up to the first delimiter, which stays unread, or to the end. */
     static KxString sGetToken(KxInputStream& in, const KxCharSet& delimiters);
     static KxString sGetToken(KxInputStream& in, const char* delimiters) {
         return sGetToken(in, KxCharSet(delimiters));
     }
-    /** As above into a buffer of `size` bytes, NUL included; false when the token does not fit (what does not is
-        unread) or the stream is at its end (the buffer is empty then). */
+    /** As above, into a buffer of `size` bytes including the NUL. Returns false when the token does not fit (its rest
+        stays unread) or when the stream is at its end (the buffer is then empty). */
     static bool sGetToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size);
-    /** As sGetToken, and the stream stays where it was; its mark, too. */
+    /** As sGetToken, but the position of the stream and its mark do not change. */
     static bool sPeekToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std::size_t size);
 
-    /** Skips white space and reads decimal digits; 0 when there are none (what stands there stays unread), 4294967295
-        when the number is larger. */
+    /** Skips white space and reads decimal digits. Returns 0 when there are none (the next character stays unread), and
+        4294967295 when the number is larger. */
     static std::uint32_t sGetUnsigned(KxInputStream& in) {
         int c = sDiscardWhite(in);
         std::uint64_t value = 0;
@@ -58,10 +58,11 @@ public:
         return static_cast<std::uint32_t>(value);
     }
 
-    /** Skips white space; where a double quote stands, the text up to the closing one (consumed), "\x" giving x; empty
-        where none stands. An open string ends with the stream. */
+    /** Skips white space and reads a quoted text. Returns the text between the double quotes, with "\x" read as x; the
+        closing quote is consumed. Returns an empty text when there is no double quote. A text without a closing quote
+        ends with the stream. */
     static KxString sGetQuote(KxInputStream& in);
 };
 
-/** Reads a word: skips white space, takes the characters up to the next white space or line end. */
+/** Reads a word: skips white space and takes the characters up to the next white space or line end. */
 KX_UTIL_API KxInputStream& operator>>(KxInputStream& in, KxString& word);

@@ -6,8 +6,8 @@
 #include <iosfwd>
 #include <string_view>
 
-/** The string value of the library: a handle to a KxStringBuffer that nobody changes any more. Copying shares it. A nil
-    string reads as the empty one everywhere. Equality and order go byte by byte. */
+/** The string value of the library: a handle to a KxStringBuffer that is no longer changed. Copies share the buffer. A
+    nil string reads as empty everywhere. Strings compare byte by byte. */
 class KX_UTIL_API KxString {
 public:
     constexpr KxString() = default;
@@ -27,25 +27,25 @@ public:
     operator std::string_view() const { return view(); }
     char operator[](std::size_t index) const { return view()[index]; }
 
-    /** The buffer, shared; nil for a nil string. Text that is a constant of the library is copied first, and the copy
-        is the string's from then on. */
+    /** The buffer, shared with the string; nil for a nil string. If the text is a constant of the library, it is copied
+        first, and the string then holds the copy. */
     KxHandle<KxStringBuffer> getBuffer();
-    /** As above; but a copy of a constant is the caller's alone. */
+    /** As above, but the copy of a constant belongs to the caller only. */
     KxHandle<KxStringBuffer> getBuffer() const { return KxString(*this).getBuffer(); }
-    /** Whether the two have one buffer, or constant. */
+    /** Whether the two strings have the same buffer or constant. */
     bool sharesWith(const KxString& other) const { return m_buffer == other.m_buffer; }
 
     int compareWith(std::string_view other) const { return KxAscii::compare(view(), other); }
     int compareNoCase(std::string_view other) const { return KxAscii::compareNoCase(view(), other); }
     bool equalsNoCase(std::string_view other) const { return KxAscii::equalsNoCase(view(), other); }
-    /** Where `text` stands at or behind `start`; -1 when absent. */
+    /** The first position of `text` from `start` on; -1 when absent. */
     std::ptrdiff_t indexOf(std::string_view text, std::size_t start = 0) const;
     KxString substr(std::size_t start, std::size_t length) const;
     KxString trimmed() const { return KxString(KxAscii::trim(view())); }
     KxString upper() const;
     KxString lower() const;
 
-    /** Appends; a buffer that is shared is copied first. */
+    /** Appends the text; a shared buffer is copied first. */
     KxString& append(std::string_view text);
     KxString& operator+=(std::string_view text) { return append(text); }
 
@@ -60,7 +60,7 @@ protected:
     explicit constexpr KxString(KxStringBuffer* constant) : m_buffer(constant, KxUncounted{}) {}
 
 private:
-    /** A buffer that only this string holds, with room for `capacity` characters. */
+    /** Returns a buffer that only this string holds; a new one has room for `capacity` characters. */
     KxStringBuffer& own(std::size_t capacity);
 
     KxHandle<KxStringBuffer> m_buffer;
@@ -68,8 +68,8 @@ private:
 
 KX_UTIL_API std::ostream& operator<<(std::ostream& out, const KxString& text);
 
-/** Where the constant of a KxConstString stands. Never destroyed, so that it reads well in the static destructors of
-    the host. */
+/** Holds the constant of a KxConstString. Never destroyed, so that the static destructors of the host can still read
+    it. */
 class KxConstStringStorage {
 protected:
     constexpr KxConstStringStorage(const char* literal, std::size_t length) : m_room(literal, length) {}
@@ -83,14 +83,14 @@ protected:
     Room m_room;
 };
 
-/** A string constant over a literal: made at compile time, never counted, never freed. Always `constinit`:
+/** A string constant made from a literal at compile time; never counted, never freed. Always `constinit`:
     `constinit const KxConstString KxSipViaHeader::sToken{"Via"};` */
 class KX_UTIL_API KxConstString final : private KxConstStringStorage, public KxString {
 public:
     template <std::size_t N>
     constexpr KxConstString(const char (&literal)[N])
         : KxConstStringStorage(literal, N - 1), KxString(&m_room.constant) {}
-    /** The constant itself, which nothing may change. */
+    /** The constant itself, which must not be changed. */
     KxStringBuffer* constant() { return &m_room.constant; }
     KxConstString(const KxConstString&) = delete;
     KxConstString& operator=(const KxConstString&) = delete;

@@ -23,8 +23,8 @@ void KxStringBuffer::operator delete(void* block) {
     Oskan::NoSizeMemAllocator::deallocate(block, s_account);
 }
 
-/** What `delete this` does, without asking the object what it is; text of its own is all that needs more than the block
-    given back. */
+/** Does what `delete this` does, without a virtual call. Apart from the block itself, only text outside the block has
+    to be freed. */
 void KxStringBuffer::destroySelf() {
     if ((m_capacity & kOutside) != 0) {
         freeOutside();
@@ -36,7 +36,7 @@ void KxStringBuffer::throwTooLong() {
     KxException::sThrow("text too long for a string");
 }
 
-/** The length, if a string may have it. */
+/** Returns the length; throws if it is too long for a string. */
 inline std::size_t KxStringBuffer::checked(std::size_t length) {
     if (length > kLongest) {
         throwTooLong();
@@ -46,7 +46,7 @@ inline std::size_t KxStringBuffer::checked(std::size_t length) {
 
 template <class... Args>
 inline KxStringBuffer* KxStringBuffer::create(std::size_t capacity, Args... args) {
-    // whole 8-byte steps, so that what the pool rounds up to is room for text
+    // a multiple of 8 bytes, so that the bytes that the pool would add are room for text
     static_assert(sizeof(KxStringBuffer) == 32);
     const std::size_t block = std::max(sizeof(KxStringBuffer), (kTextOffset + capacity + 1 + 7) & ~std::size_t{7});
     void* const place = s_account.allocate(block);
@@ -144,7 +144,7 @@ void KxStringBuffer::assign(const char* text) {
 
 void KxStringBuffer::assign(const char* text, std::size_t length) {
     if (length > capacity()) {
-        const KxHandle<KxStringBuffer> copy = sCreate(text, length); // `text` may lie in this very buffer
+        const KxHandle<KxStringBuffer> copy = sCreate(text, length); // `text` may lie in this buffer
         grow(length);
         std::memcpy(this->text(), copy->c_str(), length);
     } else if (length != 0) {

@@ -13,12 +13,12 @@
 
 class KxInputStream;
 
-/** The character buffer behind strings: counter, length and text in one block, the text always NUL-terminated. A
-    buffer that outgrows its block moves its text to the heap and keeps its identity. Not locked: one thread changes it
-    while nobody else reads. At most 2 GiB of text; more throws KxException. */
+/** The character buffer of strings: counter, length and text in one block. The text is always NUL-terminated. If the
+    text becomes too long for the block, it moves to the heap; the object keeps its address. Not locked: while a thread
+    changes it, no other thread may use it. Text of more than 2 GiB throws KxException. */
 class KX_UTIL_API KxStringBuffer final : public KxObject {
 public:
-    /** A new buffer holding `length` bytes of `text` (may be null: then zeros) with room for `capacity` characters. */
+    /** A new buffer with `length` bytes of `text` (zeros if it is null) and with room for `capacity` characters. */
     static KxHandle<KxStringBuffer> sCreate(const char* text, std::size_t length, std::size_t capacity = 0);
 
     KxStringBuffer(const KxStringBuffer&) = delete;
@@ -45,7 +45,7 @@ public:
     const char* c_str() const { return (m_capacity & kOutside) != 0 ? m_tail.outside.text : inlineText(); }
     std::size_t length() const { return m_length; }
     bool empty() const { return m_length == 0; }
-    /** Characters that fit without growing. */
+    /** The number of characters that fit without growing. */
     std::size_t capacity() const { return m_capacity & ~kOutside; }
     std::string_view view() const { return {c_str(), m_length}; }
 
@@ -54,25 +54,25 @@ public:
     void append(const char* text, std::size_t length);
     void append(const KxStringBuffer& other) { append(other.c_str(), other.length()); }
 
-    /** Byte by byte; negative, zero or positive. Null reads as empty. */
+    /** Compares byte by byte; returns a negative number, zero or a positive number. Null reads as empty. */
     int compareWith(const char* text) const;
-    /** As above, ASCII letters alike in either case. */
+    /** As above, but ignores the case of ASCII letters. */
     int compareNoCase(const char* text) const;
-    /** Where `text` stands at or behind `start`; -1 when absent. */
+    /** The first position of `text` from `start` on; -1 when absent. */
     std::ptrdiff_t indexOf(const char* text, std::size_t start = 0) const;
-    /** A new buffer of at most `length` characters from `start`; empty where there are none. */
+    /** A new buffer of at most `length` characters from `start`; empty when there are none. */
     KxHandle<KxStringBuffer> substr(std::size_t start, std::size_t length) const;
     /** Drops leading and trailing white space. */
     void trim();
     void toUpper();
     void toLower();
 
-    /** Room for `capacity` characters to write to; the length stands still until releaseBuffer. */
+    /** Returns room for `capacity` characters to write to; the length does not change until releaseBuffer. */
     char* lockBuffer(std::size_t capacity);
-    /** Sets the length (cut to the capacity) and the terminating NUL. */
+    /** Sets the length (at most the capacity) and the terminating NUL. */
     void releaseBuffer(std::size_t finalLength);
 
-    /** Replaces the text by up to `count` bytes of the stream; returns how many there were. */
+    /** Replaces the text with up to `count` bytes of the stream; returns how many there were. */
     std::size_t read(KxInputStream& in, std::size_t count);
     /** Replaces the text: skips leading white space, then takes the characters up to the first delimiter, which stays
         unread, or to the end. Returns the length. */
@@ -89,14 +89,14 @@ private:
     static constexpr std::uint32_t kOutside = 0x80000000U;
     static constexpr std::size_t kLongest = kOutside - 64;
 
-    /** A constant over a literal. */
+    /** A constant made from a literal. */
     constexpr KxStringBuffer(const char* literal, std::size_t length, Immortal immortal)
         : KxObject(immortal),
           m_length(static_cast<std::uint32_t>(length)),
           m_capacity(static_cast<std::uint32_t>(length) | kOutside),
           m_tail(literal) {}
     explicit KxStringBuffer(std::uint32_t capacity) : m_length(0), m_capacity(capacity) {}
-    /** With one reference; the text is still to be written. */
+    /** Made with one reference; the caller has still to write the text. */
     KxStringBuffer(std::uint32_t capacity, std::size_t length, Held held)
         : KxObject(held), m_length(static_cast<std::uint32_t>(length)), m_capacity(capacity) {}
 
@@ -111,7 +111,7 @@ private:
 
     char* inlineText() { return reinterpret_cast<char*>(this) + kTextOffset; }
     const char* inlineText() const { return reinterpret_cast<const char*>(this) + kTextOffset; }
-    /** The text to change. Constants are shared by the whole process; KxString hands out copies of them. */
+    /** The text for writing. Constants are shared by the whole process; KxString hands out copies of them. */
     char* text() {
         OSKAN_ASSERT(!isImmortal());
         return const_cast<char*>(c_str());
@@ -130,12 +130,12 @@ private:
     union Tail {
         Tail() {}
         explicit constexpr Tail(const char* literal) : outside{0, literal} {}
-        char first[sizeof(Outside)]; // the text begins here and runs on to the end of the block
+        char first[sizeof(Outside)]; // the text begins here and may extend to the end of the block
         Outside outside;
     };
 
     static constexpr std::size_t kTextOffset = 20; // of m_tail
     std::uint32_t m_length;
-    std::uint32_t m_capacity; // of the text without its NUL; with kOutside set the text stands elsewhere
+    std::uint32_t m_capacity; // of the text without its NUL; if kOutside is set, the text is outside the block
     Tail m_tail;
 };

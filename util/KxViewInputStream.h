@@ -2,11 +2,11 @@
 
 #include "util/KxInputStream.h"
 
-/** Somebody else's bytes as a stream; they must outlive it and stay as they are. */
+/** A whole stream over bytes that it does not own. They must outlive the stream and must not change. */
 class KX_UTIL_API KxViewInputStream final : public KxInputStream {
 public:
     explicit KxViewInputStream(std::string_view bytes) : KxViewInputStream(bytes, bytes.data() + bytes.size()) {}
-    /** The bytes that lie behind those of the stream, up to `readable`, may be loaded too. */
+    /** The bytes after those of the stream, up to `readable`, may be loaded too. */
     KxViewInputStream(std::string_view bytes, const char* readable)
         : KxInputStream(bytes.data(), bytes.data() + bytes.size(), readable) {}
 

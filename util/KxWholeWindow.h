@@ -3,15 +3,16 @@
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxLineEnd.h"
 
-/** Runs `parse` over a stream whose window holds the whole line, continuation lines included: over `in` itself when it
-    is whole, else over a view of what was looked ahead, after which `in` is moved on by what the parser took (also when
-    it throws). So grammars that work on slices of text need only one form. Returns what `parse` returns. */
+/** Calls `parse` with a stream whose window holds the whole line, including continuation lines, and returns what
+    `parse` returns. If `in` is whole, the stream is `in` itself. Otherwise it is a view of the line; afterwards (also
+    when `parse` throws) `in` is advanced by the bytes that `parse` consumed. So a grammar that works on slices of text
+    needs only one form. */
 template <class Parse>
 auto KxWithWholeWindow(KxInputStream& in, Parse&& parse) {
     if (in.isWhole()) {
         return parse(in);
     }
-    std::size_t searched = 0; // the line ends nowhere before; what follows a last LF decides on that one
+    std::size_t searched = 0; // the line does not end before this; a last LF depends on the character after it
     std::size_t end = KxUnfoldedLineEnd(in.window());
     while (end == std::string_view::npos) {
         const std::size_t known = in.window().size();

@@ -23,7 +23,7 @@ KxStringBuffer* word() {
     return s_word<kLiteral>.constant();
 }
 
-/** Made when the library is loaded; strings made before that are copied like any other text. */
+/** Filled when the library is loaded; a string made before that is copied like any other text. */
 KxStringBuffer* const s_words[] = {
     // methods
     word<"">(),
@@ -190,11 +190,11 @@ KxStringBuffer* const s_words[] = {
 };
 
 constexpr std::size_t kWordCount = std::size(s_words);
-constexpr std::size_t kLongestWord = 13; // longer texts are seldom words: they are not looked up
+constexpr std::size_t kLongestWord = 13; // longer texts are rarely words, and are not looked up
 constexpr int kBucketBits = 9;
 constexpr std::size_t kWays = 2;
 
-/** The words by their ends; a bucket holds up to two. */
+/** The words by their KxBytes::Ends; a bucket holds up to two. */
 struct Table {
     struct Way {
         KxBytes::Ends ends{"", 0};

@@ -6,8 +6,8 @@
 
 class KxStringBuffer;
 
-/** Words that recur in signalling traffic: methods, option tags, transports, parameter names and values. Strings made
-    of one of them share one constant instead of a block each. Adding a word here changes nothing but the cost. */
+/** Words that are frequent in signalling traffic: methods, option tags, transports, parameter names and values. Strings
+    with the same word share one constant, and need no block of their own. A new word changes only the cost. */
 namespace KxWords {
 
 /** The constant for exactly this text, or null. */

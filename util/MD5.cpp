@@ -36,7 +36,7 @@ inline void store(void* to, std::uint32_t word) {
     __builtin_memcpy(to, &word, sizeof word);
 }
 
-/** Step `kStep` of 64. The registers stay where they are and change their parts from step to step. */
+/** Step `kStep` of 64. The registers are not moved; instead their roles change from step to step. */
 template <std::size_t kStep>
 [[gnu::always_inline]] inline void step(std::uint32_t (&r)[4], const char* block) {
     constexpr std::size_t kRound = kStep / 16;
@@ -51,7 +51,7 @@ template <std::size_t kStep>
     if constexpr (kRound == 0) {
         a += d ^ (b & (c ^ d));
     } else if constexpr (kRound == 1) {
-        a += (d & b) + (~d & c); // no bit is in both
+        a += (d & b) + (~d & c); // no bit is set in both
     } else if constexpr (kRound == 2) {
         a += b ^ (c ^ d);
     } else {

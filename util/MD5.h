@@ -9,14 +9,14 @@
 #include <cstdint>
 #include <string_view>
 
-/** MD5 (RFC 1321), as digest authentication needs it (RFC 2617). No defence against forgery by itself.
+/** MD5 (RFC 1321), as digest authentication needs it (RFC 2617). MD5 alone does not protect against forgery.
 
         MD5 sum;
         sum.update("alice:");
         sum.update(realm);
         const MD5::Raw digest = sum.finish();
 
-    An object is used by one thread at a time. Nothing but digest() allocates. */
+    An object is to be used by one thread at a time. Only digest() allocates. */
 class KX_UTIL_API MD5 {
 public:
     struct Raw {
@@ -25,12 +25,12 @@ public:
         std::string_view view() const { return {reinterpret_cast<const char*>(bytes), sizeof bytes}; }
     };
 
-    /** The 16 bytes of the digest as a new array. Nil is digested as no bytes. */
+    /** The 16 bytes of the digest as a new array. Nil reads as empty. */
     static KxHandle<KxByteArray> digest(const KxHandle<KxByteArray>& bytes);
-    /** The digest of text in one piece. */
+    /** The digest of a text given in one piece. */
     static Raw digestOf(std::string_view text);
 
-    /** The digest of the pieces together; up to 2^61 bytes. */
+    /** Adds a piece to the text of the digest; up to 2^61 bytes in all. */
     void update(std::string_view piece) {
         const std::size_t waiting = m_length % kBlock;
         if (piece.size() < kBlock - waiting) {
@@ -40,16 +40,16 @@ public:
             updateBlocks(piece);
         }
     }
-    /** The digest of all pieces; the object then begins anew. */
+    /** Returns the digest of all pieces. The object can then be used for another digest. */
     Raw finish();
 
 private:
     static constexpr std::size_t kBlock = 64;
     static constexpr std::array<std::uint32_t, 4> kStart{0x67452301U, 0xEFCDAB89U, 0x98BADCFEU, 0x10325476U};
 
-    /** As update, for a piece that fills a block. */
+    /** As update, for a piece that completes at least one block. */
     void updateBlocks(std::string_view piece);
-    /** Takes `count` whole blocks. */
+    /** Adds `count` whole blocks. */
     static void addBlocks(std::array<std::uint32_t, 4>& state, const char* bytes, std::size_t count);
 
     std::array<std::uint32_t, 4> m_state = kStart;

@@ -1,5 +1,5 @@
 #pragma once
 
-/** Marks what libkxutil exports. The libraries are built with hidden visibility; a type that is thrown,
-    caught or downcast across a library border carries the mark as well. */
+/** Marks what libkxutil exports. The libraries are built with hidden visibility. A type that is thrown, caught or
+    downcast across a library boundary needs the mark too. */
 #define KX_UTIL_API __attribute__((visibility("default")))
