@@ -135,7 +135,7 @@ private:
         single ? m_message->addSingleHeader(header, first) : m_message->addHeader(header, first);
         same("a header is added where it belongs", plain.withoutBody().written(),
              PlainMessage(*m_message).withoutBody().written()); // a Content-Length determines how much body is written
-        if (!single) { // the header is part of the message now: nothing is added if it is the first of its kind, else a copy
+        if (!single) { // part of the message now: the first of its kind changes nothing, any other is copied
             const bool again = with % 2 != 0;
             if (!(m_message->getHeaderByID(header->getHeaderID()) == header)) {
                 plain.add(*header, again, true);
