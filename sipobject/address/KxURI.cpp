@@ -189,7 +189,8 @@ inline KxSipFault KxURI::sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<K
 /** Reads a URI whose scheme does not begin with "sip" or "tel". */
 KxSipFault KxURI::sReadOther(KxInputStream& in, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri) {
     KxHandle<KxURI> read = sConstruct(scheme);
-    if (typeid(*read) == typeid(KxURI)) {
+    const KxURI& made = *read;
+    if (typeid(made) == typeid(KxURI)) {
         return sReadAs(in, std::move(read), uri);
     }
     read->m_standalone = standalone;
