@@ -121,6 +121,9 @@ private:
     template <bool kTraced>
     static KxSipFault sMake(const Line& line, KxHandle<KxSipHeader>& header);
 
+    /** As serialize, within an operation that is open. */
+    void serializeLines(KxOutputStream& out) const;
+
     bool isInMessage() const { return m_inMessage.load(std::memory_order_relaxed); }
     void setInMessage(bool isPart) { m_inMessage.store(isPart, std::memory_order_relaxed); }
     /** Makes the value, which must be free, part of a message, and its chain with it where all of that is free; else
