@@ -22,7 +22,7 @@ namespace {
 using Impl = log4cplus::spi::LoggerImpl;
 
 /** log4cplus tells nobody of a level or an appender that changes, so every operation has to look at all loggers. Its
-    public interface copies the appenders of a logger under a lock, which would cost a tenth of reading a message;
+    public interface copies the appenders of a logger under a lock, which would cost a fifth of reading a message;
     here they are read where they are, without a lock, as log4cplus itself reads the levels. */
 struct Appenders : Impl {
     Appenders() = delete;
