@@ -122,8 +122,9 @@ struct ClassLoggers::Group {
             levels &= now.getLogLevel();
             appenders |= Appenders::sEnd(now);
         }
-        if (levels == kNotSet && appenders == 0) [[likely]]
-            return true;
+        return (levels == kNotSet && appenders == 0) || hasSeenValues();
+    }
+    [[gnu::noinline]] bool hasSeenValues() const {
         int otherLevel = 0;
         std::uintptr_t otherAppender = 0;
 #pragma GCC unroll 16
