@@ -55,6 +55,7 @@ private:
     const char* m_className;
     mutable std::atomic<int> m_level{kNotMade}; ///< The lowest enabled level.
     mutable std::atomic<Logger*> m_logger{nullptr};
+    mutable const AceCleanupLogger* m_nextOwner{nullptr}; ///< Of the same log4cplus logger.
 
     static constexpr int kNotMade = -2147483647 - 1;
 };

@@ -2,35 +2,54 @@
 
 #include "core/Exception.h"
 #include "core/ForkLock.h"
-#include "core/Log4cplusAccess.h"
-#include "core/PooledLoggerImpl.h"
 
 #include <ace/Object_Manager.h>
 #include <log4cplus/hierarchy.h>
+#include <log4cplus/spi/loggerimpl.h>
 
 #include <algorithm>
 #include <atomic>
 #include <climits>
-#include <deque>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 
 namespace Oskan {
 
 namespace {
 
+using Impl = log4cplus::spi::LoggerImpl;
+
+/** log4cplus tells nobody of a level or an appender that changes, so every operation has to look at all loggers. Its
+    public interface copies the appenders of a logger under a lock, which would cost a fifth of reading a message;
+    here they are read where they are, without a lock, as log4cplus itself reads the levels. */
+struct Appenders : Impl {
+    Appenders() = delete;
+    /** The end of the list, which moves when the first one is added and when the last one is removed; 0 before. */
+    __attribute__((no_sanitize("thread"))) static std::uintptr_t sEnd(const Impl& impl) {
+        return reinterpret_cast<std::uintptr_t>(std::to_address((impl.*(&Appenders::appenderList)).end()));
+    }
+    __attribute__((no_sanitize("thread"))) static bool sHasOne(const Impl& impl) {
+        return !(impl.*(&Appenders::appenderList)).empty();
+    }
+};
+struct Handle : log4cplus::Logger {
+    Handle() = delete;
+    static const Impl* sImpl(const log4cplus::Logger& logger) { return logger.*(&Handle::value); }
+};
+
 constexpr int kReleased = INT_MAX;   ///< As a cached level: nothing is logged any more.
 constexpr int kUnread = INT_MAX - 1; ///< As a cached level: no appender would get a record.
+constexpr int kNotSet = log4cplus::NOT_SET_LOG_LEVEL;
+static_assert(kNotSet == -1);
 constexpr int kNothingDisabled = -1;
 
 constinit std::mutex s_mutex; ///< Guards making, updating and releasing.
 const ForkLockOf<s_mutex> s_forkLock{ForkLock::Order::Loggers};
 constinit bool s_released = false;
 
-// What the poll reads, and what it compares with. Written under the mutex, after the cached levels.
-constinit std::atomic<log4cplus::Hierarchy*> s_hierarchy{nullptr};
-constinit std::atomic<std::size_t> s_slots{0};
-constinit std::atomic<unsigned> s_appenderChanges{0};
-constinit std::atomic<int> s_disabled{kNothingDisabled};
+constinit std::atomic<int> s_disabled{kNothingDisabled}; ///< What the cached levels were computed from.
 
 /** The highest level that the hierarchy disables, as if levels went no further than Off. */
 int disabledUpTo(log4cplus::Hierarchy& hierarchy) {
@@ -50,41 +69,120 @@ bool isDisabledUpTo(log4cplus::Hierarchy& hierarchy, int level) {
 
 } // namespace
 
-/** A logger that has a say in a class logger's level: its own, an ancestor's, the root. */
+/** A logger that has a say in the level of a class: its own, an ancestor's, the root. */
 struct ClassLoggers::Node {
-    log4cplus::Logger logger;
-    Log4cplusAccess::Impl* impl;
-    Node* parent;
-    std::size_t slot; ///< Of a pooled logger, which is polled there.
-    // Of a logger that is polled singly: the next one, and what was last seen.
-    Node* nextPolled = nullptr;
-    std::atomic<int> level{log4cplus::NOT_SET_LOG_LEVEL};
-    std::atomic<const void*> appendersEnd{nullptr};
+    // What refreshLogLevels reads: the logger, and what the cached levels were computed from. Written after them.
+    std::atomic<const Impl*> impl{nullptr};
+    std::atomic<int> level{kNotSet};
+    std::atomic<std::uintptr_t> appendersEnd{0};
+
+    Logger logger;
+    const Node* parent = nullptr;
+    const AceCleanupLogger* owners = nullptr; ///< The first; several files may name one class.
 
     // Of the update that is under way.
-    int ownLevel = 0;
-    const void* ownAppendersEnd = nullptr;
+    int ownLevel = kNotSet;
+    std::uintptr_t ownAppendersEnd = 0;
     int chainedLevel = 0;
     bool isRead = false;
 
-    Node(const log4cplus::Logger& l, Node* p)
-        : logger(l), impl(Log4cplusAccess::sImpl(l)), parent(p), slot(PooledLoggerImpl::sSlotOf(impl)) {}
+    bool isAsSeen() const {
+        const Impl& now = *impl.load(std::memory_order_relaxed);
+        return now.getLogLevel() == level.load(std::memory_order_acquire) &&
+               Appenders::sEnd(now) == appendersEnd.load(std::memory_order_acquire);
+    }
+    void look();
 };
 
-struct ClassLoggers::ClassLogger {
-    const AceCleanupLogger* owner;
-    const Node* node;
-    Logger logger;
+/** Nodes that are looked at together, in two instructions each while there is no appender at all, and three while none
+    has a level or an appender of its own, which is the usual case. */
+struct ClassLoggers::Group {
+    static constexpr std::size_t kNodes = 16;
+
+    Node nodes[kNodes]; ///< Those not used yet refer to the logger of the first one.
+    std::size_t used = 0;
+    std::atomic<int> seenLevels{kNotSet};         ///< Of all nodes, and-ed.
+    std::atomic<std::uintptr_t> seenAppenders{0}; ///< Of all nodes, or-ed.
+    std::atomic<Group*> next{nullptr};
+
+    bool hasNoAppender() const {
+        std::uintptr_t appenders = 0;
+#pragma GCC unroll 16
+        for (const Node& node : nodes)
+            appenders |= Appenders::sEnd(*node.impl.load(std::memory_order_relaxed));
+        return appenders == 0;
+    }
+
+    bool isAsSeen() const {
+        int levels = seenLevels.load(std::memory_order_acquire);
+        std::uintptr_t appenders = seenAppenders.load(std::memory_order_acquire);
+#pragma GCC unroll 16
+        for (const Node& node : nodes) {
+            const Impl& now = *node.impl.load(std::memory_order_relaxed);
+            levels &= now.getLogLevel();
+            appenders |= Appenders::sEnd(now);
+        }
+        return (levels == kNotSet && appenders == 0) || hasSeenValues();
+    }
+    [[gnu::noinline]] bool hasSeenValues() const {
+        int otherLevel = 0;
+        std::uintptr_t otherAppender = 0;
+#pragma GCC unroll 16
+        for (const Node& node : nodes) {
+            const Impl& now = *node.impl.load(std::memory_order_relaxed);
+            otherLevel |= now.getLogLevel() ^ node.level.load(std::memory_order_acquire);
+            otherAppender |= Appenders::sEnd(now) ^ node.appendersEnd.load(std::memory_order_acquire);
+        }
+        return otherLevel == 0 && otherAppender == 0;
+    }
+    void publish();
 };
 
 /** Never destroyed, so that a thread that outlives main finds it. */
 struct ClassLoggers::State {
-    std::deque<Node> nodes; ///< Parents before children.
-    std::deque<ClassLogger> classLoggers;
+    log4cplus::Hierarchy& hierarchy = log4cplus::Logger::getDefaultHierarchy();
+    Node root;
+    Group first;
+    Group* last = &first;
+    std::atomic<bool> anyIsRead{false}; ///< False while all cached levels are kUnread.
+
+    /** Whether the cached levels are those that would be computed now. While no record is read, levels don't matter. */
+    bool isAsSeen() const {
+        if (!anyIsRead.load(std::memory_order_acquire) && hasNoAppender())
+            return true;
+        if (!root.isAsSeen() || !isDisabledUpTo(hierarchy, s_disabled.load(std::memory_order_acquire)))
+            return false;
+        for (const Group* group = &first; group; group = group->next.load(std::memory_order_acquire)) {
+            if (!group->isAsSeen())
+                return false;
+        }
+        return true;
+    }
+    bool hasNoAppender() const {
+        if (Appenders::sEnd(*root.impl.load(std::memory_order_relaxed)) != 0)
+            return false;
+        for (const Group* group = &first; group; group = group->next.load(std::memory_order_acquire)) {
+            if (!group->hasNoAppender())
+                return false;
+        }
+        return true;
+    }
+
+    template <class Function>
+    void forEachGroup(Function function) {
+        for (Group* group = &first; group; group = group->next.load(std::memory_order_relaxed))
+            function(*group);
+    }
+    /** Parents come before children. */
+    template <class Function>
+    void forEachNode(Function function) {
+        function(root);
+        forEachGroup([&](Group& group) { std::for_each(group.nodes, group.nodes + group.used, function); });
+    }
 };
 
 constinit ClassLoggers::State* ClassLoggers::s_state = nullptr;
-constinit std::atomic<ClassLoggers::Node*> ClassLoggers::s_polled{nullptr};
+constinit std::atomic<ClassLoggers::State*> ClassLoggers::s_watched{nullptr};
 
 namespace {
 
@@ -103,131 +201,132 @@ const ReleaseAtUnload s_releaseAtUnload;
 
 } // namespace
 
+/** Reads the level once, so that what is published is what the cached levels were computed from. */
+void ClassLoggers::Node::look() {
+    const Impl& now = *impl.load(std::memory_order_relaxed);
+    ownLevel = now.getLogLevel();
+    ownAppendersEnd = Appenders::sEnd(now);
+    chainedLevel = parent && ownLevel == kNotSet ? parent->chainedLevel : ownLevel;
+    // Additivity is ignored: a record too many is dropped when it is logged.
+    isRead = Appenders::sHasOne(now) || (parent && parent->isRead);
+}
+
+void ClassLoggers::Group::publish() {
+    int levels = kNotSet;
+    std::uintptr_t appenders = 0;
+    for (std::size_t i = 0; i < kNodes; ++i) {
+        const Node& node = nodes[i < used ? i : 0];
+        nodes[i].level.store(node.ownLevel, std::memory_order_release);
+        nodes[i].appendersEnd.store(node.ownAppendersEnd, std::memory_order_release);
+        levels &= node.ownLevel;
+        appenders |= node.ownAppendersEnd;
+    }
+    seenLevels.store(levels, std::memory_order_release);
+    seenAppenders.store(appenders, std::memory_order_release);
+}
+
 Logger& ClassLoggers::sNone() {
     static Logger none;
     return none;
 }
 
-void ClassLoggers::sMake(const AceCleanupLogger& logger) noexcept {
+void ClassLoggers::sMake(const AceCleanupLogger& owner) noexcept {
     try {
         const std::lock_guard lock(s_mutex);
-        if (s_released)
-            logger.m_level.store(kReleased, std::memory_order_relaxed);
-        else if (!logger.m_logger.load(std::memory_order_relaxed))
-            sMakeLocked(logger);
+        if (s_released) {
+            owner.m_level.store(kReleased, std::memory_order_relaxed);
+        } else if (!owner.m_logger.load(std::memory_order_relaxed)) {
+            State& state = sState();
+            Node& node = sNodeNamed(state, owner.getName());
+            owner.m_nextOwner = node.owners;
+            node.owners = &owner;
+            owner.m_logger.store(&node.logger, std::memory_order_release);
+            sUpdateLocked(state);
+        }
     } catch (...) {
         // Tried again at the next use.
     }
 }
 
-void ClassLoggers::sMakeLocked(const AceCleanupLogger& logger) {
-    State& state = sState();
-    const Node* const node = sNodeNamed(state, logger.getName());
-    state.classLoggers.push_back({&logger, node, Logger(node->logger)});
-    logger.m_logger.store(&state.classLoggers.back().logger, std::memory_order_release);
-    sUpdateLocked(state);
-}
-
 ClassLoggers::State& ClassLoggers::sState() {
     if (s_state)
         return *s_state;
-    log4cplus::Hierarchy& hierarchy = log4cplus::Logger::getDefaultHierarchy();
+    log4cplus::Logger::getDefaultHierarchy(); // Made before ACE's object manager, to outlive it.
     ACE_Object_Manager::instance();
     if (ACE_Object_Manager::at_exit(&s_mutex, releaseAtExit, nullptr, "Oskan::ClassLoggers") != 0) {
         s_released = true; // The process is about to end.
         throw Exception("no logger is made while the process ends");
     }
     s_state = new State;
-    sAddNode(*s_state, log4cplus::Logger::getRoot(), nullptr);
-    s_hierarchy.store(&hierarchy, std::memory_order_release);
+    s_state->root.logger = Logger(log4cplus::Logger::getRoot());
+    s_state->root.impl.store(Handle::sImpl(s_state->root.logger.m_logger), std::memory_order_relaxed);
     return *s_state;
 }
 
 /** Makes the ancestors too, so that a host that configures one later configures the one that is watched. */
-ClassLoggers::Node* ClassLoggers::sNodeNamed(State& state, const std::string& name) {
+ClassLoggers::Node& ClassLoggers::sNodeNamed(State& state, const std::string& name) {
     const std::size_t dot = name.rfind('.');
-    Node* const parent = dot == std::string::npos ? &state.nodes.front() : sNodeNamed(state, name.substr(0, dot));
-    PooledLoggerFactory factory;
-    const log4cplus::Logger logger = log4cplus::Logger::getInstance(name, factory);
-    for (Node& node : state.nodes) {
-        if (node.impl == Log4cplusAccess::sImpl(logger))
-            return &node;
+    const Node& parent = dot == std::string::npos ? state.root : sNodeNamed(state, name.substr(0, dot));
+    const Logger logger(name);
+    const Impl* const impl = Handle::sImpl(logger.m_logger);
+    Node* found = nullptr;
+    state.forEachNode([&](Node& node) { found = node.impl == impl ? &node : found; });
+    if (found)
+        return *found;
+    Group* const fresh = state.last->used == Group::kNodes ? new Group : nullptr;
+    Group& group = fresh ? *fresh : *state.last;
+    Node& node = group.nodes[group.used];
+    node.logger = logger;
+    node.parent = &parent;
+    for (Node* each = &node; each != group.nodes + (group.used == 0 ? Group::kNodes : group.used + 1); ++each)
+        each->impl.store(impl, std::memory_order_relaxed);
+    ++group.used;
+    if (fresh) {
+        state.last->next.store(fresh, std::memory_order_release);
+        state.last = fresh;
     }
-    return sAddNode(state, logger, parent);
+    return node;
 }
 
-ClassLoggers::Node* ClassLoggers::sAddNode(State& state, const log4cplus::Logger& logger, Node* parent) {
-    Node& node = state.nodes.emplace_back(logger, parent);
-    if (node.slot == PooledLoggerImpl::kSlots) {
-        node.nextPolled = s_polled.load(std::memory_order_relaxed);
-        s_polled.store(&node, std::memory_order_release);
-    }
-    return &node;
-}
-
-Logger& ClassLoggers::sGet(const AceCleanupLogger& logger) {
-    sMake(logger);
-    Logger* const made = logger.m_logger.load(std::memory_order_acquire);
+Logger& ClassLoggers::sGet(const AceCleanupLogger& owner) {
+    sMake(owner);
+    Logger* const made = owner.m_logger.load(std::memory_order_acquire);
     return made ? *made : sNone();
 }
 
-Logger ClassLoggers::sCopy(const AceCleanupLogger& logger) {
-    Logger& made = sGet(logger);
+Logger ClassLoggers::sCopy(const AceCleanupLogger& owner) {
+    Logger& made = sGet(owner);
     const std::lock_guard lock(s_mutex);
     return made;
 }
 
-[[gnu::always_inline]] inline bool ClassLoggers::sChanged() noexcept {
-    log4cplus::Hierarchy* const hierarchy = s_hierarchy.load(std::memory_order_acquire);
-    if (!hierarchy)
-        return false;
-    if (!PooledLoggerImpl::sHaveRememberedLevels(s_slots.load(std::memory_order_acquire)))
-        return true;
-    for (const Node* node = s_polled.load(std::memory_order_acquire); node; node = node->nextPolled) {
-        if (Log4cplusAccess::sOwnLevel(*node->impl) != node->level.load(std::memory_order_acquire) ||
-            Log4cplusAccess::sAppendersEnd(*node->impl) != node->appendersEnd.load(std::memory_order_acquire))
-            return true;
-    }
-    return PooledLoggerImpl::sAppenderChanges() != s_appenderChanges.load(std::memory_order_acquire) ||
-           !isDisabledUpTo(*hierarchy, s_disabled.load(std::memory_order_acquire));
-}
-
 void ClassLoggers::sUpdate() noexcept {
     const std::lock_guard lock(s_mutex);
-    if (!s_released && s_state)
+    if (!s_released)
         sUpdateLocked(*s_state);
 }
 
-/** Computes from levels read once, so that what the poll compares with is what the cached levels came from. */
 void ClassLoggers::sUpdateLocked(State& state) {
-    const unsigned appenderChanges = PooledLoggerImpl::sAppenderChanges();
-    const int disabled = disabledUpTo(*s_hierarchy.load(std::memory_order_relaxed));
-    for (Node& node : state.nodes) {
-        node.ownLevel = Log4cplusAccess::sOwnLevel(*node.impl);
-        node.ownAppendersEnd = Log4cplusAccess::sAppendersEnd(*node.impl);
-        const bool inherits = node.parent && node.ownLevel == log4cplus::NOT_SET_LOG_LEVEL;
-        node.chainedLevel = inherits ? node.parent->chainedLevel : node.ownLevel;
-        // Additivity is left out of it: a record too many is dropped when it is logged.
-        node.isRead = Log4cplusAccess::sHasAppender(*node.impl) || (node.parent && node.parent->isRead);
-    }
-    for (const ClassLogger& classLogger : state.classLoggers) {
-        const Node& node = *classLogger.node;
+    const int disabled = disabledUpTo(state.hierarchy);
+    bool anyIsRead = false;
+    state.forEachNode([&](Node& node) {
+        node.look();
+        anyIsRead = anyIsRead || node.isRead;
         const int level = node.isRead ? std::max(node.chainedLevel, disabled + 1) : kUnread;
-        classLogger.owner->m_level.store(level, std::memory_order_relaxed);
-    }
-    for (Node& node : state.nodes) {
-        if (node.slot != PooledLoggerImpl::kSlots)
-            PooledLoggerImpl::sRemember(node.slot, node.ownLevel);
-        node.appendersEnd.store(node.ownAppendersEnd, std::memory_order_release);
-        node.level.store(node.ownLevel, std::memory_order_release);
-    }
-    s_slots.store(PooledLoggerImpl::sUsed(), std::memory_order_release);
+        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner)
+            owner->m_level.store(level, std::memory_order_relaxed);
+    });
+    state.root.level.store(state.root.ownLevel, std::memory_order_release);
+    state.root.appendersEnd.store(state.root.ownAppendersEnd, std::memory_order_release);
+    state.forEachGroup([](Group& group) { group.publish(); });
     s_disabled.store(disabled, std::memory_order_release);
-    s_appenderChanges.store(appenderChanges, std::memory_order_release);
+    state.anyIsRead.store(anyIsRead, std::memory_order_release);
+    s_watched.store(&state, std::memory_order_release);
 }
 
 void refreshLogLevels() noexcept {
-    if (ClassLoggers::sChanged()) [[unlikely]]
+    const ClassLoggers::State* const state = ClassLoggers::s_watched.load(std::memory_order_acquire);
+    if (state && !state->isAsSeen()) [[unlikely]]
         ClassLoggers::sUpdate();
 }
 
@@ -237,14 +336,12 @@ bool ClassLoggers::sRelease() noexcept {
     s_released = true;
     if (!released)
         return false;
-    s_hierarchy.store(nullptr, std::memory_order_release);
-    s_polled.store(nullptr, std::memory_order_release);
-    for (ClassLogger& classLogger : s_state->classLoggers) {
-        classLogger.owner->m_level.store(kReleased, std::memory_order_relaxed);
-        classLogger.logger = Logger();
-    }
-    for (Node& node : s_state->nodes)
-        node.logger = log4cplus::Logger();
+    s_watched.store(nullptr, std::memory_order_release);
+    s_state->forEachNode([](Node& node) {
+        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner)
+            owner->m_level.store(kReleased, std::memory_order_relaxed);
+        node.logger = Logger();
+    });
     return true;
 }
 

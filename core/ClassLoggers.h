@@ -8,38 +8,36 @@
 
 namespace Oskan {
 
-/** The log4cplus loggers behind all AceCleanupLoggers, and the watch over their levels. Of this folder only. */
+/** The log4cplus loggers of all AceCleanupLoggers, and the levels cached from them. Used within this folder only. */
 class ClassLoggers {
 public:
-    /** Makes the logger of a class unless it is made. Without effect when it cannot be made, or no more. */
-    static void sMake(const AceCleanupLogger& logger) noexcept;
+    /** Makes the logger of a class unless it is made. Without effect when it cannot be made. */
+    static void sMake(const AceCleanupLogger& owner) noexcept;
     /** The logger of a class; one that logs nothing once process exit has released it. */
-    static Logger& sGet(const AceCleanupLogger& logger);
+    static Logger& sGet(const AceCleanupLogger& owner);
     /** As sGet, but a copy, usable while another thread exits the process. */
-    static Logger sCopy(const AceCleanupLogger& logger);
+    static Logger sCopy(const AceCleanupLogger& owner);
 
-    /** Whether a level, a threshold or an appender differs from what the cached levels were computed from. */
-    static bool sChanged() noexcept;
-    /** Computes the cached levels anew. */
+    /** Computes all cached levels. */
     static void sUpdate() noexcept;
 
     /** Drops all loggers for good. False when that is done already or there never were any. */
     static bool sRelease() noexcept;
 
 private:
+    friend void refreshLogLevels() noexcept;
+
     struct Node;
-    struct ClassLogger;
+    struct Group;
     struct State;
 
     static State& sState();
-    static Node* sNodeNamed(State& state, const std::string& name);
-    static Node* sAddNode(State& state, const log4cplus::Logger& logger, Node* parent);
-    static void sMakeLocked(const AceCleanupLogger& logger);
+    static Node& sNodeNamed(State& state, const std::string& name);
     static void sUpdateLocked(State& state);
+    static Logger& sNone();
 
     static State* s_state;
-    static std::atomic<Node*> s_polled;
-    static Logger& sNone();
+    static std::atomic<State*> s_watched; ///< Nil before the first logger is made and after the release.
 };
 
 } // namespace Oskan

@@ -1,23 +1,9 @@
 #include "core/Logger.h"
 
-#include "core/Log4cplusAccess.h"
-
+#include <log4cplus/appender.h>
 #include <log4cplus/tstring.h>
 
 namespace Oskan {
-
-namespace {
-
-bool someoneReads(const log4cplus::Logger& logger) {
-    for (const Log4cplusAccess::Impl* impl = Log4cplusAccess::sImpl(logger); impl;
-         impl = impl->getAdditivity() ? Log4cplusAccess::sParent(*impl) : nullptr) {
-        if (Log4cplusAccess::sHasAppender(*impl))
-            return true;
-    }
-    return false;
-}
-
-} // namespace
 
 Logger::Logger(const std::string& name) : Logger(log4cplus::Logger::getInstance(LOG4CPLUS_STRING_TO_TSTRING(name))) {}
 
@@ -35,8 +21,18 @@ const std::string& Logger::getName() const {
 }
 
 void Logger::log(LogLevel level, std::string_view text, const char* source, int line) const {
-    if (isEnabledFor(level) && someoneReads(m_logger))
+    if (isEnabledFor(level) && isRead())
         m_logger.forcedLog(static_cast<int>(level), log4cplus::tstring(text), source, line, "");
+}
+
+bool Logger::isRead() const {
+    for (log4cplus::Logger logger = m_logger; logger.getAllAppenders().empty(); logger = logger.getParent()) {
+        if (!logger.getAdditivity())
+            return false;
+        if (logger.getName() == "root") // The root, or a child of it of that name; only the former has no parent.
+            return !log4cplus::Logger::getRoot().getAllAppenders().empty();
+    }
+    return true;
 }
 
 Logger Logger::getChild(std::string_view suffix) const {

@@ -36,6 +36,9 @@ private:
     Logger() = default;
     explicit Logger(const log4cplus::Logger& logger) : m_logger(logger), m_made(true) {}
 
+    /** Whether an appender gets what is logged here: log4cplus complains on stderr about a record that none gets. */
+    bool isRead() const;
+
     log4cplus::Logger m_logger;
     bool m_made = false;
 };

@@ -1,6 +1,5 @@
 #include "util/UUID.h"
 
-#include "util/ChaCha20.h"
 #include "util/KxHexEncoding.h"
 
 #include <array>
@@ -14,19 +13,18 @@
 
 namespace {
 
-/** Grows in the child of a fork, whose thread must not go on with its parent's numbers. */
+/** Grows in the child of a fork, whose thread must not use the bytes that its parent uses too. */
 constinit std::atomic<unsigned> s_forks{1};
 
-struct Generator {
-    unsigned forks; ///< s_forks when it was keyed; 0 before.
-    unsigned used;  ///< Bytes of the block that are spent.
-    ChaCha20::Block state;
-    ChaCha20::Block block;
+/** Random bytes of a thread that are not used yet: one call of the system serves a few identifiers. */
+struct Stock {
+    unsigned forks; ///< s_forks when it was filled; 0 before.
+    unsigned used;
+    std::array<char, 256> bytes; ///< As many as the system gives at once, whatever signals arrive.
 };
-constinit thread_local Generator t_generator __attribute__((tls_model("initial-exec"))){};
+constinit thread_local Stock t_stock __attribute__((tls_model("initial-exec"))){};
 
-void fillFromSystem(void* to, std::size_t size) {
-    char* const bytes = static_cast<char*>(to);
+void fillFromSystem(char* bytes, std::size_t size) {
     for (std::size_t done = 0; done < size;) {
         const ssize_t count = getrandom(bytes + done, size - done, 0);
         if (count > 0) {
@@ -38,38 +36,25 @@ void fillFromSystem(void* to, std::size_t size) {
     }
 }
 
-[[gnu::cold, gnu::noinline]] void key(Generator& generator) {
+[[gnu::noinline]] void fill(Stock& stock) {
     [[maybe_unused]] static const int s_watchingForks =
         pthread_atfork(nullptr, nullptr, [] { s_forks.fetch_add(1, std::memory_order_relaxed); });
     const unsigned forks = s_forks.load(std::memory_order_relaxed);
-    std::array<std::uint32_t, 8> secret;
-    fillFromSystem(&secret, sizeof secret);
-    generator.state = ChaCha20::initialState(secret, {});
-    generator.used = sizeof generator.block;
-    generator.forks = forks;
-}
-
-void nextBlock(Generator& generator) {
-    generator.block = ChaCha20::keyStream(generator.state);
-    if (++generator.state[12] == 0) {
-        ++generator.state[13];
-    }
-    generator.used = 0;
+    fillFromSystem(stock.bytes.data(), stock.bytes.size());
+    stock.used = 0;
+    stock.forks = forks;
 }
 
 } // namespace
 
 void UUID::uuid_create_string(char* buffer) {
-    Generator& generator = t_generator;
-    if (generator.forks != s_forks.load(std::memory_order_relaxed)) [[unlikely]] {
-        key(generator);
-    }
-    if (generator.used == sizeof generator.block) {
-        nextBlock(generator);
+    Stock& stock = t_stock;
+    if (stock.forks != s_forks.load(std::memory_order_relaxed) || stock.used == stock.bytes.size()) [[unlikely]] {
+        fill(stock);
     }
     char bytes[16];
-    std::memcpy(bytes, reinterpret_cast<const char*>(generator.block.data()) + generator.used, sizeof bytes);
-    generator.used += static_cast<unsigned>(sizeof bytes);
+    std::memcpy(bytes, stock.bytes.data() + stock.used, sizeof bytes);
+    stock.used += static_cast<unsigned>(sizeof bytes);
 
     bytes[6] = static_cast<char>((bytes[6] & 0x0F) | 0x40); // version 4
     bytes[8] = static_cast<char>((bytes[8] & 0x3F) | 0x80); // the variant of the RFC

@@ -371,7 +371,12 @@ void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
 }
 
 void KxSipHeader::serialize(KxOutputStream& out) const {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::serialize");
+    const Oskan::EntryDepth entry;
+    serializeLines(out);
+}
+
+void KxSipHeader::serializeLines(KxOutputStream& out) const {
+    const Oskan::TraceScope trace(s_logger, "KxSipHeader::serialize");
     for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
         out.writeAll(value->m_token.view(), std::string_view(": ", 2));
         value->doSerialize(out);

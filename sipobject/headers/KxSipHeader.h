@@ -122,6 +122,9 @@ private:
     template <bool kTraced>
     static KxSipFault sMake(const Line& line, KxHandle<KxSipHeader>& header);
 
+    /** As serialize, within an operation that is open. */
+    void serializeLines(KxOutputStream& out) const;
+
     bool isInMessage() const { return m_inMessage.load(std::memory_order_relaxed); }
     void setInMessage(bool isPart) { m_inMessage.store(isPart, std::memory_order_relaxed); }
     /** Marks this value, which must not be part of a message, as part of one. Does the same with its chain if no value

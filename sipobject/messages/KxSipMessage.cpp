@@ -347,7 +347,7 @@ void KxSipMessage::serialize(KxOutputStream& out) const {
 
 void KxSipMessage::serializeHeaders(KxOutputStream& out) const {
     for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
-        m_headers.first(id)->serialize(out);
+        m_headers.first(id)->serializeLines(out);
     }
     out.write(std::string_view("\r\n", 2));
 }

@@ -37,7 +37,7 @@ SOURCE = pathlib.Path(__file__).resolve().parent.parent.parent
 HERE = SOURCE / "tests" / "docs"
 NOT_RUN = ("scripts/", "apt-get install ", "cmake --preset ", "cmake --build ", "cmake --install ", "bench/guard.py",
            "build/dev/bin/example_", "echo alice:secret > users")  # the last two serve until they are stopped
-PRIVATE = ("core/Log4cplusAccess.h", "core/PooledLoggerImpl.h", "core/ClassLoggers.h", "core/MemRows.h")
+PRIVATE = ("core/ClassLoggers.h", "core/MemRows.h")
 MARKER = re.compile(r"<!-- (.*) -->$")
 WARNINGS = ["-Wall", "-Wextra", "-Werror", "-Wno-unused-variable"]
 
