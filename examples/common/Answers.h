@@ -6,19 +6,21 @@
 #include <string>
 #include <string_view>
 
-/** A stranger's text, so that it can't add lines to the log nor fill it. */
+/** Returns at most 200 characters of untrusted text, with all but printable ASCII characters replaced by "?", so that
+    the text can neither add lines to the log nor fill it. */
 std::string printable(std::string_view text);
 
-/** A response without a body: Via, From, To, Call-ID and CSeq of the request, and a To tag. Throws KxException where
-    these are not there, since there is nothing to answer with then. */
+/** Returns a response without a body, with Via, From, To, Call-ID and CSeq of the request and a To tag. Throws
+    KxException if the request lacks one of these headers, since it can't be answered then. */
 KxHandle<KxSipResponse> makeResponse(int code, const KxHandle<KxSipRequest>& request);
 
-/** Says in the top Via where the request really came from. [RFC 3261 18.2.1, RFC 3581 4] */
+/** Adds the source of the request to the top Via: "received" and, if asked for, "rport". [RFC 3261 18.2.1, RFC 3581
+    4] */
 void noteSource(KxSipViaHeader& via, const std::string& host, unsigned port);
 
-/** The port to which the answer to a datagram goes: never to another host than it came from, whatever "maddr" may
-    say. */
+/** Returns the port to which the response to a datagram goes. The host is always the one it came from, even if there is
+    a "maddr". */
 unsigned replyPort(const KxSipViaHeader& via, unsigned source);
 
-/** The whole message as it is sent. */
+/** Returns the bytes of the message. */
 std::string bytesOf(const KxSipMessage& message);

@@ -40,7 +40,7 @@ int Stop::handle_input(ACE_HANDLE) {
 void configureLog(const std::string& file, const char* logger) {
     if (file.empty()) {
         log4cplus::BasicConfigurator().configure();
-        log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL); // the library's details aside
+        log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL); // without the library's details
         log4cplus::Logger::getInstance(logger).setLogLevel(log4cplus::INFO_LOG_LEVEL);
     } else {
         log4cplus::PropertyConfigurator::doConfigure(file);

@@ -30,7 +30,7 @@ void UdpPort::send(std::string_view datagram, const ACE_INET_Addr& to) {
 }
 
 int UdpPort::handle_input(ACE_HANDLE) {
-    // A datagram with a wrong checksum wakes the reactor and then is not there: never wait for it.
+    // A datagram with a wrong checksum wakes the reactor but can't be received: never wait for it.
     ACE_INET_Addr peer;
     const ssize_t size = m_socket.recv(m_buffer.data(), m_buffer.size(), peer, MSG_DONTWAIT);
     if (size >= 0) {

@@ -9,23 +9,23 @@
 #include <string>
 #include <string_view>
 
-/** A UDP socket that the reactor watches: each datagram is given to the receiver. */
+/** A UDP socket that the reactor watches. Calls the receiver with each datagram. */
 class UdpPort final : public ACE_Event_Handler {
 public:
-    /** Throws nothing. */
+    /** Called with each datagram. Must not throw. */
     using Receiver = std::function<void(std::string_view datagram, const ACE_INET_Addr& from)>;
 
-    /** Binds the address and registers with the reactor, which must live longer. Throws std::system_error. */
+    /** Binds the address and registers with the reactor, which must outlive this object. Throws std::system_error. */
     UdpPort(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);
     ~UdpPort() override;
 
-    /** The one that was bound, also where 0 asked for any. */
+    /** Returns the bound port, also if port 0 asked for any. */
     unsigned port() const;
-    /** Never waits: what can't be sent is lost, as it may be on the way. */
+    /** Never waits. A datagram that can't be sent is lost, as it can also be in the network. */
     void send(std::string_view datagram, const ACE_INET_Addr& to);
 
     ACE_HANDLE get_handle() const override { return m_socket.get_handle(); }
-    /** Never fails: -1 would end the service. */
+    /** Always returns 0; -1 would end the service. */
     int handle_input(ACE_HANDLE handle) override;
 
 private:
@@ -34,5 +34,5 @@ private:
     std::array<char, 65536> m_buffer; // more than the longest datagram
 };
 
-/** "192.0.2.1" */
+/** Returns the host of the address, "192.0.2.1". */
 std::string hostOf(const ACE_INET_Addr& address);

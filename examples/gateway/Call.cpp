@@ -23,9 +23,9 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr seconds kLongestCall{3600}; // also of one whose other side has silently gone
+constexpr seconds kLongestCall{3600}; // also if the other side has disappeared
 
-/** A copy of a header as its own class. */
+/** Returns a copy of the header, of the same class. */
 template <class H>
 KxHandle<H> copyOf(const H& header) {
     return KxHandleCast<H>(KxHandle<KxObject>(header.clone()));
@@ -80,7 +80,7 @@ void Call::receive(const KxHandle<KxSipRequest>& request, const Transactions::Id
         if (const auto contact = request->getContactHeader(); !contact.isNil() && !contact->getURL().isNil()) {
             m_target = contact->getURL();
         }
-        m_host.transactions.acknowledged(m_inviteId); // whose ACK was lost, since nobody else would go on
+        m_host.transactions.acknowledged(m_inviteId); // the ACK was lost: a peer sends a re-INVITE only after it
         accept(request, id);
     }
 }
@@ -97,7 +97,7 @@ void Call::acknowledged(const KxSipRequest& ack) {
 }
 
 void Call::hangUp(const char* why) {
-    if (m_isOver) { // and a request of ours was still to be answered
+    if (m_isOver) { // the response to an earlier request came after the end
         return;
     }
     LOG4CPLUS_INFO(logger(), "hanging up: " << why);
@@ -106,7 +106,7 @@ void Call::hangUp(const char* why) {
     ask(makeBye(), [self, why](const KxHandle<KxSipResponse>&) { self->onEnd(why); });
 }
 
-/** The library derives one from an INVITE too, but only for a caller with a SIP URL. */
+/** Builds the BYE from its parts. The library derives one from an INVITE too, but only for a caller with a SIP URL. */
 KxHandle<KxSipRequest> Call::makeBye() const {
     return KxMake<KxSipByeMessage>(copyOf(*m_local), copyOf(*m_remote), KxHandle<KxSipContactHeader>(),
                                    m_callId.c_str(), 1U, nullptr, nullptr, 0U);
@@ -201,7 +201,7 @@ void Call::introduce(KxSipMessage& message) const {
     message.addHeader(KxMake<KxSipSupportedHeader>("timer"), false);
 }
 
-/** Always the same: a real host has media to speak of. [RFC 4566] */
+/** Adds the same inactive session every time; a real host describes its media. [RFC 4566] */
 void Call::addSession(KxSipMessage& message) const {
     const std::string& host = m_host.transport.host();
     const std::string text = "v=0\r\no=- 1 1 IN IP4 " + host + "\r\ns=-\r\nc=IN IP4 " + host +
@@ -219,8 +219,8 @@ KxHandle<KxSipResponse> Call::refuseTimer(const KxHandle<KxSipRequest>& invite) 
     return refusal;
 }
 
-/** Grants the session timer that the INVITE asks for, or one that it does not ask for: without any, the call of a peer
-    that has gone would stay. Who can refresh and does not refuse to, does it. */
+/** Grants the session timer that the INVITE asks for. Grants one even if it asks for none: otherwise the call would
+    stay open if the peer disappears. The peer refreshes if it supports session timers and did not ask us to refresh. */
 void Call::offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSipResponse>& ok) {
     const auto asked = invite->getSessionExpiresHeader();
     const auto least = KxHandleCast<KxSipMinSEHeader>(invite->getHeaderByID(KxHeaderIDs::kMinSE));
@@ -244,7 +244,7 @@ void Call::followTimer(const KxSipResponse& ok, std::uint32_t asked) {
     const auto granted = ok.getSessionExpiresHeader();
     if (!granted.isNil()) {
         keepTime(std::max(granted->getDeltaSeconds(), kMinSessionSeconds), !granted->isRefresherUAS());
-    } else if (asked != 0) { // a peer without session timers answers a re-INVITE all the same, while it is there
+    } else if (asked != 0) { // a peer without session timers still answers re-INVITEs as long as it is there
         keepTime(asked, true);
     } else {
         m_session.stop();
@@ -259,7 +259,7 @@ void Call::keepTime(std::uint32_t interval, bool weRefresh) {
     }
 }
 
-/** A re-INVITE, which changes nothing but the time. */
+/** Sends a re-INVITE that changes nothing and only restarts the session timer. */
 void Call::refresh(std::uint32_t interval) {
     const auto again =
         KxMake<KxSipInviteMessage>(copyOf(*m_local), copyOf(*m_remote), KxMake<KxSipContactHeader>(contact().c_str()),

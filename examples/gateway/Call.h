@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
-/** What calls need of the program around them. */
+/** The parts of the program that calls use. */
 class CallHost {
 public:
     struct Times {
-        std::chrono::milliseconds t1{500};   ///< A round trip.
+        std::chrono::milliseconds t1{500};   ///< Estimate of a round trip.
         std::chrono::milliseconds ring{200}; ///< How long a call rings before it is answered.
         std::uint32_t sessionSeconds = 1800; ///< The session timer of calls that ask for none or a longer one.
     };
@@ -24,7 +24,8 @@ public:
         : timers(clock), transport(wire), transactions(clock, wire, waits.t1), times(waits) {}
     virtual ~CallHost() = default;
 
-    /** Requests of the call are no longer for anybody; those who hold it keep it alive. */
+    /** Removes the call from the list by its tag: its requests are not served any more. Pointers to the call keep it
+        alive. */
     virtual void forget(const std::string& tag) = 0;
 
     Timers& timers;
@@ -33,66 +34,68 @@ public:
     const Times times;
 };
 
-/** One call: a dialog and its session timer. How it begins, Callee and Caller say. Requests within it go where the call
-    came from or went to, so that no stranger's Contact makes us look up names or send elsewhere.
-    [RFC 3261 12 to 15, RFC 4028] */
+/** One call: a dialog and its session timer. The derived classes Callee and Caller begin it. Requests within the dialog
+    are sent to the address from which the call came or to which it was made. So the Contact of a peer can't make us
+    look up names or send elsewhere. [RFC 3261 12 to 15, RFC 4028] */
 class Call : public std::enable_shared_from_this<Call> {
 public:
     static constexpr std::uint32_t kMinSessionSeconds = 90;
-    static constexpr std::size_t kMaxRequests = 32; // a request each second, and each is remembered for 32 of them
+    static constexpr std::size_t kMaxRequests = 32; // enough for one request per second, each kept for 32 seconds
     static const char* const kAllow[6];
 
     virtual ~Call() = default;
 
-    /** Our half of the dialog's name. */
+    /** Our tag in the dialog identifier. */
     const std::string& tag() const { return m_tag; }
-    /** Whether the request, which names our tag, is of this dialog. */
+    /** Whether the request, whose To tag is ours, belongs to this dialog. */
     bool owns(const KxSipRequest& request) const;
-    /** Whether the request comes after all that were served. */
+    /** Whether the CSeq number is higher than those of all requests served. */
     bool isNext(const KxSipRequest& request) const;
-    /** The requests within the dialog that are open. */
+    /** The quota of open requests within the dialog. */
     const Quota& requests() const { return m_requests; }
     /** Serves the next request within the dialog, other than ACK. */
     void receive(const KxHandle<KxSipRequest>& request, const Transactions::Id& id);
-    /** The ACK of a 2xx came. */
+    /** To be called when the ACK of a 2xx came. */
     void acknowledged(const KxSipRequest& ack);
     /** Ends the call with a BYE. */
     void hangUp(const char* why);
 
-    /** 422, where the INVITE asks for too short a session; else nil. */
+    /** Returns 422 if the session interval that the INVITE asks for is too short, else nil. */
     static KxHandle<KxSipResponse> refuseTimer(const KxHandle<KxSipRequest>& invite);
 
 protected:
     Call(CallHost& host, const Peer& peer, std::string tag);
 
-    /** An answered or refused PRACK. */
+    /** Serves a PRACK and returns the status code of the response. */
     virtual int prack(const KxSipRequest& request);
-    /** The other side has ended the call. */
+    /** Called when the other side has ended the call. */
     virtual void onBye() {}
-    /** The call is over and our BYE, if there was one, is answered. */
+    /** Called when the call is over and our BYE, if there was one, is answered. */
     virtual void onEnd(const char*) {}
-    /** The BYE of this side, to be addressed. */
+    /** Returns the BYE of this side; address() completes it. */
     virtual KxHandle<KxSipRequest> makeBye() const;
 
-    /** Names the dialog; a request of it would have these as From and To. */
+    /** Sets the state of the dialog. `local` and `remote` are From and To of our requests; Call-ID, remote target and
+        routes are taken from `message`. */
     void establish(const KxHandle<KxSipFromHeader>& local, const KxHandle<KxSipToHeader>& remote,
                    const KxSipMessage& message, bool routesAreReversed);
-    /** Adds who sends the request and over which hops it goes: Via, Route and Max-Forwards. */
+    /** Sets the Request-URI to the remote target, and adds Route, Max-Forwards and our Via. */
     void address(KxSipRequest& request) const;
-    /** Sends a request of the dialog. */
+    /** Sends a request of the dialog, with the next CSeq number. */
     void ask(const KxHandle<KxSipRequest>& request, Transactions::Answer answer);
-    /** Sends the ACK of a 2xx, the same again for the same. */
+    /** Sends the ACK of a 2xx; for a repeated 2xx the same ACK again. */
     void acknowledge(const KxHandle<KxSipResponse>& ok);
-    /** Answers an INVITE, the first or a later one, with 200 and a session. */
+    /** Answers an INVITE or re-INVITE with 200 and a session. */
     void accept(const KxHandle<KxSipRequest>& invite, const Transactions::Id& id);
     void respond(int code, const KxHandle<KxSipRequest>& request, const Transactions::Id& id);
-    /** Adds what an answer or an INVITE says about us. */
+    /** Adds Contact, Allow and Supported to an INVITE or to a response to one. */
     void introduce(KxSipMessage& message) const;
     void addSession(KxSipMessage& message) const;
     std::string contact() const;
-    /** The session timer of an INVITE of ours that was answered, and that asked for so many seconds; 0 for none. */
+    /** Starts the session timer after a 2xx to our INVITE. `asked` is the interval, in seconds, of the INVITE; 0 for
+        none. */
     void followTimer(const KxSipResponse& ok, std::uint32_t asked);
-    /** Takes the call off the host's list. Of what is to be done later only our BYE remains. */
+    /** Stops the timers of the call and removes it from the host's list. Only our BYE may still follow. */
     void end();
 
     CallHost& m_host;
@@ -100,9 +103,9 @@ protected:
     std::string m_tag;
     std::uint32_t m_localSeq = 0;
     std::uint32_t m_remoteSeq = 0;
-    std::uint32_t m_inviteSeq = 0; // of the last INVITE that we received, while no ACK came
+    std::uint32_t m_inviteSeq = 0; // of the last INVITE that we received; 0 after its ACK came
     Transactions::Id m_inviteId;
-    bool m_isAnswered = false; // the first INVITE, theirs or ours
+    bool m_isAnswered = false; // the first INVITE was answered, by us or by the peer
 
 private:
     void offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSipResponse>& ok);
@@ -123,5 +126,6 @@ private:
     Timer m_longest;
 };
 
-/** Whether one of the values of the option tags' header, however it is written, is this. */
+/** Whether a Supported or Require header of the message lists the option tag. The header is searched by identifier, so
+    that compact names are found too. */
 bool lists(const KxSipMessage& message, HeaderID header, std::string_view optionTag);

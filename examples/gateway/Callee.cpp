@@ -18,7 +18,7 @@ Callee::Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessa
 }
 
 void Callee::begin() {
-    m_invite->getToHeader()->setTag(tag().c_str()); // for all that is made of the INVITE from now on
+    m_invite->getToHeader()->setTag(tag().c_str()); // for all responses that are made from the INVITE
     m_host.transactions.respond(m_inviteId, makeResponse(100, m_invite));
     const auto local = KxMake<KxSipFromHeader>(m_invite->getToHeader()->getNameAddress());
     const auto remote = KxMake<KxSipToHeader>(m_invite->getFromHeader()->getNameAddress());
@@ -48,7 +48,7 @@ void Callee::ring() {
         ringing->addHeader(KxMake<KxSipRequireHeader>("100rel"), false);
         ringing->addHeader(KxMake<KxSipRSeqHeader>(m_rseq), false);
     }
-    m_host.transactions.respond(m_inviteId, ringing, givingUp(504)); // where no PRACK comes
+    m_host.transactions.respond(m_inviteId, ringing, givingUp(504)); // if no PRACK comes
     m_host.transactions.onCancel(m_inviteId, givingUp(487));
 }
 
@@ -61,7 +61,7 @@ int Callee::prack(const KxSipRequest& request) {
     m_rseq = 0;
     m_host.transactions.acknowledged(m_inviteId);
     if (m_isDue) {
-        m_ringing.start(std::chrono::milliseconds(0), [this] { answer(); }); // the PRACK's answer goes first
+        m_ringing.start(std::chrono::milliseconds(0), [this] { answer(); }); // after the response to the PRACK
     }
     return 200;
 }
@@ -70,7 +70,7 @@ void Callee::answer() {
     accept(m_invite, m_inviteId);
 }
 
-/** Refuses the INVITE, unless it is answered already. */
+/** Refuses the INVITE, unless it was already answered, and ends the call. */
 void Callee::giveUp(int code) {
     if (!m_isAnswered) {
         const auto self = shared_from_this();

@@ -2,10 +2,10 @@
 
 #include "Call.h"
 
-/** A call that came in: it rings for a while and is answered. */
+/** An incoming call. It rings for a while and is then answered. */
 class Callee final : public Call {
 public:
-    /** The INVITE's transaction is open. */
+    /** `id` is the INVITE's transaction, which must be open. */
     Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id);
 
     void begin();
@@ -22,6 +22,6 @@ private:
 
     KxHandle<KxSipInviteMessage> m_invite;
     Timer m_ringing;
-    std::uint32_t m_rseq = 0; // of the reliable 180, while no PRACK came
-    bool m_isDue = false;     // to be answered, once the PRACK came
+    std::uint32_t m_rseq = 0; // of the reliable 180; 0 after its PRACK came
+    bool m_isDue = false;     // rang long enough: is answered as soon as the PRACK came
 };

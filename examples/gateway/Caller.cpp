@@ -68,7 +68,7 @@ void Caller::followProvisional(const KxHandle<KxSipResponse>& response) {
         return;
     }
     if (m_rseq != 0 && number->getResponseNumber() != m_rseq + 1) {
-        return; // a repeat, or one before it was lost
+        return; // a retransmission, or an earlier one was lost
     }
     m_rseq = number->getResponseNumber();
     establish(response->getFromHeader(), response->getToHeader(), *response, true);
@@ -96,7 +96,7 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
     const auto least = KxHandleCast<KxSipMinSEHeader>(response->getHeaderByID(KxHeaderIDs::kMinSE));
     const auto timer = m_invite->getSessionExpiresHeader();
     if (code == 422 && !least.isNil() && !timer.isNil() && timer->getDeltaSeconds() < least->getDeltaSeconds()) {
-        m_invite = KxHandleCast<KxSipInviteMessage>(KxHandle<KxObject>(m_invite->clone())); // another transaction
+        m_invite = KxHandleCast<KxSipInviteMessage>(KxHandle<KxObject>(m_invite->clone())); // a new transaction
         m_invite->getSessionExpiresHeader()->setDeltaSeconds(least->getDeltaSeconds());
         m_invite->getCSeqHeader()->setSeqNumber(++m_localSeq);
         m_invite->getViaHeader()->setBranchRFC3261();

@@ -4,17 +4,17 @@
 
 #include <optional>
 
-/** A call that we make. */
+/** An outgoing call. */
 class Caller final : public Call {
 public:
     struct Plan {
         std::string uri; ///< "sip:..."
         std::chrono::milliseconds duration{1000};
-        std::optional<std::chrono::milliseconds> cancelAfter; ///< the first provisional response
-        bool isReliable = false;                              ///< Provisional responses have to be.
-        std::uint32_t sessionSeconds = 0;                     ///< 0 asks for no session timer.
+        std::optional<std::chrono::milliseconds> cancelAfter; ///< Time from the first provisional response to CANCEL.
+        bool isReliable = false;                              ///< Provisional responses must be reliable.
+        std::uint32_t sessionSeconds = 0;                     ///< With 0 the INVITE asks for no session timer.
         std::function<void(const std::string& line)> tell;
-        std::function<void(bool isDone)> end; ///< Whether it went as planned.
+        std::function<void(bool isDone)> end; ///< Called at the end; whether the call went as planned.
     };
 
     Caller(CallHost& host, const Peer& peer, Plan plan);

@@ -12,7 +12,7 @@ inline log4cplus::Logger& logger() {
     return logger;
 }
 
-/** Does the work, and logs what it throws: nothing that a peer sent may end the service. */
+/** Calls `work` and logs what it throws, so that no input from the network can end the service. */
 template <class Work>
 void guarded(const char* what, const Work& work) {
     try {

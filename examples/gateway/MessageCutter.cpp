@@ -9,7 +9,7 @@
 
 namespace {
 
-/** What the first Content-Length of these lines says; 0 without one, which a connection does not allow. */
+/** Returns the value of the first Content-Length, 0 if there is none. A stream transport requires one. */
 std::size_t bodyLength(std::string_view head) {
     KxByteArrayInputStream in(head.substr(head.find('\n') + 1));
     while (in.available() != 0) {
@@ -18,7 +18,7 @@ std::size_t bodyLength(std::string_view head) {
             if (!header.isNil()) {
                 return header->getContentLength();
             }
-        } catch (const KxHandle<KxException>&) { // of no use, but read to its end
+        } catch (const KxHandle<KxException>&) { // a refused line is skipped; the stream is after it
         }
     }
     return 0;
@@ -46,7 +46,7 @@ std::optional<std::string> MessageCutter::next() {
     return message;
 }
 
-/** Whether the empty line is there; then m_scanned stands behind it. */
+/** Whether the empty line was found; m_scanned is then the position after it. */
 bool MessageCutter::findBody() {
     while (m_scanned < m_bytes.size()) {
         const char c = m_bytes[m_scanned++];

@@ -22,8 +22,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kMaxConnections = 500;   // the one that was silent longest goes for a new one
-constexpr std::size_t kMaxUnsent = 256 * 1024; // a peer that takes nothing loses the connection
+constexpr std::size_t kMaxConnections = 500;   // for a new one, the one that was silent longest is closed
+constexpr std::size_t kMaxUnsent = 256 * 1024; // bytes; the connection of a peer that reads nothing is closed
 constexpr int kConnectSeconds = 5;
 
 [[noreturn]] void fail(const char* what) {
@@ -97,7 +97,7 @@ public:
         return m_isGivenUp ? -1 : 0;
     }
 
-    /** The end of this object. */
+    /** Destroys this object. */
     int handle_close(ACE_HANDLE, ACE_Reactor_Mask) override {
         m_owner.m_connections.erase(m_number);
         return 0;
@@ -112,7 +112,8 @@ private:
         return sent < 0 ? 0 : static_cast<std::size_t>(sent);
     }
 
-    /** Whoever calls us may still need this object: the reactor finds the end of the input, and ends it then. */
+    /** Shuts the connection down. The caller may still use this object, so it is not destroyed here: the reactor will
+        find the end of the input and destroy it. */
     void giveUp(const char* why) {
         LOG4CPLUS_INFO(logger(), "connection of " << hostOf(m_peer) << ": " << why);
         m_isGivenUp = true;

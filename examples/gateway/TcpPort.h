@@ -10,21 +10,21 @@
 #include <string_view>
 #include <unordered_map>
 
-/** TCP connections that the reactor watches, those that are accepted and those that are made. Each message that comes
-    is given to the receiver. */
+/** The TCP connections, accepted and made, that the reactor watches. Calls the receiver with each message. */
 class TcpPort final : public ACE_Event_Handler {
 public:
-    /** Throws nothing. */
+    /** Called with each message. Must not throw. */
     using Receiver = std::function<void(std::string_view message, const ACE_INET_Addr& from, std::uint64_t connection)>;
 
-    /** Listens, and registers with the reactor, which must live longer. Throws std::system_error. */
+    /** Listens, and registers with the reactor, which must outlive this object. Throws std::system_error. */
     TcpPort(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);
     ~TcpPort() override;
 
     unsigned port() const;
-    /** The number of a new connection; waits for it some seconds at most. Throws std::system_error. */
+    /** Connects and returns the number of the connection. Waits at most a few seconds. Throws std::system_error. */
     std::uint64_t connect(const ACE_INET_Addr& to);
-    /** Never waits: what the peer does not take at once is kept for a while, and nothing is sent to one that is gone. */
+    /** Never waits. Bytes that the peer does not take at once are kept up to a limit. Does nothing if the connection is
+        closed. */
     void send(std::string_view message, std::uint64_t connection);
 
     ACE_HANDLE get_handle() const override { return m_acceptor.get_handle(); }
@@ -36,6 +36,6 @@ private:
 
     Receiver m_receiver;
     ACE_SOCK_Acceptor m_acceptor;
-    std::uint64_t m_last = 0; // numbers are never used again; 0 is none
+    std::uint64_t m_last = 0; // number of the last connection; numbers are not reused, 0 is none
     std::unordered_map<std::uint64_t, std::unique_ptr<Connection>> m_connections;
 };

@@ -7,7 +7,7 @@
 #include <functional>
 #include <unordered_map>
 
-/** Work that is due later, on the reactor's thread. Whatever such work throws is logged. */
+/** Calls work later, on the reactor's thread. Exceptions of the work are logged. */
 class Timers final : public ACE_Event_Handler {
 public:
     explicit Timers(ACE_Reactor& reactor) : ACE_Event_Handler(&reactor) {}
@@ -18,7 +18,7 @@ public:
 private:
     friend class Timer;
     struct Job {
-        long id; // the reactor's
+        long id; // of the reactor's timer
         std::function<void()> work;
     };
 
@@ -26,7 +26,7 @@ private:
     std::unordered_map<std::uintptr_t, Job> m_jobs;
 };
 
-/** One thing to do later; given up when the timer goes. */
+/** Work to be done once, later. It is not done if the timer is destroyed before. */
 class Timer {
 public:
     explicit Timer(Timers& timers) : m_timers(timers) {}
@@ -34,7 +34,7 @@ public:
     Timer(const Timer&) = delete;
     Timer& operator=(const Timer&) = delete;
 
-    /** Instead of what was to be done. The work may end the timer's own life. */
+    /** Starts the timer; work that was started before is not done. The work may destroy the timer. */
     void start(std::chrono::milliseconds delay, std::function<void()> work);
     void stop();
 

@@ -27,7 +27,7 @@ struct Transactions::Server {
 
     Peer peer;
     Quota::Place place;
-    std::string last; // of our responses
+    std::string last; // our last response
     bool isFinal = false;
     std::function<void()> lost;
     std::function<void()> cancelled;
@@ -109,7 +109,7 @@ void Transactions::respond(const Id& id, const KxHandle<KxSipResponse>& response
     }
 }
 
-/** Until it is acknowledged, which over UDP may be lost, and to 2xx and reliable ones over TCP too. */
+/** Repeats the response until it is acknowledged: over UDP since it may be lost, 2xx and reliable ones over TCP too. */
 void Transactions::sendAgain(Server& server, milliseconds wait, milliseconds longest) {
     server.again.start(wait, [this, &server, wait, longest] {
         m_transport.send(server.last, server.peer);
@@ -184,10 +184,10 @@ void Transactions::receive(const KxHandle<KxSipResponse>& response) {
     const auto cseq = response->getCSeqHeader();
     const auto found = m_clients.find(cseq.isNil() ? Id() : idOf(*response, cseq->getMethod()));
     if (found == m_clients.end()) {
-        return; // to what was given up, or never asked
+        return; // the request was given up, or was never sent
     }
     Client& client = *found->second;
-    const Answer answer = client.answer; // it may end the client
+    const Answer answer = client.answer; // a copy, since the call may destroy the client
     const Id& id = found->first;
     const unsigned code = response->getStatusCode();
     const bool isRepeated = client.isFinal;
@@ -211,7 +211,7 @@ void Transactions::receive(const KxHandle<KxSipResponse>& response) {
     }
 }
 
-/** The ACK of a refusal belongs to the INVITE's own transaction. [RFC 3261 17.1.1.3] */
+/** Sends the ACK of a final response other than 2xx, which belongs to the INVITE's transaction. [RFC 3261 17.1.1.3] */
 void Transactions::acknowledge(const Client& client, const KxHandle<KxSipResponse>& refusal) {
     const auto ack = KxMake<KxSipAckMessage>(refusal, nullptr, nullptr, 0U);
     ack->setURI(client.request->getURI());

@@ -12,46 +12,48 @@
 #include <string>
 #include <unordered_map>
 
-/** The transactions of both sides: what may be lost on the way is sent again until it is answered, and what comes again
-    is answered as before. Nothing is kept longer than its timers run. [RFC 3261 17, RFC 3262 3, RFC 6026] */
+/** The client and server transactions. Messages that may be lost are retransmitted until they are answered, and a
+    retransmitted request is answered as before. Each transaction ends with its timers.
+    [RFC 3261 17, RFC 3262 3, RFC 6026] */
 class Transactions {
 public:
-    /** A transaction: the key that the library makes, and the method, which is no part of it. */
+    /** The identifier of a transaction: the key of the library, and the method, which is not part of the key. */
     using Id = std::string;
-    /** Gets the responses to a request, those of an INVITE all; nil when there is none in time. */
+    /** Called with the responses to a request, and with repeated 2xx to an INVITE; with nil if no final response came
+        in time. */
     using Answer = std::function<void(const KxHandle<KxSipResponse>& response)>;
 
-    /** T1 is the time of a round trip, from which all other waits follow. [RFC 3261 17.1.1.1] */
+    /** T1 is the estimate of a round trip, from which the other waits follow. [RFC 3261 17.1.1.1] */
     Transactions(Timers& timers, Transport& transport, std::chrono::milliseconds t1);
     ~Transactions();
 
     static Id idOf(const KxSipMessage& message, std::string_view method);
-    /** How long anything is sent again that nobody answers. */
+    /** Returns how long a message is retransmitted if no answer comes. */
     std::chrono::milliseconds patience() const { return 64 * m_t1; }
 
-    // Requests that were received.
+    // Server transactions, for requests that were received.
 
-    /** Whether the request came before; then it is answered as before, or will be. */
+    /** Whether the request is a retransmission. If so, the last response, if there is one, is sent again. */
     bool repeat(const Id& id);
-    /** Opens a transaction, which keeps the place until it ends. */
+    /** Opens a transaction, which holds the place until it ends. */
     void open(const Id& id, const Peer& from, Quota::Place place);
-    /** The place of an open transaction; null for any other. */
+    /** Returns the place of an open transaction, null for any other. */
     Quota::Place placeOf(const Id& id) const;
-    /** Sends the response. One that has to be acknowledged, reliable or final to an INVITE, is sent again until it is;
-        `lost` is called if that never happens. */
+    /** Sends the response. A reliable response, or a final one to an INVITE, is retransmitted until it is acknowledged;
+        `lost` is called if that does not happen in time. */
     void respond(const Id& id, const KxHandle<KxSipResponse>& response, std::function<void()> lost = {});
     bool isOpen(const Id& id) const { return m_servers.count(id) != 0; }
-    /** What a CANCEL does to this INVITE, while it has no final response. */
+    /** Sets the work that a CANCEL of this INVITE calls as long as there is no final response. */
     void onCancel(const Id& id, std::function<void()> work);
     void cancel(const Id& id);
-    /** An ACK or PRACK came. */
+    /** To be called when the ACK or PRACK for the transaction came. */
     void acknowledged(const Id& id);
 
-    // Requests that are sent.
+    // Client transactions, for requests that are sent.
 
-    /** Sends the request, whose top Via is ours. The ACK of a refused INVITE is sent here too. */
+    /** Sends the request, whose top Via must be ours. If an INVITE is refused, also sends the ACK. */
     void ask(const KxHandle<KxSipRequest>& request, const Peer& to, Answer answer);
-    /** A response came, to whatever. */
+    /** To be called with every response that came; one without a transaction is dropped. */
     void receive(const KxHandle<KxSipResponse>& response);
 
 private:
@@ -64,8 +66,8 @@ private:
     void giveUp(const Id& id);
     void acknowledge(const Client& client, const KxHandle<KxSipResponse>& refusal);
 
-    std::chrono::milliseconds longestWait() const { return 8 * m_t1; }     // T2, between two of the same
-    std::chrono::milliseconds longestJourney() const { return 10 * m_t1; } // T4, of a message
+    std::chrono::milliseconds longestWait() const { return 8 * m_t1; }     // T2, between two retransmissions
+    std::chrono::milliseconds longestJourney() const { return 10 * m_t1; } // T4, of a message in the network
 
     Timers& m_timers;
     Transport& m_transport;

@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-/** Where a message came from, and where its answers go. */
+/** The address from which a message came or to which one is sent. */
 struct Peer {
     ACE_INET_Addr address;
-    std::uint64_t connection = 0; ///< The one of TCP; 0 for UDP.
+    std::uint64_t connection = 0; ///< Number of the TCP connection; 0 for UDP.
 
     bool isReliable() const { return connection != 0; }
     const char* transport() const { return isReliable() ? "TCP" : "UDP"; }
@@ -19,15 +19,15 @@ struct Peer {
 /** UDP and TCP on one port. */
 class Transport {
 public:
-    /** Throws nothing. */
+    /** Called with each message. Must not throw. */
     using Receiver = std::function<void(std::string_view message, const Peer& from)>;
 
-    /** Port 0 asks for any that both have free. Throws std::system_error. */
+    /** With port 0 any port is used that is free for both. Throws std::system_error. */
     Transport(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);
 
     const std::string& host() const { return m_host; }
     unsigned port() const { return m_udp->port(); }
-    /** Throws std::system_error. */
+    /** Makes a TCP connection. Throws std::system_error. */
     Peer connect(const ACE_INET_Addr& to) { return {to, m_tcp->connect(to)}; }
     void send(std::string_view message, const Peer& to);
 

@@ -29,7 +29,8 @@ void addAllow(KxSipMessage& message) {
     }
 }
 
-/** The headers that an answer needs, of a request that can't be read as a whole. Nil where nothing is to be answered. */
+/** Returns a request with the headers that a response needs, from a request that can't be parsed. Nil if it can't or
+    must not be answered. */
 KxHandle<KxSipRequest> salvage(std::string_view bytes) {
     const std::string_view line = bytes.substr(0, bytes.find('\n'));
     const std::string method(line.substr(0, line.find(' ')));
@@ -47,13 +48,13 @@ KxHandle<KxSipRequest> salvage(std::string_view bytes) {
             } else if (id <= KxHeaderIDs::kCallId && request->getHeaderByID(id).isNil()) {
                 request->addSingleHeader(header, false);
             }
-        } catch (const KxHandle<KxException>&) { // gone
+        } catch (const KxHandle<KxException>&) { // the line is dropped
         }
     }
     return request->getViaHeader().isNil() ? KxHandle<KxSipRequest>() : request;
 }
 
-/** Where the answers to a request go. */
+/** Returns the address to which the responses to a request go. */
 Peer answersTo(const KxSipRequest& request, const Peer& from) {
     Peer to = from;
     to.address.set_port_number(
@@ -91,7 +92,8 @@ void UserAgent::receive(std::string_view bytes, const Peer& from) {
     });
 }
 
-/** What was thrown has no message with it, so the bytes are looked at once more. */
+/** Answers a request that can't be parsed. The exception carries no message, so the bytes are searched for its
+    headers. */
 void UserAgent::refuseUnreadable(std::string_view bytes, const KxString& why, const Peer& from) {
     LOG4CPLUS_INFO(logger(), "unreadable, from " << hostOf(from.address) << ": " << printable(why));
     const Request request = salvage(bytes);
@@ -103,7 +105,7 @@ void UserAgent::refuseUnreadable(std::string_view bytes, const KxString& why, co
     }
 }
 
-/** Answers without a transaction. The request, sent again, gets the same answer again, with the same tag. */
+/** Answers without a transaction. A retransmitted request gets the same response again, with the same To tag. */
 void UserAgent::reply(const KxHandle<KxSipResponse>& response, const Request& request, const Peer& from) {
     if (!request->getToHeader()->isTagPresent()) {
         const std::string_view callId = request->getCallIdHeader()->getCallId();
@@ -122,7 +124,7 @@ void UserAgent::serve(const Request& request, const Peer& from) {
         }
         return;
     }
-    if (request->getStatus() != KX_STATUS_VALID) { // what could not be read need not have a key
+    if (request->getStatus() != KX_STATUS_VALID) { // a message that could not be read as a whole may have no key
         return reply(makeResponse(400, request), request, from);
     }
     const Transactions::Id id = Transactions::idOf(*request, method);
@@ -144,11 +146,11 @@ void UserAgent::acknowledge(const KxSipRequest& ack) {
     if (const std::shared_ptr<Call> call = find(ack)) {
         call->acknowledged(ack);
     } else {
-        transactions.acknowledged(Transactions::idOf(ack, "INVITE")); // of a refusal
+        transactions.acknowledged(Transactions::idOf(ack, "INVITE")); // the ACK of a refusal
     }
 }
 
-/** The response to what can't be served, whoever it is for; else nil. */
+/** Returns the response to a request that can't be served in or outside a dialog, else nil. */
 KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
     unsigned code = 0;
     if (request->rejectedByStack(code) || !request->isValid()) {
@@ -196,7 +198,7 @@ void UserAgent::dispatch(const Request& request, const Transactions::Id& id, con
 
 void UserAgent::cancel(const Request& request, const Transactions::Id& id, const Peer& from) {
     const Transactions::Id cancelled = Transactions::idOf(*request, "INVITE");
-    if (Quota::Place place = transactions.placeOf(cancelled)) { // counted where the INVITE is, and never refused
+    if (Quota::Place place = transactions.placeOf(cancelled)) { // it shares the INVITE's place, and is never refused
         transactions.open(id, from, std::move(place));
         transactions.respond(id, makeResponse(200, request));
         transactions.cancel(cancelled);
@@ -222,7 +224,7 @@ void UserAgent::invite(const Request& request, const Transactions::Id& id, const
     }
     transactions.open(id, from, m_transactions.take());
     const auto call = std::make_shared<Callee>(*this, from, KxHandleCast<KxSipInviteMessage>(request), id);
-    call->begin(); // first, since a call that can't begin must not stay
+    call->begin(); // before the call is stored: one that can't begin must not stay
     m_calls.emplace(call->tag(), call);
 }
 
@@ -230,7 +232,8 @@ bool UserAgent::isFull() const {
     return m_transactions.isFull() || m_calls.size() >= m_maxCalls;
 }
 
-/** Refuses for now: by the time that it names, all that waits for an answer has got one or was given up. */
+/** Returns a refusal with Retry-After. After that time every message that now waits for an answer has got one or was
+    given up. */
 KxHandle<KxSipResponse> UserAgent::makeLater(int code, const Request& request) const {
     const KxHandle<KxSipResponse> response = makeResponse(code, request);
     const auto wait = std::chrono::ceil<std::chrono::seconds>(transactions.patience());
@@ -238,7 +241,8 @@ KxHandle<KxSipResponse> UserAgent::makeLater(int code, const Request& request) c
     return response;
 }
 
-/** What an INVITE may ask for. [RFC 3261 11.2] */
+/** Returns the response to OPTIONS, with the methods, body types and extensions that an INVITE may use.
+    [RFC 3261 11.2] */
 KxHandle<KxSipResponse> UserAgent::makeOptions(const Request& request) const {
     const KxHandle<KxSipResponse> response = makeResponse(200, request);
     addAllow(*response);
@@ -258,7 +262,7 @@ void UserAgent::forget(const std::string& tag) {
     m_calls.erase(tag);
 }
 
-/** The call that the request belongs to; null where there is none. */
+/** Returns the call to which the request belongs, null if there is none. */
 std::shared_ptr<Call> UserAgent::find(const KxSipRequest& request) const {
     const auto found = m_calls.find(std::string(request.getToHeader()->getTag().view()));
     return found != m_calls.end() && found->second->owns(request) ? found->second : nullptr;

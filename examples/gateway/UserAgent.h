@@ -5,31 +5,32 @@
 
 #include <unordered_map>
 
-/** Both sides of a user agent: reads what comes, refuses what it must, and brings the rest to its calls. Used by one
-    thread. [RFC 3261 8.2]
+/** A user-agent client and server: parses each message that is received, refuses the requests that it must refuse, and
+    passes the others to its calls. Used by one thread. [RFC 3261 8.2]
 
-    Anybody may send anything, so all that a request leaves here has a limit:
-    - Outside a dialog only an INVITE that is taken opens a transaction and a call, and a CANCEL of it one more. All
-      else is answered at once and forgotten; when it comes again, it is answered again. [RFC 3261 8.2.7]
-    - When as many of these transactions or calls are open as there may be, a new INVITE gets 503 with Retry-After, and
-      so does OPTIONS, which asks whether there would be room.
-    - What belongs to something that is open is served all the same: what is sent again, ACK, CANCEL, and requests
-      within a call. Of these a call has its own number, so that one can't take the room of others; over it they
-      get 500 with Retry-After, BYE never does.
-    - All that is open ends by itself. A transaction has its timers. A call ends when its ACK does not come, when the
-      session timer finds that nobody is there, and after an hour. */
+    Input from the network is untrusted, so the state that requests can create is limited:
+    - Outside a dialog only an accepted INVITE opens a transaction and a call, and a CANCEL of it opens one more
+      transaction. Any other request is answered at once and nothing is stored; a retransmission is answered again. [RFC
+      3261 8.2.7]
+    - If the limit of these transactions or of calls is reached, a new INVITE gets 503 with Retry-After. So does
+      OPTIONS, which asks whether an INVITE would be accepted.
+    - Messages for open transactions and calls are served even then: retransmissions, ACK, CANCEL, and requests within a
+      call. Each call has its own limit of open requests, so that one call can't use up the room of others. Above it
+      requests get 500 with Retry-After; BYE is always served.
+    - Every transaction and call ends without further input. A transaction has its timers. A call ends if its ACK does
+      not come, if the session timer finds that the peer is gone, and after an hour. */
 class UserAgent final : public CallHost {
 public:
     struct Limits {
-        std::size_t transactions = 16384; ///< Those that were opened outside a dialog.
+        std::size_t transactions = 16384; ///< Transactions opened outside a dialog.
         std::size_t calls = 4096;
     };
 
     UserAgent(Timers& clock, Transport& wire, const Times& waits, const Limits& limits);
 
-    /** A message that came. Throws nothing that a peer could cause. */
+    /** Serves a message that was received. No input makes it throw. */
     void receive(std::string_view bytes, const Peer& from);
-    /** Makes a call. Throws KxException for a URI that can't be read. */
+    /** Makes a call. Throws KxException if its URI can't be parsed. */
     void call(const Peer& to, const Caller::Plan& plan);
 
 private:
@@ -52,6 +53,6 @@ private:
 
     std::size_t m_maxCalls;
     Quota m_transactions;
-    std::string m_secret;                                           // so that nobody knows our tags beforehand
+    std::string m_secret;                                           // makes our tags unpredictable
     std::unordered_map<std::string, std::shared_ptr<Call>> m_calls; // by our tag
 };

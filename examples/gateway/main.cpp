@@ -1,10 +1,11 @@
-// A small user-agent server and client host, over UDP and TCP on ACE's reactor: it answers calls, or makes one.
+// A small user-agent server and client over UDP and TCP, on ACE's reactor. It answers calls, or makes one.
 //
 //   gateway --port 5060
 //   gateway --port 0 call sip:bob@127.0.0.1:5060 --duration 2000
 //
-// Transport moves bytes, Transactions repeats what may be lost, UserAgent reads requests, refuses what it must and says
-// what is served when there is no room, Call and its two kinds are the dialogs. There is one thread.
+// Transport sends and receives bytes. Transactions retransmits messages that may be lost. UserAgent parses requests,
+// refuses those that can't be served, and decides what is served when there is no room. Call, with its derived classes
+// Callee and Caller, is a dialog. There is one thread.
 
 #include "UserAgent.h"
 #include "common/Host.h"
@@ -30,7 +31,7 @@ struct Options {
     Caller::Plan plan;
 };
 
-/** Makes the call that the options ask for, which ends the reactor's loop when it is over. */
+/** Makes the call that the options describe. The end of the call ends the reactor's loop. */
 void call(UserAgent& agent, Transport& transport, ACE_Reactor& reactor, const Options& options, bool& isDone) {
     Caller::Plan plan = options.plan;
     plan.duration = std::chrono::milliseconds(options.duration);

@@ -13,17 +13,18 @@
 namespace {
 
 constexpr std::chrono::minutes kNonceLife{5};
-// Whoever floods us with requests makes the oldest go early; their clients are told "stale" and try again.
+// A flood of requests makes the oldest nonces expire early; their clients get "stale" and try again.
 constexpr std::size_t kMaxNonces = 4096;
 
-/** The eight digits of a nonce count; 0, which is never used, for anything else. */
+/** Returns the value of a nonce count of eight hexadecimal digits; 0, which is not a valid count, for any other
+    text. */
 std::uint32_t countOf(std::string_view digits) {
     std::uint32_t count = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count, 16);
     return digits.size() == 8 && error == std::errc() && end == digits.data() + digits.size() ? count : 0;
 }
 
-/** Whether a text is the printed form of the URI, or another way to write it. */
+/** Whether the text parses to the same URI; it may be written in a different way. */
 bool names(const KxString& text, const KxHandle<KxURI>& uri) {
     KxByteArrayInputStream in(text.view());
     return !uri.isNil() && KxURI::sConstructFrom(in, true)->getString() == uri->getString();
@@ -65,7 +66,7 @@ KxHandle<KxSipHeader> Authenticator::challenge(bool stale) {
         m_order.pop_front();
     }
     char nonce[UUID::kTextLength + 1];
-    UUID::uuid_create_string(nonce); // nobody can guess the next one
+    UUID::uuid_create_string(nonce); // can't be guessed from earlier ones
     m_order.emplace_back(nonce);
     m_nonces[nonce].end = now + kNonceLife;
 
@@ -80,7 +81,7 @@ KxHandle<KxSipHeader> Authenticator::challenge(bool stale) {
 }
 
 Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
-    // There may be several, one for each realm on the way; a Proxy-Authorization is not for us.
+    // There may be several credentials, one for each realm on the path; a Proxy-Authorization is not for us.
     KxHandle<KxSipHeader> header = request.getHeaderByID(KxHeaderIDs::kAuthorization);
     for (; !header.isNil(); header = header->getNext()) {
         const auto authorization = KxHandleCast<KxSipAuthorizationHeader>(header);
@@ -92,23 +93,23 @@ Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
     return {};
 }
 
-/** Whether the credentials are what we asked for, of a user who knows his password. */
+/** Whether the credentials are of the offered kind and from a user who knows the password. */
 bool Authenticator::isUser(KxSipDigestCredentialsInfo& credentials, const KxSipRequest& request) const {
-    if (credentials.getProperty("algorithm").isNil()) { // then it is MD5 [RFC 2617 3.2.1]; the library needs it named
+    if (credentials.getProperty("algorithm").isNil()) { // means MD5 [RFC 2617 3.2.1]; the library needs the name
         KxByteArrayInputStream usual("algorithm=MD5");
         credentials.parse(usual);
     }
-    // Exactly what was offered. Who may choose MD5-sess needs no password of some users, and who may leave out the qop
-    // sends the same again and again.
+    // The properties must be exactly those that were offered. With MD5-sess the password of some users would not be
+    // needed, and without qop the same credentials could be replayed.
     if (credentials.getProperty("algorithm") != "MD5" || credentials.getProperty("qop") != "auth" ||
         !names(credentials.getProperty("uri"), request.getURI())) {
         return false;
     }
-    // A user there is not takes as long as one there is, so that nobody learns their names.
+    // An unknown user takes as long as a known one, so that the time does not reveal user names.
     const KxString name = credentials.getUsername();
     const auto user = m_users.find(name.view());
     const KxString password = user == m_users.end() ? KxString() : KxString(user->second);
-    credentials.setMethod(KxString(request.getMethod())); // it is not among what was received
+    credentials.setMethod(KxString(request.getMethod())); // not a property of the credentials
     return credentials.validate(name, password, m_realm) && user != m_users.end();
 }
 

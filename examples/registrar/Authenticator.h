@@ -15,41 +15,41 @@ using Clock = std::chrono::steady_clock;
 /** Passwords by user name. */
 using Users = std::map<std::string, std::string, std::less<>>;
 
-/** Reads lines "user:password"; empty ones and those that begin with "#" are skipped. Throws std::runtime_error, which
-    names the line and never says what stands in it. */
+/** Reads lines "user:password". Empty lines and those that begin with "#" are skipped. Throws std::runtime_error, which
+    gives the number of a bad line and never its content. */
 Users readUsers(const std::string& file);
 
 /** Digest authentication as a server does it. [RFC 2617 3.2, RFC 3261 22]
 
-    The library reads any credentials and computes what they should have been; it can't know what was offered. So all
-    that makes the result worth something is asked here: that realm, algorithm and qop are those of the challenge, that
-    the URI is the request's, that the user exists, and that the nonce is ours, fresh and counted upwards. */
+    The library parses any credentials and computes the expected response, but it can't know what was offered. This
+    class makes the further checks: realm, algorithm and qop are those of the challenge, the URI is that of the request,
+    the user exists, and the nonce is ours, is fresh and has a higher nonce count than before. */
 class Authenticator {
 public:
-    /** A challenge that was made, and the last request that answered it. */
+    /** The nonce of a challenge, and the last request that used it. */
     struct Nonce {
         Clock::time_point end;
-        std::uint32_t count = 0; ///< The highest that was used.
-        std::string request;     ///< The one that used it,
-        std::string response;    ///< and how it was answered.
+        std::uint32_t count = 0; ///< The highest nonce count that was used.
+        std::string request;     ///< Identifies the request that used this count.
+        std::string response;    ///< The bytes of the response to that request.
     };
     enum class Outcome {
-        Refused,  ///< No credentials, or not those of a user.
-        Stale,    ///< A user's, but the nonce is not ours, too old, or was used with this count.
-        Repeated, ///< The very request that used the nonce last: it is answered as before.
+        Refused,  ///< No credentials, or not those of a known user.
+        Stale,    ///< Credentials of a user, but the nonce is not ours, is too old, or was used with this count.
+        Repeated, ///< A retransmission of the request that used the nonce last: it is answered as before.
         Accepted,
     };
     struct Verdict {
         Outcome outcome = Outcome::Refused;
         std::string user;
-        Nonce* nonce = nullptr; ///< Of what was accepted or repeated; holds until the next challenge.
+        Nonce* nonce = nullptr; ///< Set for Accepted and Repeated; valid until the next challenge.
     };
 
     Authenticator(const std::string& realm, Users users);
 
-    /** Judges the request by its credentials for the realm. Throws KxException for what can't be judged. */
+    /** Checks the credentials of the request for the realm. Throws KxException if they can't be checked. */
     Verdict judge(const KxSipRequest& request);
-    /** A new challenge, as a WWW-Authenticate header. */
+    /** Returns a WWW-Authenticate header with a new challenge. */
     KxHandle<KxSipHeader> challenge(bool stale);
 
 private:

@@ -11,11 +11,11 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr seconds kUsual{3600}; // where the client does not say
+constexpr seconds kUsual{3600}; // if the client does not ask for a time
 constexpr seconds kLongest{7200};
-constexpr std::size_t kMaxBindings = 8; // of one user
+constexpr std::size_t kMaxBindings = 8; // per user
 
-/** What an "expires" parameter says; `otherwise` where there is none or it is no number. */
+/** Returns the value of an "expires" parameter, at most kLongest; `otherwise` if it is not a number or missing. */
 seconds secondsOf(std::string_view digits, seconds otherwise) {
     std::uint32_t number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
@@ -35,11 +35,11 @@ int Bindings::update(const std::string& user, const KxSipRequest& request) {
     const std::uint32_t cseq = request.getCSeqHeader()->getSeqNumber();
     const auto isLate = [&](const Binding& binding) { return binding.callId == callId && cseq <= binding.cseq; };
 
-    std::vector<Binding> bindings = m_users[user]; // becomes the user's when all went well
+    std::vector<Binding> bindings = m_users[user]; // a copy, which is stored only if all goes well
     std::erase_if(bindings, [now](const Binding& binding) { return binding.end <= now; });
     KxHandle<KxSipContactHeader> contact = request.getContactHeader();
     for (; !contact.isNil(); contact = KxHandleCast<KxSipContactHeader>(contact->getNext())) {
-        if (contact->isWildCard()) { // stands for all addresses, and only to remove them
+        if (contact->isWildCard()) { // means all addresses, and may only remove them
             if (contact != request.getContactHeader() || !contact->getNext().isNil() || usual != seconds::zero()) {
                 return 400;
             }

@@ -6,23 +6,24 @@
 
 #include <vector>
 
-/** Where users can be reached: some addresses for each, until each one's time is up. [RFC 3261 10.3] */
+/** The addresses at which users can be reached, each with its expiry time. [RFC 3261 10.3] */
 class Bindings {
 public:
-    /** Does what a REGISTER asks for the user, all of it or nothing, and returns the status code of the answer. Throws
-        KxException for what can't be read. */
+    /** Makes all the changes that a REGISTER asks for, or none, and returns the status code of the response. Throws
+        KxException if a value can't be read. */
     int update(const std::string& user, const KxSipRequest& request);
 
-    /** Adds the user's addresses, each with the seconds that it has left, and the longest of these as Expires. */
+    /** Adds the user's addresses to the response, each with the seconds that are left, and Expires with the longest of
+        these times. */
     void addTo(KxSipResponse& response, const std::string& user) const;
 
 private:
     struct Binding {
-        KxHandle<KxSipContactHeader> contact; // our copy, without the values behind it
+        KxHandle<KxSipContactHeader> contact; // our copy, without the values that followed it
         KxString callId;
         std::uint32_t cseq = 0;
         Clock::time_point end;
     };
 
-    std::map<std::string, std::vector<Binding>> m_users; // no more than there are in the password file
+    std::map<std::string, std::vector<Binding>> m_users; // at most the users of the password file
 };

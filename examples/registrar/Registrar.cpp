@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::size_t kLargestRequest = 4096; // so much of a stranger's may stay in our tables
+constexpr std::size_t kLargestRequest = 4096; // bytes; limits what one request can add to the tables
 
 log4cplus::Logger& logger() {
     static log4cplus::Logger logger = log4cplus::Logger::getInstance("registrar");
@@ -67,17 +67,17 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
     return bytes;
 }
 
-/** The response to what is no business of a registrar's, or nil. */
+/** Returns the response to a request that the registrar does not serve, else nil. */
 KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request, std::size_t size) const {
     unsigned code = 0;
     if (size > kLargestRequest) {
         return makeResponse(513, request);
     }
-    if (request->rejectedByStack(code)) { // statuses below 100 say that something could not be read
+    if (request->rejectedByStack(code)) { // codes below 100 mean that a part could not be read
         return makeResponse(code < 100 ? 400 : static_cast<int>(code), request);
     }
     const std::string_view method = request->getMethod();
-    if (method == "CANCEL") { // all is answered at once, so there is never anything left to cancel
+    if (method == "CANCEL") { // requests are answered at once, so there is nothing to cancel
         return makeResponse(481, request);
     }
     if (method != "REGISTER") {
@@ -95,7 +95,7 @@ KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request,
     return {};
 }
 
-/** The response to a REGISTER of this user, whose own address is all that he may change. */
+/** Returns the response to a REGISTER of this user. A user may change only the own address. */
 KxHandle<KxSipResponse> Registrar::serve(const KxHandle<KxSipRequest>& request, const std::string& user) {
     const KxHandle<KxSipURL> address = request->getToHeader()->getNameAddress()->getURL();
     const bool isOwn = !address.isNil() && address->getUser() == user;

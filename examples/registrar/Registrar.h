@@ -6,19 +6,20 @@
 #include <string>
 #include <string_view>
 
-/** Answers requests: bytes in, bytes out. Knows nothing of sockets; used by one thread. */
+/** Answers requests: takes the bytes of a request and returns those of the response. Uses no sockets. Used by one
+    thread. */
 class Registrar {
 public:
-    /** What to send back, to the address from which the request came. */
+    /** A response, which goes to the host from which the request came. */
     struct Reply {
-        std::string bytes; ///< Nothing is sent where there are none.
+        std::string bytes; ///< If empty, nothing is sent.
         unsigned port = 0;
     };
 
     Registrar(const std::string& realm, Users users) : m_authenticator(realm, std::move(users)) {}
 
-    /** The answer to a datagram; none to responses, ACKs, keep-alives and what can't be read. Throws nothing that a
-        datagram could cause. */
+    /** Returns the response to a datagram; an empty one for responses, ACKs, keep-alives and datagrams that can't be
+        parsed. No datagram makes it throw. */
     Reply answer(std::string_view datagram, const std::string& host, unsigned port);
 
 private:

@@ -1,4 +1,4 @@
-// A small SIP registrar over UDP: a message is read, answered and written, all between two turns of ACE's reactor.
+// A small SIP registrar over UDP. Each request is parsed and answered within one callback of ACE's reactor.
 //
 //   echo 'alice:secret' > users
 //   registrar --realm example.com --users users --port 5060
@@ -42,7 +42,7 @@ void run(const Options& options) {
     reactor.run_reactor_event_loop();
 }
 
-/** The realm stands between quotes in every challenge, and nothing escapes it there. */
+/** Returns an error text for a realm that can't be quoted. Challenges have the realm in quotes, without escapes. */
 std::string checkRealm(const std::string& realm) {
     const bool isPlain =
         std::all_of(realm.begin(), realm.end(), [](char c) { return c >= ' ' && c <= '~' && c != '"'; });

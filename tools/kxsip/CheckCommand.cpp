@@ -64,7 +64,7 @@ Verdict judge(const ReadMessage& read) {
     }
 }
 
-/** How many messages there were of each kind. */
+/** The number of messages of each kind. */
 class Tally {
 public:
     void add(Kind kind) { ++m_counts.at(kind); }

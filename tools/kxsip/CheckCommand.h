@@ -6,5 +6,5 @@ namespace CLI {
 class App;
 }
 
-/** Adds "kxsip check" to the command line; when it is what the user asked for, it runs and sets the outcome. */
+/** Adds the command "kxsip check" to the command line. If the user chose it, it runs and sets `outcome`. */
 void addCheckCommand(CLI::App& app, Outcome& outcome);

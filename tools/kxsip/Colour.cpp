@@ -13,7 +13,7 @@
 
 namespace {
 
-/** A terminal, which understands colours, of someone who did not say no (no-color.org). */
+/** Whether standard output is a terminal with colours and the user has not set NO_COLOR (no-color.org). */
 bool isWelcome() {
     const char* const no = std::getenv("NO_COLOR");
     const char* const terminal = std::getenv("TERM");
@@ -21,7 +21,7 @@ bool isWelcome() {
            std::string_view(terminal) != "dumb";
 }
 
-/** The sixteen colours only: those the user's theme has made readable. */
+/** Returns only the sixteen standard colours, which the user's theme makes readable. */
 const char* codeOf(Ink ink) {
     switch (ink) {
     case Ink::Place:
@@ -47,7 +47,7 @@ const char* codeOf(Ink ink) {
     return "";
 }
 
-/** Where the scheme begins that the colon ends; npos where there is none. */
+/** Returns the beginning of the scheme before the colon, or npos if there is none. */
 std::size_t schemeAt(std::string_view text, std::size_t colon) {
     for (const std::string_view scheme : {"sip", "sips", "tel"}) {
         const std::size_t begin = colon - scheme.size();
@@ -59,7 +59,7 @@ std::size_t schemeAt(std::string_view text, std::size_t colon) {
     return std::string_view::npos;
 }
 
-/** Where the next URI begins; the end where there is none. */
+/** Returns the beginning of the next URI, or the size of the text if there is none. */
 std::size_t findUri(std::string_view text, std::size_t from) {
     for (std::size_t colon = text.find(':', from); colon != std::string_view::npos; colon = text.find(':', colon + 1)) {
         if (const std::size_t begin = schemeAt(text, colon); begin != std::string_view::npos) {

@@ -7,28 +7,28 @@ namespace CLI {
 class App;
 }
 
-/** When the output has colours. */
+/** Whether the output has colours; with Auto if it is a terminal. */
 enum class ColourMode { Never, Auto, Always };
 
-/** What a piece of text is, and so how it looks. */
+/** The kind of a piece of text, which decides its colour. */
 enum class Ink { Place, Request, Provisional, Success, Failure, Name, Class, Value, Uri, Faint };
 
-/** Colours for standard output; without them every text stays as it is. */
+/** Colours for standard output. If they are off, every text is returned unchanged. */
 class Colour {
 public:
     explicit Colour(ColourMode mode);
 
     bool isOn() const { return m_on; }
     std::string operator()(Ink ink, std::string_view text) const;
-    /** A header's value or a Request-URI: the URIs in it stand out. */
+    /** Returns the value of a header, or a Request-URI, with the URIs in it coloured. */
     std::string value(std::string_view text) const;
 
-    /** The ink of a response's code; 0 for a request. */
+    /** Returns the ink for a status code; `code` is 0 for a request. */
     static Ink sInkOf(int code);
 
 private:
     bool m_on;
 };
 
-/** Adds --color to the command; `mode` must live until it has run. */
+/** Adds --color to the command. `mode` must outlive the run of the command. */
 void addColourOption(CLI::App& command, ColourMode& mode);

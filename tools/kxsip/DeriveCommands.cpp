@@ -30,19 +30,19 @@ using Message = KxHandle<KxSipMessage>;
 struct Options {
     std::string file = "-";
     std::size_t number = 0;
-    int code = 0; ///< Of a response.
+    int code = 0; ///< Status code of a response.
 };
 
-/** A way to make a message from another. */
+/** A command that makes a message from another one. */
 struct Derivation {
     const char* name;
     const char* description;
-    const char* example; ///< Behind the program's name.
-    /** Throws a KxException where it can't be done. */
+    const char* example; ///< The command line after the program's name.
+    /** Returns the new message. Throws KxException if it can't be made. */
     Message (*make)(const Message& parent, const Options& options);
 };
 
-/** The message as one of class M; throws where it is none. */
+/** Returns the message as an M. Throws KxException if it is none. */
 template <class M>
 KxHandle<M> as(const Message& message, const char* expected) {
     M* const typed = dynamic_cast<M*>(message.get());

@@ -6,6 +6,6 @@ namespace CLI {
 class App;
 }
 
-/** Adds "kxsip response", "ack", "bye", "cancel" and "prack" to the command line; the one that the user asked for runs
-    and sets the outcome. */
+/** Adds the commands "kxsip response", "ack", "bye", "cancel" and "prack" to the command line. The one that the user
+    chose runs and sets `outcome`. */
 void addDeriveCommands(CLI::App& app, Outcome& outcome);

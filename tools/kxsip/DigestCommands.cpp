@@ -41,7 +41,7 @@ struct Options {
     std::string user;
     std::string passwordFile;
     std::string method;
-    // of "answer"
+    // Only for "answer":
     std::string uri;
     std::string qop;
     std::string cnonce;
@@ -49,7 +49,7 @@ struct Options {
     std::string bodyFile;
 };
 
-/** What the options name, read. */
+/** The contents of the files that the options name. */
 struct Inputs {
     InputFile message;
     KxString password;
@@ -70,7 +70,7 @@ KxString firstLineOf(std::string_view text) {
     return textOf(line);
 }
 
-/** The handle's object; throws where it is nil. */
+/** Returns the object of the handle. Throws KxException if the handle is nil. */
 template <class T>
 T& required(const KxHandle<T>& handle, const char* otherwise) {
     if (handle.isNil()) {
@@ -79,7 +79,7 @@ T& required(const KxHandle<T>& handle, const char* otherwise) {
     return *handle;
 }
 
-/** The challenge of a 401 or 407. */
+/** Returns the header with the challenge of a 401 or 407. Throws KxException for any other message. */
 const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message) {
     const auto* const response = dynamic_cast<const KxSipResponse*>(&message);
     const std::uint32_t code = response == nullptr ? 0 : response->getStatusCode();
@@ -90,13 +90,13 @@ const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message) {
     return required(KxHandleCast<KxSipAuthenticateHeader>(message.getHeaderByID(id)), "The response has no challenge");
 }
 
-/** That of the request that was challenged, unless another was asked for. */
+/** Returns the method of the option, or else that of the challenged request. */
 KxString methodOf(const KxSipMessage& message, const Options& options) {
     return options.method.empty() ? required(message.getCSeqHeader(), "The message has no CSeq").getMethod()
                                   : textOf(options.method);
 }
 
-/** That of To, unless another was asked for. */
+/** Returns the URI of the option, or else that of To. */
 KxHandle<KxURI> uriOf(const KxSipMessage& message, const Options& options) {
     const KxString text =
         options.uri.empty() ? required(message.getToHeader(), "The message has no To").getURL() : textOf(options.uri);
@@ -137,7 +137,8 @@ Outcome verify(const ReadMessage& read, const Options& options, const Inputs& in
                                                                                                  : Outcome::No;
 }
 
-/** The bytes of a file, of none where there is no name; nothing, and a complaint, where it can't be read. */
+/** Returns the contents of the file, empty if the name is empty. If the file can't be read, reports this on standard
+    error and returns nothing. */
 std::optional<InputFile> read(const std::string& name) {
     try {
         return name.empty() ? InputFile() : InputFile::sRead(name);

@@ -6,6 +6,6 @@ namespace CLI {
 class App;
 }
 
-/** Adds "kxsip digest answer" and "kxsip digest verify" to the command line; the one that the user asked for runs and
-    sets the outcome. */
+/** Adds the commands "kxsip digest answer" and "kxsip digest verify" to the command line. The one that the user chose
+    runs and sets `outcome`. */
 void addDigestCommands(CLI::App& app, Outcome& outcome);

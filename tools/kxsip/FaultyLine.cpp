@@ -22,7 +22,7 @@ std::optional<std::string> faultOf(std::string_view line) {
     return std::nullopt;
 }
 
-/** Where the header line at `position` ends, with its continuation lines. */
+/** Returns the position after the header line at `position` and its continuation lines. */
 std::size_t behindHeader(std::string_view message, std::size_t position) {
     std::size_t end = message.find('\n', position);
     while (end != std::string_view::npos && end + 1 < message.size() &&

@@ -7,10 +7,10 @@
 
 /** A header line that the library drops from a message. */
 struct FaultyLine {
-    std::size_t line = 0; ///< Of the message, 1 for the start line.
-    std::string text;     ///< Its beginning; control characters as \xNN.
-    std::string why;      ///< What the library says of it.
+    std::size_t line = 0; ///< Number of the line in the message, 1 for the start line.
+    std::string text;     ///< The beginning of the line, with control characters as \xNN.
+    std::string why;      ///< The library's error text.
 
-    /** The first one of the message; nothing where all can be read. */
+    /** Returns the first such line of the message, or nothing if all can be read. */
     static std::optional<FaultyLine> sFind(std::string_view message);
 };

@@ -4,7 +4,7 @@
 
 namespace {
 
-/** A copy of a header stands alone, so what it writes is one line: name, ": ", value, CR LF. */
+/** A copy of a header is not part of a chain, so it is written as one line: name, ": ", value, CR LF. */
 std::string valueOf(const KxSipHeader& header) {
     const KxHandle<KxSipHeader> single(static_cast<KxSipHeader*>(header.clone()));
     const std::string line = serialized(*single);

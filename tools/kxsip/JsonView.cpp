@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/** Every key is there in every object, in this order. */
+/** Returns an object with all keys. Every object has all of them, in this order. */
 Json blank(const ReadMessage& read) {
     Json json;
     json["file"] = read.file;

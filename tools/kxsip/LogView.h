@@ -2,7 +2,7 @@
 
 #include "tools/kxsip/MessageView.h"
 
-/** What the library's log form says of each message, taken as received. A refused one is told on standard error. */
+/** Shows each message in the library's log form, as a received message. Reports a refused message on standard error. */
 class LogView final : public MessageView {
 public:
     explicit LogView(std::ostream& out) : MessageView(out) {}

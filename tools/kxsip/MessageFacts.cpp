@@ -12,7 +12,7 @@
 
 namespace {
 
-/** The URI of a From or To. */
+/** Returns the URI of a From or To, empty if the header is nil. */
 template <class H>
 std::string uriOf(const KxHandle<H>& header) {
     return header.isNil() ? "" : std::string(header->getURL().view());

@@ -2,19 +2,20 @@
 
 #include "tools/kxsip/ReadMessage.h"
 
-/** What people name a message by. Of a message that was refused, what its text tells, as far as it can be read. */
+/** The facts by which a user recognises a message. Those of a refused message are taken from its text where
+    possible. */
 struct MessageFacts {
-    std::string method; ///< Of a response the method it answers.
+    std::string method; ///< Of a response, the method of CSeq.
     int code = 0;       ///< 0 for a request.
-    std::string reason; ///< Of a response.
+    std::string reason; ///< The reason phrase of a response.
     std::string callId;
-    std::string from; ///< The caller's URI; empty where there is none.
+    std::string from; ///< The URI of From; empty if there is none.
     std::string to;
 
     explicit MessageFacts(const ReadMessage& read);
 
     bool isResponse() const { return code != 0; }
-    /** "INVITE", "180 Ringing"; control characters as \xNN. */
+    /** Returns the method, or status code and reason phrase ("180 Ringing"), with control characters as \xNN. */
     std::string label() const;
 
 private:

@@ -9,7 +9,7 @@
 
 namespace {
 
-/** "486", "4xx". */
+/** Returns the error text for a pattern that is not a status; a status is a code or a class, "486" or "4xx". */
 std::string statusFault(const std::string& text) {
     const bool isCode =
         text.size() == 3 && text[0] >= '1' && text[0] <= '6' &&
@@ -22,7 +22,7 @@ bool isStatus(const std::string& pattern, int code) {
     return text == pattern || (KxAscii::toLower(pattern[1]) == 'x' && text[0] == pattern[0]);
 }
 
-/** "192.0.2.1", "192.0.2.1:5060", "2001:db8::1", "[2001:db8::1]:5060". */
+/** Whether the pattern names the endpoint: "192.0.2.1", "192.0.2.1:5060", "2001:db8::1", "[2001:db8::1]:5060". */
 bool isAt(const std::string& pattern, const Endpoint& end) {
     return pattern == end.address || pattern == end.text() || pattern == "[" + end.address + "]";
 }

@@ -9,16 +9,17 @@ namespace CLI {
 class App;
 }
 
-/** Which messages the user wants to see. Of each kind of condition one must hold; a kind that is not given holds. */
+/** Selects the messages that the user wants to see. For each option that was given, one of its values must match. */
 class MessageFilter {
 public:
-    /** Adds --method, --status, --call-id and --address to the command. The filter must live until it has run. */
+    /** Adds --method, --status, --call-id and --address to the command. The filter must outlive the run of the
+        command. */
     void addOptions(CLI::App& command);
 
     bool accepts(const ReadMessage& read) const;
     bool isEmpty() const;
 
-    /** What --help says of the options. */
+    /** The text of --help about the options. */
     static const char* const sHelp;
 
 private:

@@ -11,13 +11,14 @@
 
 namespace {
 
-/** Where the line behind the one at `position` begins. */
+/** Returns the beginning of the line after the one at `position`. */
 std::size_t behindLine(std::string_view bytes, std::size_t position) {
     const std::size_t end = bytes.find('\n', position);
     return end == std::string_view::npos ? bytes.size() : end + 1;
 }
 
-/** Where the first line at or behind `position` that looks like a start line begins; the end where there is none. */
+/** Returns the beginning of the first line at or after `position` that looks like a start line, or the size of the
+    bytes if there is none. */
 std::size_t findStartLine(std::string_view bytes, std::size_t position) {
     while (position < bytes.size()) {
         const std::size_t behind = behindLine(bytes, position);
@@ -73,7 +74,7 @@ std::optional<ReadMessage> MessageReader::next() {
     return readHere();
 }
 
-/** Line ends are counted once, however many messages there are. */
+/** Returns the number of the current line. Each line end is counted only once, not again for each message. */
 std::size_t MessageReader::lineHere() {
     const std::string_view passed = m_bytes.substr(m_lineCounted, m_position - m_lineCounted);
     m_line += static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'));

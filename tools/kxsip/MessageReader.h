@@ -10,18 +10,18 @@
 class MessageFilter;
 class Progress;
 
-/** Takes the messages out of a file that holds several, one behind the other. Where one begins:
+/** Reads the messages of a file that has several, one after the other. A message begins as follows:
 
-    - Line ends in front of a message are skipped [RFC 3261 7.5]; a file that holds nothing else is read as it is.
-    - Behind a message that was read, with its body, the next one begins at once, whatever stands there.
-    - Behind one that was refused the next begins at a line that looks like a start line: not in the refused message's
-      own first line, and not in front of the place where reading stopped. */
+    - Line ends before a message are skipped [RFC 3261 7.5]; a file with nothing else is parsed unchanged.
+    - After a message that was read, with its body, the next one begins immediately, whatever the bytes there are.
+    - After a refused message the next one begins at a line that looks like a start line. This line is neither the first
+      line of the refused message nor before the position where parsing stopped. */
 class MessageReader final : public MessageSource {
 public:
     /** The file must outlive the reader. */
     explicit MessageReader(const InputFile& file) : m_name(file.name), m_bytes(file.bytes) {}
 
-    /** The next message; nothing at the end. A file always gives one. */
+    /** Returns the next message, or nothing at the end. Every file has at least one. */
     std::optional<ReadMessage> next() override;
     std::size_t position() const override { return m_position; }
 
@@ -33,20 +33,20 @@ private:
     std::string_view m_bytes;
     std::size_t m_position = 0;
     std::size_t m_index = 0;
-    std::size_t m_line = 1;        ///< Of the place up to which lines are counted.
-    std::size_t m_lineCounted = 0; ///< That place.
+    std::size_t m_line = 1;        ///< The line number at m_lineCounted.
+    std::size_t m_lineCounted = 0; ///< The position up to which lines are counted.
 };
 
-/** The message of that number, 0 for the first; nothing where there are not so many. */
+/** Returns the message with this number, 0 for the first, or nothing if the file has fewer messages. */
 std::optional<ReadMessage> readMessage(const InputFile& file, std::size_t number);
 
-/** What to read, and which of it. */
+/** The files to read, and a filter for their messages. */
 struct Reading {
-    std::vector<std::string> files;        ///< Standard input where there are none.
-    const MessageFilter* filter = nullptr; ///< Nil for all messages.
-    Progress* progress = nullptr;          ///< Nil where nobody wants to know.
+    std::vector<std::string> files;        ///< If empty, standard input is read.
+    const MessageFilter* filter = nullptr; ///< Null for all messages.
+    Progress* progress = nullptr;          ///< Null if no progress is shown.
 };
 
-/** Hands on every message of the files that the filter accepts. Says on standard error which file can't be read and what
-    could not be done with a message (where `take` throws a KxException), and goes on. Returns the worst outcome. */
+/** Calls `take` with every message of the files that the filter accepts. If a file can't be read, or `take` throws a
+    KxException, this is reported on standard error, and reading continues. Returns the worst outcome. */
 Outcome forEachMessage(const Reading& reading, const std::function<void(const ReadMessage&)>& take);

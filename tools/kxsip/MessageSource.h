@@ -15,17 +15,17 @@ public:
     MessageSource(const MessageSource&) = delete;
     MessageSource& operator=(const MessageSource&) = delete;
 
-    /** What reads this file: a CaptureReader for a capture, else a MessageReader. The file must outlive it. Throws
-        CaptureError, with the file's name, for a capture that can't be opened. */
+    /** Returns a reader for the file: a CaptureReader for a capture, else a MessageReader. The file must outlive it.
+        Throws CaptureError, with the file's name, for a capture that can't be opened. */
     static std::unique_ptr<MessageSource> sOpen(const InputFile& file);
 
-    /** The next message; nothing at the end. */
+    /** Returns the next message, or nothing at the end. */
     virtual std::optional<ReadMessage> next() = 0;
-    /** About how many bytes of the file have been read. */
+    /** Returns about how many bytes of the file have been read. */
     virtual std::size_t position() const = 0;
-    /** What the user should know of the file besides its messages, once there are no more of them. */
+    /** Returns notes for the user about the file. To be called after the last message. */
     virtual std::vector<std::string> notes() const { return {}; }
-    /** What the file itself, messages apart, comes to. */
+    /** Returns the outcome for the file itself, without its messages. */
     virtual Outcome outcome() const { return Outcome::Valid; }
 
 protected:

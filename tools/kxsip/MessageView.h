@@ -4,7 +4,7 @@
 
 #include <ostream>
 
-/** A way to show messages, one after the other. */
+/** A format in which messages are shown, one after the other. */
 class MessageView {
 public:
     virtual ~MessageView() = default;

@@ -5,7 +5,7 @@
 
 #include <string>
 
-/** What the object's serialize writes. */
+/** Returns what the object's serialize writes. */
 template <class T>
 std::string serialized(const T& object) {
     KxByteArrayOutputStream out;
@@ -13,5 +13,5 @@ std::string serialized(const T& object) {
     return std::string(out.view());
 }
 
-/** The name of the class the object is of, "KxSipViaHeader". */
+/** Returns the name of the class of the object, for example "KxSipViaHeader". */
 std::string classNameOf(const KxObject& object);

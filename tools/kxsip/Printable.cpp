@@ -2,7 +2,7 @@
 
 namespace {
 
-/** C0 and DEL, and C1 as UTF-8 writes it behind 0xC2. */
+/** Whether the byte is a C0 control, DEL, or the second byte of a C1 control in UTF-8, after 0xC2. */
 bool isControl(unsigned char before, unsigned char byte) {
     return byte < 0x20 || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0);
 }

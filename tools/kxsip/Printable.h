@@ -3,5 +3,5 @@
 #include <string>
 #include <string_view>
 
-/** The text with its control characters as \xNN, so that a message can't steer the terminal. */
+/** Returns the text with its control characters as \xNN, so that a message can't control the terminal. */
 std::string printable(std::string_view text);

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <string>
 
-/** How far reading has come: one line at the bottom of the terminal, on standard error. Shows nothing where that is no
-    terminal, nor of what takes less than half a second. */
+/** Shows the progress of reading in one line at the bottom of the terminal, on standard error. Shows nothing if
+    standard error is not a terminal, or in the first half second. */
 class Progress {
 public:
     Progress();
@@ -14,9 +14,9 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     void show(const std::string& file, std::size_t done, std::size_t size);
-    /** Takes the line away, so that standard error can be written. */
+    /** Removes the line, so that standard error can be written. */
     void wipe();
-    /** Takes the line away where standard output is a terminal too, so that it can be written. */
+    /** Removes the line if standard output is a terminal too, so that standard output can be written. */
     void makeRoom();
 
 private:

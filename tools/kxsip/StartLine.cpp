@@ -18,7 +18,7 @@ bool isToken(std::string_view text) {
     });
 }
 
-/** "SIP/2.0" with any numbers. */
+/** Whether the text is "SIP/2.0", with any numbers. */
 bool isVersion(std::string_view text) {
     constexpr std::string_view kProtocol = "SIP/";
     if (!text.starts_with(kProtocol)) {

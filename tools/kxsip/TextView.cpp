@@ -20,7 +20,7 @@ std::size_t widthOf(const std::vector<HeaderValue>& headers, std::string HeaderV
     return std::min(width, kWidestColumn);
 }
 
-/** Columns count what is seen, so blanks are added in front of colours. */
+/** Columns count visible characters, so the blanks must be added before the colours. */
 std::string padded(std::string_view text, std::size_t width) {
     return std::string(text).append(width - std::min(width, text.size()), ' ');
 }

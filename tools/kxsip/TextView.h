@@ -4,8 +4,8 @@
 #include "tools/kxsip/HeaderValue.h"
 #include "tools/kxsip/MessageView.h"
 
-/** A message for the eye: what it is, what the library says of it, and its headers with their classes. Control
-    characters are written as \xNN, so that a message can't steer the terminal. */
+/** Shows a message as text: start line, verdict of the library, and headers with their classes. Control characters are
+    written as \xNN, so that a message can't control the terminal. */
 class TextView final : public MessageView {
 public:
     TextView(std::ostream& out, Colour colour) : MessageView(out), m_colour(colour) {}

@@ -2,7 +2,7 @@
 
 #include "tools/kxsip/MessageView.h"
 
-/** The bytes that serialize writes, and nothing else. A refused message writes none: it is told on standard error. */
+/** Shows the bytes that serialize writes, and nothing else. Reports a refused message on standard error. */
 class WireView final : public MessageView {
 public:
     explicit WireView(std::ostream& out) : MessageView(out) {}

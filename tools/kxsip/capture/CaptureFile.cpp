@@ -13,10 +13,10 @@
 namespace {
 
 constexpr std::string_view kGzip("\x1F\x8B\x08", 3);
-constexpr std::string_view kBlockType("\x0A\x0D\x0D\x0A", 4); // pcapng's first block; its byte order stands at 8
+constexpr std::string_view kBlockType("\x0A\x0D\x0D\x0A", 4); // pcapng's first block; its byte order is at 8
 
 constexpr std::array<std::string_view, 6> kPcap = {
-    // microseconds, nanoseconds, and the patched form of old; in either byte order
+    // microseconds, nanoseconds, and an old patched form; in either byte order
     std::string_view("\xA1\xB2\xC3\xD4", 4), std::string_view("\xD4\xC3\xB2\xA1", 4),
     std::string_view("\xA1\xB2\x3C\x4D", 4), std::string_view("\x4D\x3C\xB2\xA1", 4),
     std::string_view("\xA1\xB2\xCD\x34", 4), std::string_view("\x34\xCD\xB2\xA1", 4),
@@ -29,7 +29,8 @@ bool isPcapng(std::string_view bytes) {
     return bytes.starts_with(kBlockType) && (order == kOrder || order == kOtherOrder);
 }
 
-/** A capture's clock may tell anything; text and differences need years of four digits. */
+/** Limits the time: a capture may have any time, but times as text and differences of times need years of four
+    digits. */
 std::chrono::microseconds timeOf(const timeval& stamp) {
     constexpr std::int64_t kLast = 253402300799; // the end of 9999
     const auto seconds = std::clamp<std::int64_t>(stamp.tv_sec, 0, kLast);
@@ -52,7 +53,7 @@ CaptureFile::CaptureFile(std::string_view bytes) {
     if (bytes.starts_with(kGzip)) {
         throw CaptureError("it is compressed; unpack it first: gunzip -c FILE | kxsip COMMAND -");
     }
-    std::FILE* const in = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb"); // which is not written to
+    std::FILE* const in = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb"); // the buffer is not written
     if (in == nullptr) {
         throw CaptureError(std::generic_category().message(errno));
     }

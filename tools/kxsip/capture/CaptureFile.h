@@ -9,7 +9,7 @@
 
 struct pcap;
 
-/** A capture can't be read; the text says why and what to do. */
+/** The error that a capture can't be read; the text says why and what to do. */
 class CaptureError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -18,25 +18,25 @@ public:
 /** A frame as the capture holds it. */
 struct Frame {
     std::chrono::microseconds time{}; ///< Since 1970.
-    std::string_view bytes;           ///< Good until the next frame is read.
-    bool isCut = false;               ///< The capture kept its beginning only.
+    std::string_view bytes;           ///< Valid until the next frame is read.
+    bool isCut = false;               ///< The capture has only the beginning of the frame.
 };
 
-/** The frames of a pcap or pcapng file that lies in memory. */
+/** Reads the frames of a pcap or pcapng file in memory. */
 class CaptureFile {
 public:
-    /** Whether the bytes begin as a capture does, plain or gzipped. */
+    /** Whether the bytes begin like a capture, plain or gzipped. */
     static bool sIsCapture(std::string_view bytes);
 
     /** The bytes must outlive this object. Throws CaptureError. */
     explicit CaptureFile(std::string_view bytes);
 
-    /** The next frame; nothing at the end of the file or where it is damaged. */
+    /** Returns the next frame, or nothing at the end of the file or where the file is damaged. */
     std::optional<Frame> next();
 
-    /** What libpcap calls DLT_. */
+    /** Returns the link type, one of the DLT_ values of libpcap. */
     int linkType() const;
-    /** What is wrong with the file behind the last frame; empty where nothing is. */
+    /** Returns the error after the last frame, empty if there is none. */
     const std::string& damage() const { return m_damage; }
 
 private:

@@ -10,9 +10,9 @@ namespace {
 
 constexpr std::uint8_t kTcp = 6;
 constexpr std::uint8_t kUdp = 17;
-constexpr std::size_t kFrameHeader = 16; // what a pcap file adds to each frame
+constexpr std::size_t kFrameHeader = 16; // bytes that a pcap file adds to each frame
 
-/** The message of a datagram; empty where it is none. */
+/** Returns the message of a datagram, empty if it is not a message. */
 std::string_view messageOf(const Tins::PDU* payload) {
     const auto* const raw = dynamic_cast<const Tins::RawPDU*>(payload);
     if (raw == nullptr) {

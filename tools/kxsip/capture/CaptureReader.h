@@ -7,8 +7,8 @@
 
 #include <deque>
 
-/** Finds the messages of a capture, on whatever port. Of UDP a datagram is a message when its first line, behind line
-    ends, looks like a start line; TCP is cut by a StreamFramer. Packets that can't be read are counted and passed over. */
+/** Finds the messages of a capture, on any port. A UDP datagram is a message if its first line, after any line ends,
+    looks like a start line. A StreamFramer cuts TCP streams. Packets that can't be read are counted and skipped. */
 class CaptureReader final : public MessageSource {
 public:
     /** The file must outlive the reader. Throws CaptureError. */

@@ -7,15 +7,15 @@
 #include <map>
 #include <tuple>
 
-/** Puts the fragments of IP datagrams together, of both versions. Of fragments that overlap the first one stands
-    [RFC 5722]. Holds at most 1,024 unfinished datagrams of 64 KiB, the youngest; a fragment finds no datagram that
-    began more than 30 seconds before it, since identifiers come round. */
+/** Joins the fragments of IPv4 and IPv6 datagrams. Of fragments that overlap, the first is used [RFC 5722]. Holds at
+    most 1,024 incomplete datagrams of at most 64 KiB; the oldest is given up for a new one. A fragment is not added to
+    a datagram that began more than 30 seconds before it, since identifiers are used again. */
 class Fragments {
 public:
-    /** Takes a fragment; what the datagram carries once it is whole, and nothing before. */
+    /** Takes a fragment. Returns the payload of the datagram if the datagram is now complete, else nothing. */
     std::optional<std::string> take(const IpPacket& packet, std::chrono::microseconds now);
 
-    /** How many datagrams were given up, those counted that still wait. */
+    /** Returns the number of datagrams that were given up or are still incomplete. */
     std::size_t unfinished() const { return m_givenUp + m_datagrams.size(); }
 
 private:
@@ -25,7 +25,7 @@ private:
         std::chrono::microseconds begun;
         std::map<std::size_t, std::string> pieces; ///< By offset; they don't overlap.
         std::size_t held = 0;                      ///< Bytes of all pieces.
-        std::optional<std::size_t> end;            ///< Known with the last fragment.
+        std::optional<std::size_t> end;            ///< Known when the last fragment has come.
     };
     using Datagrams = std::list<Datagram>; // in the order in which they began
 

@@ -16,7 +16,7 @@ using Pdu = std::unique_ptr<Tins::PDU>;
 
 struct Link {
     int type;
-    std::size_t header; ///< Bytes in front of the IP packet; of no meaning for Ethernet.
+    std::size_t header; ///< Bytes before the IP packet; not used for Ethernet.
 };
 
 constexpr std::array<Link, 9> kLinks = {{{DLT_EN10MB, 0},
@@ -25,7 +25,7 @@ constexpr std::array<Link, 9> kLinks = {{{DLT_EN10MB, 0},
                                          {DLT_NULL, 4},
                                          {DLT_LOOP, 4},
                                          {DLT_RAW, 0},
-                                         {101, 0}, // raw IP, as files number it
+                                         {101, 0}, // raw IP, by its number in files
                                          {DLT_IPV4, 0},
                                          {DLT_IPV6, 0}}};
 
@@ -42,7 +42,7 @@ const std::uint8_t* octets(std::string_view bytes) {
     return reinterpret_cast<const std::uint8_t*>(bytes.data());
 }
 
-/** The version stands in the packet itself, so what the link says of it, in its many ways, need not be believed. */
+/** Takes the IP version from the packet itself, since each kind of link gives it in a different way. */
 Pdu dissectIp(std::string_view bytes) {
     const auto size = static_cast<std::uint32_t>(bytes.size());
     switch (bytes.empty() ? 0 : octets(bytes)[0] >> 4) {
@@ -75,7 +75,8 @@ IpPacket taken(Tins::IP& ip) {
     return packet;
 }
 
-/** The protocol behind the Fragment header, which libtins does not keep. `packet` begins with the IPv6 header. */
+/** Returns the protocol that follows the Fragment header, which libtins does not keep. `packet` begins with the IPv6
+    header. */
 std::uint8_t fragmentedProtocol(std::string_view packet) {
     constexpr std::size_t kFixed = 40;
     constexpr std::size_t kNextHeader = 6;

@@ -4,7 +4,7 @@ namespace {
 
 constexpr std::size_t kMostBytes = 256U << 10;
 constexpr std::size_t kMostSegments = 1024;
-constexpr std::uint64_t kWindow = 1U << 30; // the largest window there is [RFC 7323 2.3]
+constexpr std::uint64_t kWindow = 1U << 30; // the largest window [RFC 7323 2.3]
 
 } // namespace
 

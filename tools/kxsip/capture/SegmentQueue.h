@@ -5,35 +5,36 @@
 #include <string>
 #include <string_view>
 
-/** Puts the bytes of one direction of a TCP stream in order: segments come early, late, twice, and overlap; of bytes that
-    come twice the first stand. */
+/** Puts the bytes of one direction of a TCP stream in order. Segments may come early, late or twice, and may overlap;
+    of bytes that come twice, the first are used. */
 class SegmentQueue {
 public:
-    /** `next` is the sequence number of the first byte to come. */
+    /** `next` is the sequence number of the first byte of the stream. */
     explicit SegmentQueue(std::uint32_t next) : m_next(kStart + next) {}
 
-    /** Takes a segment; what lies too far from the next byte to belong to the stream's window is dropped. */
+    /** Takes a segment. A segment that is too far from the next byte to be in the stream's window is dropped. */
     void put(std::uint32_t sequence, std::string_view bytes);
 
-    /** The bytes that follow those taken before, as far as they are there. */
+    /** Returns the available bytes that follow those returned before, up to the next gap. */
     std::string take();
 
-    /** Whether segments wait for one in front of them. */
+    /** Whether segments wait for a missing segment before them. */
     bool isWaiting() const { return !m_waiting.empty(); }
-    /** Whether so many wait that the one in front of them will hardly come. */
+    /** Whether so many segments wait that the missing one is not expected any more. */
     bool isFull() const;
-    /** Whether an acknowledgement says that the receiver has the first of those that wait. */
+    /** Whether the acknowledgement shows that the receiver has bytes of the first waiting segment. */
     bool isWaitingAcknowledged(std::uint32_t acknowledgement) const;
-    /** Goes on with the first of those that wait. */
+    /** Skips the missing bytes before the first waiting segment. There must be one. */
     void skipGap();
 
 private:
-    /** Sequence numbers come round, positions don't: the one of that number that is nearest to m_next. [RFC 9293 3.4] */
+    /** Returns the position for a sequence number. Sequence numbers wrap around, positions do not: it is the position
+        nearest to m_next. [RFC 9293 3.4] */
     std::uint64_t position(std::uint32_t sequence) const;
 
-    static constexpr std::uint64_t kStart = std::uint64_t{1} << 32; ///< So that none is in front of 0.
+    static constexpr std::uint64_t kStart = std::uint64_t{1} << 32; ///< So that no position is below 0.
 
     std::uint64_t m_next;
-    std::map<std::uint64_t, std::string> m_waiting; ///< By position; all behind m_next once take() was called.
-    std::size_t m_held = 0;                         ///< Bytes of all that wait.
+    std::map<std::uint64_t, std::string> m_waiting; ///< By position; all after m_next once take() was called.
+    std::size_t m_held = 0;                         ///< Bytes of all waiting segments.
 };

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kLongestMessage = 1U << 20;
 constexpr std::size_t kLongestStartLine = 8192;
 
-/** Bytes of the body that the header section tells of; 0 where it tells nothing that can be read. */
+/** Returns the length of the body by the header section's Content-Length, 0 if there is none that can be read. */
 std::size_t contentLength(std::string_view headers) {
     const std::string_view text = HeaderScan::valueOf(headers, "Content-Length", 'l').value_or("0");
     std::size_t length = 0;
@@ -60,7 +60,7 @@ void StreamFramer::drop(std::size_t count) {
     m_midLine = false;
 }
 
-/** Drops lines up to one that looks like a start line. */
+/** Drops the lines before one that looks like a start line. Returns whether there is one. */
 bool StreamFramer::findMessage() {
     while (true) {
         const std::string_view bytes = unread();
@@ -82,7 +82,7 @@ bool StreamFramer::findMessage() {
     }
 }
 
-/** Finds the empty line, and with it how long the message is. */
+/** Finds the empty line and sets the length of the message. Returns whether the empty line is there. */
 bool StreamFramer::findHeaderEnd() {
     const std::string_view bytes = unread();
     while (true) {

@@ -31,7 +31,7 @@ TcpStreams::Stream& TcpStreams::open(const Key& key, const Origin& origin, std::
     return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}}).first->second;
 }
 
-/** A new stream may have the addresses and ports of an older one; the same SYN may come twice. */
+/** A new stream may have the addresses and ports of an earlier one. The same SYN may come twice. */
 void TcpStreams::takeSyn(const Key& key, const Tins::TCP& segment, const Origin& origin) {
     const std::uint32_t first = segment.seq() + 1;
     const auto known = m_streams.find(key);
@@ -85,7 +85,7 @@ void TcpStreams::close(const Key& key) {
     m_streams.erase(known);
 }
 
-/** What was begun in front of the gap is cut off. */
+/** A message that began before the gap is cut off. */
 void TcpStreams::skipGap(Stream& stream) {
     ++m_gaps;
     cutOff(stream);

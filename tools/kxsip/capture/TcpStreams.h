@@ -10,29 +10,29 @@
 #include <map>
 #include <utility>
 
-/** Puts the segments of TCP streams in order and cuts the messages out of them. Streams that began before the capture
-    are read from the first segment that is there. Where a segment is missing, reading goes on behind the gap as soon as
-    the other side has acknowledged what is behind it (it was not lost, only not captured), when 256 KiB wait, and at the
-    end. */
+/** Puts the segments of TCP streams in order and cuts the streams into messages. Streams that began before the capture
+    are read from their first captured segment. If a segment is missing, reading continues after the gap in three cases:
+    the other side has acknowledged bytes after the gap (the segment was not lost, only not captured); more than 256 KiB
+    or 1,024 segments wait; or the connection is reset or opened again, or the capture ends. */
 class TcpStreams {
 public:
-    /** Takes a message as it is found; it is cut off where bytes are missing. */
+    /** Called with each message that is found. A message with missing bytes is cut off before them. */
     using Sink = std::function<void(const Origin&, std::string message)>;
 
     explicit TcpStreams(Sink sink) : m_sink(std::move(sink)) {}
 
-    /** `origin` tells the segment's time, source and destination. */
+    /** `origin` has the time, source and destination of the segment. */
     void take(const Tins::TCP& segment, const Origin& origin);
     /** No more segments come. */
     void finish();
 
-    /** How often segments were missing. */
+    /** Returns the number of gaps. */
     std::size_t gaps() const { return m_gaps; }
 
 private:
     using Key = std::pair<Endpoint, Endpoint>; // source, destination
     struct Stream {
-        Origin origin; ///< Its time is that of the latest segment.
+        Origin origin; ///< Its time is that of the last segment.
         std::uint32_t first = 0;
         SegmentQueue segments;
         StreamFramer framer;

@@ -11,7 +11,7 @@
 
 namespace {
 
-/** A host that talks to itself is as many columns as it has ports. */
+/** Each host is a column; a host that sends to itself has a column for each port. */
 void findColumns(Call& call) {
     std::set<std::string> loops;
     for (const Step& step : call.steps) {
@@ -66,7 +66,7 @@ std::string Step::remark() const {
     std::string result;
     const auto add = [&result](const std::string& more) { result += (result.empty() ? "" : ", ") + more; };
     if (facts.isResponse() && facts.method != "INVITE") {
-        add("to " + facts.method); // several may be on their way at once
+        add("to " + facts.method); // several requests may be open at once
     }
     if (carriesSdp(text)) {
         add("SDP");
@@ -95,7 +95,8 @@ std::string Call::title(std::string_view between) const {
     return printable(facts.method + " " + facts.from) + std::string(between) + printable(facts.to);
 }
 
-/** The first success, else the last failure: requests are repeated with credentials, and calls are changed later. */
+/** Returns the first success, else the last failure. There may be several final responses: requests are repeated with
+    credentials, and re-INVITEs change the call later. */
 const Step* Call::finalResponse() const {
     const Step* failure = nullptr;
     for (const Step& step : steps) {

@@ -7,57 +7,57 @@
 #include <string>
 #include <vector>
 
-/** A message as a ladder shows it. */
+/** A message of a ladder. */
 struct Step {
     MessageFacts facts;
     Origin origin;
-    std::size_t index = 0; ///< Of the message among all that were read.
+    std::size_t index = 0; ///< Number of the message among all that were read.
     std::string text;      ///< Its bytes.
-    std::string error;     ///< Why the library refused it; empty where it did not.
-    std::size_t from = 0;  ///< Columns.
+    std::string error;     ///< Why the library refused it; empty if it did not.
+    std::size_t from = 0;  ///< Index of the column.
     std::size_t to = 0;
-    std::optional<std::size_t> repeats; ///< The index of the message with the same bytes and the same way.
+    std::optional<std::size_t> repeats; ///< Index of the first message with the same bytes, source and destination.
 
-    /** What else a reader wants to see beside the label: "to PRACK", "SDP", "repeats 3", "refused". */
+    /** Returns remarks for the label: "to PRACK", "SDP", "repeats 3", "refused". */
     std::string remark() const;
 };
 
-/** A column of a ladder: a host, or a port of one that talks to itself. */
+/** A column of a ladder: a host, or a port of a host that sends to itself. */
 struct Column {
     std::string name;
-    std::set<std::uint16_t> ports; ///< That were used; empty where the name has the port.
+    std::set<std::uint16_t> ports; ///< The ports that were used; empty if the name has the port.
 
-    /** "port 5060", "3 ports"; empty where the name says it. */
+    /** Returns "port 5060" or "3 ports"; empty if the name has the port. */
     std::string portText() const;
 };
 
-/** All messages of one Call-ID, in the order of their times. */
+/** All messages of one Call-ID, ordered by time. */
 struct Call {
     std::string id;
-    std::vector<Step> steps; ///< One at least.
+    std::vector<Step> steps; ///< At least one.
     std::vector<Column> columns;
 
     std::chrono::microseconds begin() const { return steps.front().origin.time; }
     std::chrono::microseconds duration() const { return steps.back().origin.time - begin(); }
-    /** "INVITE sip:a@b > sip:c@d", with that text between the two. */
+    /** Returns "INVITE sip:a@b > sip:c@d", with `between` between the URIs. */
     std::string title(std::string_view between = " > ") const;
-    /** What the first request's method came to: its first success, else its last failure, "486 Busy Here"; "no final
-        response" where there is none. */
+    /** Returns the final response to the method of the first message, for example "486 Busy Here": the first success,
+        else the last failure, else "no final response". */
     std::string result() const;
-    /** Its code; 0 where there is none. */
+    /** Returns the status code of that response, 0 if there is none. */
     int resultCode() const;
 
 private:
     const Step* finalResponse() const;
 };
 
-/** Sorts messages into calls. */
+/** Sorts messages into calls by their Call-ID. */
 class CallBook {
 public:
-    /** The message must come from a capture. */
+    /** Adds a message, which must come from a capture. A call is drawn if one of its messages is wanted. */
     void add(const ReadMessage& read, bool isWanted);
 
-    /** The calls with a wanted message, in the order in which they began. */
+    /** Returns the calls with a wanted message, in the order in which they began. */
     std::vector<Call> finish();
 
 private:
@@ -68,10 +68,10 @@ private:
 
     std::vector<Entry> m_entries;
     std::map<std::string, std::size_t> m_index; ///< By Call-ID.
-    std::size_t m_count = 0;                    ///< Messages.
+    std::size_t m_count = 0;                    ///< Number of messages.
 };
 
-/** "2026-11-21 13:22:21.935 UTC". */
+/** Returns "2026-11-21 13:22:21.935 UTC". */
 std::string dateText(std::chrono::microseconds time);
-/** "0.503": seconds. */
+/** Returns the time in seconds, "0.503". */
 std::string secondsText(std::chrono::microseconds time);

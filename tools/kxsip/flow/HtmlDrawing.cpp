@@ -61,7 +61,7 @@ void writeHeader(std::ostream& out, std::string_view line) {
     }
 }
 
-/** The start line in bold, header names faint, the body as it is. */
+/** Writes the start line in bold, header names faint and the body unchanged. */
 void writeMessage(std::ostream& out, std::string_view text) {
     const auto takeLine = [&text] {
         const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);

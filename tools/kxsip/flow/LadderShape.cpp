@@ -9,11 +9,11 @@ namespace {
 
 constexpr int kNumberEnd = 58; // where the message's number ends
 constexpr int kTimeEnd = 138;
-constexpr int kGutter = 162; // up to the first box
+constexpr int kGutter = 162; // width before the first box
 constexpr int kBoxHeight = 44;
 constexpr int kNarrowest = 230;
 constexpr int kWidest = 430;
-constexpr int kLetter = 8; // the width of a character of a label, about
+constexpr int kLetter = 8; // approximate width of a character of a label
 constexpr int kNameLetter = 8;
 constexpr int kArrowY = 25;
 constexpr int kHead = 9; // length of an arrowhead
@@ -46,7 +46,7 @@ int spacingOf(const Call& call) {
     return spacing;
 }
 
-/** Points to the right with `way` 1, to the left with -1. */
+/** Draws an arrowhead, to the right if `way` is 1, to the left if it is -1. */
 void drawHead(std::ostream& out, int tip, int y, int way) {
     const int back = tip - way * kHead;
     out << "<polygon points=\"" << tip << ',' << y << ' ' << back << ',' << y - kHeadHalf << ' ' << back << ','

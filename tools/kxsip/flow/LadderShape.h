@@ -5,8 +5,8 @@
 #include <ostream>
 #include <string>
 
-/** The parts of a call's ladder as SVG elements, each drawn from y = 0 down; whoever puts them one below the other gets
-    the ladder. Lengths are pixels. */
+/** Draws the parts of a call's ladder as SVG elements, each from y = 0 down. The caller puts them below each other.
+    Lengths are in pixels. */
 class LadderShape {
 public:
     static constexpr int kNamesHeight = 56;
@@ -21,23 +21,23 @@ public:
 
     int width() const;
 
-    /** The boxes with the columns' names. */
+    /** Draws the boxes with the names of the columns. */
     void drawNames(std::ostream& out) const;
-    /** One message. */
+    /** Draws one message. */
     void drawStep(std::ostream& out, const Step& step) const;
-    /** A stretch of time in which nothing came. */
+    /** Draws a time without messages. */
     void drawPause(std::ostream& out, std::chrono::microseconds length) const;
-    /** The ends of the lifelines. */
+    /** Draws the ends of the lifelines. */
     void drawFoot(std::ostream& out) const;
 
-    /** How long nothing came in front of this step; 0 where that is not worth to be drawn. */
+    /** Returns the time without messages before this step, 0 if it is too short to be drawn. */
     std::chrono::microseconds pauseBefore(std::size_t step) const;
 
-    /** What the colours mean. */
+    /** Draws the legend of the colours. */
     static void sDrawLegend(std::ostream& out);
-    /** The class of a step's colour: "req", "pro", "ok" or "bad". */
+    /** Returns the CSS class for the colour of a step: "req", "pro", "ok" or "bad". */
     static const char* sClassOf(const Step& step);
-    /** The class of a call's result. */
+    /** Returns the CSS class for the result of a call. */
     static const char* sClassOf(const Call& call);
     /** The style sheet of all parts, light and dark. */
     static const char* const sStyle;

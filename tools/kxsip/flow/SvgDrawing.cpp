@@ -9,13 +9,13 @@ namespace {
 
 constexpr int kTitleHeight = 80;
 constexpr int kBetweenCalls = 36;
-constexpr std::size_t kStepsBetweenNames = 30; // so that a long ladder can be read where its top is out of sight
-constexpr int kBreak = 12;                     // in front of names that stand again
+constexpr std::size_t kStepsBetweenNames = 30; // so that the names of a long ladder stay visible
+constexpr int kBreak = 12;                     // before names that are repeated
 constexpr int kTitleLetter = 11;
 constexpr int kWidest = 1000;
 constexpr const char* kArrow = " \u2192 ";
 
-/** Puts parts one below the other. */
+/** Writes parts below each other. */
 class Stack {
 public:
     explicit Stack(std::ostream& out, int top) : m_out(out), m_y(top) {}
@@ -40,7 +40,7 @@ std::string metaText(const Call& call) {
            std::to_string(call.steps.size()) + " messages in " + secondsText(call.duration()) + " s";
 }
 
-/** Wide enough for the ladder and, within reason, for the title. */
+/** Returns a width that is enough for the ladder and, up to a limit, for the title. */
 int widthOf(const Call& call) {
     const auto letters =
         static_cast<int>(std::max(Utf8::length(call.title(kArrow)), Utf8::length(metaText(call)) * 3 / 4));

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t kGutter = 20; ///< In front of the first name: number and time.
+constexpr std::size_t kGutter = 20; ///< Width before the first lifeline, for number and time.
 constexpr std::size_t kNarrowest = 24;
 constexpr std::size_t kWidest = 48;
 
@@ -107,7 +107,7 @@ void TextLadder::drawNames(const Call& call) {
     }
 }
 
-/** The lifelines of columns [from, to), each with the blanks behind it. */
+/** Returns the lifelines of columns [from, to), each followed by blanks. */
 std::string TextLadder::lifelines(std::size_t from, std::size_t to) const {
     std::string line;
     for (std::size_t i = from; i < to; ++i) {

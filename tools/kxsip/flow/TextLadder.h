@@ -5,13 +5,13 @@
 
 #include <ostream>
 
-/** Whether the terminal's character set can draw lines: what LC_ALL, LC_CTYPE or LANG says. */
+/** Whether the terminal's character set has box characters, by the first of LC_ALL, LC_CTYPE and LANG that is set. */
 bool canDrawLines();
 
-/** A call as a ladder of text, a message a line. */
+/** Draws calls as ladders of text, one line for each message. */
 class TextLadder {
 public:
-    /** With `lines` the ladder is drawn with box characters, else in ASCII. */
+    /** With `lines` the ladders are drawn with box characters, else in ASCII. */
     TextLadder(std::ostream& out, Colour colour, bool lines);
 
     void draw(const Call& call);
@@ -38,6 +38,6 @@ private:
     std::ostream& m_out;
     Colour m_colour;
     const Strokes& m_strokes;
-    std::size_t m_spacing = 0; ///< Between two lifelines of the call that is drawn.
+    std::size_t m_spacing = 0; ///< Between two lifelines of the current call.
     bool m_first = true;
 };

@@ -9,7 +9,7 @@ bool isContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
-/** How many bytes the character at the beginning has; 0 where there is none that XML allows. [RFC 3629 4] */
+/** Returns the number of bytes of the first character, 0 if it is not UTF-8 or XML does not allow it. [RFC 3629 4] */
 std::size_t characterLength(std::string_view text) {
     const auto first = static_cast<unsigned char>(text.front());
     const std::size_t length = first < 0x80   ? 1

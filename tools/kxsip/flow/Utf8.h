@@ -4,15 +4,15 @@
 #include <string>
 #include <string_view>
 
-/** Text as it is seen. Characters are counted, not bytes; wide and combining ones count as one. */
+/** Functions for displayed text. They count characters, not bytes; wide and combining characters count as one. */
 namespace Utf8 {
 
 std::size_t length(std::string_view text);
-/** The first `most` characters, the last of them an ellipsis where there are more. */
+/** Returns the text, or, if it has more than `most` characters, its first ones and an ellipsis, `most` in all. */
 std::string shortened(std::string_view text, std::size_t most);
-/** The text for XML and HTML, also within attributes: markup characters as entities; what is no UTF-8 or not allowed in
-    XML, and control characters but tab and line feed, as \xNN; a carriage return in front of a line feed goes.
-    [XML 1.0 2.2] */
+/** Returns the text for XML and HTML, also within attributes. Markup characters become entities. Bytes that are not
+    UTF-8, characters that XML does not allow, and control characters except tab and line feed become \xNN. A carriage
+    return before a line feed is dropped. [XML 1.0 2.2] */
 std::string escaped(std::string_view text);
 
 } // namespace Utf8
