@@ -46,7 +46,9 @@ struct PoolMutexes {
     }
 };
 constinit PoolMutexes s_poolMutexes;
+#ifndef KX_PLAIN_MALLOC // the pool is unused then, and so many locks at once are too many for the thread sanitizer
 const ForkLockOf<s_poolMutexes> s_forkLock{ForkLock::Order::Pool};
+#endif
 
 __thread ThreadState t_state __attribute__((tls_model("initial-exec")));
 
