@@ -32,6 +32,7 @@ constinit std::mutex s_cachesMutex;
 constinit std::atomic<MemThreadCache*> s_caches{nullptr}; ///< All caches that were ever made.
 constinit MemThreadCache* s_parkedCaches = nullptr;       ///< Guarded by s_cachesMutex.
 
+#ifndef KX_PLAIN_MALLOC // Else the pool is not used, and the thread sanitizer does not like so many locks at once.
 /** All mutexes of the pool, in the order in which they are taken. */
 struct PoolMutexes {
     void lock() {
@@ -46,7 +47,6 @@ struct PoolMutexes {
     }
 };
 constinit PoolMutexes s_poolMutexes;
-#ifndef KX_PLAIN_MALLOC // the pool is unused then, and so many locks at once are too many for the thread sanitizer
 const ForkLockOf<s_poolMutexes> s_forkLock{ForkLock::Order::Pool};
 #endif
 

@@ -36,7 +36,7 @@ import sys
 SOURCE = pathlib.Path(__file__).resolve().parent.parent.parent
 HERE = SOURCE / "tests" / "docs"
 NOT_RUN = ("scripts/", "apt-get install ", "cmake --preset ", "cmake --build ", "cmake --install ", "bench/guard.py",
-           "build/release/", "build/dev/bin/example_", "echo alice:secret > users")  # the last two serve until they are stopped
+           "build/release/", "build/dev/bin/example_", "echo alice:secret > users")  # the last two run until stopped
 PRIVATE = ("core/ClassLoggers.h", "core/MemRows.h")
 MARKER = re.compile(r"<!-- (.*) -->$")
 WARNINGS = ["-Wall", "-Wextra", "-Werror", "-Wno-unused-variable"]
