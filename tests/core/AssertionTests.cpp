@@ -7,10 +7,8 @@
 #include "core/Logger.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstdio>
-#include <string>
 
 using Oskan::Assertion;
 using testing::AllOf;

@@ -12,10 +12,7 @@
 #include <thread>
 #include <vector>
 
-using Oskan::GlobalConfig;
-using Oskan::ParameterInfo;
-using Oskan::ParameterInfoDB;
-using Oskan::SingletonRegistry;
+using namespace Oskan;
 
 TEST(ParameterInfoDBTest, RefusesEmptyAndRepeatedNames) {
     ParameterInfoDB& db = ParameterInfoDB::getNonConstInstance();

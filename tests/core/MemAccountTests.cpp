@@ -2,12 +2,9 @@
 
 #include "LogCapture.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <deque>
 #include <iostream>
-#include <string>
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include "LogCapture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <stdexcept>
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-/** A folder of this test's own, gone with it. */
+/** A folder of this test, removed with the object. */
 class Scratch {
 public:
     Scratch() : m_path(testing::TempDir() + "kxsipXXXXXX") {
@@ -39,7 +39,7 @@ private:
     std::string m_path;
 };
 
-/** What one run of the tool, which the environment variable KXSIP names, left behind. */
+/** The result of one run of the tool that the environment variable KXSIP names. */
 struct ToolRun {
     int exit = -1;
     std::string out;
@@ -60,7 +60,7 @@ struct ToolRun {
     }
 };
 
-/** What a command says of the first message of standard input that it can do nothing with. */
+/** The result of a command that cannot use the first message of standard input. */
 inline ToolRun refusal(const std::string& why) {
     return {2, "", "kxsip: -, message 0: " + why + "\n"};
 }

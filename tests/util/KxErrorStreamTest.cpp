@@ -3,11 +3,9 @@
 #include "util/KxException.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <map>
 #include <mutex>
-#include <string>
 #include <thread>
 
 using testing::ElementsAre;

@@ -4,13 +4,10 @@
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxLazyParameters.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <new>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -18,7 +15,7 @@ using namespace std::string_view_literals;
 
 namespace {
 
-/** The list again, in the plainest way. */
+/** The list as a plain vector. */
 struct Model : std::vector<std::pair<std::string, std::string>> {
     iterator find(std::string_view name) {
         return std::find_if(begin(), end(), [&](const auto& pair) { return KxAscii::equalsNoCase(pair.first, name); });
@@ -40,8 +37,8 @@ std::string dump(const List& list) {
     return text;
 }
 
-/** The grammar again, a character at a time: the pairs, "@", and what is left unread. A stream's list ends at a comma
-    or line end, and neither a quote nor a backslash reaches over that. */
+/** The grammar read a character at a time: the pairs, "@", and what is left unread. A stream's list ends at a comma
+    or line end; neither a quote nor a backslash continues it over a line end. */
 std::string expectedOf(std::string_view text, bool inStream) {
     Model model;
     std::string name;
@@ -157,26 +154,14 @@ TEST(ParametersTest, FollowsAnyEditing) {
     }
 }
 
-TEST(ParametersTest, HoldsAHundredThousandNames) {
-    std::string distinct = "p0=0";
-    std::string repeated = "first";
-    for (int i = 1; i < 100000; ++i) {
-        distinct += ";p" + std::to_string(i) + "=" + std::to_string(i);
-        repeated += (i % 2 == 0 ? ";p=" : ";P=") + std::to_string(i);
-    }
+TEST(ParametersTest, RepeatsFromASlowStreamCostTheirLength) {
+    std::string text = "first";
+    for (int i = 1; i < 100000; ++i)
+        text += (i % 2 == 0 ? ";p=" : ";P=") + std::to_string(i);
     KxParameters list;
-    DribblingStream slow(repeated, 1);
+    DribblingStream slow(text, 1);
     list.parse(slow);
     EXPECT_EQ(list.getString(), "first;P=99999");
-    list.clear();
-    list.parse(distinct);
-    EXPECT_EQ(list.getString(), distinct);
-    for (const char* const name : {"p0", "P50000", "p99999"})
-        EXPECT_TRUE(list.removeValue(name) && !list.removeValue(name));
-    list.setValue("p0", KxString("last"));
-    for (int i = 1; i < 99999; ++i)
-        ASSERT_EQ(list.getValue("P" + std::to_string(i)), i == 50000 ? "" : std::to_string(i));
-    EXPECT_EQ(std::prev(list.end())->value, "last");
 }
 
 TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
@@ -244,7 +229,7 @@ TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
         {"clear", [](KxLazyParameters& list) { list.clear(); }, ""},
         {"hand out", [](KxLazyParameters& list) { list.handle()->setValue("c", KxString("3")); }, "a=1;b;c=3"},
     };
-    for (const bool isHandedOut : {false, true}) // that one stays the list itself
+    for (const bool isHandedOut : {false, true}) // a list that was handed out stays the list of its object
         for (const auto& row : rows) {
             SCOPED_TRACE(row.name);
             KxLazyParameters original;
@@ -255,7 +240,7 @@ TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
             row.change(copy);
             EXPECT_EQ(copy.getString(), row.changed);
             EXPECT_EQ(original.getString(), "a=1;b");
-            row.change(original); // nobody else holds its list now
+            row.change(original); // no other object holds its list now
             EXPECT_EQ(original.getString(), row.changed);
             EXPECT_TRUE(!isHandedOut || original.handle() == list);
         }
@@ -287,7 +272,7 @@ TEST(ThreadLazyParametersTest, ReadersAreHandedOneList) {
 
 TEST(ThreadLazyParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
     constexpr std::size_t kRounds = 20000;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3); // where two threads share a processor
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3); // if two threads share a processor
     std::vector<KxLazyParameters> sources(kRounds);
     std::vector<KxHandle<KxParameters>> lists(kRounds);
     for (KxLazyParameters& source : sources)

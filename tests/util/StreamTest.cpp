@@ -3,10 +3,7 @@
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxWholeWindow.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
-#include <string>
 #include <tuple>
 #include <vector>
 

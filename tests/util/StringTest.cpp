@@ -3,12 +3,8 @@
 #include "core/MemAccount.h"
 #include "util/KxString.h"
 
-#include <gtest/gtest.h>
-
 #include <functional>
-#include <memory>
 #include <new>
-#include <string>
 #include <tuple>
 
 using namespace std::string_literals;
@@ -20,7 +16,7 @@ KxHandle<KxStringBuffer> bufferOf(std::string_view text) {
     return KxStringBuffer::sCreate(text.data(), text.size());
 }
 
-/** The buffer holds exactly this, and a NUL behind it. */
+/** The buffer holds exactly this text and a NUL after it. */
 void expectText(const KxStringBuffer& buffer, std::string_view expected) {
     EXPECT_EQ(buffer.view(), expected);
     EXPECT_EQ(buffer.c_str()[expected.size()], '\0');
@@ -35,7 +31,7 @@ TEST(StringTest, ComparesByteByByteAndFoldsAsciiOnly) {
         {KxString(), KxString(""), 0, 0},
         {KxString("ab"), KxString("abc"), -1, -1},
         {KxString("INVITE"), KxString("invite"), -1, 0},
-        {KxString("["), KxString("A"), 1, -1},        // stands between the two cases
+        {KxString("["), KxString("A"), 1, -1},        // is between the two cases
         {KxString("\xC9"), KxString("z"), 1, 1},      // unsigned
         {KxString("\xC9"), KxString("\xE9"), -1, -1}, // letters in Latin-1, not in ASCII
         {KxString("a\0B"sv), KxString("A\0b"sv), 1, 0},

@@ -2,11 +2,6 @@
 
 #include "util/KxStreamTokenizer.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 using Tokenizer = KxStreamTokenizer;

@@ -1,5 +1,4 @@
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
-#include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 

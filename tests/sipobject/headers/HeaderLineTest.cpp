@@ -102,28 +102,25 @@ TEST(HeaderLineTest, OperationsAreTraced) {
     const ClassLog capture("tandril.kx", log4cplus::TRACE_LOG_LEVEL);
     const KxHandle<KxSipHeader> header = readHeader("Allow: A,B,C");
     written(*header);
-    std::vector<std::string> entered;
+    std::string entered;
     for (const LogRecord& record : capture.records) {
         if (record.text.find("ENTER : ") == 0) {
             EXPECT_EQ(record.logger, "tandril.kx." + record.text.substr(8, record.text.find("::") - 8));
-            entered.push_back(record.text.substr(8));
+            entered += record.text.substr(8) + " ";
         }
     }
-    std::vector<std::string> expected = {"KxSipHeader::sConstructFrom"};
-    for (int value = 0; value < 3; ++value) {
-        expected.insert(expected.end(),
-                        {"KxSipHeader::sConstruct", "KxSipHeader::parseRest", "KxSipAllowHeader::doParse"});
-    }
-    expected.insert(expected.begin() + 2, "KxSipHeader::parse");
-    expected.emplace_back("KxSipHeader::serialize");
-    expected.insert(expected.end(), 3, "KxSipAllowHeader::doSerialize");
-    EXPECT_EQ(entered, expected);
+    const std::string value = "KxSipHeader::parseRest KxSipAllowHeader::doParse ";
+    const std::string next = "KxSipHeader::sConstruct " + value;
+    EXPECT_EQ(entered, "KxSipHeader::sConstructFrom KxSipHeader::sConstruct KxSipHeader::parse " + value + next + next +
+                           "KxSipHeader::serialize KxSipAllowHeader::doSerialize KxSipAllowHeader::doSerialize "
+                           "KxSipAllowHeader::doSerialize ");
 }
 
-/** A level that was changed at run time holds for each operation, whichever is the first after it. */
+/** A level that is changed at run time applies to each operation, whichever is called first after the change. */
 TEST(HeaderLineTest, EachOperationAloneGoesByTheLevelOfNow) {
     const auto from = readAs<KxSipFromHeader>("From: <sip:h>");
     const auto tel = KxMake<KxSipNameAddress>("tel:1");
+    KxHandle<KxSipNameAddress> streamed;
     const KxHandle<KxSipNameAddress>& address = from->getNameAddress();
     const KxHandle<KxSipURL> url = address->getURL();
     const auto route = readAs<KxSipRouteHeader>("Route: <sip:h>");
@@ -138,11 +135,7 @@ TEST(HeaderLineTest, EachOperationAloneGoesByTheLevelOfNow) {
         {"KxSipNameAddress::getURL returns NULL since tel:1 isn't a SIP URL", [&] { tel->getURL(); }},
         {"ENTER : KxSipNameAddress copy ctor", [&] { KxSipNameAddress copy(*address); }},
         {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", &KxSipNameAddress::sConstructFrom)},
-        {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h",
-                                                       [](auto& in) {
-                                                           KxHandle<KxSipNameAddress> made;
-                                                           in >> made;
-                                                       })},
+        {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", [&](auto& in) { in >> streamed; })},
         {"ENTER : KxSipNameAddress::parse(1)", reading("tel:1", [&](auto& in) { tel->parse(in); })},
         {"ENTER : KxSipNameAddress::parse(2)", [&] { tel->parse("tel:1"); }},
         {"ENTER : KxURI::sConstructFrom", reading("urn:a", [](auto& in) { KxURI::sConstructFrom(in, true); })},
@@ -162,7 +155,7 @@ TEST(HeaderLineTest, EachOperationAloneGoesByTheLevelOfNow) {
         {"ENTER : KxSipRouteHeader::doParse", [&] { KxSipRouteHeader("<sip:h>"); }},
     };
     for (const auto& [text, operation] : rows) {
-        operation(); // the loggers are known, and off
+        operation(); // now the loggers exist, at level OFF
         ClassLog capture("tandril.kx", log4cplus::TRACE_LOG_LEVEL);
         operation();
         const std::vector<std::string> texts = capture.texts();

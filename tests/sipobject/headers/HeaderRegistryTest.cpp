@@ -1,13 +1,12 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
-#include <algorithm>
 #include <array>
 #include <set>
 #include <sstream>
 
 namespace {
 
-/** Values, and the kinds of headers that take them: name, identifier or 0 where nobody relies on its number, and compact
+/** Values, and the kinds of headers that take them: name, identifier or 0 if callers do not rely on it, and compact
     name or "-". */
 constexpr std::pair<const char*, const char*> kKinds[] = {
     {"a/b", "Accept 0 -  Content-Type 21 c"},
@@ -34,7 +33,7 @@ constexpr std::pair<const char*, const char*> kKinds[] = {
     {"399 a \"b\"", "Warning 0 -"},
 };
 
-/** Letters that are no header's: those of RFC 3261 and its extensions that are not taken here, and all others. */
+/** Letters that name no header here: compact names of RFC 3261 and its extensions not known here, and the rest. */
 constexpr std::string_view kFreeLetters = "abdghjnopqruwyz";
 
 std::string withCase(std::string name, char (*letterCase)(char)) {
@@ -42,12 +41,9 @@ std::string withCase(std::string name, char (*letterCase)(char)) {
     return name;
 }
 
-KxSipHeader* makeRequire() {
-    return new KxSipRequireHeader("");
-}
-
-KxSipHeader* makeAllow() {
-    return new KxSipAllowHeader("");
+template <class H>
+KxSipHeader* make() {
+    return new H("");
 }
 
 } // namespace
@@ -86,7 +82,7 @@ TEST(HeaderRegistryTest, EveryNameInEveryLetterCase) {
     EXPECT_LT(*ids.rbegin(), KxHeaderIDs::kCount);
 }
 
-/** A step of docs/adding-a-header.md that was left out, for whichever name, is told of. */
+/** Tells which step of docs/adding-a-header.md was left out for a registered name. */
 TEST(HeaderRegistryTest, NoRegisteredNameIsLeftOut) {
     std::string rows = " ";
     for (const auto& [value, kinds] : kKinds) {
@@ -139,10 +135,10 @@ TEST(HeaderRegistryTest, OtherNamesAreKeptWithTheirRawText) {
 
 TEST(HeaderRegistryTest, TheFirstRegistrationStands) {
     ClassLog capture("tandril.kx.KxSipHeader");
-    KxSipHeader::sAddConstructor("X-Kx-Test", &makeRequire);
+    KxSipHeader::sAddConstructor("X-Kx-Test", &make<KxSipRequireHeader>);
     EXPECT_EQ(capture.texts(), std::vector<std::string>{"pToken = \"X-Kx-Test\""});
-    KxSipHeader::sAddConstructor("x-KX-test", &makeAllow);
-    KxSipHeader::sAddConstructor("ALLOW", &makeRequire);
+    KxSipHeader::sAddConstructor("x-KX-test", &make<KxSipAllowHeader>);
+    KxSipHeader::sAddConstructor("ALLOW", &make<KxSipRequireHeader>);
     EXPECT_EQ(linesOf(*readAs<KxSipRequireHeader>("X-kx-tesT: a;b,c")), "X-kx-tesT: a;b & Require: c");
     EXPECT_EQ(linesOf(*readAs<KxSipAllowHeader>("Allow: a;b")), "Allow: a");
 }
@@ -151,7 +147,7 @@ TEST(HeaderRegistryTest, TheFirstRegistrationStands) {
 TEST(HeaderRegistryTest, LongNamesAreNotLookedUp) {
     static const std::array names{std::string(47, 'n'), std::string(48, 'n'), std::string(49, 'n')};
     for (const std::string& name : names) {
-        KxSipHeader::sAddConstructor(name.c_str(), &makeRequire);
+        KxSipHeader::sAddConstructor(name.c_str(), &make<KxSipRequireHeader>);
         const std::string line = name + ": a";
         const KxHandle<KxSipHeader> header = readHeader(line);
         EXPECT_EQ(className(*header), name.size() < 48 ? "KxSipRequireHeader" : "KxSipUnknownHeader");

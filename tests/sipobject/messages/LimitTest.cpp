@@ -1,4 +1,4 @@
-// Messages that are far larger than any that is meant, each read, copied, written and dropped on a small stack.
+// Messages that are far larger than any in use; each is read, copied, written and destroyed on a small stack.
 
 #include "tests/sipobject/support/MessageSupport.h"
 
@@ -16,7 +16,7 @@ std::string times(std::size_t count, std::string_view piece) {
     return text;
 }
 
-/** Pieces with a number behind each, so that no two are alike. */
+/** Pieces with a number after each, so that no two are equal. */
 std::string numbered(std::size_t count, std::string_view piece) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
@@ -26,14 +26,9 @@ std::string numbered(std::size_t count, std::string_view piece) {
 }
 
 std::string message(std::string_view start, std::string_view headers, std::string_view body) {
-    return std::string(start)
-        .append("\r\n")
-        .append(requiredHeaders("OPTIONS"))
-        .append(headers)
-        .append("Content-Type: a/b\r\nContent-Length: ")
-        .append(std::to_string(body.size()))
-        .append("\r\n\r\n")
-        .append(body);
+    const std::string content = "Content-Type: a/b\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";
+    const std::string fixed = "\r\n" + requiredHeaders("OPTIONS");
+    return std::string(start).append(fixed).append(headers).append(content).append(body);
 }
 
 std::string withHeaders(std::string_view headers) {
@@ -67,17 +62,13 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
         {"a million empty values", [] { return withLine("Accept", times(kMillion, ",")); }, 1},
         {"a million parameters", [] { return withLine("Contact", "<sip:h>" + numbered(kMillion, ";p")); }, 0},
         {"a million URL parameters", [] { return withLine("Route", "<sip:h" + numbered(kMillion, ";p") + ">"); }, 0},
-        // what tells where a value ends must not be looked for again and again
+        // the search for the end of a value must not be repeated
         {"a million bare addresses", [] { return withLine("Contact", times(kMillion, "sip:a,") + "sip:h"); }, 0},
         {"a million quotes", [] { return withLine("Contact", times(kMillion, "sip:a\",") + "sip:h"); }, 0},
         {"a million quoted commas", [] { return withLine("Contact", times(kMillion, "<sip:a;b>;c=\",\",") + "sip:h"); },
          0},
         {"a million Via parameters twice",
-         [] {
-             const std::string list = numbered(kMillion, ";p");
-             return withLine("Via", "SIP/2.0/UDP h" + list + list);
-         },
-         0},
+         [] { return withLine("Via", "SIP/2.0/UDP h" + times(2, numbered(kMillion, ";p"))); }, 0},
         {"16 MB of folds", [] { return withLine("Subject", times(4 * kMega, "x\r\n ") + "x"); }, 0},
         {"16 MB of quotes", [] { return withLine("X-A", times(8 * kMega, "\\\"")); }, 0},
         {"16 MB of display name", [] { return withLine("Contact", '"' + std::string(16 * kMega, 'x') + "\" <sip:h>"); },

@@ -15,7 +15,6 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -39,7 +38,7 @@ void onAllThreads(Work work) {
     }
 }
 
-/** The library's loggers at changing levels, with somebody who reads what they say. */
+/** The library's loggers at changing levels, with an appender that counts what they log. */
 class ChangingLog {
 public:
     ChangingLog() {
@@ -63,7 +62,7 @@ private:
     std::atomic<std::size_t> m_read{0};
 };
 
-/** A message that all threads read, and what it has to be for each of them. */
+/** A message that all threads read, and what each of them must get from it. */
 struct Constant {
     explicit Constant(const KxHandle<KxSipMessage>& read)
         : message(read), text(written(*read)), key(read->createKey()), response(derivedText(read, "response 200")) {}
@@ -73,8 +72,6 @@ struct Constant {
         EXPECT_EQ(message->createKey(), key);
         EXPECT_EQ(derivedText(message, "response 200"), response);
         EXPECT_FALSE(message->getHeader("Via").isNil());
-        EXPECT_EQ(message->getToHeader()->isTagPresent(),
-                  text.find(">;tag=", text.find("To: ")) < text.find("Call-ID"));
     }
     void edit() const {
         const KxHandle<KxSipMessage> copy = copyOf(*message);
@@ -116,53 +113,24 @@ private:
     KxSipMessage& m_message;
 };
 
-/** A few places where threads leave messages for each other. */
-class Exchange {
-public:
-    KxHandle<KxSipMessage> swap(std::size_t place, KxHandle<KxSipMessage> mine) {
-        const std::lock_guard lock(m_mutex);
-        m_places[place % m_places.size()].swap(mine);
-        return mine;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::array<KxHandle<KxSipMessage>, 3> m_places;
-};
-
 } // namespace
 
 TEST(MessageThreadTest, OneMessageLosesNoHeader) {
     const Balance balance;
     const KxHandle<KxSipMessage> message = readMessage(fileText(KX_SOURCE_DIR "/samples/carrier_invite.sip"));
-    const std::string original = headersOf(*message);
+    const std::string original = written(*message);
     onAllThreads([&message](int thread) {
-        const KxHandle<KxSipMessage> mine(message);
         for (int round = 0; round < kRounds; ++round) {
             const KxHandle<KxSipHeader> added = numbered(thread, round);
-            mine->addHeader(added, round % 2 == 0);
-            EXPECT_EQ(mine->getHeader(added->getToken()), added);
-            mine->addSingleHeader(numbered(thread, round + kRounds), false);
-            if (round % 3 != 0) {
-                EXPECT_TRUE(mine->removeHeader(added->getToken()));
-            }
-            if (round % 16 == thread) {
-                EXPECT_EQ(copyOf(*mine)->createKey(), mine->createKey());
-                mine->setBody("v=0\r\n", "application/sdp");
-                EXPECT_NE(written(*mine).find("\r\n\r\nv="), std::string::npos);
-                EXPECT_TRUE(mine->isSupported("timer"));
-            }
+            message->addHeader(added, round % 2 == 0);
+            EXPECT_EQ(message->getHeader(added->getToken()), added);
+            message->addSingleHeader(numbered(thread, round + kRounds), false);
         }
     });
-    for (int thread = 0; thread < kThreads; ++thread) {
-        for (int round = 0; round < 2 * kRounds; ++round) {
-            const bool kept = round >= kRounds || round % 3 == 0;
-            EXPECT_EQ(message->removeHeader(numbered(thread, round)->getToken()), kept) << thread << ' ' << round;
-        }
+    for (int i = 0; i < kThreads * 2 * kRounds; ++i) {
+        EXPECT_TRUE(message->removeHeader(numbered(i % kThreads, i / kThreads)->getToken())) << i;
     }
-    message->setBody("", "", 0);
-    const std::size_t length = original.find("Content-Length: ");
-    EXPECT_EQ(headersOf(*message).substr(0, length), original.substr(0, length));
+    EXPECT_EQ(written(*message), original);
 }
 
 TEST(MessageThreadTest, NothingChangesWhileAMessageIsCopied) {
@@ -175,41 +143,9 @@ TEST(MessageThreadTest, NothingChangesWhileAMessageIsCopied) {
     EXPECT_NE(copy->removeHeader("X-0-0"), message->removeHeader("X-0-0"));
 }
 
-TEST(MessageThreadTest, MessagesPassFromThreadToThread) {
-    const Balance balance;
-    std::vector<std::string> inputs;
-    std::vector<std::string> expected;
-    for (const std::filesystem::path& path : filesOf("tests/messages", ".sip")) {
-        inputs.push_back(fileText(path));
-        expected.push_back(outcomeOf([&] { return written(*readMessage(inputs.back())); }));
-    }
-    onAllThreads([&](int thread) {
-        static Exchange exchange;
-        for (int round = 0; round < kRounds; ++round) {
-            const std::size_t which = static_cast<std::size_t>(round * kThreads + thread) % inputs.size();
-            KxHandle<KxSipMessage> shared;
-            EXPECT_EQ(outcomeOf([&] { return written(*(shared = readMessage(inputs[which]))); }), expected[which]);
-            if (shared.isNil()) {
-                continue;
-            }
-            const KxHandle<KxSipMessage> other = exchange.swap(which, shared);
-            if (!other.isNil()) {
-                const KxHandle<KxSipMessage> copy = copyOf(*other);
-                EXPECT_EQ(written(*copy), written(*other));
-                copy->removeHeader("Via");
-                static_cast<void>(copy->getHeader("From"));
-            }
-            EXPECT_EQ(written(*shared), expected[which]);
-        }
-        for (std::size_t place = 0; place < 3; ++place) {
-            exchange.swap(place, {});
-        }
-    });
-}
-
 namespace {
 
-/** An operation that threads may call on one message at the same time, by the guide. */
+/** An operation that threads may call on one message at the same time, as the guide says. */
 struct SharedOperation {
     const char* name;
     std::function<void(KxSipMessage&)> call;
@@ -249,7 +185,7 @@ const std::vector<SharedOperation>& sharedOperations() {
 
 } // namespace
 
-/** Each pair of operations that may run at the same time does so, on a request and on a response. */
+/** Runs each pair of operations at the same time, on a request and on a response. */
 TEST(MessageThreadTest, PairsOfOperationsOnOneMessage) {
     const Balance balance;
     ChangingLog log;
@@ -278,7 +214,7 @@ TEST(MessageThreadTest, PairsOfOperationsOnOneMessage) {
     }
 }
 
-/** No appender runs under a message's lock: one that asks the message it hears of is answered. */
+/** No appender runs under a message's lock, so an appender may call the message that is logged. */
 TEST(MessageThreadTest, AppendersMayAskTheMessage) {
     const KxHandle<KxSipMessage> message = readMessage(fileText(KX_SOURCE_DIR "/samples/carrier_invite.sip"));
     std::size_t asked = 0;
@@ -295,7 +231,7 @@ TEST(MessageThreadTest, AppendersMayAskTheMessage) {
     std::mutex mutex;
     std::condition_variable ended;
     bool isDone = false;
-    std::thread watch([&] { // where the test would wait for ever
+    std::thread watch([&] { // ends a test that would wait for ever
         std::unique_lock lock(mutex);
         if (!ended.wait_for(lock, std::chrono::seconds(120), [&] { return isDone; })) {
             std::cerr << "an appender waits for the message's lock\n";
@@ -317,7 +253,7 @@ TEST(MessageThreadTest, AppendersMayAskTheMessage) {
     log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
 }
 
-/** All that a host does with messages, while its log levels and its configuration change, for KX_SOAK_SECONDS. */
+/** Reads, writes, derives and edits copies while log levels and configuration change, for KX_SOAK_SECONDS. */
 TEST(MessageThreadTest, Soak) {
     const char* const told = std::getenv("KX_SOAK_SECONDS");
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(told == nullptr ? 1 : std::atoi(told));
@@ -355,8 +291,8 @@ TEST(MessageThreadTest, Soak) {
     EXPECT_GT(log.read(), 0U);
 }
 
-#ifndef KX_PLAIN_MALLOC // sanitizers have locks of their own, which a child may find taken
-/** A child has one thread; what the others were about to do when it was made must not keep it from working. */
+#ifndef KX_PLAIN_MALLOC // the sanitizers have locks of their own, which may be held in the child
+/** A forked child has one thread; locks that other threads held at the fork must not block it. */
 TEST(MessageThreadTest, AForkedChildWorksWhateverOtherThreadsDo) {
     const std::string text = fileText(KX_SOURCE_DIR "/samples/carrier_invite.sip");
     const auto work = [&text](int count) {
@@ -373,7 +309,7 @@ TEST(MessageThreadTest, AForkedChildWorksWhateverOtherThreadsDo) {
     for (std::thread& thread : threads) {
         thread = std::thread([&] {
             for (int round = 0; !ended; ++round) {
-                std::thread(work, 20 + round % 50).join(); // a short life, which ends with blocks to give back
+                std::thread(work, 20 + round % 50).join(); // its end gives blocks back
                 work(50);
             }
         });

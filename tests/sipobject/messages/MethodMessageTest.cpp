@@ -1,7 +1,3 @@
-#include "sipobject/headers/KxSipCSeqHeader.h"
-#include "sipobject/headers/KxSipContactHeader.h"
-#include "sipobject/headers/KxSipFromHeader.h"
-#include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipInfoMessage.h"
 #include "sipobject/messages/KxSipMessageMessage.h"
 #include "sipobject/messages/KxSipNotifyMessage.h"
@@ -11,12 +7,13 @@
 #include "sipobject/messages/KxSipSubscribeMessage.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "tests/sipobject/support/Derivation.h"
+#include "tests/sipobject/support/HeaderSupport.h"
 
 #include <sstream>
 
 namespace {
 
-/** A part of a golden file: "## title", and what stands up to the next one. */
+/** A part of a golden file: "## title", and the text up to the next title. */
 struct Block {
     std::string title;
     std::string text;
@@ -35,7 +32,7 @@ std::vector<Block> blocksOf(const std::filesystem::path& path) {
     return blocks;
 }
 
-/** A message with status 1, so that its headers are not checked. */
+/** A message with status 1, whose headers are therefore not checked. */
 KxHandle<KxSipMessage> unchecked(const std::string& startLine, const std::string& headers) {
     const KxHandle<KxSipMessage> message = readMessage(startLine + "\r\nno colon\r\n" + headers + "\r\n");
     EXPECT_EQ(message->getStatus(), KX_STATUS_INCOMPLETE);
@@ -90,8 +87,8 @@ TEST(DerivedMessageTest, AwkwardParentsAreRefusedWhole) {
     struct Row {
         const char* name;
         std::string headers;
-        std::string ofResponse; ///< What can be made of a 200 with these headers.
-        std::string ofInvite;   ///< What can be made of an INVITE.
+        std::string ofResponse; ///< What can be derived from a 200 with these headers.
+        std::string ofInvite;   ///< What can be derived from an INVITE.
     };
     const Row rows[] = {
         {"nothing at all", "", "", ""},
@@ -124,7 +121,7 @@ TEST(DerivedMessageTest, AwkwardParentsAreRefusedWhole) {
         expectMade("SIP/2.0 200 OK", row, row.ofResponse, {"ack", "bye", "prack"});
         expectMade("INVITE sip:b@example.com SIP/2.0", row, row.ofInvite, {"bye", "cancel"});
     }
-    const Row unasked = {"a Contact that is not asked", headersWithout("Contact") + "Contact: *\r\n", {}, {}};
+    const Row unasked = {"a Contact that is not used", headersWithout("Contact") + "Contact: *\r\n", {}, {}};
     expectMade("SIP/2.0 180 Ringing", unasked, "ack prack", {"ack", "bye", "prack"});
     expectMade("INVITE tel:+1 SIP/2.0", unasked, "bye cancel", {"bye", "cancel"});
 }
@@ -220,21 +217,14 @@ TYPED_TEST(BuiltMessageTest, EveryFormGivesTheMethodItsHeadersInOrder) {
     expect(new TypeParam(target, copied(from), copied(to), copied(contact), "x", 9, "t/p", "hi", 2), " sip:target;lr");
 }
 
-TEST(InviteMessageTest, CopiesKeepItsOutboundProxyFlag) {
+TEST(InviteMessageTest, CopiesKeepPreferredAddressAndOutboundProxyFlag) {
     const auto invite = KxMake<KxSipInviteMessage>("<sip:a@h>", "<sip:b@h>", nullptr, "x", 1U, nullptr, nullptr, 0U);
     const KxSipRequest& request = *invite;
-    EXPECT_FALSE(request.useLocalOutboundProxy());
+    EXPECT_EQ(joined(request.useLocalOutboundProxy(), request.getPreferredIpAddrStr()), "0|");
     invite->setUseLocalOutboundProxy(true);
-    EXPECT_TRUE(request.useLocalOutboundProxy());
+    invite->setPreferredIpAddr("192.0.2.9");
     const KxHandle<KxSipRequest> copy(invite->clone());
-    EXPECT_TRUE(copy->useLocalOutboundProxy());
-}
-
-TEST(InviteMessageTest, TakesARequestURI) {
-    const KxHandle<KxURI> uri(new KxSipURL("sip:b@h?Subject=hi"));
-    const auto invite =
-        KxMake<KxSipInviteMessage>(uri, KxMake<KxSipFromHeader>("<sip:a@h>"), KxMake<KxSipToHeader>("<sip:b@h>"),
-                                   KxHandle<KxSipContactHeader>(), "x", 1U, nullptr, nullptr, 0U);
-    EXPECT_EQ(written(*invite), "INVITE sip:b@h SIP/2.0\r\nFrom: <sip:a@h>\r\nTo: <sip:b@h>\r\nSubject: hi\r\n"
-                                "Call-ID: x\r\nCSeq: 1 INVITE\r\nContent-Length: 0\r\n\r\n");
+    invite->setPreferredIpAddr("192.0.2.10");
+    EXPECT_EQ(joined(request.useLocalOutboundProxy(), request.getPreferredIpAddrStr()), "1|192.0.2.10");
+    EXPECT_EQ(joined(copy->useLocalOutboundProxy(), copy->getPreferredIpAddrStr()), "1|192.0.2.9");
 }

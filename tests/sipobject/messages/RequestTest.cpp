@@ -1,15 +1,9 @@
 #include "sipobject/messages/KxSipInviteMessage.h"
-#include "sipobject/messages/KxSipRequest.h"
 
 #include "core/GlobalConfig.h"
 #include "core/ParameterInfoDB.h"
-#include "sipobject/headers/KxSipCSeqHeader.h"
-#include "sipobject/headers/KxSipCallIdHeader.h"
-#include "sipobject/headers/KxSipContactHeader.h"
-#include "sipobject/headers/KxSipFromHeader.h"
-#include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
-#include "tests/sipobject/support/MessageSupport.h"
+#include "tests/sipobject/support/HeaderSupport.h"
 
 #include <gmock/gmock.h>
 
@@ -66,7 +60,7 @@ TEST(RequestBuildTest, ItsURIIsThatOfTo) {
         std::string to;
     } rows[] = {
         {"Bob <sip:b@h?Subject=hi>;tag=2", "sip:b@h?Subject%3Dhi", "Bob <sip:b@h?Subject%3Dhi>;tag=2"},
-        {"sip:b@h;x=1", "sip:b@h", "<sip:b@h>;x=1"}, // parameters behind a bare URL are To's
+        {"sip:b@h;x=1", "sip:b@h", "<sip:b@h>;x=1"}, // parameters after a bare URL are those of To
         {"tel:+1", "tel:+1", "<tel:+1>"},
     };
     for (const auto& row : rows) {
@@ -75,18 +69,6 @@ TEST(RequestBuildTest, ItsURIIsThatOfTo) {
                                          "\r\nCall-ID: x\r\nCSeq: 9 FROB\r\nContent-Length: 0\r\n\r\n");
         EXPECT_TRUE(request->isValid());
     }
-}
-
-TEST(RequestBuildTest, HeadersOfAGivenURIBecomeTheRequests) {
-    const auto target = KxMake<KxSipNameAddress>("T <sip:t@h;lr?Subject=hi;X-A=1>");
-    const auto from = KxMake<KxSipFromHeader>("<sip:a@h>");
-    const auto to = KxMake<KxSipToHeader>("<sip:b@h>");
-    const auto contact = KxMake<KxSipContactHeader>("<sip:c@h>");
-    const auto request = KxMake<KxSipUnknownRequest>("FROB", target, from, to, contact, "x", 9U, nullptr, nullptr, 0U);
-    EXPECT_EQ(written(*request),
-              "FROB sip:t@h;lr SIP/2.0\r\nFrom: <sip:a@h>\r\nTo: <sip:b@h>\r\nSubject: hi\r\nX-A: 1\r\n"
-              "Contact: <sip:c@h>\r\nCall-ID: x\r\nCSeq: 9 FROB\r\nContent-Length: 0\r\n\r\n");
-    EXPECT_EQ(request->getFromHeader(), from);
 }
 
 TEST(RequestBuildTest, MakesCallIdAndCSeqWhereNoneIsGiven) {
@@ -150,20 +132,22 @@ TEST(RequestURITest, TellsHostAndPort) {
     }
 }
 
-/** Each header of the Request-URI replaces what has its name by then, full or compact; Content-Length is the body's. */
+/** Each header of the Request-URI replaces the one of its name, full or compact; Content-Length is the body's. */
 TEST(RequestTest, HeadersOfTheRequestURIComeOnce) {
     const auto headers = [](const std::string& uriHeaders) {
         return outcomeOf([&] {
-            const auto target = KxHandle<KxURI>(new KxSipURL(("sip:t@h?" + uriHeaders).c_str()));
+            const auto target = KxHandle<KxURI>(new KxSipURL(("sip:t@h;lr?" + uriHeaders).c_str()));
             const auto from = KxMake<KxSipFromHeader>("<sip:a@h>");
-            const KxSipInviteMessage invite(target, from, KxMake<KxSipToHeader>("<sip:b@h>"), {}, "i", 1, nullptr,
+            const auto contact = KxMake<KxSipContactHeader>("<sip:c@h>");
+            const KxSipInviteMessage invite(target, from, KxMake<KxSipToHeader>("<sip:b@h>"), contact, "i", 1, nullptr,
                                             nullptr, 0);
+            EXPECT_EQ(startLineOf(invite), "INVITE sip:t@h;lr SIP/2.0");
             const std::string text = written(invite);
             return text.substr(text.find("To:"));
         });
     };
     const std::string begin = "To: <sip:b@h>\r\n";
-    const std::string end = "Call-ID: i\r\nCSeq: 1 INVITE\r\n";
+    const std::string end = "Contact: <sip:c@h>\r\nCall-ID: i\r\nCSeq: 1 INVITE\r\n";
     EXPECT_EQ(headers("s=a;Subject=b;X-A=1;x-a=2"),
               begin + "Subject: b\r\nX-A: 2\r\n" + end + "Content-Length: 0\r\n\r\n");
     EXPECT_EQ(headers("f=sip:x;From=sip:y"), begin + "From: <sip:y>\r\n" + end + "Content-Length: 0\r\n\r\n");
@@ -192,16 +176,6 @@ TEST(RequestTest, IsValidComparesTheMethodExactly) {
     EXPECT_FALSE(other->isValid());
     EXPECT_FALSE(readRequest(requiredHeaders("OPTIONS") + "no colon\r\n")->isValid());
     EXPECT_FALSE(KxMake<KxSipUnknownRequest>("OPTIONS")->isValid());
-}
-
-TEST(RequestTest, CopiesKeepThePreferredAddress) {
-    const auto request = readRequest(requiredHeaders("OPTIONS"));
-    EXPECT_STREQ(request->getPreferredIpAddrStr(), "");
-    request->setPreferredIpAddr("192.0.2.9");
-    const KxHandle<KxObject> copy(request->clone());
-    request->setPreferredIpAddr("192.0.2.10");
-    EXPECT_STREQ(request->getPreferredIpAddrStr(), "192.0.2.10");
-    EXPECT_STREQ(static_cast<const KxSipRequest&>(*copy).getPreferredIpAddrStr(), "192.0.2.9");
 }
 
 // ---- what the stack refuses ----
@@ -282,12 +256,5 @@ TEST(TooManyHopsTest, ItsParameterIsRegisteredAtLoad) {
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(info->type, Oskan::ParameterInfo::Type::Boolean);
     EXPECT_EQ(info->defaultValue, "false");
-    EXPECT_EQ(
-        info->description,
-        "Define how SIP max-forward headers are supported in the gateway. The Max-Forwards header field serves to "
-        "limit the number of hops a request can transit on the way to its destination. ignoreMaxForwards can "
-        "disable this funtionnality. When false (default behavior), the message is rejected if the header value 0 "
-        "is reached. When true, the header value is ignored and the message pass thru even with 0. Set the "
-        "parameter to true if your application needs to interact with non-compliant UACs. See RFC3261 paragraph "
-        "8.1.1.6");
+    EXPECT_THAT(info->description, testing::EndsWith("non-compliant UACs. See RFC3261 paragraph 8.1.1.6"));
 }

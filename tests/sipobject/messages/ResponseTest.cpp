@@ -1,9 +1,5 @@
-#include "sipobject/headers/KxSipCSeqHeader.h"
-#include "sipobject/messages/KxSipOptionsMessage.h"
 #include "tests/sipobject/support/Derivation.h"
-
-#include <map>
-#include <set>
+#include "tests/sipobject/support/HeaderSupport.h"
 
 namespace {
 
@@ -14,31 +10,20 @@ KxHandle<KxSipMessage> options(const std::string& headers) {
 } // namespace
 
 TEST(ResponseTest, KnownCodesHaveTheirPhraseAndTheOthersTheirClass) {
-    const std::set<int> known = {100, 180, 181, 182, 183, 200, 300, 301, 302, 303, 305, 380, 400, 401,
-                                 402, 403, 404, 405, 406, 407, 408, 409, 410, 411, 413, 414, 415, 416,
-                                 420, 421, 422, 480, 481, 482, 483, 484, 485, 486, 487, 488, 491, 493,
-                                 500, 501, 502, 503, 504, 505, 513, 600, 603, 604, 606};
-    // the first and last of the table, and those that are not RFC 3261's
-    const std::map<int, std::string> phrases = {{100, "Trying"},
-                                                {200, "Ok"},
-                                                {380, "Alternative Service"},
-                                                {413, "Request Message Body Too Large"},
-                                                {414, "Request-URI Too Large"},
-                                                {422, "Session Timer Too Small"},
-                                                {480, "Temporarily not available"},
-                                                {487, "Transaction Cancelled"},
-                                                {500, "Internal Server Error"},
-                                                {505, "SIP Version not supported"},
-                                                {606, "Not Acceptable"}};
+    // those that are not RFC 3261's with their phrases, and the first and last of the table
+    const std::string known =
+        "|100 Trying|180 |181 |182 |183 |200 Ok|300 |301 |302 |303 |305 |380 Alternative Service|400 |401 |402 |403 "
+        "|404 |405 |406 |407 |408 |409 |410 |411 |413 Request Message Body Too Large|414 Request-URI Too Large|415 "
+        "|416 |420 |421 |422 Session Timer Too Small|480 Temporarily not available|481 |482 |483 |484 |485 |486 "
+        "|487 Transaction Cancelled|488 |491 |493 |500 Internal Server Error|501 |502 |503 |504 "
+        "|505 SIP Version not supported|513 |600 |603 |604 |606 Not Acceptable|";
     const KxHandle<KxSipMessage> request = options(requiredHeaders("OPTIONS"));
     for (int code = 100; code < 700; ++code) {
-        const std::string line = startLineOf(*derive(request, "response " + std::to_string(code)));
-        const std::string start = "SIP/2.0 " + std::to_string(code) + " ";
-        const std::string unknown = start + "Unknown " + std::to_string(code / 100) + "00 Class Response";
-        EXPECT_EQ(line != unknown, known.contains(code)) << line;
-        if (const auto phrase = phrases.find(code); phrase != phrases.end()) {
-            EXPECT_EQ(line, start + phrase->second);
-        }
+        const std::string start = std::to_string(code) + " ";
+        const std::string line = startLineOf(*derive(request, "response " + start)).substr(8);
+        const std::size_t at = known.find("|" + start);
+        EXPECT_EQ(line == start + "Unknown " + start[0] + "00 Class Response", at == std::string::npos) << line;
+        EXPECT_TRUE(at == std::string::npos || known[at + 5] == '|' || known.find(line + "|") == at + 1) << line;
     }
 }
 

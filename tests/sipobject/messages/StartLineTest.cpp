@@ -2,13 +2,13 @@
 
 namespace {
 
-/** A request of which nothing is asked but its start line. */
+/** A request of which only the start line is checked. */
 class BareRequest final : public OpenRequest {
 protected:
     void checkValidity() override {}
 };
 
-/** The status and what became of the rest of a request behind its method. */
+/** The status, and the start line of a request read from after its method, or the failure. */
 std::string readRequest(KxInputStream& in) {
     BareRequest request;
     const std::string outcome = outcomeOf([&] {
@@ -127,7 +127,7 @@ TEST(StartLineTest, Responses) {
     EXPECT_THROW(readMessage("SIP/2.0 200"), KxHandle<KxSipParseError>);
 }
 
-/** What one peer takes for text is a line's end to another. */
+/** Another peer may take a CR inside the line for a line end. */
 TEST(StartLineTest, NoReturnIsWrittenButThatOfALineEnd) {
     std::size_t read = 0;
     for (const std::string line :

@@ -14,8 +14,8 @@ KxHandle<M> as(const KxHandle<KxSipMessage>& message) {
     return KxHandle<M>(dynamic_cast<M*>(message.get()));
 }
 
-/** Makes what `how` says from the message: "response 200", "ack", "bye", "cancel" or "prack", and for those that take
-    one " body" behind it for a body of text/plain;x=1. */
+/** Derives from the message what `how` says: "response 200", "ack", "bye", "cancel" or "prack". For those that take a
+    body, " body" at the end adds one of text/plain;x=1. */
 inline KxHandle<KxSipMessage> derive(const KxHandle<KxSipMessage>& parent, std::string how) {
     const void* body = nullptr;
     const char* type = nullptr;

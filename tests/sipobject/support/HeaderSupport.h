@@ -3,7 +3,6 @@
 #include "tests/sipobject/support/Headers.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
-#include <functional>
 #include <initializer_list>
 
 /** The header of a line; its end is added. */
@@ -37,8 +36,8 @@ inline std::string linesOf(const KxSipHeader& header) {
     return lines;
 }
 
-/** A line (its end is added), what is in its values, and what they are written as, if not as they stood, or the failure;
-    and, for a value that is laid down to be written so that it reads as another, what becomes of that. */
+/** A line (its end is added), the fields of its values, and what they are written as (empty: the line), or the failure.
+    `secondRound`, for a written form that reads as another value, is what that value is written as. */
 struct HeaderRow {
     std::string line;
     std::string fields;
@@ -46,8 +45,8 @@ struct HeaderRow {
     std::string secondRound = {};
 };
 
-/** Expects that the line reads as the row says, over memory and slow streams, that all memory comes back and that what
-    was written is read and written as itself. `fields` gives the text for one value; " & " stands between them. */
+/** Expects that the line reads as the row says, over memory and slow streams, that no memory leaks, and that what is
+    written reads and is written unchanged. `fields` returns the text for one value; values are joined by " & ". */
 template <class H, class Fields>
 void expectRow(const HeaderRow& row, Fields fields) {
     const Balance balance;
@@ -86,7 +85,7 @@ void expectRows(Fields fields, std::initializer_list<HeaderRow> rows) {
     }
 }
 
-/** The same, where the fields are what these getters, or functions of the header, say. */
+/** The same, where the fields are the results of these getters or functions of the header. */
 template <class H, auto... getters>
 void expectRows(std::initializer_list<HeaderRow> rows) {
     expectRows<H>([](const H& header) { return joined(std::invoke(getters, header)...); }, rows);

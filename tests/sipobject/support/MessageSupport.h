@@ -5,28 +5,20 @@
 #include "tests/core/LogCapture.h"
 #include "tests/util/Streams.h"
 #include "util/KxByteArrayOutputStream.h"
-#include "util/KxException.h"
 
 #include <cxxabi.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <concepts>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <map>
-#include <string>
-#include <string_view>
 #include <type_traits>
 #include <typeinfo>
-#include <utility>
-#include <vector>
 
 /** The name of the object's class. */
 template <class T>
