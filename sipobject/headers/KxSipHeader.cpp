@@ -204,7 +204,6 @@ KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name) {
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
     if (m_token.view() != name) {
-        noteChange();
         const KxString& compact = getCompactToken();
         m_token = compact.view() == name ? compact : KxString(name);
     }
@@ -250,7 +249,6 @@ template <bool kTraced>
         }
         link = &last->m_next;
     }
-    noteChange();
     lastOfChain().m_next = std::move(further);
     return {};
 }
@@ -343,6 +341,11 @@ KxSipFault KxSipHeader::sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& head
 
 void KxSipHeader::parse(KxInputStream& in) {
     const Oskan::EntryTraceScope entry(s_logger, "KxSipHeader::parse");
+    struct Change { // Also for a log appender that asks the message while the header is read, and for a failure.
+        explicit Change(const KxSipHeader& header) : changed(header) { changed.noteChange(); }
+        ~Change() { changed.noteChange(); }
+        const KxSipHeader& changed;
+    } const change(*this);
     KxWithWholeWindow(in, [this](KxInputStream& line) { parseWhole(line); });
 }
 
