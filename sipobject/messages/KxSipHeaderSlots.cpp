@@ -206,12 +206,12 @@ KxHandle<KxSipHeader> KxSipHeaderSlots::findUnknown(std::string_view name) const
 }
 
 bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
-    const auto [before, header] = findUnknown(name, false);
-    if (header == nullptr) {
+    const Place place = findUnknown(name, false);
+    if (place.header == nullptr) {
         return false;
     }
-    changeNames([header](KxSipNameIndex& names) { names.remove(*header); });
-    cut(KxHeaderIDs::kUnknown, before);
+    changeNames([&place](KxSipNameIndex& names) { names.remove(*place.header); });
+    cut(KxHeaderIDs::kUnknown, place.before);
     return true;
 }
 

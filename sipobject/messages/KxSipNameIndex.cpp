@@ -84,7 +84,7 @@ KxSipHeader* KxSipNameIndex::sBefore(const Node& node) {
 }
 
 void KxSipNameIndex::remove(const KxSipHeader& header) {
-    const KxString name = header.getToken();
+    const KxString& name = header.getToken();
     const std::unique_ptr<Node> gone(removeFirst(m_noCase, name, kNoCase));
     if (m_hasExact) {
         removeFirst(m_exact, name, kExact);
