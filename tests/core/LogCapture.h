@@ -8,6 +8,7 @@
 #include <log4cplus/spi/loggingevent.h>
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,8 +50,10 @@ private:
 class LogCapture {
 public:
     explicit LogCapture(log4cplus::Logger logger = log4cplus::Logger::getRoot()) {
-        logger.addAppender(log4cplus::SharedAppenderPtr(
-            new FunctionAppender([this](const LogRecord& record) { records.push_back(record); })));
+        logger.addAppender(log4cplus::SharedAppenderPtr(new FunctionAppender([this](const LogRecord& record) {
+            const std::lock_guard lock(m_mutex);
+            records.push_back(record);
+        })));
     }
     ~LogCapture() { log4cplus::Logger::getDefaultHierarchy().resetConfiguration(); }
     LogCapture(const LogCapture&) = delete;
@@ -66,4 +69,7 @@ public:
     }
 
     std::vector<LogRecord> records;
+
+private:
+    std::mutex m_mutex; // log4cplus has one too, which the thread sanitizer is told not to look at
 };
