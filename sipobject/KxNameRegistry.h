@@ -54,7 +54,7 @@ public:
     }
 
     /** The creator function of a name, or null. */
-    Creator find(std::string_view name) const {
+    [[gnu::always_inline]] Creator find(std::string_view name) const {
         bool exact = false;
         const Entry* const entry = findEntry(name, exact);
         return entry != nullptr ? entry->creator : nullptr;

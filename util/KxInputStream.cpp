@@ -7,6 +7,22 @@ namespace {
 
 constexpr std::size_t kFirstBuffer = 1024;
 
+/** The length of the first logical line of the text, including its LF; `npos` when the text ends before this is
+    known. */
+std::size_t logicalLineLength(std::string_view text) {
+    std::size_t at = 0;
+    while ((at = text.find('\n', at)) != std::string_view::npos) {
+        ++at;
+        if (at == text.size()) {
+            return std::string_view::npos; // a continuation line may follow
+        }
+        if (text[at] != ' ' && text[at] != '\t') {
+            return at;
+        }
+    }
+    return std::string_view::npos;
+}
+
 } // namespace
 
 std::size_t KxInputStream::availableBeyondWindow() const {
@@ -79,4 +95,19 @@ bool KxInputStream::extendWindow() {
     m_end += std::min(got, m_bufferSize - kept);
     m_readable = m_end;
     return got != 0;
+}
+
+std::size_t KxInputStream::fillLine() {
+    if (m_whole) {
+        return window().size();
+    }
+    std::size_t searched = 0; // the line does not end before this; a last LF depends on the character after it
+    std::size_t length = logicalLineLength(window());
+    while (length == std::string_view::npos) {
+        const std::size_t known = window().size();
+        const bool more = extendWindow();
+        searched = more && known != 0 ? known - 1 : searched;
+        length = more ? logicalLineLength(window().substr(searched)) : known - searched;
+    }
+    return searched + length;
 }

@@ -6,15 +6,6 @@
 #include <memory>
 #include <string_view>
 
-/** Results of a parser's scan of the rest of a whole stream. Without them, each of the many values of a line would scan
-    the stream to its end. Only the parser uses this; the stream itself does not read it. */
-struct KxScanMemo {
-    const char* at = nullptr; ///< Where the last scan was asked for; null before the first.
-    bool quoted;              ///< Whether the number of quotes before `at` is odd.
-    const char* stop[2];      ///< Where the scan ended, by `quoted` at its start; null when not known.
-    bool found[2];            ///< What the scan found, by `quoted` at its start.
-};
-
 /** A source of bytes. The base keeps a window of the available bytes, so that reading and scanning are pointer moves. A
     derived class only delivers more bytes (readSome) when the window is used up.
 
@@ -56,9 +47,12 @@ public:
     bool fill() { return m_cursor != m_end || extendWindow(); }
     /** Adds bytes after the window without consuming any; returns false at the end. Moves the window. */
     bool extendWindow();
+    /** Makes sure that the window holds the first logical line, which ends at a LF that no blank or tab follows; returns
+        the length of that line. For a whole stream, whose parsers find the line end themselves, returns the length of
+        the window. */
+    std::size_t fillLine();
     /** Whether the window holds all bytes and does not move. */
     bool isWhole() const { return m_whole; }
-    KxScanMemo& scanMemo() { return m_scanMemo; }
 
 protected:
     KxInputStream() = default;
@@ -66,6 +60,14 @@ protected:
         stream, but may be loaded by scans that examine many bytes at once. */
     KxInputStream(const char* begin, const char* end, const char* readable)
         : m_cursor(begin), m_end(end), m_readable(readable), m_whole(true) {}
+
+    /** Moves a whole stream to other bytes, as if it had been created over them. */
+    void setWindow(const char* begin, const char* end, const char* readable) {
+        m_cursor = begin;
+        m_end = end;
+        m_readable = readable;
+        m_mark = nullptr;
+    }
 
     /** Delivers between 1 and `capacity` bytes, or 0 at the end. */
     virtual std::size_t readSome(char* buffer, std::size_t capacity) = 0;
@@ -81,5 +83,4 @@ private:
     std::unique_ptr<char[]> m_buffer; ///< Used by a stream that is not whole.
     std::size_t m_bufferSize;
     bool m_whole = false;
-    KxScanMemo m_scanMemo;
 };

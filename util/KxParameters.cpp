@@ -4,9 +4,9 @@
 #include "core/MemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxByteScan.h"
+#include "util/KxInputStream.h"
 #include "util/KxNameHash.h"
 #include "util/KxPairIndex.h"
-#include "util/KxWholeWindow.h"
 
 #include <algorithm>
 #include <limits>
@@ -291,11 +291,10 @@ void KxParameters::parse(std::string_view text, const char* readable) {
 }
 
 void KxParameters::parse(KxInputStream& in) {
-    KxWithWholeWindow(in, [this](KxInputStream& line) {
-        const std::string_view window = line.window();
-        const char* const end = parsePairs<true>(window.data(), window.data() + window.size(), line.readableEnd());
-        line.consume(static_cast<std::size_t>(end - window.data()));
-    });
+    const std::size_t length = in.fillLine();
+    const char* const begin = in.window().data();
+    const char* const end = parsePairs<true>(begin, begin + length, in.readableEnd());
+    in.consume(static_cast<std::size_t>(end - begin));
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {

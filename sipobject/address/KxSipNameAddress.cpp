@@ -3,10 +3,10 @@
 #include "core/AceCleanupLogger.h"
 #include "core/DynCastAssert.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipLine.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
-#include "util/KxWholeWindow.h"
 
 #include <algorithm>
 #include <string>
@@ -63,16 +63,17 @@ KxSipNameAddress* KxSipNameAddress::clone() const {
 
 KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
     const Oskan::EntryDepth entry;
+    KxSipLine line(in);
     KxHandle<KxSipNameAddress> address;
-    sRead(in, address).raiseIfAny();
+    sConstructFrom(line, address).raiseIfAny();
     return address;
 }
 
-KxSipFault KxSipNameAddress::sRead(KxInputStream& in, KxHandle<KxSipNameAddress>& address) {
-    KxHandle<KxSipNameAddress> read = KxHandle<KxSipNameAddress>::sOfNew(new KxSipNameAddress(Unset::Tag));
-    const KxSipFault fault = read.get()->read(in);
+KxSipFault KxSipNameAddress::sConstructFrom(KxSipLine& line, KxHandle<KxSipNameAddress>& address) {
+    KxHandle<KxSipNameAddress> made = KxHandle<KxSipNameAddress>::sOfNew(new KxSipNameAddress(Unset::Tag));
+    const KxSipFault fault = made.get()->parse(line);
     if (!fault) {
-        address = std::move(read);
+        address = std::move(made);
     }
     return fault;
 }
@@ -110,39 +111,29 @@ void KxSipNameAddress::parse(const char* text) {
 
 void KxSipNameAddress::parse(KxInputStream& in) {
     const Oskan::EntryDepth entry;
-    read(in).raiseIfAny();
+    KxSipLine line(in);
+    parse(line).raiseIfAny();
 }
 
-KxSipFault KxSipNameAddress::read(KxInputStream& in) {
-    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
-        return readWhole(in);
-    }
-    return readTraced(in);
-}
-
-KxSipFault KxSipNameAddress::readTraced(KxInputStream& in) {
+KxSipFault KxSipNameAddress::parse(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipNameAddress::parse(1)");
-    return KxWithWholeWindow(in, [this](KxInputStream& line) { return readWhole(line); });
-}
-
-KxSipFault KxSipNameAddress::readWhole(KxInputStream& in) {
-    KxStreamTokenizer::sDiscardWhite(in);
-    const std::string_view text = in.window();
+    KxStreamTokenizer::sDiscardWhite(line);
+    const std::string_view text = line.window();
     const char* const end = text.data() + text.size();
     const char* uri = text.data();
-    if (const KxSipFault fault = readDisplayName(text.data(), end, uri)) {
+    if (const KxSipFault fault = parseDisplayName(text.data(), end, uri)) {
         return fault;
     }
     if (m_brackets) {
         uri = std::find(uri, end, '<');
     }
-    in.consume(static_cast<std::size_t>(uri - text.data()));
-    return KxURI::sRead(in, m_standalone, m_URI);
+    line.consume(static_cast<std::size_t>(uri - text.data()));
+    return KxURI::sConstructFrom(line, m_standalone, m_URI);
 }
 
 /** Reads the display name, up to the "<", colon or line end that shows where the URI is. Sets `uri` to the last quote
     if there is one; the search for the URI starts there. */
-inline KxSipFault KxSipNameAddress::readDisplayName(const char* begin, const char* end, const char*& uri) {
+inline KxSipFault KxSipNameAddress::parseDisplayName(const char* begin, const char* end, const char*& uri) {
     for (const char* at = begin; at != end && *at != ':'; ++at) {
         if (*at == '<') {
             setDisplayName(begin, at);

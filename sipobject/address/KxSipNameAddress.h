@@ -24,9 +24,9 @@ public:
     /** Returns a name-address read from a header value: parameters after a bare SIP URL belong to the header. Throws as
         parse does. */
     static KxHandle<KxSipNameAddress> sConstructFrom(KxInputStream& in);
-    /** As sConstructFrom, but returns the fault instead of throwing it; `address` is then unchanged. This function and
-        read are parts of larger operations, and use the log levels of the operation that they are part of. */
-    static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipNameAddress>& address);
+    /** As sConstructFrom, but returns the fault instead of throwing it; `address` is then unchanged. The functions that
+        return a fault are parts of larger operations, and use the log levels of the operation that they are part of. */
+    static KxSipFault sConstructFrom(KxSipLine& line, KxHandle<KxSipNameAddress>& address);
 
     const KxString& getDisplayName() const { return m_displayName; }
     /** The URI itself, shared. */
@@ -44,7 +44,7 @@ public:
         the character in place of c, and the errors of the URI's class. */
     void parse(KxInputStream& in);
     /** As parse, but returns the fault instead of throwing it. */
-    KxSipFault read(KxInputStream& in);
+    KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
 
@@ -58,9 +58,7 @@ private:
     explicit KxSipNameAddress(Unset) {}
 
     static bool isLegalDisplayNameChar(char c);
-    KxSipFault readTraced(KxInputStream& in);
-    KxSipFault readWhole(KxInputStream& in);
-    KxSipFault readDisplayName(const char* begin, const char* end, const char*& uri);
+    KxSipFault parseDisplayName(const char* begin, const char* end, const char*& uri);
     void setDisplayName(const char* begin, const char* end);
 
     static Oskan::MemAccount s_account;

@@ -4,7 +4,6 @@
 #include "core/TraceScope.h"
 #include "sipobject/address/KxSipURLParser.h"
 #include "util/KxByteArrayOutputStream.h"
-#include "util/KxWholeWindow.h"
 
 #include <algorithm>
 #include <string>
@@ -120,31 +119,25 @@ void KxSipURL::setTransportParam(KxSocketImpl::Transport transport) {
 
 void KxSipURL::parse(KxInputStream& in) {
     const Oskan::EntryDepth entry;
-    read(in).raiseIfAny();
+    KxSipLine line(in);
+    parse(line).raiseIfAny();
 }
 
-KxSipFault KxSipURL::read(KxInputStream& in) {
-    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Trace)) [[likely]] {
-        return KxSipURLParser(*this, in).parse();
-    }
-    return readTraced(in);
-}
-
-KxSipFault KxSipURL::readTraced(KxInputStream& in) {
+KxSipFault KxSipURL::parse(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
-    return KxWithWholeWindow(in, [this](KxInputStream& line) { return KxSipURLParser(*this, line).parse(); });
+    return KxSipURLParser(*this, line).parse();
 }
 
 void KxSipURL::parse(const char* text) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(pSipURLString)");
-    KxURI::parse(text);
+    KxSipLine line(std::string_view(text == nullptr ? "" : text));
+    parse(line).raiseIfAny();
 }
 
 void KxSipURL::parseHeader(KxInputStream& in) {
     const Oskan::EntryDepth entry;
-    KxWithWholeWindow(in, [this](KxInputStream& line) {
-        return KxSipURLParser(*this, line).parseHeaders();
-    }).raiseIfAny();
+    KxSipLine line(in);
+    KxSipURLParser(*this, line).parseHeaders().raiseIfAny();
 }
 
 void KxSipURL::setHost(const char* text) {

@@ -38,6 +38,8 @@ public:
         wrong format", "Illegal URL construct", "Sip URL, Double quote mismatch" and the errors of parseHeader; the
         parts read before the error stay set. */
     void parse(KxInputStream& in) override;
+    /** As parse, but returns the fault instead of throwing it. */
+    KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
     virtual std::size_t numParameters() const;
@@ -90,9 +92,7 @@ private:
     friend class KxURI;
     friend class KxSipURLParser;
 
-    KxSipFault read(KxInputStream& in);
     void setHost(const char* text);
-    KxSipFault readTraced(KxInputStream& in);
     bool parametersMatch(const KxSipURL& other) const;
     bool headersMatch(const KxSipURL& other) const;
 

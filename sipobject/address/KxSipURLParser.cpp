@@ -24,22 +24,6 @@ void debug(const char* what, const KxLazyParameters& list) {
     }
 }
 
-/** Whether an unquoted "@" comes before an unquoted ">", a line end and the end. Sets `stop` to where it stopped. */
-bool findAt(const char* from, const char* end, const char*& stop) {
-    bool quoted = false;
-    const auto next = [end](const char* at) { return KxBytes::findAny<'"', '@', '>', '\n'>(at, end); };
-    for (const char* at = next(from); at != end; at = next(at + 1)) {
-        if (*at == '"') {
-            quoted = !quoted;
-        } else if (*at == '\n' || !quoted) {
-            stop = at;
-            return *at == '@';
-        }
-    }
-    stop = end;
-    return false;
-}
-
 } // namespace
 
 void KxSipURLParser::Token::addMore(const char* begin, const char* end) {
@@ -56,25 +40,8 @@ void KxSipURLParser::Token::addMore(const char* begin, const char* end) {
     }
 }
 
-/** Whether an "@" that ends a user part follows. Each URL of a line needs this for its own position, so the results are
-    cached in the stream: one for positions between quotes and one for positions outside quotes. */
-bool KxSipURLParser::findUserPart() const {
-    KxScanMemo& memo = m_in.scanMemo();
-    if (memo.at == nullptr || m_at < memo.at) {
-        memo = {m_at, false, {nullptr, nullptr}, {false, false}};
-    }
-    for (; memo.at != m_at; ++memo.at) {
-        memo.quoted ^= *memo.at == '"';
-    }
-    const char*& stop = memo.stop[memo.quoted];
-    if (stop == nullptr || stop < m_at) {
-        memo.found[memo.quoted] = findAt(m_at, m_end, stop);
-    }
-    return memo.found[memo.quoted];
-}
-
 inline const char* KxSipURLParser::findDelimiter(const char* from) const {
-    return kDelimiters.find(from, m_end, m_in.readableEnd());
+    return kDelimiters.find(from, m_end, m_line.readableEnd());
 }
 
 bool KxSipURLParser::userIsOpen() const {
@@ -105,7 +72,7 @@ inline const char* KxSipURLParser::takeUsualStart() {
     if ((*stop == '@' || *stop == ':') && stop != m_at && takeUsualUser(stop)) {
         return takeUsualHost(findDelimiter(m_at));
     }
-    m_hasUserPart = findUserPart();
+    m_hasUserPart = m_line.hasUserPart(m_at);
     return m_hasUserPart ? stop : takeUsualHost(stop);
 }
 
@@ -174,12 +141,12 @@ inline KxSipURLParser::Next KxSipURLParser::doneWithHost() {
 }
 
 inline void KxSipURLParser::parameters() {
-    const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_in.readableEnd());
+    const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_line.readableEnd());
     if (stop != m_end && *stop == '\r') [[unlikely]] {
         stop = KxBytes::findAny<'\n', '>', '?'>(stop, m_end);
         parseWithoutReturns(textTo(stop));
     } else if (stop != m_at) {
-        m_url.m_parameters.write().parse(textTo(stop), m_in.readableEnd());
+        m_url.m_parameters.write().parse(textTo(stop), m_line.readableEnd());
     }
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
@@ -280,7 +247,7 @@ KxSipFault KxSipURLParser::parse() {
     const char* stop = takeUsualStart();
     if (stop == nullptr) {
         m_url.m_Scheme = KxString();
-        m_hasUserPart = findUserPart();
+        m_hasUserPart = m_line.hasUserPart(m_at);
         stop = findDelimiter(m_at);
     }
     while (take(stop) == Next::More) {
@@ -355,7 +322,7 @@ KxSipFault KxSipURLParser::parseHeaders() {
     bool inValue = false;
     bool quoted = false;
     while (true) {
-        const char* const stop = kHeaderSpecials.find(m_at, m_end, m_in.readableEnd());
+        const char* const stop = kHeaderSpecials.find(m_at, m_end, m_line.readableEnd());
         (inValue ? value : name).append(m_at, static_cast<std::size_t>(stop - m_at));
         m_at = stop;
         const int c = nextHeaderCharacter();

@@ -1,22 +1,20 @@
 #pragma once
 
 #include "core/FastString.h"
-#include "sipobject/KxSipFault.h"
-#include "util/KxCharSet.h"
-#include "util/KxInputStream.h"
+#include "sipobject/KxSipLine.h"
 
 #include <string_view>
 
 class KxSipURL;
 
-/** The state machine that reads a KxSipURL from a whole stream, in one pass over its characters. The text between two
+/** The state machine that reads a KxSipURL, in one pass over its characters. The text between two
     delimiters is a token, and the delimiter before a token determines its meaning. */
 class KxSipURLParser {
 public:
-    KxSipURLParser(KxSipURL& url, KxInputStream& in)
-        : m_url(url), m_in(in), m_at(in.window().data()), m_end(m_at + in.window().size()) {}
-    /** Consumes the text that was read from the stream, even if it was refused. */
-    ~KxSipURLParser() { m_in.consume(static_cast<std::size_t>(m_at - m_in.window().data())); }
+    KxSipURLParser(KxSipURL& url, KxSipLine& line)
+        : m_url(url), m_line(line), m_at(line.window().data()), m_end(m_at + line.window().size()) {}
+    /** Consumes the text that was read, even if it was refused. */
+    ~KxSipURLParser() { m_line.consume(static_cast<std::size_t>(m_at - m_line.window().data())); }
     KxSipURLParser(const KxSipURLParser&) = delete;
     KxSipURLParser& operator=(const KxSipURLParser&) = delete;
 
@@ -54,7 +52,6 @@ private:
     const char* findDelimiter(const char* from) const;
     std::string_view textTo(const char* end) const { return {m_at, static_cast<std::size_t>(end - m_at)}; }
     Next take(const char* stop);
-    bool findUserPart() const;
     bool userIsOpen() const;
     Next addQuoted();
     Next colon();
@@ -73,7 +70,7 @@ private:
     KxSipFault storeHeader(std::string_view name, std::string_view value, bool last);
 
     KxSipURL& m_url;
-    KxInputStream& m_in;
+    KxSipLine& m_line;
     const char* m_at;
     const char* const m_end;
     Token m_token;

@@ -1,8 +1,8 @@
 #include "sipobject/address/KxTelURL.h"
 
 #include "core/FastString.h"
+#include "sipobject/KxSipLine.h"
 #include "util/KxByteArrayOutputStream.h"
-#include "util/KxWholeWindow.h"
 
 namespace {
 
@@ -48,20 +48,17 @@ void KxTelURL::display(KxOutputStream& out, bool) const {
 }
 
 void KxTelURL::parse(KxInputStream& in) {
-    read(in).raiseIfAny();
+    KxSipLine line(in);
+    parse(line).raiseIfAny();
 }
 
-KxSipFault KxTelURL::read(KxInputStream& in) {
-    return KxWithWholeWindow(in, [this](KxInputStream& line) { return readWhole(line); });
-}
-
-KxSipFault KxTelURL::readWhole(KxInputStream& in) {
+KxSipFault KxTelURL::parse(KxSipLine& line) {
     Oskan::FastString<256> text;
     std::size_t begin = 0; // of the current token
     char previous = '\0';
     bool own = false; // a colon or "<" was seen: parameters belong to the URL
     const auto token = [&] { return text.view().substr(begin); };
-    for (int c = in.read(); c >= 0 && c != '\n' && c != '>'; c = in.read()) {
+    for (int c = line.read(); c >= 0 && c != '\n' && c != '>'; c = line.read()) {
         bool keep = false;
         switch (c) {
         case '\r':

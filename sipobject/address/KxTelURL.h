@@ -23,6 +23,8 @@ public:
         All kept characters of scheme, number and parameters count; brackets, colons, carriage returns, the first ";"
         and dropped plus signs do not. */
     void parse(KxInputStream& in) override;
+    /** As parse, but returns the fault instead of throwing it. */
+    KxSipFault parse(KxSipLine& line);
     using KxURI::parse;
     void display(KxOutputStream& out, bool verbose) const override;
 
@@ -41,8 +43,6 @@ public:
 private:
     friend class KxURI;
 
-    KxSipFault read(KxInputStream& in);
-    KxSipFault readWhole(KxInputStream& in);
     void setNumber(std::string_view token, char delimiter);
 
     KxString m_number;

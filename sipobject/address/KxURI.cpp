@@ -3,13 +3,11 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxNameRegistry.h"
+#include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
-#include "util/KxByteArrayInputStream.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
-#include "util/KxWholeWindow.h"
 
 #include <algorithm>
 #include <string>
@@ -114,28 +112,28 @@ void KxURI::display(KxOutputStream& out, bool) const {
 }
 
 void KxURI::parse(KxInputStream& in) {
-    read(in).raiseIfAny();
+    KxSipLine line(in);
+    parse(line).raiseIfAny();
 }
 
-KxSipFault KxURI::read(KxInputStream& in) {
-    KxScannedText scanned;
-    if (in.peek() == '<') {
-        in.read();
+KxSipFault KxURI::parse(KxSipLine& line) {
+    if (line.peek() == '<') {
+        line.read();
     }
-    m_Scheme = KxSipLineText::sOf(KxAscii::trim(scanned.token(in, kColon)));
-    if (in.read() < 0) {
+    m_Scheme = KxSipLineText::sOf(KxAscii::trim(line.token(kColon)));
+    if (line.read() < 0) {
         return KxSipFault("INVALID URI", KxSipFault::Error::Other);
     }
-    m_SchemeData = KxString(KxAscii::trim(scanned.until(in, kDataEnd)));
-    if (in.peek() == '>') {
-        in.read();
+    m_SchemeData = KxString(KxAscii::trim(line.until(kDataEnd)));
+    if (line.peek() == '>') {
+        line.read();
     }
     return {};
 }
 
 void KxURI::parse(const char* text) {
-    KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
-    parse(in);
+    KxSipLine line(std::string_view(text == nullptr ? "" : text));
+    parse(static_cast<KxInputStream&>(line));
 }
 
 bool KxURI::operator==(const KxURI& other) const {
@@ -153,71 +151,56 @@ KxHandle<KxURI> KxURI::sConstruct(std::string_view scheme) {
 
 KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
     const Oskan::EntryDepth entry;
+    KxSipLine line(in);
     KxHandle<KxURI> uri;
-    sRead(in, standalone, uri).raiseIfAny();
+    sConstructFrom(line, standalone, uri).raiseIfAny();
     return uri;
 }
 
-KxSipFault KxURI::sRead(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri) {
-    if (in.isWhole() && !s_logger.isEnabled(Oskan::LogLevel::Debug)) [[likely]] {
-        const char* what = nullptr;
-        return sReadWhole(in, standalone, uri, what);
-    }
-    return sReadLogged(in, standalone, uri);
-}
-
-KxSipFault KxURI::sReadLogged(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri) {
-    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
-    const char* what = nullptr;
-    const KxSipFault fault =
-        KxWithWholeWindow(in, [&](KxInputStream& line) { return sReadWhole(line, standalone, uri, what); });
-    if (!fault && s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-        debug(what, uri->isSipURL() ? uri->getString() : KxString());
-    }
-    return fault;
-}
-
+/** Reads into the object, and stores it in `uri` if there is no fault. */
 template <class T>
-inline KxSipFault KxURI::sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri) {
-    const KxSipFault fault = read.get()->T::read(in);
+inline KxSipFault KxURI::sConstructAs(KxSipLine& line, KxHandle<T> made, bool standalone, KxHandle<KxURI>& uri) {
+    made.get()->m_standalone = standalone;
+    const KxSipFault fault = made.get()->T::parse(line);
     if (!fault) {
-        uri = std::move(read);
+        uri = std::move(made);
     }
     return fault;
 }
 
 /** Reads a URI whose scheme does not begin with "sip" or "tel". */
-KxSipFault KxURI::sReadOther(KxInputStream& in, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri) {
-    KxHandle<KxURI> read = sConstruct(scheme);
-    const KxURI& made = *read;
-    if (typeid(made) == typeid(KxURI)) {
-        return sReadAs(in, std::move(read), uri);
+KxSipFault KxURI::sConstructOther(KxSipLine& line, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri) {
+    KxHandle<KxURI> made = scheme.empty() ? KxMake<KxURI>(nullptr) : sConstruct(scheme);
+    KxURI& object = *made;
+    if (typeid(object) == typeid(KxURI)) {
+        return sConstructAs(line, std::move(made), standalone, uri);
     }
-    read->m_standalone = standalone;
-    read->parse(in); // an application's own class, which may throw
-    uri = std::move(read);
+    object.m_standalone = standalone;
+    object.parse(static_cast<KxInputStream&>(line)); // an application's own class, which may throw
+    uri = std::move(made);
     return {};
 }
 
-/** Reads a URI from a whole stream, and sets `what` to a description for the log. */
-inline KxSipFault KxURI::sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what) {
-    const std::string_view text = in.window();
+KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
+    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
+    const std::string_view text = line.window();
     const Prefix prefix(text.data(), text.data() + text.size());
+    const char* kind = "KxURI: parsed sip URL: ";
+    KxSipFault fault;
     if (prefix.is("sip")) {
-        what = "KxURI: parsed sip URL: ";
-        KxHandle<KxSipURL> url = KxMake<KxSipURL>();
-        url.get()->m_standalone = standalone;
-        return sReadAs(in, std::move(url), uri);
+        fault = sConstructAs(line, KxMake<KxSipURL>(), standalone, uri);
+    } else if (prefix.is("tel")) {
+        kind = "KxURI: parsed tel URL";
+        fault = sConstructAs(line, KxMake<KxTelURL>(), standalone, uri);
+    } else {
+        kind = "KxURI: parsed URL of unknown scheme";
+        const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
+        fault = sConstructOther(line, scheme, standalone, uri);
     }
-    if (prefix.is("tel")) {
-        what = "KxURI: parsed tel URL";
-        KxHandle<KxTelURL> url = KxMake<KxTelURL>();
-        url.get()->m_standalone = standalone;
-        return sReadAs(in, std::move(url), uri);
+    if (!fault && s_logger.isEnabled(Oskan::LogLevel::Debug)) [[unlikely]] {
+        debug(kind, uri->isSipURL() ? uri->getString() : KxString());
     }
-    what = "KxURI: parsed URL of unknown scheme";
-    const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
-    return scheme.empty() ? sReadAs(in, KxMake<KxURI>(nullptr), uri) : sReadOther(in, scheme, standalone, uri);
+    return fault;
 }
 
 KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri) {

@@ -8,6 +8,7 @@
 
 class KxInputStream;
 class KxOutputStream;
+class KxSipLine;
 
 /** A URI of any scheme, stored as its scheme and the text after the colon. Base class of the URIs with a known scheme
     (KxSipURL, KxTelURL).
@@ -31,6 +32,9 @@ public:
     /** Reads one URI; a "<" before it and a ">" after it are consumed, a line end stays unread.
         Throws KxException "INVALID URI" if no colon follows the scheme. */
     virtual void parse(KxInputStream& in);
+    /** As parse, but returns the fault instead of throwing it. Not virtual: this is the grammar of a URI of unknown
+        scheme. */
+    KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
 
@@ -62,7 +66,7 @@ public:
     static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
     /** As sConstructFrom, but returns the fault instead of throwing it (an application's own class may still throw);
         `uri` is then unchanged. Part of larger operations: uses the log levels of the operation that it is part of. */
-    static KxSipFault sRead(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
+    static KxSipFault sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
 
 protected:
     KxURI(const KxURI& other);
@@ -80,11 +84,8 @@ private:
     /** An empty URI of the class registered for the scheme, or a KxURI with that scheme. */
     static KxHandle<KxURI> sConstruct(std::string_view scheme);
     template <class T>
-    static KxSipFault sReadAs(KxInputStream& in, KxHandle<T> read, KxHandle<KxURI>& uri);
-    static KxSipFault sReadWhole(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri, const char*& what);
-    static KxSipFault sReadOther(KxInputStream& in, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri);
-    static KxSipFault sReadLogged(KxInputStream& in, bool standalone, KxHandle<KxURI>& uri);
-    KxSipFault read(KxInputStream& in);
+    static KxSipFault sConstructAs(KxSipLine& line, KxHandle<T> made, bool standalone, KxHandle<KxURI>& uri);
+    static KxSipFault sConstructOther(KxSipLine& line, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }
     void setSchemeData(const KxString& data) { m_SchemeData = data; }
 };

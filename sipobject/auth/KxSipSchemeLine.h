@@ -1,9 +1,8 @@
 #pragma once
 
-#include "sipobject/KxSipFault.h"
+#include "sipobject/KxSipLine.h"
 #include "util/KxHandle.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 
 #include <string_view>
@@ -15,7 +14,7 @@
 class KxSipSchemeLine {
 public:
     /** Reads the rest of the line, starting at the first character that is neither blank nor tab. */
-    explicit KxSipSchemeLine(KxInputStream& in) : m_line(takeLine(in, m_scanned)) {}
+    explicit KxSipSchemeLine(KxSipLine& line) : m_line(sTakeRest(line)) {}
 
     std::string_view line() const { return m_line; }
     std::string_view scheme() const { return m_line.substr(0, m_line.find(' ')); }
@@ -50,16 +49,15 @@ public:
     }
 
 private:
-    static std::string_view takeLine(KxInputStream& in, KxScannedText& scanned) {
-        KxStreamTokenizer::sDiscardWhite(in);
-        std::string_view line = scanned.until<'\n'>(in);
-        in.read();
-        if (!line.empty() && line.back() == '\r') {
-            line.remove_suffix(1);
+    static std::string_view sTakeRest(KxSipLine& line) {
+        KxStreamTokenizer::sDiscardWhite(line);
+        std::string_view rest = line.until<'\n'>();
+        line.read();
+        if (!rest.empty() && rest.back() == '\r') {
+            rest.remove_suffix(1);
         }
-        return line;
+        return rest;
     }
 
-    KxScannedText m_scanned;
     std::string_view m_line;
 };

@@ -27,8 +27,9 @@ protected:
     KxHandle<KxSipURL> getSipURL() const { return m_nameAddress->getURL(); }
 
     /** Reads into the existing name-address, or into a new one if there is none. */
-    KxSipFault parseNameAddress(KxInputStream& in) {
-        return m_nameAddress.isNil() ? KxSipNameAddress::sRead(in, m_nameAddress) : m_nameAddress->read(in);
+    KxSipFault parseNameAddress(KxSipLine& line) {
+        return m_nameAddress.isNil() ? KxSipNameAddress::sConstructFrom(line, m_nameAddress)
+                                     : m_nameAddress->parse(line);
     }
 
     KxHandle<KxSipNameAddress> m_nameAddress;
@@ -57,19 +58,19 @@ protected:
     }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 
-    KxSipFault parseAddress(KxInputStream& in) {
-        if (const KxSipFault fault = KxSipNameAddress::sRead(in, this->m_nameAddress)) {
+    KxSipFault parseAddress(KxSipLine& line) {
+        if (const KxSipFault fault = KxSipNameAddress::sConstructFrom(line, this->m_nameAddress)) {
             return fault;
         }
-        const int c = in.peek();
+        const int c = line.peek();
         if (c <= '\r' || c >= 0x80) { // the end, a line end or a non-text byte
             return {};
         }
         if (c == ';') {
-            in.read();
+            line.read();
         }
         if (c != ',') {
-            this->m_parameters.write().parse(in);
+            this->m_parameters.write().parse(line);
         }
         return {};
     }
@@ -81,8 +82,8 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    KxSipFault parseValue(KxInputStream& in) {
-        const KxSipFault fault = parseAddress(in);
+    KxSipFault parseValue(KxSipLine& line) {
+        const KxSipFault fault = parseAddress(line);
         if constexpr (requires(H & header) { header.checkValidity(); }) {
             if (!fault) {
                 return static_cast<H*>(this)->checkValidity();

@@ -3,7 +3,6 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
-#include "util/KxByteArrayInputStream.h"
 
 namespace {
 
@@ -20,14 +19,15 @@ KxSipAuthenticateHeader::KxSipAuthenticateHeader(const KxSipAuthenticateHeader& 
 KxSipAuthenticateHeader::~KxSipAuthenticateHeader() = default;
 
 void KxSipAuthenticateHeader::doParse(KxInputStream& in) {
-    readValue(in).raiseIfAny();
+    KxSipLine line(in);
+    readValue(line).raiseIfAny();
 }
 
-KxSipFault KxSipAuthenticateHeader::readValue(KxInputStream& in) {
+KxSipFault KxSipAuthenticateHeader::readValue(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipAuthenticateHeader::doParse");
-    const KxSipSchemeLine line(in);
-    KxByteArrayInputStream parameters(line.parameters());
-    return KxSipChallengeInfo::sRead(line.scheme(), parameters, m_challenge);
+    const KxSipSchemeLine value(line);
+    KxSipLine parameters(value.parameters());
+    return KxSipChallengeInfo::sRead(value.scheme(), parameters, m_challenge);
 }
 
 void KxSipAuthenticateHeader::doSerialize(KxOutputStream& out) const {

@@ -26,7 +26,7 @@ protected:
 
     /** Throws KxException as KxSipChallengeInfo::constructFrom does. */
     void doParse(KxInputStream& in) override;
-    KxSipFault readValue(KxInputStream& in) override;
+    KxSipFault readValue(KxSipLine& line) override;
     void doSerialize(KxOutputStream& out) const override;
 
 private:

@@ -8,9 +8,9 @@ constinit const KxConstString KxSipAuthenticationInfoHeader::sToken{"Authenticat
 
 static const KxSipAuthenticationInfoHeader::Registration s_registration;
 
-KxSipFault KxSipAuthenticationInfoHeader::parseValue(KxInputStream& in) {
-    const KxSipSchemeLine value(in);
-    KxByteArrayInputStream properties(value.line());
+KxSipFault KxSipAuthenticationInfoHeader::parseValue(KxSipLine& line) {
+    const KxSipSchemeLine value(line);
+    KxSipLine properties(value.line());
     return KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
 }
 

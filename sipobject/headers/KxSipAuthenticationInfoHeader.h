@@ -30,7 +30,7 @@ public:
 private:
     friend class KxSipHeaderOf<KxSipAuthenticationInfoHeader>;
 
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxLazyParameters m_parameters;

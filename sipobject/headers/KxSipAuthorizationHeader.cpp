@@ -18,10 +18,10 @@ KxSipAuthorizationHeader::KxSipAuthorizationHeader(const KxSipAuthorizationHeade
 
 KxSipAuthorizationHeader::~KxSipAuthorizationHeader() = default;
 
-KxSipFault KxSipAuthorizationHeader::parseValue(KxInputStream& in) {
-    const KxSipSchemeLine line(in);
-    KxByteArrayInputStream parameters(line.parameters());
-    return KxSipCredentialsInfo::sRead(line.scheme(), parameters, m_credentials);
+KxSipFault KxSipAuthorizationHeader::parseValue(KxSipLine& line) {
+    const KxSipSchemeLine value(line);
+    KxSipLine parameters(value.parameters());
+    return KxSipCredentialsInfo::sRead(value.scheme(), parameters, m_credentials);
 }
 
 void KxSipAuthorizationHeader::serializeValue(KxOutputStream& out) const {

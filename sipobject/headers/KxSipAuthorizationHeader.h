@@ -37,7 +37,7 @@ protected:
 private:
     friend class KxSipHeaderOf<KxSipAuthorizationHeader>;
 
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxHandle<KxSipCredentialsInfo> m_credentials;

@@ -1,17 +1,15 @@
 #include "sipobject/headers/KxSipCSeqHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 
 constinit const KxConstString KxSipCSeqHeader::sToken{"CSeq"};
 
 static const KxSipCSeqHeader::Registration s_registration;
 
-KxSipFault KxSipCSeqHeader::parseValue(KxInputStream& in) {
-    m_seqNumber = KxStreamTokenizer::sGetUnsigned(in);
-    KxScannedText scanned;
-    m_method = KxString(scanned.token(in, sDelimeters));
+KxSipFault KxSipCSeqHeader::parseValue(KxSipLine& line) {
+    m_seqNumber = KxStreamTokenizer::sGetUnsigned(line);
+    m_method = KxString(line.token(sDelimeters));
     if (m_method.empty()) {
         return KxSipFault("Invalid CSeq header");
     }

@@ -26,7 +26,7 @@ private:
 
     KxSipCSeqHeader() = default;
     void setMethod(const KxString& method) { m_method = method; }
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_seqNumber = 0;

@@ -1,7 +1,6 @@
 #include "sipobject/headers/KxSipCallIdHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 namespace {
 
@@ -14,9 +13,8 @@ constinit const KxConstString KxSipCallIdHeader::sCompactToken{"i"};
 
 static const KxSipCallIdHeader::Registration s_registration;
 
-KxSipFault KxSipCallIdHeader::parseValue(KxInputStream& in) {
-    KxScannedText scanned;
-    const std::string_view callId = KxAscii::trim(scanned.token(in, kWhite));
+KxSipFault KxSipCallIdHeader::parseValue(KxSipLine& line) {
+    const std::string_view callId = KxAscii::trim(line.token(kWhite));
     if (callId.empty()) {
         return KxSipFault("Invalid Call-ID header");
     }

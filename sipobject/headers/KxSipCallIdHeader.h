@@ -21,7 +21,7 @@ private:
     friend class KxSipHeaderOf<KxSipCallIdHeader>;
 
     KxSipCallIdHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxString m_callId;

@@ -21,14 +21,14 @@ KxString KxSipContactHeader::getDisplayName() const {
     return m_nameAddress->getDisplayName();
 }
 
-KxSipFault KxSipContactHeader::parseValue(KxInputStream& in) {
-    m_wildCard = KxStreamTokenizer::sDiscardWhite(in) == '*';
+KxSipFault KxSipContactHeader::parseValue(KxSipLine& line) {
+    m_wildCard = KxStreamTokenizer::sDiscardWhite(line) == '*';
     if (m_wildCard) {
-        in.read();
+        line.read();
         m_nameAddress = KxMake<KxSipNameAddress>();
         return {};
     }
-    return parseAddress(in);
+    return parseAddress(line);
 }
 
 void KxSipContactHeader::serializeValue(KxOutputStream& out) const {

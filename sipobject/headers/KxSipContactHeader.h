@@ -41,7 +41,7 @@ private:
     friend class KxSipHeaderOf<KxSipContactHeader>;
 
     KxSipContactHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     bool m_wildCard = false;

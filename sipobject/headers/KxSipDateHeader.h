@@ -23,7 +23,7 @@ private:
     friend class KxSipHeaderOf<KxSipDateHeader>;
 
     KxSipDateHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxDate m_date;

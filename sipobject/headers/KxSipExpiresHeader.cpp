@@ -1,7 +1,6 @@
 #include "sipobject/headers/KxSipExpiresHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 
 #include <algorithm>
@@ -25,8 +24,8 @@ void KxSipExpiresHeader::setDate(std::string_view text) {
 }
 
 /** Reads a number followed only by blanks; otherwise leaves the stream unchanged. */
-KxSipFault KxSipExpiresHeader::parseSeconds(KxInputStream& in, bool& taken) {
-    const std::string_view text = in.window();
+KxSipFault KxSipExpiresHeader::parseSeconds(KxSipLine& line, bool& taken) {
+    const std::string_view text = line.window();
     const char* const end = text.data() + text.size();
     const char* const stop = kNumberEnd.find(text.data(), end);
     const std::string_view number(text.data(), static_cast<std::size_t>(stop - text.data()));
@@ -38,21 +37,20 @@ KxSipFault KxSipExpiresHeader::parseSeconds(KxInputStream& in, bool& taken) {
     if (taken) {
         m_isDate = false;
         m_deltaSeconds = static_cast<std::uint32_t>(KxAscii::toNumber(number));
-        in.consume(static_cast<std::size_t>(next - text.data()));
+        line.consume(static_cast<std::size_t>(next - text.data()));
     }
     return {};
 }
 
-KxSipFault KxSipExpiresHeader::parseValue(KxInputStream& in) {
-    if (KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)))) {
+KxSipFault KxSipExpiresHeader::parseValue(KxSipLine& line) {
+    if (KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(line)))) {
         bool taken = false;
-        const KxSipFault fault = parseSeconds(in, taken);
+        const KxSipFault fault = parseSeconds(line, taken);
         if (taken || fault) {
             return fault;
         }
     }
-    KxScannedText scanned;
-    const std::string_view date = scanned.token(in, kLineBreak);
+    const std::string_view date = line.token(kLineBreak);
     if (date.empty()) {
         return KxSipFault("Invalid Expires header");
     }

@@ -36,8 +36,8 @@ private:
 
     KxSipExpiresHeader() = default;
     void setDate(std::string_view text);
-    KxSipFault parseSeconds(KxInputStream& in, bool& taken);
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseSeconds(KxSipLine& line, bool& taken);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     bool m_isDate = false;

@@ -16,6 +16,7 @@
 
 class KxInputStream;
 class KxOutputStream;
+class KxSipLine;
 
 /** Base of every SIP header: the name it is written under, the link to the next value of the same header, and its
     kind. It reads and writes whole lines (folding, names, commas); a derived class defines only the grammar of one
@@ -49,7 +50,7 @@ protected:
     /** Writes one value without name, colon or line end. */
     virtual void doSerialize(KxOutputStream& out) const = 0;
     /** As doParse, but may return the fault instead of throwing it, as the library's own classes do. */
-    virtual KxSipFault readValue(KxInputStream& in);
+    virtual KxSipFault readValue(KxSipLine& line);
 
 public:
     /** Returns the first value of one header line, with the other values chained after it. Reads from the start of a
@@ -105,22 +106,20 @@ private:
     friend class KxSipMessage;
     friend class KxSipRequest;
 
-    struct Line;
-    template <bool kTraced>
-    static KxHandle<KxSipHeader> sConstruct(const Line& line, bool& named);
-    /** Creates an empty header of the class registered for the name. */
-    static KxHandle<KxSipHeader> sConstruct(std::string_view name);
-    static KxHandle<KxSipHeader> sMakeUnknown(std::string_view name);
-    /** As sConstructFrom, but returns the fault instead of throwing it; `header` must be nil, and then stays nil. The
-        headers that were read are marked as part of a message. */
-    static KxSipFault sReadFrom(KxInputStream& in, KxHandle<KxSipHeader>& header);
-    static KxSipFault sReadTraced(KxInputStream& in, KxHandle<KxSipHeader>& header);
-    template <bool kTraced>
-    static KxSipFault sRead(KxInputStream& in, KxHandle<KxSipHeader>& header);
-    template <bool kTraced>
-    static KxSipFault sReadUnplain(KxInputStream& in, KxHandle<KxSipHeader>& header);
-    template <bool kTraced>
-    static KxSipFault sMake(const Line& line, KxHandle<KxSipHeader>& header);
+    /** As the public sConstructFrom, but returns the fault instead of throwing it; `line` is the context. `header` must
+        be nil, and stays nil if there is a fault. The headers that were read are marked as part of a message. */
+    static KxSipFault sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
+    /** Returns a header with this name and the values in the text after the colon. Throws as sConstructFrom does. */
+    static KxHandle<KxSipHeader> sConstructFrom(std::string_view name, std::string_view value);
+    /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. */
+    static KxHandle<KxSipHeader> sConstruct(std::string_view name, Creator creator);
+    static KxHandle<KxSipHeader> sConstructUnknown(std::string_view name);
+    /** Reads the name and the values of the line that was taken. */
+    KxSipFault parse(KxSipLine& line);
+    /** Reads the values in the line, the first one into this object. */
+    KxSipFault parseRest(KxSipLine& line);
+    KxSipFault parseFurther(KxSipLine& line);
+    void setToken(std::string_view name);
 
     /** As serialize, within an operation that is open. */
     void serializeLines(KxOutputStream& out) const;
@@ -148,15 +147,6 @@ private:
 
     KxSipHeader& lastOfChain();
     void releaseChain();
-    void parseWhole(KxInputStream& in);
-    template <bool kTraced>
-    KxSipFault parseLine(const Line& line, bool named);
-    template <bool kTraced>
-    KxSipFault parseValues(KxInputStream& in);
-    void parseRest(KxInputStream& in);
-    template <bool kTraced>
-    KxSipFault parseFurther(KxInputStream& in, const char* comma);
-    void setToken(std::string_view name);
 
     static Oskan::MemAccount s_account;
     static std::atomic<std::uint32_t> s_changes;

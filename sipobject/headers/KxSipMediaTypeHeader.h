@@ -2,7 +2,6 @@
 
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 /** The headers whose value is a media type: type "/" subtype *(";" parameter). A comma ends the parameters even inside
     quotes. If the class is built on KxSipTextKeepingHeader, a value with a comma inside quotes is kept as text. */
@@ -39,27 +38,26 @@ private:
 
     static constexpr KxCharSet kSlash{"/"};
 
-    KxSipFault parseValue(KxInputStream& in) {
+    KxSipFault parseValue(KxSipLine& line) {
         constexpr const char* kInvalid = "Invalid Accept header";
-        const std::string_view line = in.window();
-        KxScannedText scanned;
-        m_type = KxString(KxAscii::trim(scanned.token(in, kSlash)));
-        in.read();
-        m_subType = KxString(scanned.token(in, KxSipHeader::sDelimeters));
+        const std::string_view whole = line.window();
+        m_type = KxString(KxAscii::trim(line.token(kSlash)));
+        line.read();
+        m_subType = KxString(line.token(KxSipHeader::sDelimeters));
         if (m_type.empty() || m_subType.empty()) {
             return KxSipFault(kInvalid);
         }
-        if (KxStreamTokenizer::sDiscardWhite(in) == ';') {
-            in.read();
-            const std::string_view parameters = scanned.until<','>(in);
+        if (KxStreamTokenizer::sDiscardWhite(line) == ';') {
+            line.read();
+            const std::string_view parameters = line.until<','>();
             if constexpr (requires { H::kHidesCommas; }) {
-                if (in.peek() == ',' && parameters.find('"') != std::string_view::npos &&
-                    line.data() + H::sTextOf(line).size() != parameters.data() + parameters.size()) {
+                if (line.peek() == ',' && parameters.find('"') != std::string_view::npos &&
+                    whole.data() + H::sTextOf(whole).size() != parameters.data() + parameters.size()) {
                     return KxSipFault(kInvalid);
                 }
             }
             if (!KxAscii::trim(parameters).empty()) {
-                this->m_parameters.write().parse(parameters, in.readableEnd());
+                this->m_parameters.write().parse(parameters, line.readableEnd());
             }
         }
         return {};

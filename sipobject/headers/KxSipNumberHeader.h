@@ -13,13 +13,13 @@ protected:
     explicit KxSipNumberHeader(std::uint32_t number) : m_number(number) {}
     KxSipNumberHeader(const KxSipNumberHeader&) = default;
 
-    KxSipFault parseNumber(KxInputStream& in) {
+    KxSipFault parseNumber(KxSipLine& line) {
         if constexpr (requires { H::kNoDigitError; }) {
-            if (const KxSipFault fault = this->expectDigit(in, H::kNoDigitError)) {
+            if (const KxSipFault fault = this->expectDigit(line, H::kNoDigitError)) {
                 return fault;
             }
         }
-        m_number = KxStreamTokenizer::sGetUnsigned(in);
+        m_number = KxStreamTokenizer::sGetUnsigned(line);
         return {};
     }
 
@@ -28,10 +28,10 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    KxSipFault parseValue(KxInputStream& in) {
-        const KxSipFault fault = parseNumber(in);
+    KxSipFault parseValue(KxSipLine& line) {
+        const KxSipFault fault = parseNumber(line);
         if (!fault) {
-            this->parseParameters(in);
+            this->parseParameters(line);
         }
         return fault;
     }

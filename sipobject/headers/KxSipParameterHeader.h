@@ -23,10 +23,10 @@ protected:
     KxSipParameterHeader(const KxSipParameterHeader&) = default;
 
     /** Reads the list if a ";" follows. */
-    void parseParameters(KxInputStream& in) {
-        if (KxStreamTokenizer::sDiscardWhite(in) == ';') {
-            in.read();
-            m_parameters.write().parse(in);
+    void parseParameters(KxSipLine& line) {
+        if (KxStreamTokenizer::sDiscardWhite(line) == ';') {
+            line.read();
+            m_parameters.write().parse(line);
         }
     }
     void serializeParameters(KxOutputStream& out) const { m_parameters.serializeBehind(out); }

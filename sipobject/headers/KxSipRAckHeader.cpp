@@ -1,18 +1,16 @@
 #include "sipobject/headers/KxSipRAckHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 
 constinit const KxConstString KxSipRAckHeader::sToken{"RAck"};
 
 static const KxSipRAckHeader::Registration s_registration;
 
-KxSipFault KxSipRAckHeader::parseValue(KxInputStream& in) {
-    m_responseNumber = KxStreamTokenizer::sGetUnsigned(in);
-    m_seqNumber = KxStreamTokenizer::sGetUnsigned(in);
-    KxScannedText scanned;
-    m_method = KxString(scanned.token(in, sDelimeters));
+KxSipFault KxSipRAckHeader::parseValue(KxSipLine& line) {
+    m_responseNumber = KxStreamTokenizer::sGetUnsigned(line);
+    m_seqNumber = KxStreamTokenizer::sGetUnsigned(line);
+    m_method = KxString(line.token(sDelimeters));
     if (m_method.empty()) {
         return KxSipFault("Invalid RAck header");
     }

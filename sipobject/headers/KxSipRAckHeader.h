@@ -26,7 +26,7 @@ private:
     friend class KxSipHeaderOf<KxSipRAckHeader>;
 
     KxSipRAckHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_responseNumber = 0;

@@ -9,8 +9,8 @@ KxSipRecordRouteHeader::KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>&
     const Oskan::EntryTraceScope trace(sLogger(), "KxSipRecordRouteHeader ctor");
 }
 
-KxSipFault KxSipRecordRouteHeader::parseValue(KxInputStream& in) {
-    if (const KxSipFault fault = parseNameAddress(in)) {
+KxSipFault KxSipRecordRouteHeader::parseValue(KxSipLine& line) {
+    if (const KxSipFault fault = parseNameAddress(line)) {
         return fault.in(KxSipFault::Place::RecordRoute);
     }
     if (getSipURL().isNil()) {

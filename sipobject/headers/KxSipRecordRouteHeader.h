@@ -23,5 +23,5 @@ private:
     friend class KxSipHeaderOf<KxSipRecordRouteHeader>;
 
     KxSipRecordRouteHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
 };

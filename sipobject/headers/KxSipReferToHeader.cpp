@@ -16,9 +16,9 @@ KxHandle<KxSipURL> KxSipReferToHeader::getURL() const {
     return KxHandle<KxSipURL>(isURL ? static_cast<KxSipURL*>(m_URI.get()) : nullptr);
 }
 
-KxSipFault KxSipReferToHeader::parseValue(KxInputStream& in) {
+KxSipFault KxSipReferToHeader::parseValue(KxSipLine& line) {
     KxHandle<KxSipNameAddress> address;
-    if (const KxSipFault fault = KxSipNameAddress::sRead(in, address)) {
+    if (const KxSipFault fault = KxSipNameAddress::sConstructFrom(line, address)) {
         return fault;
     }
     m_URI = address->getURI();

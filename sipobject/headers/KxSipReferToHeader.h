@@ -29,7 +29,7 @@ private:
     friend class KxSipHeaderOf<KxSipReferToHeader>;
 
     KxSipReferToHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxHandle<KxURI> m_URI;

@@ -1,7 +1,6 @@
 #include "sipobject/headers/KxSipReplacesHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 constinit const KxConstString KxSipReplacesHeader::sToken{"Replaces"};
 
@@ -13,14 +12,13 @@ KxSipReplacesHeader::KxSipReplacesHeader(const KxString& callId, const KxString&
     setToTag(toTag);
 }
 
-KxSipFault KxSipReplacesHeader::parseValue(KxInputStream& in) {
-    KxScannedText scanned;
-    m_callId = KxString(KxAscii::trim(scanned.until<';'>(in)));
+KxSipFault KxSipReplacesHeader::parseValue(KxSipLine& line) {
+    m_callId = KxString(KxAscii::trim(line.until<';'>()));
     if (m_callId.empty()) {
         return KxSipFault("SIP Replaces header must contain a callid");
     }
-    in.read();
-    m_parameters.write().parse(KxAscii::trim(scanned.until<'\r', '\n'>(in)));
+    line.read();
+    m_parameters.write().parse(KxAscii::trim(line.until<'\r', '\n'>()));
     if (getToTag().empty()) {
         return KxSipFault("SIP Replaces header must contain a to-tag");
     }

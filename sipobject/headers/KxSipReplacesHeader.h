@@ -29,7 +29,7 @@ private:
     friend class KxSipHeaderOf<KxSipReplacesHeader>;
 
     KxSipReplacesHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxLazyParameters m_parameters;

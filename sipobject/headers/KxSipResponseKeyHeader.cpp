@@ -1,20 +1,18 @@
 #include "sipobject/headers/KxSipResponseKeyHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 constinit const KxConstString KxSipResponseKeyHeader::sToken{"Response-Key"};
 
 static const KxSipResponseKeyHeader::Registration s_registration;
 
-KxSipFault KxSipResponseKeyHeader::parseValue(KxInputStream& in) {
-    KxScannedText scanned;
-    m_scheme = KxString(scanned.token(in, sDelimeters));
+KxSipFault KxSipResponseKeyHeader::parseValue(KxSipLine& line) {
+    m_scheme = KxString(line.token(sDelimeters));
     if (m_scheme.empty()) {
         return KxSipFault("Invalid Response-Key header");
     }
-    for (m_parameters.write().parse(in); in.peek() == ','; m_parameters.write().parse(in)) {
-        in.read();
+    for (m_parameters.write().parse(line); line.peek() == ','; m_parameters.write().parse(line)) {
+        line.read();
     }
     return {};
 }

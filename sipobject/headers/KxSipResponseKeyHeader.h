@@ -21,7 +21,7 @@ private:
     friend class KxSipHeaderOf<KxSipResponseKeyHeader>;
 
     KxSipResponseKeyHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxString m_scheme;

@@ -28,27 +28,27 @@ void KxSipRetryAfterHeader::forgetValue() {
     m_parameters.clear();
 }
 
-KxSipFault KxSipRetryAfterHeader::parseValue(KxInputStream& in) {
-    if (const KxSipFault fault = parseNumber(in)) {
+KxSipFault KxSipRetryAfterHeader::parseValue(KxSipLine& line) {
+    if (const KxSipFault fault = parseNumber(line)) {
         return fault;
     }
-    if (KxStreamTokenizer::sDiscardWhite(in) == '(') {
-        in.read();
-        parseComment(in);
+    if (KxStreamTokenizer::sDiscardWhite(line) == '(') {
+        line.read();
+        parseComment(line);
     }
-    parseParameters(in);
+    parseParameters(line);
     return {};
 }
 
-void KxSipRetryAfterHeader::parseComment(KxInputStream& in) {
-    const std::string_view text = in.window();
+void KxSipRetryAfterHeader::parseComment(KxSipLine& line) {
+    const std::string_view text = line.window();
     const std::size_t length =
         static_cast<std::size_t>(closingParenthesis(text.data(), text.data() + text.size()) - text.data());
     if (length != text.size()) {
         m_comment = KxString(text.substr(0, length));
     }
-    in.consume(length);
-    in.read();
+    line.consume(length);
+    line.read();
 }
 
 void KxSipRetryAfterHeader::serializeValue(KxOutputStream& out) const {

@@ -42,9 +42,9 @@ private:
 
     KxSipRetryAfterHeader() = default;
     void forgetValue();
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
-    void parseComment(KxInputStream& in);
+    void parseComment(KxSipLine& line);
 
     KxString m_comment;
 };

@@ -8,7 +8,7 @@ KxSipRouteHeader::KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address) : 
     const Oskan::EntryTraceScope trace(sLogger(), "KxSipRouteHeader ctor");
 }
 
-KxSipFault KxSipRouteHeader::parseValue(KxInputStream& in) {
-    const KxSipFault fault = parseNameAddress(in);
+KxSipFault KxSipRouteHeader::parseValue(KxSipLine& line) {
+    const KxSipFault fault = parseNameAddress(line);
     return fault ? KxSipFault("Invalid Name-Address in KxSipRouteHeader") : fault;
 }

@@ -22,5 +22,5 @@ private:
     friend class KxSipHeaderOf<KxSipRouteHeader>;
 
     KxSipRouteHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
 };

@@ -2,7 +2,6 @@
 
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 /** The headers whose value is a text for people or logs: the whole line, byte for byte, including commas and trailing
     blanks. Only leading white space is dropped. */
@@ -19,10 +18,9 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    KxSipFault parseValue(KxInputStream& in) {
-        KxScannedText scanned;
-        KxScannedText::skipSpace(in);
-        m_text = KxString(scanned.until<'\r', '\n'>(in));
+    KxSipFault parseValue(KxSipLine& line) {
+        line.skipSpace();
+        m_text = KxString(line.until<'\r', '\n'>());
         return {};
     }
     void serializeValue(KxOutputStream& out) const { out.write(m_text.view()); }

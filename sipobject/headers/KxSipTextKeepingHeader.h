@@ -24,20 +24,21 @@ protected:
     KxSipTextKeepingHeader() = default;
     KxSipTextKeepingHeader(const KxSipTextKeepingHeader&) = default;
 
-    KxSipFault parseOrKeep(KxInputStream& in) {
-        in.mark();
-        const KxSipFault fault = Base::parseOrKeep(in);
+    KxSipFault readValue(KxSipLine& line) override {
+        line.mark();
+        const KxSipFault fault = Base::readValue(line);
         if (fault) [[unlikely]] {
-            in.reset();
-            return keep(in, fault);
+            line.reset();
+            return keep(line, fault);
         }
         forgetText();
         return {};
     }
-    void serializeOrKept(KxOutputStream& out) const {
+    void doSerialize(KxOutputStream& out) const override {
         if (m_text.empty()) [[likely]] {
-            Base::serializeOrKept(out);
+            Base::doSerialize(out);
         } else {
+            const Oskan::TraceScope trace(this->sLogger(), KxTraceName<H, "::doSerialize">);
             out.write(m_text.view());
             self().serializeParameters(out);
         }
@@ -74,16 +75,16 @@ protected:
     }
 
 private:
-    [[gnu::cold, gnu::noinline]] KxSipFault keep(KxInputStream& in, const KxSipFault& fault) {
-        KxStreamTokenizer::sDiscardWhite(in);
-        const std::string_view text = sTextOf(in.window());
+    [[gnu::cold, gnu::noinline]] KxSipFault keep(KxSipLine& line, const KxSipFault& fault) {
+        KxStreamTokenizer::sDiscardWhite(line);
+        const std::string_view text = sTextOf(line.window());
         if (KxAscii::trim(text).empty()) {
             return fault;
         }
         KxString kept(text);
         self().forgetValue();
         m_text = std::move(kept);
-        in.consume(text.size());
+        line.consume(text.size());
         return {};
     }
 

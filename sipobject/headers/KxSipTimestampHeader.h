@@ -26,7 +26,7 @@ private:
     friend class KxSipHeaderOf<KxSipTimestampHeader>;
 
     KxSipTimestampHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxString m_timestamp;

@@ -2,7 +2,6 @@
 
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 /** The headers whose value is one token, with parameters after it if Base is KxSipParameterHeader. A class H defines
     where the token ends and whether it may be empty:
@@ -28,9 +27,8 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    KxSipFault parseValue(KxInputStream& in) {
-        KxScannedText scanned;
-        std::string_view token = scanned.token(in, H::kTokenEnd);
+    KxSipFault parseValue(KxSipLine& line) {
+        std::string_view token = line.token(H::kTokenEnd);
         if constexpr (requires { H::kIsTrimmed; }) {
             token = KxAscii::trimEnd(token);
         }
@@ -40,7 +38,7 @@ private:
             }
         }
         m_value = KxString(token);
-        this->parseParameters(in);
+        this->parseParameters(line);
         return {};
     }
     void serializeValue(KxOutputStream& out) const {

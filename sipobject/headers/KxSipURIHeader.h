@@ -4,7 +4,6 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTextKeepingHeader.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 /** The headers whose value is a URI in angle brackets, without a display name, and parameters:
     LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). The URI is the whole text between the brackets, including commas
@@ -47,21 +46,20 @@ private:
         return KxHandle<KxURI>(uri.isNil() ? nullptr : uri->clone());
     }
 
-    KxSipFault parseValue(KxInputStream& in) {
-        KxScannedText scanned;
-        KxStreamTokenizer::sDiscardWhite(in);
-        const bool isOpened = in.read() == '<';
-        KxScannedText::skipSpace(in);
+    KxSipFault parseValue(KxSipLine& line) {
+        KxStreamTokenizer::sDiscardWhite(line);
+        const bool isOpened = line.read() == '<';
+        line.skipSpace();
         // trailing white space is part of the URI: a host may end in a tab, and trimming would drop that tab when
         // the written header is read again
-        const std::string_view text = isOpened ? scanned.until<'>'>(in) : std::string_view();
-        if (text.empty() || in.read() != '>') {
+        const std::string_view text = isOpened ? line.until<'>'>() : std::string_view();
+        if (text.empty() || line.read() != '>') {
             return KxSipFault(H::kInvalid);
         }
-        KxByteArrayInputStream uri(text);
-        const KxSipFault fault = KxURI::sRead(uri, true, m_URI);
+        KxSipLine uri(text);
+        const KxSipFault fault = KxURI::sConstructFrom(uri, true, m_URI);
         if (!fault) {
-            this->parseParameters(in);
+            this->parseParameters(line);
         }
         return fault;
     }

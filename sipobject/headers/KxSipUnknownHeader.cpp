@@ -1,8 +1,8 @@
 #include "sipobject/headers/KxSipUnknownHeader.h"
 
 #include "core/TraceScope.h"
+#include "sipobject/KxSipLine.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 namespace {
 
@@ -21,10 +21,15 @@ KxSipUnknownHeader* KxSipUnknownHeader::clone() const {
 }
 
 void KxSipUnknownHeader::doParse(KxInputStream& in) {
+    KxSipLine line(in);
+    readValue(line).raiseIfAny();
+}
+
+KxSipFault KxSipUnknownHeader::readValue(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doParse");
-    KxScannedText::skipSpace(in);
-    KxScannedText scanned;
-    m_value = KxString(scanned.until<'\r', '\n'>(in));
+    line.skipSpace();
+    m_value = KxString(line.until<'\r', '\n'>());
+    return {};
 }
 
 void KxSipUnknownHeader::doSerialize(KxOutputStream& out) const {

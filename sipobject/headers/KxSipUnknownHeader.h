@@ -19,6 +19,7 @@ public:
 
 protected:
     void doParse(KxInputStream& in) override;
+    KxSipFault readValue(KxSipLine& line) override;
     void doSerialize(KxOutputStream& out) const override;
 
 private:

@@ -1,7 +1,6 @@
 #include "sipobject/headers/KxSipViaHeader.h"
 
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 #include "util/KxStreamTokenizer.h"
 #include "util/UUID.h"
 
@@ -79,35 +78,34 @@ bool KxSipViaHeader::compare(const KxHandle<KxSipViaHeader>& other) const {
            m_host == other->m_host && m_port == other->m_port && m_transport == other->m_transport;
 }
 
-KxSipFault KxSipViaHeader::parseValue(KxInputStream& in) {
-    KxScannedText scanned;
-    KxScannedText::skipSpace(in);
+KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
+    line.skipSpace();
     constexpr std::string_view kUsual = "SIP/2.0/";
-    if (in.window().substr(0, kUsual.size()) == kUsual) {
+    if (line.window().substr(0, kUsual.size()) == kUsual) {
         m_protocolName = kSip;
         m_protocolVersion = kVersion;
-        in.consume(kUsual.size());
+        line.consume(kUsual.size());
     } else {
-        m_protocolName = KxString(KxAscii::trimEnd(scanned.until(in, kSlash)));
-        in.read();
-        m_protocolVersion = KxString(KxAscii::trimEnd(scanned.token(in, kSlash)));
-        in.read();
+        m_protocolName = KxString(KxAscii::trimEnd(line.until(kSlash)));
+        line.read();
+        m_protocolVersion = KxString(KxAscii::trimEnd(line.token(kSlash)));
+        line.read();
     }
-    m_transport = KxString(KxAscii::trimEnd(scanned.token(in, sDelimeters))).upper();
-    m_host = KxString(KxAscii::trimEnd(scanned.token(in, sDelimeters)));
-    for (int c = KxStreamTokenizer::sDiscardWhite(in); c == ':' || c == '(' || c == ';';
-         c = KxStreamTokenizer::sDiscardWhite(in)) {
-        in.read();
+    m_transport = KxString(KxAscii::trimEnd(line.token(sDelimeters))).upper();
+    m_host = KxString(KxAscii::trimEnd(line.token(sDelimeters)));
+    for (int c = KxStreamTokenizer::sDiscardWhite(line); c == ':' || c == '(' || c == ';';
+         c = KxStreamTokenizer::sDiscardWhite(line)) {
+        line.read();
         if (c == ':') {
-            m_port = KxStreamTokenizer::sGetUnsigned(in);
+            m_port = KxStreamTokenizer::sGetUnsigned(line);
             m_hasPort = true;
         } else if (c == '(') {
-            m_comment = KxString(scanned.until<')', '\r', '\n'>(in)); // an unclosed one must not consume the line end
-            in.read();
+            m_comment = KxString(line.until<')', '\r', '\n'>()); // an unclosed one must not consume the line end
+            line.read();
         } else {
-            const std::string_view parameters = KxAscii::trim(scanned.until<','>(in));
+            const std::string_view parameters = KxAscii::trim(line.until<','>());
             if (!parameters.empty()) {
-                m_parameters.write().parse(parameters, in.readableEnd());
+                m_parameters.write().parse(parameters, line.readableEnd());
             }
         }
     }

@@ -76,7 +76,7 @@ private:
     friend class KxSipHeaderOf<KxSipViaHeader>;
 
     KxSipViaHeader();
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
     KxSipFault checkValidity() const;
 

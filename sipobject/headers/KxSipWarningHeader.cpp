@@ -2,7 +2,6 @@
 
 #include "core/FastString.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
 constinit const KxConstString KxSipWarningHeader::sToken{"Warning"};
 
@@ -14,12 +13,12 @@ constexpr KxCharSet kAgentEnd(" \t\r\n,\"");
 constexpr KxCharSet kQuoteEnd("\"\r\n");
 
 /** The rest of a quoted string with its escapes removed; an unclosed string ends with the line. */
-KxString takeQuoted(KxInputStream& in) {
+KxString takeQuoted(KxSipLine& line) {
     Oskan::FastString<256> text;
-    for (int c = in.read(); c >= 0 && !kQuoteEnd.contains(static_cast<char>(c)); c = in.read()) {
-        const int next = c == '\\' ? in.peek() : -1;
+    for (int c = line.read(); c >= 0 && !kQuoteEnd.contains(static_cast<char>(c)); c = line.read()) {
+        const int next = c == '\\' ? line.peek() : -1;
         const bool isEscape = next >= 0 && next != '\r' && next != '\n';
-        text.append(static_cast<char>(isEscape ? in.read() : c));
+        text.append(static_cast<char>(isEscape ? line.read() : c));
     }
     return KxString(text.view());
 }
@@ -37,19 +36,18 @@ void writeQuoted(KxOutputStream& out, std::string_view text) {
 
 } // namespace
 
-KxSipFault KxSipWarningHeader::parseValue(KxInputStream& in) {
-    if (const KxSipFault fault = expectDigit(in, "Invalid Warning header")) {
+KxSipFault KxSipWarningHeader::parseValue(KxSipLine& line) {
+    if (const KxSipFault fault = expectDigit(line, "Invalid Warning header")) {
         return fault;
     }
-    m_code = KxStreamTokenizer::sGetUnsigned(in);
-    KxScannedText scanned;
-    m_agent = KxString(scanned.token(in, kAgentEnd));
-    KxScannedText::skipSpace(in);
-    if (in.peek() == '"') {
-        in.read();
-        m_text = takeQuoted(in);
+    m_code = KxStreamTokenizer::sGetUnsigned(line);
+    m_agent = KxString(line.token(kAgentEnd));
+    line.skipSpace();
+    if (line.peek() == '"') {
+        line.read();
+        m_text = takeQuoted(line);
     } else {
-        m_text = KxString(KxAscii::trim(scanned.until<','>(in)));
+        m_text = KxString(KxAscii::trim(line.until<','>()));
     }
     return {};
 }

@@ -30,7 +30,7 @@ private:
     friend class KxSipHeaderOf<KxSipWarningHeader>;
 
     KxSipWarningHeader() = default;
-    KxSipFault parseValue(KxInputStream& in);
+    KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     std::uint32_t m_code = 0;

@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipParseKeepAliveException.h"
 #include "sipobject/headers/KxSipAcceptHeader.h"
@@ -132,6 +133,7 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
         }
         m_status = m_status == KX_STATUS_VALID ? KX_STATUS_INCOMPLETE : m_status;
     };
+    KxSipLine line;
     for (int c = in.peek(); c >= 0; c = in.peek()) {
         if (c == '\r' || c == '\n') {
             in.consume(1);
@@ -142,7 +144,7 @@ void KxSipMessage::parseHeaders(KxInputStream& in) {
         }
         try {
             KxHandle<KxSipHeader> header;
-            const KxSipFault fault = KxSipHeader::sReadFrom(in, header);
+            const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
             if (!fault) [[likely]] {
                 addRead(std::move(header));
             } else {

@@ -13,7 +13,6 @@
 #include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxLineEnd.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
@@ -268,11 +267,7 @@ KxHandle<KxSipHeader> KxSipRequest::headerFrom(const KxString& name, const KxStr
     if (name.view().find(':') != std::string_view::npos || KxAscii::trim(name) != name.view()) {
         KxSipParseError::sThrow("Header token expected");
     }
-    KxHandle<KxSipHeader> header = KxSipHeader::sConstruct(name);
-    const std::string line = std::string(value.view()) + "\r\n";
-    KxByteArrayInputStream in{std::string_view(line)};
-    header->parseRest(in);
-    return header;
+    return KxSipHeader::sConstructFrom(name, std::string(value.view()) + "\r\n");
 }
 
 KxString KxSipRequest::clearBrackets(const KxString& text) {

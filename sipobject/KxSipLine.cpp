@@ -1,0 +1,127 @@
+#include "sipobject/KxSipLine.h"
+
+#include "util/KxBytes.h"
+#include "util/KxStreamTokenizer.h"
+
+#include <typeinfo>
+
+namespace {
+
+constexpr KxSipFault kNoToken{"Header token expected"};
+constexpr KxSipFault kNoColon{"SIP Header parse error : no colon found"};
+
+/** The name without blanks, tabs and line breaks at its end. Other white space stays. */
+std::string_view trimNameEnd(std::string_view name) {
+    return name.substr(0, name.find_last_not_of(" \t\r\n") + 1);
+}
+
+/** Whether an unquoted "@" comes before an unquoted ">", a line end and the end. Sets `stop` to where it stopped. */
+bool findAt(const char* from, const char* end, const char*& stop) {
+    bool quoted = false;
+    const auto next = [end](const char* at) { return KxBytes::findAny<'"', '@', '>', '\n'>(at, end); };
+    for (const char* at = next(from); at != end; at = next(at + 1)) {
+        if (*at == '"') {
+            quoted = !quoted;
+        } else if (*at == '\n' || !quoted) {
+            stop = at;
+            return *at == '@';
+        }
+    }
+    stop = end;
+    return false;
+}
+
+} // namespace
+
+KxSipLine::KxSipLine(KxInputStream& source) : m_source(&source) {
+    const std::size_t length = source.fillLine();
+    const char* const text = source.window().data();
+    setWindow(text, text + length, source.isWhole() ? source.readableEnd() : text + length);
+    if (typeid(source) == typeid(KxSipLine)) {
+        m_userParts = static_cast<const KxSipLine&>(source).m_userParts;
+    }
+}
+
+void KxSipLine::consumeFromSource() {
+    m_source->consume(static_cast<std::size_t>(begin() - m_source->window().data()));
+    if (typeid(*m_source) == typeid(KxSipLine)) {
+        static_cast<KxSipLine&>(*m_source).m_userParts = m_userParts;
+    }
+}
+
+std::size_t KxSipLine::readSome(char*, std::size_t) {
+    return 0;
+}
+
+/** Takes any other line: folded, without CR LF at its end, with blanks around its name, or faulty, or of a stream that is not whole. */
+[[gnu::noinline]] KxSipFault KxSipLine::takeUnplain(KxInputStream& in) {
+    if (!in.isWhole()) {
+        KxSipLine whole(in);
+        return take(whole);
+    }
+    const int first = KxStreamTokenizer::sDiscardWhite(in);
+    if (first < 0 || first == ':') {
+        KxStreamTokenizer::sDiscardLine(in);
+        return kNoToken;
+    }
+    const char* const raw = in.window().data();
+    if (const KxSipFault fault = takeUnnamed(in)) {
+        return fault;
+    }
+    const char* const colon = KxBytes::findAny<':'>(raw, in.window().data());
+    m_key = trimNameEnd(std::string_view(raw, static_cast<std::size_t>(colon - raw)));
+    return m_name.empty() || m_key.empty() ? kNoToken : KxSipFault();
+}
+
+KxSipFault KxSipLine::takeUnnamed(KxInputStream& in) {
+    if (!in.isWhole()) {
+        KxSipLine whole(in);
+        return takeUnnamed(whole);
+    }
+    const std::string_view line = takeUnfolded(in);
+    const std::size_t colon = line.find(':');
+    const char* const end = line.data() + line.size();
+    m_name = KxAscii::trim(line.substr(0, colon));
+    moveTo(colon == std::string_view::npos ? end : line.data() + colon + 1, end, end);
+    return colon == std::string_view::npos ? kNoColon : KxSipFault();
+}
+
+/** Takes one logical line: in place if it ends plainly, else unfolded into a copy that ends in CR LF. */
+std::string_view KxSipLine::takeUnfolded(KxInputStream& in) {
+    const std::string_view window = in.window();
+    const char* const stop = KxBytes::findAny<'\r', '\n'>(window.data(), window.data() + window.size());
+    if (sEndsPlainly(stop, window.data() + window.size())) {
+        const auto length = static_cast<std::size_t>(stop - window.data()) + 2;
+        in.consume(length);
+        return window.substr(0, length);
+    }
+    m_unfolded.clear();
+    for (int c = in.read(); c >= 0; c = in.read()) {
+        if (c == '\n') {
+            const int next = in.peek();
+            if (next != ' ' && next != '\t') {
+                break;
+            }
+            in.consume(1);
+        } else if (c != '\r') {
+            m_unfolded.append(static_cast<char>(c));
+        }
+    }
+    m_unfolded.append("\r\n", 2);
+    return m_unfolded.view();
+}
+
+bool KxSipLine::hasUserPart(const char* at) {
+    UserParts& last = m_userParts;
+    if (last.at == nullptr || at < last.at) {
+        last = {at, false, {nullptr, nullptr}, {false, false}};
+    }
+    for (; last.at != at; ++last.at) {
+        last.quoted ^= *last.at == '"';
+    }
+    const char*& stop = last.stop[last.quoted];
+    if (stop == nullptr || stop < at) {
+        last.found[last.quoted] = findAt(at, end(), stop);
+    }
+    return last.found[last.quoted];
+}

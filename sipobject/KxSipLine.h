@@ -1,0 +1,141 @@
+#pragma once
+
+#include "core/FastString.h"
+#include "sipobject/KxSipFault.h"
+#include "sipobject/SipApi.h"
+#include "util/KxCharSet.h"
+#include "util/KxInputStream.h"
+
+#include <string_view>
+
+/** The text that a grammar reads, and what the steps of reading share. Made once for each message or other outermost
+    operation, and passed to every step. It finds lines, colons, commas and the ends of tokens; no other class does.
+
+    It is a whole stream, so what it finds are views of the bytes, valid as long as these. Used by one thread at a
+    time. */
+class KX_SIP_API KxSipLine final : public KxInputStream {
+public:
+    /** Empty until the first take. */
+    KxSipLine() : KxSipLine(std::string_view()) {}
+    /** Reads a text, which must outlive the object. */
+    explicit KxSipLine(std::string_view text)
+        : KxInputStream(text.data(), text.data() + text.size(), text.data() + text.size()) {}
+    /** Reads the first logical line of the stream, or all bytes of a stream that is whole. What is read is consumed
+        from the stream when this object is destroyed. A host that reads many URLs from one stream makes this object
+        first and reads from it: the line is then scanned once, not once for each URL. */
+    explicit KxSipLine(KxInputStream& source);
+    ~KxSipLine() override {
+        if (m_source != nullptr) {
+            consumeFromSource();
+        }
+    }
+
+    /** Takes the next header line of a message, with its continuation lines, out of the stream. Afterwards this object
+        reads the text after the colon, up to and including CR LF. Returns a fault for a line without name or colon,
+        which is taken, too. A plain line (a name directly followed by the colon, CR LF at the end, not continued) is
+        not copied. [RFC 3261 7.3.1] */
+    [[gnu::always_inline]] KxSipFault take(KxInputStream& in) {
+        const char* const begin = in.window().data();
+        const char* const end = begin + in.window().size();
+        const char* const readable = in.readableEnd();
+        const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end, readable);
+        if (colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ' || !in.isWhole()) {
+            return takeUnplain(in);
+        }
+        const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end, readable);
+        if (!sEndsPlainly(stop, end)) {
+            return takeUnplain(in);
+        }
+        in.consume(static_cast<std::size_t>(stop - begin) + 2);
+        m_key = m_name = std::string_view(begin, static_cast<std::size_t>(colon - begin));
+        moveTo(colon + 1, stop + 2, readable);
+        return {};
+    }
+    /** As take, for a line that may have an empty name. A line without a colon is all name. */
+    KxSipFault takeUnnamed(KxInputStream& in);
+    /** The name before the colon, without white space around it. */
+    std::string_view name() const { return m_name; }
+    /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name. */
+    std::string_view key() const { return m_key; }
+
+    /** Skips blanks; returns false if only white space follows. */
+    bool skipToText() {
+        const char* at = begin();
+        while (at != end() && (*at == ' ' || *at == '\t')) {
+            ++at;
+        }
+        moveTo(at);
+        return at != end() && (*at > ' ' || KxAscii::skipSpace(at, end()) != end());
+    }
+    /** Skips what is left of a value, and the comma after it; returns false, without moving, if there is no comma. */
+    bool skipToNextValue() {
+        const char* at = begin();
+        while (at != end() && *at != ',') {
+            ++at;
+        }
+        if (at == end()) {
+            return false;
+        }
+        moveTo(at + 1);
+        return true;
+    }
+
+    /** Takes the characters up to the first delimiter (which stays unread) or the end. */
+    [[gnu::always_inline]] std::string_view until(const KxCharSet& delimiters) {
+        return takeTo(delimiters.find(begin(), end(), readableEnd()));
+    }
+    /** As above, for a few delimiters that are far apart: faster over long text. */
+    template <char... kDelimiters>
+    [[gnu::always_inline]] std::string_view until() {
+        return takeTo(KxBytes::findAny<kDelimiters...>(begin(), end(), readableEnd()));
+    }
+    /** Skips white space, then as `until`. */
+    [[gnu::always_inline]] std::string_view token(const KxCharSet& delimiters) {
+        skipSpace();
+        return until(delimiters);
+    }
+    /** Skips white space: blanks, tabs, line ends, form feeds. */
+    void skipSpace() { moveTo(KxAscii::skipSpace(begin(), end())); }
+
+    /** Whether an unquoted "@" follows `at`, a place in the text, before an unquoted ">" and a line end. Each URL of a
+        line asks this for its own place, so the results of the scans are kept. */
+    bool hasUserPart(const char* at);
+
+protected:
+    std::size_t readSome(char* buffer, std::size_t capacity) override;
+
+private:
+    /** Where the last scans for an "@" ended. */
+    struct UserParts {
+        const char* at = nullptr; ///< Where the last scan was asked for; null before the first.
+        bool quoted;              ///< Whether the number of quotes before `at` is odd.
+        const char* stop[2];      ///< Where the scan ended, by `quoted` at its start; null when not known.
+        bool found[2];            ///< Whether it ended at an "@", by `quoted` at its start.
+    };
+
+    const char* begin() const { return window().data(); }
+    const char* end() const { return window().data() + window().size(); }
+    void moveTo(const char* begin, const char* end, const char* readable) {
+        setWindow(begin, end, readable);
+        m_userParts.at = nullptr;
+    }
+    void moveTo(const char* at) { consume(static_cast<std::size_t>(at - begin())); }
+    std::string_view takeTo(const char* stop) {
+        const std::string_view taken(begin(), static_cast<std::size_t>(stop - begin()));
+        consume(taken.size());
+        return taken;
+    }
+    /** Whether the line break at `at` is CR LF and the line is not continued. */
+    static bool sEndsPlainly(const char* at, const char* end) {
+        return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
+    }
+    KxSipFault takeUnplain(KxInputStream& in);
+    std::string_view takeUnfolded(KxInputStream& in);
+    void consumeFromSource();
+
+    std::string_view m_name;
+    std::string_view m_key;
+    UserParts m_userParts;
+    KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
+    Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.
+};
