@@ -33,10 +33,11 @@ bool findAt(const char* from, const char* end, const char*& stop) {
 
 } // namespace
 
-KxSipLine::KxSipLine(KxInputStream& source) : m_source(&source) {
+KxSipLine::KxSipLine(KxInputStream& source) : KxSipLine() {
     const std::size_t length = source.fillLine();
     const char* const text = source.window().data();
     setWindow(text, text + length, source.isWhole() ? source.readableEnd() : text + length);
+    m_source = &source; // not before, since fillLine may throw
     if (typeid(source) == typeid(KxSipLine)) {
         m_userParts = static_cast<const KxSipLine&>(source).m_userParts;
     }

@@ -116,6 +116,28 @@ TEST(HeaderLineTest, OperationsAreTraced) {
                            "KxSipAllowHeader::doSerialize ");
 }
 
+/** The steps that docs/architecture.md names are called in that order while a Via line is read. */
+TEST(HeaderLineTest, TheRoadIsAsThePageSays) {
+    const std::string page = fileText(KX_SOURCE_DIR "/docs/architecture.md");
+    const std::size_t begin = page.find("<!-- begin road -->");
+    std::string steps;
+    for (std::size_t at = page.find("\n| `", begin); at < page.find("<!-- end road -->");
+         at = page.find("\n| `", at + 1)) {
+        steps += page.substr(at + 4, page.find('`', at + 4) - at - 4) + "\n";
+    }
+    ASSERT_NE(begin, std::string::npos);
+    std::string entered;
+    const ClassLog capture("tandril.kx", log4cplus::TRACE_LOG_LEVEL);
+    EXPECT_NE(outcomeOf([] { return written(*readMessage("OPTIONS sip:h SIP/2.0\r\nVia: SIP/2.0/UDP h\r\n\r\n")); }),
+              "");
+    for (const LogRecord& record : capture.records) {
+        if (record.text.starts_with("ENTER : ") && !entered.ends_with("asynchAddHeader\n")) {
+            entered += record.text.substr(8) + "\n";
+        }
+    }
+    EXPECT_EQ(entered, steps);
+}
+
 /** A level that is changed at run time applies to each operation, whichever is called first after the change. */
 TEST(HeaderLineTest, EachOperationAloneGoesByTheLevelOfNow) {
     const auto from = readAs<KxSipFromHeader>("From: <sip:h>");
@@ -134,7 +156,7 @@ TEST(HeaderLineTest, EachOperationAloneGoesByTheLevelOfNow) {
     const std::pair<std::string, std::function<void()>> rows[] = {
         {"KxSipNameAddress::getURL returns NULL since tel:1 isn't a SIP URL", [&] { tel->getURL(); }},
         {"ENTER : KxSipNameAddress copy ctor", [&] { KxSipNameAddress copy(*address); }},
-        {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", &KxSipNameAddress::sConstructFrom)},
+        {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", [](auto& in) { KxSipNameAddress::sConstructFrom(in); })},
         {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", [&](auto& in) { in >> streamed; })},
         {"ENTER : KxSipNameAddress::parse(1)", reading("tel:1", [&](auto& in) { tel->parse(in); })},
         {"ENTER : KxSipNameAddress::parse(2)", [&] { tel->parse("tel:1"); }},
