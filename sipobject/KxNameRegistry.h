@@ -14,33 +14,24 @@ class KxNameRegistry {
 public:
     constexpr KxNameRegistry() = default;
 
-    /** A name as registered, and its creator function. */
-    struct Entry {
-        KxBytes::Ends folded;
-        KxBytes::Ends ends;
-        std::string_view name;
-        Creator creator;
-        const Entry* next;
-    };
-
     /** `name` must live as long as the process. */
     void add(const char* name, Creator creator) {
         const std::string_view text(name);
         if (find(text) == nullptr) {
             const KxBytes::Ends ends(text.data(), text.size());
             const Entry*& head = m_buckets[bucket(ends.folded())];
-            head = new Entry{ends.folded(), ends, text, creator,
-                             head}; // never freed: static destructors may look names up
+            // never freed, since static destructors may look names up
+            head = new Entry{ends.folded(), ends, text, creator, head};
         }
     }
 
-    /** The entry of a name, or null. Sets `exact` to whether the name was registered in the same letter case. */
-    [[gnu::always_inline]] const Entry* findEntry(std::string_view name, bool& exact) const {
+    /** The creator function of a name, or null. Faster if the name is in the letter case that was registered. */
+    [[gnu::always_inline]] Creator find(std::string_view name) const {
         const KxBytes::Ends ends(name.data(), name.size());
         const Entry* const first = m_buckets[bucket(ends.folded())];
-        exact = first != nullptr && first->ends == ends &&
-                (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()));
-        return exact ? first : findInAnyCase(name, first, exact);
+        const bool exact = first != nullptr && first->ends == ends &&
+                           (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()));
+        return exact ? first->creator : findInAnyCase(name, first);
     }
 
     /** Calls f with every name, in no particular order. */
@@ -53,20 +44,21 @@ public:
         }
     }
 
-    /** The creator function of a name, or null. */
-    [[gnu::always_inline]] Creator find(std::string_view name) const {
-        bool exact = false;
-        const Entry* const entry = findEntry(name, exact);
-        return entry != nullptr ? entry->creator : nullptr;
-    }
-
 private:
-    [[gnu::noinline]] static const Entry* findInAnyCase(std::string_view name, const Entry* first, bool& exact) {
+    /** A name as registered, and its creator function. */
+    struct Entry {
+        KxBytes::Ends folded;
+        KxBytes::Ends ends;
+        std::string_view name;
+        Creator creator;
+        const Entry* next;
+    };
+
+    [[gnu::noinline]] static Creator findInAnyCase(std::string_view name, const Entry* first) {
         const KxBytes::Ends folded = KxBytes::Ends(name.data(), name.size()).folded();
         for (const Entry* entry = first; entry != nullptr; entry = entry->next) {
             if (entry->folded == folded && KxAscii::equalsNoCase(entry->name, name)) {
-                exact = entry->name == name;
-                return entry;
+                return entry->creator;
             }
         }
         return nullptr;
