@@ -102,7 +102,7 @@ protected:
 
 private:
     friend class KxSipHeaderSlots;
-    friend class KxSipMessage;
+    friend class KxSipMessageReader;
     friend class KxSipRequest;
 
     struct Line;
