@@ -19,7 +19,7 @@ public:
 
 protected:
     friend class KxSipHeaderOf<KxSipContentTypeHeader>;
-    friend class KxSipMessage;
+    friend class KxSipBody;
 
     KxSipContentTypeHeader() = default;
 

@@ -103,7 +103,7 @@ protected:
 
 private:
     friend class KxSipHeaderSlots;
-    friend class KxSipMessage;
+    friend class KxSipMessageReader;
     friend class KxSipRequest;
 
     /** As the public sConstructFrom, but returns the fault instead of throwing it; `line` is the context. `header` must

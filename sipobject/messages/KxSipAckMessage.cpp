@@ -3,11 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 
-namespace {
-
-constinit Oskan::AceCleanupLogger s_logger{"KxSipAckMessage"};
-
-} // namespace
+static constinit Oskan::AceCleanupLogger s_logger{"KxSipAckMessage"};
 
 constinit const KxConstString KxSipAckMessage::sMethodName{"ACK"};
 

@@ -3,11 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 
-namespace {
-
-constinit Oskan::AceCleanupLogger s_logger{"KxSipByeMessage"};
-
-} // namespace
+static constinit Oskan::AceCleanupLogger s_logger{"KxSipByeMessage"};
 
 constinit const KxConstString KxSipByeMessage::sMethodName{"BYE"};
 

@@ -3,11 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 
-namespace {
-
-constinit Oskan::AceCleanupLogger s_logger{"KxSipCancelMessage"};
-
-} // namespace
+static constinit Oskan::AceCleanupLogger s_logger{"KxSipCancelMessage"};
 
 constinit const KxConstString KxSipCancelMessage::sMethodName{"CANCEL"};
 

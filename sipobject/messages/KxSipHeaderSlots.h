@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string_view>
+#include <typeinfo>
 #include <utility>
 
 /** The headers of a message: a slot for each kind, which holds the first value with the others chained after it, and
@@ -22,48 +24,66 @@ public:
     void copyFrom(const KxSipHeaderSlots& other);
 
     /** The first value of a kind; nil when there is none. The slot does not move as long as the message exists. */
-    const KxHandle<KxSipHeader>& first(HeaderID id) const { return slot(m_place[id]); }
+    const KxHandle<KxSipHeader>& first(HeaderID id) const { return slot(m_slotOf[id]); }
+    /** The first value of the kind of H; nil when there is none, or if it is of another class. */
+    template <class H>
+    KxHandle<H> typed() const {
+        KxSipHeader* const header = first(H::kHeaderID).get();
+        return KxHandle<H>(header != nullptr && typeid(*header) == typeid(H) ? static_cast<H*>(header) : nullptr);
+    }
+    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. */
+    HeaderID findKind(std::string_view name) const;
+    /** The first value of that kind; if there is none, the first unknown header with exactly that name, or nil. */
+    KxHandle<KxSipHeader> find(std::string_view name) const;
 
     /** Adds the value as the first of its kind (existing values then replace its own chain), or after the last one,
-        with its chain if no value of that is part of a message. Returns false and changes nothing if the value is
-        already part of a message. */
+        with its chain if no value of that is part of a message. Adds a copy of a value that is part of a message.
+        Returns false and changes nothing if the value is the first of its kind here. */
     bool add(KxHandle<KxSipHeader>&& header, bool first) {
         KxSipHeader& value = *header.get();
+        OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
         if (value.isInMessage()) [[unlikely]] {
-            return false;
+            return addCopyUnlessFirst(value, first);
         }
-        KxHandle<KxSipHeader>& present = use(value.getHeaderID());
+        KxHandle<KxSipHeader>& present = slotFor(value.getHeaderID());
         if (!present.isNil()) {
-            chainFree(present, std::move(header), first);
+            adoptIntoChain(present, std::move(header), first);
         } else {
             value.joinMessage();
-            begin(present, std::move(header));
+            startChain(present, std::move(header));
         }
         return true;
     }
+    /** Adds a copy of the value, without its chain. Returns false and changes nothing if the value is the first one
+        under its name here. */
+    bool addSingle(const KxSipHeader& value, bool first);
     /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind. */
     void addRead(KxHandle<KxSipHeader>&& header) {
-        KxHandle<KxSipHeader>& present = use(header.get()->getHeaderID());
+        OSKAN_ASSERT(header.get()->getHeaderID() < KxHeaderIDs::kCount);
+        KxHandle<KxSipHeader>& present = slotFor(header.get()->getHeaderID());
         if (!present.isNil()) {
-            chain(present, std::move(header), false);
+            extendChain(present, std::move(header), false);
         } else {
-            begin(present, std::move(header));
+            startChain(present, std::move(header));
         }
+    }
+    /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
+    void addUnlisted(KxHandle<KxSipHeader> header);
+    /** A deep copy of the value, without its chain. */
+    static KxHandle<KxSipHeader> sCopyOne(const KxSipHeader& value) {
+        return KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value.clone()));
     }
     /** A deep copy of all values of a kind, chained in their order; nil when there are none. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
 
-    /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
-    void addUnlisted(KxHandle<KxSipHeader> header);
-    /** Removes the first value of a kind and keeps those after it; returns false if there is none. */
-    bool removeFirst(HeaderID id);
-    /** Removes the first unknown header of that name, ignoring letter case; returns false if there is none. */
-    bool removeUnknown(std::string_view name);
-    /** The first unknown header with exactly that name, or nil. */
-    KxHandle<KxSipHeader> findUnknown(std::string_view name) const;
+    /** Removes the first value of the kind that findKind returns, or the first unknown header of that name, ignoring
+        letter case. The values after it stay. Returns false if there is none. */
+    bool remove(std::string_view name);
+    /** Removes all values of the header's kind; for an unknown header, all with its name, ignoring letter case. */
+    void removeAllLike(const KxSipHeader& header);
 
-    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. */
-    HeaderID find(std::string_view token) const;
+    /** Writes all values, one line each, in the order of the kinds, and an empty line. */
+    void serializeHeaders(KxOutputStream& out) const;
 
     /** The kinds in order: for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)). */
     static constexpr HeaderID kEnd = KxHeaderIDs::kCount;
@@ -72,18 +92,14 @@ public:
 
 private:
     /** The end of a chain longer than this is cached, and names further along the chain are looked up in an index. */
-    static constexpr int kWalk = 8;
+    static constexpr int kMaxWalk = 8;
     /** Cached positions in long chains, so that a chain is not walked again for each operation. */
-    struct Long {
+    struct LongChains {
         std::array<KxSipHeader*, KxHeaderIDs::kCount> last{}; ///< A value near the end of the chain, or null.
         std::unique_ptr<KxSipNameIndex> names;                ///< Index of the unknown headers.
         std::uint32_t changes = 0;                            ///< KxSipHeader::sChanges() when the index was made.
     };
-    /** An unknown header and the one before it; each is null if there is none. */
-    struct Place {
-        KxSipHeader* before = nullptr;
-        KxSipHeader* header = nullptr;
-    };
+    using Found = KxSipNameIndex::Found;
     struct Link {
         std::uint8_t previous;
         std::uint8_t next;
@@ -100,42 +116,45 @@ private:
         return const_cast<KxHandle<KxSipHeader>&>(std::as_const(*this).slot(place));
     }
     /** The slot of a kind; a kind without one gets one. */
-    KxHandle<KxSipHeader>& use(HeaderID id) {
-        if (m_place[id] != 0 || m_used >= kNear) {
-            return useAgain(id);
+    KxHandle<KxSipHeader>& slotFor(HeaderID id) {
+        if (m_slotOf[id] != 0 || m_slotCount >= kNear) {
+            return knownOrFarSlot(id);
         }
-        m_place[id] = m_used;
-        return m_near[m_used++];
+        m_slotOf[id] = m_slotCount;
+        return m_near[m_slotCount++];
     }
-    KxHandle<KxSipHeader>& useAgain(HeaderID id);
-    void enlist(HeaderID id) {
+    KxHandle<KxSipHeader>& knownOrFarSlot(HeaderID id);
+    bool addCopyUnlessFirst(const KxSipHeader& value, bool first);
+    void appendToOrder(HeaderID id) {
         const std::uint8_t last = m_order[kEnd].previous;
         m_order[id] = {last, kEnd};
         m_order[last].next = static_cast<std::uint8_t>(id);
         m_order[kEnd].previous = static_cast<std::uint8_t>(id);
     }
-    void begin(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header) {
+    void startChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header) {
         slot = std::move(header);
-        enlist(slot.get()->getHeaderID());
+        appendToOrder(slot.get()->getHeaderID());
     }
-    void chainFree(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
-    void chain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
-    static void release(KxHandle<KxSipHeader>& first);
-    void delist(HeaderID id);
-    void cut(HeaderID id, KxSipHeader* before);
+    void adoptIntoChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
+    void extendChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
+    static void emptySlot(KxHandle<KxSipHeader>& first);
+    void removeFromOrder(HeaderID id);
+    void removeAfter(HeaderID id, KxSipHeader* before);
     KxSipHeader* lastOf(HeaderID id);
-    KxSipNameIndex* names(bool exact) const;
-    Place findUnknown(std::string_view name, bool exact) const;
+    KxSipNameIndex* nameIndex(bool exact) const;
+    Found findUnknown(std::string_view name, bool exact) const;
+    bool removeFirst(HeaderID id);
+    bool removeUnknown(std::string_view name);
     template <class Change>
-    void changeNames(Change change);
+    void updateNameIndex(Change change);
 
     std::array<std::uint8_t, KxHeaderIDs::kCount>
-        m_place{};           // the slot of each kind; 0, whose slot is always nil, for none
-    std::uint8_t m_used = 1; // number of slots, including the nil one
+        m_slotOf{};               // the slot of each kind; 0, whose slot is always nil, for none
+    std::uint8_t m_slotCount = 1; // number of slots, including the nil one
     union {
         std::array<KxHandle<KxSipHeader>, kNear> m_near; // in a union, so that unused slots are not destroyed
     };
     std::unique_ptr<Far> m_far;
-    mutable std::unique_ptr<Long> m_long;                // created for the first long chain
+    mutable std::unique_ptr<LongChains> m_longChains;    // created for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd
 };

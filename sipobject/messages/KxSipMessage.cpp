@@ -1,9 +1,8 @@
 #include "sipobject/messages/KxSipMessage.h"
 
 #include "core/AceCleanupLogger.h"
-#include "core/Assertion.h"
+#include "core/Logger.h"
 #include "core/TraceScope.h"
-#include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
@@ -17,17 +16,26 @@
 #include "sipobject/headers/KxSipSupportedHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
+#include "sipobject/messages/KxSipMessageReader.h"
+#include "sipobject/messages/KxSipRequiredHeaders.h"
+#include "sipobject/messages/KxSipTransactionKey.h"
 #include "util/KxOutputStream.h"
 
-#include <algorithm>
 #include <cstring>
+#include <sstream>
 #include <string>
-#include <typeinfo>
 
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
-constinit Oskan::MemAccount s_bodyAccount{"KxSipMessageBody"};
+constexpr int kLogLine = 179; // log configurations identify the events of logMessage by this line number
+
+[[gnu::cold]] void logAddedTwice(const KxSipHeader& header, const char* operation) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug,
+                     std::string(operation).append(" : adding a header twice : ").append(header.getToken().view()));
+    }
+}
 
 } // namespace
 
@@ -39,10 +47,7 @@ KxSipMessage::KxSipMessage(const KxSipMessage& other) : KxSipMessage(other, Lock
 
 KxSipMessage::KxSipMessage(const KxSipMessage& other, const Lock&) : KxSipMessage() {
     m_headers.copyFrom(other.m_headers);
-    if (other.m_body != nullptr) {
-        m_body = bodyOf(other.m_body.get(), other.m_bodyStored);
-        m_bodyStored = other.m_bodyStored;
-    }
+    m_body = other.m_body.copy();
     m_versionHigh = other.m_versionHigh;
     m_versionLow = other.m_versionLow;
     m_connectionAddress = other.m_connectionAddress;
@@ -65,71 +70,107 @@ void KxSipMessage::setVersion(unsigned high, unsigned low) {
     m_versionLow = static_cast<std::uint8_t>(low);
 }
 
-// ---- headers ----
+// ---- reading and checking ----
 
-template <class H>
-KxHandle<H> KxSipMessage::typed() const {
-    KxSipHeader* const header = m_headers.first(H::kHeaderID).get();
-    return KxHandle<H>(header != nullptr && typeid(*header) == typeid(H) ? static_cast<H*>(header) : nullptr);
+void KxSipMessage::sAddConstructor(const KxString& token, Creator creator) {
+    KxSipMessageReader::sAddConstructor(token, creator);
 }
 
+KxHandle<KxSipMessage> KxSipMessage::sConstructFrom(KxInputStream& in) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::sConstructFrom");
+    return KxSipMessageReader::sConstructFrom(in);
+}
+
+void KxSipMessage::parse(const char*, KxInputStream& in) {
+    KxSipMessageReader(*this).read(in);
+}
+
+void KxSipMessage::parseHeaders(KxInputStream& in) {
+    KxSipMessageReader(*this).readHeaders(in);
+}
+
+void KxSipMessage::parseBody(KxInputStream& in) {
+    KxSipMessageReader(*this).readBody(in);
+}
+
+void KxSipMessage::checkValidity() {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::checkValidity");
+    const std::string fault = KxSipRequiredHeaders::sFault(m_headers, methodForCSeq());
+    if (!fault.empty()) {
+        m_status = KX_STATUS_UNUSABLE;
+        KxException::sThrow(fault);
+    }
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug, "KxSipMessage::checkValidity : m_Status=" + std::to_string(m_status));
+    }
+}
+
+KxString KxSipMessage::createKey() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::createKey");
+    if (m_status == KX_STATUS_UNUSABLE) {
+        KxException::sThrow("Unable to create transaction key for INVALID SIP Message");
+    }
+    const auto takeHeaders = [this] {
+        const Lock lock(*this);
+        return KxSipTransactionKey(m_headers);
+    };
+    return takeHeaders().text();
+}
+
+// ---- headers ----
+
 KxHandle<KxSipViaHeader> KxSipMessage::getViaHeader() const {
-    return typed<KxSipViaHeader>();
+    return m_headers.typed<KxSipViaHeader>();
 }
 
 KxHandle<KxSipFromHeader> KxSipMessage::getFromHeader() const {
-    return typed<KxSipFromHeader>();
+    return m_headers.typed<KxSipFromHeader>();
 }
 
 KxHandle<KxSipToHeader> KxSipMessage::getToHeader() const {
-    return typed<KxSipToHeader>();
+    return m_headers.typed<KxSipToHeader>();
 }
 
 KxHandle<KxSipCSeqHeader> KxSipMessage::getCSeqHeader() const {
-    return typed<KxSipCSeqHeader>();
+    return m_headers.typed<KxSipCSeqHeader>();
 }
 
 KxHandle<KxSipCallIdHeader> KxSipMessage::getCallIdHeader() const {
-    return typed<KxSipCallIdHeader>();
+    return m_headers.typed<KxSipCallIdHeader>();
 }
 
 KxHandle<KxSipContentLengthHeader> KxSipMessage::getContentLengthHeader() const {
-    return typed<KxSipContentLengthHeader>();
+    return m_headers.typed<KxSipContentLengthHeader>();
 }
 
 KxHandle<KxSipContactHeader> KxSipMessage::getContactHeader() const {
-    return typed<KxSipContactHeader>();
+    return m_headers.typed<KxSipContactHeader>();
 }
 
 KxHandle<KxSipContentEncodingHeader> KxSipMessage::getContentEncodingHeader() const {
-    return typed<KxSipContentEncodingHeader>();
+    return m_headers.typed<KxSipContentEncodingHeader>();
 }
 
 KxHandle<KxSipContentTypeHeader> KxSipMessage::getContentTypeHeader() const {
-    return typed<KxSipContentTypeHeader>();
+    return m_headers.typed<KxSipContentTypeHeader>();
 }
 
 KxHandle<KxSipSessionExpiresHeader> KxSipMessage::getSessionExpiresHeader() const {
-    return typed<KxSipSessionExpiresHeader>();
+    return m_headers.typed<KxSipSessionExpiresHeader>();
 }
 
 KxHandle<KxSipSubjectHeader> KxSipMessage::getSubjectHeader() const {
-    return typed<KxSipSubjectHeader>();
+    return m_headers.typed<KxSipSubjectHeader>();
 }
 
 KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
-    return typed<KxSipSupportedHeader>();
-}
-
-KxHandle<KxSipHeader> KxSipMessage::findHeader(std::string_view name) const {
-    const HeaderID id = mTokenToID(name);
-    return id == KxHeaderIDs::kUnknown ? m_headers.findUnknown(name) : m_headers.first(id);
+    return m_headers.typed<KxSipSupportedHeader>();
 }
 
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
-    return findHeader(name);
+    return m_headers.find(name);
 }
 
 std::vector<HeaderID> KxSipMessage::getHeaderOrder() const {
@@ -146,7 +187,7 @@ template <class H>
 bool KxSipMessage::listsTag(std::string_view optionTag) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
-    const KxHandle<KxSipHeader> first = findHeader(H::sToken);
+    const KxHandle<KxSipHeader> first = m_headers.find(H::sToken);
     for (const KxSipHeader* value = first.get(); value != nullptr; value = value->getNext().get()) {
         if (typeid(*value) == typeid(H) && static_cast<const H*>(value)->getOptionTag() == optionTag) {
             return true;
@@ -163,39 +204,15 @@ bool KxSipMessage::isRequired(std::string_view optionTag) const {
     return listsTag<KxSipRequireHeader>(optionTag);
 }
 
-[[gnu::cold]] void KxSipMessage::noteTwice(const KxSipHeader& header, const char* operation) {
-    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-        s_logger.log(Oskan::LogLevel::Debug,
-                     std::string(operation).append(" : adding a header twice : ").append(header.getToken().view()));
-    }
-}
-
-/** Returns a copy of a header that is part of a message, since it stays there. Returns the header itself if it is part
-    of no message, or if it is already the first in its slot here; nothing is added then. */
-KxHandle<KxSipHeader> KxSipMessage::ownOrCopy(const KxHandle<KxSipHeader>& header) const {
-    if (!header->isInMessage() || getHeaderByID(header->getHeaderID()) == header) {
-        return header;
-    }
-    return KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(header->clone()));
-}
-
 void KxSipMessage::addHeader(const KxHandle<KxSipHeader>& header, bool first) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::addHeader");
-    if (!header.isNil()) {
-        const Lock lock(*this);
-        insert(ownOrCopy(header), first, "KxSipMessage::addHeader");
+    if (header.isNil()) {
+        return;
     }
-}
-
-void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first) {
-    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
-    if (!header.isNil()) {
-        insert(header->isInMessage() ? ownOrCopy(header) : std::move(header), first, "KxSipMessage::asynchAddHeader");
+    const Lock lock(*this);
+    if (!m_headers.add(KxHandle<KxSipHeader>(header), first)) {
+        logAddedTwice(*header, "KxSipMessage::addHeader");
     }
-}
-
-void KxSipMessage::asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first) {
-    asynchAddHeader(KxHandle<KxSipHeader>(header), first);
 }
 
 void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool first) {
@@ -204,22 +221,30 @@ void KxSipMessage::addSingleHeader(const KxHandle<KxSipHeader>& header, bool fir
         return;
     }
     const Lock lock(*this);
-    if (header->isInMessage() && findHeader(header->getToken()) == header) {
-        noteTwice(*header, "KxSipMessage::addSingleHeader");
-    } else { // copying a header does not copy its chain
-        insert(KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(header->clone())), first,
-               "KxSipMessage::addSingleHeader");
+    if (!m_headers.addSingle(*header, first)) {
+        logAddedTwice(*header, "KxSipMessage::addSingleHeader");
+    }
+}
+
+void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader> header, bool first) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
+    if (header.isNil()) {
+        return;
+    }
+    const KxSipHeader& value = *header; // if it is not added, it is alive in the message
+    if (!m_headers.add(std::move(header), first)) {
+        logAddedTwice(value, "KxSipMessage::asynchAddHeader");
     }
 }
 
 void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
-    m_headers.add(ownOrCopy(header), false);
+    m_headers.add(KxHandle<KxSipHeader>(header), false);
 }
 
 void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
     const KxHandle<KxSipHeader>& first = other.m_headers.first(id);
     if (!first.isNil()) {
-        asynchAddHeader(KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(first->clone())), false);
+        asynchAddHeader(KxSipHeaderSlots::sCopyOne(*first), false);
     }
 }
 
@@ -238,73 +263,20 @@ void KxSipMessage::copyConnection(const KxSipMessage& other) {
 bool KxSipMessage::removeHeader(std::string_view name) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeHeader");
     const Lock lock(*this);
-    const HeaderID id = mTokenToID(name);
-    return id == KxHeaderIDs::kUnknown ? m_headers.removeUnknown(name) : m_headers.removeFirst(id);
+    return m_headers.remove(name);
 }
 
 void KxSipMessage::removeAllLike(const KxSipHeader& header) {
-    const HeaderID id = header.getHeaderID();
     const Lock lock(*this);
-    while (id == KxHeaderIDs::kUnknown ? m_headers.removeUnknown(header.getToken()) : m_headers.removeFirst(id)) {
-    }
+    m_headers.removeAllLike(header);
 }
 
 // ---- body ----
 
-void KxSipMessage::FreeBody::operator()(char* bytes) const noexcept {
-    s_bodyAccount.deallocate(bytes);
-}
-
-KxSipMessage::BodyBytes KxSipMessage::bodyOf(const void* bytes, std::size_t length) {
-    try {
-        BodyBytes body(static_cast<char*>(s_bodyAccount.allocate(length + 1)));
-        std::memcpy(body.get(), bytes, length);
-        body.get()[length] = '\0';
-        return body;
-    } catch (const std::bad_alloc&) {
-        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(length));
-    }
-}
-
-/** Allocates memory first, so that a failed allocation changes nothing. */
 void KxSipMessage::setBody(const void* body, const char* contentType, std::uint32_t length) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::setBody");
     const Lock lock(*this);
-    const KxHandle<KxSipContentLengthHeader> contentLength = getContentLengthHeader();
-    KxHandle<KxSipHeader> freshLength;
-    KxHandle<KxSipHeader> freshType;
-    BodyBytes fresh;
-    if (contentLength.isNil()) {
-        freshLength = KxMake<KxSipContentLengthHeader>(length);
-    }
-    if (length != 0 && body != nullptr && contentType != nullptr) {
-        fresh = bodyOf(body, length);
-        const KxHandle<KxSipContentTypeHeader> type = getContentTypeHeader();
-        if (type.isNil()) {
-            freshType = KxMake<KxSipContentTypeHeader>(contentType);
-        } else {
-            type->setMediaType(contentType);
-        }
-    }
-    if (contentLength.isNil()) {
-        insert(std::move(freshLength), false, "KxSipMessage::setBody");
-    } else {
-        contentLength->setContentLength(length);
-    }
-    if (length == 0) {
-        return;
-    }
-    if (body == nullptr) {
-        KxSipParseError::sThrow("Can't build SIP request with NULL body pointer");
-    }
-    if (contentType == nullptr) {
-        KxSipParseError::sThrow("Can't build SIP request(with body) with no content-type");
-    }
-    m_body = std::move(fresh);
-    m_bodyStored = length;
-    if (!freshType.isNil()) {
-        insert(std::move(freshType), false, "KxSipMessage::setBody");
-    }
+    m_body.set(m_headers, body, contentType, length);
 }
 
 void KxSipMessage::setBody(const char* body, const char* contentType) {
@@ -318,7 +290,7 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
     } else if (present.isNil()) {
         asynchAddHeader(KxMake<KxSipContentLengthHeader>(0U), false);
     } else { // from the Request-URI, which may have brought a body too
-        present->setContentLength(static_cast<std::uint32_t>(m_bodyStored));
+        present->setContentLength(static_cast<std::uint32_t>(m_body.length()));
     }
 }
 
@@ -338,24 +310,29 @@ void KxSipMessage::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::serialize");
     const Lock lock(*this);
     serializeStartLine(out);
-    serializeHeaders(out);
+    m_headers.serializeHeaders(out);
     if (hasBody()) {
-        serializeBody(out);
+        m_body.serializeBody(out, getBodyLength());
     }
     out.flush();
 }
 
-void KxSipMessage::serializeHeaders(KxOutputStream& out) const {
-    for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
-        m_headers.first(id)->serializeLines(out);
-    }
-    out.write(std::string_view("\r\n", 2));
-}
-
-void KxSipMessage::serializeBody(KxOutputStream& out) const {
-    out.write(std::string_view(m_body.get(), std::min<std::size_t>(getBodyLength(), m_bodyStored)));
-}
-
 void KxSipMessage::display(KxOutputStream& out, bool) const {
     serialize(out);
+}
+
+void KxSipMessage::formatMessage(std::ostream& out, bool received, unsigned* port, KxInetAddress* address,
+                                 Oskan::LogLevel) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::formatMessage");
+    KxSipMessageFormat::sWrite(out, *this, received, port, address);
+}
+
+void KxSipMessage::logMessage(Oskan::Logger& logger, bool received, unsigned* port, KxInetAddress* address,
+                              Oskan::LogLevel level) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::logMessage");
+    if (logger.isEnabledFor(level)) {
+        std::ostringstream text;
+        formatMessage(text, received, port, address, level);
+        logger.log(level, text.str(), "KxSipMessage", kLogLine);
+    }
 }

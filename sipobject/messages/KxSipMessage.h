@@ -4,7 +4,9 @@
 #include "core/LogDeferral.h"
 #include "core/LogLevel.h"
 #include "sipobject/headers/KxSipHeader.h"
+#include "sipobject/messages/KxSipBody.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
+#include "sipobject/messages/KxSipMessageFormat.h"
 #include "sipobject/messages/KxStatus.h"
 #include "util/KxInetAddress.h"
 #include "util/KxMutex.h"
@@ -12,14 +14,11 @@
 
 #include <cstdint>
 #include <iosfwd>
-#include <memory>
 #include <vector>
 
 namespace Oskan {
 class Logger;
 }
-class KxByteArray;
-class KxException;
 class KxSipCSeqHeader;
 class KxSipCallIdHeader;
 class KxSipContactHeader;
@@ -65,8 +64,8 @@ protected:
         status to 2 and throws KxException "missing Via header", "multiple To headers detected", "invalid method in CSeq
         header (got=...", "SIP Message has body but no Content-Type header" and the like. [RFC 3261 8.1.1, 20] */
     virtual void checkValidity();
-    /** The part of checkValidity that compares the CSeq method with the method of a request, ignoring letter case. */
-    virtual void checkCSeqMethod();
+    /** The method that CSeq must name, ignoring letter case; null if that is not checked. */
+    virtual const KxString* methodForCSeq() const { return nullptr; }
     /** Reads the rest of the start line, including its line end. Throws KxSipParseError. */
     virtual void parseStartLine(KxInputStream& in) = 0;
 
@@ -98,7 +97,7 @@ public:
     std::vector<HeaderID> getHeaderOrder() const;
     /** The kind whose first header is written under the name, ignoring letter case; KxHeaderIDs::kUnknown if there is
         none. Does not lock. */
-    HeaderID mTokenToID(std::string_view name) const { return m_headers.find(name); }
+    HeaderID mTokenToID(std::string_view name) const { return m_headers.findKind(name); }
     /** The first header written under the name, ignoring letter case; so a header received under its compact name is
         not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
         none. getNext continues from the returned header. */
@@ -141,12 +140,12 @@ public:
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
     /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
-    const char* getBody() const { return m_body.get(); }
-    bool hasBody() const { return m_body != nullptr; }
+    const char* getBody() const { return m_body.bytes(); }
+    bool hasBody() const { return m_body.bytes() != nullptr; }
     /** The value of Content-Length, or 0 without one. getBody may have fewer bytes. */
     std::uint32_t getBodyLength() const;
     /** The number of bytes at getBody. */
-    std::size_t getStoredBodyLength() const { return m_bodyStored; }
+    std::size_t getStoredBodyLength() const { return m_body.length(); }
     /** The media type in Content-Type, without parameters; empty without Content-Type. */
     KxString getBodyType() const;
 
@@ -210,8 +209,7 @@ protected:
     void parseHeaders(KxInputStream& in);
     void parseBody(KxInputStream& in);
     /** addHeader without the lock, while no other thread can access the message. */
-    void asynchAddHeader(const KxHandle<KxSipHeader>& header, bool first);
-    void asynchAddHeader(KxHandle<KxSipHeader>&& header, bool first);
+    void asynchAddHeader(KxHandle<KxSipHeader> header, bool first);
     /** Adds the header to the slot of its kind, which must be empty; not checked. */
     void addHeaderByID(const KxHandle<KxSipHeader>& header);
     /** Appends copies of the other's headers of a kind: the first value, or all values in order. Does not lock. */
@@ -222,48 +220,22 @@ protected:
     /** Copies address, port and transport of the other's connection if the other came over TCP or TLS, so that the
         answer to it uses the same connection. */
     void copyConnection(const KxSipMessage& other);
-    /** Removes all headers of the header's kind; for an unknown header, all with its name, ignoring letter case. */
+    /** Removes all headers of the header's kind; for an unknown header, all with its name. */
     void removeAllLike(const KxSipHeader& header);
-    /** Sets the status to 2 and throws KxException with the text. */
-    [[noreturn]] void invalidate(std::string_view why);
     void setVersion(unsigned high, unsigned low);
     void setStatus(KxStatus status) { m_status = status; }
 
 private:
-    struct FreeBody {
-        void operator()(char* bytes) const noexcept;
-    };
-    using BodyBytes = std::unique_ptr<char, FreeBody>; ///< Followed by a NUL.
+    friend class KxSipMessageReader; // fills every field
 
     template <class H>
-    KxHandle<H> typed() const;
-    template <class H>
     bool listsTag(std::string_view optionTag) const;
-    KxHandle<KxSipHeader> findHeader(std::string_view name) const;
-    KxHandle<KxSipHeader> ownOrCopy(const KxHandle<KxSipHeader>& header) const;
-    void insert(KxHandle<KxSipHeader>&& header, bool first, const char* operation) {
-        const KxSipHeader& value = *header; // stays alive: someone holds it either way
-        OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
-        if (!m_headers.add(std::move(header), first)) {
-            noteTwice(value, operation);
-        }
-    }
-    void addRead(KxHandle<KxSipHeader>&& header);
-    static void noteTwice(const KxSipHeader& header, const char* operation);
-    void checkHeader(HeaderID id, std::string_view name, bool single);
-    bool acceptsOwnBodyType() const;
-    void noteFault(const char* what, const KxString& why);
-    void readBody(KxInputStream& in, std::size_t length);
-    static BodyBytes bodyOf(const void* bytes, std::size_t length);
-    void serializeHeaders(KxOutputStream& out) const;
-    void serializeBody(KxOutputStream& out) const;
 
     static Oskan::MemAccount s_account;
 
     KxMutex* const m_mutex;
     KxSipHeaderSlots m_headers;
-    BodyBytes m_body;
-    std::size_t m_bodyStored = 0;
+    KxSipBody m_body;
     std::uint8_t m_versionHigh = 2;
     std::uint8_t m_versionLow = 0;
     KxStatus m_status = KX_STATUS_VALID;
@@ -273,12 +245,3 @@ private:
     KxInetAddress m_localAddress;
     std::uint32_t m_localPort = 0;
 };
-
-/** Writes the message as it would be sent, but with LF instead of CR LF. A CR without LF is kept. */
-KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxSipMessage& message);
-/** As above; nothing for nil. */
-KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxSipMessage>& message);
-/** Writes the bytes unchanged; nothing for nil. */
-KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxByteArray>& bytes);
-/** Writes the exception as its display function does, which is its message; nothing for nil. */
-KX_SIP_API std::ostream& operator<<(std::ostream& out, const KxHandle<KxException>& failure);

@@ -74,13 +74,17 @@ void KxSipNameIndex::prepareExact() {
     m_hasExact = true;
 }
 
-KxSipHeader* KxSipNameIndex::sHeader(const Node& node) {
-    return node.header;
-}
-
-KxSipHeader* KxSipNameIndex::sBefore(const Node& node) {
-    const Node* const before = node.neighbours[kChain].first;
-    return before == nullptr ? nullptr : before->header;
+KxSipNameIndex::Found KxSipNameIndex::find(std::string_view name, bool exact) const {
+    const auto firstIn = [name](const auto& groups) {
+        const auto group = groups.find(name);
+        return group == groups.end() ? nullptr : group->second.first;
+    };
+    const Node* const node = exact ? firstIn(m_exact) : firstIn(m_noCase);
+    if (node == nullptr) {
+        return {};
+    }
+    const Node* const before = node->neighbours[kChain].first;
+    return {before == nullptr ? nullptr : before->header, node->header};
 }
 
 void KxSipNameIndex::remove(const KxSipHeader& header) {

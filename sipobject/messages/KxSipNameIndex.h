@@ -18,7 +18,11 @@ class KxSipHeader;
     std::bad_alloc; the index must then be dropped. */
 class KxSipNameIndex {
 public:
-    struct Node;
+    /** A header and the one before it in the chain; each is null if there is none. */
+    struct Found {
+        KxSipHeader* before = nullptr;
+        KxSipHeader* header = nullptr;
+    };
 
     KxSipNameIndex() = default;
     ~KxSipNameIndex();
@@ -31,51 +35,39 @@ public:
     /** Makes room for so many headers in all. */
     void reserve(std::size_t count) { m_noCase.reserve(count); }
 
-    /** Prepares for findExact. The first call takes time for all headers. */
+    /** Prepares for exact look-ups. The first call takes time for all headers. */
     void prepareExact();
-    /** The first header with exactly that name, or null. */
-    const Node* findExact(std::string_view name) const { return sFirst(m_exact, name); }
-    /** The first header with that name, ignoring letter case, or null. */
-    const Node* findNoCase(std::string_view name) const { return sFirst(m_noCase, name); }
-    static KxSipHeader* sHeader(const Node& node);
-    /** The header before it in the chain; null for the first. */
-    static KxSipHeader* sBefore(const Node& node);
+    /** The first header with exactly that name (after prepareExact), or with that name ignoring letter case. */
+    Found find(std::string_view name, bool exact) const;
     /** Removes a header from the index. It must be the first with its name, ignoring letter case. */
     void remove(const KxSipHeader& header);
 
 private:
+    struct Node;
     enum Order { kChain, kNoCase, kExact, kOrders };
     /** The two ends of a list of nodes in one order, or the two neighbours of a node. */
     struct Pair {
         Node* first = nullptr;
         Node* last = nullptr;
     };
-    struct HashNoCase {
+    template <auto kHash>
+    struct Hash {
         using is_transparent = void;
-        std::size_t operator()(std::string_view name) const { return KxNameHash::noCase(name); }
+        std::size_t operator()(std::string_view name) const { return kHash(name); }
     };
     struct EqualNoCase {
         using is_transparent = void;
         bool operator()(std::string_view a, std::string_view b) const { return KxAscii::equalsNoCase(a, b); }
-    };
-    struct HashExact {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view name) const { return KxNameHash::exact(name); }
     };
 
     void add(KxSipHeader& header, bool first);
     static void link(Pair& ends, Node& node, Order order, bool first);
     static void unlink(Pair& ends, Node& node, Order order);
     template <class Groups>
-    static const Node* sFirst(const Groups& groups, std::string_view name) {
-        const auto found = groups.find(name);
-        return found == groups.end() ? nullptr : found->second.first;
-    }
-    template <class Groups>
     static Node* removeFirst(Groups& groups, std::string_view name, Order order);
 
     Pair m_chain;
     bool m_hasExact = false; ///< Whether m_exact is filled.
-    std::unordered_map<KxString, Pair, HashNoCase, EqualNoCase> m_noCase;
-    std::unordered_map<KxString, Pair, HashExact, std::equal_to<>> m_exact;
+    std::unordered_map<KxString, Pair, Hash<KxNameHash::noCase>, EqualNoCase> m_noCase;
+    std::unordered_map<KxString, Pair, Hash<KxNameHash::exact>, std::equal_to<>> m_exact;
 };

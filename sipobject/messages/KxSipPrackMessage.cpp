@@ -3,11 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 
-namespace {
-
-constinit Oskan::AceCleanupLogger s_logger{"KxSipPrackMessage"};
-
-} // namespace
+static constinit Oskan::AceCleanupLogger s_logger{"KxSipPrackMessage"};
 
 constinit const KxConstString KxSipPrackMessage::sMethodName{"PRACK"};
 

@@ -5,36 +5,134 @@
 #include "core/GlobalConfig.h"
 #include "core/SipLoggers.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipCSeq.h"
+#include "sipobject/KxSipCallid.h"
 #include "sipobject/KxSipObjectParamDefs.h"
 #include "sipobject/KxSipParseError.h"
-#include "sipobject/address/KxTelURL.h"
 #include "sipobject/headers/KxSipAuthorizationHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
+#include "sipobject/messages/KxSipRequestLine.h"
+#include "sipobject/messages/KxSipResponse.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxOutputStream.h"
-#include "util/KxScannedText.h"
 
-#include <algorithm>
 #include <sstream>
 #include <string>
 
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipRequest"};
-constexpr KxCharSet kLineFeed("\n");
-constexpr std::size_t kVersionLength = 7; // the length of "SIP/2.0"
 
-/** Whether the scheme begins with "sip" but is longer. The parser of SIP URLs would report it as a syntax error. */
-bool onlyBeginsLikeSip(std::string_view uri) {
-    const std::size_t begin = std::min(uri.find_first_not_of(" <\t"), uri.size());
-    const std::string_view scheme = KxAscii::trim(uri.substr(begin, uri.find(':') - begin));
-    return uri.find(':') != std::string_view::npos && scheme.size() > 3 &&
-           KxAscii::equalsNoCase(scheme.substr(0, 3), KxSipURL::sToken);
+bool isGiven(const char* text) {
+    return text != nullptr && *text != '\0';
+}
+
+KxString checkedMethod(const char* method) {
+    if (!isGiven(method)) {
+        KxException::sThrow("The SIP Method cannot be NULL or EMPTY");
+    }
+    return KxString(method);
+}
+
+void noteMissingMaxForwards(const KxSipRequest& request) {
+    const Oskan::Logger& logger = Oskan::Sip::getUAInteropMaxForwardsLogger();
+    if (logger.isEnabledFor(Oskan::LogLevel::Info)) {
+        std::ostringstream note;
+        note << "Received a SIP request with no Max-Forwards header. Set " << logger.getName()
+             << " logger to ERROR level to mute this warning. Request:\n"
+             << request;
+        logger.log(Oskan::LogLevel::Info, note.str());
+    }
 }
 
 } // namespace
+
+KxSipRequest::KxSipRequest() = default;
+
+KxSipRequest::KxSipRequest(const KxSipRequest& other) : KxSipRequest(other, Lock(other)) {}
+
+KxSipRequest::KxSipRequest(const KxSipRequest& other, const Lock& held)
+    : KxSipMessage(other, held),
+      m_Method(other.m_Method),
+      m_URI(other.m_URI.isNil() ? nullptr : other.m_URI->clone()),
+      m_PreferredIpAddr(other.m_PreferredIpAddr),
+      m_preferredIpAddrText(other.m_preferredIpAddrText) {}
+
+KxSipRequest::KxSipRequest(const KxString& method) : m_Method(method), m_URI(KxMake<KxURI>(nullptr)) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest ctor 1");
+    if (method.empty()) {
+        KxException::sThrow("KxSipRequest constructor expects a Method Name");
+    }
+}
+
+KxSipRequest::KxSipRequest(const char* method, const char* from, const char* to, const char* contact,
+                           const char* callId, std::uint32_t cseq, const char* contentType, const void* body,
+                           std::uint32_t bodyLength)
+    : m_Method(checkedMethod(method)) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest ctor 2");
+    const auto fromHeader = KxMake<KxSipFromHeader>(from);
+    const auto toHeader = KxMake<KxSipToHeader>(to);
+    KxHandle<KxSipContactHeader> contactHeader;
+    if (isGiven(contact)) {
+        contactHeader = KxMake<KxSipContactHeader>(contact);
+    }
+    build(fromHeader, toHeader, nullptr, contactHeader, {callId, cseq, contentType, body, bodyLength});
+}
+
+KxSipRequest::KxSipRequest(const char* method, const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                           const KxHandle<KxSipContactHeader>& contact, const char* callId, std::uint32_t cseq,
+                           const char* contentType, const void* body, std::uint32_t bodyLength)
+    : m_Method(checkedMethod(method)) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest ctor 3");
+    build(from, to, nullptr, contact, {callId, cseq, contentType, body, bodyLength});
+}
+
+KxSipRequest::KxSipRequest(const char* method, const KxHandle<KxSipNameAddress>& requestUri,
+                           const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                           const KxHandle<KxSipContactHeader>& contact, const char* callId, std::uint32_t cseq,
+                           const char* contentType, const void* body, std::uint32_t bodyLength)
+    : m_Method(checkedMethod(method)) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest ctor 4");
+    const KxHandle<KxURI> uri = requestUri.isNil() ? KxHandle<KxURI>() : requestUri->getURI();
+    build(from, to, &uri, contact, {callId, cseq, contentType, body, bodyLength});
+}
+
+KxSipRequest::KxSipRequest(const char* method, const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                           const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                           const char* callId, std::uint32_t cseq, const char* contentType, const void* body,
+                           std::uint32_t bodyLength)
+    : m_Method(checkedMethod(method)) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest ctor 5");
+    build(from, to, &requestUri, contact, {callId, cseq, contentType, body, bodyLength});
+}
+
+/** Adds the headers, in the order in which they are written. If `requestUri` is null, the To URI is used; the headers
+    of a given Request-URI become headers of the request. */
+void KxSipRequest::build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                         const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact,
+                         const Content& content) {
+    asynchAddHeader(from, false);
+    asynchAddHeader(to, false);
+    const KxHandle<KxURI> toUri =
+        to.isNil() || to->getNameAddress().isNil() ? KxHandle<KxURI>() : to->getNameAddress()->getURI();
+    const KxHandle<KxURI>& uri = requestUri == nullptr ? toUri : *requestUri;
+    required(uri, "Can't build SIP request without Request-URI");
+    setURI(uri);
+    if (requestUri != nullptr) {
+        stripSipURLHeaders();
+    }
+    asynchAddHeader(contact, false);
+    const KxString callId(isGiven(content.callId) ? content.callId : KxSipCallid().getValue());
+    asynchAddHeader(KxMake<KxSipCallIdHeader>(callId), false);
+    const std::uint32_t number = content.cseq == 0 ? static_cast<std::uint32_t>(KxSipCSeq()) : content.cseq;
+    asynchAddHeader(KxMake<KxSipCSeqHeader>(number, m_Method), false);
+    setBodyOrNone(content.body, content.contentType, content.bodyLength);
+    OSKAN_ASSERT(!m_Method.empty());
+    OSKAN_ASSERT(!m_URI.isNil());
+}
 
 void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
@@ -108,7 +206,7 @@ bool KxSipRequest::tooManyHops() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::tooManyHops");
     const auto header = KxHandleCast<KxSipMaxForwardsHeader>(getHeaderByID(KxHeaderIDs::kMaxForwards));
     if (header.isNil()) {
-        noteMissingMaxForwards();
+        noteMissingMaxForwards(*this);
         return false;
     }
     if (header->getMaxForwards() != 0) {
@@ -126,17 +224,6 @@ bool KxSipRequest::tooManyHops() const {
     }
     s_logger.log(Oskan::LogLevel::Info, "Got request with Max-Forwards set to 0");
     return true;
-}
-
-void KxSipRequest::noteMissingMaxForwards() const {
-    const Oskan::Logger& logger = Oskan::Sip::getUAInteropMaxForwardsLogger();
-    if (logger.isEnabledFor(Oskan::LogLevel::Info)) {
-        std::ostringstream note;
-        note << "Received a SIP request with no Max-Forwards header. Set " << logger.getName()
-             << " logger to ERROR level to mute this warning. Request:\n"
-             << *this;
-        logger.log(Oskan::LogLevel::Info, note.str());
-    }
 }
 
 bool KxSipRequest::rejectedByStack(unsigned& code) const {
@@ -157,78 +244,21 @@ void KxSipRequest::parse(const char* token, KxInputStream& in) {
     KxSipMessage::parse(token, in);
 }
 
-void KxSipRequest::refuse(KxStatus status, const char* why) {
-    setStatus(status);
-    KxSipParseError::sThrow(why);
-}
-
 void KxSipRequest::parseStartLine(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipRequest::parseStartLine");
-    KxScannedText scanned;
-    const std::string_view line = scanned.until(in, kLineFeed);
-    if (in.read() < 0) {
-        refuse(KX_STATUS_UNUSABLE,
-               "Invalid Start-Line for SIP request: reached end of message looking for end-of-line");
-    }
-    parseRequestLine(line);
-}
-
-/** Reads the part between the method and the LF. */
-void KxSipRequest::parseRequestLine(std::string_view line) {
-    if (line.empty() || line.back() != '\r') {
-        refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: no CR before LF");
-    }
-    line.remove_suffix(1);
-    const std::size_t first = line.find(' ');
-    const std::size_t last = line.rfind(' ');
-    const bool one = first != std::string_view::npos && first == last;
-    const bool two = first == 0 && line.find(' ', 1) == last;
-    if (!one && !two) {
-        refuse(KX_STATUS_UNUSABLE, "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces");
-    }
-    if (last == 0) {
-        KxSipParseError::sThrow("Invalid Start-Line for SIP request");
-    }
-    checkVersion(line.substr(last + 1));
-    parseRequestURI(line.substr(0, last));
-}
-
-void KxSipRequest::checkVersion(std::string_view version) {
-    if (version.size() != kVersionLength || version.substr(0, 4) != "SIP/") {
-        KxSipParseError::sThrow("Invalid SIP Version");
-    }
-    if (version.substr(4) != "2.0") {
-        refuse(KX_STATUS_VERSION_NOT_SUPPORTED, "Invalid SIP Version");
+    const KxSipRequestLine line = KxSipRequestLine::sRead(in);
+    m_URI = line.uri;
+    if (line.fault != nullptr) {
+        setStatus(line.status);
+        KxSipParseError::sThrow(line.fault);
     }
     setVersion(2, 0);
-}
-
-void KxSipRequest::parseRequestURI(std::string_view text) {
-    if (onlyBeginsLikeSip(text)) {
-        refuse(KX_STATUS_UNSUPPORTED_URI_SCHEME, "Unsupported Uri Scheme");
-    }
-    KxByteArrayInputStream uri(text);
-    m_URI = KxURI::sConstructFrom(uri, true);
-    if (m_URI.isNil()) {
-        KxSipParseError::sThrow("Invalid SIP URI");
-    }
-    const KxString& scheme = m_URI->getScheme();
-    if (!scheme.equalsNoCase(KxSipURL::sToken) && !scheme.equalsNoCase(KxTelURL::sToken)) {
-        refuse(KX_STATUS_UNSUPPORTED_URI_SCHEME, "Unsupported Uri Scheme");
-    }
     stripSipURLHeaders();
     stripBrackets(m_URI);
 }
 
-void KxSipRequest::checkCSeqMethod() {
-    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
-    if (!cseq.isNil() && !cseq->getMethod().equalsNoCase(m_Method)) {
-        invalidate(std::string("invalid method in CSeq header (got=\"")
-                       .append(cseq->getMethod().view())
-                       .append("\" expected=\"")
-                       .append(m_Method.view())
-                       .append("\""));
-    }
+const KxString* KxSipRequest::methodForCSeq() const {
+    return &m_Method;
 }
 
 void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
@@ -287,4 +317,49 @@ void KxSipRequest::stripBrackets(const KxHandle<KxURI>& uri) {
     if (uri->getSchemeData().view().find_first_of(kBrackets) != std::string_view::npos) {
         uri->setSchemeData(clearBrackets(uri->getSchemeData()));
     }
+}
+
+// ---- from another message ----
+
+void KxSipRequest::addPartiesOf(const KxSipMessage& parent) {
+    required(parent.getFromHeader(), "Can't build SIP request without From header");
+    required(parent.getToHeader(), "Can't build SIP request without To header");
+    addCopyOf(parent, KxHeaderIDs::kFrom);
+    addCopyOf(parent, KxHeaderIDs::kTo);
+}
+
+void KxSipRequest::addSequenceOf(const KxSipMessage& parent, std::uint32_t step) {
+    const KxString callId =
+        required(parent.getCallIdHeader(), "Can't build SIP request without Call-ID header").getCallId();
+    const std::uint32_t number =
+        required(parent.getCSeqHeader(), "Can't build SIP request without CSeq header").getSeqNumber();
+    asynchAddHeader(KxMake<KxSipCallIdHeader>(callId), false);
+    asynchAddHeader(KxMake<KxSipCSeqHeader>(number + step, m_Method), false);
+}
+
+void KxSipRequest::setTarget(const KxHandle<KxSipNameAddress>& address, const char* otherwise) {
+    const KxHandle<KxSipURL> url = address.isNil() ? KxHandle<KxSipURL>() : address->getURL();
+    required(url, otherwise);
+    setURI(url);
+}
+
+void KxSipRequest::setTargetOf(const KxSipMessage& response, bool contactCounts) {
+    const KxHandle<KxSipContactHeader> contact = response.getContactHeader();
+    if (contactCounts && !contact.isNil()) {
+        setTarget(contact->getNameAddress(), "Can't build SIP request: no SIP URL in Contact header");
+    } else {
+        setTarget(required(response.getToHeader(), "Can't build SIP request without To header").getNameAddress(),
+                  "Can't build SIP request: no SIP URL in To header");
+    }
+}
+
+void KxSipRequest::acknowledge(const KxHandle<KxSipResponse>& response, std::uint32_t step, const char* onlyInvite) {
+    const KxSipResponse& parent = required(response, "Handle to response is NIL");
+    const KxHandle<KxSipCSeqHeader> cseq = parent.getCSeqHeader();
+    if (required(cseq, "Can't build SIP request without CSeq header").getMethod() != "INVITE") {
+        KxSipParseError::sThrow(onlyInvite);
+    }
+    addPartiesOf(parent);
+    setTargetOf(parent, parent.getStatusCode() / 100 == 2);
+    addSequenceOf(parent, step);
 }

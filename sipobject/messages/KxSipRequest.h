@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
@@ -107,13 +108,13 @@ protected:
     template <class T>
     static T& required(const KxHandle<T>& handle, const char* otherwise) {
         if (handle.isNil()) {
-            sRefuse(otherwise);
+            KxSipParseError::sThrow(otherwise);
         }
         return *handle;
     }
 
     void serializeStartLine(KxOutputStream& out) const override;
-    void checkCSeqMethod() override;
+    const KxString* methodForCSeq() const override;
     void parse(const char* token, KxInputStream& in) override;
 
 private:
@@ -133,16 +134,9 @@ private:
     void parseStartLine(KxInputStream& in) override;
 
     KxSipRequest(const KxSipRequest& other, const Lock& held);
-    static KxString checkedMethod(const char* method);
-    [[noreturn]] static void sRefuse(const char* why);
     void build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact, const Content& content);
     const KxSipURL* sipURL() const;
-    void noteMissingMaxForwards() const;
-    void parseRequestLine(std::string_view line);
-    void checkVersion(std::string_view version);
-    void parseRequestURI(std::string_view text);
-    [[noreturn]] void refuse(KxStatus status, const char* why);
     void stripSipURLHeaders();
     static KxHandle<KxSipHeader> headerFrom(const KxString& name, const KxString& value);
     static void stripBrackets(const KxHandle<KxURI>& uri);

@@ -1,20 +1,14 @@
-// Messages in readable form, for logs.
+#include "sipobject/messages/KxSipMessageFormat.h"
 
-#include "core/AceCleanupLogger.h"
-#include "core/Logger.h"
-#include "core/TraceScope.h"
 #include "sipobject/messages/KxSipMessage.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxException.h"
 
+#include <algorithm>
 #include <ostream>
-#include <sstream>
 #include <string>
 
 namespace {
-
-constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"};
-constexpr int kLogLine = 179; // log configurations identify the events of logMessage by this line number
 
 /** Writes the bytes unchanged, whatever the width and locale of the stream. */
 void write(std::ostream& out, std::string_view bytes) {
@@ -72,29 +66,18 @@ std::ostream& operator<<(std::ostream& out, const KxHandle<KxException>& failure
     return out << text.toByteArray();
 }
 
-void KxSipMessage::formatMessage(std::ostream& out, bool received, unsigned* port, KxInetAddress* address,
-                                 Oskan::LogLevel) const {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::formatMessage");
-    const KxString host = (address != nullptr ? *address : m_connectionAddress).getHostAddress();
+void KxSipMessageFormat::sWrite(std::ostream& out, const KxSipMessage& message, bool received, const unsigned* port,
+                                const KxInetAddress* address) {
+    const KxString host = (address != nullptr ? *address : message.getConnectionAddress()).getHostAddress();
     write(out, std::string(received ? "RECEIVED" : "SENDING")
                    .append(" SIP MESSAGE")
-                   .append(isRequest() ? " (REQUEST)" : " (RESPONSE)")
+                   .append(message.isRequest() ? " (REQUEST)" : " (RESPONSE)")
                    .append(" via ")
-                   .append(KxSocketImpl::getTransportString(m_connectionTransport).view())
+                   .append(KxSocketImpl::getTransportString(message.getConnectionTransport()).view())
                    .append(received ? " from " : " to ")
                    .append(host.view())
                    .append(":")
-                   .append(std::to_string(port != nullptr ? *port : m_connectionPort))
+                   .append(std::to_string(port != nullptr ? *port : message.getConnectionPort()))
                    .append(" :\n"));
-    out << *this << '\n';
-}
-
-void KxSipMessage::logMessage(Oskan::Logger& logger, bool received, unsigned* port, KxInetAddress* address,
-                              Oskan::LogLevel level) const {
-    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::logMessage");
-    if (logger.isEnabledFor(level)) {
-        std::ostringstream text;
-        formatMessage(text, received, port, address, level);
-        logger.log(level, text.str(), "KxSipMessage", kLogLine);
-    }
+    out << message << '\n';
 }

@@ -1,0 +1,197 @@
+#include "sipobject/messages/KxSipMessageReader.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/TraceScope.h"
+#include "sipobject/KxSipLine.h"
+#include "sipobject/KxSipParseError.h"
+#include "sipobject/KxSipParseKeepAliveException.h"
+#include "sipobject/headers/KxSipAcceptHeader.h"
+#include "sipobject/headers/KxSipContentLengthHeader.h"
+#include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/messages/KxSipUnknownRequest.h"
+#include "util/KxErrorStream.h"
+#include "util/KxInputStream.h"
+#include "util/KxOutputStream.h"
+#include "util/KxScannedText.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipMessage"}; // reading is traced as part of the message
+constexpr KxCharSet kTokenEnd(" /\t\r\n");
+
+/** The message classes by start token. Filled by static initialisers, and only read once the library is loaded. */
+struct StartToken {
+    KxString text;
+    KxSipMessage::Creator creator;
+    const StartToken* next;
+};
+constinit const StartToken* s_startTokens = nullptr;
+
+const StartToken* findStartToken(std::string_view text) {
+    const StartToken* token = s_startTokens;
+    while (token != nullptr && token->text != text) {
+        token = token->next;
+    }
+    return token;
+}
+
+/** Whether the stream still has that many bytes. */
+bool holds(KxInputStream& in, std::size_t count) {
+    while (in.window().size() < count && in.extendWindow()) {
+    }
+    return in.window().size() >= count;
+}
+
+void noteFault(const char* what, const KxException& why) {
+    KxOutputStream& notes = KxErrorStream::sGetDefault().getDebugStream("KxSipMessage", 0);
+    notes << what << why.getExceptionMessage() << endl;
+    notes.flush();
+}
+
+} // namespace
+
+void KxSipMessageReader::sAddConstructor(const KxString& token, KxSipMessage* (*creator)()) {
+    if (findStartToken(token) == nullptr) {
+        s_startTokens = new StartToken{token, creator, s_startTokens}; // never freed
+    }
+}
+
+KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
+    if (in.peek() < 0) {
+        KxSipParseError::sThrow("SIP Method Token Expected");
+    }
+    KxScannedText scanned;
+    const std::string_view text = scanned.until(in, kTokenEnd);
+    const KxString token(text.substr(0, text.find('\0'))); // up to a NUL, since the message is given a C string
+    if (token.empty()) {
+        s_logger.log(Oskan::LogLevel::Debug, "KxSipMessage::sConstructFrom : datagram starting with whitespace: "
+                                             "treating as keep-alive ");
+        KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
+    }
+    const StartToken* const known = findStartToken(token);
+    KxHandle<KxSipMessage> message(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+    message->parse(token.c_str(), in);
+    return message;
+}
+
+/** Stores the status unless the message has one. */
+void KxSipMessageReader::setStatusIfValid(KxStatus status) {
+    if (m_message.m_status == KX_STATUS_VALID) {
+        m_message.m_status = status;
+    }
+}
+
+void KxSipMessageReader::read(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::parse");
+    try {
+        m_message.parseStartLine(in);
+    } catch (const KxHandle<KxSipParseKeepAliveException>&) {
+        throw;
+    } catch (const KxHandle<KxException>&) {
+        setStatusIfValid(KX_STATUS_UNUSABLE);
+        throw;
+    }
+    try {
+        readHeaders(in);
+    } catch (const KxHandle<KxException>& failure) {
+        noteFault("Exception occurred while parsing headers of message: ", *failure);
+        setStatusIfValid(KX_STATUS_UNUSABLE);
+        return;
+    }
+    try {
+        readBody(in);
+    } catch (const KxHandle<KxException>& failure) {
+        noteFault("KxException Occurred while parsing body of message: ", *failure);
+        m_message.m_status = KX_STATUS_INCOMPLETE;
+        throw;
+    }
+    if (m_message.getHeaderByID(KxHeaderIDs::kContentLength).isNil()) {
+        m_message.m_headers.addUnlisted(KxMake<KxSipContentLengthHeader>(0U));
+    }
+    if (m_message.m_status == KX_STATUS_VALID) {
+        m_message.checkValidity();
+    }
+}
+
+void KxSipMessageReader::readHeaders(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
+    const auto drop = [this](const auto& why) {
+        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+            s_logger.log(Oskan::LogLevel::Debug,
+                         std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
+        }
+        setStatusIfValid(KX_STATUS_INCOMPLETE);
+    };
+    KxSipLine line;
+    KxSipHeaderSlots& headers = m_message.m_headers;
+    for (int c = in.peek(); c >= 0; c = in.peek()) {
+        if (c == '\r' || c == '\n') {
+            in.consume(1);
+            if (c == '\n') {
+                break;
+            }
+            continue;
+        }
+        try {
+            KxHandle<KxSipHeader> header;
+            const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
+            if (!fault) [[likely]] {
+                const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");
+                headers.addRead(std::move(header));
+            } else {
+                drop([&fault] { return fault.message(); });
+            }
+        } catch (const KxHandle<KxException>& failure) {
+            drop([&failure] { return failure->getExceptionMessage().view(); });
+        }
+    }
+    if (m_message.m_status == KX_STATUS_VALID && !acceptsOwnBodyType()) {
+        m_message.m_status = KX_STATUS_UNUSABLE;
+    }
+}
+
+/** False if the message has Accept headers and none of them is exactly the type of its own body; wildcards do not
+    match. */
+bool KxSipMessageReader::acceptsOwnBodyType() const {
+    const KxHandle<KxSipContentTypeHeader> type = m_message.getContentTypeHeader();
+    const KxSipHeader* value = m_message.getHeaderByID(KxHeaderIDs::kAccept).get();
+    if (type.isNil() || value == nullptr) {
+        return true;
+    }
+    for (; value != nullptr; value = value->getNext().get()) {
+        if (typeid(*value) != typeid(KxSipAcceptHeader)) {
+            continue; // an application's own class with the identifier of Accept
+        }
+        const auto* const accepted = static_cast<const KxSipAcceptHeader*>(value);
+        if (accepted->getType() == type->getType() && accepted->getSubType() == type->getSubType()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void KxSipMessageReader::readBody(KxInputStream& in) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseBody");
+    std::size_t length = 0;
+    if (!m_message.getHeaderByID(KxHeaderIDs::kContentLength).isNil()) {
+        const bool cameWithURI = m_message.hasBody() && !in.fill(); // "?body=", and none after the headers
+        length = cameWithURI ? 0 : m_message.getBodyLength();
+        if (!holds(in, length)) {
+            KxSipParseError::sThrow("message body is shorter than Content-Length");
+        }
+    } else {
+        while (in.extendWindow()) {
+        }
+        length = in.window().size();
+        const auto written = std::min<std::size_t>(length, std::numeric_limits<std::uint32_t>::max());
+        m_message.asynchAddHeader(KxMake<KxSipContentLengthHeader>(static_cast<std::uint32_t>(written)), false);
+    }
+    if (length != 0) {
+        m_message.m_body = KxSipBody(in.window().data(), length);
+        in.consume(length);
+    }
+}

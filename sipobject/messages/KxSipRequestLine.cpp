@@ -1,0 +1,68 @@
+#include "sipobject/messages/KxSipRequestLine.h"
+
+#include "sipobject/address/KxSipURL.h"
+#include "sipobject/address/KxTelURL.h"
+#include "util/KxByteArrayInputStream.h"
+#include "util/KxScannedText.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr KxCharSet kLineFeed("\n");
+constexpr const char* kWrongScheme = "Unsupported Uri Scheme";
+
+/** Whether the scheme begins with "sip" but is longer. The parser of SIP URLs would report it as a syntax error. */
+bool onlyBeginsLikeSip(std::string_view uri) {
+    const std::size_t begin = std::min(uri.find_first_not_of(" <\t"), uri.size());
+    const std::string_view scheme = KxAscii::trim(uri.substr(begin, uri.find(':') - begin));
+    return uri.find(':') != std::string_view::npos && scheme.size() > 3 &&
+           KxAscii::equalsNoCase(scheme.substr(0, 3), KxSipURL::sToken);
+}
+
+KxSipRequestLine readURI(std::string_view text) {
+    if (onlyBeginsLikeSip(text)) {
+        return {nullptr, kWrongScheme, KX_STATUS_UNSUPPORTED_URI_SCHEME};
+    }
+    KxByteArrayInputStream in(text);
+    const KxHandle<KxURI> uri = KxURI::sConstructFrom(in, true);
+    if (uri.isNil()) {
+        return {nullptr, "Invalid SIP URI"};
+    }
+    const KxString& scheme = uri->getScheme();
+    if (!scheme.equalsNoCase(KxSipURL::sToken) && !scheme.equalsNoCase(KxTelURL::sToken)) {
+        return {uri, kWrongScheme, KX_STATUS_UNSUPPORTED_URI_SCHEME};
+    }
+    return {uri};
+}
+
+} // namespace
+
+KxSipRequestLine KxSipRequestLine::sRead(KxInputStream& in) {
+    KxScannedText scanned;
+    std::string_view line = scanned.until(in, kLineFeed);
+    if (in.read() < 0) {
+        return {nullptr, "Invalid Start-Line for SIP request: reached end of message looking for end-of-line",
+                KX_STATUS_UNUSABLE};
+    }
+    if (line.empty() || line.back() != '\r') {
+        return {nullptr, "Invalid Start-Line for SIP request: no CR before LF", KX_STATUS_UNUSABLE};
+    }
+    line.remove_suffix(1);
+    const std::size_t first = line.find(' ');
+    const std::size_t last = line.rfind(' ');
+    const bool one = first != std::string_view::npos && first == last;
+    const bool two = first == 0 && line.find(' ', 1) == last;
+    if (!one && !two) {
+        return {nullptr, "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces", KX_STATUS_UNUSABLE};
+    }
+    if (last == 0) {
+        return {nullptr, "Invalid Start-Line for SIP request"};
+    }
+    const std::string_view version = line.substr(last + 1);
+    if (version != "SIP/2.0") {
+        const bool isOther = version.size() == 7 && version.substr(0, 4) == "SIP/";
+        return {nullptr, "Invalid SIP Version", isOther ? KX_STATUS_VERSION_NOT_SUPPORTED : KX_STATUS_VALID};
+    }
+    return readURI(line.substr(0, last));
+}
