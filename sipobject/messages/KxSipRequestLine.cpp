@@ -1,8 +1,8 @@
 #include "sipobject/messages/KxSipRequestLine.h"
 
+#include "sipobject/KxSipLine.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
-#include "util/KxByteArrayInputStream.h"
 #include "util/KxScannedText.h"
 
 #include <algorithm>
@@ -24,8 +24,9 @@ KxSipRequestLine readURI(std::string_view text) {
     if (onlyBeginsLikeSip(text)) {
         return {nullptr, kWrongScheme, KX_STATUS_UNSUPPORTED_URI_SCHEME};
     }
-    KxByteArrayInputStream in(text);
-    const KxHandle<KxURI> uri = KxURI::sConstructFrom(in, true);
+    KxSipLine line(text);
+    KxHandle<KxURI> uri;
+    KxURI::sConstructFrom(line, true, uri).raiseIfAny();
     if (uri.isNil()) {
         return {nullptr, "Invalid SIP URI"};
     }
