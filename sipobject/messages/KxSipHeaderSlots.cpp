@@ -105,6 +105,24 @@ void KxSipHeaderSlots::addUnlisted(KxHandle<KxSipHeader> header) {
     empty = std::move(header);
 }
 
+void KxSipHeaderSlots::replace(KxHandle<KxSipHeader> header) {
+    if (header->isInMessage()) {
+        header = sCopyOne(*header);
+    }
+    const HeaderID id = header->getHeaderID();
+    OSKAN_ASSERT(id < KxHeaderIDs::kCount);
+    KxHandle<KxSipHeader>& present = slotFor(id);
+    header->joinMessage();
+    emptySlot(present);
+    present = std::move(header);
+    if (m_longChains != nullptr) {
+        m_longChains->last[id] = nullptr;
+    }
+    if (!isInOrder(id)) {
+        appendToOrder(id);
+    }
+}
+
 /** The last value of a chain: found by walking along a short chain, cached for a long one. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
     KxSipHeader* const known = m_longChains == nullptr ? nullptr : m_longChains->last[id];
@@ -132,7 +150,9 @@ void KxSipHeaderSlots::removeAfter(HeaderID id, KxSipHeader* before) {
         m_longChains->last[id] = before;
     }
     if (first(id).isNil()) {
-        removeFromOrder(id);
+        if (isInOrder(id)) {
+            removeFromOrder(id);
+        }
         if (m_longChains != nullptr && id == KxHeaderIDs::kUnknown) {
             m_longChains->names = nullptr;
         }

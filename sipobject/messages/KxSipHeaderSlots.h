@@ -76,6 +76,10 @@ public:
     /** A deep copy of all values of a kind, chained in their order; nil when there are none. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
 
+    /** Adds the value, or a copy of one that is part of a message, in place of all values of its kind. */
+    void replace(KxHandle<KxSipHeader> header);
+    /** Removes the first value of a kind. The values after it stay. Returns false if there is none. */
+    bool removeFirst(HeaderID id);
     /** Removes the first value of the kind that findKind returns, or the first unknown header of that name, ignoring
         letter case. The values after it stay. Returns false if there is none. */
     bool remove(std::string_view name);
@@ -138,12 +142,12 @@ private:
     void adoptIntoChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     void extendChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     static void emptySlot(KxHandle<KxSipHeader>& first);
+    bool isInOrder(HeaderID id) const { return m_order[m_order[id].previous].next == id; }
     void removeFromOrder(HeaderID id);
     void removeAfter(HeaderID id, KxSipHeader* before);
     KxSipHeader* lastOf(HeaderID id);
     KxSipNameIndex* nameIndex(bool exact) const;
     Found findUnknown(std::string_view name, bool exact) const;
-    bool removeFirst(HeaderID id);
     bool removeUnknown(std::string_view name);
     template <class Change>
     void updateNameIndex(Change change);

@@ -266,6 +266,24 @@ bool KxSipMessage::removeHeader(std::string_view name) {
     return m_headers.remove(name);
 }
 
+std::size_t KxSipMessage::removeByID(HeaderID id, std::size_t atMost) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeHeader");
+    const Lock lock(*this);
+    std::size_t removed = 0;
+    while (removed != atMost && m_headers.removeFirst(id)) {
+        ++removed;
+    }
+    return removed;
+}
+
+void KxSipMessage::replaceByID(KxHandle<KxSipHeader> header) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::replaceHeader");
+    if (!header.isNil()) {
+        const Lock lock(*this);
+        m_headers.replace(std::move(header));
+    }
+}
+
 void KxSipMessage::removeAllLike(const KxSipHeader& header) {
     const Lock lock(*this);
     m_headers.removeAllLike(header);

@@ -7,6 +7,7 @@
 #include "sipobject/messages/KxSipBody.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
 #include "sipobject/messages/KxSipMessageFormat.h"
+#include "sipobject/messages/KxSipValues.h"
 #include "sipobject/messages/KxStatus.h"
 #include "util/KxInetAddress.h"
 #include "util/KxMutex.h"
@@ -102,6 +103,46 @@ public:
         not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
         none. getNext continues from the returned header. */
     KxHandle<KxSipHeader> getHeader(std::string_view name) const;
+
+    /** All values of a header class: for (KxSipContactHeader& contact : message->values<KxSipContactHeader>()). A const
+        message gives const values. This function and the next two do not lock. */
+    template <class H>
+    KxSipValues<H> values() {
+        return KxSipValues<H>(getHeaderByID(H::kHeaderID).get());
+    }
+    template <class H>
+    KxSipValues<const H> values() const {
+        return KxSipValues<const H>(getHeaderByID(H::kHeaderID).get());
+    }
+    /** The first value of the class, which the message owns; null if there is none. */
+    template <class H>
+    [[nodiscard]] H* first() {
+        return has<H>() ? &*values<H>().begin() : nullptr;
+    }
+    template <class H>
+    [[nodiscard]] const H* first() const {
+        return has<H>() ? &*values<H>().begin() : nullptr;
+    }
+    template <class H>
+    [[nodiscard]] bool has() const {
+        return !values<H>().empty();
+    }
+    /** Removes the first header of the kind of H, or all of them, under whatever names they were received. Returns how
+        many were removed. */
+    template <class H>
+    std::size_t removeFirst() {
+        return removeByID(H::kHeaderID, 1);
+    }
+    template <class H>
+    std::size_t removeAll() {
+        return removeByID(H::kHeaderID, static_cast<std::size_t>(-1));
+    }
+    /** Removes all headers of the kind of H, and adds the given one, with its chain, in their place in the order; if
+        there were none, at the end. For the ownership of the header see addHeader. Nil changes nothing. */
+    template <class H>
+    void replace(const KxHandle<H>& header) {
+        replaceByID(header);
+    }
 
     /** The first header of its kind; nil when there is none. */
     KxHandle<KxSipViaHeader> getViaHeader() const;
@@ -228,6 +269,8 @@ protected:
 private:
     friend class KxSipMessageReader; // fills every field
 
+    std::size_t removeByID(HeaderID id, std::size_t atMost);
+    void replaceByID(KxHandle<KxSipHeader> header);
     template <class H>
     bool listsTag(std::string_view optionTag) const;
 

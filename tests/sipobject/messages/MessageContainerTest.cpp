@@ -47,6 +47,36 @@ TEST(MessageContainerTest, KindsStandInOrderOfArrival) {
     EXPECT_EQ(written(OpenRequest("TEST")), "TEST : SIP/2.0\r\n\r\n");
 }
 
+TEST(MessageContainerTest, ValuesOfAClass) {
+    const auto message = messageOf({"m: <sip:a>", "Via: SIP/2.0/UDP h", "Contact: *, <tel:1>", "l: 3"});
+    const KxSipMessage& same = *message;
+    std::string seen;
+    for (const KxSipContactHeader& contact : same.values<KxSipContactHeader>()) {
+        seen += std::string(contact.getToken().view()) + (contact.isWildCard() ? " *|" : " |");
+    }
+    EXPECT_EQ(seen, "m |Contact *|Contact |");
+    for (KxSipContactHeader& contact : message->values<KxSipContactHeader>()) {
+        contact.setParameter("q", KxString("1"));
+    }
+    EXPECT_EQ(message->first<KxSipContactHeader>(), message->getContactHeader().get());
+    EXPECT_EQ(same.first<KxSipRouteHeader>(), nullptr);
+    EXPECT_FALSE(same.has<KxSipRouteHeader>());
+    EXPECT_EQ(message->removeFirst<KxSipContactHeader>(), 1U);
+    EXPECT_EQ(message->removeAll<KxSipRouteHeader>(), 0U);
+    const KxHandle<KxSipViaHeader> via = message->getViaHeader();
+    message->replace(readAs<KxSipViaHeader>("v: SIP/2.0/TCP i"));
+    message->replace(KxHandle<KxSipRouteHeader>());
+    message->replace(readAs<KxSipSubjectHeader>("Subject: s"));
+    message->addHeader(via, false); // it is part of no message any more
+    EXPECT_EQ(linesOf(*message),
+              "Contact: *;q=1|Contact: <tel:1>;q=1|v: SIP/2.0/TCP i|Via: SIP/2.0/UDP h|l: 3|Subject: s|");
+    EXPECT_EQ(message->getHeaderByID(KxHeaderIDs::kVia)->getNext(), via);
+    EXPECT_EQ(message->removeAll<KxSipContactHeader>(), 2U);
+    EXPECT_EQ(message->removeAll<KxSipViaHeader>(), 2U);
+    message->replace(message->getContentLengthHeader()); // a copy of what it holds
+    EXPECT_EQ(linesOf(*message), "l: 3|Subject: s|");
+}
+
 TEST(MessageContainerTest, AddSingleHeaderTakesACopyOfOneValue) {
     const auto message = messageOf({"k: a"});
     const KxHandle<KxSipHeader> values = readHeader("Supported: b, c");
