@@ -11,7 +11,7 @@ constexpr KxCharSet kLineEnd("\n");
 constexpr KxCharSet kWordEnd(" \t\r\n");
 
 /** Consumes the rest of the line and its line end; returns the line without the line end. */
-std::string_view takeLine(KxInputStream& in, KxScannedText& scanned) {
+std::string_view takeRestOfLine(KxInputStream& in, KxScannedText& scanned) {
     KxStreamTokenizer::sDiscardWhite(in);
     std::string_view line = scanned.until(in, kLineEnd);
     in.read();
@@ -55,16 +55,28 @@ bool copyToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std
 
 } // namespace
 
+std::size_t KxStreamTokenizer::sFindLineEnd(std::string_view text) {
+    std::size_t at = 0;
+    while ((at = text.find('\n', at)) != std::string_view::npos) {
+        ++at;
+        if (at == text.size()) {
+            return std::string_view::npos; // a continuation line may follow
+        }
+        if (text[at] != ' ' && text[at] != '\t') {
+            return at;
+        }
+    }
+    return std::string_view::npos;
+}
+
 void KxStreamTokenizer::sDiscardLine(KxInputStream& in) {
-    int c = in.read();
-    while (c >= 0 && c != '\n') {
-        c = in.read();
+    for (int c = in.read(); c >= 0 && c != '\n'; c = in.read()) {
     }
 }
 
 KxString KxStreamTokenizer::sGetLine(KxInputStream& in) {
     KxScannedText scanned;
-    return KxString(takeLine(in, scanned));
+    return KxString(takeRestOfLine(in, scanned));
 }
 
 bool KxStreamTokenizer::sGetLine(KxInputStream& in, char* buffer, std::size_t size) {
@@ -73,7 +85,7 @@ bool KxStreamTokenizer::sGetLine(KxInputStream& in, char* buffer, std::size_t si
         return false;
     }
     KxScannedText scanned;
-    return copyOut(takeLine(in, scanned), buffer, size);
+    return copyOut(takeRestOfLine(in, scanned), buffer, size);
 }
 
 KxString KxStreamTokenizer::sGetToken(KxInputStream& in, const KxCharSet& delimiters) {

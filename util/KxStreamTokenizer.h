@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 /** Reads tokens, lines and numbers from a stream. White space is blanks and tabs. Lines end with LF; a CR before the LF
     belongs to the line end. These functions throw only when there is no memory. */
@@ -22,6 +23,10 @@ public:
         }
         return c;
     }
+
+    /** The length of the first logical line of the text, including its LF: the line ends at a LF that no blank or tab
+        follows. `npos` when the text ends before this is known. */
+    static std::size_t sFindLineEnd(std::string_view text);
 
     /** Consumes the rest of the line and its line end. */
     static void sDiscardLine(KxInputStream& in);

@@ -32,5 +32,5 @@ KxSipFault KxSipReplacesHeader::parseValue(KxInputStream& in) {
 
 void KxSipReplacesHeader::serializeValue(KxOutputStream& out) const {
     out << m_callId;
-    m_parameters.serializeBehind(out);
+    m_parameters.serializeWithSemicolon(out);
 }

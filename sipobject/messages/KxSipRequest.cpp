@@ -13,7 +13,6 @@
 #include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxLineEnd.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
