@@ -10,11 +10,10 @@ namespace {
 
 using Make = std::string (*)(std::int64_t);
 
-std::string repeated(std::int64_t count, const char* first, const char* item, const char* behindItem,
-                     const char* last) {
+std::string repeated(std::int64_t count, const char* first, const char* item, const char* afterItem, const char* last) {
     std::string text(first);
     for (std::int64_t i = 0; i < count; ++i) {
-        text.append(item).append(std::to_string(1000000 + i)).append(behindItem); // all items have the same length
+        text.append(item).append(std::to_string(1000000 + i)).append(afterItem); // all items have the same length
     }
     return text + last;
 }

@@ -34,8 +34,8 @@ constexpr Case kCases[] = {
     {"line/no_colon", "", "x\r\n", ""},
     {"line/no_name", "", ":\r\n", ""},
     {"line/no_name_long", "", ":refused for want of a name, and of some length\r\n", ""},
-    {"line/nothing_behind_colon", "", "k:\r\n", ""},
-    {"line/nothing_behind_comma", "", "k:a,\r\n", ""},
+    {"line/nothing_after_colon", "", "k:\r\n", ""},
+    {"line/nothing_after_comma", "", "k:a,\r\n", ""},
     {"line/line_feeds_alone", "", "k:a\n", ""},
     {"line/carriage_returns_alone", "", "k:a\rb\rc\rd\re\r\n", ""},
     // lines that their classes refuse

@@ -6,7 +6,7 @@
 //   kx_shapes handover  one thread reads, another drops
 
 #include "bench/BenchSupport.h"
-#include "core/MemAccount.h"
+#include "core/MemAccounts.h"
 
 #include <algorithm>
 #include <cmath>

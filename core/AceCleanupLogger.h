@@ -37,7 +37,7 @@ public:
         return static_cast<int>(level) >= m_level.load(std::memory_order_relaxed) && isEnabledSlow(level);
     }
 
-    /** Logs the text as it stands, if the level is enabled.
+    /** Logs the text unchanged, if the level is enabled.
         @param source what log4cplus gets as the file; nil for none. */
     void log(LogLevel level, std::string_view text, const char* source = nullptr, int line = -1) const noexcept;
 

@@ -1,6 +1,5 @@
 #include "core/Assertion.h"
 
-#include "core/AceCleanupLogger.h"
 #include "core/Logger.h"
 
 #include <cstdio>
@@ -25,14 +24,14 @@ std::string reportOf(const char* text, const char* file, int line) {
     return report;
 }
 
-/** Reports and aborts. Writes to stderr first, because logging itself may be what fails. */
-template <class Log>
-[[noreturn]] void stop(const char* text, const char* file, int line, const Log& log) noexcept {
+/** Reports and aborts. Writes to stderr first, because logging itself may be what fails.
+    @param logger nil for "tandril.infra.Assertion". */
+[[noreturn]] void stop(const char* text, const char* file, int line, const Logger* logger) noexcept {
     try {
         const std::string report = reportOf(text, file, line);
         std::fprintf(stderr, "%s\n", report.c_str());
         std::fflush(stderr);
-        log(report);
+        (logger != nullptr ? *logger : Logger("tandril.infra.Assertion")).log(LogLevel::Fatal, report, file, line);
     } catch (...) {
         std::fprintf(stderr, "Assertion failed: %s\n", text);
     }
@@ -42,8 +41,9 @@ template <class Log>
 /** Returns "T = X" of "void C<T>::f() [with T = X]", as g++ writes it, or of "[T = X]", as clang++ does. */
 std::string_view argumentsOf(std::string_view function) {
     const std::size_t open = function.rfind(" [");
-    if (open == std::string_view::npos)
+    if (open == std::string_view::npos) {
         return function;
+    }
     std::string_view arguments = function.substr(open + 2);
     arguments.remove_suffix(arguments.ends_with(']'));
     return arguments.starts_with("with ") ? arguments.substr(5) : arguments;
@@ -53,8 +53,9 @@ std::string_view argumentsOf(std::string_view function) {
 std::string placeOf(const void* returnAddress) {
     const char* const call = static_cast<const char*>(returnAddress) - 1;
     Dl_info info{};
-    if (dladdr(call, &info) == 0 || !info.dli_fname)
+    if (dladdr(call, &info) == 0 || !info.dli_fname) {
         return "an unknown place";
+    }
     char offset[24];
     std::snprintf(offset, sizeof offset, "+0x%tx", call - static_cast<const char*>(info.dli_fbase));
     return std::string(info.dli_fname) + offset;
@@ -69,19 +70,11 @@ void Assertion::sFailNil(const char* text, const char* function, const void* cal
 }
 
 void Assertion::sFail(const char* text, const char* file, int line) noexcept {
-    stop(text, file, line, [=](const std::string& report) {
-        Logger("tandril.infra.Assertion").log(LogLevel::Fatal, report, file, line);
-    });
+    stop(text, file, line, nullptr);
 }
 
 void Assertion::sFail(const char* text, const Logger& logger, const char* file, int line) noexcept {
-    stop(text, file, line,
-         [&, file, line](const std::string& report) { logger.log(LogLevel::Fatal, report, file, line); });
-}
-
-void Assertion::sFail(const char* text, const AceCleanupLogger& logger, const char* file, int line) noexcept {
-    stop(text, file, line,
-         [&, file, line](const std::string& report) { logger.log(LogLevel::Fatal, report, file, line); });
+    stop(text, file, line, &logger);
 }
 
 } // namespace Oskan

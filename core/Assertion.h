@@ -4,7 +4,6 @@
 
 namespace Oskan {
 
-class AceCleanupLogger;
 class Logger;
 
 /** Checks a precondition that the caller must meet. When the condition is false, reports it on stderr and at level
@@ -17,25 +16,20 @@ class KX_CORE_API Assertion {
 public:
     /** @param text the condition as written, a literal. */
     constexpr Assertion(bool condition, const char* text, const char* file = nullptr, int line = -1) {
-        if (!condition) [[unlikely]]
+        if (!condition) [[unlikely]] {
             sFail(text, file, line);
+        }
     }
     constexpr Assertion(bool condition, const char* text, const Logger& logger, const char* file = nullptr,
                         int line = -1) {
-        if (!condition) [[unlikely]]
+        if (!condition) [[unlikely]] {
             sFail(text, logger, file, line);
-    }
-    constexpr Assertion(bool condition, const char* text, const AceCleanupLogger& logger, const char* file = nullptr,
-                        int line = -1) {
-        if (!condition) [[unlikely]]
-            sFail(text, logger, file, line);
+        }
     }
 
     /** Reports and aborts. */
     [[noreturn, gnu::cold]] static void sFail(const char* text, const char* file = nullptr, int line = -1) noexcept;
     [[noreturn, gnu::cold]] static void sFail(const char* text, const Logger& logger, const char* file,
-                                              int line) noexcept;
-    [[noreturn, gnu::cold]] static void sFail(const char* text, const AceCleanupLogger& logger, const char* file,
                                               int line) noexcept;
     /** Reports that a member of a template found a nil pointer, and aborts. The report has the text, the template's
         arguments, and the caller as an offset into its program or library, as addr2line takes it.

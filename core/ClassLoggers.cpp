@@ -21,7 +21,7 @@ namespace {
 
 using Impl = log4cplus::spi::LoggerImpl;
 
-/** log4cplus tells nobody of a level or an appender that changes, so every operation has to look at all loggers. Its
+/** log4cplus does not report a change of a level or an appender, so every operation has to look at all loggers. Its
     public interface copies the appenders of a logger under a lock, which would cost a fifth of reading a message;
     here they are read where they are, without a lock, as log4cplus itself reads the levels. */
 struct Appenders : Impl {
@@ -108,8 +108,9 @@ struct ClassLoggers::Group {
     bool hasNoAppender() const {
         std::uintptr_t appenders = 0;
 #pragma GCC unroll 16
-        for (const Node& node : nodes)
+        for (const Node& node : nodes) {
             appenders |= Appenders::sEnd(*node.impl.load(std::memory_order_relaxed));
+        }
         return appenders == 0;
     }
 
@@ -148,30 +149,36 @@ struct ClassLoggers::State {
 
     /** Whether the cached levels are those that would be computed now. While no record is read, levels don't matter. */
     bool isAsSeen() const {
-        if (!anyIsRead.load(std::memory_order_acquire) && hasNoAppender())
+        if (!anyIsRead.load(std::memory_order_acquire) && hasNoAppender()) {
             return true;
-        if (!root.isAsSeen() || !isDisabledUpTo(hierarchy, s_disabled.load(std::memory_order_acquire)))
+        }
+        if (!root.isAsSeen() || !isDisabledUpTo(hierarchy, s_disabled.load(std::memory_order_acquire))) {
             return false;
+        }
         for (const Group* group = &first; group; group = group->next.load(std::memory_order_acquire)) {
-            if (!group->isAsSeen())
+            if (!group->isAsSeen()) {
                 return false;
+            }
         }
         return true;
     }
     bool hasNoAppender() const {
-        if (Appenders::sEnd(*root.impl.load(std::memory_order_relaxed)) != 0)
+        if (Appenders::sEnd(*root.impl.load(std::memory_order_relaxed)) != 0) {
             return false;
+        }
         for (const Group* group = &first; group; group = group->next.load(std::memory_order_acquire)) {
-            if (!group->hasNoAppender())
+            if (!group->hasNoAppender()) {
                 return false;
+            }
         }
         return true;
     }
 
     template <class Function>
     void forEachGroup(Function function) {
-        for (Group* group = &first; group; group = group->next.load(std::memory_order_relaxed))
+        for (Group* group = &first; group; group = group->next.load(std::memory_order_relaxed)) {
             function(*group);
+        }
     }
     /** Parents come before children. */
     template <class Function>
@@ -193,8 +200,9 @@ void releaseAtExit(void*, void*) {
 /** Releases before log4cplus is torn down, should ACE be torn down only later. */
 struct ReleaseAtUnload {
     ~ReleaseAtUnload() {
-        if (ClassLoggers::sRelease())
+        if (ClassLoggers::sRelease()) {
             ACE_Object_Manager::remove_at_exit(&s_mutex);
+        }
     }
 };
 const ReleaseAtUnload s_releaseAtUnload;
@@ -249,8 +257,9 @@ void ClassLoggers::sMake(const AceCleanupLogger& owner) noexcept {
 }
 
 ClassLoggers::State& ClassLoggers::sState() {
-    if (s_state)
+    if (s_state) {
         return *s_state;
+    }
     log4cplus::Logger::getDefaultHierarchy(); // Made before ACE's object manager, to outlive it.
     ACE_Object_Manager::instance();
     if (ACE_Object_Manager::at_exit(&s_mutex, releaseAtExit, nullptr, "Oskan::ClassLoggers") != 0) {
@@ -271,15 +280,17 @@ ClassLoggers::Node& ClassLoggers::sNodeNamed(State& state, const std::string& na
     const Impl* const impl = Handle::sImpl(logger.m_logger);
     Node* found = nullptr;
     state.forEachNode([&](Node& node) { found = node.impl == impl ? &node : found; });
-    if (found)
+    if (found) {
         return *found;
+    }
     Group* const fresh = state.last->used == Group::kNodes ? new Group : nullptr;
     Group& group = fresh ? *fresh : *state.last;
     Node& node = group.nodes[group.used];
     node.logger = logger;
     node.parent = &parent;
-    for (Node* each = &node; each != group.nodes + (group.used == 0 ? Group::kNodes : group.used + 1); ++each)
+    for (Node* each = &node; each != group.nodes + (group.used == 0 ? Group::kNodes : group.used + 1); ++each) {
         each->impl.store(impl, std::memory_order_relaxed);
+    }
     ++group.used;
     if (fresh) {
         state.last->next.store(fresh, std::memory_order_release);
@@ -302,8 +313,9 @@ Logger ClassLoggers::sCopy(const AceCleanupLogger& owner) {
 
 void ClassLoggers::sUpdate() noexcept {
     const std::lock_guard lock(s_mutex);
-    if (!s_released)
+    if (!s_released) {
         sUpdateLocked(*s_state);
+    }
 }
 
 void ClassLoggers::sUpdateLocked(State& state) {
@@ -313,8 +325,9 @@ void ClassLoggers::sUpdateLocked(State& state) {
         node.look();
         anyIsRead = anyIsRead || node.isRead;
         const int level = node.isRead ? std::max(node.chainedLevel, disabled + 1) : kUnread;
-        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner)
+        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner) {
             owner->m_level.store(level, std::memory_order_relaxed);
+        }
     });
     state.root.level.store(state.root.ownLevel, std::memory_order_release);
     state.root.appendersEnd.store(state.root.ownAppendersEnd, std::memory_order_release);
@@ -326,20 +339,23 @@ void ClassLoggers::sUpdateLocked(State& state) {
 
 void refreshLogLevels() noexcept {
     const ClassLoggers::State* const state = ClassLoggers::s_watched.load(std::memory_order_acquire);
-    if (state && !state->isAsSeen()) [[unlikely]]
+    if (state && !state->isAsSeen()) [[unlikely]] {
         ClassLoggers::sUpdate();
+    }
 }
 
 bool ClassLoggers::sRelease() noexcept {
     const std::lock_guard lock(s_mutex);
     const bool released = !s_released && s_state;
     s_released = true;
-    if (!released)
+    if (!released) {
         return false;
+    }
     s_watched.store(nullptr, std::memory_order_release);
     s_state->forEachNode([](Node& node) {
-        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner)
+        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner) {
             owner->m_level.store(kReleased, std::memory_order_relaxed);
+        }
         node.logger = Logger();
     });
     return true;

@@ -1,22 +1,11 @@
 #pragma once
 
-#include "core/CoreApi.h"
+#include "core/DynCastAssertNoT.h"
 
 #include <type_traits>
 #include <typeinfo>
 
 namespace Oskan {
-
-/** Reports a checked downcast that failed, and aborts. */
-class KX_CORE_API DynCastAssertNoT {
-public:
-    /** The object is of another type.
-        @param text the cast as written, such as "OSKAN_DYNCAST_ASSERT(KxSipURL, pObject)". */
-    [[noreturn, gnu::cold]] static void typeIdError(const char* text, const std::type_info& actual, const char* file,
-                                                    int line) noexcept;
-    /** The pointer is nil. */
-    [[noreturn, gnu::cold]] static void nullBaseError(const char* text, const char* file, int line) noexcept;
-};
 
 /** A checked downcast. For an object of exactly the target type it compares type identities; only an object of a
     derived type costs a dynamic_cast. */
@@ -28,15 +17,18 @@ public:
     template <class Base>
     static auto* cast(Base* object, const char* text, const char* file, int line) {
         using Result = std::conditional_t<std::is_const_v<Base>, const Target, Target>;
-        if (!object) [[unlikely]]
+        if (!object) [[unlikely]] {
             nullBaseError(text, file, line);
+        }
         if constexpr (requires { static_cast<Result*>(object); }) {
-            if (typeid(*object) == typeid(Target)) [[likely]]
+            if (typeid(*object) == typeid(Target)) [[likely]] {
                 return static_cast<Result*>(object);
+            }
         }
         Result* const target = dynamic_cast<Result*>(object);
-        if (!target) [[unlikely]]
+        if (!target) [[unlikely]] {
             typeIdError(text, typeid(*object), file, line);
+        }
         return target;
     }
 };

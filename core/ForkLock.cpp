@@ -1,50 +1,51 @@
 #include "core/ForkLock.h"
 
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <pthread.h>
 
 namespace Oskan {
 
-/** The handlers that fork calls. A library may be loaded and add its locks while another thread forks, so the list of
-    locks has a mutex. */
-struct ForkLock::Handlers {
-    static constinit std::mutex s_mutex;
-    static constinit ForkLock* s_first; ///< The list is in the order in which the locks are taken.
-    static constinit ForkLock* s_last;
+namespace {
 
-    static void sPrepare() {
-        s_mutex.lock();
-        for (ForkLock* each = s_first; each; each = each->m_next)
-            each->m_lock();
-    }
-    static void sDone() {
-        for (ForkLock* each = s_last; each; each = each->m_previous)
-            each->m_unlock();
-        s_mutex.unlock();
-    }
+struct Lock {
+    void (*lock)() = nullptr;
+    void (*unlock)() = nullptr;
 };
-constinit std::mutex ForkLock::Handlers::s_mutex;
-constinit ForkLock* ForkLock::Handlers::s_first = nullptr;
-constinit ForkLock* ForkLock::Handlers::s_last = nullptr;
 
-ForkLock::ForkLock(Order order, void (*lock)(), void (*unlock)()) noexcept
-    : m_order(order), m_lock(lock), m_unlock(unlock), m_next(nullptr), m_previous(nullptr) {
-    [[maybe_unused]] static const int s_registered =
-        pthread_atfork(Handlers::sPrepare, Handlers::sDone, Handlers::sDone);
-    const std::lock_guard guard(Handlers::s_mutex);
-    m_next = Handlers::s_first;
-    while (m_next && m_next->m_order <= m_order) {
-        m_previous = m_next;
-        m_next = m_next->m_next;
+constinit std::mutex s_mutex; ///< A library may be loaded and add its lock while another thread forks.
+constinit std::array<Lock, static_cast<std::size_t>(ForkLock::Order::Pool) + 1> s_locks{};
+
+void prepare() {
+    s_mutex.lock();
+    for (const Lock& each : s_locks) {
+        if (each.lock != nullptr) {
+            each.lock();
+        }
     }
-    (m_previous ? m_previous->m_next : Handlers::s_first) = this;
-    (m_next ? m_next->m_previous : Handlers::s_last) = this;
+}
+
+void done() {
+    std::for_each(s_locks.rbegin(), s_locks.rend(), [](const Lock& each) {
+        if (each.unlock != nullptr) {
+            each.unlock();
+        }
+    });
+    s_mutex.unlock();
+}
+
+} // namespace
+
+ForkLock::ForkLock(Order order, void (*lock)(), void (*unlock)()) noexcept : m_order(order) {
+    [[maybe_unused]] static const int s_registered = pthread_atfork(prepare, done, done);
+    const std::lock_guard guard(s_mutex);
+    s_locks[static_cast<std::size_t>(order)] = {lock, unlock};
 }
 
 ForkLock::~ForkLock() {
-    const std::lock_guard guard(Handlers::s_mutex);
-    (m_previous ? m_previous->m_next : Handlers::s_first) = m_next;
-    (m_next ? m_next->m_previous : Handlers::s_last) = m_previous;
+    const std::lock_guard guard(s_mutex);
+    s_locks[static_cast<std::size_t>(m_order)] = {};
 }
 
 } // namespace Oskan

@@ -8,7 +8,8 @@ namespace Oskan {
     the data that it guards consistent. Made when the library is loaded, next to the mutex. */
 class KX_CORE_API ForkLock {
 public:
-    /** The order in which the mutexes are taken: one that may be held while another is taken comes before it. */
+    /** The order in which the mutexes are taken: one that may be held while another is taken comes before it. There is
+        one ForkLock for each. */
     enum class Order { Lists, Companions, Streams, Loggers, Configuration, Parameters, Accounts, Pool };
 
     ForkLock(Order order, void (*lock)(), void (*unlock)()) noexcept;
@@ -17,13 +18,7 @@ public:
     ForkLock& operator=(const ForkLock&) = delete;
 
 private:
-    struct Handlers;
-
     const Order m_order;
-    void (*const m_lock)();
-    void (*const m_unlock)();
-    ForkLock* m_next;
-    ForkLock* m_previous;
 };
 
 /** A ForkLock of one mutex.

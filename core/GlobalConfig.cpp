@@ -32,30 +32,30 @@ void GlobalConfig::set(std::string_view name, std::string_view text) {
 
 void GlobalConfig::unset(std::string_view name) {
     const std::lock_guard lock(s_mutex);
-    if (const auto found = m_texts.find(name); found != m_texts.end())
+    if (const auto found = m_texts.find(name); found != m_texts.end()) {
         m_texts.erase(found);
+    }
 }
 
 bool GlobalConfig::getBool(std::string_view name, bool& value) const {
-    const std::optional<std::string> text = textOf(name);
-    if (!text)
+    const std::string text = textOf(name);
+    const bool isTrue = equalsNoCase(text, "true");
+    if (!isTrue && !equalsNoCase(text, "false")) {
         return false;
-    const bool isTrue = equalsNoCase(*text, "true");
-    if (!isTrue && !equalsNoCase(*text, "false"))
-        return false;
+    }
     value = isTrue;
     return true;
 }
 
-std::optional<std::string> GlobalConfig::textOf(std::string_view name) const {
+std::string GlobalConfig::textOf(std::string_view name) const {
     {
         const std::lock_guard lock(s_mutex);
-        if (const auto found = m_texts.find(name); found != m_texts.end())
+        if (const auto found = m_texts.find(name); found != m_texts.end()) {
             return found->second;
+        }
     }
-    if (const ParameterInfo* const info = ParameterInfoDB::getInstance().find(name))
-        return info->defaultValue;
-    return std::nullopt;
+    const ParameterInfo* const info = ParameterInfoDB::getInstance().find(name);
+    return info == nullptr ? "" : info->defaultValue;
 }
 
 } // namespace Oskan

@@ -3,7 +3,6 @@
 #include "core/CoreApi.h"
 
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,7 +31,8 @@ public:
 private:
     GlobalConfig() = default;
 
-    std::optional<std::string> textOf(std::string_view name) const;
+    /** Empty for an unknown parameter. */
+    std::string textOf(std::string_view name) const;
 
     std::map<std::string, std::string, std::less<>> m_texts;
 };

@@ -25,8 +25,9 @@ struct LogDeferral::Records {
 
 void LogDeferral::sKeep(const AceCleanupLogger& logger, LogLevel level, std::string_view text, const char* source,
                         int line) {
-    if (t_kept == nullptr)
+    if (t_kept == nullptr) {
         t_kept = new Records;
+    }
     t_kept->all.push_back({&logger, level, std::string(text), source, line});
 }
 
@@ -34,8 +35,9 @@ void LogDeferral::sKeep(const AceCleanupLogger& logger, LogLevel level, std::str
     appender opened. */
 void LogDeferral::sWrite() noexcept {
     const std::unique_ptr<Records> kept(std::exchange(t_kept, nullptr));
-    for (const Records::Record& record : kept->all)
+    for (const Records::Record& record : kept->all) {
         record.logger->log(record.level, record.text, record.source, record.line);
+    }
 }
 
 } // namespace Oskan

@@ -20,8 +20,9 @@ class KX_CORE_API LogDeferral {
 public:
     LogDeferral() noexcept { ++t_logDeferrals; }
     ~LogDeferral() {
-        if (--t_logDeferrals == 0 && t_kept != nullptr) [[unlikely]]
+        if (--t_logDeferrals == 0 && t_kept != nullptr) [[unlikely]] {
             sWrite();
+        }
     }
     LogDeferral(const LogDeferral&) = delete;
     LogDeferral& operator=(const LogDeferral&) = delete;

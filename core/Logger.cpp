@@ -21,27 +21,21 @@ const std::string& Logger::getName() const {
 }
 
 void Logger::log(LogLevel level, std::string_view text, const char* source, int line) const {
-    if (isEnabledFor(level) && isRead())
+    if (isEnabledFor(level) && isRead()) {
         m_logger.forcedLog(static_cast<int>(level), log4cplus::tstring(text), source, line, "");
+    }
 }
 
 bool Logger::isRead() const {
     for (log4cplus::Logger logger = m_logger; logger.getAllAppenders().empty(); logger = logger.getParent()) {
-        if (!logger.getAdditivity())
+        if (!logger.getAdditivity()) {
             return false;
-        if (logger.getName() == "root") // The root, or a child of it of that name; only the former has no parent.
+        }
+        if (logger.getName() == "root") { // The root, or a child of it of that name; only the former has no parent.
             return !log4cplus::Logger::getRoot().getAllAppenders().empty();
+        }
     }
     return true;
-}
-
-Logger Logger::getChild(std::string_view suffix) const {
-    if (!m_made)
-        return *this;
-    std::string name = getName();
-    name += '.';
-    name += suffix;
-    return Logger(name);
 }
 
 } // namespace Oskan

@@ -26,9 +26,6 @@ public:
         @param source passed to log4cplus as the file; nil for none. */
     void log(LogLevel level, std::string_view text, const char* source = nullptr, int line = -1) const;
 
-    /** The logger whose name is this logger's name, a dot and the suffix. */
-    Logger getChild(std::string_view suffix) const;
-
 private:
     friend class ClassLoggers;
 

@@ -6,8 +6,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
-#include <vector>
 
 namespace Oskan {
 
@@ -67,35 +65,6 @@ private:
     std::atomic<std::uint32_t> m_rowOffset{0}; ///< Offset of the account's row in a thread's cache; 0 before first use.
 };
 
-/** The memory that is allocated under an account and not yet freed. */
-struct MemUsage {
-    std::int64_t liveObjects = 0;
-    std::int64_t liveBytes = 0; ///< Size of the blocks, which are a little larger than what was asked for.
-};
-
-struct MemAccountUsage {
-    std::string_view name;
-    MemUsage usage;
-};
-
-/** The accounts of the process. Every thread counts its own blocks, and the sums are computed on request. They are
-    exact when no other thread allocates or frees at that time, and approximate otherwise. */
-class KX_CORE_API MemAccounts {
-public:
-    /** Zeros for a name under which nothing was ever allocated. */
-    static MemUsage sGetUsage(std::string_view name);
-    /** All accounts that were ever used, in order of first use. */
-    static std::vector<MemAccountUsage> sList();
-};
-
-/** Makes allocations fail, for tests. Affects only the calling thread. */
-class KX_CORE_API MemAllocatorFaults {
-public:
-    /** The n-th allocation from now, counted from 1, throws std::bad_alloc; the later ones succeed again. */
-    static void sFailAfter(std::uint64_t n);
-    static void sDisarm();
-};
-
 inline void* MemPool::allocate(std::size_t size, MemAccount& account) {
     if (size <= MemClasses::kMaxBlock) [[likely]] {
         const std::size_t cellOffset = kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
@@ -110,22 +79,26 @@ inline void* MemPool::allocate(std::size_t size, MemAccount& account) {
 }
 
 inline void MemPool::deallocate(void* block, MemAccount& account) noexcept {
-    if (!block)
+    if (!block) {
         return;
+    }
     const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
-    if (!push(t_memCache->cell(rowOffset, slabOf(block)->cellOffset), block)) [[unlikely]]
+    if (!push(t_memCache->cell(rowOffset, slabOf(block)->cellOffset), block)) [[unlikely]] {
         deallocateSlow(block, account);
+    }
 }
 
 inline void MemPool::deallocate(void* block, std::size_t size, MemAccount& account) noexcept {
-    if (!block)
+    if (!block) {
         return;
+    }
     const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
     const std::size_t cellOffset =
         size > MemClasses::kMaxBlock ? 0
                                      : kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
-    if (!push(t_memCache->cell(rowOffset, cellOffset), block)) [[unlikely]]
+    if (!push(t_memCache->cell(rowOffset, cellOffset), block)) [[unlikely]] {
         deallocateSlow(block, account);
+    }
 }
 
 } // namespace Oskan

@@ -2,6 +2,7 @@
 
 #include "core/ForkLock.h"
 #include "core/MemAccount.h"
+#include "core/MemAccounts.h"
 #include "core/MemRows.h"
 #include "core/MemSlabs.h"
 
@@ -72,8 +73,9 @@ public:
           m_cellOffset(cellOffset) {}
 
     void* take() {
-        if (!m_cell.head)
+        if (!m_cell.head) {
             refill();
+        }
         void* const block = m_cell.head;
         m_cell.head = MemSlabs::nextOf(block);
         m_cell.live.store(live() + 1, std::memory_order_relaxed);
@@ -81,8 +83,9 @@ public:
     }
 
     void give(void* block) noexcept {
-        if (live() == m_cell.floor)
+        if (live() == m_cell.floor) {
             makeRoom();
+        }
         MemSlabs::nextOf(block) = m_cell.head;
         m_cell.head = block;
         m_cell.live.store(live() - 1, std::memory_order_relaxed);
@@ -90,8 +93,9 @@ public:
 
     /** Gives all free blocks back to the slabs. */
     void empty() noexcept {
-        if (m_cell.head)
+        if (m_cell.head) {
             MemSlabs::sGive(m_cellOffset, std::exchange(m_cell.head, nullptr));
+        }
         m_limit = {};
         m_cell.floor = live();
     }
@@ -121,8 +125,9 @@ private:
         }
         const std::uint32_t kept = std::max(m_limit.onlyGave ? limit / 4 : limit / 2, leastOf(bytes()) / 2);
         void* last = m_cell.head;
-        for (std::uint32_t i = 1; i < kept; ++i)
+        for (std::uint32_t i = 1; i < kept; ++i) {
             last = MemSlabs::nextOf(last);
+        }
         MemSlabs::sGive(m_cellOffset, std::exchange(MemSlabs::nextOf(last), nullptr));
         setLimit(m_limit.onlyGave ? 2 * kept : limit, true, kept);
     }
@@ -135,8 +140,9 @@ private:
 void emptyAll(MemThreadCache& cache) noexcept {
     for (std::size_t row = 1; row < MemRows::sCount(); ++row) {
         for (std::size_t sizeClass = 1; sizeClass < kMemClasses.count; ++sizeClass) {
-            if (cache.limits[row][sizeClass].blocks != 0)
+            if (cache.limits[row][sizeClass].blocks != 0) {
                 SlowCell(cache, row, sizeClass * MemClasses::kCellBytes).empty();
+            }
         }
     }
 }
@@ -174,8 +180,9 @@ thread_local CacheOwner t_owner;
 
 /** Gives this thread a cache. Returns nil when the thread is at its end or there is no memory. */
 MemThreadCache* adopt() noexcept {
-    if (t_state.ended)
+    if (t_state.ended) {
         return nullptr;
+    }
     MemThreadCache* cache = nullptr;
     {
         const std::lock_guard lock(s_cachesMutex);
@@ -186,8 +193,9 @@ MemThreadCache* adopt() noexcept {
             // Mapped, so that the pages of unused rows and classes are never touched.
             void* const mapped =
                 mmap(nullptr, sizeof(MemThreadCache), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-            if (mapped == MAP_FAILED)
+            if (mapped == MAP_FAILED) {
                 return nullptr;
+            }
             cache = static_cast<MemThreadCache*>(mapped);
             cache->nextCache = s_caches.load(std::memory_order_relaxed);
             s_caches.store(cache, std::memory_order_release);
@@ -195,8 +203,9 @@ MemThreadCache* adopt() noexcept {
     }
     t_owner.touch();
     t_state.own = cache;
-    if (t_state.allocationsToFault == 0)
+    if (t_state.allocationsToFault == 0) {
         t_memCache = cache;
+    }
     return cache;
 }
 
@@ -206,7 +215,7 @@ MemThreadCache* ownCache() noexcept {
 
 /** Calls f with the cache that this thread may change. */
 template <class F>
-auto onSlowRoad(F f) {
+auto withOwnCache(F f) {
     if (MemThreadCache* const cache = ownCache()) {
         emptyAtTurn(*cache);
         return f(*cache);
@@ -229,7 +238,7 @@ void* MemPool::allocateSlow(std::size_t size, MemAccount& account) {
         return block;
     }
     const std::size_t cellOffset = kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
-    return onSlowRoad([=](MemThreadCache& cache) { return SlowCell(cache, row, cellOffset).take(); });
+    return withOwnCache([=](MemThreadCache& cache) { return SlowCell(cache, row, cellOffset).take(); });
 }
 
 void MemPool::deallocateSlow(void* block, MemAccount& account) noexcept {
@@ -240,12 +249,12 @@ void MemPool::deallocateSlow(void* block, MemAccount& account) noexcept {
         MemSlabs::sGiveLarge(slab);
         return;
     }
-    onSlowRoad([=](MemThreadCache& cache) { SlowCell(cache, row, slab->cellOffset).give(block); });
+    withOwnCache([=](MemThreadCache& cache) { SlowCell(cache, row, slab->cellOffset).give(block); });
 }
 
 void MemPool::sFaultPoint() {
     if (t_state.allocationsToFault != 0 && --t_state.allocationsToFault == 0) {
-        MemAllocatorFaults::sDisarm();
+        sFailAfter(0);
         throw std::bad_alloc();
     }
 }
@@ -254,8 +263,9 @@ MemUsage MemPool::sLive(std::size_t row) noexcept {
     MemUsage usage;
     for (std::size_t sizeClass = 1; sizeClass < kMemClasses.count; ++sizeClass) {
         std::uint32_t live = s_orphanCache.cells[row][sizeClass].live.load(std::memory_order_relaxed);
-        for (MemThreadCache* cache = s_caches.load(std::memory_order_acquire); cache; cache = cache->nextCache)
+        for (MemThreadCache* cache = s_caches.load(std::memory_order_acquire); cache; cache = cache->nextCache) {
             live += cache->cells[row][sizeClass].live.load(std::memory_order_relaxed);
+        }
         // Signed: while blocks move between threads, the sum may miss a block that was just handed out.
         const std::int64_t blocks = static_cast<std::int32_t>(live);
         usage.liveObjects += blocks;
@@ -264,13 +274,9 @@ MemUsage MemPool::sLive(std::size_t row) noexcept {
     return usage;
 }
 
-void MemAllocatorFaults::sFailAfter(std::uint64_t n) {
+void MemPool::sFailAfter(std::uint64_t n) {
     t_state.allocationsToFault = n;
     t_memCache = n != 0 ? &s_emptyCache : t_state.own ? t_state.own : &s_emptyCache;
-}
-
-void MemAllocatorFaults::sDisarm() {
-    sFailAfter(0);
 }
 
 } // namespace Oskan

@@ -28,8 +28,9 @@ struct MemClasses {
     std::size_t count = 1;
 
     constexpr MemClasses() {
-        for (std::size_t bytes = 16; bytes <= 256; bytes += kGranule)
+        for (std::size_t bytes = 16; bytes <= 256; bytes += kGranule) {
             blockBytes[count++] = static_cast<std::uint16_t>(bytes);
+        }
         std::size_t last = 256;
         for (std::size_t pieces = kSlabPayload / last; pieces >= 2; --pieces) {
             const std::size_t bytes = kSlabPayload / pieces / 16 * 16;
@@ -43,8 +44,9 @@ struct MemClasses {
         }
         std::size_t sizeClass = 1;
         for (std::size_t i = 0; i < cellOffset.size(); ++i) {
-            if (i * kGranule > blockBytes[sizeClass])
+            if (i * kGranule > blockBytes[sizeClass]) {
                 ++sizeClass;
+            }
             cellOffset[i] = static_cast<std::uint16_t>(sizeClass * kCellBytes);
         }
     }
@@ -133,6 +135,8 @@ public:
     static MemUsage sLive(std::size_t row) noexcept;
     /** Throws std::bad_alloc when an armed fault is due; see MemAllocatorFaults. */
     static void sFaultPoint();
+    /** Arms a fault for the n-th allocation of this thread from now; 0 for none. */
+    static void sFailAfter(std::uint64_t n);
 
     static MemSlabHeader* slabOf(void* block) {
         return reinterpret_cast<MemSlabHeader*>(reinterpret_cast<std::uintptr_t>(block) &
@@ -142,8 +146,9 @@ public:
 private:
     static bool push(MemCell& cell, void* block) noexcept {
         const std::uint32_t live = cell.live.load(std::memory_order_relaxed);
-        if (live == cell.floor) [[unlikely]]
+        if (live == cell.floor) [[unlikely]] {
             return false;
+        }
         *static_cast<void**>(block) = cell.head;
         cell.head = block;
         cell.live.store(live - 1, std::memory_order_relaxed);

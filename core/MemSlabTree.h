@@ -14,15 +14,17 @@ class MemSlabTree {
 public:
     MemSlabHeader* first() const {
         MemSlabHeader* slab = m_root;
-        while (slab && slab->previous)
+        while (slab && slab->previous) {
             slab = slab->previous;
+        }
         return slab;
     }
 
     void add(MemSlabHeader* slab) {
         MemSlabHeader** at = &m_root;
-        while (*at && rankOf(*at) > rankOf(slab))
+        while (*at && rankOf(*at) > rankOf(slab)) {
             at = isBefore(slab, *at) ? &(*at)->previous : &(*at)->next;
+        }
         MemSlabHeader* below = *at;
         *at = slab;
         MemSlabHeader** before = &slab->previous;
@@ -39,8 +41,9 @@ public:
 
     void remove(MemSlabHeader* slab) {
         MemSlabHeader** at = &m_root;
-        while (*at != slab)
+        while (*at != slab) {
             at = isBefore(slab, *at) ? &(*at)->previous : &(*at)->next;
+        }
         MemSlabHeader* before = slab->previous;
         MemSlabHeader* after = slab->next;
         while (before && after) { // Join the two subtrees.

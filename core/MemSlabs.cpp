@@ -49,8 +49,9 @@ std::size_t slabsOf(std::size_t bytes) {
 
 char* allocateAligned(std::size_t bytes) {
     void* memory = nullptr;
-    if (posix_memalign(&memory, MemClasses::kSlabBytes, bytes) != 0)
+    if (posix_memalign(&memory, MemClasses::kSlabBytes, bytes) != 0) {
         throw std::bad_alloc();
+    }
     return static_cast<char*>(memory);
 }
 
@@ -62,14 +63,16 @@ struct List {
     void add(T* element) {
         element->*kNext = first;
         element->*kPrevious = nullptr;
-        if (first)
+        if (first) {
             first->*kPrevious = element;
+        }
         first = element;
     }
     void remove(T* element) {
         (element->*kPrevious ? element->*kPrevious->*kNext : first) = element->*kNext;
-        if (element->*kNext)
+        if (element->*kNext) {
             element->*kNext->*kPrevious = element->*kPrevious;
+        }
     }
 };
 
@@ -119,8 +122,9 @@ public:
                 surplus = slab;
             }
         }
-        for (; surplus; m_moved.fetch_add(1, std::memory_order_relaxed))
+        for (; surplus; m_moved.fetch_add(1, std::memory_order_relaxed)) {
             release(std::exchange(surplus, surplus->next), 1);
+        }
     }
 
     std::uint32_t turn() const noexcept { return m_moved.load(std::memory_order_relaxed) / kTurnSlabs; }
@@ -132,8 +136,9 @@ private:
 
     /** Returns the bit of the slab at which the first run of `count` released slabs begins, or 0 when there is none. */
     static std::uint32_t findRun(std::uint32_t released, std::uint32_t count) {
-        for (; count > 1; --count)
+        for (; count > 1; --count) {
             released &= released >> 1;
+        }
         return released & (~released + 1);
     }
 
@@ -141,8 +146,9 @@ private:
     MemChunk* findChunk(std::uint32_t count) {
         int looks = 0;
         for (MemChunk* chunk = m_withReleased.first; chunk && looks < kMostLooks; chunk = chunk->nextWithReleased) {
-            if (findRun(chunk->released, count))
+            if (findRun(chunk->released, count)) {
                 return chunk;
+            }
             ++looks;
         }
         return addChunk();
@@ -152,8 +158,9 @@ private:
         MemChunk* chunk = findChunk(count);
         const std::uint32_t first = findRun(chunk->released, count);
         chunk->released &= ~(runOf(count) * first);
-        if (chunk->released == 0)
+        if (chunk->released == 0) {
             m_withReleased.remove(chunk);
+        }
         char* const slab = chunk->slabs + static_cast<std::size_t>(std::countr_zero(first)) * MemClasses::kSlabBytes;
         MemSlabHeader* const header = new (slab) MemSlabHeader{}; // Touches its pages for the first time.
         header->chunk = chunk;
@@ -185,11 +192,13 @@ private:
         madvise(slab, count * MemClasses::kSlabBytes, MADV_DONTNEED); // If it fails, the pages are only kept.
         {
             const std::lock_guard lock(m_mutex);
-            if (chunk->released == 0)
+            if (chunk->released == 0) {
                 m_withReleased.add(chunk);
+            }
             chunk->released |= runOf(count) << index;
-            if (chunk->released != chunk->all())
+            if (chunk->released != chunk->all()) {
                 return;
+            }
             m_withReleased.remove(chunk);
             m_chunks.remove(chunk);
         }
@@ -235,10 +244,12 @@ MemSlabs::Blocks cut(SizeClass& sizeClass, std::size_t cellOffset, std::uint32_t
     char* const first = slab->uncut;
     slab->uncut += count * bytes;
     slab->held += count;
-    if (count == left)
+    if (count == left) {
         sizeClass.cutting = nullptr;
-    for (std::uint32_t i = 0; i < count; ++i)
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
         MemSlabs::nextOf(first + i * bytes) = i + 1 < count ? first + (i + 1) * bytes : nullptr;
+    }
     return {first, count};
 }
 
@@ -255,8 +266,9 @@ MemSlabs::Blocks MemSlabs::sTake(std::size_t cellOffset, std::uint32_t most) {
             nextOf(block) = taken.head;
             taken.head = block;
         }
-        if (!slab->blocks)
+        if (!slab->blocks) {
             sizeClass.withBlocks.remove(slab);
+        }
     }
     return taken.head ? taken : cut(sizeClass, cellOffset, most);
 }
@@ -269,38 +281,45 @@ void MemSlabs::sGive(std::size_t cellOffset, void* blocks) noexcept {
         while (void* const block = blocks) {
             blocks = nextOf(block);
             MemSlabHeader* const slab = MemPool::slabOf(block);
-            if (!slab->blocks)
+            if (!slab->blocks) {
                 sizeClass.withBlocks.add(slab);
+            }
             nextOf(block) = slab->blocks;
             slab->blocks = block;
-            if (--slab->held != 0)
+            if (--slab->held != 0) {
                 continue;
+            }
             sizeClass.withBlocks.remove(slab);
-            if (sizeClass.cutting == slab)
+            if (sizeClass.cutting == slab) {
                 sizeClass.cutting = nullptr;
+            }
             slab->next = emptied;
             emptied = slab;
         }
     }
-    if (emptied)
+    if (emptied) {
         s_store.give(emptied);
+    }
 }
 
 void MemSlabs::sLock() {
-    for (SizeClass& each : s_classes)
+    for (SizeClass& each : s_classes) {
         each.mutex.lock();
+    }
     s_store.lock();
 }
 
 void MemSlabs::sUnlock() {
     s_store.unlock();
-    for (SizeClass& each : s_classes)
+    for (SizeClass& each : s_classes) {
         each.mutex.unlock();
+    }
 }
 
 void* MemSlabs::sTakeLarge(std::size_t bytes) {
-    if (bytes > PTRDIFF_MAX - MemClasses::kSlabBytes)
+    if (bytes > PTRDIFF_MAX - MemClasses::kSlabBytes) {
         throw std::bad_alloc();
+    }
     MemSlabHeader* header = nullptr;
     if (const std::size_t slabs = slabsOf(bytes); slabs <= kMostRun) {
         header = s_store.takeRun(static_cast<std::uint32_t>(slabs));
@@ -312,10 +331,11 @@ void* MemSlabs::sTakeLarge(std::size_t bytes) {
 }
 
 void MemSlabs::sGiveLarge(MemSlabHeader* header) noexcept {
-    if (header->chunk)
+    if (header->chunk) {
         s_store.giveRun(header, static_cast<std::uint32_t>(slabsOf(header->largeBytes)));
-    else
+    } else {
         std::free(header);
+    }
 }
 
 std::uint32_t MemSlabs::sTurn() noexcept {

@@ -24,13 +24,15 @@ ParameterInfoDB& ParameterInfoDB::getNonConstInstance() {
 }
 
 void ParameterInfoDB::addParameter(std::string_view name, ParameterInfo::Type type, std::string_view defaultValue,
-                                   std::optional<ParameterInfo::Range> range, std::string_view description) {
-    if (name.empty())
+                                   std::string_view description) {
+    if (name.empty()) {
         throw Exception("parameter without a name");
+    }
     const std::lock_guard lock(s_mutex);
-    ParameterInfo info{std::string(name), type, std::string(defaultValue), range, std::string(description)};
-    if (!m_byName.try_emplace(std::string(name), std::move(info)).second)
+    ParameterInfo info{std::string(name), type, std::string(defaultValue), std::string(description)};
+    if (!m_byName.try_emplace(std::string(name), std::move(info)).second) {
         throw Exception("parameter \"" + std::string(name) + "\" is registered twice");
+    }
 }
 
 const ParameterInfo* ParameterInfoDB::find(std::string_view name) const {

@@ -3,7 +3,6 @@
 #include "core/CoreApi.h"
 
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,16 +12,9 @@ namespace Oskan {
 struct ParameterInfo {
     enum class Type { Boolean, Integer, Text };
 
-    /** Bounds of an Integer, both inclusive. */
-    struct Range {
-        long long least;
-        long long greatest;
-    };
-
     std::string name;
     Type type = Type::Text;
     std::string defaultValue;
-    std::optional<Range> range;
     std::string description;
 };
 
@@ -36,11 +28,7 @@ public:
     /** Registers a parameter for as long as the process lives.
         @throws Exception when the name is empty or already registered. */
     void addParameter(std::string_view name, ParameterInfo::Type type, std::string_view defaultValue,
-                      std::optional<ParameterInfo::Range> range, std::string_view description);
-    void addParameter(std::string_view name, ParameterInfo::Type type, std::string_view defaultValue,
-                      std::string_view description) {
-        addParameter(name, type, defaultValue, std::nullopt, description);
-    }
+                      std::string_view description);
 
     /** The parameter of that name, nil when there is none. The pointer stays valid. */
     const ParameterInfo* find(std::string_view name) const;

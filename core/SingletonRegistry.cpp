@@ -39,13 +39,12 @@ void* SingletonRegistry::getOrCreateAny(std::string_view name, const std::type_i
     const std::lock_guard lock(all.mutex);
     auto found = all.byName.find(name);
     if (found == all.byName.end()) {
-        if (!factory)
-            return nullptr;
         void* const object = factory();
         found = all.byName.try_emplace(std::string(name), Singleton{object, type}).first;
     }
-    if (found->second.type != std::type_index(type))
+    if (found->second.type != std::type_index(type)) {
         throw Exception("singleton \"" + std::string(name) + "\" is of another type");
+    }
     return found->second.object;
 }
 

@@ -23,13 +23,6 @@ public:
         return static_cast<T*>(getOrCreateAny(name, typeid(T), [&]() -> void* { return factory().release(); }));
     }
 
-    /** The object of that name, nil when there is none.
-        @throws Exception when it is of another type. */
-    template <class T>
-    T* get(std::string_view name) {
-        return static_cast<T*>(getOrCreateAny(name, typeid(T), nullptr));
-    }
-
     SingletonRegistry(const SingletonRegistry&) = delete;
     SingletonRegistry& operator=(const SingletonRegistry&) = delete;
 

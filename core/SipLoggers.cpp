@@ -8,7 +8,7 @@ Logger& getUAInteropLogger() {
 }
 
 Logger& getUAInteropMaxForwardsLogger() {
-    static Logger& logger = *new Logger(getUAInteropLogger().getChild("MaxForwards"));
+    static Logger& logger = *new Logger("tandril.sip.UAInterop.MaxForwards");
     return logger;
 }
 

@@ -15,8 +15,9 @@ public:
         : m_logger(logger.isEnabled(LogLevel::Trace) ? sEnter(logger, functionName) : nullptr),
           m_functionName(functionName) {}
     [[gnu::always_inline]] ~TraceScope() {
-        if (m_logger) [[unlikely]]
+        if (m_logger) [[unlikely]] {
             sExit(*m_logger, m_functionName);
+        }
     }
     TraceScope(const TraceScope&) = delete;
     TraceScope& operator=(const TraceScope&) = delete;
@@ -37,8 +38,9 @@ extern KX_CORE_API __thread unsigned t_entryDepth __attribute__((tls_model("init
 class EntryDepth {
 public:
     EntryDepth() noexcept {
-        if (t_entryDepth++ == 0)
+        if (t_entryDepth++ == 0) {
             refreshLogLevels();
+        }
     }
     ~EntryDepth() { --t_entryDepth; }
     EntryDepth(const EntryDepth&) = delete;
@@ -55,8 +57,9 @@ public:
 
 private:
     [[gnu::always_inline]] static void sRefreshIfOutermost() noexcept {
-        if (t_entryDepth == 0) [[unlikely]]
+        if (t_entryDepth == 0) [[unlikely]] {
             refreshLogLevels();
+        }
     }
 };
 

@@ -127,7 +127,7 @@ void checkWriting(const T& object, std::string_view text, int flushes = 0) {
     same("a copy is written as its original", text, written(*copy));
     Pieces pieces;
     writeTo(pieces, object);
-    same("every stream is told the same", text, pieces.text);
+    same("every stream gets the same bytes", text, pieces.text);
     if (pieces.flushes != flushes) {
         fail("streams are flushed as often as they should be", text, std::to_string(pieces.flushes));
     }

@@ -54,7 +54,7 @@ bool changes(const PlainPropertyList& plain, std::initializer_list<std::string_v
 bool changes(const KxSipDigestChallengeInfo&, const PlainPropertyList& plain) {
     // The last property needs a name and a value. Its name is written in lower case, so that another property may have
     // been the last one before.
-    const KxParameters::Pair& last = *std::prev(plain.list.end());
+    const KxParameters::Pair& last = *std::next(plain.list.begin(), static_cast<std::ptrdiff_t>(plain.list.size()) - 1);
     return changes(plain, {"algorithm", "stale", "uri"}) || last.name.empty() || last.value.empty() ||
            last.name.lower() != last.name;
 }

@@ -95,7 +95,7 @@ private:
     void look(unsigned with) {
         const Message copy(static_cast<KxSipMessage*>(m_message->clone()));
         const std::string all = MessageReading(*m_message).text();
-        same("a copy tells what its original does", all, MessageReading(*copy).text());
+        same("a copy reads as its original does", all, MessageReading(*copy).text());
         if (m_message->getStatus() != KX_STATUS_UNUSABLE) {
             same("a copy has the key of its original", keyOf(*m_message), keyOf(*copy));
             if (const KxHandle<KxSipToHeader> to = copy->getToHeader(); !to.isNil()) {
@@ -109,7 +109,7 @@ private:
              found.isNil() ? "" : written(*KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(found->clone()))));
         checkLog(with);
         same("who only reads changes nothing", m_text, written(*m_message));
-        same("what is told once is told again", all, MessageReading(*m_message).text());
+        same("a second reading gives the same", all, MessageReading(*m_message).text());
     }
     void checkLog(unsigned with) const {
         std::string plain;
@@ -232,7 +232,7 @@ private:
         const bool hasLine = !uri.isNil() && *request->getMethod() != '\0';
         const std::string start = std::string(request->getMethod()) + ' ';
         plain.withStart(hasLine ? start + written(*request->getURI()) + " SIP/2.0\r\n" : "");
-        same("a Request-URI stands in the start line only", plain.written(), written(*m_message));
+        same("a Request-URI is in the start line only", plain.written(), written(*m_message));
         if (!uri.isNil() && uri.get() == request->getURI().get()) {
             fail("a request has a URI of its own", written(*uri), m_text);
         }

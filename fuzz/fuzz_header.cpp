@@ -88,9 +88,11 @@ bool hasOpenQuote(std::string_view text) {
 /** An open quote includes the parameters after it when the list is read again: a repeated parameter takes the place of
     the earlier one with its name, and may be before others now. */
 bool losesParameters(const KxParameters& list) {
-    return list.size() > 1 && std::any_of(list.begin(), std::prev(list.end()), [](const auto& pair) {
-               return hasOpenQuote(std::string(pair.name.view()).append("=").append(pair.value.view()));
-           });
+    return list.size() > 1 &&
+           std::any_of(list.begin(), std::next(list.begin(), static_cast<std::ptrdiff_t>(list.size()) - 1),
+                       [](const auto& pair) {
+                           return hasOpenQuote(std::string(pair.name.view()).append("=").append(pair.value.view()));
+                       });
 }
 
 /** If the URL consumed the ";" after a ">", the parameter list is read only if its first character is text. */

@@ -136,7 +136,7 @@ struct Lists {
         checkAgainst(list, plain);
         checkWriting(list, plain.written());
         Pieces pieces;
-        lazy.serializeBehind(pieces);
+        lazy.serializeWithSemicolon(pieces);
         same("the list made on demand is written as the other", (plain.size() == 0 ? "" : ";") + plain.written(),
              pieces.text);
         if (lazy.size() != plain.size() ||

@@ -24,9 +24,9 @@ public:
         if (colon != std::string_view::npos) {
             setNumber(std::string(
                 url.substr(colon + 1, semicolon == std::string_view::npos ? semicolon : semicolon - colon - 1)));
-            std::string behind(semicolon == std::string_view::npos ? "" : url.substr(semicolon + 1));
-            std::erase(behind, ':');
-            parameters.parse(KxAscii::trim(behind));
+            std::string rest(semicolon == std::string_view::npos ? "" : url.substr(semicolon + 1));
+            std::erase(rest, ':');
+            parameters.parse(KxAscii::trim(rest));
         }
     }
     std::string printed() const {
@@ -110,7 +110,7 @@ void checkAnyScheme(std::string_view text) {
         plain = std::string(KxAscii::trim(text.substr(0, colon))) + ':' +
                 std::string(KxAscii::trim(data.substr(0, data.find_first_of(">\r\n"))));
     }
-    same("a URI of any scheme is its scheme and the text behind it", plain, read);
+    same("a URI of any scheme is its scheme and the text after it", plain, read);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "util/KxAscii.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace KxAscii {
@@ -29,23 +28,8 @@ int compareNoCase(std::string_view a, std::string_view b) {
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
 
-int compare(std::string_view a, std::string_view b) {
-    const std::size_t common = std::min(a.size(), b.size());
-    const int difference = common == 0 ? 0 : std::memcmp(a.data(), b.data(), common);
-    if (difference != 0) {
-        return difference;
-    }
-    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
-}
-
-namespace {
-
-/** A number of so many digits always fits into 32 bits. */
-constexpr std::size_t kSafeDigits = 9;
-
-} // namespace
-
 std::int64_t toNumber(std::string_view text) {
+    constexpr std::size_t kSafeDigits = 9; // a number of so many digits always fits into 32 bits
     std::uint32_t plain = 0;
     std::size_t digits = 0;
     while (digits < text.size() && digits <= kSafeDigits && isDigit(text[digits])) {

@@ -30,8 +30,6 @@ constexpr bool isAlpha(char c) {
 KX_UTIL_API bool equalsNoCase(std::string_view a, std::string_view b);
 /** Returns a negative number, zero or a positive number; letters compare as if they were lower case. */
 KX_UTIL_API int compareNoCase(std::string_view a, std::string_view b);
-/** Returns a negative number, zero or a positive number; bytes compare as unsigned, a prefix sorts first. */
-KX_UTIL_API int compare(std::string_view a, std::string_view b);
 
 constexpr std::string_view trimEnd(std::string_view text) {
     while (!text.empty() && isSpace(text.back())) {

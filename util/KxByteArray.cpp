@@ -1,11 +1,11 @@
 #include "util/KxByteArray.h"
 
-#include "core/MemAllocator.h"
-#include "util/KxAscii.h"
+#include "core/NoSizeMemAllocator.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <new>
 
@@ -64,15 +64,11 @@ void KxByteArray::setLength(std::size_t length) {
 
 int KxByteArray::compareWith(const KxObject& other) const {
     const auto* const bytes = dynamic_cast<const KxByteArray*>(&other);
-    return bytes == nullptr ? KxObject::compareWith(other) : KxAscii::compare(view(), bytes->view());
+    return bytes == nullptr ? KxObject::compareWith(other) : view().compare(bytes->view());
 }
 
 std::uint32_t KxByteArray::hashCode() const {
-    std::uint32_t hash = 2166136261U; // FNV-1a
-    for (const char c : view()) {
-        hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
-    }
-    return hash;
+    return static_cast<std::uint32_t>(std::hash<std::string_view>()(view()));
 }
 
 void KxByteArray::display(KxOutputStream& out, bool) const {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <iterator>
 
 namespace {
@@ -33,11 +34,11 @@ public:
         if (!readDayAndMonth()) {
             return false;
         }
-        const bool timeStandsFirst = atTime(); // as in the asctime form
-        if (timeStandsFirst && !readTime()) {
+        const bool timeIsFirst = atTime(); // as in the asctime form
+        if (timeIsFirst && !readTime()) {
             return false;
         }
-        if (!readYear() || (!timeStandsFirst && atDigit() && !readTime()) || !readZone() || !atEnd()) {
+        if (!readYear() || (!timeIsFirst && atDigit() && !readTime()) || !readZone() || !atEnd()) {
             return false;
         }
         if (!chrono::year_month_day(chrono::year(m_year), chrono::month(m_month), chrono::day(m_day)).ok()) {
@@ -172,17 +173,6 @@ private:
     std::int64_t m_secondOfDay = 0;
 };
 
-char* writeDigits(char* to, unsigned number, std::size_t count) {
-    for (std::size_t i = count; i-- > 0; number /= 10) {
-        to[i] = static_cast<char>('0' + number % 10);
-    }
-    return to + count;
-}
-
-char* writeText(char* to, std::string_view text) {
-    return to + text.copy(to, text.size());
-}
-
 } // namespace
 
 bool KxDate::constructKxDate(std::string_view text) {
@@ -210,50 +200,34 @@ std::int64_t KxDate::getDelta() const {
     return isValid() ? m_seconds - sNow().m_seconds : 0;
 }
 
-void KxDate::write(char* to) const {
+std::string_view KxDate::view(char (&date)[kRoom]) const {
+    if (!isValid()) {
+        return m_unread.view();
+    }
     const chrono::sys_seconds time{chrono::seconds(m_seconds)};
     const chrono::sys_days days = chrono::floor<chrono::days>(time);
-    const chrono::year_month_day date(days);
+    const chrono::year_month_day ymd(days);
     const chrono::hh_mm_ss clock(time - days);
-    to = writeText(to, kWeekdays[chrono::weekday(days).c_encoding()].substr(0, 3));
-    to = writeText(to, ", ");
-    to = writeDigits(to, static_cast<unsigned>(date.day()), 2);
-    *to++ = ' ';
-    to = writeText(to, kMonths[static_cast<unsigned>(date.month()) - 1].substr(0, 3));
-    *to++ = ' ';
-    to = writeDigits(to, static_cast<unsigned>(static_cast<int>(date.year())), 4);
-    *to++ = ' ';
-    to = writeDigits(to, static_cast<unsigned>(clock.hours().count()), 2);
-    *to++ = ':';
-    to = writeDigits(to, static_cast<unsigned>(clock.minutes().count()), 2);
-    *to++ = ':';
-    to = writeDigits(to, static_cast<unsigned>(clock.seconds().count()), 2);
-    writeText(to, " GMT");
+    const int length =
+        std::snprintf(date, sizeof date, "%.3s, %02u %.3s %04d %02d:%02d:%02d GMT",
+                      kWeekdays[chrono::weekday(days).c_encoding()].data(), static_cast<unsigned>(ymd.day()),
+                      kMonths[static_cast<unsigned>(ymd.month()) - 1].data(), static_cast<int>(ymd.year()),
+                      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                      static_cast<int>(clock.seconds().count()));
+    return {date, static_cast<std::size_t>(length)};
 }
 
 std::size_t KxDate::getKxDate(char* buffer, std::size_t size) const {
-    const std::size_t length = isValid() ? kLength : m_unread.length();
-    if (length >= size) {
-        if (size != 0) {
-            buffer[0] = '\0';
-        }
-        return 0;
+    char date[kRoom];
+    const std::string_view text = view(date);
+    const std::size_t length = text.size() < size ? text.copy(buffer, size) : 0;
+    if (size != 0) {
+        buffer[length] = '\0';
     }
-    if (isValid()) {
-        write(buffer);
-    } else {
-        m_unread.view().copy(buffer, length);
-    }
-    buffer[length] = '\0';
     return length;
 }
 
 void KxDate::getKxDate(KxOutputStream& out) const {
-    if (!isValid()) {
-        out << m_unread;
-        return;
-    }
-    char text[kLength];
-    write(text);
-    out << std::string_view(text, kLength);
+    char date[kRoom];
+    out << view(date);
 }

@@ -61,10 +61,10 @@ public:
 
 private:
     static constexpr std::int64_t kNone = INT64_MIN;
-    static constexpr std::size_t kLength = 29;
+    static constexpr std::size_t kRoom = 80; ///< For a date as text, of any numbers that the compiler can think of.
 
-    /** Writes kLength characters. */
-    void write(char* to) const;
+    /** The date as text, which is written to `date`; or the text that could not be read. */
+    std::string_view view(char (&date)[kRoom]) const;
 
     std::int64_t m_seconds = kNone;
     KxString m_unread;

@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <functional>
+#include <list>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 
@@ -24,35 +24,32 @@ protected:
 class LogStream final : public KxOutputStream {
 public:
     explicit LogStream(const Oskan::AceCleanupLogger& logger) : m_logger(logger) {}
-    ~LogStream() override { logRest(); }
+    ~LogStream() override { LogStream::flush(); }
 
     const Oskan::AceCleanupLogger& logger() const { return m_logger; }
 
-    void flush() override { logRest(); }
+    void flush() override {
+        if (!m_line.empty()) {
+            logLine();
+        }
+    }
 
 protected:
     void writeBeyondWindow(const char* bytes, std::size_t count) override {
         std::string_view text(bytes, count);
         while (!text.empty()) {
-            const std::size_t end = text.substr(0, kLongestLine - m_line.size()).find('\n');
-            const std::string_view piece = text.substr(0, std::min(end, kLongestLine - m_line.size()));
+            const std::string_view fitting = text.substr(0, kLongestLine - m_line.size());
+            const std::string_view piece = fitting.substr(0, fitting.find('\n'));
+            const bool isEnded = piece.size() != fitting.size();
             m_line += piece;
-            text.remove_prefix(piece.size());
-            if (end != std::string_view::npos) {
-                text.remove_prefix(1);
-                logLine();
-            } else if (m_line.size() == kLongestLine) {
+            text.remove_prefix(piece.size() + (isEnded ? 1 : 0));
+            if (isEnded || m_line.size() == kLongestLine) {
                 logLine();
             }
         }
     }
 
 private:
-    void logRest() {
-        if (!m_line.empty()) {
-            logLine();
-        }
-    }
     void logLine() {
         if (m_line.ends_with('\r')) {
             m_line.pop_back();
@@ -78,45 +75,37 @@ const Oskan::ForkLockOf<s_mutex> s_forkLock{Oskan::ForkLock::Order::Streams};
 
 /** The one logger of that name. Loggers live as long as the process. */
 const Oskan::AceCleanupLogger& loggerNamed(std::string_view name) {
-    static auto& s_loggers = *new std::map<std::string_view, NamedLogger*>;
+    static auto& s_loggers = *new std::list<NamedLogger>;
     const std::lock_guard lock(s_mutex);
-    const auto at = s_loggers.find(name);
-    if (at != s_loggers.end()) {
-        return at->second->logger;
+    for (const NamedLogger& each : s_loggers) {
+        if (each.name == name) {
+            return each.logger;
+        }
     }
-    auto made = std::make_unique<NamedLogger>(name);
-    s_loggers.emplace(made->name, made.get());
-    return made.release()->logger;
+    return s_loggers.emplace_back(name).logger;
 }
 
+constinit thread_local bool t_streamsAreGone = false;
+
 /** The streams of a thread, by name. */
-class ThreadStreams {
-public:
-    ThreadStreams() = default;
-    ~ThreadStreams() { t_areGone = true; }
-    ThreadStreams(const ThreadStreams&) = delete;
-    ThreadStreams& operator=(const ThreadStreams&) = delete;
+struct ThreadStreams {
+    ~ThreadStreams() { t_streamsAreGone = true; }
 
-    /** Returns null after the thread has dropped its streams at its end. */
-    static LogStream* sFind(std::string_view name) {
-        if (t_areGone) {
-            return nullptr;
-        }
-        static thread_local ThreadStreams t_streams;
-        auto at = t_streams.m_streams.find(name);
-        if (at == t_streams.m_streams.end()) {
-            at = t_streams.m_streams.try_emplace(std::string(name), loggerNamed(name)).first;
-        }
-        return &at->second;
-    }
-
-private:
-    static constinit thread_local bool t_areGone;
-
-    std::map<std::string, LogStream, std::less<>> m_streams;
+    std::map<std::string, LogStream, std::less<>> all;
 };
 
-constinit thread_local bool ThreadStreams::t_areGone = false;
+/** Returns the thread's stream of that name; null after the thread has dropped its streams at its end. */
+LogStream* streamNamed(std::string_view name) {
+    if (t_streamsAreGone) {
+        return nullptr;
+    }
+    static thread_local ThreadStreams t_streams;
+    auto at = t_streams.all.find(name);
+    if (at == t_streams.all.end()) {
+        at = t_streams.all.try_emplace(std::string(name), loggerNamed(name)).first;
+    }
+    return &at->second;
+}
 
 } // namespace
 
@@ -128,7 +117,7 @@ KxErrorStream& KxErrorStream::sGetDefault() {
 KxOutputStream& KxErrorStream::getDebugStream(std::string_view name, int) {
     static auto& s_nothing = *new NullStream;
     const Oskan::EntryDepth upToDate;
-    LogStream* const stream = ThreadStreams::sFind(name);
+    LogStream* const stream = streamNamed(name);
     if (stream == nullptr || !stream->logger().isEnabled(Oskan::LogLevel::Debug)) {
         return s_nothing;
     }

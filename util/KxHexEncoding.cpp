@@ -1,6 +1,5 @@
 #include "util/KxHexEncoding.h"
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -9,22 +8,10 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789abcdef";
 
-constexpr std::array<std::array<char, 2>, 256> kPairs = [] {
-    std::array<std::array<char, 2>, 256> pairs{};
-    for (std::size_t byte = 0; byte < pairs.size(); ++byte) {
-        pairs[byte] = {kDigits[byte >> 4], kDigits[byte & 15]};
-    }
-    return pairs;
-}();
-
-constexpr std::array<unsigned char, 256> kValues = [] {
-    std::array<unsigned char, 256> values{};
-    for (unsigned char value = 0; value < kDigits.size(); ++value) {
-        values[static_cast<unsigned char>(kDigits[value])] = value;
-        values[static_cast<unsigned char>(KxAscii::toUpper(kDigits[value]))] = value;
-    }
-    return values;
-}();
+int valueOf(char digit) {
+    const std::size_t value = kDigits.find(KxAscii::toLower(digit));
+    return value == std::string_view::npos ? 0 : static_cast<int>(value);
+}
 
 using Bytes = signed char __attribute__((vector_size(16)));
 
@@ -53,8 +40,8 @@ char* KxHexEncoding::toHex(std::string_view bytes, char* out) {
         out += 2 * sizeof(Bytes);
     }
     for (const char byte : bytes) {
-        std::memcpy(out, kPairs[static_cast<unsigned char>(byte)].data(), 2);
-        out += 2;
+        *out++ = kDigits[static_cast<unsigned char>(byte) >> 4];
+        *out++ = kDigits[byte & 15];
     }
     return out;
 }
@@ -71,5 +58,5 @@ KxString KxHexEncoding::toHex(const KxHandle<KxByteArray>& bytes) {
 }
 
 char KxHexEncoding::fromHex(char high, char low) {
-    return static_cast<char>(kValues[static_cast<unsigned char>(high)] << 4 | kValues[static_cast<unsigned char>(low)]);
+    return static_cast<char>(valueOf(high) << 4 | valueOf(low));
 }

@@ -99,7 +99,7 @@ void KxLazyParameters::replace(KxParameters* list) {
     }
 }
 
-void KxLazyParameters::serializeBehind(KxOutputStream& out) const {
+void KxLazyParameters::serializeWithSemicolon(KxOutputStream& out) const {
     if (!empty()) {
         out.write(';');
         peek()->serialize(out);

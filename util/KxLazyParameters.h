@@ -58,7 +58,7 @@ public:
     KxParameters::Iterator end() const { return peek() == nullptr ? KxParameters::Iterator() : peek()->end(); }
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
     /** Writes ";" and the pairs, or nothing when there are none. */
-    void serializeBehind(KxOutputStream& out) const;
+    void serializeWithSemicolon(KxOutputStream& out) const;
 
 private:
     // The word is the list's address. Its lowest bits tell who may hold the list.

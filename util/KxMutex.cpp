@@ -1,6 +1,6 @@
 #include "util/KxMutex.h"
 
-#include "core/MemAllocator.h"
+#include "core/DefaultStaticMemAllocator.h"
 
 #include <new>
 

@@ -5,7 +5,7 @@
 #include <mutex>
 
 /** A mutex from the accounted allocator (account "KxMutex"), 40 bytes. Not recursive: a thread that locks it twice
-    deadlocks. */
+    deadlocks. std::lock_guard<KxMutex> holds it while in scope. */
 class KX_UTIL_API KxMutex {
 public:
     KxMutex(const KxMutex&) = delete;
@@ -27,15 +27,3 @@ private:
     std::mutex m_mutex;
 };
 static_assert(sizeof(KxMutex) <= 40);
-
-/** Holds a mutex while in scope. */
-class [[nodiscard]] KxMutexLock {
-public:
-    explicit KxMutexLock(KxMutex& mutex) : m_mutex(mutex) { m_mutex.lock(); }
-    ~KxMutexLock() { m_mutex.unlock(); }
-    KxMutexLock(const KxMutexLock&) = delete;
-    KxMutexLock& operator=(const KxMutexLock&) = delete;
-
-private:
-    KxMutex& m_mutex;
-};

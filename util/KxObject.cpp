@@ -20,18 +20,18 @@ Companions& companions() {
     return *all;
 }
 
-/** Removes and returns one of the object's companions; empty when there is none left. */
-Companions::node_type takeCompanion(const KxObject* object) {
-    const std::lock_guard<std::mutex> lock(s_mutex);
-    Companions& all = companions();
-    const auto found = all.find(object);
-    return found == all.end() ? Companions::node_type() : all.extract(found);
-}
-
 } // namespace
 
 void KxObject::releaseCompanions() {
-    while (const Companions::node_type taken = takeCompanion(this)) {
+    while (true) {
+        Companions::node_type taken; // released without the lock
+        {
+            const std::lock_guard<std::mutex> lock(s_mutex);
+            taken = companions().extract(this);
+        }
+        if (taken.empty()) {
+            return;
+        }
         taken.mapped()->Release(true);
     }
 }
@@ -63,10 +63,4 @@ void KxObject::keepCompanion(KxObject* companion) {
     companions().emplace(this, companion);
     held.detach();
     m_count.fetch_or(kHasCompanion, std::memory_order_relaxed);
-}
-
-void KxHandleBase::keepBeside(KxObject* object, KxObject* companion) {
-    if (object != nullptr && companion != nullptr && !object->isImmortal()) {
-        object->keepCompanion(companion);
-    }
 }

@@ -3,22 +3,7 @@
 #include "util/KxObserver.h"
 
 #include <algorithm>
-
-/** While one is in scope, observers keep their positions in the list. */
-class KxObservable::Notifying {
-public:
-    explicit Notifying(KxObservable& observable) : m_observable(observable) { ++m_observable.m_notifying; }
-    ~Notifying() {
-        if (--m_observable.m_notifying == 0) {
-            std::erase(m_observable.m_observers, nullptr);
-        }
-    }
-    Notifying(const Notifying&) = delete;
-    Notifying& operator=(const Notifying&) = delete;
-
-private:
-    KxObservable& m_observable;
-};
+#include <memory>
 
 KxObservable::~KxObservable() = default;
 
@@ -73,7 +58,13 @@ void KxObservable::notifyObservers(const KxHandle<KxObject>& about) {
     if (m_blocks != 0) {
         return;
     }
-    const Notifying notifying(*this);
+    ++m_notifying; // observers keep their positions in the list until this function ends
+    const auto end = [](KxObservable* self) {
+        if (--self->m_notifying == 0) {
+            std::erase(self->m_observers, nullptr);
+        }
+    };
+    const std::unique_ptr<KxObservable, decltype(end)> atEnd(this, end);
     const std::size_t count = m_observers.size();
     for (std::size_t i = 0; i < count; ++i) {
         if (m_observers[i] != nullptr) {

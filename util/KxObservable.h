@@ -38,8 +38,6 @@ public:
     void notifyObservers(const KxHandle<KxObject>& about = KxHandle<KxObject>());
 
 private:
-    class Notifying;
-
     std::size_t indexOf(const KxObserver& observer) const;
 
     mutable std::recursive_mutex m_mutex;

@@ -16,11 +16,6 @@ void KxOutputStream::writeNumber(Number number) {
 
 KxOutputStream::~KxOutputStream() = default;
 
-KxOutputStream& KxOutputStream::operator<<(int number) {
-    writeNumber(number);
-    return *this;
-}
-
 KxOutputStream& KxOutputStream::operator<<(long number) {
     writeNumber(number);
     return *this;

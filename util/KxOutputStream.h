@@ -61,7 +61,7 @@ public:
         write(c);
         return *this;
     }
-    KxOutputStream& operator<<(int number);
+    KxOutputStream& operator<<(int number) { return *this << static_cast<long>(number); }
     KxOutputStream& operator<<(unsigned number) { return *this << static_cast<unsigned long>(number); }
     KxOutputStream& operator<<(long number);
     KxOutputStream& operator<<(unsigned long number);

@@ -42,8 +42,8 @@ public:
     void remove(std::uint32_t hash, std::uint32_t place) {
         m_cells[findCell(hash, [place](std::uint32_t other) { return other == place; })] = ~m_numberBits;
         const std::uint32_t before = place == 0 ? 0 : m_gaps[place - 1];
-        const std::uint32_t behind = m_gaps[place + 1];
-        m_gaps[place - before] = m_gaps[place + behind] = before + 1 + behind;
+        const std::uint32_t after = m_gaps[place + 1];
+        m_gaps[place - before] = m_gaps[place + after] = before + 1 + after;
     }
 
 private:

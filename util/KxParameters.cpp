@@ -1,7 +1,6 @@
 #include "util/KxParameters.h"
 
-#include "core/MemAccount.h"
-#include "core/MemAllocator.h"
+#include "core/DefaultStaticMemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxByteScan.h"
 #include "util/KxInputStream.h"
@@ -9,6 +8,7 @@
 #include "util/KxPairIndex.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
@@ -29,11 +29,11 @@ const char* findQuoteEnd(const char* at, const char* end) {
     const auto next = [end](const char* from) {
         return kInStream ? KxBytes::findAny<'"', '\\', '\r', '\n'>(from, end) : KxBytes::findAny<'"', '\\'>(from, end);
     };
-    const auto behindPair = [end](const char* backslash) { // in a stream, a line end cannot be quoted
+    const auto afterEscape = [end](const char* backslash) { // in a stream, a line end cannot be quoted
         const char* const quoted = backslash + 1;
         return quoted == end || (kInStream && (*quoted == '\r' || *quoted == '\n')) ? quoted : quoted + 1;
     };
-    for (at = next(at); at != end && *at == '\\'; at = next(behindPair(at))) {
+    for (at = next(at); at != end && *at == '\\'; at = next(afterEscape(at))) {
     }
     return at;
 }
@@ -129,7 +129,7 @@ int KxParameters::compareWith(const KxObject& other) const {
 }
 
 std::uint32_t KxParameters::hashCode() const {
-    return getString().isNil() ? 0 : getString().getBuffer()->hashCode();
+    return static_cast<std::uint32_t>(std::hash<std::string_view>()(getString()));
 }
 
 void KxParameters::display(KxOutputStream& out, bool) const {
@@ -158,8 +158,8 @@ KxParameters::Iterator KxParameters::begin() const {
 }
 
 KxParameters::Iterator KxParameters::end() const {
-    const std::uint32_t behind = places();
-    return {pairs() + behind, hasIndex() ? m_block->index->gaps() + behind : nullptr};
+    const std::uint32_t last = places();
+    return {pairs() + last, hasIndex() ? m_block->index->gaps() + last : nullptr};
 }
 
 inline KxParameters::Pair* KxParameters::find(std::string_view name) {

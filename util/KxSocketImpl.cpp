@@ -1,5 +1,6 @@
 #include "util/KxSocketImpl.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -21,6 +22,7 @@ constinit const KxConstString s_lowerWs{"ws"};
 constinit const KxConstString s_lowerWss{"wss"};
 constinit const KxConstString s_lowerUnknown{"unknown"};
 
+/** By transport. */
 struct Names {
     const KxConstString& upper;
     const KxConstString& lower;
@@ -29,41 +31,25 @@ constexpr Names kNames[] = {{s_upperUdp, s_lowerUdp},   {s_upperTcp, s_lowerTcp}
                             {s_upperSctp, s_lowerSctp}, {s_upperWs, s_lowerWs},   {s_upperWss, s_lowerWss}};
 constexpr Names kUnknown = {s_upperUnknown, s_lowerUnknown};
 
-/** The characters in one number, with letters as lower case. Setting bit 0x20 gives a lower-case letter only for that
-    letter in either case. */
+/** The characters in one number, with letters as lower case: setting bit 0x20 gives a lower-case letter only for that
+    letter in either case. 0 for names that are too long. */
 constexpr std::uint32_t keyOf(std::string_view name) {
-    const auto at = [&](std::size_t i) { return std::uint32_t{static_cast<unsigned char>(name[i])} << (8 * i); };
-    switch (name.size()) {
-    case 2:
-        return at(0) | at(1) | 0x2020U;
-    case 3:
-        return at(0) | at(1) | at(2) | 0x202020U;
-    case 4:
-        return at(0) | at(1) | at(2) | at(3) | 0x20202020U;
-    default:
-        return 0;
+    std::uint32_t key = 0;
+    for (std::size_t i = 0; i < name.size() && name.size() <= sizeof key; ++i) {
+        key = key << 8 | static_cast<unsigned char>(name[i]) | 0x20U;
     }
+    return key;
 }
+constexpr std::uint32_t kKeys[] = {keyOf("udp"), keyOf("tcp"), keyOf("tls"), keyOf("sctp"), keyOf("ws"), keyOf("wss")};
 
 } // namespace
 
 Oskan::Fallible<KxSocketImpl::Transport> KxSocketImpl::parseTransport(std::string_view name) {
-    switch (keyOf(name)) {
-    case keyOf("udp"):
-        return UDP;
-    case keyOf("tcp"):
-        return TCP;
-    case keyOf("tls"):
-        return TLS;
-    case keyOf("sctp"):
-        return SCTP;
-    case keyOf("ws"):
-        return WS;
-    case keyOf("wss"):
-        return WSS;
-    default:
+    const auto* const found = std::find(std::begin(kKeys), std::end(kKeys), keyOf(name));
+    if (found == std::end(kKeys)) {
         return {};
     }
+    return static_cast<Transport>(found - std::begin(kKeys));
 }
 
 const KxString& KxSocketImpl::getTransportString(Transport transport, bool lowerCase) {

@@ -11,7 +11,7 @@ constexpr KxCharSet kLineEnd("\n");
 constexpr KxCharSet kWordEnd(" \t\r\n");
 
 /** Consumes the rest of the line and its line end; returns the line without the line end. */
-std::string_view takeLine(KxInputStream& in, KxScannedText& scanned) {
+std::string_view takeRestOfLine(KxInputStream& in, KxScannedText& scanned) {
     KxStreamTokenizer::sDiscardWhite(in);
     std::string_view line = scanned.until(in, kLineEnd);
     in.read();
@@ -56,15 +56,13 @@ bool copyToken(KxInputStream& in, const KxCharSet& delimiters, char* buffer, std
 } // namespace
 
 void KxStreamTokenizer::sDiscardLine(KxInputStream& in) {
-    int c = in.read();
-    while (c >= 0 && c != '\n') {
-        c = in.read();
+    for (int c = in.read(); c >= 0 && c != '\n'; c = in.read()) {
     }
 }
 
 KxString KxStreamTokenizer::sGetLine(KxInputStream& in) {
     KxScannedText scanned;
-    return KxString(takeLine(in, scanned));
+    return KxString(takeRestOfLine(in, scanned));
 }
 
 bool KxStreamTokenizer::sGetLine(KxInputStream& in, char* buffer, std::size_t size) {
@@ -73,7 +71,7 @@ bool KxStreamTokenizer::sGetLine(KxInputStream& in, char* buffer, std::size_t si
         return false;
     }
     KxScannedText scanned;
-    return copyOut(takeLine(in, scanned), buffer, size);
+    return copyOut(takeRestOfLine(in, scanned), buffer, size);
 }
 
 KxString KxStreamTokenizer::sGetToken(KxInputStream& in, const KxCharSet& delimiters) {

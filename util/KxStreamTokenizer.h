@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 /** Reads tokens, lines and numbers from a stream. White space is blanks and tabs. Lines end with LF; a CR before the LF
     belongs to the line end. These functions throw only when there is no memory. */

@@ -35,13 +35,12 @@ public:
     /** Whether the two strings have the same buffer or constant. */
     bool sharesWith(const KxString& other) const { return m_buffer == other.m_buffer; }
 
-    int compareWith(std::string_view other) const { return KxAscii::compare(view(), other); }
+    int compareWith(std::string_view other) const { return view().compare(other); }
     int compareNoCase(std::string_view other) const { return KxAscii::compareNoCase(view(), other); }
     bool equalsNoCase(std::string_view other) const { return KxAscii::equalsNoCase(view(), other); }
     /** The first position of `text` from `start` on; -1 when absent. */
     std::ptrdiff_t indexOf(std::string_view text, std::size_t start = 0) const;
     KxString substr(std::size_t start, std::size_t length) const;
-    KxString trimmed() const { return KxString(KxAscii::trim(view())); }
     KxString upper() const;
     KxString lower() const;
 
@@ -88,8 +87,10 @@ protected:
 class KX_UTIL_API KxConstString final : private KxConstStringStorage, public KxString {
 public:
     template <std::size_t N>
-    constexpr KxConstString(const char (&literal)[N])
-        : KxConstStringStorage(literal, N - 1), KxString(&m_room.constant) {}
+    constexpr KxConstString(const char (&literal)[N]) : KxConstString(literal, N - 1) {}
+    /** As above, from a NUL-terminated text that lives as long as the process. */
+    constexpr KxConstString(const char* text, std::size_t length)
+        : KxConstStringStorage(text, length), KxString(&m_room.constant) {}
     /** The constant itself, which must not be changed. */
     KxStringBuffer* constant() { return &m_room.constant; }
     KxConstString(const KxConstString&) = delete;

@@ -1,6 +1,6 @@
 #include "util/KxStringBuffer.h"
 
-#include "core/MemAllocator.h"
+#include "core/NoSizeMemAllocator.h"
 #include "util/KxBytes.h"
 #include "util/KxException.h"
 #include "util/KxInputStream.h"
@@ -8,6 +8,7 @@
 #include "util/KxScannedText.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -36,7 +37,6 @@ void KxStringBuffer::throwTooLong() {
     KxException::sThrow("text too long for a string");
 }
 
-/** Returns the length; throws if it is too long for a string. */
 inline std::size_t KxStringBuffer::checked(std::size_t length) {
     if (length > kLongest) {
         throwTooLong();
@@ -44,59 +44,54 @@ inline std::size_t KxStringBuffer::checked(std::size_t length) {
     return length;
 }
 
-template <class... Args>
-inline KxStringBuffer* KxStringBuffer::create(std::size_t capacity, Args... args) {
+/** A new buffer with one reference; the caller has still to write the text and its NUL. */
+inline KxStringBuffer* KxStringBuffer::create(std::size_t length, std::size_t capacity) {
     // a multiple of 8 bytes, so that the bytes that the pool would add are room for text
     static_assert(sizeof(KxStringBuffer) == 32);
     const std::size_t block = std::max(sizeof(KxStringBuffer), (kTextOffset + capacity + 1 + 7) & ~std::size_t{7});
-    void* const place = s_account.allocate(block);
-    return ::new (place) KxStringBuffer(static_cast<std::uint32_t>(block - kTextOffset - 1), args...);
-}
-
-KxStringBuffer* KxStringBuffer::create(std::string_view text) {
-    KxStringBuffer* const made = create(checked(text.size()));
-    *KxBytes::copy(made->inlineText(), text.data(), text.size()) = '\0';
-    made->m_length = static_cast<std::uint32_t>(text.size());
-    return made;
+    return ::new (s_account.allocate(block))
+        KxStringBuffer(static_cast<std::uint32_t>(block - kTextOffset - 1), length);
 }
 
 KxStringBuffer* KxStringBuffer::createHeld(std::string_view text) {
-    if (text.size() > KxBytes::kShortCopy) {
+    if (text.size() > KxBytes::kShortCopy) [[unlikely]] {
         return createHeldLong(text);
     }
-    KxStringBuffer* const made = create(text.size(), text.size(), Held::Tag);
+    KxStringBuffer* const made = create(text.size(), text.size());
     *KxBytes::copyShort(made->inlineText(), text.data(), text.size()) = '\0';
     return made;
 }
 
 KxStringBuffer* KxStringBuffer::createHeldLong(std::string_view text) {
-    KxStringBuffer* const made = create(checked(text.size()), text.size(), Held::Tag);
+    KxStringBuffer* const made = create(text.size(), checked(text.size()));
     *KxBytes::copy(made->inlineText(), text.data(), text.size()) = '\0';
     return made;
 }
 
 KxHandle<KxStringBuffer> KxStringBuffer::sCreate(const char* text, std::size_t length, std::size_t capacity) {
-    KxHandle<KxStringBuffer> made(create(checked(std::max(length, capacity))));
+    KxStringBuffer* const made = create(length, checked(std::max(length, capacity)));
     if (text != nullptr && length != 0) {
         std::memcpy(made->inlineText(), text, length);
     } else {
         std::memset(made->inlineText(), 0, length);
     }
     made->setLength(length);
-    return made;
+    return KxHandle<KxStringBuffer>(made, KxUncounted{});
 }
 
 KxStringBuffer* KxStringBuffer::clone() const {
-    return create(view());
+    KxStringBuffer* const copy = createHeld(view());
+    copy->Release(false);
+    return copy;
 }
 
 int KxStringBuffer::compareWith(const KxObject& other) const {
     const auto* const text = dynamic_cast<const KxStringBuffer*>(&other);
-    return text == nullptr ? KxObject::compareWith(other) : KxAscii::compare(view(), text->view());
+    return text == nullptr ? KxObject::compareWith(other) : view().compare(text->view());
 }
 
 int KxStringBuffer::compareWith(const char* text) const {
-    return KxAscii::compare(view(), viewOf(text));
+    return view().compare(viewOf(text));
 }
 
 int KxStringBuffer::compareNoCase(const char* text) const {
@@ -104,11 +99,7 @@ int KxStringBuffer::compareNoCase(const char* text) const {
 }
 
 std::uint32_t KxStringBuffer::hashCode() const {
-    std::uint32_t hash = 2166136261U; // FNV-1a
-    for (const char c : view()) {
-        hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
-    }
-    return hash;
+    return static_cast<std::uint32_t>(std::hash<std::string_view>()(view()));
 }
 
 void KxStringBuffer::display(KxOutputStream& out, bool) const {

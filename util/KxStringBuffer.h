@@ -95,17 +95,15 @@ private:
           m_length(static_cast<std::uint32_t>(length)),
           m_capacity(static_cast<std::uint32_t>(length) | kOutside),
           m_tail(literal) {}
-    explicit KxStringBuffer(std::uint32_t capacity) : m_length(0), m_capacity(capacity) {}
-    /** Made with one reference; the caller has still to write the text. */
-    KxStringBuffer(std::uint32_t capacity, std::size_t length, Held held)
-        : KxObject(held), m_length(static_cast<std::uint32_t>(length)), m_capacity(capacity) {}
+    KxStringBuffer(std::uint32_t capacity, std::size_t length)
+        : KxObject(Held::Tag), m_length(static_cast<std::uint32_t>(length)), m_capacity(capacity) {}
 
-    template <class... Args>
-    static KxStringBuffer* create(std::size_t capacity, Args... args);
-    static KxStringBuffer* create(std::string_view text);
+    static KxStringBuffer* create(std::size_t length, std::size_t capacity);
+    /** A copy of the text, with one reference. */
     static KxStringBuffer* createHeld(std::string_view text);
-    static KxStringBuffer* createHeldLong(std::string_view text);
+    [[gnu::noinline]] static KxStringBuffer* createHeldLong(std::string_view text);
     void destroySelf();
+    /** Returns the length; throws if it is too long for a string. */
     static std::size_t checked(std::size_t length);
     [[noreturn]] static void throwTooLong();
 

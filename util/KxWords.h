@@ -10,9 +10,6 @@ class KxStringBuffer;
     with the same word share one constant, and need no block of their own. A new word changes only the cost. */
 namespace KxWords {
 
-/** The constant for exactly this text, or null. */
-KX_UTIL_API KxStringBuffer* find(std::string_view text);
-
 /** The constant for this text, or a new buffer with a copy and one reference, which the caller takes over. */
 KX_UTIL_API KxStringBuffer* findOrCopy(std::string_view text);
 

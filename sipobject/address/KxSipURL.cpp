@@ -164,7 +164,7 @@ void KxSipURL::display(KxOutputStream& out, bool) const {
         out.write(':');
         out << m_port;
     }
-    m_parameters.serializeBehind(out);
+    m_parameters.serializeWithSemicolon(out);
     if (!m_headers.empty()) {
         out.write('?');
         bool first = true;

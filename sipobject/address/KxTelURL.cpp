@@ -44,7 +44,7 @@ KxString KxTelURL::getString() const {
 
 void KxTelURL::display(KxOutputStream& out, bool) const {
     out << "tel:" << m_number;
-    m_parameters.serializeBehind(out);
+    m_parameters.serializeWithSemicolon(out);
 }
 
 void KxTelURL::parse(KxInputStream& in) {

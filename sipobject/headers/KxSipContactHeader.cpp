@@ -34,7 +34,7 @@ KxSipFault KxSipContactHeader::parseValue(KxSipLine& line) {
 void KxSipContactHeader::serializeValue(KxOutputStream& out) const {
     if (m_wildCard) {
         out.write('*');
-        m_parameters.serializeBehind(out);
+        m_parameters.serializeWithSemicolon(out);
     } else {
         serializeAddress(out);
     }

@@ -29,7 +29,7 @@ protected:
             m_parameters.write().parse(line);
         }
     }
-    void serializeParameters(KxOutputStream& out) const { m_parameters.serializeBehind(out); }
+    void serializeParameters(KxOutputStream& out) const { m_parameters.serializeWithSemicolon(out); }
 
     KxLazyParameters m_parameters;
 };

@@ -30,5 +30,5 @@ KxSipFault KxSipReplacesHeader::parseValue(KxSipLine& line) {
 
 void KxSipReplacesHeader::serializeValue(KxOutputStream& out) const {
     out << m_callId;
-    m_parameters.serializeBehind(out);
+    m_parameters.serializeWithSemicolon(out);
 }

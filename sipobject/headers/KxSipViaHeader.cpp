@@ -137,7 +137,7 @@ void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
         out.write(':');
         out << m_port;
     }
-    m_parameters.serializeBehind(out);
+    m_parameters.serializeWithSemicolon(out);
     if (!m_comment.empty()) {
         out << " (" << m_comment << ')';
     }

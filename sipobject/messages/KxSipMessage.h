@@ -238,7 +238,7 @@ protected:
 
     private:
         Oskan::LogDeferral m_deferral; // first, so that it is destroyed last
-        KxMutexLock m_lock;
+        std::lock_guard<KxMutex> m_lock;
     };
 
     KxSipMessage();

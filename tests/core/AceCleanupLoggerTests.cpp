@@ -53,7 +53,7 @@ TEST(AceCleanupLoggerTest, RecordsCarryNameLevelSourceAndLine) {
     openEntry();
     s_logger.log(LogLevel::Warn, "100% as it stands", "KxAlpha", 33);
     s_childLogger.log(LogLevel::Error, "child");
-    s_logger.getLogger().getChild("Other").log(LogLevel::Fatal, "other child");
+    Oskan::Logger(s_logger.getName() + ".Other").log(LogLevel::Fatal, "other child");
     Oskan::Sip::getUAInteropLogger().log(LogLevel::Info, "interop");
     Oskan::Sip::getUAInteropMaxForwardsLogger().log(LogLevel::Info, "hops", "src", 1);
     const std::vector<LogRecord> expected{

@@ -1,7 +1,6 @@
 #include "core/Assertion.h"
 
 #include "LogCapture.h"
-#include "core/AceCleanupLogger.h"
 #include "core/DynCastAssert.h"
 #include "core/Fallible.h"
 #include "core/Logger.h"
@@ -15,8 +14,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {
-
-constinit Oskan::AceCleanupLogger s_logger{"KxAsserted"};
 
 /** Lets the dying child show what was logged. */
 void logToStderr() {
@@ -54,8 +51,6 @@ TEST_F(AssertionDeathTest, ReportsToLoggerAndStderrAndStops) {
          "Assertion failed: !m_Method.empty()");
     dies([] { Assertion(false, "a", Oskan::Logger("tandril.own"), "f", 1); }, "tandril.own",
          "Assertion failed: a, file f, line 1");
-    dies([] { Assertion(false, "b", s_logger, "f", 2); }, "tandril.kx.KxAsserted",
-         "Assertion failed: b, file f, line 2");
     EXPECT_DEATH(OSKAN_ASSERT(1 + 1 == 3), HasSubstr("1 + 1 == 3, file " __FILE__ ", line "));
 }
 

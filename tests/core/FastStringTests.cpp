@@ -1,4 +1,6 @@
 #include "core/FastString.h"
+#include "core/MemAccounts.h"
+#include "core/MemAllocatorFaults.h"
 
 #include <gtest/gtest.h>
 

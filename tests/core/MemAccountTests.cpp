@@ -1,4 +1,5 @@
 #include "core/MemAccount.h"
+#include "core/MemAccounts.h"
 
 #include "LogCapture.h"
 

@@ -1,4 +1,6 @@
-#include "core/MemAllocator.h"
+#include "core/DefaultStaticMemAllocator.h"
+#include "core/MemAccounts.h"
+#include "core/MemAllocatorFaults.h"
 #include "core/MemPool.h"
 
 #include <gtest/gtest.h>

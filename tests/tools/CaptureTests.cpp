@@ -211,8 +211,8 @@ TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
         {"malformed", CaptureBytes().add(packet).add("\x45").add(packet.substr(0, 22)).bytes(), 0, "sip:1@d",
          "2 malformed packets passed over"},
         {"cut by the snap length", CaptureBytes().add(body, 5).bytes(), 2, "!", "1 packet captured only in part"},
-        {"the file ends in a packet", good + good.substr(24, 30), 3, "sip:1@d", "damaged behind packet 1 ("},
-        {"a length from nowhere", good + std::string(16, '\xFF'), 3, "sip:1@d", "damaged behind packet 1 ("},
+        {"the file ends in a packet", good + good.substr(24, 30), 3, "sip:1@d", "damaged after packet 1 ("},
+        {"a length from nowhere", good + std::string(16, '\xFF'), 3, "sip:1@d", "damaged after packet 1 ("},
         {"header only", good.substr(0, 10), 3, "", "kxsip: cannot read -: the capture's header is damaged"},
         {"compressed", "\x1F\x8B\x08 and so on", 3, "", "gunzip -c FILE | kxsip COMMAND -"},
     };

@@ -1,5 +1,5 @@
 #include "util/KxMutex.h"
-#include "core/MemAccount.h"
+#include "core/MemAccounts.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ TEST(KxMutexThreadTest, OneThreadAtATime) {
     int count = 0;
     const auto work = [&] {
         for (int i = 0; i < 10000; ++i) {
-            const KxMutexLock lock(*mutex);
+            const std::lock_guard<KxMutex> lock(*mutex);
             ++count;
         }
     };

@@ -15,13 +15,14 @@
 namespace {
 
 constexpr const char* kFooter =
-    R"(Each line has four columns with tabs between them: the file, the message's number in it (0 for the first), the verdict
-and why. The verdicts:
-  valid       nothing is wrong; why is empty
-  incomplete  a header line was dropped; why tells its line in the message and what is wrong with it
+    R"(Each line has four columns, separated by tabs: the file, the number of the message in it (0 for the first), the verdict
+and the reason. The verdicts:
+  valid       nothing is wrong; the reason is empty
+  incomplete  a header line was dropped; the reason is the line's number in the message and what is wrong with it
   unusable    the message was kept, but can't be used
   refused     the message was not kept
-At the end standard error tells how many there were of each; it shows progress where it is a terminal.
+At the end the number of messages with each verdict is printed on standard error. If standard error is a terminal, it
+shows progress.
 
 Examples:
   kxsip check samples/*.sip samples/broken/*.sip | grep refused
@@ -109,7 +110,7 @@ Outcome check(const Options& options) {
 
 void addCheckCommand(CLI::App& app, Outcome& outcome) {
     const auto options = std::make_shared<Options>();
-    CLI::App* const command = app.add_subcommand("check", "Say of each message whether it is valid, a line a message");
+    CLI::App* const command = app.add_subcommand("check", "Print for each message whether it is valid, one line each");
     command->add_option("FILE", options->files, "Files of messages, or captures; \"-\" is standard input")
         ->type_name("")
         ->required();

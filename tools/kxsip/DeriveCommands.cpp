@@ -20,7 +20,7 @@
 namespace {
 
 constexpr const char* kFooter =
-    R"(Nothing is printed where the message can't be made; standard error says why, and the exit code is 2.
+    R"(If the message can't be made, nothing is printed; the reason is on standard error, and the exit code is 2.
 
 Example:
   kxsip )";

@@ -22,7 +22,8 @@
 namespace {
 
 constexpr const char* kAnswerFooter =
-    R"(The exit code is 2 where the message is no 401 or 407 with a challenge that can be answered; standard error says why.
+    R"(The exit code is 2 if the message is not a 401 or 407 with a challenge that can be answered; the reason is on standard
+error.
 
 Example:
   kxsip digest answer --user ida --password-file - --uri sip:example.com --qop auth --cnonce 0a4f113b \
@@ -30,7 +31,7 @@ Example:
 
 constexpr const char* kVerifyFooter =
     R"(Exit code: 0 the credentials are the user's, 1 they are not, 2 the message has none that can be verified, 3 a file can't
-be read. Whether nonce, uri and algorithm are the right ones is not looked at.
+be read. Whether nonce, uri and algorithm are the expected ones is not checked.
 
 Example:
   kxsip digest verify --user ida --password-file password --number 2 samples/register_digest.sip && echo yes)";

@@ -23,7 +23,7 @@ std::optional<std::string> faultOf(std::string_view line) {
 }
 
 /** Returns the position after the header line at `position` and its continuation lines. */
-std::size_t behindHeader(std::string_view message, std::size_t position) {
+std::size_t endOfHeader(std::string_view message, std::size_t position) {
     std::size_t end = message.find('\n', position);
     while (end != std::string_view::npos && end + 1 < message.size() &&
            (message[end + 1] == ' ' || message[end + 1] == '\t')) {
@@ -38,7 +38,7 @@ std::optional<FaultyLine> FaultyLine::sFind(std::string_view message) {
     std::size_t number = 2;
     std::size_t position = std::min(message.find('\n'), message.size() - 1) + 1;
     while (position < message.size()) {
-        const std::size_t end = behindHeader(message, position);
+        const std::size_t end = endOfHeader(message, position);
         const std::string_view line = message.substr(position, end - position);
         if (KxAscii::trim(line).empty()) {
             break;

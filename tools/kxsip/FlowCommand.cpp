@@ -4,6 +4,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Progress.h"
+#include "tools/kxsip/flow/CallBook.h"
 #include "tools/kxsip/flow/Drawing.h"
 #include "tools/kxsip/flow/TextLadder.h"
 
@@ -18,12 +19,12 @@
 namespace {
 
 constexpr const char* kFooter =
-    R"(Each call (all messages of a Call-ID) is a ladder: a column a host, a host that talks to itself a column a port; number
-and time of each message (seconds since the call began); "repeats 6" on a message with the bytes of message 6, a
-retransmission. A filter takes the calls with a message that it holds for, whole. On a terminal of another character
-set than UTF-8 the ladder is drawn in ASCII.
-With -o the ladders go to a file that needs no other: FILE.svg is one picture that shows each message when pointed at;
-FILE.html unfolds each message when clicked on.
+    R"(Each call (all messages of a Call-ID) is a ladder. Each host is a column; a host that sends to itself has a column for
+each port. Each message has its number and its time (seconds since the call began). A message with the same bytes as
+message 6 (a retransmission) has the remark "repeats 6". Filters select whole calls: those with a matching message. If
+the character set of the terminal is not UTF-8, the ladder is drawn in ASCII.
+With -o the ladders are drawn into a single, self-contained file: FILE.svg is one picture that shows each message when
+pointed at; FILE.html is a page that unfolds each message when clicked on.
 
 Examples:
   kxsip flow samples/captures/call_udp.pcap

@@ -11,8 +11,8 @@
 namespace {
 
 constexpr const char* kFooter =
-    R"(A message that was refused, or has no key, gives an empty line, so that the lines can be counted, and a note on
-standard error.
+    R"(A message that was refused or has no key gives an empty line, so that the lines can be counted, and a note on standard
+error.
 
 Example:
   kxsip key samples/call.sip | uniq -c)";
@@ -34,7 +34,7 @@ std::string keyOf(const ReadMessage& read) {
 
 void addKeyCommand(CLI::App& app, Outcome& outcome) {
     const auto files = std::make_shared<std::vector<std::string>>();
-    CLI::App* const command = app.add_subcommand("key", "Print each message's transaction key, a line a message");
+    CLI::App* const command = app.add_subcommand("key", "Print the transaction key of each message, one line each");
     command->add_option("FILE", *files, "Files of messages, or captures; \"-\" or none is standard input")
         ->type_name("");
     command->footer(kFooter);

@@ -18,7 +18,7 @@ std::string uriOf(const KxHandle<H>& header) {
     return header.isNil() ? "" : std::string(header->getURL().view());
 }
 
-std::string_view behindBlank(std::string_view text) {
+std::string_view afterBlank(std::string_view text) {
     const std::size_t blank = text.find(' ');
     return blank == std::string_view::npos ? std::string_view() : KxAscii::trim(text.substr(blank));
 }
@@ -40,16 +40,16 @@ std::string MessageFacts::label() const {
 void MessageFacts::takeText(const ReadMessage& read) {
     takeStartLine(HeaderScan::firstLine(read.text));
     if (isResponse()) {
-        method = behindBlank(HeaderScan::valueOf(read.text, "CSeq", 0).value_or(""));
+        method = afterBlank(HeaderScan::valueOf(read.text, "CSeq", 0).value_or(""));
     }
     callId = HeaderScan::valueOf(read.text, "Call-ID", 'i').value_or("");
 }
 
 void MessageFacts::takeStartLine(std::string_view line) {
     if (line.starts_with("SIP/")) {
-        const std::string_view rest = behindBlank(line);
+        const std::string_view rest = afterBlank(line);
         code = static_cast<int>(KxAscii::toNumber(rest.substr(0, 3)));
-        reason = behindBlank(rest);
+        reason = afterBlank(rest);
     } else {
         method = line.substr(0, line.find(' '));
     }

@@ -41,9 +41,9 @@ CLI::Option* addList(CLI::App& command, const char* name, std::vector<std::strin
 
 const char* const MessageFilter::sHelp =
     R"(Filters:
-  A list has commas in it, or the option stands several times; one of a list must hold, and every option that is given.
-  --method takes requests and the responses to them, --status responses only, --address what comes from there or goes
-  there (captures only). The exit code counts the messages that are taken.)";
+  Separate several values with commas, or repeat the option. A message is selected if it matches every option given, and
+  of each option at least one value. --method selects requests and the responses to them, --status only responses,
+  --address messages from or to the address (captures only). The exit code is that of the selected messages.)";
 
 void MessageFilter::addOptions(CLI::App& command) {
     addList(command, "--method", m_methods, "NAME", "Only these methods and the responses to them");

@@ -12,7 +12,7 @@
 namespace {
 
 /** Returns the beginning of the line after the one at `position`. */
-std::size_t behindLine(std::string_view bytes, std::size_t position) {
+std::size_t endOfLine(std::string_view bytes, std::size_t position) {
     const std::size_t end = bytes.find('\n', position);
     return end == std::string_view::npos ? bytes.size() : end + 1;
 }
@@ -21,11 +21,11 @@ std::size_t behindLine(std::string_view bytes, std::size_t position) {
     bytes if there is none. */
 std::size_t findStartLine(std::string_view bytes, std::size_t position) {
     while (position < bytes.size()) {
-        const std::size_t behind = behindLine(bytes, position);
-        if (looksLikeStartLine(bytes.substr(position, behind - position))) {
+        const std::size_t next = endOfLine(bytes, position);
+        if (looksLikeStartLine(bytes.substr(position, next - position))) {
             break;
         }
-        position = behind;
+        position = next;
     }
     return position;
 }
@@ -90,7 +90,7 @@ ReadMessage MessageReader::readHere() {
     const std::size_t begin = m_position;
     m_position += read.parse(m_bytes.substr(begin));
     if (read.isRefused()) {
-        m_position = findStartLine(m_bytes, std::max(m_position, behindLine(m_bytes, begin)));
+        m_position = findStartLine(m_bytes, std::max(m_position, endOfLine(m_bytes, begin)));
     }
     read.text = m_bytes.substr(begin, m_position - begin);
     read.unread = m_bytes.size() - m_position;

@@ -4,11 +4,6 @@
 #include <cstdio>
 #include <ctime>
 
-std::string Endpoint::text() const {
-    const bool isV6 = address.find(':') != std::string::npos;
-    return (isV6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
-}
-
 std::string utcText(std::chrono::microseconds time) {
     const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
     const std::time_t whole = seconds.count();

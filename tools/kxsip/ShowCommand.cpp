@@ -15,24 +15,24 @@
 namespace {
 
 constexpr const char* kFooter = R"(Captures (pcap, pcapng):
-  SIP is found on any port, in UDP and TCP, IPv4 and IPv6; fragments and segments are put together. Each message comes
-  with its time (UTC) and addresses.
+  SIP is found on any port, in UDP and TCP, IPv4 and IPv6; fragments and segments are put together. The time (UTC) and
+  the addresses of each message are printed too.
 
 Several messages in one file:
-  Line ends in front of a message are skipped; in a file that holds nothing else they are a keep-alive, which is
-  reported. Behind a message and its body the next one begins at once; without a Content-Length the rest of the file
-  is the body. Behind a message that was refused the next one begins at the first line that looks like a start line
-  ("METHOD uri SIP/2.0" or "SIP/2.0 200"): the search begins where reading stopped, but never in the first line of
-  the refused message. All bytes up to there count as the refused message's.
+  Line ends before a message are skipped; in a file that holds nothing else they are a keep-alive, which is reported.
+  The next message begins directly after the body; without a Content-Length the rest of the file is the body. After a
+  refused message the next one begins at the first line that looks like a start line ("METHOD uri SIP/2.0" or
+  "SIP/2.0 200"). The search begins where reading stopped, but never in the first line of the refused message. All
+  bytes up to there belong to the refused message.
 
 JSON:
   file, index (0 for the first message of the file), kind ("request", "response" or null), method, uri, code, reason,
-  version, status (null when the message was refused), valid, key (of the transaction; null where there is none),
-  error (null, or class and text of the exception), headers (in written order, one
-  object a value: id, name, class, value), body_bytes, unread_bytes (those of the file behind this message; in a
-  capture, of the datagram), line (of the file, where the message begins; null in a capture), and null but in a capture:
-  time ("2026-11-21T13:22:21.935691Z"), transport ("UDP" or "TCP"), source and destination (objects of address and
-  port). What is not UTF-8 becomes U+FFFD.
+  version, status (null when the message was refused), valid, key (of the transaction; null if there is none), error
+  (null, or class and text of the exception), headers (in written order, one object for each value: id, name, class,
+  value), body_bytes, unread_bytes (the bytes of the file, or of a capture's datagram, after this message), line (of the
+  file, where the message begins; null in a capture). Null except in a capture: time ("2026-11-21T13:22:21.935691Z"),
+  transport ("UDP" or "TCP"), source and destination (objects of address and port). Bytes that are not UTF-8 become
+  U+FFFD.
 
 Examples:
   kxsip show --status 4xx,5xx samples/captures/call_udp.pcap
@@ -72,9 +72,10 @@ void addShowCommand(CLI::App& app, Outcome& outcome) {
     CLI::App* const command = app.add_subcommand("show", "Read messages and print what the library makes of them");
     command->add_option("FILE", options->files, "Files of messages, or captures; \"-\" or none is standard input")
         ->type_name("");
-    CLI::Option* const wire = command->add_flag("--wire", options->wire, "Print the bytes that are written again");
+    CLI::Option* const wire =
+        command->add_flag("--wire", options->wire, "Print the bytes that the library writes for the message");
     CLI::Option* const json =
-        command->add_flag("--json", options->json, "Print one JSON object a line for each message");
+        command->add_flag("--json", options->json, "Print one JSON object per line, one for each message");
     json->excludes(wire);
     command->add_flag("--log", options->log, "Print what a host's log shows of the message")
         ->excludes(wire)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/MemAccount.h"
+#include "core/MemAccounts.h"
 #include "sipobject/messages/KxSipRequest.h"
 #include "tests/core/LogCapture.h"
 #include "tests/util/Streams.h"

@@ -130,8 +130,8 @@ std::vector<std::string> CaptureReader::notes() const {
     note(m_streams.gaps(), "gap in a TCP stream, what it cuts off is read as far as it is there",
          "gaps in TCP streams, what they cut off is read as far as it is there");
     if (!m_capture.damage().empty()) {
-        notes.push_back("the capture is damaged behind packet " + std::to_string(m_packets) + " (" +
-                        m_capture.damage() + "); what comes before it was read");
+        notes.push_back("the capture is damaged after packet " + std::to_string(m_packets) + " (" + m_capture.damage() +
+                        "); what comes before it was read");
     } else if (m_index == 0) {
         notes.push_back("no SIP message in " + counted(m_packets, "packet", "packets") +
                         "; SIP over TLS can't be read");

@@ -1,35 +1,12 @@
 #pragma once
 
-#include "tools/kxsip/MessageFacts.h"
+#include "tools/kxsip/flow/Column.h"
+#include "tools/kxsip/flow/Step.h"
 
-#include <map>
-#include <set>
+#include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
-
-/** A message of a ladder. */
-struct Step {
-    MessageFacts facts;
-    Origin origin;
-    std::size_t index = 0; ///< Number of the message among all that were read.
-    std::string text;      ///< Its bytes.
-    std::string error;     ///< Why the library refused it; empty if it did not.
-    std::size_t from = 0;  ///< Index of the column.
-    std::size_t to = 0;
-    std::optional<std::size_t> repeats; ///< Index of the first message with the same bytes, source and destination.
-
-    /** Returns remarks for the label: "to PRACK", "SDP", "repeats 3", "refused". */
-    std::string remark() const;
-};
-
-/** A column of a ladder: a host, or a port of a host that sends to itself. */
-struct Column {
-    std::string name;
-    std::set<std::uint16_t> ports; ///< The ports that were used; empty if the name has the port.
-
-    /** Returns "port 5060" or "3 ports"; empty if the name has the port. */
-    std::string portText() const;
-};
 
 /** All messages of one Call-ID, ordered by time. */
 struct Call {
@@ -49,26 +26,6 @@ struct Call {
 
 private:
     const Step* finalResponse() const;
-};
-
-/** Sorts messages into calls by their Call-ID. */
-class CallBook {
-public:
-    /** Adds a message, which must come from a capture. A call is drawn if one of its messages is wanted. */
-    void add(const ReadMessage& read, bool isWanted);
-
-    /** Returns the calls with a wanted message, in the order in which they began. */
-    std::vector<Call> finish();
-
-private:
-    struct Entry {
-        Call call;
-        bool isWanted = false;
-    };
-
-    std::vector<Entry> m_entries;
-    std::map<std::string, std::size_t> m_index; ///< By Call-ID.
-    std::size_t m_count = 0;                    ///< Number of messages.
 };
 
 /** Returns "2026-11-21 13:22:21.935 UTC". */

@@ -63,14 +63,14 @@ void writeHeader(std::ostream& out, std::string_view line) {
 
 /** Writes the start line in bold, header names faint and the body unchanged. */
 void writeMessage(std::ostream& out, std::string_view text) {
-    const auto takeLine = [&text] {
+    const auto nextLine = [&text] {
         const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
         text.remove_prefix(line.size());
         return line;
     };
-    out << "<b>" << Utf8::escaped(takeLine()) << "</b><span>";
+    out << "<b>" << Utf8::escaped(nextLine()) << "</b><span>";
     while (!text.empty() && text.front() != '\r' && text.front() != '\n') {
-        writeHeader(out, takeLine());
+        writeHeader(out, nextLine());
     }
     out << Utf8::escaped(text) << "</span>";
 }

@@ -1,6 +1,9 @@
-#include "core/FastString.h"
+#include "core/FastStringBase.h"
+
+#include "core/MemAccount.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 
 namespace Oskan {
@@ -13,8 +16,9 @@ constinit MemAccount s_account{"FastStringAccount"};
 
 void FastStringBase::grow(std::size_t more) {
     const std::size_t used = length();
-    if (more > PTRDIFF_MAX / 2 - used)
+    if (more > PTRDIFF_MAX / 2 - used) {
         throw std::bad_alloc();
+    }
     const std::size_t room = std::max(used + more, 2 * capacity());
     char* const text = static_cast<char*>(s_account.allocate(room + 1));
     std::memcpy(text, m_begin, used);
@@ -36,8 +40,9 @@ void FastStringBase::appendGrowing(const char* text, std::size_t length) {
 }
 
 void FastStringBase::freeHeap() noexcept {
-    if (m_onHeap)
+    if (m_onHeap) {
         s_account.deallocate(m_begin);
+    }
 }
 
 } // namespace Oskan

@@ -1,4 +1,4 @@
-#include "core/Fallible.h"
+#include "core/FallibleBase.h"
 
 #include "core/Assertion.h"
 

@@ -1,4 +1,4 @@
-#include "core/DynCastAssert.h"
+#include "core/DynCastAssertNoT.h"
 
 #include "core/Assertion.h"
 
