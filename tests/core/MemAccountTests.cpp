@@ -8,9 +8,9 @@
 
 namespace {
 
-using MemAccountDeathTest = DeathTest; // in a process of its own, since accounts are never taken away
+using MemAccountDeathTest = DeathTest; // in its own process, since accounts are never removed
 
-/** Every account of which `blocks` blocks are in use. */
+/** The names of the accounts that have `blocks` blocks in use. */
 std::string accountsOf(std::int64_t blocks) {
     std::string names;
     for (const Oskan::MemAccountUsage& each : Oskan::MemAccounts::sList())
@@ -18,7 +18,7 @@ std::string accountsOf(std::int64_t blocks) {
     return names.substr(names.find_first_not_of(' '));
 }
 
-/** Uses 100 accounts where there is room for 63, and tells how they were counted. */
+/** Uses 100 accounts in a table of 63, and returns whether they were counted correctly. */
 std::string useManyAccounts() {
     std::deque<std::string> names;
     std::deque<Oskan::MemAccount> accounts;
