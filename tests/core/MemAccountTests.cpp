@@ -6,12 +6,10 @@
 #include <deque>
 #include <iostream>
 
-namespace {
-
 using MemAccountDeathTest = DeathTest; // in its own process, since accounts are never removed
 
 /** The names of the accounts that have `blocks` blocks in use. */
-std::string accountsOf(std::int64_t blocks) {
+static std::string accountsOf(std::int64_t blocks) {
     std::string names;
     for (const Oskan::MemAccountUsage& each : Oskan::MemAccounts::sList())
         names.append(each.usage.liveObjects == blocks ? each.name : "").append(" ");
@@ -19,7 +17,7 @@ std::string accountsOf(std::int64_t blocks) {
 }
 
 /** Uses 100 accounts in a table of 63, and returns whether they were counted correctly. */
-std::string useManyAccounts() {
+static std::string useManyAccounts() {
     std::deque<std::string> names;
     std::deque<Oskan::MemAccount> accounts;
     std::deque<void*> blocks;
@@ -38,8 +36,6 @@ std::string useManyAccounts() {
         accounts[i / 3].deallocate(blocks[i]);
     return Oskan::MemAccounts::sGetUsage("(other accounts)").liveBytes == 0 ? "counted" : "not given back";
 }
-
-} // namespace
 
 TEST_F(MemAccountDeathTest, AccountsBeyondTheTableAreCountedTogether) {
     EXPECT_EXIT((std::cerr << useManyAccounts(), std::_Exit(0)), testing::ExitedWithCode(0), "^counted$");

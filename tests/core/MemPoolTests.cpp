@@ -225,16 +225,12 @@ TEST(MemPoolThreadTest, ManyThreadsAtOnce) {
 }
 
 #ifndef KX_PLAIN_MALLOC
-namespace {
-
-std::int64_t residentBytes() {
+static std::int64_t residentBytes() {
     std::int64_t total = 0;
     std::int64_t resident = 0;
     std::ifstream("/proc/self/statm") >> total >> resident;
     return resident * sysconf(_SC_PAGESIZE);
 }
-
-} // namespace
 
 TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
     static constinit MemAccount s_account{"pool.resident"};

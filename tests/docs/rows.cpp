@@ -90,7 +90,6 @@ std::string lines(const std::string& more) {
     return "status " + std::to_string(message->getStatus()) + (rest.empty() ? "" : ": " + shown(rest));
 }
 
-/** A whole message. */
 std::string message(const std::string& text) {
     return "status " + std::to_string(messageFrom(text)->getStatus());
 }

@@ -21,7 +21,6 @@ TEST(ViaHeaderTest, Reads) {
          "Via: SIP/2.0/TCP host:5070;branch=z9hG4bKabc;rport"},
         {"Via:XYZ/9/wss\thost", "XYZ|9|WSS|host|-||", "Via: XYZ/9/WSS host"},
         {"Via: a,b;c/(d)\"/TLS h", "a,b;c|(d)\"|TLS|h|-||"},
-        // ports
         {"Via: SIP/2.0/UDP h : 5070 :5071x", "SIP|2.0|UDP|h|5071||", "Via: SIP/2.0/UDP h:5071"},
         {"Via: SIP/2.0/UDP h:", "SIP|2.0|UDP|h|0||", "Via: SIP/2.0/UDP h:0"},
         // comments are written after the parameters, where they are read as part of the last one
@@ -29,7 +28,6 @@ TEST(ViaHeaderTest, Reads) {
          "Via: SIP/2.0/UDP h;x (a;b)"},
         {"Via: SIP/2.0/UDP h(a)( b,\";)(:)5:6", "SIP|2.0|UDP|h|-|:|", "Via: SIP/2.0/UDP h (:)"},
         {"Via: SIP/2.0/UDP h (open", "SIP|2.0|UDP|h|-|open|", "Via: SIP/2.0/UDP h (open)"},
-        // parameters
         {"Via: SIP/2.0/UDP h;ttl=255;X=\"a;b\";;x=2; hidden ;maddr = 1.2.3.4",
          "SIP|2.0|UDP|h|-||ttl=255;X=2;hidden;maddr=1.2.3.4", "Via: SIP/2.0/UDP h;ttl=255;X=2;hidden;maddr=1.2.3.4"},
         {"Via: SIP/2.0/UDP h;x=\"1, SIP/2.0/UDP g;y=\"", "SIP|2.0|UDP|h|-||x=\"1 & SIP|2.0|UDP|g|-||y=\"",
@@ -87,7 +85,6 @@ TEST(ViaHeaderTest, ComparesSentProtocolAndSentBy) {
     EXPECT_FALSE(via->compare({}));
     EXPECT_TRUE(via->compare(viaOf("SIP/2.0/udp host:5060 (c);branch=1")));
     for (const char* other :
-         {"SIP/2.0/TCP host", "SIP/2.0/UDP Host", "SIP/2.0/UDP host:5061", "SIP/2/UDP host", "sip/2.0/UDP host"}) {
+         {"SIP/2.0/TCP host", "SIP/2.0/UDP Host", "SIP/2.0/UDP host:5061", "SIP/2/UDP host", "sip/2.0/UDP host"})
         EXPECT_FALSE(via->compare(viaOf(other))) << other;
-    }
 }

@@ -22,9 +22,8 @@ using HostClassDeathTest = DeathTest;
 TEST(HostClassTest, MessagesAndHeadersAreAskedForTheirClass) {
     const auto request = KxMake<HostRequest>();
     for (const char* const line :
-         {"Via: SIP/2.0/UDP h", "From: <sip:a>", "To: <sip:b>", "CSeq: 7 ANY", "Call-ID: c", "Content-Length: 0"}) {
+         {"Via: SIP/2.0/UDP h", "From: <sip:a>", "To: <sip:b>", "CSeq: 7 ANY", "Call-ID: c", "Content-Length: 0"})
         request->addHeader(readHeader(line), false);
-    }
     EXPECT_EQ(outcomeOf([&] { request->checkValidity(); }), "");
     EXPECT_EQ(request->createKey(), "b5060a5060h0c7");
 

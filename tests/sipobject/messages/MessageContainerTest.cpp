@@ -49,6 +49,7 @@ TEST(MessageContainerTest, AddingTwiceIsNotedAndChangesNothing) {
 TEST(MessageContainerTest, FindsByKindOrByTheNameThatIsWritten) {
     const auto message = messageOf({"l: 5", "REQUIRE: a", "x: 90", "k: t"});
     EXPECT_TRUE(message->getHeader("Content-Length").isNil());
+    ASSERT_FALSE(message->getHeader("L").isNil());
     EXPECT_EQ(lineOf(*message->getHeader("L")), "l: 5");
     EXPECT_EQ(lineOf(*message->getSupportedHeader()), "k: t");
     EXPECT_EQ(lineOf(*message->getSessionExpiresHeader()), "x: 90");

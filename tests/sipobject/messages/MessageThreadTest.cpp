@@ -44,7 +44,8 @@ struct ChangingLog : LogCapture {
 
 /** A message that all threads read, and what they must get from it and from copies of it. */
 struct Constant {
-    explicit Constant(const Message& read) : message(read), text(written(*read)) {
+    explicit Constant(const Message& read)
+        : message(read), text(written(*read)), key(read->createKey()), response(derivedText(read, "response 200")) {
         for (const std::vector<Operation>& operations : {kSharedOperations, kOtherOperations})
             for (const Operation& operation : operations)
                 outcomes.emplace_back(operation, outcomeOn(copyOf(*message), operation));
@@ -57,12 +58,14 @@ struct Constant {
         EXPECT_EQ(outcomeOn(copyOf(*message), operation), outcome) << operation.name;
         EXPECT_EQ(written(*message), text);
         EXPECT_EQ(written(*readMessage(text)), text);
-        static_cast<void>(message->createKey());
-        static_cast<void>(derivedText(message, "response 200"));
+        EXPECT_EQ(message->createKey(), key);
+        EXPECT_EQ(derivedText(message, "response 200"), response);
     }
 
     const Message message;
     const std::string text;
+    const KxString key;
+    const std::string response;
     std::vector<std::pair<Operation, std::string>> outcomes;
 };
 
