@@ -1,5 +1,6 @@
-// exhaust NAME [FILE...]: runs the fuzz target of that name over the text of each file, after random bytes. Without files
-// it runs the target over every short text of an alphabet and over random texts. The first byte says what the target does.
+// exhaust NAME [FILE...]: runs the fuzz target of that name. With files, it runs the target over the text of each, after
+// random bytes; without files, over every short text of an alphabet and over random texts. The first byte of an input
+// tells the target what to do.
 
 #include "tests/util/Streams.h"
 

@@ -72,5 +72,5 @@ public:
     std::vector<LogRecord> records;
 
 private:
-    std::mutex m_mutex; // log4cplus has one too, which the thread sanitizer is told not to look at
+    std::mutex m_mutex; // the thread sanitizer does not see that of log4cplus
 };
