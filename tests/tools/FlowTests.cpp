@@ -109,7 +109,7 @@ TEST(FlowTest, PicturesHoldWhateverTheMessageHolds) {
         EXPECT_EQ(count(picture, "class=\"step req again\""), 69);
         EXPECT_EQ(count(picture, "class=\"step bad\""), 1);
         const bool isHtml = name == std::string_view("a.html");
-        EXPECT_EQ(count(picture, isHtml ? "<details" : ">192.0.2.1<"), isHtml ? 140 : 5); // repeated after every thirty messages
+        EXPECT_EQ(count(picture, isHtml ? "<details" : ">192.0.2.1<"), isHtml ? 140 : 5); // once per thirty messages
     }
 }
 
