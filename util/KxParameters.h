@@ -27,7 +27,7 @@ public:
     /** Iterates over the pairs in insertion order. */
     class Iterator {
     public:
-        using iterator_category = std::forward_iterator_tag;
+        using iterator_category = std::bidirectional_iterator_tag;
         using value_type = Pair;
         using difference_type = std::ptrdiff_t;
         using pointer = const Pair*;
@@ -46,9 +46,23 @@ public:
             }
             return *this;
         }
+        Iterator& operator--() {
+            --m_pair;
+            if (m_gap != nullptr) {
+                const std::uint32_t gap = *--m_gap;
+                m_pair -= gap;
+                m_gap -= gap;
+            }
+            return *this;
+        }
         Iterator operator++(int) {
             const Iterator before = *this;
             ++*this;
+            return before;
+        }
+        Iterator operator--(int) {
+            const Iterator before = *this;
+            --*this;
             return before;
         }
         friend bool operator==(const Iterator& a, const Iterator& b) { return a.m_pair == b.m_pair; }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "util/KxBytes.h"
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
 
@@ -22,40 +21,6 @@ public:
             return taken;
         }
         return copyUntil(in, delimiters);
-    }
-
-    /** As above, for a few delimiters that are far apart: faster over long text. */
-    template <char... kDelimiters>
-    [[gnu::always_inline]] std::string_view until(KxInputStream& in) {
-        if (in.isWhole()) {
-            const std::string_view window = in.window();
-            const char* const end =
-                KxBytes::findAny<kDelimiters...>(window.data(), window.data() + window.size(), in.readableEnd());
-            const std::string_view taken(window.data(), static_cast<std::size_t>(end - window.data()));
-            in.consume(taken.size());
-            return taken;
-        }
-        static constexpr char kSet[] = {kDelimiters...};
-        return copyUntil(in, KxCharSet(std::string_view(kSet, sizeof kSet)));
-    }
-
-    /** Skips white space, then as `until`. */
-    [[gnu::always_inline]] std::string_view token(KxInputStream& in, const KxCharSet& delimiters) {
-        skipSpace(in);
-        return until(in, delimiters);
-    }
-
-    /** Consumes white space: blanks, tabs, line ends, form feeds. */
-    static void skipSpace(KxInputStream& in) {
-        do {
-            const std::string_view window = in.window();
-            const char* const end = window.data() + window.size();
-            const char* const at = KxAscii::skipSpace(window.data(), end);
-            in.consume(static_cast<std::size_t>(at - window.data()));
-            if (at != end) {
-                return;
-            }
-        } while (in.fill());
     }
 
 private:

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <thread>
+#include <tuple>
 
 using Oskan::AceCleanupLogger;
 using Oskan::EntryTraceScope;
@@ -27,12 +28,12 @@ void openEntry() {
     EntryTraceScope scope(s_quietLogger, "entry");
 }
 
-/** The root when the name is empty. */
+/** The root if the name is empty. */
 log4cplus::Logger log4(const std::string& name) {
     return name.empty() ? log4cplus::Logger::getRoot() : log4cplus::Logger::getInstance(name);
 }
 
-/** Uses its logger when the process has released it: the run fails if that crashes. */
+/** Uses loggers after the process has released them: the run fails if that crashes. */
 struct LogsAtExit {
     ~LogsAtExit() {
         openEntry();
@@ -76,13 +77,8 @@ TEST(AceCleanupLoggerTest, LevelChangedThroughLog4cplusHoldsFromTheNextEntry) {
             EXPECT_EQ(s_childLogger.isEnabled(level), level >= lowestOfChild) << i;
         }
     };
-    struct Row {
-        const char* name;
-        int level;
-        LogLevel lowest;
-        LogLevel lowestOfChild;
-    };
-    for (const Row& row : std::initializer_list<Row>{
+    for (const auto& [name, level, lowest, lowestOfChild] :
+         std::initializer_list<std::tuple<const char*, int, LogLevel, LogLevel>>{
              {"", 30000, LogLevel::Warn, LogLevel::Warn},
              {"tandril.kx", 20000, LogLevel::Info, LogLevel::Info},
              {"tandril", 50000, LogLevel::Info, LogLevel::Info},
@@ -91,9 +87,9 @@ TEST(AceCleanupLoggerTest, LevelChangedThroughLog4cplusHoldsFromTheNextEntry) {
              {"tandril.kx.KxAlpha", 0, LogLevel::Trace, LogLevel::Trace},
              {"tandril.kx.KxAlpha.UnknownTransportInContact", 40000, LogLevel::Trace, LogLevel::Error},
          }) {
-        SCOPED_TRACE(std::string(row.name) + ' ' + std::to_string(row.level));
-        log4(row.name).setLogLevel(row.level);
-        expectLowest(row.lowest, row.lowestOfChild);
+        SCOPED_TRACE(std::string(name) + ' ' + std::to_string(level));
+        log4(name).setLogLevel(level);
+        expectLowest(lowest, lowestOfChild);
     }
     log4cplus::Logger::getDefaultHierarchy().disable(log4cplus::INFO_LOG_LEVEL);
     expectLowest(LogLevel::Warn, LogLevel::Error);
@@ -147,33 +143,29 @@ TEST_F(AceCleanupLoggerDeathTest, UseAfterReleaseDoesNothing) {
 
 TEST(AceCleanupLoggerThreadTest, LoggersAreMadeAndLevelsChangedWhileOthersWork) {
     const LogCapture capture; // log4cplus calls an appender from one thread at a time
-    // As the loggers of classes, these are never destroyed.
-    static std::vector<AceCleanupLogger*>& loggers = *new std::vector<AceCleanupLogger*>;
+    static std::vector<AceCleanupLogger*>& loggers = *new std::vector<AceCleanupLogger*>; // never destroyed
     log4("tandril.kx.KxNo7"); // made by the host, before a class uses it
     for (int i = 0; i < 40; ++i)
         loggers.push_back(new AceCleanupLogger((new std::string("KxNo" + std::to_string(i)))->c_str()));
     std::atomic<bool> stop{false};
     std::vector<std::jthread> threads;
-    for (int t = 0; t < 3; ++t) {
+    for (int t = 0; t < 3; ++t)
         threads.emplace_back([&] {
-            while (!stop) {
+            while (!stop)
                 for (const AceCleanupLogger* logger : loggers) {
                     openEntry();
                     logger->log(LogLevel::Warn, "while levels change");
                 }
-            }
         });
-    }
     for (int i = 0; i < 300; ++i)
         log4(i % 3 ? "tandril.kx" : "tandril.kx.KxNo7").setLogLevel(i % 2 ? 30000 : 40000);
     stop = true;
     threads.clear();
-    for (const AceCleanupLogger* logger : loggers) {
+    for (const AceCleanupLogger* logger : loggers)
         for (const int level : {40000, 0, -1}) {
             log4(logger->getName()).setLogLevel(level);
             openEntry();
             ASSERT_EQ(logger->isEnabled(LogLevel::Debug), level == 0) << logger->getName();
             ASSERT_EQ(logger->isEnabled(LogLevel::Warn), level != 40000) << logger->getName();
         }
-    }
 }

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace Oskan;
@@ -28,30 +29,25 @@ TEST(ParameterInfoDBTest, RefusesEmptyAndRepeatedNames) {
 TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
     ParameterInfoDB::getNonConstInstance().addParameter("test.on", ParameterInfo::Type::Boolean, "true", "");
     ParameterInfoDB::getNonConstInstance().addParameter("test.off", ParameterInfo::Type::Boolean, "false", "");
-    const struct {
-        const char* name;
-        const char* set; ///< Nil: not set.
-        bool isKnown;
-        bool value;
-    } rows[] = {
-        {"test.unknown", nullptr, false, false}, {"test.on", nullptr, true, true},
-        {"test.off", nullptr, true, false},      {"test.off", "TrUe", true, true},
-        {"test.on", "FALSE", true, false},       {"test.on", "yes", false, false},
-        {"test.on", "", false, false},           {"test.on", "true ", false, false},
-        {"test.on", "tru", false, false},        {"test.unregistered", "true", true, true},
-        {"test.on", nullptr, true, true}, // back to its default
+    // name, set to (null: not set), whether that can be read, value
+    const std::tuple<const char*, const char*, bool, bool> rows[] = {
+        {"test.unknown", nullptr, false, false},   {"test.off", nullptr, true, false},
+        {"test.off", "TrUe", true, true},          {"test.on", "FALSE", true, false},
+        {"test.on", "yes", false, false},          {"test.on", "", false, false},
+        {"test.on", "true ", false, false},        {"test.on", "tru", false, false},
+        {"test.unregistered", "true", true, true}, {"test.on", nullptr, true, true}, // back to its default
     };
     GlobalConfig& config = GlobalConfig::getInstance();
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.name) + "=" + (row.set ? row.set : "(default)"));
-        if (row.set)
-            config.set(row.name, row.set);
+    for (const auto& [name, set, isKnown, expected] : rows) {
+        SCOPED_TRACE(std::string(name) + "=" + (set ? set : "(default)"));
+        if (set)
+            config.set(name, set);
         for (const bool before : {false, true}) {
             bool value = before;
-            EXPECT_EQ(config.getBool(row.name, value), row.isKnown);
-            EXPECT_EQ(value, row.isKnown ? row.value : before);
+            EXPECT_EQ(config.getBool(name, value), isKnown);
+            EXPECT_EQ(value, isKnown ? expected : before);
         }
-        config.unset(row.name);
+        config.unset(name);
     }
 }
 
@@ -76,14 +72,11 @@ TEST(SingletonRegistryThreadTest, ThreadsGetTheSameObject) {
     std::vector<int*> seen(4);
     {
         std::vector<std::jthread> threads;
-        for (int*& slot : seen) {
+        for (int*& slot : seen)
             threads.emplace_back([&made, &slot] {
-                slot = SingletonRegistry::getInstance().getOrCreate<int>("s.thread", [&] {
-                    ++made;
-                    return std::make_unique<int>(1);
-                });
+                slot = SingletonRegistry::getInstance().getOrCreate<int>("s.thread",
+                                                                         [&] { return std::make_unique<int>(++made); });
             });
-        }
     }
     EXPECT_EQ(made, 1);
     EXPECT_EQ(seen, std::vector<int*>(4, seen[0]));

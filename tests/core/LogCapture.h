@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-/** Of death tests: log4cplus has threads, which a forked child would lack and, at its exit, wait for. */
+/** For death tests: a forked child has no log4cplus threads, but waits for them at its exit. */
 class DeathTest : public testing::Test {
 protected:
     DeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -30,7 +30,7 @@ struct LogRecord {
     bool operator==(const LogRecord&) const = default;
 };
 
-/** Hands every record to a function. */
+/** Passes every record to a function. */
 class FunctionAppender : public log4cplus::Appender {
 public:
     explicit FunctionAppender(std::function<void(const LogRecord&)> function) : m_function(std::move(function)) {}
@@ -46,18 +46,19 @@ private:
     std::function<void(const LogRecord&)> m_function;
 };
 
-/** Attaches an appender to a logger while in scope, and puts all of log4cplus back into its first state after. */
+/** Attaches an appender to a logger while in scope; the destructor resets all of log4cplus. */
 class LogCapture {
 public:
-    explicit LogCapture(log4cplus::Logger logger = log4cplus::Logger::getRoot()) {
-        logger.addAppender(log4cplus::SharedAppenderPtr(new FunctionAppender([this](const LogRecord& record) {
-            const std::lock_guard lock(m_mutex);
-            records.push_back(record);
-        })));
+    explicit LogCapture(log4cplus::Logger logger, std::function<void(const LogRecord&)> function) {
+        logger.addAppender(log4cplus::SharedAppenderPtr(new FunctionAppender(std::move(function))));
     }
+    /** Keeps the records. */
+    explicit LogCapture(log4cplus::Logger logger = log4cplus::Logger::getRoot())
+        : LogCapture(logger, [this](const LogRecord& record) {
+              const std::lock_guard lock(m_mutex);
+              records.push_back(record);
+          }) {}
     ~LogCapture() { log4cplus::Logger::getDefaultHierarchy().resetConfiguration(); }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
 
     /** The texts seen since the last call. */
     std::vector<std::string> texts() {
@@ -71,5 +72,5 @@ public:
     std::vector<LogRecord> records;
 
 private:
-    std::mutex m_mutex; // log4cplus has one too, which the thread sanitizer is told not to look at
+    std::mutex m_mutex; // the thread sanitizer does not see that of log4cplus
 };

@@ -7,20 +7,18 @@
 #include <deque>
 #include <iostream>
 
-namespace {
+using MemAccountDeathTest = DeathTest; // in its own process, since accounts are never removed
 
-using MemAccountDeathTest = DeathTest; // in a process of its own, since accounts are never taken away
-
-/** Every account of which `blocks` blocks are in use. */
-std::string accountsOf(std::int64_t blocks) {
+/** The names of the accounts that have `blocks` blocks in use. */
+static std::string accountsOf(std::int64_t blocks) {
     std::string names;
     for (const Oskan::MemAccountUsage& each : Oskan::MemAccounts::sList())
         names.append(each.usage.liveObjects == blocks ? each.name : "").append(" ");
     return names.substr(names.find_first_not_of(' '));
 }
 
-/** Uses 100 accounts where there is room for 63, and tells how they were counted. */
-std::string useManyAccounts() {
+/** Uses 100 accounts in a table of 63, and returns whether they were counted correctly. */
+static std::string useManyAccounts() {
     std::deque<std::string> names;
     std::deque<Oskan::MemAccount> accounts;
     std::deque<void*> blocks;
@@ -39,8 +37,6 @@ std::string useManyAccounts() {
         accounts[i / 3].deallocate(blocks[i]);
     return Oskan::MemAccounts::sGetUsage("(other accounts)").liveBytes == 0 ? "counted" : "not given back";
 }
-
-} // namespace
 
 TEST_F(MemAccountDeathTest, AccountsBeyondTheTableAreCountedTogether) {
     EXPECT_EXIT((std::cerr << useManyAccounts(), std::_Exit(0)), testing::ExitedWithCode(0), "^counted$");

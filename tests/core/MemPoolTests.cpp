@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <vector>
 
-// These tests use the pool itself, also in builds whose classes use plain malloc.
+// These tests use the pool, also in builds whose classes use plain malloc.
 
 using namespace Oskan;
 
@@ -32,7 +32,7 @@ Block take(MemAccount& account, std::size_t size) {
     return {static_cast<unsigned char*>(MemPool::allocate(size, account)), size};
 }
 
-/** Gives back and takes blocks after its thread's cache is destroyed; a fault crashes the run. */
+/** Frees and allocates blocks after its thread's cache is destroyed; a fault crashes the run. */
 struct UsesPoolAtEnd {
     MemAccount& account;
     void* block = nullptr;
@@ -57,7 +57,7 @@ std::int64_t liveObjects(const char* name) {
 TEST(MemPoolTest, BlocksAreAlignedApartAndLargeEnough) {
     static constinit MemAccount s_account{"pool.sizes"};
     std::vector<Block> blocks;
-    // Both sides of every size class, and larger sizes: of several slabs, and of too many.
+    // Both sides of every size class; then sizes of several slabs, and of more than a span may have.
     for (std::size_t size = 0; size <= 4096; ++size)
         blocks.push_back(take(s_account, size));
     for (std::size_t i = 1; i < kMemClasses.count; ++i) {
@@ -81,10 +81,7 @@ TEST(MemPoolTest, BlocksAreAlignedApartAndLargeEnough) {
     EXPECT_LE(usage.liveBytes, asked + asked / 8);
     for (const auto& [bytes, size] : blocks) {
         ASSERT_EQ(std::count(bytes, bytes + size, size % 251), static_cast<std::ptrdiff_t>(size)) << "overwritten";
-        if (size % 2)
-            MemPool::deallocate(bytes, s_account);
-        else
-            MemPool::deallocate(bytes, size, s_account);
+        size % 2 ? MemPool::deallocate(bytes, s_account) : MemPool::deallocate(bytes, size, s_account);
     }
     EXPECT_EQ(liveObjects("pool.sizes"), 0);
     EXPECT_EQ(MemAccounts::sGetUsage("pool.sizes").liveBytes, 0);
@@ -106,9 +103,8 @@ TEST(MemAllocatorTest, AccountsOfOneNameAreOneByNameOrObject) {
     EXPECT_EQ(liveObjects("allocator.mixed"), 0);
     EXPECT_EQ(MemAccounts::sGetUsage("allocator.mixed").liveBytes, 0);
     s_usesPoolAtExit.block = take(s_exitAccount, 40).bytes;
-    const auto list = MemAccounts::sList();
-    EXPECT_EQ(std::count_if(list.begin(), list.end(), [](const auto& each) { return each.name == "allocator.mixed"; }),
-              1);
+    const auto isMixed = [](const auto& each) { return each.name == "allocator.mixed"; };
+    EXPECT_EQ(std::ranges::count_if(MemAccounts::sList(), isMixed), 1);
 }
 
 TEST(MemAllocatorTest, ClassOperatorsFollowTheRealSize) {
@@ -201,7 +197,7 @@ TEST(MemPoolThreadTest, ManyThreadsAtOnce) {
     };
     {
         std::vector<std::jthread> threads;
-        for (unsigned t = 0; t < 8; ++t) { // Some begin after others have ended.
+        for (unsigned t = 0; t < 8; ++t) { // some start after others have ended
             threads.emplace_back([&, t] {
                 constexpr std::size_t kLargest[] = {64, 700, 40, 20000, 5000, 300, 100000, 16};
                 std::vector<Block> held(256);
@@ -231,31 +227,26 @@ TEST(MemPoolThreadTest, ManyThreadsAtOnce) {
 }
 
 #ifndef KX_PLAIN_MALLOC
-namespace {
-
-std::int64_t residentBytes() {
+static std::int64_t residentBytes() {
     std::int64_t total = 0;
     std::int64_t resident = 0;
     std::ifstream("/proc/self/statm") >> total >> resident;
     return resident * sysconf(_SC_PAGESIZE);
 }
 
-} // namespace
-
 TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
     static constinit MemAccount s_account{"pool.resident"};
     std::vector<Block> blocks(10000 * 7); // Touched before it is measured.
     blocks.clear();
-    for (const std::size_t size : {1632U, 640U, 320U, 200U, 96U, 64U, 48U})
-        MemPool::deallocate(take(s_account, size).bytes, s_account); // what the pool itself needs
+    constexpr std::size_t kPieces[] = {1632, 640, 320, 200, 96, 64, 48}; // of a message of about 3,000 bytes
+    for (const std::size_t size : kPieces)
+        MemPool::deallocate(take(s_account, size).bytes, s_account); // so that the pool has its own memory
     const std::int64_t before = residentBytes();
-    // The pieces of a message of about 3,000 bytes.
-    for (int i = 0; i < 10000; ++i) {
-        for (const std::size_t size : {1632U, 640U, 320U, 200U, 96U, 64U, 48U}) {
+    for (int i = 0; i < 10000; ++i)
+        for (const std::size_t size : kPieces) {
             blocks.push_back(take(s_account, size));
             std::memset(blocks.back().bytes, 1, size);
         }
-    }
     const std::int64_t grown = residentBytes() - before;
     const std::int64_t bytes = MemAccounts::sGetUsage("pool.resident").liveBytes;
     EXPECT_LT(grown, bytes + bytes / 50);
@@ -263,7 +254,7 @@ TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
         MemPool::deallocate(block.bytes, s_account);
 }
 
-/** One size after another is in use, and blocks are freed by this or another thread: memory does not add up. */
+/** Uses one size after another, and frees blocks on this or another thread: memory must not add up. */
 TEST(MemPoolThreadTest, MemoryOfOneSizeServesAllOthersAndGoesBack) {
     static constinit MemAccount s_account{"pool.shapes"};
     constexpr std::int64_t kBytes = 16 * 1024 * 1024;
@@ -280,10 +271,7 @@ TEST(MemPoolThreadTest, MemoryOfOneSizeServesAllOthersAndGoesBack) {
             for (const Block& block : blocks)
                 MemPool::deallocate(block.bytes, s_account);
         };
-        if (size % 3 == 0)
-            drop();
-        else
-            std::jthread(drop).join();
+        size % 3 == 0 ? drop() : std::jthread(drop).join();
         blocks.clear();
         EXPECT_LT(residentBytes() - before, kBytes / 5) << size;
     }

@@ -11,21 +11,17 @@ using Oskan::EntryTraceScope;
 using Oskan::TraceScope;
 using testing::ElementsAre;
 
-namespace {
+static constinit AceCleanupLogger s_logger{"KxTraced"};
 
-constinit AceCleanupLogger s_logger{"KxTraced"};
-
-void setLevel(int level) {
+static void setLevel(int level) {
     log4cplus::Logger::getInstance("tandril.kx.KxTraced").setLogLevel(level);
     EntryTraceScope entry(s_logger, "setLevel");
 }
 
-} // namespace
-
 TEST(TraceScopeTest, LogsEntryAndExitInPairs) {
     LogCapture capture;
     setLevel(log4cplus::TRACE_LOG_LEVEL);
-    capture.texts();
+    capture.records.clear();
     {
         EntryTraceScope outer(s_logger, "KxTraced::parse");
         TraceScope inner(s_logger, "KxTraced::doParse");
@@ -45,7 +41,6 @@ TEST(TraceScopeTest, LogsEntryAndExitInPairs) {
 TEST(TraceScopeTest, OnlyAnEntryThatWasLoggedHasAnExit) {
     LogCapture capture;
     setLevel(log4cplus::DEBUG_LOG_LEVEL);
-    capture.texts();
     {
         TraceScope scope(s_logger, "begun while off");
         setLevel(log4cplus::TRACE_LOG_LEVEL);
@@ -55,9 +50,7 @@ TEST(TraceScopeTest, OnlyAnEntryThatWasLoggedHasAnExit) {
 }
 
 TEST(TraceScopeTest, AnAppenderThatThrowsDisturbsNothing) {
-    LogCapture capture;
-    log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(
-        new FunctionAppender([](const LogRecord&) { throw std::runtime_error("disk full"); })));
+    LogCapture capture(log4cplus::Logger::getRoot(), [](const LogRecord&) { throw std::runtime_error("disk full"); });
     setLevel(log4cplus::TRACE_LOG_LEVEL);
     EXPECT_NO_THROW(TraceScope scope(s_logger, "KxTraced::parse"));
     EXPECT_NO_THROW(s_logger.log(Oskan::LogLevel::Error, "text"));

@@ -3,26 +3,26 @@
 
 usage: blocks.py --work FOLDER --tool-folder FOLDER --compiler C++ [--page PAGE]... -- COMPILER-OPTION...
 
-A page is a Markdown file. Every block in it, fenced or indented, needs a reading; one that has none fails the test.
-What a block is follows from its language and from the marker in front of it, an HTML comment on a line of its own:
+A page is a Markdown file. A block, fenced or indented, that is none of the following fails the test. The kind of a
+block is given by its language and by the marker before it, an HTML comment on a line of its own:
 
-  ```cpp with a main()          a program: compiled and run as it is; with <!-- fed: FILE --> it is run for each line
-                                "input -> output" of that file of the source tree, and has to end well
+  ```cpp with a main()          a program: compiled and run; with <!-- fed: FILE --> it is run for each line
+                                "input -> output" of that file of the source tree, and must exit with 0
   <!-- run -->                  C++ statements: run as one function. "run: NAME" puts the statements of
-                                tests/docs/preludes/NAME.cpp in front
-  <!-- more -->                 C++ statements that go on where the block before them ended
+                                tests/docs/preludes/NAME.cpp before them
+  <!-- more -->                 C++ statements that continue the block before them
   <!-- define -->               C++ declarations for the blocks that follow
-  <!-- define in: SPACE -->     the same in a namespace, or, where it says "struct NAME", as members of a class
+  <!-- define in: SPACE -->     the same in a namespace or, for "struct NAME", as members of a class
   <!-- file: PATH -->           any language: written to PATH, which C++ can include and programs can open
-  <!-- part of: PATH -->        any language: stands so in the file PATH of the source tree
+  <!-- part of: PATH -->        any language: text that the file PATH of the source tree contains
   <!-- output -->               what the block before it prints; <!-- excerpt --> some lines of it
   <!-- rows: KIND -->           lines "input -> output" or "input !! error", read as tests/docs/rows.cpp does
   ```sh, or indented            commands: each is run, in a folder with the source tree's files and a trace.pcap, with
-                                kxsip in the path; exit codes up to 2 are its verdicts, any other fails
-  ```console                    the same, "$ " in front of a command and behind it what it prints
+                                kxsip in the path; exit codes above 2 fail the test
+  ```console                    the same, with "$ " before a command and its output after it
 
-C++ blocks see every public header; all of them but programs share one executable. Commands of which every one begins
-as NOT_RUN says are only counted.
+C++ blocks can use every public header. All of them except programs share one executable. A block whose commands all
+begin with a text of NOT_RUN is only counted.
 """
 
 import argparse
@@ -43,7 +43,7 @@ WARNINGS = ["-Wall", "-Wextra", "-Werror", "-Wno-unused-variable"]
 
 
 class Failure(Exception):
-    """What is wrong with a block."""
+    """A fault in a block."""
 
 
 @dataclasses.dataclass
@@ -92,13 +92,13 @@ def blocks_of(page):
 
 
 def in_list(lines, i):
-    """Whether an indented line goes on with an item of a list."""
+    """Whether an indented line continues an item of a list."""
     above = next((line for line in reversed(lines[:i]) if line.strip() and not line.startswith("  ")), "")
     return above.startswith(("- ", "* "))
 
 
 def paired(blocks):
-    """The blocks with their output, where it is shown."""
+    """The blocks, each with its output if the page shows it."""
     kept = []
     for block in blocks:
         if block.marker not in ("output", "excerpt"):
@@ -111,14 +111,14 @@ def paired(blocks):
 
 
 def compare(expected, actual):
-    """Fails where the two texts differ, trailing blanks apart."""
+    """Fails if the texts differ, except in trailing blanks."""
     expected, actual = ([line.rstrip() for line in text.rstrip().splitlines()] for text in (expected, actual))
     if expected != actual:
         raise Failure("prints\n  " + "\n  ".join(actual) + "\nwhere the page says\n  " + "\n  ".join(expected))
 
 
 class Runner:
-    """What the blocks are compiled and run with."""
+    """Compiles and runs the blocks."""
 
     def __init__(self, options):
         self.compiler = [options.compiler, "-std=c++20", "-O0", *WARNINGS]
@@ -133,7 +133,7 @@ class Runner:
         self.counts[what] = self.counts.get(what, 0) + 1
 
     def run(self, command, folder, given=""):
-        """What a command prints on both outputs, and its exit code."""
+        """Returns what a command prints to both outputs, and its exit code."""
         done = subprocess.run(command, cwd=folder, env=self.environment, timeout=120, input=given.encode("latin-1"),
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
         return done.stdout.decode(errors="replace").replace("\r\n", "\n").replace("\r", "\n"), done.returncode
@@ -146,7 +146,7 @@ class Runner:
 
 
 def source_of(blocks, work):
-    """One program of all C++ blocks but programs, and the number of the function that each has there."""
+    """One program of all C++ blocks except programs, and the number of the function of each block."""
     headers = [path.relative_to(SOURCE).as_posix() for folder in ("core", "util", "sipobject")
                for path in sorted((SOURCE / folder).rglob("*.h"))]
     top = [f"#include {header}\n" for header in ("<cstdlib>", "<iostream>", "<string>")]
@@ -185,7 +185,7 @@ def source_of(blocks, work):
 
 
 def run_blocks(blocks, runner):
-    """Runs the C++ blocks that are one program; yields each with what is wrong with it, if anything is."""
+    """Runs the C++ blocks that share a program; yields each with a function that raises its fault."""
     source, names = source_of(blocks, runner.work)
     program = runner.work / "blocks"
     runner.compile(source, program)
@@ -213,7 +213,7 @@ def check_part(block, output, code, part):
 
 
 def run_single(block, runner, rows):
-    """Does with a block of any other kind what it asks for; says what that was."""
+    """Checks a block of any other kind; returns what was done with it."""
     if block.verb == "part of":
         if block.text not in (SOURCE / block.argument).read_text(encoding="utf-8"):
             raise Failure(f"{block.argument} has other lines")
@@ -235,7 +235,7 @@ def run_single(block, runner, rows):
 
 
 def fed_to(block):
-    """What a program is given, each with what it has to print; as the page says where there is no file of them."""
+    """The inputs of a program with the expected outputs, from the file, or from the page if there is no file."""
     if not block.argument:
         return [("", block.output)]
     rows = [re.match("(.+) -> (.+)$", line) for line in (SOURCE / block.argument).read_text().splitlines()]
@@ -274,14 +274,14 @@ def run_shell(block, runner):
 
 
 def split_command(step):
-    """The command that a prompt stood in front of, with its continuation lines, and what is shown behind it."""
+    """The command after a prompt with its continuation lines, and the output after it."""
     lines = step.splitlines()
     end = next(n for n, line in enumerate(lines) if not line.endswith("\\")) + 1
     return "\n".join(lines[:end]), "\n".join(lines[end:])
 
 
 class Rows:
-    """The program that reads rows, compiled when the first are met."""
+    """The program that reads rows, compiled for the first of them."""
 
     def __init__(self, runner):
         self.runner = runner

@@ -1,5 +1,5 @@
 
-// Runs the block whose number is given. blocks.py puts its functions in place of the word in the table.
+// Runs the block with the given number. blocks.py replaces BLOCKS by its functions.
 int main(int argc, char** argv) {
     static void (*const blocks[])() = {BLOCKS};
     try {

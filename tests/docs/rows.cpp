@@ -1,6 +1,6 @@
-// Reads one text of a kind as the library does and prints what became of it: "-> " and what it is written as, lines
-// parted by " | ", or "!! " and the error's text. In the text \r, \n, \t, \s (a blank) and \\ stand for these characters;
-// what is printed is escaped the same way.
+// Reads one text of a kind with the library and prints the result: "-> " and what it is written as, lines
+// separated by " | ", or "!! " and the error's text. In the text \r, \n, \t, \s (a blank) and \\ are these characters;
+// the output is escaped in the same way.
 
 #include "sipobject/address/KxSipNameAddress.h"
 #include "sipobject/messages/KxSipRequest.h"
@@ -19,9 +19,8 @@ namespace {
 constexpr std::string_view kHeaders = "Via: SIP/2.0/UDP a\r\nFrom: <sip:a>;tag=1\r\nTo: <sip:b>\r\nCall-ID: c\r\n";
 
 std::string replaced(std::string text, std::string_view from, std::string_view to) {
-    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
         text.replace(at, from.size(), to);
-    }
     return text;
 }
 
@@ -36,12 +35,11 @@ std::string unescaped(std::string_view text) {
     return result;
 }
 
-/** The lines, parted by " | ", with the characters escaped that a page can't show. */
+/** The lines, separated by " | ". Characters that a page can't show are escaped. */
 std::string shown(std::string text) {
     text = replaced(replaced(std::move(text), "\\", "\\\\"), " \r\n", "\\s\r\n");
-    if (text.ends_with("\r\n")) {
+    if (text.ends_with("\r\n"))
         text.resize(text.size() - 2);
-    }
     text = replaced(std::move(text), "\r\n", " | ");
     text = replaced(std::move(text), std::string_view("", 1), "\\0");
     return replaced(replaced(replaced(std::move(text), "\r", "\\r"), "\n", "\\n"), "\t", "\\t");
@@ -69,7 +67,7 @@ std::string uri(const std::string& text) {
     return shown(KxURI::sConstructFrom(in, true)->getString().c_str());
 }
 
-/** A start line in front of the headers that a message must have. */
+/** A start line before the headers that a message must have. */
 std::string startLine(const std::string& line) {
     const bool isResponse = line.starts_with("SIP");
     const std::string method = isResponse ? "INVITE" : line.substr(0, line.find(' '));
@@ -79,8 +77,8 @@ std::string startLine(const std::string& line) {
     return shown(out.substr(0, out.find("\r\n") + 2));
 }
 
-/** Header lines (and, behind an empty one, a body) behind those that an OPTIONS must have: the status, and what is
-    written of them. */
+/** Header lines (and a body after an empty line) after those that an OPTIONS must have. Returns the status and what is
+    written of these lines. */
 std::string lines(const std::string& more) {
     std::string text = "OPTIONS sip:b SIP/2.0\r\n";
     text.append(kHeaders).append("CSeq: 1 OPTIONS\r\n").append(more);
@@ -92,7 +90,6 @@ std::string lines(const std::string& more) {
     return "status " + std::to_string(message->getStatus()) + (rest.empty() ? "" : ": " + shown(rest));
 }
 
-/** A whole message. */
 std::string message(const std::string& text) {
     return "status " + std::to_string(messageFrom(text)->getStatus());
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """gateway_test.py GATEWAY [--calls N] [--rate N] [--lost PERCENT] [--storm N]: runs the example gateway on a free port
-of the loopback address against sipp, calls of each kind at once, against what strangers may send, and as a client of
-itself. Exits with 77 where there is no sipp."""
+of the loopback address against sipp, calls of each kind at once, against untrusted input, and as a client of itself.
+Exits with 77 if sipp is not installed."""
 
 import argparse
 import random
@@ -20,8 +20,8 @@ TIMER = ("Supported: timer", "Session-Expires: 1800")
 
 
 def scenario(steps):
-    """A sipp scenario: a string is sent, (method, CSeq number, header lines), a number is a response to wait for, a
-    float a pause in seconds. What has the CSeq number of the INVITE before it is of its transaction, if it may be."""
+    """A sipp scenario: a string (method, CSeq number, header lines) is sent, a number is a response to wait for, a
+    float a pause in seconds. A request with the CSeq number of the INVITE before it has its transaction, if allowed."""
     out, asked, invite, refused, in_dialog = [], [], 0, False, False
     for index, step in enumerate(steps):
         if isinstance(step, float):
@@ -31,7 +31,7 @@ def scenario(steps):
             if step == 180 and any("100rel" in str(other) for other in steps):
                 look = ('<action><ereg regexp="[0-9]+" search_in="hdr" header="RSeq:" assign_to="rseq"/></action>')
             optional = ' optional="true"' if step == 100 or steps[index:index + 2] == [180, 200] else ""  # may be lost
-            transaction = asked[-1] if step < 200 else asked.pop()  # the last that was asked is answered first
+            transaction = asked[-1] if step < 200 else asked.pop()  # the last request is answered first
             out.append(f'<recv response="{step}" response_txn="{transaction}"{optional}>{look}</recv>')
             refused = refused or step >= 300
             in_dialog = in_dialog or step == 180 or step == 200
@@ -77,7 +77,7 @@ SCENARIOS = {
 
 
 class Client:
-    """Sends what it is told and reads what comes, over a connection or in datagrams."""
+    """Sends and reads messages, over a connection or in datagrams."""
 
     def __init__(self, port, kind=socket.SOCK_DGRAM):
         self.socket = socket.socket(socket.AF_INET, kind)
@@ -100,7 +100,7 @@ class Client:
         self.socket.sendall(message)
 
     def answer(self, seconds=PATIENCE):
-        """The next message, "" when none comes in time or the connection ends."""
+        """The next message; "" if none arrives in time or the connection ends."""
         self.socket.settimeout(seconds)
         try:
             while "\r\n\r\n" not in self.read or len(self.read) < self.length():
@@ -115,7 +115,7 @@ class Client:
         return message
 
     def call(self, acknowledge=True):
-        """Makes a call, and returns the other side's tag."""
+        """Makes a call, and returns the tag of the peer."""
         self.send(self.request(method="INVITE"))
         while not (answer := self.answer()).startswith("SIP/2.0 200 "):
             assert answer.startswith("SIP/2.0 1"), answer
@@ -129,14 +129,14 @@ class Client:
         return self.read.index("\r\n\r\n") + 4 + int(body[1])
 
     def fresh(self, *old):
-        """The next message that is none of the old ones sent again."""
+        """The next message that is no retransmission of an old one."""
         while (message := self.answer()) in old and message:
             pass
         return message
 
     def ask(self, message):
-        """What a request, or none, is answered with: the answer to another behind it comes first then. What is lost on
-        the way, as datagrams are on a busy machine, is sent again."""
+        """The answer to a message, or "" if there is none: then the answer to a request after it arrives first. What is
+        lost, as datagrams are on a busy machine, is sent again."""
         text = message.decode("latin-1")
         branch, cseq = (re.findall(part, text) or ["none"] for part in (r";branch=\w+", r"\r\nCSeq: .*\r\n"))
         for _ in range(3):
@@ -150,7 +150,7 @@ class Client:
 
 def check_strangers(client):
     request = client.request
-    rows = [  # name, message, what its answer starts with (or a pattern in it)
+    rows = [  # name, message, start of its answer (or a pattern in it)
         ("keep-alive", b"\r\n\r\n", ""),
         ("a response", b"SIP/2.0 200 OK\r\n" + request().split(b"\r\n", 1)[1], ""),
         ("ACK", request(method="ACK"), ""),
@@ -175,13 +175,13 @@ def check_strangers(client):
 
 
 def check_repeats(client):
-    """What is sent again is answered as before, and what is not acknowledged is sent again."""
+    """A retransmission is answered as before, and what is not acknowledged is retransmitted."""
     invite = client.request("Supported: 100rel", method="INVITE", branch="z9hG4bKsame")
     client.send(invite)
     trying, ringing = client.answer(), client.answer()
     assert (trying[8:11], ringing[8:11]) == ("100", "180"), (trying, ringing)
     client.send(invite)
-    for _ in range(2):  # since it was asked again, and without that
+    for _ in range(2):  # for the retransmission, and by its timer
         assert client.answer() == ringing
     rseq, tag = (re.search(pattern, ringing)[1] for pattern in (r"\r\nRSeq: (\d+)\r\n", r"\r\nTo: .*(;tag=\S+)"))
     assert tag + "\r\n" in trying, "one dialog"
@@ -226,7 +226,7 @@ def check_stream(port):
 
 
 def check_full(program, folder):
-    """With no room left, what is open is served, what is new is refused, and there is room again when that has ended."""
+    """When all places are in use, open transactions are served and new ones refused, until one ends."""
     places = 8
     with Host(program, folder, "--transactions", str(places), "--timer-t1", "100", "--ring", "50") as gateway:
         live, flood = Client(gateway.port), Client(gateway.port)
@@ -250,19 +250,19 @@ def check_full(program, folder):
         assert live.ask(live.request(method="INVITE", number=2, to=tag)).startswith("SIP/2.0 200 ")
         live.send(live.request(method="ACK", number=2, to=tag))
         pings = [live.ask(live.request(number=number, to=tag)) for number in range(3, 43)]
-        assert [ping[8:11] for ping in pings] == ["200"] * 31 + ["500"] * 9, pings  # beside the INVITE
+        assert [ping[8:11] for ping in pings] == ["200"] * 31 + ["500"] * 9, pings  # one place has the INVITE
         assert "\r\nRetry-After: 7\r\n" in pings[-1], pings[-1]
         bye = live.request(method="BYE", number=99, to=tag)
         done = live.ask(bye)
         assert done.startswith("SIP/2.0 200 ") and live.ask(bye) == done
         cancel = second.replace(b"INVITE", b"CANCEL").replace(b"Require: 100rel\r\n", b"")
         assert flood.ask(cancel).startswith("SIP/2.0 200 ")
-        while (answer := flood.ask(second)).startswith("SIP/2.0 180 "):  # sent before the CANCEL came
+        while (answer := flood.ask(second)).startswith("SIP/2.0 180 "):  # sent before the CANCEL arrived
             pass
         assert answer.startswith("SIP/2.0 487 "), answer
         flood.send(flood.request(method="ACK", branch=branch))
         full, again = time.monotonic(), []
-        while len(again) < places - 2:  # more than those that the messages above have ended
+        while len(again) < places - 2:  # more places than the messages above have freed
             if invite()[2].startswith("SIP/2.0 100 "):
                 again.append(time.monotonic() - full)
             assert time.monotonic() - full < PATIENCE, again
@@ -274,7 +274,7 @@ def check_full(program, folder):
 
 
 def check_gone(program, folder):
-    """Calls of peers that have gone end, and others do not."""
+    """Calls of peers that do not answer end, and others do not."""
     with Host(program, folder, "--calls", "3", "--session-expires", "2", "--timer-t1", "50", "--ring", "10") as gateway:
         live, gone, deaf, late, *new = (Client(gateway.port) for _ in range(6))
         tag, _, _ = live.call(), gone.call(), deaf.call(acknowledge=False)
@@ -331,9 +331,9 @@ def storm(port, count, seed=9):
             except ConnectionError:
                 stream = None
         if number % 50 == 0:
-            time.sleep(0.01)  # so that the socket's buffer is enough
+            time.sleep(0.01)  # so that the buffer of the socket does not overflow
     for _ in range(PATIENCE):
-        client.send(client.request(branch="z9hG4bKlast"))  # may be lost too, or answered with many others
+        client.send(client.request(branch="z9hG4bKlast"))  # may be lost too, or its answer comes after many others
         while answer := client.answer(1):
             if "z9hG4bKlast" in answer:
                 return
@@ -341,7 +341,7 @@ def storm(port, count, seed=9):
 
 
 def check_client(program, port, ringing):
-    rows = [  # options, what it says
+    rows = [  # options, what it prints
         (f"{port}", "100 Trying|180 Ringing|200 Ok|as planned"),
         (f"{port} --tcp --reliable --session 60", "422 .*|100 Trying|180 Ringing|200 Ok|as planned"),
         (f"{ringing} --cancel-after 10 --reliable", "100 Trying|180 Ringing|487 .*|refused"),
@@ -365,12 +365,12 @@ def main():
         print("sipp is not installed")
         return 77
     scenarios = SCENARIOS
-    if options.lost:  # over UDP, and not where all waits for a 180, which nobody repeats
+    if options.lost:  # over UDP only; without CANCEL, which waits for a 180 that is not retransmitted
         scenarios = {name: (steps, ["-lost", str(options.lost)]) for name, (steps, how) in SCENARIOS.items()
                      if not how and name != "CANCEL"}
     with tempfile.TemporaryDirectory() as folder, Host(options.gateway, folder) as gateway, \
             Host(options.gateway, folder, "--ring", "60000") as ringing:
-        patient = ["-default_behaviors", "all,-abortunexp"]  # what comes again may come between
+        patient = ["-default_behaviors", "all,-abortunexp"]  # retransmissions may arrive in between
         runs = {name: Sipp((ringing if name == "CANCEL" else gateway).port, folder, name, scenario(steps),
                            options.calls, options.rate, *how, *patient)
                 for name, (steps, how) in scenarios.items()}

@@ -1,4 +1,4 @@
-"""What the tests of the example hosts share: a host that is started and ended, and sipp."""
+"""Common parts of the tests of the example hosts: starting and ending a host, and sipp."""
 
 import csv
 import itertools
@@ -10,12 +10,12 @@ import socket
 import subprocess
 import tempfile
 
-PATIENCE = 60  # seconds; much more than any step takes on a slow machine
+PATIENCE = 60  # seconds; much longer than any step takes on a slow machine
 
 
 class Host:
-    """The program under test, on a free port of the loopback address, with its log in a file; ended by SIGTERM, and
-    killed if that does not do it."""
+    """The program under test, on a free port of the loopback address, with its log in a file. It is ended by SIGTERM,
+    and killed if it does not end."""
 
     def __init__(self, program, folder, *options):
         self.name = os.path.basename(program).removeprefix("example_")
@@ -50,11 +50,11 @@ class Host:
             return log.read()
 
 
-ports = itertools.count(10000 + os.getpid() % 20000)  # those that the kernel gives away lie above
+ports = itertools.count(10000 + os.getpid() % 20000)  # below the ports that the kernel assigns
 
 
 def free_port():
-    """A port that nobody has. Left to themselves, several sipps that start at once may take the same."""
+    """A free port. Several sipp processes that start at the same time may otherwise choose the same one."""
     for port in ports:
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp, socket.socket() as tcp:
             try:
@@ -81,7 +81,7 @@ class Sipp:
             cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def result(self, timeout=2 * PATIENCE):
-        """(calls that ended as the scenario says, calls that did not, retransmissions by sipp)"""
+        """(calls that ended as the scenario says, other calls, retransmissions by sipp)"""
         try:
             self.process.wait(timeout)
         finally:
@@ -91,7 +91,7 @@ class Sipp:
         return tuple(int(total[f"{column}(C)"]) for column in ("SuccessfulCall", "FailedCall", "Retransmissions"))
 
     def why(self):
-        """What sipp complained of."""
+        """The errors that sipp reported."""
         if not os.path.exists(self.errors):
             return f"ended with {self.process.returncode}"
         with open(self.errors, encoding="latin-1") as errors:

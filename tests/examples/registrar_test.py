@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """registrar_test.py REGISTRAR: runs the example registrar on a free port of the loopback address against sipp, which
-registers 100 times with the right and with a wrong password, and against what strangers may send. Exits with 77 where
-there is no sipp."""
+registers 100 times with the right and with a wrong password, and against untrusted input. Exits with 77 if sipp is not
+installed."""
 
 import hashlib
 import os
@@ -24,7 +24,7 @@ def md5(text):
 
 
 def weak_user():
-    """One whose raw A1 begins with a zero byte: his MD5-sess response does not depend on the password."""
+    """A user whose raw A1 begins with a zero byte: the MD5-sess response does not depend on the password."""
     names = (f"u{number}" for number in range(100000))
     return next(name for name in names if md5(f"{name}:{REALM}:{PASSWORD}").digest()[0] == 0)
 
@@ -33,7 +33,7 @@ WEAK = weak_user()
 
 
 class Client:
-    """Sends datagrams and reads what comes back."""
+    """Sends datagrams and reads the answers."""
 
     def __init__(self, port):
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
@@ -51,7 +51,7 @@ class Client:
         return "\r\n".join(line for line in lines if not line.startswith(without)).encode()
 
     def ask(self, datagram):
-        """What the datagram is answered with, "" for nothing: then the answer to a question behind it comes first."""
+        """The answer to the datagram, or "" if there is none: then the answer to a request after it arrives first."""
         probe = self.message(method="OPTIONS")
         answers = []
         for sent in (datagram, probe):
@@ -76,7 +76,7 @@ class Client:
 
 
 def sipp(port, folder, password, last):
-    """(calls that ended as expected, calls that did not), where the second REGISTER is to be answered with `last`."""
+    """(calls that ended as expected, other calls), if the second REGISTER must be answered with `last`."""
     with open(os.path.join(HERE, "register.xml"), encoding="ascii") as template:
         steps = template.read().replace('response="200"', f'response="{last}"')
     options = ["-au", "alice", "-ap", password, "-l", "20"]
@@ -86,7 +86,7 @@ def sipp(port, folder, password, last):
 def check_strangers(client):
     message, credentials = client.message, client.credentials
     a1_of_nothing = md5(b"").hexdigest()
-    rows = [  # name, datagram, what its answer starts with (or a pattern in it)
+    rows = [  # name, datagram, start of its answer (or a pattern in it)
         ("nothing", b"", ""),
         ("keep-alive", b"\r\n\r\n", ""),
         ("bad bytes", bytes(range(255, 0, -1)) * 20, ""),

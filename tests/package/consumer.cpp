@@ -1,4 +1,4 @@
-// The README's program, built as a user of the installed package would.
+// The program of the README, built with the installed package.
 
 #include "sipobject/headers/KxSipFromHeader.h"
 #include "sipobject/messages/KxSipMessage.h"

@@ -5,11 +5,9 @@
 
 #include <string>
 
-namespace {
-
-/** Whether a handler for Caught sees what Thrown throws. */
+/** '+' if a handler for Caught catches what Thrown throws, else '-'. */
 template <class Caught, class Thrown>
-char seenBy() {
+static char seenBy() {
     const std::string text("text of \0 the thrower\r\n", 23);
     try {
         Thrown::sThrow(text);
@@ -22,15 +20,13 @@ char seenBy() {
     }
 }
 
-/** The handlers that see it, from general to special; the last is the one for keep-alives. */
+/** The result of seenBy for all handlers, from general to special; the last one is for keep-alives. */
 template <class Thrown>
-std::string handlersOf() {
+static std::string handlersOf() {
     return {seenBy<KxException, Thrown>(), seenBy<KxSipParseError, Thrown>(),
             seenBy<KxSipParseErrorEmptyHeader, Thrown>(), seenBy<KxSipParseErrorEmptySupported, Thrown>(),
             seenBy<KxSipParseKeepAliveException, Thrown>()};
 }
-
-} // namespace
 
 TEST(ParseErrorTest, HandlersSeeTheirOwnFamily) {
     EXPECT_EQ(handlersOf<KxException>(), "+----");

@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-/** The bytes of a capture, made frame by frame, a millisecond apart. */
+/** The bytes of a capture file. Frames are a millisecond apart. */
 class CaptureBytes {
 public:
     static constexpr int kRaw = 101;
@@ -61,7 +61,7 @@ inline Tins::IP datagram(const std::string& payload, const char* from = "192.0.2
     return Tins::IP(to, from) / Tins::UDP(5060, 40000) / Tins::RawPDU(payload);
 }
 
-/** A message as short as the library takes. */
+/** The shortest message that the library accepts. */
 inline std::string sipMessage(const std::string& start, const std::string& more, const std::string& body = "") {
     return start + "\r\n" + kDialog + more + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
@@ -74,8 +74,7 @@ inline std::string sipOptions(int number) {
 /** The Request-URIs of the messages that the tool finds, "!" for one that is refused. */
 inline std::string found(const ToolRun& run) {
     std::string text;
-    for (const nlohmann::json& message : run.json()) {
+    for (const nlohmann::json& message : run.json())
         text += (text.empty() ? "" : " ") + (message["uri"].is_string() ? message["uri"].get<std::string>() : "!");
-    }
     return text;
 }

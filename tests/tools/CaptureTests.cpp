@@ -1,7 +1,5 @@
 #include "tests/tools/CaptureFile.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
 using namespace std::string_literals;
@@ -70,17 +68,12 @@ TEST(CaptureTest, SamplesOfRealCalls) {
 }
 
 TEST(CaptureTest, EveryKindOfLink) {
-    const std::string v4 = CaptureBytes::bytesOf(static_cast<Tins::PDU&>(*std::make_unique<Tins::IP>(datagram(kOne))));
+    Tins::IP packet4 = datagram(kOne);
+    const std::string v4 = CaptureBytes::bytesOf(packet4);
     Tins::IPv6 packet = Tins::IPv6("2001:db8::2", "2001:db8::1") / Tins::UDP(5060, 40000) / Tins::RawPDU(kTwo);
     const std::string v6 = CaptureBytes::bytesOf(packet);
     const std::string ethernet(12, '\1');
-    struct Row {
-        const char* name;
-        int type;
-        std::string header4;
-        std::string header6;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, int, std::string, std::string> rows[] = {
         {"Ethernet", 1, ethernet + "\x08\0"s, ethernet + "\x86\xDD"s},
         {"VLAN", 1, ethernet + "\x81\0\0\x05\x08\0"s, ethernet + "\x88\xA8\0\x05\x81\0\0\xFF\x86\xDD"s},
         {"cooked", 113, std::string(14, '\0') + "\x08\0"s, std::string(14, '\0') + "\x86\xDD"s},
@@ -88,40 +81,33 @@ TEST(CaptureTest, EveryKindOfLink) {
         {"loopback, of some BSD", 0, "\x02\0\0\0"s, "\x1E\0\0\0"s},
         {"raw", 101, "", ""},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, type, header4, header6] : rows)
         for (const bool isNext : {false, true}) {
-            SCOPED_TRACE(row.name);
-            CaptureBytes capture(row.type, isNext);
-            const ToolRun run = showAll(capture.add(row.header4 + v4).add(row.header6 + v6).bytes());
+            SCOPED_TRACE(name);
+            CaptureBytes capture(type, isNext);
+            const ToolRun run = showAll(capture.add(header4 + v4).add(header6 + v6).bytes());
             EXPECT_EQ(found(run), "sip:1@d sip:2@d") << run.err;
             EXPECT_EQ(run.json().at(1)["source"]["address"], "2001:db8::1");
             EXPECT_EQ(run.exit, 0);
         }
-    }
     EXPECT_EQ(showAll(CaptureBytes(105).bytes()).exit, 3);
 }
 
 TEST(CaptureTest, FragmentsAreJoined) {
     const std::vector<std::string> one = fragments(datagram(kOne));
     const std::vector<std::string> back = fragments(datagram(kTwo, "192.0.2.2", "192.0.2.1"));
-    struct Row {
-        std::vector<std::string> frames;
-        std::string found;
-        std::string note;
-    };
-    const Row rows[] = {
+    const std::tuple<std::vector<std::string>, std::string, std::string> rows[] = {
         {{one[2], one[2], one[1], one[0]}, "sip:1@d", ""},
         {{one[0], back[0], one[1], back[1], back[2], one[2]}, "sip:2@d sip:1@d", ""}, // both have one number
         {{one[0], one[2], back[0], back[1], back[2]}, "sip:2@d", "kxsip: -: 1 IP datagram lacks fragments\n"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [frames, expected, note] : rows) {
         CaptureBytes capture;
-        for (const std::string& frame : row.frames) {
+        for (const std::string& frame : frames)
             capture.add(frame);
-        }
         const ToolRun run = showAll(capture.bytes());
-        EXPECT_EQ(found(run), row.found);
-        EXPECT_EQ(run.err, row.note);
+        EXPECT_EQ(found(run), expected);
+        EXPECT_EQ(run.err, note);
     }
 
     Tins::UDP udp(5060, 40000);
@@ -147,9 +133,8 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
     const std::string both = kOne + kBody + kTwo;
     const std::size_t inBody = kOne.size() + kBody.size() - 4;
     std::vector<Piece> bytes;
-    for (std::size_t i = 0; i < both.size(); ++i) {
+    for (std::size_t i = 0; i < both.size(); ++i)
         bytes.push_back({i, both.substr(i, 1)});
-    }
     const std::string all = "sip:1@d sip:3@d sip:2@d";
     const std::string gap = "kxsip: -: 1 gap in a TCP stream, what it cuts off is read as far as it is there\n";
     const std::string endless = "OPTIONS sip:9@d SIP/2.0\r\nContent-Length: 18446744073709551615\r\n\r\n";
@@ -169,19 +154,17 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
         {"the same ports again", {syn, {0, kOne}, {999999, "", syn.flags}, {1000000, kTwo}}, "sip:1@d sip:2@d"},
         {"a length that nobody can wait for", {{0, endless}, {endless.size(), kOne}}, "! sip:1@d"},
     };
-    for (const Row& row : rows) {
+    for (const Row& row : rows)
         for (const std::uint32_t first : {1U, ~0U - 60U}) { // the second number wraps around within the stream
             SCOPED_TRACE(row.name);
             CaptureBytes capture;
-            for (const Piece& piece : row.pieces) {
+            for (const Piece& piece : row.pieces)
                 capture.add(segment(piece, first));
-            }
             const ToolRun run = showAll(capture.bytes());
             EXPECT_EQ(found(run), row.found);
             EXPECT_EQ(run.err, row.note);
         }
-    }
-    // what is acknowledged was received, so the tool does not wait for it; the time after the gap is about right
+    // the tool does not wait for a lost segment that is acknowledged; the time after the gap is approximate
     CaptureBytes acknowledged;
     acknowledged.add(segment({0, kOne}, 1)).add(segment({999, kTwo}, 1)).add(acknowledgement(1001));
     acknowledged.add(acknowledgement(1001)).add(datagram(kBody));
@@ -191,21 +174,14 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
 }
 
 TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
-    struct Row {
-        const char* name;
-        std::string bytes;
-        int exit;
-        std::string found;
-        std::string note;
-    };
     const std::string good = CaptureBytes().add(datagram(kOne)).bytes();
-    const std::string media =
-        CaptureBytes::bytesOf(static_cast<Tins::PDU&>(*std::make_unique<Tins::IP>(datagram("\x80\x08xyz"))));
+    Tins::IP rtp = datagram("\x80\x08xyz");
+    const std::string media = CaptureBytes::bytesOf(rtp);
     CaptureBytes quiet;
     quiet.add(datagram("\r\n\r\n")).add(datagram(std::string(1, '\0')));
     const std::string packet = good.substr(40);
     const std::string body = CaptureBytes().add(datagram(kBody)).bytes().substr(40);
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, int, std::string, std::string> rows[] = {
         {"keep-alives and media", quiet.add(media).add(datagram("\r\n" + kOne)).bytes(), 0, "sip:1@d", ""},
         {"nothing", CaptureBytes().add(media).bytes(), 2, "", "no SIP message in 1 packet"},
         {"malformed", CaptureBytes().add(packet).add("\x45").add(packet.substr(0, 22)).bytes(), 0, "sip:1@d",
@@ -216,12 +192,12 @@ TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
         {"header only", good.substr(0, 10), 3, "", "kxsip: cannot read -: the capture's header is damaged"},
         {"compressed", "\x1F\x8B\x08 and so on", 3, "", "gunzip -c FILE | kxsip COMMAND -"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const ToolRun run = showAll(row.bytes);
-        EXPECT_EQ(found(run), row.found);
-        EXPECT_THAT(run.err, HasSubstr(row.note));
-        EXPECT_EQ(run.exit, row.exit);
+    for (const auto& [name, bytes, exit, expected, note] : rows) {
+        SCOPED_TRACE(name);
+        const ToolRun run = showAll(bytes);
+        EXPECT_EQ(found(run), expected);
+        EXPECT_THAT(run.err, HasSubstr(note));
+        EXPECT_EQ(run.exit, exit);
     }
     const ToolRun derived = kxsip("response 486 -", good);
     EXPECT_THAT(derived.out, testing::StartsWith("SIP/2.0 486 Busy Here\r\n"));

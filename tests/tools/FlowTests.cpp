@@ -1,21 +1,17 @@
 #include "tests/tools/CaptureFile.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <regex>
 
-namespace {
-
 using testing::HasSubstr;
 
-std::ptrdiff_t count(const std::string& text, const std::string& part) {
+static std::ptrdiff_t count(const std::string& text, const std::string& part) {
     const std::regex pattern(part);
     return std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), {});
 }
 
-/** Takes out the elements that hold no others, until there are none; what is not closed in order stays. */
-std::string withoutElements(std::string text) {
+/** Removes elements from the innermost outwards; an element that is not closed in order remains. */
+static std::string withoutElements(std::string text) {
     text = std::regex_replace(text, std::regex("<(!|meta)[^>]*>|<[^>]*/>"), "");
     for (std::size_t before = 0; text.size() != before;) {
         before = text.size();
@@ -23,16 +19,6 @@ std::string withoutElements(std::string text) {
     }
     return text;
 }
-
-/** The picture of a capture. */
-std::string drawn(const std::string& capture, const std::string& name) {
-    const Scratch scratch;
-    const ToolRun run = kxsip("flow -o " + scratch.path(name) + " -", capture);
-    EXPECT_EQ(run.out, "");
-    return scratch.read(name);
-}
-
-} // namespace
 
 TEST(FlowTest, LadderOfText) {
     const std::string file = sample("captures/call_udp.pcap");
@@ -56,8 +42,7 @@ Call-ID 1-5101@127.0.0.1, 5 messages in 0.711 s from 2026-11-21 13:22:25.307 UTC
 }
 
 TEST(FlowTest, ColumnsAreHosts) {
-    const std::string tag = "CSeq: 1 BYE\r\n";
-    const std::string bye = sipMessage("BYE sip:c@d SIP/2.0", tag);
+    const std::string bye = sipMessage("BYE sip:c@d SIP/2.0", "CSeq: 1 BYE\r\n");
     const std::string refused =
         "SIP/2.0 500 " + std::string(100, 'x') + "\r\nCall-ID: x@y\r\nCSeq: 1 BYE\r\nl: 5\r\n\r\n";
     CaptureBytes capture;
@@ -71,9 +56,8 @@ TEST(FlowTest, ColumnsAreHosts) {
     EXPECT_EQ(run.exit, 2);
     std::vector<std::string> lines;
     std::istringstream text(run.out);
-    for (std::string line; std::getline(text, line);) {
+    for (std::string line; std::getline(text, line);)
         lines.push_back(line);
-    }
     ASSERT_EQ(lines.size(), 10U) << run.out;
     EXPECT_THAT(lines[0], HasSubstr("500 xxx"));
     EXPECT_THAT(lines[3],
@@ -86,21 +70,16 @@ TEST(FlowTest, ColumnsAreHosts) {
 }
 
 TEST(FlowTest, ResultIsTheFirstSuccessOrTheLastFailure) {
-    struct Row {
-        std::vector<const char*> codes;
-        const char* result;
-    };
-    const Row rows[] = {
+    const std::pair<std::vector<const char*>, const char*> rows[] = {
         {{"100", "401", "200", "481"}, "200 x"}, {{"401", "486", "180"}, "486 x"}, {{"180"}, "no final response"}};
-    for (const Row& row : rows) {
+    for (const auto& [codes, result] : rows) {
         CaptureBytes capture;
         capture.add(datagram(sipMessage("INVITE sip:c@d SIP/2.0", "CSeq: 1 INVITE\r\n")));
-        for (const char* const code : row.codes) {
+        for (const char* const code : codes)
             capture.add(datagram(sipMessage(std::string("SIP/2.0 ") + code + " x", "CSeq: 1 INVITE\r\n")));
-        }
         capture.add(datagram(sipMessage("SIP/2.0 200 y", "CSeq: 2 BYE\r\n")));
         EXPECT_THAT(kxsip("flow -", capture.bytes()).out,
-                    testing::StartsWith(std::string("INVITE sip:a@b > sip:c@d  ") + row.result + "\n"));
+                    testing::StartsWith(std::string("INVITE sip:a@b > sip:c@d  ") + result + "\n"));
     }
 }
 
@@ -109,29 +88,28 @@ TEST(FlowTest, PicturesHoldWhateverTheMessageHolds) {
         "</title></svg><script>alert('1')</script>&amp;\"]]>\x01\x1B\xFF\xC3\xA9\xED\xA0\x80\xC0\xAF";
     std::string request = sipMessage("OPTIONS sip:a@b SIP/2.0", "CSeq: 1 OPTIONS\r\nX-A: " + evil + "\r\n");
     std::string response = sipMessage("SIP/2.0 500 " + evil, "CSeq: 1 OPTIONS\r\n");
-    for (std::string* const message : {&request, &response}) {
+    for (std::string* const message : {&request, &response})
         message->replace(message->find("x@y"), 3, "<b>&\x02");
-    }
     CaptureBytes capture;
-    for (int i = 0; i < 70; ++i) {
+    for (int i = 0; i < 70; ++i)
         capture.add(datagram(request)).add(datagram(response, "192.0.2.2", "192.0.2.1"));
-    }
+    const Scratch scratch;
     for (const char* name : {"a.svg", "a.html"}) {
         SCOPED_TRACE(name);
-        const std::string picture = drawn(capture.bytes(), name);
+        EXPECT_EQ(kxsip("flow -o " + scratch.path(name) + " -", capture.bytes()).out, "");
+        const std::string picture = scratch.read(name);
         EXPECT_EQ(withoutElements(picture).find('<'), std::string::npos);
         EXPECT_EQ(count(picture, "<script"), 0);
         EXPECT_THAT(
             picture,
             HasSubstr("&lt;script&gt;alert(&#39;1&#39;)&lt;/script&gt;&amp;amp;&quot;]]&gt;\\x01\\x1B\\xFF\xC3\xA9"
                       "\\xED\\xA0\\x80\\xC0\\xAF"));
-        EXPECT_TRUE(std::all_of(picture.begin(), picture.end(),
-                                [](char c) { return static_cast<unsigned char>(c) >= 0x20 || c == '\n'; }));
+        EXPECT_TRUE(std::ranges::all_of(picture, [](unsigned char c) { return c >= 0x20 || c == '\n'; }));
         EXPECT_EQ(count(picture, "<polygon"), 140 + 5); // those of the legend
         EXPECT_EQ(count(picture, "class=\"step req again\""), 69);
         EXPECT_EQ(count(picture, "class=\"step bad\""), 1);
         const bool isHtml = name == std::string_view("a.html");
-        EXPECT_EQ(count(picture, isHtml ? "<details" : ">192.0.2.1<"), isHtml ? 140 : 5); // each thirty messages anew
+        EXPECT_EQ(count(picture, isHtml ? "<details" : ">192.0.2.1<"), isHtml ? 140 : 5); // once per thirty messages
     }
 }
 

@@ -1,32 +1,25 @@
 #include "tests/tools/ToolRun.h"
 
-#include <gmock/gmock.h>
-
-namespace {
-
 using Json = nlohmann::json;
 
 const std::string kRequest = "OPTIONS sip:c@d SIP/2.0\r\n" + kDialog + "CSeq: 1 OPTIONS\r\n";
 const std::string kResponse = "SIP/2.0 200 All is well\r\n" + kDialog + "CSeq: 1 OPTIONS\r\n";
 
-std::string withBody(const std::string& body, std::size_t told) {
+static std::string withBody(const std::string& body, std::size_t told) {
     return "Content-Type: text/plain\r\nContent-Length: " + std::to_string(told) + "\r\n\r\n" + body;
 }
 
-std::string refused(const std::string& text, const std::string& className = "KxSipParseError") {
+static std::string refused(const std::string& text, const std::string& className = "KxSipParseError") {
     return R"({"kind":null,"method":null,"uri":null,"code":null,"reason":null,"version":null,"status":null,)"
            R"("valid":false,"headers":[],"body_bytes":0,"error":{"class":")" +
            className + R"(","text":")" + text + R"("}})";
 }
 
 /** Checks the keys that `expected` names. */
-void expectFields(const Json& actual, const Json& expected) {
-    for (const auto& [key, value] : expected.items()) {
+static void expectFields(const Json& actual, const Json& expected) {
+    for (const auto& [key, value] : expected.items())
         EXPECT_EQ(actual.value(key, Json("absent")), value) << key;
-    }
 }
-
-} // namespace
 
 TEST(ShowJsonTest, TellsEachMessageOfAFile) {
     const std::string request = R"({"kind":"request","method":"OPTIONS","uri":"sip:c@d","code":null,"reason":null,)"
@@ -37,17 +30,11 @@ TEST(ShowJsonTest, TellsEachMessageOfAFile) {
     const std::string keepAlive = refused("Keep-alive datagram encountered", "KxSipParseKeepAliveException");
     const std::string noEnd =
         refused("Invalid Start-Line for SIP request: reached end of message looking for end-of-line");
-    struct Row {
-        const char* name;
-        std::string input;
-        int exit;
-        std::string messages;
-    };
     const std::string cut = withBody("abc\r\n" + kResponse + kNoBody, 9999);
     const std::string cutTwice = withBody("\nBYE sips:c@d SIP/3.0\n\nBYE sip:e SIP/2.0", 9999);
     const std::string notOne = "BYE sip:c@d\r\nSubject : on SIP/2.0\r\n" + withBody("v=0\r\n", 5);
     const std::string noCr = refused("Invalid Start-Line for SIP request: no CR before LF");
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, int, std::string> rows[] = {
         {"request, last of all, line ends behind it", "\r\n" + kRequest + kNoBody + "\r\n\n", 0, request},
         {"body, next message at once", kRequest + withBody("abc", 3) + kResponse + kNoBody, 0,
          R"({"body_bytes":3,"index":0},)" + response},
@@ -62,12 +49,12 @@ TEST(ShowJsonTest, TellsEachMessageOfAFile) {
         {"next one inside a body that is cut", kRequest + cut, 2, cutShort + "," + response},
         {"next one may be broken itself", kRequest + cutTwice, 2, cutShort + "," + noCr + "," + noEnd},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const ToolRun run = kxsip("show --json", row.input);
-        EXPECT_EQ(run, (ToolRun{row.exit, run.out, ""}));
+    for (const auto& [name, input, exit, list] : rows) {
+        SCOPED_TRACE(name);
+        const ToolRun run = kxsip("show --json", input);
+        EXPECT_EQ(run, (ToolRun{exit, run.out, ""}));
         const std::vector<Json> messages = run.json();
-        const Json expected = Json::parse("[" + row.messages + "]");
+        const Json expected = Json::parse("[" + list + "]");
         ASSERT_EQ(messages.size(), expected.size()) << run.out;
         for (std::size_t i = 0; i < messages.size(); ++i) {
             expectFields(messages[i], expected[i]);

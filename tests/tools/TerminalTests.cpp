@@ -1,7 +1,5 @@
 #include "tests/tools/ToolRun.h"
 
-#include <gmock/gmock.h>
-
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -23,22 +21,15 @@ class TerminalTest : public testing::Test {
 protected:
     void SetUp() override {
         const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-        if (terminal == -1 || close(terminal) != 0) {
+        if (terminal == -1 || close(terminal) != 0)
             GTEST_SKIP() << "no pseudo-terminals, as in a bare root folder";
-        }
     }
 };
 
 } // namespace
 
 TEST_F(TerminalTest, ColoursOnlyWhereTheyAreWelcome) {
-    struct Row {
-        const char* environment;
-        const char* option;
-        bool isTerminal;
-        bool isColoured;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, bool, bool> rows[] = {
         {"env -u NO_COLOR TERM=xterm", "", true, true},
         {"env -u NO_COLOR TERM=xterm", " --color never", true, false},
         {"env NO_COLOR= TERM=xterm", "", true, true},
@@ -48,11 +39,11 @@ TEST_F(TerminalTest, ColoursOnlyWhereTheyAreWelcome) {
         {"", "", false, false},
         {"", " --color always", false, true},
     };
-    for (const Row& row : rows) {
-        const std::string arguments = "show " + sample("invite.sip") + row.option;
-        const std::string out = row.isTerminal ? onTerminal(row.environment, arguments) : kxsip(arguments).out;
-        EXPECT_THAT(out, HasSubstr("INVITE")) << row.environment << row.option;
-        EXPECT_EQ(out.find('\x1B') != std::string::npos, row.isColoured) << row.environment << row.option;
+    for (const auto& [environment, option, isTerminal, isColoured] : rows) {
+        const std::string arguments = "show " + sample("invite.sip") + option;
+        const std::string out = isTerminal ? onTerminal(environment, arguments) : kxsip(arguments).out;
+        EXPECT_THAT(out, HasSubstr("INVITE")) << environment << option;
+        EXPECT_EQ(out.find('\x1B') != std::string::npos, isColoured) << environment << option;
     }
     EXPECT_EQ(kxsip("show --color sometimes").exit, 64);
 }
@@ -65,7 +56,7 @@ TEST(ColourTest, UrisStandOut) {
 }
 
 TEST_F(TerminalTest, ProgressOfLongInputs) {
-    // Longer than the half second without a sign of progress by what the tool may take to start on a busy machine.
+    // longer than the half second before progress is shown, plus the start of the tool on a busy machine
     const std::string slow = "(sleep 2; cat " + sample("invite.sip") + ") |";
     EXPECT_THAT(onTerminal(slow, "check - >/dev/null"),
                 testing::AllOf(HasSubstr("100% -"), HasSubstr("1 message: 1 valid")));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <sys/wait.h>
@@ -10,15 +10,15 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 /** A folder of this test, removed with the object. */
 class Scratch {
 public:
     Scratch() : m_path(testing::TempDir() + "kxsipXXXXXX") {
-        if (mkdtemp(m_path.data()) == nullptr) {
+        if (mkdtemp(m_path.data()) == nullptr)
             throw std::runtime_error("no folder for the test: " + m_path);
-        }
     }
     ~Scratch() { std::filesystem::remove_all(m_path); }
     Scratch(const Scratch&) = delete;
@@ -49,9 +49,8 @@ struct ToolRun {
     std::vector<nlohmann::json> json() const {
         std::vector<nlohmann::json> lines;
         std::istringstream text(out);
-        for (std::string line; std::getline(text, line);) {
+        for (std::string line; std::getline(text, line);)
             lines.push_back(nlohmann::json::parse(line));
-        }
         return lines;
     }
     bool operator==(const ToolRun&) const = default;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What bash proposes behind a command line, and that every option it proposes is one.
+# What bash proposes after a command line, and that kxsip accepts every option that is proposed.
 set -euo pipefail
 source tools/kxsip/completion/kxsip
 
@@ -8,7 +8,7 @@ fail() {
     exit 1
 }
 
-# expect WORDS... = PROPOSALS: the last of the words is the one that is typed.
+# expect WORDS... = PROPOSALS: the last word is being typed.
 expect() {
     local words=() joined
     while [ "$1" != = ]; do
@@ -39,7 +39,7 @@ for command in show check flow key response "digest answer" "digest verify"; do
     done
 done
 
-# every command and every option of it stands in the manual, and every command's help ends with an example
+# the manual describes every command and option, and the help of every command ends with an example
 for command in $("$KXSIP" --help | sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p'); do
     grep -q "^\.\(Cm\|It Cm\).*\b$command\b" tools/kxsip/kxsip.1 || fail "kxsip.1 does not tell of $command"
     "$KXSIP" "$command" --help | tail -n 1 | grep -q "^  kxsip $command" || fail "kxsip $command --help has no example"

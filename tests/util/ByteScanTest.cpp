@@ -3,13 +3,11 @@
 #include "util/KxByteScan.h"
 #include "util/KxCharSet.h"
 
-namespace {
-
 constexpr KxCharSet kFew(",;\r\n");
 constexpr KxCharSet kManyRanges(" \t\r\n\\\"()<>@,;:/[]?={}");
 
-/** Sixteen bytes at once find what a loop finds, for every alignment and end before the readable bytes' end. */
-void expectFound(const std::string& text) {
+/** Reading 16 bytes at a time finds what a loop finds, for any alignment and distance to the last readable byte. */
+static void expectFound(const std::string& text) {
     const HeapText block(text);
     const char* const readable = block.view().data() + text.size();
     for (std::size_t cut = 0; cut <= text.size(); cut = cut < 3 ? cut + 1 : cut + 7) {
@@ -24,11 +22,9 @@ void expectFound(const std::string& text) {
     }
 }
 
-} // namespace
-
 TEST(ByteScanTest, FindsWhatALoopFinds) {
     for (std::size_t length = 0; length <= 50; ++length)
-        for (const char other : {'a', '!', '*', '\xac', '\0'}) // alike to wanted ones in some bits
+        for (const char other : {'a', '!', '*', '\xac', '\0'}) // share some bits with the wanted ones
             for (std::size_t place = 0; place <= length; ++place) {
                 std::string text(length, other);
                 if (place < length)

@@ -6,10 +6,9 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 
-namespace {
-
-std::string textOf(const KxDate& date) {
+static std::string textOf(const KxDate& date) {
     char buffer[64];
     const std::size_t length = date.getKxDate(buffer, sizeof buffer);
     EXPECT_EQ(buffer[length], '\0');
@@ -19,14 +18,8 @@ std::string textOf(const KxDate& date) {
     return std::string(buffer, length);
 }
 
-} // namespace
-
 TEST(KxDateTest, ReadsDatesAndWritesThemAsRfc1123) {
-    const struct {
-        const char* text;
-        std::int64_t seconds;
-        const char* written;
-    } rows[] = {
+    const std::tuple<const char*, std::int64_t, const char*> rows[] = {
         {"Thursday, 01-DECEMBER-94 16:00:00 Z", 786297600, "Thu, 01 Dec 1994 16:00:00 GMT"},
         {"Thu Dec  1 16:00:00 1994", 786297600, "Thu, 01 Dec 1994 16:00:00 GMT"},
         {"  thu,1\tdeC 1994 16:00  utc ", 786297600, "Thu, 01 Dec 1994 16:00:00 GMT"},
@@ -38,11 +31,11 @@ TEST(KxDateTest, ReadsDatesAndWritesThemAsRfc1123) {
         {"1-Jan-49", 2493072000, "Fri, 01 Jan 2049 00:00:00 GMT"},
         {"1-Jan-50", -631152000, "Sun, 01 Jan 1950 00:00:00 GMT"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [text, seconds, written] : rows) {
         KxDate date("stale");
-        EXPECT_TRUE(date.constructKxDate(row.text)) << row.text;
-        EXPECT_EQ(date.getSeconds(), row.seconds) << row.text;
-        EXPECT_EQ(textOf(date), row.written);
+        EXPECT_TRUE(date.constructKxDate(text)) << text;
+        EXPECT_EQ(date.getSeconds(), seconds) << text;
+        EXPECT_EQ(textOf(date), written);
     }
     EXPECT_EQ(textOf(KxDate::sFromSeconds(INT64_MAX)), "Fri, 31 Dec 9999 23:59:59 GMT");
     EXPECT_EQ(textOf(KxDate::sFromSeconds(INT64_MIN)), "Mon, 01 Jan 0001 00:00:00 GMT");

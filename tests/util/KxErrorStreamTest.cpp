@@ -10,13 +10,9 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-KxOutputStream& streamOf(std::string_view name) {
+static KxOutputStream& streamOf(std::string_view name) {
     return KxErrorStream::sGetDefault().getDebugStream(name, 0);
 }
-
-} // namespace
 
 TEST(KxErrorStreamTest, LinesBecomeRecordsAndNamesDoNotMix) {
     LogCapture capture;
@@ -30,7 +26,6 @@ TEST(KxErrorStreamTest, LinesBecomeRecordsAndNamesDoNotMix) {
     notes << '\n' << "\n" << 4 << KxString("x");
     EXPECT_EQ(&streamOf("KxNotes"), &notes);
     EXPECT_THAT(capture.texts(), ElementsAre("whole", "three", ""));
-    notes.flush();
     notes.flush();
     KxMake<KxException>("Invalid Via header")->display(streamOf(KxException::sDebugToken), true);
     ASSERT_EQ(capture.records.size(), 1U);
@@ -67,13 +62,12 @@ TEST(KxErrorStreamTest, EndlessLinesAreLoggedInPieces) {
 
 TEST(KxErrorStreamThreadTest, LinesOfThreadsStayWhole) {
     constexpr int kLines = 2000;
-    std::mutex mutex; // log4cplus has its own, which the thread sanitizer does not see
+    std::mutex mutex; // the thread sanitizer does not see that of log4cplus
     std::map<std::string, int> counts;
-    log4cplus::Logger::getRoot().addAppender(
-        log4cplus::SharedAppenderPtr(new FunctionAppender([&](const LogRecord& record) {
-            const std::lock_guard lock(mutex);
-            ++counts[record.text];
-        })));
+    const LogCapture capture(log4cplus::Logger::getRoot(), [&](const LogRecord& record) {
+        const std::lock_guard lock(mutex);
+        ++counts[record.text];
+    });
     const auto write = [](char mark) {
         for (int i = 0; i < kLines; ++i) {
             KxOutputStream& notes = streamOf("KxNotes");
@@ -81,10 +75,8 @@ TEST(KxErrorStreamThreadTest, LinesOfThreadsStayWhole) {
         }
         streamOf("KxNotes") << "last"; // logged when the thread ends
     };
-    std::thread first(write, 'a');
     std::thread second(write, 'b');
-    first.join();
+    std::thread(write, 'a').join();
     second.join();
-    log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
     EXPECT_EQ(counts, (std::map<std::string, int>{{"aaa", kLines}, {"bbb", kLines}, {"last", 2}}));
 }

@@ -3,12 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 TEST(KxInetAddressTest, ReadsAddressesAndWritesThemShort) {
-    const struct {
-        std::string_view text;
-        const char* written;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"192.0.2.1", "192.0.2.1"},
         {"2001:DB8:0:0:0:0:0:1", "2001:db8::1"},
         {"[2001:db8::1]", "2001:db8::1"},
@@ -16,10 +14,10 @@ TEST(KxInetAddressTest, ReadsAddressesAndWritesThemShort) {
         {"[fe80::1%25eth0]", "fe80::1"},
         {"1111:2222:3333:4444:5555:6666:255.255.255.255", "1111:2222:3333:4444:5555:6666:ffff:ffff"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [text, written] : rows) {
         KxInetAddress address;
-        EXPECT_TRUE(address.initFromAddress(row.text)) << row.text;
-        EXPECT_EQ(address.getHostAddress(), row.written) << row.text;
+        EXPECT_TRUE(address.initFromAddress(std::string_view(text))) << text;
+        EXPECT_EQ(address.getHostAddress(), written) << text;
     }
 }
 

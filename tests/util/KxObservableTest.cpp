@@ -1,16 +1,11 @@
 #include "util/KxObservable.h"
 #include "util/KxObserver.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <functional>
-#include <string>
-#include <thread>
+#include "tests/util/Streams.h"
 
 namespace {
 
-/** Leaves its name where it is called. */
+/** Appends its name to `called`. */
 struct Observer : KxObserver {
     Observer(char name, std::string& called) : m_name(name), m_called(called) {}
 
@@ -46,7 +41,7 @@ TEST(KxObservableTest, CallsEachOnceInOrder) {
     subject.unblock();
     EXPECT_EQ(notify(), "");
     subject.unblock();
-    a.onCall = [&] { // observers come and go meanwhile, and notifications nest
+    a.onCall = [&] { // observers are attached and detached in a notification, and notifications nest
         EXPECT_TRUE(subject.detachObserver(a) && subject.detachObserver(b));
         EXPECT_FALSE(subject.detachObserver(b));
         subject.attachObserver(b); // its place is now the last
@@ -60,10 +55,9 @@ TEST(KxObservableTest, CallsEachOnceInOrder) {
 TEST(KxObservableThreadTest, DetachedObserverMayBeDestroyed) {
     KxObservable subject;
     std::atomic<bool> stop{false};
-    std::thread notifier([&] {
-        while (!stop) {
+    std::jthread notifier([&] {
+        while (!stop)
             subject.notifyObservers();
-        }
     });
     for (int i = 0; i < 1000; ++i) {
         std::string called;

@@ -3,21 +3,14 @@
 #include "util/KxHexEncoding.h"
 #include "util/MD5.h"
 
-namespace {
-
-std::string hex(const MD5::Raw& raw) {
+static std::string hex(const MD5::Raw& raw) {
     std::string text(32, ' ');
     EXPECT_EQ(KxHexEncoding::toHex(raw.view(), text.data()), text.data() + text.size());
     return text;
 }
 
-} // namespace
-
 TEST(MD5Test, DigestsKnownTexts) {
-    const struct {
-        std::string text;
-        const char* digest;
-    } rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"", "d41d8cd98f00b204e9800998ecf8427e"}, // RFC 1321 section A.5
         {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
          "57edf4a22be3c955ac49da2e2107b67a"},
@@ -26,9 +19,9 @@ TEST(MD5Test, DigestsKnownTexts) {
         {std::string(56, 'a'), "3b0c8ac703f828b04c6c197006d17218"},
         {std::string(64, 'a'), "014842d480b571495a4a0363793f7367"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(hex(MD5::digestOf(HeapText(row.text).view())), row.digest) << row.text.size();
-        EXPECT_EQ(KxHexEncoding::toHex(MD5::digest(KxByteArray::sCreate(row.text.c_str()))), row.digest);
+    for (const auto& [text, digest] : rows) {
+        EXPECT_EQ(hex(MD5::digestOf(HeapText(text).view())), digest) << text.size();
+        EXPECT_EQ(KxHexEncoding::toHex(MD5::digest(KxByteArray::sCreate(text.c_str()))), digest);
     }
     EXPECT_EQ(KxHexEncoding::toHex(MD5::digest(nullptr)), "d41d8cd98f00b204e9800998ecf8427e");
 }

@@ -1,18 +1,11 @@
+#include "tests/util/Streams.h"
 #include "util/KxByteArray.h"
 #include "util/KxHandle.h"
 #include "util/KxParameters.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <functional>
-#include <string>
-#include <thread>
-#include <vector>
-
 namespace {
 
-/** Says farewell when it goes. */
+/** Calls a function in its destructor. */
 class Probe : public KxObject {
 public:
     explicit Probe(std::function<void()> farewell) : m_farewell(std::move(farewell)) {}
@@ -40,8 +33,8 @@ TEST(HandleTest, LastHandleFreesHoweverHandlesWerePassedOn) {
     EXPECT_TRUE(object->isUnshared());
     EXPECT_EQ(second.detach(), object);
     first = KxHandle<Probe>(object);
-    EXPECT_EQ(object->Release(true), 1U);  // what detach left behind
-    EXPECT_EQ(object->Release(false), 0U); // fresh again
+    EXPECT_EQ(object->Release(true), 1U);  // the reference that detach left
+    EXPECT_EQ(object->Release(false), 0U); // no reference, as after new
     EXPECT_EQ(first.detach(), object);
     first = KxHandle<Probe>(object);
     EXPECT_FALSE(gone);
@@ -100,21 +93,20 @@ TEST(ThreadHandleTest, FourThreadsShareAndLetGoTogether) {
     for (int i = 0; i < kObjects; ++i)
         handles.emplace_back(probe(), i % 2 == 0 ? nullptr : probe());
     std::atomic<int> ready = 0;
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&ready, mine = handles]() mutable {
             for (++ready; ready < 5;)
                 std::this_thread::yield();
             for (KxHandle<Probe>& handle : mine) {
                 for (int n = 0; n < 20; ++n)
-                    handle = KxHandle<Probe>(static_cast<const KxHandle<Probe>&>(handle));
+                    handle = KxHandle<Probe>(std::as_const(handle));
                 handle = nullptr;
             }
         });
     handles.clear();
     EXPECT_EQ(freed, 0);
     ++ready;
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_EQ(freed, kObjects + kObjects / 2);
 }

@@ -3,14 +3,12 @@
 #include "util/KxByteArrayOutputStream.h"
 
 #include <climits>
-#include <tuple>
-#include <vector>
 
 using namespace std::string_view_literals;
 
 namespace {
 
-/** Offers no window: every piece comes to it as it was written. */
+/** Has no window: gets every piece as it was written. */
 class PlainSink final : public KxOutputStream {
 public:
     std::string bytes;
@@ -19,7 +17,7 @@ protected:
     void writeBeyondWindow(const char* from, std::size_t count) override { bytes.append(from, count); }
 };
 
-/** Reads, looks ahead, marks and goes back at random; a place in the text must say the same. */
+/** Reads, peeks, marks and resets at random, and compares with a position in the text. */
 void expectFollows(KxInputStream&& in, std::string_view text) {
     Dice dice;
     std::size_t at = 0;

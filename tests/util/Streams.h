@@ -6,13 +6,22 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <random>
+#include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <tuple>
 #include <utility>
+#include <vector>
 
-/** A copy in a heap block of its exact size: whoever reads a byte too far is caught by the sanitizer. */
+/** A copy in a heap block of its exact size: the address sanitizer sees a read beyond its end. */
 class HeapText {
 public:
     explicit HeapText(std::string_view text) : m_block(new char[text.size()]), m_size(text.size()) {
@@ -25,7 +34,7 @@ private:
     std::size_t m_size;
 };
 
-/** Delivers a text a few bytes at a time, and fails once on its way where told to. */
+/** Delivers a text a few bytes at a time, and fails once after `failAt` bytes. */
 class DribblingStream final : public KxInputStream {
 public:
     explicit DribblingStream(std::string_view text, std::size_t step, bool marks = true, std::size_t failAt = SIZE_MAX)
@@ -57,7 +66,7 @@ inline std::string readRest(KxInputStream& in) {
     return rest;
 }
 
-/** What the reader makes of a text, "@", and what it leaves unread: over memory, and the same over slow streams. */
+/** What the reader makes of a text, "@", and what it leaves unread. Slow streams must give the same as memory. */
 template <class Reader>
 std::string readEveryWay(std::string_view text, Reader reader) {
     const HeapText bytes(text);
@@ -69,6 +78,19 @@ std::string readEveryWay(std::string_view text, Reader reader) {
     EXPECT_EQ(outcome(DribblingStream(bytes.view(), 1)), expected) << testing::PrintToString(text);
     EXPECT_EQ(outcome(DribblingStream(bytes.view(), 3, false)), expected) << testing::PrintToString(text);
     return expected;
+}
+
+/** A text, what the reader makes of it, and what it leaves unread. */
+struct ReadRow {
+    std::string text;
+    std::string outcome;
+    std::string rest = "";
+};
+
+template <auto reader>
+void expectReads(std::initializer_list<ReadRow> rows) {
+    for (const ReadRow& row : rows)
+        EXPECT_EQ(readEveryWay(row.text, reader), row.outcome + "@" + row.rest) << testing::PrintToString(row.text);
 }
 
 /** Calls f with every text of up to `longest` characters of the alphabet, until a test fails. */
@@ -83,7 +105,14 @@ void forEveryText(std::string_view alphabet, std::size_t longest, F f) {
         }
 }
 
-/** Chance that repeats. */
+inline std::string repeated(std::string_view text, std::size_t times) {
+    std::string all;
+    while (times-- != 0)
+        all += text;
+    return all;
+}
+
+/** Random numbers, the same in every run. */
 struct Dice {
     std::size_t operator()(std::size_t sides) { return m_engine() % sides; }
     std::string text(std::string_view alphabet, std::size_t length) {

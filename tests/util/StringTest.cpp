@@ -3,27 +3,21 @@
 #include "core/MemAllocatorFaults.h"
 #include "util/KxString.h"
 
-#include <functional>
 #include <new>
-#include <tuple>
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-namespace {
-
-KxHandle<KxStringBuffer> bufferOf(std::string_view text) {
+static KxHandle<KxStringBuffer> bufferOf(std::string_view text) {
     return KxStringBuffer::sCreate(text.data(), text.size());
 }
 
 /** The buffer holds exactly this text and a NUL after it. */
-void expectText(const KxStringBuffer& buffer, std::string_view expected) {
+static void expectText(const KxStringBuffer& buffer, std::string_view expected) {
     EXPECT_EQ(buffer.view(), expected);
     EXPECT_EQ(buffer.c_str()[expected.size()], '\0');
     EXPECT_GE(buffer.capacity(), expected.size());
 }
-
-} // namespace
 
 TEST(StringTest, ComparesByteByByteAndFoldsAsciiOnly) {
     const std::tuple<KxString, KxString, int, int> rows[] = {
@@ -119,9 +113,8 @@ TEST(StringTest, ChangesACopyOfAWord) {
         change(*s_constant.getBuffer());
         change(*KxString("udp").getBuffer());
         EXPECT_EQ(word, expected->view());
-        for (const KxString& untouched : {other, KxString("udp"), KxString(s_constant.view())}) {
+        for (const KxString& untouched : {other, KxString("udp"), KxString(s_constant.view())})
             EXPECT_EQ(untouched, "udp");
-        }
     }
 }
 
@@ -133,7 +126,7 @@ TEST(StringTest, AppendsToACopyWhereItIsShared) {
         const KxStringBuffer* const own = changed.getBuffer().get();
         for (int i = 0; i < 50; ++i)
             changed += "-";
-        EXPECT_EQ(changed.getBuffer().get(), own); // alone with it, it grows in place
+        EXPECT_EQ(changed.getBuffer().get(), own); // the buffer is not shared, so it grows in place
         EXPECT_EQ(changed, before + "+" + std::string(50, '-'));
         KxString twice(original);
         twice.append(twice).append(twice);

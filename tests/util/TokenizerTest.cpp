@@ -6,11 +6,9 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 using Tokenizer = KxStreamTokenizer;
 
-namespace {
-
 using Reader = std::string (*)(KxInputStream&);
 
-std::string textOf(const KxString& string) {
+static std::string textOf(const KxString& string) {
     EXPECT_FALSE(string.isNil());
     return std::string(string.view());
 }
@@ -28,7 +26,7 @@ constexpr Reader kWord = [](KxInputStream& in) {
 
 /** Reads into a buffer of its exact size; a text that fits is marked so. */
 template <auto kGet>
-auto inBuffer(std::size_t size) {
+static auto inBuffer(std::size_t size) {
     return [size](KxInputStream& in) {
         const std::unique_ptr<char[]> buffer(new char[size]);
         std::fill_n(buffer.get(), size, '?');
@@ -46,14 +44,8 @@ constexpr auto kPeek = [](KxInputStream& in, char* to, std::size_t n) {
 };
 constexpr auto kGetLine = [](KxInputStream& in, char* to, std::size_t n) { return Tokenizer::sGetLine(in, to, n); };
 
-} // namespace
-
 TEST(TokenizerTest, ReadsAndLeavesTheRest) {
-    const struct {
-        Reader reader;
-        std::string_view text;
-        std::string_view outcome;
-    } rows[] = {
+    const std::tuple<Reader, std::string_view, std::string_view> rows[] = {
         {kToken, " \t ab;c", "ab@;c"},
         {kToken, "\ta\0b\xFF"sv, "a\0b\xFF@"sv},
         {kToken, "\r\na", "\r@\na"}, // a line end is no white space
@@ -87,7 +79,7 @@ TEST(TokenizerTest, BuffersHoldWhatFits) {
             const std::string token(length, 'x');
             const std::size_t kept = std::min(length, std::max<std::size_t>(size, 1) - 1);
             const std::string result = std::string(kept, 'x') + (length < size ? " fits@" : "@");
-            for (const std::string end : {";r", ""}) { // the end ends it, too
+            for (const std::string end : {";r", ""}) { // the end of the text ends it too
                 EXPECT_EQ(readEveryWay(" " + token + end, inBuffer<kGet>(size)), result + token.substr(kept) + end);
                 EXPECT_EQ(readEveryWay(" " + token + end, inBuffer<kPeek>(size)), result + " " + token + end);
             }

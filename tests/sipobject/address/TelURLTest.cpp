@@ -2,10 +2,8 @@
 
 #include "tests/sipobject/support/MessageSupport.h"
 
-namespace {
-
-/** number, "+" where it is global, parameters; then the printed form. */
-std::string readTel(KxInputStream& in) {
+/** Number, "+" if it is global, parameters; then the printed form. */
+static std::string readTel(KxInputStream& in) {
     return outcomeOf([&in] {
         KxTelURL url;
         url.parse(in);
@@ -15,32 +13,20 @@ std::string readTel(KxInputStream& in) {
     });
 }
 
-} // namespace
-
 TEST(TelURLTest, Reads) {
-    const struct {
-        std::string_view input;
-        std::string result;
-        const char* rest;
-    } rows[] = {
-        {"xyz:123", "123||  tel:123", ""},
-        {"tel: 1\r2 34 \r;a\r=b\r\nX", "12 34||a=b  tel:12 34;a=b", "X"},
-        {"tel:1+2+3", "1+23|+|  tel:1+23", ""}, // the first "+" counts, wherever it stands
-        {"tel:+1; a = b+c:d ;e ", "+1|+|a=b+cd;e  tel:+1;a=b+cd;e", ""},
-        {"+123", "(none)||  tel:", ""},
-        {"123;x", "(none)||  tel:", "x"}, // no colon, so the parameters are the header's
-        {"tel:;a", "||a  tel:;a", ""},
-        {"tel:1;a<b:2", "2||  tel:2", ""},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(readEveryWay(row.input, readTel), row.result + "@" + row.rest) << row.input;
-    }
-}
-
-TEST(TelURLTest, HoldsSoManyCharacters) {
     const std::string fits = "tel:" + std::string(1020, '5');
-    EXPECT_EQ(readEveryWay(fits + ":::\n5", readTel), std::string(1020, '5') + "||  " + fits + "@5");
-    EXPECT_EQ(readEveryWay(fits + "67", readTel), "KxSipParseError: Invalid TelURL@7");
+    expectReads<readTel>({
+        {"xyz:123", "123||  tel:123"},
+        {"tel: 1\r2 34 \r;a\r=b\r\nX", "12 34||a=b  tel:12 34;a=b", "X"},
+        {"tel:1+2+3", "1+23|+|  tel:1+23"}, // the first "+" makes it global, wherever it is
+        {"tel:+1; a = b+c:d ;e ", "+1|+|a=b+cd;e  tel:+1;a=b+cd;e"},
+        {"+123", "(none)||  tel:"},
+        {"123;x", "(none)||  tel:", "x"}, // no colon, so the parameters are the header's
+        {"tel:;a", "||a  tel:;a"},
+        {"tel:1;a<b:2", "2||  tel:2"},
+        {fits + ":::\n5", std::string(1020, '5') + "||  " + fits, "5"},
+        {fits + "67", "KxSipParseError: Invalid TelURL", "7"},
+    });
 }
 
 TEST(TelURLTest, EqualAsPrinted) {

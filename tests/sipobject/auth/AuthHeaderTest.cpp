@@ -2,11 +2,7 @@
 #include "sipobject/messages/KxSipResponse.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
-namespace {
-
 constexpr const char* kNoLast = "KxException: Failed to parse Proxy-Authenticate SIP header";
-
-} // namespace
 
 TEST(AuthHeaderTest, Challenges) {
     constexpr const char* kRefused = "KxException: Challenge type not supported !";
@@ -18,9 +14,7 @@ TEST(AuthHeaderTest, Challenges) {
             {"proxy-authenticate:\t digest   realm=a", "Digest|a", "proxy-authenticate: Digest realm=\"a\""},
             {"Proxy-Authenticate: Digest stale=\"a b\",qop=c", "Digest|",
              "Proxy-Authenticate: Digest stale=a b,qop=\"c\"", "Proxy-Authenticate: Digest stale=ab,qop=\"c\""},
-            {"WWW-Authenticate: Basic realm=\"a\"", "", kRefused},
             {"WWW-Authenticate: Digest\trealm=\"a\"", "", kRefused}, // a tab is no blank
-            {"WWW-Authenticate: Digest realm=\"a\",opaque=\"\"", "", kNoLast},
             {"WWW-Authenticate: Digest a=" + std::string(1024, 'x'), "", "KxException: Buffer overflew !!!"},
         });
     const auto header = KxMake<KxSipWWWAuthenticateHeader>(KxMake<KxSipDigestChallengeInfo>("r"));
@@ -63,7 +57,6 @@ TEST(AuthHeaderTest, AuthenticationInfo) {
     expectRows<KxSipAuthenticationInfoHeader, &KxSipAuthenticationInfoHeader::getNextnonce,
                &KxSipAuthenticationInfoHeader::getRspauth, &KxSipAuthenticationInfoHeader::getQop,
                &KxSipAuthenticationInfoHeader::getNc, &KxSipAuthenticationInfoHeader::getCnonce>({
-        {"Authentication-Info: rspauth=\"x\"", "|x|||", "Authentication-Info: nextnonce=\"\",rspauth=\"x\""},
         {"Authentication-Info:\t cnonce=\"c,d\", nc=1, Qop=\"auth\", NEXTNONCE=n", "n||auth|1|c,d",
          "Authentication-Info: nextnonce=\"n\",qop=auth,nc=1,cnonce=\"c,d\""},
         {"Authentication-Info: nc=1,rspauth=", "|||1|", "Authentication-Info: nextnonce=\"\""},
@@ -78,18 +71,18 @@ TEST(AuthHeaderTest, MessagesGiveTheFirst) {
         return KxHandleCast<KxSipRequest>(
             readMessage("OPTIONS sip:a SIP/2.0\r\n" + requiredHeaders("OPTIONS") + lines + "\r\n"));
     };
-    const std::string mine = "Authorization: Digest response=1\r\nAuthorization: Digest response=2\r\n";
+    const std::string own = "Authorization: Digest response=1\r\nAuthorization: Digest response=2\r\n";
     const std::string proxys = "Proxy-Authorization: Digest response=3\r\n";
     const auto response = [](const KxHandle<KxSipAuthorizationHeader>& header) {
         return KxHandleCast<KxSipDigestCredentialsInfo>(header->getCredentials())->getProperty("response");
     };
-    EXPECT_EQ(response(request(proxys + mine)->getAuthorizationHeader()), "1");
+    EXPECT_EQ(response(request(proxys + own)->getAuthorizationHeader()), "1");
     EXPECT_EQ(response(request(proxys)->getAuthorizationHeader()), "3");
     const auto refused = request("Authorization: Basic x\r\n");
     EXPECT_TRUE(refused->getAuthorizationHeader().isNil());
     EXPECT_EQ(refused->getStatus(), KX_STATUS_INCOMPLETE);
 
-    const KxHandle<KxSipResponse> answer = KxMake<KxSipResponse>(401, request(""), nullptr, nullptr, 0U);
+    const auto answer = KxMake<KxSipResponse>(401, request(""), nullptr, nullptr, 0U);
     EXPECT_TRUE(answer->getAuthenticateHeader().isNil());
     const auto challenge = KxMake<KxSipDigestChallengeInfo>("r");
     answer->addHeader(KxMake<KxSipProxyAuthenticateHeader>(challenge), false);

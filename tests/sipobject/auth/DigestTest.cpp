@@ -3,8 +3,6 @@
 #include "tests/sipobject/support/MessageSupport.h"
 #include "util/KxHexEncoding.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
 constexpr const char* kUnsupported = "KxException: Unsupported Algorithm: Only MD5 is supported !!!";
@@ -111,7 +109,7 @@ TEST(DigestTest, AnyOtherResponseIsRefused) {
         const std::string changed = std::string(text).replace(response, 32, other);
         EXPECT_FALSE(receive(changed, row)->validate(kUser, kPassword, kRealm)) << changed;
     }
-    // what a stranger says of the secret is never believed
+    // a password that the peer sends is not used
     const std::string forged = "username=u,realm=r,nonce=n,uri=s,algorithm=MD5,password=p";
     const Credentials own = KxSipDigestCredentialsInfo::sCreateFrom(arrayOf(forged));
     own->setMethod("GET");
@@ -135,9 +133,8 @@ TEST(DigestTest, AlgorithmsThatAreRefused) {
         [&] { none->setEntityBody(nullptr); }, [&] { none->validate("u", "p", "r"); },
         [&] { none->serialize(out); },
     };
-    for (const auto& use : uses) {
+    for (const auto& use : uses)
         EXPECT_EQ(outcomeOf(use), kUnsupported);
-    }
     EXPECT_EQ(out.view(), "");
     EXPECT_EQ(outcomeOf([] { KxSipChallengeInfo::constructFrom("Basic", arrayOf("realm=a")); }),
               "KxException: Challenge type not supported !");
@@ -149,12 +146,8 @@ TEST(DigestTest, AlgorithmsThatAreRefused) {
 }
 
 TEST(DigestTest, Qop) {
-    const struct {
-        const char* options;
-        const char* qop;
-        std::int32_t nc;
-        const char* result; ///< Of qop, cnonce and nc, which are nil where nothing is set.
-    } rows[] = {
+    // options; qop; count; result: qop, cnonce and nc, which are nil if nothing is set
+    const std::tuple<const char*, const char*, std::int32_t, const char*> rows[] = {
         {"auth", "auth", 255, "auth|c|000000ff"},
         {"auth,auth-int", "auth-int", -1, "auth-int|c|ffffffff"},
         {"auth-int", "auth", 0x7FFFFFFF, "auth|c|7fffffff"},
@@ -163,12 +156,12 @@ TEST(DigestTest, Qop) {
         {"auth", nullptr, 1, "||"},
         {nullptr, "auth", 1, "||"},
     };
-    for (const auto& row : rows) {
-        KxSipDigestCredentialsInfo credentials(challengeWith("MD5", row.options), "u", "p");
-        credentials.setQop(row.qop, "c", row.nc);
+    for (const auto& [options, qop, count, result] : rows) {
+        KxSipDigestCredentialsInfo credentials(challengeWith("MD5", options), "u", "p");
+        credentials.setQop(qop, "c", count);
         const KxString nc = credentials.getProperty("nc");
-        EXPECT_EQ(joined(credentials.getProperty("qop"), credentials.getProperty("cnonce"), nc), row.result);
-        EXPECT_EQ(nc.isNil(), row.result[0] == '|');
+        EXPECT_EQ(joined(credentials.getProperty("qop"), credentials.getProperty("cnonce"), nc), result);
+        EXPECT_EQ(nc.isNil(), result[0] == '|');
     }
 }
 
@@ -188,8 +181,7 @@ TEST(DigestTest, SecretsStayWhereTheyAre) {
     const std::string text = written(*credentials);
     EXPECT_THAT(text, testing::HasSubstr("\",uri=\"sip:h;lr\",algorithm=MD5,opaque=\"\",qop=\"auth-int\",nc=00000001"));
     EXPECT_THAT(text, testing::Not(testing::ContainsRegex("sesame|password|method|qopoptions|entity")));
-    for (const LogRecord& record : capture.records) {
+    for (const LogRecord& record : capture.records)
         EXPECT_THAT(record.text, testing::Not(testing::ContainsRegex("sesame|open")));
-    }
     EXPECT_FALSE(capture.records.empty());
 }

@@ -1,13 +1,11 @@
 #include "sipobject/address/KxTelURL.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
-namespace {
-
 /** Display name|class of the URI|header parameters. */
 template <class H>
-std::string addressFields(const H& header) {
+static std::string addressFields(const H& header) {
     const KxSipNameAddress& address = *header.getNameAddress();
-    if (const KxHandle<KxSipURL> url = address.getURL(); !url.isNil()) { // it was taken apart as its text tells
+    if (const KxHandle<KxSipURL> url = address.getURL(); !url.isNil()) { // its parts are those of its text
         const auto parts = [](const KxSipURL& of) {
             return joined(of.getUser(), of.getUserPassword(), of.getHost(), of.getPort(), of.getParameters());
         };
@@ -20,15 +18,12 @@ std::string addressFields(const H& header) {
     }
 }
 
-constexpr const char* kWrongFormat = "KxSipParseError: Sip URL wrong format";
 constexpr const char* kOpenQuote = "KxSipParseError: Invalid quote in KxSipNameAddress";
 constexpr const char* kTooLong = "KxSipParseError: Invalid SIP Name Address";
 
-std::string invalid(const std::string& character) {
+static std::string invalid(const std::string& character) {
     return "KxSipParseError: Invalid Character (" + character + ") in name-addr";
 }
-
-} // namespace
 
 TEST(AddressHeaderTest, DisplayNames) {
     const std::string longest(1023, 'n');
@@ -41,14 +36,12 @@ TEST(AddressHeaderTest, DisplayNames) {
         {"t: \"\"<sip:h>", "\"\"|KxSipURL|", "t: \"\" <sip:h>"},
         // without brackets there is no display name, and the URI begins with the last quote
         {"To: \"Bob\" sip:h;tag=1", "|KxURI|", "To: <\" sip:h;tag=1>"},
-        {"To: a@b <sip:h>", "", invalid("@")},
-        {"To: \"a\", <sip:h>", "", invalid(",")},
         {"To: B\xf6\x62 <sip:h>", "", invalid("\xf6")},
         {"To: a\tb <sip:h>", "", invalid("\t")},
         {"To: Bob", "", invalid("\r")},
         {"To: \"\\\"", "", kOpenQuote},
-        {"To: \"a\\\\\" <sip:h>", "", kOpenQuote}, // a quote behind any backslash does not close
-        // one character more is written in front of the "<" than was read here
+        {"To: \"a\\\\\" <sip:h>", "", kOpenQuote}, // a quote after any backslash does not close
+        // a blank is written before the "<", which is then one character too many
         {"To: " + longest + "<sip:h>", longest + "|KxSipURL|", "To: " + longest + " <sip:h>", kTooLong},
         {"To: " + longest.substr(1) + " <sip:h>", longest.substr(1) + "|KxSipURL|",
          "To: " + longest.substr(1) + " <sip:h>"},
@@ -75,11 +68,10 @@ TEST(AddressHeaderTest, FromAndTo) {
         {"From: tel:+1;isub=2;tag=1", "|KxTelURL|", "From: <tel:+1;isub=2;tag=1>"},
         {"From: <urn:a,b> ;tag=1", "|KxURI|tag=1", "From: <urn:a,b>;tag=1"},
         {"From: urn:a,b;tag=1", "|KxURI|", "From: <urn:a,b;tag=1>"},
-        // of a URL with parameters only those remain that tell who, not where
+        // From and To keep only URL parameters that identify the user
         {"From: <sip:h;user=phone;transport=tcp;MAddr=x;ttl=1?a=b>;tag=1", "|KxSipURL|tag=1",
          "From: <sip:h;user=phone>;tag=1"},
-        {"From: <sip:h?a=b>", "|KxSipURL|", "From: <sip:h?a%3Db>"},
-        {"From: <sip:>;sip:;1001@10.0.0.1", "", kWrongFormat},
+        {"From: <sip:>;sip:;1001@10.0.0.1", "", "KxSipParseError: Sip URL wrong format"},
         {"From: <sip:h>;tag=1, <", "", "KxException: INVALID URI"},
     });
     EXPECT_EQ(outcomeOf([] { return linesOf(*KxMake<KxSipToHeader>("Bob\n")); }), "KxSipParseError: URL not specified");
@@ -123,8 +115,6 @@ TEST(AddressHeaderTest, RoutesDropHeaderParametersAndSayWhoFailed) {
     });
     const std::string record = "KxSipParseError: Exception when parsing Name-Address in KxSipRecordRouteHeader: ";
     expectRows<KxSipRecordRouteHeader, addressFields<KxSipRecordRouteHeader>>({
-        {"Record-Route: <sip:p;lr>;x", "|KxSipURL", "Record-Route: <sip:p;lr>"},
-        {"Record-Route: <sip:p>, urn:a", "", "KxSipParseError: Invalid SIP URL in Name-Address for Record-Route"},
         {"Record-Route: a@b", "", record + "Invalid Character (@) in name-addr"},
         {"Record-Route: <p>", "", record + "INVALID URI"},
     });
@@ -138,7 +128,7 @@ TEST(AddressHeaderTest, ReferToKeepsTheBareURI) {
         {
             {"Refer-To: <tel:1>;x, sip:a@h", "tel:1|no SIP URL & sip:a@h|SIP URL",
              "Refer-To: tel:1 & Refer-To: sip:a@h"},
-            // what the brackets held together falls apart
+            // without the brackets, the URL is read as another one
             {"Refer-To: <sip:h;method=BYE>", "sip:h;method=BYE|SIP URL", "Refer-To: sip:h;method=BYE",
              "Refer-To: sip:h"},
             {"Refer-To: <a@b:c>", "a@b:c|no SIP URL", "Refer-To: a@b:c", invalid("@")},
@@ -185,15 +175,14 @@ TEST(AddressHeaderTest, StreamsTakeHandles) {
         out << handle;
         return std::string(out.view());
     };
-    KxByteArrayInputStream first("A <sip:a>");
-    KxByteArrayInputStream second("<sip:b>");
+    KxByteArrayInputStream in("A <sip:a>");
     KxHandle<KxSipNameAddress> address;
-    first >> address;
+    in >> address;
     EXPECT_EQ(text(address), "A <sip:a>");
     const KxSipNameAddress* const made = address.get();
-    second >> address; // into the one that is there
+    KxByteArrayInputStream second("<sip:b>");
+    second >> address;
     EXPECT_EQ(address.get(), made);
-    EXPECT_EQ(text(address), "<sip:b>");
-    EXPECT_EQ(text(address->getURL()) + text(KxMake<KxTelURL>("tel:1")), "sip:btel:1");
+    EXPECT_EQ(text(address) + text(address->getURL()) + text(KxMake<KxTelURL>("tel:1")), "<sip:b>sip:btel:1");
     EXPECT_EQ(text(KxHandle<KxSipURL>()) + text(KxHandle<KxTelURL>()), "");
 }

@@ -1,9 +1,9 @@
-// Headers that a host builds by hand: each is written as one that was read, and is one when it is read again.
+// Headers that a host builds are written as those that were read, and are read again as the same class.
 
 #include "sipobject/address/KxTelURL.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
-/** Assigning would share what the object owns, or make it another class's; of digest lists only the content is copied. */
+/** These have no assignment: it would share what the object owns. */
 template <class... Objects>
 constexpr bool kAssignable = (std::is_copy_assignable_v<Objects> || ...);
 static_assert(!kAssignable<KxSipHeader, KxSipContactHeader, KxSipUnknownHeader, KxSipWWWAuthenticateHeader, KxURI,
@@ -17,12 +17,9 @@ TEST(BuiltHeaderTest, AreWrittenAndReadAsOthers) {
     parameters->setValue("x", KxString("1"));
     const auto session = KxMake<KxSipSessionExpiresHeader>(1800U);
     session->setRefresher("uas");
-    const struct {
-        Made header;
-        const char* line;
-    } rows[] = {
+    const std::pair<Made, const char*> rows[] = {
         {KxMake<KxSipAcceptEncodingHeader>("gzip"), "Accept-Encoding: gzip"},
-        {KxMake<KxSipAcceptHeader>("applxcation", "plain"), "Accept: applxcation/plain"}, // nearly a known word
+        {KxMake<KxSipAcceptHeader>("applxcation", "plain"), "Accept: applxcation/plain"}, // almost a well-known word
         {KxMake<KxSipAcceptLanguageHeader>("da"), "Accept-Language: da"},
         {KxMake<KxSipAlertInfoHeader>(KxHandle<KxURI>(uri)), "Alert-Info: <tel:+1>"},
         {KxMake<KxSipAlertInfoHeader>("<sip:h>;x"), "Alert-Info: <sip:h>;x"},
@@ -60,19 +57,20 @@ TEST(BuiltHeaderTest, AreWrittenAndReadAsOthers) {
         {KxMake<KxSipUnsupportedHeader>("foo"), "Unsupported: foo"},
         {KxMake<KxSipUserAgentHeader>("U/1 (x)"), "User-Agent: U/1 (x)"},
     };
-    uri->parse("tel:2"); // what they were made of is theirs no longer
+    uri->parse("tel:2"); // the headers have copies
     address->getURL()->clearParameters();
     parameters->clear();
-    for (const auto& row : rows) {
-        EXPECT_EQ(linesOf(*row.header), row.line);
-        const Made again = readHeader(row.line);
-        EXPECT_EQ(className(*again), className(*row.header)) << row.line;
-        EXPECT_EQ(again->getHeaderID(), row.header->getHeaderID()) << row.line;
-        EXPECT_EQ(linesOf(*again), row.line);
+    for (const auto& [header, line] : rows) {
+        EXPECT_EQ(linesOf(*header), line);
+        const Made again = readHeader(line);
+        EXPECT_EQ(className(*again), className(*header)) << line;
+        EXPECT_EQ(again->getHeaderID(), header->getHeaderID()) << line;
+        EXPECT_EQ(linesOf(*again), line);
     }
 }
 
 TEST(BuiltHeaderTest, NilIsWrittenAsNothing) {
+    EXPECT_EQ(KxSipMaxForwardsHeader::sGetExpandedToken(), "Max-Forwards");
     const KxHandle<KxSipNameAddress> nobody;
     const KxHandle<KxURI> nothing;
     EXPECT_EQ(linesOf(*KxMake<KxSipRouteHeader>(nobody)), "Route: <:>");

@@ -16,14 +16,12 @@ TEST(ExpiryHeaderTest, ExpiresIsANumberOrADate) {
             {"Expires: " + std::string(64, '9'), "", kTooLong},
             {"Expires: Thu, 01 Dec 1994 16:00:00 GMT", "786297600|0"},
             {"Expires: 12 Dec 1994", "787190400|0", "Expires: Mon, 12 Dec 1994 00:00:00 GMT"},
-            // what is neither is a date that could not be read
+            // any other text is kept as a date that could not be read
             {"Expires: soon, " + std::string(100, '!'), "0|0", "Expires: soon, " + std::string(100, '!')},
             {"Expires: 60, 70 ", "0|0"},
             {"Expires: \v060", "0|0", "Expires: 060", "Expires: 60"},
         });
-    const auto header = KxMake<KxSipExpiresHeader>("Thu, 01 Dec 1994 16:00:00 GMT");
-    EXPECT_TRUE(header->isSipDate());
-    EXPECT_EQ(linesOf(*header), "Expires: Thu, 01 Dec 1994 16:00:00 GMT");
+    EXPECT_TRUE(KxMake<KxSipExpiresHeader>("Thu, 01 Dec 1994 16:00:00 GMT")->isSipDate());
     EXPECT_EQ(linesOf(*KxMake<KxSipExpiresHeader>(nullptr)), "Expires: ");
 }
 
@@ -31,21 +29,12 @@ TEST(ExpiryHeaderTest, MinExpiresInsistsOnADigit) {
     constexpr const char* kNoDigit = "KxSipParseError: Invalid Minimum SE header";
     expectRows<KxSipMinExpiresHeader, &KxSipMinExpiresHeader::getDeltaSeconds>({
         {"Min-Expires:\t060s, 99999999999", "60 & 4294967295", "Min-Expires: 60 & Min-Expires: 4294967295"},
-        {"Min-Expires: x", "", kNoDigit},
         {"Min-Expires: 1, \xb2", "", kNoDigit},
         {"Min-Expires: \f1", "", kNoDigit},
     });
 }
 
-TEST(ExpiryHeaderTest, MaxForwardsTakesWhatDigitsThereAre) {
-    expectRows<KxSipMaxForwardsHeader, &KxSipMaxForwardsHeader::getMaxForwards>({
-        {"Max-Forwards: seventy", "0", "Max-Forwards: 0"},
-    });
-    EXPECT_EQ(KxSipMaxForwardsHeader::sGetExpandedToken(), "Max-Forwards");
-}
-
 TEST(ExpiryHeaderTest, SessionTimersHaveParameters) {
-    constexpr const char* kInvalid = "KxSipParseError: Invalid Session-Expires header";
     using Header = KxSipSessionExpiresHeader;
     expectRows<Header, &Header::getDeltaSeconds, &Header::getRefresher, &Header::isRefresherUAC,
                &Header::isRefresherUAS>({
@@ -54,7 +43,7 @@ TEST(ExpiryHeaderTest, SessionTimersHaveParameters) {
         {"x: 4294967296;refresher=proxy, 3", "4294967295|proxy|0|0 & 3||0|0",
          "x: 4294967295;refresher=proxy & Session-Expires: 3"},
         {"x: 1800s;refresher=uac", "1800||0|0", "x: 1800"},
-        {"Session-Expires: never", "", kInvalid},
+        {"Session-Expires: never", "", "KxSipParseError: Invalid Session-Expires header"},
     });
     expectRows<KxSipMinSEHeader, &KxSipMinSEHeader::getDeltaSeconds, &KxSipMinSEHeader::getParameters>({
         {"Min-SE: 60;a=b;c", "60|a=b;c"},
@@ -71,7 +60,7 @@ TEST(ExpiryHeaderTest, RetryAfterHasACommentInFrontOfItsParameters) {
         {"Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6",
          "5|" + std::string(49999, '(') + std::string(49999, ')') + "|6",
          "Retry-After: 5 " + std::string(50000, '(') + std::string(50000, ')') + ";duration=6"},
-        // what is never closed is no comment, and nothing stands behind it
+        // a comment that is not closed is dropped with all that follows it
         {"Retry-After: 5 (a(b), 6;duration=7", "5||", "Retry-After: 5"},
         {"Retry-After: 5 (a\\)", "5||", "Retry-After: 5"},
     });
@@ -84,7 +73,4 @@ TEST(ExpiryHeaderTest, RetryAfterHasACommentInFrontOfItsParameters) {
     EXPECT_EQ(linesOf(*soon), "Retry-After: soon;duration=5");
     soon->setDeltaSeconds(60);
     EXPECT_EQ(linesOf(*soon), "Retry-After: 60;duration=5");
-    const auto header = KxMake<KxSipRetryAfterHeader>(60U, "busy");
-    header->setDuration("5");
-    EXPECT_EQ(linesOf(*header), "Retry-After: 60 (busy);duration=5");
 }

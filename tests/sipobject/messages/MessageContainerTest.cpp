@@ -1,49 +1,31 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
-#include <gmock/gmock.h>
-
 using testing::ElementsAre;
-using testing::IsEmpty;
-
-namespace {
 
 /** A message with the headers of the lines, added one by one at the end. */
-KxHandle<OpenRequest> messageOf(std::initializer_list<const char*> lines) {
+static KxHandle<OpenRequest> messageOf(std::initializer_list<const char*> lines) {
     auto message = KxMake<OpenRequest>("TEST");
-    for (const char* line : lines) {
+    for (const char* line : lines)
         message->addHeader(readHeader(line), false);
-    }
     return message;
 }
 
 /** The header lines as written, "|" after each. */
-std::string linesOf(const KxSipMessage& message) {
+static std::string linesOf(const KxSipMessage& message) {
     std::string text = written(message);
     text.resize(text.find("\r\n\r\n") + 2);
     text.erase(0, text.find("\r\n") + 2);
-    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
+    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at))
         text.replace(at, 2, "|");
-    }
     return text;
 }
 
-std::string textOf(const KxHandle<KxSipHeader>& value) {
-    if (value.isNil()) {
-        return "nil";
-    }
-    const std::string line = written(*value);
-    return line.substr(0, line.find("\r\n"));
-}
-
-} // namespace
-
-TEST(MessageContainerTest, KindsStandInOrderOfArrival) {
-    const auto message = messageOf({"Require: a", "X-A: 1", "Supported: b", "Require: c", "x-b: 2", "Supported: d, e"});
-    message->addHeader(readHeader("Require: f, g"), true); // only the first value is added at the start
+TEST(MessageContainerTest, TakesAllValuesByKindAndNothingOfNil) {
+    const auto message = messageOf({"Supported: a", "X-A: 1"});
+    message->addHeaderByID(readHeader("Supported: b, c"));
     message->addHeader({}, true);
-    message->addHeaderByID(readHeader("Supported: h, i"));
-    EXPECT_EQ(linesOf(*message), "Require: f|Require: a|Require: c|X-A: 1|x-b: 2|"
-                                 "Supported: b|Supported: d|Supported: e|Supported: h|Supported: i|");
+    message->addSingleHeader({}, false);
+    EXPECT_EQ(linesOf(*message), "Supported: a|Supported: b|Supported: c|X-A: 1|");
     EXPECT_EQ(written(OpenRequest("TEST")), "TEST : SIP/2.0\r\n\r\n");
 }
 
@@ -77,25 +59,12 @@ TEST(MessageContainerTest, ValuesOfAClass) {
     EXPECT_EQ(linesOf(*message), "l: 3|Subject: s|");
 }
 
-TEST(MessageContainerTest, AddSingleHeaderTakesACopyOfOneValue) {
-    const auto message = messageOf({"k: a"});
-    const KxHandle<KxSipHeader> values = readHeader("Supported: b, c");
-    message->addSingleHeader(values, false); // the same kind under another name
-    message->addSingleHeader(values, true);
-    message->addSingleHeader(readHeader("X-A: 1"), true);
-    message->addSingleHeader({}, false);
-    EXPECT_EQ(linesOf(*message), "Supported: b|k: a|Supported: b|X-A: 1|");
-    EXPECT_EQ(textOf(values->getNext()), "Supported: c");
-    EXPECT_NE(message->getHeaderByID(values->getHeaderID()), values);
-}
-
 TEST(MessageContainerTest, AddingTwiceIsNotedAndChangesNothing) {
     ClassLog capture("tandril.kx.KxSipMessage");
     const auto message = messageOf({"Require: a"});
     const KxHandle<KxSipHeader> last = readHeader("Require: b");
     message->addHeader(last, false);
     const KxHandle<KxSipHeader> first = message->getHeader("Require");
-    EXPECT_THAT(capture.texts(), IsEmpty());
     for (const bool asFirst : {true, false}) {
         message->addHeader(first, asFirst);
         message->asynchAddHeader(first, asFirst);
@@ -105,34 +74,19 @@ TEST(MessageContainerTest, AddingTwiceIsNotedAndChangesNothing) {
                                                  "KxSipMessage::addSingleHeader : adding a header twice : Require"));
         EXPECT_EQ(linesOf(*message), "Require: a|Require: b|");
     }
-    message->addHeader(last, false); // only the first value is recognised; the others are copied
-    message->addSingleHeader(last, false);
-    EXPECT_EQ(linesOf(*message), "Require: a|Require: b|Require: b|Require: b|");
-    EXPECT_THAT(capture.texts(), IsEmpty());
 }
 
-TEST(MessageContainerTest, FindsByTheNameThatIsWritten) {
-    const auto message = messageOf({"l: 5", "REQUIRE: a", "X-A: 1", "x-a: 2", "X-B: 3", "k: t"});
-    EXPECT_EQ(textOf(message->getHeader("Content-Length")), "nil");
-    EXPECT_EQ(textOf(message->getHeader("L")), "l: 5");
-    EXPECT_EQ(textOf(message->getHeader("require")), "REQUIRE: a");
-    // names of unknown headers are compared byte by byte, except that of the first one
-    EXPECT_EQ(textOf(message->getHeader("X-A")), "X-A: 1");
-    EXPECT_EQ(textOf(message->getHeader("x-a")), "x-a: 2");
-    EXPECT_EQ(textOf(message->getHeader("X-B")), "X-B: 3");
-    EXPECT_EQ(textOf(message->getHeader("x-b")), "nil");
-    EXPECT_TRUE(message->getHeader("X-B")->getNext().isNil());
-    EXPECT_EQ(textOf(message->getHeader("x-a")->getNext()), "X-B: 3");
-    EXPECT_EQ(textOf(message->getSupportedHeader()), "k: t"); // by its kind
-    EXPECT_EQ(textOf(messageOf({"x: 90"})->getSessionExpiresHeader()), "x: 90");
-    EXPECT_TRUE(message->isRequired("a"));
-    EXPECT_FALSE(message->isRequired("A"));
-    EXPECT_FALSE(message->isSupported("t")); // came under its compact name
+TEST(MessageContainerTest, FindsByKindOrByTheNameThatIsWritten) {
+    const auto message = messageOf({"l: 5", "REQUIRE: a", "x: 90", "k: t"});
+    EXPECT_TRUE(message->getHeader("Content-Length").isNil());
+    ASSERT_FALSE(message->getHeader("L").isNil());
+    EXPECT_EQ(lineOf(*message->getHeader("L")), "l: 5");
+    EXPECT_EQ(lineOf(*message->getSupportedHeader()), "k: t");
+    EXPECT_EQ(lineOf(*message->getSessionExpiresHeader()), "x: 90");
+    EXPECT_EQ(joined(message->isRequired("a"), message->isRequired("A")), "1|0");
+    EXPECT_FALSE(message->isSupported("t")); // it has the compact name
     EXPECT_TRUE(messageOf({"Supported: s, t"})->isSupported("t"));
-    // removal ignores the case of every name, and takes no compact name for the full one
     EXPECT_FALSE(message->removeHeader("Supported"));
-    EXPECT_TRUE(message->removeHeader("K") && message->removeHeader("x-b") && message->removeHeader("X-A"));
-    EXPECT_EQ(linesOf(*message), "l: 5|REQUIRE: a|x-a: 2|");
 }
 
 TEST(MessageContainerTest, SetBody) {
@@ -142,11 +96,8 @@ TEST(MessageContainerTest, SetBody) {
         const std::string text = written(*message);
         return outcome + '|' + linesOf(*message) + text.substr(text.find("\r\n\r\n") + 4);
     };
-    const std::string kNoBody = "KxSipParseError: Can't build SIP request with NULL body pointer";
-    const std::string kNoType = "KxSipParseError: Can't build SIP request(with body) with no content-type";
-    EXPECT_EQ(set(nullptr, nullptr, 0), "|Require: a|Content-Length: 0|");
-    EXPECT_EQ(set(nullptr, nullptr, 7), kNoBody + "|Require: a|Content-Length: 7|"); // the length is set already
-    EXPECT_EQ(set("abc", nullptr, 3), kNoType + "|Require: a|Content-Length: 3|");
+    EXPECT_EQ(set(nullptr, nullptr, 7), "KxSipParseError: Can't build SIP request with NULL body pointer|"
+                                        "Require: a|Content-Length: 7|"); // the length is set already
     EXPECT_EQ(set("abcd", "text/plain", 3), "|Require: a|Content-Length: 3|Content-Type: text/plain|abc");
     EXPECT_EQ(message->getBody()[3], '\0');
     EXPECT_EQ(set("a\0c", "text/html;level=1", 3),
@@ -155,8 +106,6 @@ TEST(MessageContainerTest, SetBody) {
     EXPECT_EQ(message->getStoredBodyLength(), 3U);                                       // but not written
     message->getContentLengthHeader()->setContentLength(100);
     EXPECT_EQ(written(*message).substr(written(*message).size() - 4), std::string("\na\0c", 4)); // not more than stored
-    message->getContentLengthHeader()->setContentLength(2);
-    EXPECT_EQ(written(*message).substr(written(*message).size() - 3), std::string("\na\0", 3));
     ASSERT_TRUE(message->removeHeader("Content-Length"));
     EXPECT_EQ(written(*message).substr(written(*message).size() - 4), "\r\n\r\n");
     message->setBody("to the NUL", "a/b");
@@ -166,12 +115,9 @@ TEST(MessageContainerTest, SetBody) {
 TEST(MessageContainerTest, CopiesAreDeep) {
     const auto message = messageOf({"X-A: 1", "Require: a, b", "x-b: 2"});
     message->setBody("body", "text/plain");
-    KxInetAddress address;
-    ASSERT_TRUE(address.initFromAddress("192.0.2.1"));
-    message->setConnectionAddress(address);
+    message->setConnectionAddress(addressOf("192.0.2.1"));
     message->setConnectionPort(5062);
-    ASSERT_TRUE(address.initFromAddress("192.0.2.2"));
-    message->setLocalAddress(address);
+    message->setLocalAddress(addressOf("192.0.2.2"));
     message->setLocalPort(5061);
     message->setConnectionTransport(KxSocketImpl::TLS);
     message->setStatus(KX_STATUS_INCOMPLETE);

@@ -5,10 +5,6 @@
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
-#include <gmock/gmock.h>
-
-#include <set>
-
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -42,30 +38,23 @@ KxHandle<KxSipRequest> readRequest(const std::string& headers, const std::string
 class Ignoring {
 public:
     explicit Ignoring(const char* value) {
-        if (value != nullptr) {
+        if (value != nullptr)
             Oskan::GlobalConfig::getInstance().set(kIgnoreMaxForwards, value);
-        }
     }
     ~Ignoring() { Oskan::GlobalConfig::getInstance().unset(kIgnoreMaxForwards); }
-    Ignoring(const Ignoring&) = delete;
-    Ignoring& operator=(const Ignoring&) = delete;
 };
 
 } // namespace
 
 TEST(RequestBuildTest, ItsURIIsThatOfTo) {
-    const struct {
-        const char* given;
-        std::string uri;
-        std::string to;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"Bob <sip:b@h?Subject=hi>;tag=2", "sip:b@h?Subject%3Dhi", "Bob <sip:b@h?Subject%3Dhi>;tag=2"},
         {"sip:b@h;x=1", "sip:b@h", "<sip:b@h>;x=1"}, // parameters after a bare URL are those of To
         {"tel:+1", "tel:+1", "<tel:+1>"},
     };
-    for (const auto& row : rows) {
-        const auto request = build({.to = row.given, .type = "text/plain", .body = "unused"});
-        EXPECT_EQ(written(*request), "FROB " + row.uri + " SIP/2.0\r\nFrom: <sip:a@h>;tag=1\r\nTo: " + row.to +
+    for (const auto& [given, uri, to] : rows) {
+        const auto request = build({.to = given, .type = "text/plain", .body = "unused"});
+        EXPECT_EQ(written(*request), "FROB " + uri + " SIP/2.0\r\nFrom: <sip:a@h>;tag=1\r\nTo: " + to +
                                          "\r\nCall-ID: x\r\nCSeq: 9 FROB\r\nContent-Length: 0\r\n\r\n");
         EXPECT_TRUE(request->isValid());
     }
@@ -132,7 +121,7 @@ TEST(RequestURITest, TellsHostAndPort) {
     }
 }
 
-/** Each header of the Request-URI replaces the one of its name, full or compact; Content-Length is the body's. */
+/** A header of the Request-URI replaces an earlier one of the same full or compact name. Content-Length is that of the body. */
 TEST(RequestTest, HeadersOfTheRequestURIComeOnce) {
     const auto headers = [](const std::string& uriHeaders) {
         return outcomeOf([&] {
@@ -170,7 +159,6 @@ TEST(RequestTest, InsertedViaStandsFirst) {
 }
 
 TEST(RequestTest, IsValidComparesTheMethodExactly) {
-    EXPECT_TRUE(readRequest(requiredHeaders("OPTIONS"))->isValid());
     const auto other = readRequest(requiredHeaders("Options"));
     EXPECT_EQ(other->getStatus(), KX_STATUS_VALID);
     EXPECT_FALSE(other->isValid());
@@ -178,20 +166,11 @@ TEST(RequestTest, IsValidComparesTheMethodExactly) {
     EXPECT_FALSE(KxMake<KxSipUnknownRequest>("OPTIONS")->isValid());
 }
 
-// ---- what the stack refuses ----
-
 TEST(RejectedByStackTest, TellsTheFirstReasonOfSeveral) {
     const std::string none = "Max-Forwards: 0\r\n";
     const std::string some = "Max-Forwards: 1\r\n";
     const std::string longest = "sip:" + std::string(1023 - 4, 'h');
-    struct Row {
-        const char* name;
-        std::string uri;
-        std::string headers;
-        const char* ignore;
-        unsigned code;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, std::string, const char*, unsigned> rows[] = {
         {"no hops left", "sip:b", none, nullptr, 483},
         {"no hops left, told not to ignore it", "sip:b", none, "false", 483},
         {"no hops left, ignored", "sip:b", none, "true", 0},
@@ -203,13 +182,13 @@ TEST(RejectedByStackTest, TellsTheFirstReasonOfSeveral) {
         {"length where hops are ignored", longest + "h", none, "true", 414},
         {"status before hops", longest + "h", none + "no colon\r\n", nullptr, 1},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto request = readRequest(requiredHeaders("OPTIONS") + row.headers, row.uri);
-        const Ignoring ignoring(row.ignore);
+    for (const auto& [name, uri, headers, ignore, expected] : rows) {
+        SCOPED_TRACE(name);
+        const auto request = readRequest(requiredHeaders("OPTIONS") + headers, uri);
+        const Ignoring ignoring(ignore);
         unsigned code = 77;
-        EXPECT_EQ(request->rejectedByStack(code), row.code != 0);
-        EXPECT_EQ(code, row.code);
+        EXPECT_EQ(request->rejectedByStack(code), expected != 0);
+        EXPECT_EQ(code, expected);
     }
 }
 
@@ -222,9 +201,7 @@ TEST(TooManyHopsTest, TheSettingHoldsFromTheNextCallOn) {
         EXPECT_FALSE(request->tooManyHops());
     }
     EXPECT_TRUE(request->tooManyHops());
-    for (const LogRecord& record : log.records) {
-        EXPECT_EQ(record.level, log4cplus::INFO_LOG_LEVEL);
-    }
+    EXPECT_EQ(std::ranges::count(log.records, log4cplus::INFO_LOG_LEVEL, &LogRecord::level), 3);
     EXPECT_THAT(log.texts(), ElementsAre("Got request with Max-Forwards set to 0",
                                          "Got request with Max-Forwards set to 0: ignoring it since "
                                          "tandril.sip.ignoreMaxForwards parameter is set",
@@ -235,20 +212,18 @@ TEST(TooManyHopsTest, MissingMaxForwardsIsNotedForThoseWhoAsk) {
     const std::string name = "tandril.sip.UAInterop.MaxForwards";
     const auto request = readRequest("Via: SIP/2.0/UDP h\r\nFrom: <sip:a>\r\nTo: <sip:b>\r\nCall-ID: c\r\n"
                                      "CSeq: 1 OPTIONS\r\n");
-    {
-        ClassLog muted(name, log4cplus::ERROR_LOG_LEVEL);
-        EXPECT_FALSE(request->tooManyHops());
-        EXPECT_THAT(muted.texts(), IsEmpty());
-    }
-    ClassLog log(name, log4cplus::INFO_LOG_LEVEL);
+    ClassLog log(name, log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_FALSE(request->tooManyHops());
+    EXPECT_THAT(log.texts(), IsEmpty());
+    log4cplus::Logger::getInstance(name).setLogLevel(log4cplus::INFO_LOG_LEVEL);
     EXPECT_FALSE(request->tooManyHops());
     EXPECT_FALSE(readRequest(requiredHeaders("OPTIONS") + "Max-Forwards: 5\r\n")->tooManyHops());
-    ASSERT_EQ(log.records.size(), 1U);
-    EXPECT_EQ(log.records[0].level, log4cplus::INFO_LOG_LEVEL);
-    EXPECT_EQ(log.records[0].text,
-              "Received a SIP request with no Max-Forwards header. Set " + name +
-                  " logger to ERROR level to mute this warning. Request:\nOPTIONS sip:b@example.com SIP/2.0\n"
-                  "Via: SIP/2.0/UDP h\nFrom: <sip:a>\nTo: <sip:b>\nCall-ID: c\nCSeq: 1 OPTIONS\nContent-Length: 0\n\n");
+    EXPECT_EQ(std::ranges::count(log.records, log4cplus::INFO_LOG_LEVEL, &LogRecord::level), 1);
+    EXPECT_EQ(log.texts(),
+              std::vector{"Received a SIP request with no Max-Forwards header. Set " + name +
+                          " logger to ERROR level to mute this warning. Request:\nOPTIONS sip:b@example.com SIP/2.0\n"
+                          "Via: SIP/2.0/UDP h\nFrom: <sip:a>\nTo: <sip:b>\nCall-ID: c\nCSeq: 1 OPTIONS\n"
+                          "Content-Length: 0\n\n"});
 }
 
 TEST(TooManyHopsTest, ItsParameterIsRegisteredAtLoad) {

@@ -1,16 +1,12 @@
 #include "tests/sipobject/support/Derivation.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
-namespace {
-
-KxHandle<KxSipMessage> options(const std::string& headers) {
+static KxHandle<KxSipMessage> options(const std::string& headers) {
     return readMessage("OPTIONS sip:b@example.com SIP/2.0\r\n" + headers + "\r\n");
 }
 
-} // namespace
-
 TEST(ResponseTest, KnownCodesHaveTheirPhraseAndTheOthersTheirClass) {
-    // those that are not RFC 3261's with their phrases, and the first and last of the table
+    // with the phrase if it differs from RFC 3261, and for the first and last of the table
     const std::string known =
         "|100 Trying|180 |181 |182 |183 |200 Ok|300 |301 |302 |303 |305 |380 Alternative Service|400 |401 |402 |403 "
         "|404 |405 |406 |407 |408 |409 |410 |411 |413 Request Message Body Too Large|414 Request-URI Too Large|415 "
@@ -30,29 +26,22 @@ TEST(ResponseTest, KnownCodesHaveTheirPhraseAndTheOthersTheirClass) {
 TEST(ResponseTest, RefusesWhatMakesNoResponse) {
     const auto request = as<KxSipRequest>(options(requiredHeaders("OPTIONS")));
     const auto bye = as<KxSipRequest>(readMessage("BYE sip:b SIP/2.0\r\n" + requiredHeaders("BYE") + "\r\n"));
-    const KxHandle<KxSipRequest> nil;
-    struct Row {
-        int code;
-        const KxHandle<KxSipRequest>& request;
-        const char* body;
-        const char* type;
-        const char* outcome;
-    };
-    const Row rows[] = {
-        {99, nil, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
+    const std::tuple<int, KxHandle<KxSipRequest>, const char*, const char*, const char*> rows[] = {
+        {99, {}, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
         {700, request, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
         {-200, request, nullptr, nullptr, "KxSipParseError: Invalid Response code"},
-        {100, nil, nullptr, nullptr, "KxSipParseError: Handle to request is NIL"},
+        {100, {}, nullptr, nullptr, "KxSipParseError: Handle to request is NIL"},
         {200, request, nullptr, "a/b", "KxSipParseError: Can't build SIP request with NULL body pointer"},
         {200, request, "x", nullptr, "KxSipParseError: Can't build SIP request(with body) with no content-type"},
         {200, bye, nullptr, nullptr, "SIP/2.0 200 Ok"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Balance balance;
         EXPECT_EQ(outcomeOf([&row] {
-                      return startLineOf(*KxMake<KxSipResponse>(row.code, row.request, row.body, row.type, 1U));
+                      const auto& [code, parent, body, type, outcome] = row;
+                      return startLineOf(*KxMake<KxSipResponse>(code, parent, body, type, 1U));
                   }),
-                  row.outcome);
+                  std::get<4>(row));
     }
 }
 
@@ -64,13 +53,12 @@ TEST(ResponseTest, WhatTheRequestLacksIsToldByTheCheck) {
     for (std::size_t missing = 0; missing <= std::size(lines); ++missing) {
         const Balance balance;
         std::string headers = "no colon\r\n";
-        for (std::size_t i = 0; i < std::size(lines); ++i) {
+        for (std::size_t i = 0; i < std::size(lines); ++i)
             headers += i == missing ? "" : lines[i];
-        }
         const std::string outcome = derivedText(options(headers), "response 200");
         if (missing < std::size(lines)) {
             EXPECT_EQ(outcome, std::string("KxException: ") + outcomes[missing]);
-        } else { // of several values the first is answered
+        } else { // the first of several values is copied
             EXPECT_EQ(outcome, "SIP/2.0 200 Ok\r\nVia: SIP/2.0/UDP 192.0.2.1\r\nFrom: <sip:a>\r\nTo: <sip:b>\r\n"
                                "Call-ID: c\r\nCSeq: 1 OPTIONS\r\nContent-Length: 0\r\n\r\n");
         }

@@ -8,7 +8,7 @@ protected:
     void checkValidity() override {}
 };
 
-/** The status, and the start line of a request read from after its method, or the failure. */
+/** The status, and the start line or the failure. The text begins after the method. */
 std::string readRequest(KxInputStream& in) {
     BareRequest request;
     const std::string outcome = outcomeOf([&] {
@@ -26,45 +26,34 @@ TEST(StartLineTest, Requests) {
         "end-of-line";
     const char* const kNoCR = "2 KxSipParseError: Invalid Start-Line for SIP request: no CR before LF";
     const char* const kSpaces = "2 KxSipParseError: Invalid Start-Line for SIP request: does not contain 1 or 2 spaces";
-    const char* const kVersion = "2 KxSipParseError: Invalid SIP Version";
-    const char* const kNotTwo = "505 KxSipParseError: Invalid SIP Version";
     const char* const kScheme = "416 KxSipParseError: Unsupported Uri Scheme";
-    const struct {
-        std::string_view line;
-        std::string result;
-        const char* rest;
-    } rows[] = {
-        {" sip:u1 SIP/2.0\r\n\r\n", "0 INVITE sip:u1 SIP/2.0", ""},
-        {"sip:u1 SIP/2.0\r\n\r\n", "0 INVITE sip:u1 SIP/2.0", ""},
-        {" SIP:a@h;lr;a=1,2 SIP/2.0\r\n", "0 INVITE sip:a@h;lr;a=1,2 SIP/2.0", ""},
-        {" TEL:+1;a SIP/2.0\r\n", "0 INVITE tel:+1;a SIP/2.0", ""},
-        {" <sip:u1;a>;b SIP/2.0\r\n", "0 INVITE sip:u1;a SIP/2.0", ""},
-        {"", kNoEnd, ""},
-        {"\n", kNoCR, ""},
+    const std::string longest = "tel:" + std::string(1018, '1') + " SIP/2.0";
+    expectReads<readRequest>({
+        {" sip:u1 SIP/2.0\r\n\r\n", "0 INVITE sip:u1 SIP/2.0"},
+        {"sip:u1 SIP/2.0\r\n\r\n", "0 INVITE sip:u1 SIP/2.0"},
+        {" SIP:a@h;lr;a=1,2 SIP/2.0\r\n", "0 INVITE sip:a@h;lr;a=1,2 SIP/2.0"},
+        {" <sip:u1;a>;b SIP/2.0\r\n", "0 INVITE sip:u1;a SIP/2.0"},
+        {"", kNoEnd},
+        {"\n", kNoCR},
         {" sip:u1 SIP/2.0\nVia: x", kNoCR, "Via: x"},
         {"\r\nVia: x", kSpaces, "Via: x"},
-        {"sip:u1\r\n", kSpaces, ""},
-        {" sip:u1  SIP/2.0\r\n", kSpaces, ""},
-        {"sip:u 1 SIP/2.0\r\n", kSpaces, ""},
-        {" SIP/2.0\r\n", "2 KxSipParseError: Invalid Start-Line for SIP request", ""},
-        {" sip:u1 SIP/2.00\r\n", kVersion, ""},
-        {" sip:u1 sip/2.0\r\n", kVersion, ""},
-        {" sip:u1 SIP/2.1\r\n", kNotTwo, ""},
-        {" sips:u1 SIP/3.0\r\n", kNotTwo, ""}, // the version is looked at first
-        {" <SIPS:u1> SIP/2.0\r\n", kScheme, ""},
-        {" sipx:@ SIP/2.0\r\n", kScheme, ""},
-        {" mailto:u1 SIP/2.0\r\n", kScheme, ""},
-        {" <<sip:u1> SIP/2.0\r\n", kScheme, ""},
-        {"  SIP/2.0\r\n", "2 KxException: INVALID URI", ""},
-        {" sipx SIP/2.0\r\n", "2 KxSipParseError: Sip URL wrong format", ""},
-        {" sip:h? SIP/2.0\r\n", "2 KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n", ""},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(readEveryWay(row.line, readRequest), row.result + "@" + row.rest) << row.line;
-    }
-    const std::string fits = " tel:" + std::string(1018, '1') + " SIP/2.0\r\n";
-    EXPECT_EQ(readEveryWay(fits, readRequest), "0 INVITE" + fits.substr(0, fits.size() - 2) + "@");
-    EXPECT_EQ(readEveryWay(" tel:11" + fits.substr(5), readRequest), "2 KxSipParseError: Invalid TelURL@");
+        {"sip:u1\r\n", kSpaces},
+        {" sip:u1  SIP/2.0\r\n", kSpaces},
+        {"sip:u 1 SIP/2.0\r\n", kSpaces},
+        {" SIP/2.0\r\n", "2 KxSipParseError: Invalid Start-Line for SIP request"},
+        {" sip:u1 SIP/2.00\r\n", "2 KxSipParseError: Invalid SIP Version"},
+        {" sips:u1 SIP/3.0\r\n", "505 KxSipParseError: Invalid SIP Version"}, // the version is checked first
+        {" <SIPS:u1> SIP/2.0\r\n", kScheme},
+        {" sipx:@ SIP/2.0\r\n", kScheme},
+        {" <<sip:u1> SIP/2.0\r\n", kScheme},
+        {"  SIP/2.0\r\n", "2 KxException: INVALID URI"},
+        {" sipx SIP/2.0\r\n", "2 KxSipParseError: Sip URL wrong format"},
+        {" sip:h? SIP/2.0\r\n", "2 KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n"},
+        {" " + longest + "\r\n", "0 INVITE " + longest},
+        {" tel:11" + longest.substr(4) + "\r\n", "2 KxSipParseError: Invalid TelURL"},
+        {" sip:u1?Via=x SIP/2.0\r\n", "2 KxSipParseError: Invalid Via header, no transport"},
+        {" sip:u1?a%3Ab=x SIP/2.0\r\n", "2 KxSipParseError: Header token expected"},
+    });
 }
 
 TEST(StartLineTest, HeadersOfTheRequestURIBecomeTheRequests) {
@@ -81,9 +70,6 @@ TEST(StartLineTest, HeadersOfTheRequestURIBecomeTheRequests) {
         request.parse("INVITE", in);
         EXPECT_EQ(written(request), "INVITE " + expected);
     }
-    EXPECT_EQ(readEveryWay(" sip:u1?Via=x SIP/2.0\r\n", readRequest),
-              "2 KxSipParseError: Invalid Via header, no transport@");
-    EXPECT_EQ(readEveryWay(" sip:u1?a%3Ab=x SIP/2.0\r\n", readRequest), "2 KxSipParseError: Header token expected@");
 }
 
 TEST(StartLineTest, SetURIKeepsACopyWithoutBrackets) {
@@ -101,33 +87,25 @@ TEST(StartLineTest, SetURIKeepsACopyWithoutBrackets) {
 
 TEST(StartLineTest, Responses) {
     const std::string kLong(127, 'x');
-    const char* const kEnd = "KxSipParseError: unexpected end of response start line";
-    const char* const kPoint = "KxSipParseError: '.' expected in response start line";
-    const struct {
-        std::string line;
-        std::string result;
-    } rows[] = {
-        {"SIP/2.0 200 OK\r\n", "SIP/2.0 200 OK"},
+    const std::pair<std::string, std::string> rows[] = {
         {"SIP/2.0 200 OK\n", "SIP/2.0 200 OK"},
-        {"SIP/2.0 200\r\n", "SIP/2.0 200 "},
         {"SIP/2.0 404 \t Not  Found \r\n", "SIP/2.0 404 Not  Found "},
         {"SIP 7.10 99999 Odd\r\n", "SIP/7.10 99999 Odd"}, // neither the slash nor the numbers are checked
         {"SIP/257.256 200 OK\r\n", "SIP/1.0 200 OK"},
         {"SIP/2.0 OK\r\n", "SIP/2.0 0 OK"},
         {"SIP/2.0 200 " + kLong + "\r\n", "SIP/2.0 200 " + kLong},
-        {"SIP/2.0 200 " + kLong + "x\r\n", kEnd},
-        {"SIP/2-0 200 OK\r\n", kPoint},
-        {"SIP\r\n", kPoint},
+        {"SIP/2.0 200 " + kLong + "x\r\n", "KxSipParseError: unexpected end of response start line"},
+        {"SIP\r\n", "KxSipParseError: '.' expected in response start line"},
     };
-    for (const auto& row : rows) {
-        const std::string text = row.line + requiredHeaders("INVITE") + "Content-Length: 0\r\n\r\n";
+    for (const auto& [line, result] : rows) {
+        const std::string text = line + requiredHeaders("INVITE") + "Content-Length: 0\r\n\r\n";
         const std::string dump = readEveryWay(text, readDump);
-        EXPECT_EQ(dump.substr(0, dump.find_first_of(dump.starts_with("Kx") ? "@" : "\n")), row.result) << row.line;
+        EXPECT_EQ(dump.substr(0, dump.find_first_of(dump.starts_with("Kx") ? "@" : "\n")), result) << line;
     }
     EXPECT_THROW(readMessage("SIP/2.0 200"), KxHandle<KxSipParseError>);
 }
 
-/** Another peer may take a CR inside the line for a line end. */
+/** A CR within a line must not be written: another peer may read it as a line end. */
 TEST(StartLineTest, NoReturnIsWrittenButThatOfALineEnd) {
     std::size_t read = 0;
     for (const std::string line :

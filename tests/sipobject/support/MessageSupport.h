@@ -7,12 +7,12 @@
 #include "util/KxByteArrayOutputStream.h"
 
 #include <cxxabi.h>
+#include <gmock/gmock.h>
 #include <pthread.h>
 
 #include <concepts>
 #include <cstdint>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -47,7 +47,7 @@ std::string outcomeOf(F f) {
 }
 
 #ifdef KX_PLAIN_MALLOC
-/** The sanitizers are slow, and what they look for shows in smaller sizes. */
+/** The sanitizers are slow, and find the same faults with smaller sizes. */
 inline constexpr std::size_t kShrink = 64;
 #else
 inline constexpr std::size_t kShrink = 1;
@@ -80,35 +80,36 @@ std::string written(const T& object) {
     return std::string(out.view());
 }
 
-/** Line breaks, other control characters and bytes that are no ASCII as escapes. */
+/** Line breaks, control characters and bytes that are not ASCII are escaped. */
 inline std::string escaped(std::string_view text) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string shown;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        if (c == '\r' || c == '\n') {
+        if (c == '\r' || c == '\n')
             shown += c == '\r' ? "\\r" : "\\n";
-        } else if (byte < 32 || byte > 126) {
+        else if (byte < 32 || byte > 126)
             shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
-        } else {
+        else
             shown.append(c == '\\' ? 2 : 1, c);
-        }
     }
     return shown;
+}
+
+/** The line that one value of a header is written as, without its end. */
+inline std::string lineOf(const KxSipHeader& value) {
+    const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value.clone()));
+    EXPECT_TRUE(alone->getNext().isNil());
+    const std::string line = written(*alone);
+    return line.substr(0, line.size() - 2);
 }
 
 /** Every value of every header: the class and the line it is written as. */
 inline std::string headersOf(const KxSipMessage& message) {
     std::string lines;
-    for (const HeaderID id : message.getHeaderOrder()) {
-        for (const KxSipHeader* value = message.getHeaderByID(id).get(); value != nullptr;
-             value = value->getNext().get()) {
-            const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
-            std::string line = written(*alone);
-            line.resize(line.size() - 2);
-            lines += className(*value) + ' ' + escaped(line) + '\n';
-        }
-    }
+    for (const HeaderID id : message.getHeaderOrder())
+        for (const KxSipHeader* value = message.getHeaderByID(id).get(); value; value = value->getNext().get())
+            lines += className(*value) + ' ' + escaped(lineOf(*value)) + '\n';
     return lines;
 }
 
@@ -117,7 +118,7 @@ inline std::string startLineOf(const KxSipMessage& message) {
     return text.substr(0, text.find("\r\n"));
 }
 
-/** The message for people: start line, status, headers and body, a line each. */
+/** The message as text: start line, status, headers and body, a line each. */
 inline std::string dumpOf(const KxSipMessage& message) {
     std::string dump =
         escaped(startLineOf(message)) + "\nstatus " + std::to_string(message.getStatus()) + '\n' + headersOf(message);
@@ -138,7 +139,13 @@ inline KxHandle<KxSipMessage> copyOf(const KxSipMessage& message) {
     return KxHandle<KxSipMessage>(static_cast<KxSipMessage*>(message.clone()));
 }
 
-/** A request that lets its parser's operations be called, and outlives their failures. */
+inline KxInetAddress addressOf(const char* text) {
+    KxInetAddress address;
+    EXPECT_TRUE(address.initFromAddress(text));
+    return address;
+}
+
+/** A request with public parsing operations, which remains after they fail. */
 class OpenRequest : public KxSipRequest {
 public:
     OpenRequest() = default;
@@ -182,9 +189,8 @@ inline std::string fileText(const std::filesystem::path& path) {
 inline std::vector<std::filesystem::path> filesOf(std::string_view folder, std::string_view extension) {
     std::vector<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(KX_SOURCE_DIR) / folder)) {
-        if (entry.path().extension() == extension) {
+        if (entry.path().extension() == extension)
             files.push_back(entry.path());
-        }
     }
     std::sort(files.begin(), files.end());
     return files;
@@ -196,29 +202,25 @@ inline std::vector<std::string> messagesOf(std::string_view folder) {
     for (const std::filesystem::path& path : filesOf(folder, ".sip")) {
         const std::string file = fileText(path);
         KxByteArrayInputStream in{std::string_view(file)};
-        for (std::string_view rest = file; readDump(in).find("\nstatus ") != std::string::npos; rest = in.window()) {
+        for (std::string_view rest = file; readDump(in).find("\nstatus ") != std::string::npos; rest = in.window())
             messages.emplace_back(rest.substr(0, rest.size() - in.window().size()));
-        }
     }
     return messages;
 }
 
-/** Expects that what was allocated while it stood is given back. */
+/** Expects that all that is allocated while it is in scope is freed. */
 class Balance {
 public:
     Balance() : m_before(live()) {}
     ~Balance() { EXPECT_EQ(live(), m_before); }
-    Balance(const Balance&) = delete;
-    Balance& operator=(const Balance&) = delete;
 
 private:
     using Live = std::map<std::string_view, std::int64_t>;
     static Live live() {
         Live objects;
         for (const Oskan::MemAccountUsage& account : Oskan::MemAccounts::sList()) {
-            if (account.usage.liveObjects != 0) {
+            if (account.usage.liveObjects != 0)
                 objects[account.name] = account.usage.liveObjects;
-            }
         }
         return objects;
     }
@@ -226,7 +228,7 @@ private:
     const Live m_before;
 };
 
-/** Runs f on a thread whose stack would not hold a level a value. */
+/** Runs f on a thread whose stack is too small for a recursion per value. */
 inline void onSmallStack(std::function<void()> f) {
     pthread_attr_t attributes;
     ASSERT_EQ(pthread_attr_init(&attributes), 0);
