@@ -3,7 +3,7 @@
 // independent of it. A list that is made on demand, and shared by its copies, behaves as one that always exists.
 
 #include "fuzz/URIRound.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 
 #include <array>
 #include <utility>
@@ -147,7 +147,7 @@ struct Lists {
     }
 
     KxParameters list;
-    KxLazyParameters lazy;
+    KxSharedParameters lazy;
     PlainList plain;
 };
 

@@ -15,7 +15,7 @@ struct KxLiteral {
 };
 
 template <class C, KxLiteral kOperation>
-constexpr auto KxJoinTraceName() {
+constexpr auto joinedTraceName() {
     constexpr std::size_t kClass = sizeof(C::kClassName) - 1;
     std::array<char, kClass + sizeof(kOperation.characters)> joined{};
     std::copy_n(kOperation.characters, sizeof(kOperation.characters),
@@ -24,7 +24,7 @@ constexpr auto KxJoinTraceName() {
 }
 
 template <class C, KxLiteral kOperation>
-inline constexpr auto KxTraceNameText __attribute__((visibility("hidden"))) = KxJoinTraceName<C, kOperation>();
+inline constexpr auto KxTraceNameText __attribute__((visibility("hidden"))) = joinedTraceName<C, kOperation>();
 
 /** The class name C::kClassName and the operation, joined at compile time, such as "KxSipViaHeader::doParse". */
 template <class C, KxLiteral kOperation>

@@ -191,8 +191,8 @@ bool KxSipURL::operator==(const KxSipURL& other) const {
 
 bool KxSipURL::parametersMatch(const KxSipURL& other) const {
     const bool otherHasMore = other.numParameters() > numParameters();
-    const KxLazyParameters& longer = otherHasMore ? other.m_parameters : m_parameters;
-    const KxLazyParameters& shorter = otherHasMore ? m_parameters : other.m_parameters;
+    const KxSharedParameters& longer = otherHasMore ? other.m_parameters : m_parameters;
+    const KxSharedParameters& shorter = otherHasMore ? m_parameters : other.m_parameters;
     if (longer.size() >= shorter.size() + 2) {
         return false;
     }
@@ -207,8 +207,8 @@ bool KxSipURL::headersMatch(const KxSipURL& other) const {
         return false;
     }
     const bool otherHasMore = other.numHeaders() > numHeaders();
-    const KxLazyParameters& longer = otherHasMore ? other.m_headers : m_headers;
-    const KxLazyParameters& shorter = otherHasMore ? m_headers : other.m_headers;
+    const KxSharedParameters& longer = otherHasMore ? other.m_headers : m_headers;
+    const KxSharedParameters& shorter = otherHasMore ? m_headers : other.m_headers;
     return std::all_of(shorter.begin(), shorter.end(), [&](const KxParameters::Pair& pair) {
         const KxString* const twin = longer.findValue(pair.name);
         return twin != nullptr && *twin == pair.value;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipobject/address/KxURI.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 #include "util/KxSocketImpl.h"
 
 #include <cstdint>
@@ -101,8 +101,8 @@ private:
     KxString m_host;
     std::uint32_t m_port = 5060;
     bool m_hasPort = false;
-    KxLazyParameters m_parameters;
-    KxLazyParameters m_headers;
+    KxSharedParameters m_parameters;
+    KxSharedParameters m_headers;
 };
 
 /** Writes the URL; nothing for nil. */

@@ -18,7 +18,7 @@ constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
 constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
 constexpr char kEndOfInput = '\x04';                // like NUL, has no meaning as a delimiter before a token
 
-void debug(const char* what, const KxLazyParameters& list) {
+void debug(const char* what, const KxSharedParameters& list) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug, std::string(what).append(list.getString().view()));
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipobject/address/KxURI.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 
 /** A telephone number with parameters.
     telephone-uri = "tel:" telephone-subscriber                               [RFC 3966 3]
@@ -46,7 +46,7 @@ private:
     void setNumber(std::string_view token, char delimiter);
 
     KxString m_number;
-    KxLazyParameters m_parameters;
+    KxSharedParameters m_parameters;
     bool m_isGlobal = false;
 };
 

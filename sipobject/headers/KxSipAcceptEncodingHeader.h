@@ -9,7 +9,7 @@
     An empty coding throws "Invalid Accept-Encoding header", so an empty list is refused.
     "Accept-Encoding: gzip;q=1.0, identity; q=0.5" -> two values, "gzip;q=1.0" and "identity;q=0.5" */
 class KX_SIP_API KxSipAcceptEncodingHeader final
-    : public KxSipTokenHeader<KxSipAcceptEncodingHeader, KxSipPreferenceHeader<KxSipAcceptEncodingHeader>> {
+    : public KxSipTokenHeader<KxSipAcceptEncodingHeader, KxSipQValueHeader<KxSipAcceptEncodingHeader>> {
 public:
     explicit KxSipAcceptEncodingHeader(const char* coding) : KxSipTokenHeader(coding) {}
 

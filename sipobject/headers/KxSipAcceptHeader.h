@@ -11,7 +11,7 @@
     "Accept: application/sdp;level=1, text / *;q=0.5" -> two values, written as two lines */
 class KX_SIP_API KxSipAcceptHeader final
     : public KxSipMediaTypeHeader<KxSipAcceptHeader,
-                                  KxSipPreferenceHeader<KxSipAcceptHeader, KxSipTextKeepingHeader<KxSipAcceptHeader>>> {
+                                  KxSipQValueHeader<KxSipAcceptHeader, KxSipTextKeepingHeader<KxSipAcceptHeader>>> {
 public:
     KxSipAcceptHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
 

@@ -9,7 +9,7 @@
     An empty range throws "Invalid Accept-Language header", so an empty list is refused.
     "Accept-Language: da, en-gb ;q=0.8" -> two values, "da" and "en-gb;q=0.8" */
 class KX_SIP_API KxSipAcceptLanguageHeader final
-    : public KxSipTokenHeader<KxSipAcceptLanguageHeader, KxSipPreferenceHeader<KxSipAcceptLanguageHeader>> {
+    : public KxSipTokenHeader<KxSipAcceptLanguageHeader, KxSipQValueHeader<KxSipAcceptLanguageHeader>> {
 public:
     explicit KxSipAcceptLanguageHeader(const char* language) : KxSipTokenHeader(language) {}
 

@@ -51,10 +51,10 @@ protected:
     /** Holds copies; nil gives empty ones. */
     KxSipParameterAddressHeader(const KxHandle<KxSipNameAddress>& address, const KxHandle<KxParameters>& parameters)
         : Base(address) {
-        this->m_parameters = KxLazyParameters(parameters);
+        this->m_parameters = KxSharedParameters(parameters);
     }
     KxSipParameterAddressHeader(const KxHandle<KxSipURL>& url, const KxHandle<KxParameters>& parameters) : Base(url) {
-        this->m_parameters = KxLazyParameters(parameters);
+        this->m_parameters = KxSharedParameters(parameters);
     }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipobject/headers/KxSipHeaderOf.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 
 /** Authentication-Info: what a server returns after a successful authentication.
     Authentication-Info = "Authentication-Info" HCOLON ainfo *(COMMA ainfo)   [RFC 3261 20.6, 25.1]
@@ -33,5 +33,5 @@ private:
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
-    KxLazyParameters m_parameters;
+    KxSharedParameters m_parameters;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipobject/headers/KxSipHeaderOf.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 #include "util/KxStreamTokenizer.h"
 
 /** Adds a list of parameters after the value of a header or of a group of headers (Base): *( SEMI generic-param ), kept
@@ -31,13 +31,13 @@ protected:
     }
     void serializeParameters(KxOutputStream& out) const { m_parameters.serializeWithSemicolon(out); }
 
-    KxLazyParameters m_parameters;
+    KxSharedParameters m_parameters;
 };
 
 /** As KxSipParameterHeader, for headers that list what the sender accepts: the parameter "q" is the preference.
     accept-param = ("q" EQUAL qvalue) / generic-param                         [RFC 3261 20.1] */
 template <class H, class Base = KxSipHeaderOf<H>>
-class KxSipPreferenceHeader : public KxSipParameterHeader<H, Base> {
+class KxSipQValueHeader : public KxSipParameterHeader<H, Base> {
 public:
     /** The preference as text; nil when absent, which means 1. */
     KxString getQValue() const { return this->getParameter("q"); }

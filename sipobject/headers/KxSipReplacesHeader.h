@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipobject/headers/KxSipHeaderOf.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 
 /** Replaces: identifies the dialog that the new dialog replaces.
     Replaces = "Replaces" HCOLON callid *(SEMI replaces-param)                [RFC 3891 6.1]
@@ -32,6 +32,6 @@ private:
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
-    KxLazyParameters m_parameters;
+    KxSharedParameters m_parameters;
     KxString m_callId;
 };

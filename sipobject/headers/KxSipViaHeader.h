@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipobject/headers/KxSipHeaderOf.h"
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 #include "util/KxSocketImpl.h"
 
 /** Via: one hop of the path that a request has taken.
@@ -80,7 +80,7 @@ private:
     void serializeValue(KxOutputStream& out) const;
     KxSipFault checkValidity() const;
 
-    KxLazyParameters m_parameters;
+    KxSharedParameters m_parameters;
     KxString m_protocolName;
     KxString m_protocolVersion;
     KxString m_transport;

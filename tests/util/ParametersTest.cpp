@@ -1,8 +1,8 @@
 #include "tests/util/Streams.h"
 
-#include "core/MemAllocatorFaults.h"
 #include "core/MemAccount.h"
-#include "util/KxLazyParameters.h"
+#include "core/MemAllocatorFaults.h"
+#include "util/KxSharedParameters.h"
 
 #include <chrono>
 #include <new>
@@ -35,7 +35,7 @@ TEST(ParametersTest, AbsentIsNilAndEmptyIsNot) {
     list.getValue("e").append("!"); // a copy's
     EXPECT_EQ(list.getString(), "a;b;c;d=3;e=a");
     EXPECT_EQ(std::prev(list.end(), 2)->name, "d");
-    EXPECT_EQ(KxLazyParameters(KxMake<KxParameters>(list)).getString(), list.getString());
+    EXPECT_EQ(KxSharedParameters(KxMake<KxParameters>(list)).getString(), list.getString());
 }
 
 TEST(ParametersTest, RepeatsFromASlowStreamCostTheirLength) {
@@ -85,21 +85,21 @@ TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
         }
 }
 
-TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
-    const std::tuple<const char*, void (*)(KxLazyParameters&), const char*> rows[] = {
-        {"write", [](KxLazyParameters& list) { list.write().setValue("a", KxString("2")); }, "a=2;b"},
-        {"remove", [](KxLazyParameters& list) { EXPECT_TRUE(list.removeValue("b")); }, "a=1"},
-        {"remove what is absent", [](KxLazyParameters& list) { EXPECT_FALSE(list.removeValue("c")); }, "a=1;b"},
-        {"clear", [](KxLazyParameters& list) { list.clear(); }, ""},
-        {"hand out", [](KxLazyParameters& list) { list.handle()->setValue("c", KxString("3")); }, "a=1;b;c=3"},
+TEST(SharedParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
+    const std::tuple<const char*, void (*)(KxSharedParameters&), const char*> rows[] = {
+        {"write", [](KxSharedParameters& list) { list.write().setValue("a", KxString("2")); }, "a=2;b"},
+        {"remove", [](KxSharedParameters& list) { EXPECT_TRUE(list.removeValue("b")); }, "a=1"},
+        {"remove what is absent", [](KxSharedParameters& list) { EXPECT_FALSE(list.removeValue("c")); }, "a=1;b"},
+        {"clear", [](KxSharedParameters& list) { list.clear(); }, ""},
+        {"hand out", [](KxSharedParameters& list) { list.handle()->setValue("c", KxString("3")); }, "a=1;b;c=3"},
     };
     for (const bool isHandedOut : {false, true}) // a list that was handed out stays the list of its object
         for (const auto& [name, change, changed] : rows) {
             SCOPED_TRACE(name);
-            KxLazyParameters original;
+            KxSharedParameters original;
             original.write().parse("a=1;b");
             const KxHandle<KxParameters> list = isHandedOut ? original.handle() : nullptr;
-            KxLazyParameters copy(original);
+            KxSharedParameters copy(original);
             EXPECT_EQ(original.begin() == copy.begin(), !isHandedOut);
             change(copy);
             EXPECT_EQ(copy.getString(), changed);
@@ -110,12 +110,12 @@ TEST(LazyParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
         }
 }
 
-TEST(ThreadLazyParametersTest, ReadersAreHandedOneList) {
+TEST(ThreadSharedParametersTest, ReadersAreHandedOneList) {
     for (int round = 0; round < 2000; ++round) {
-        KxLazyParameters source;
+        KxSharedParameters source;
         if (round % 2 == 0) // else the readers make the list
             source.write().parse("a=1");
-        const KxLazyParameters copy(source);
+        const KxSharedParameters copy(source);
         std::array<KxHandle<KxParameters>, 2> lists;
         std::atomic<int> ready{0};
         const auto read = [&, &source = std::as_const(source)](KxHandle<KxParameters>& list) {
@@ -134,12 +134,12 @@ TEST(ThreadLazyParametersTest, ReadersAreHandedOneList) {
     }
 }
 
-TEST(ThreadLazyParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
+TEST(ThreadSharedParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
     constexpr std::size_t kRounds = 20000;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3); // if two threads share a processor
-    std::vector<KxLazyParameters> sources(kRounds);
+    std::vector<KxSharedParameters> sources(kRounds);
     std::vector<KxHandle<KxParameters>> lists(kRounds);
-    for (KxLazyParameters& source : sources)
+    for (KxSharedParameters& source : sources)
         source.write().parse("a=1");
     std::atomic<std::size_t> copied{0};
     std::atomic<std::size_t> handedOut{0};
@@ -155,7 +155,7 @@ TEST(ThreadLazyParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
     std::size_t shared = 0;
     for (std::size_t i = 0; i < kRounds && shared == 0 && std::chrono::steady_clock::now() < end; ++i)
         for (bool isHandedOut = false; !isHandedOut;) { // copies without a pause
-            const KxLazyParameters copy(sources[i]);
+            const KxSharedParameters copy(sources[i]);
             copied = i + 1;
             for (std::size_t wait = i % 2 * 16; wait > 0; --wait)
                 static_cast<void>(handedOut.load());

@@ -137,7 +137,8 @@ TEST(HeaderLineTest, EachOperationAloneGoesByTheLevelOfNow) {
     const std::pair<std::string, std::function<void()>> rows[] = {
         {"KxSipNameAddress::getURL returns NULL since tel:1 isn't a SIP URL", [&] { tel->getURL(); }},
         {"ENTER : KxSipNameAddress copy ctor", [&] { KxSipNameAddress copy(*address); }},
-        {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", [](auto& in) { KxSipNameAddress::sConstructFrom(in); })},
+        {"ENTER : KxSipNameAddress::parse(1)",
+         reading("sip:h", [](auto& in) { KxSipNameAddress::sConstructFrom(in); })},
         {"ENTER : KxSipNameAddress::parse(1)", reading("sip:h", [&](auto& in) { in >> streamed; })},
         {"ENTER : KxSipNameAddress::parse(1)", reading("tel:1", [&](auto& in) { tel->parse(in); })},
         {"ENTER : KxSipNameAddress::parse(2)", [&] { tel->parse("tel:1"); }},

@@ -1,4 +1,4 @@
-#include "util/KxLazyParameters.h"
+#include "util/KxSharedParameters.h"
 
 #include "core/ForkLock.h"
 #include "util/KxOutputStream.h"
@@ -26,7 +26,7 @@ constinit Mutexes s_mutexes;
 const Oskan::ForkLockOf<s_mutexes> s_forkLock{Oskan::ForkLock::Order::Lists};
 
 /** The mutex for this object's list. Few objects share a mutex. */
-std::mutex& mutexOf(const KxLazyParameters& parameters) {
+std::mutex& mutexOf(const KxSharedParameters& parameters) {
     return s_mutexes.all[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % s_mutexes.all.size()];
 }
 
@@ -34,7 +34,7 @@ std::mutex& mutexOf(const KxLazyParameters& parameters) {
 
 /** Returns the word for a copy. Another thread may be about to hand the list out. That thread marks the word and then
     reads the count; this one increments the count and then reads the word. So at least one notices the other. */
-std::uintptr_t KxLazyParameters::share() const {
+std::uintptr_t KxSharedParameters::share() const {
     const std::uintptr_t word = m_word.load(std::memory_order_acquire);
     KxParameters* const list = listOf(word);
     if (list == nullptr || list->empty()) {
@@ -52,7 +52,7 @@ std::uintptr_t KxLazyParameters::share() const {
 
 /** Makes a list of this object's own, and marks it as handed out. It is a new list if there was none, and a copy if the
     list is shared. */
-KxParameters& KxLazyParameters::lend() const {
+KxParameters& KxSharedParameters::lend() const {
     const std::lock_guard<std::mutex> lock(mutexOf(*this));
     const std::uintptr_t word = m_word.load(std::memory_order_acquire);
     KxParameters* const list = listOf(word);
@@ -74,7 +74,7 @@ KxParameters& KxLazyParameters::lend() const {
     return *own.detach();
 }
 
-KxParameters& KxLazyParameters::makeOurs() {
+KxParameters& KxSharedParameters::makeOurs() {
     const KxParameters* const shared = peek();
     KxHandle<KxParameters> own(shared == nullptr ? new KxParameters : shared->clone());
     KxParameters& list = *own;
@@ -82,7 +82,7 @@ KxParameters& KxLazyParameters::makeOurs() {
     return list;
 }
 
-void KxLazyParameters::clear() {
+void KxSharedParameters::clear() {
     KxParameters* const list = peek();
     if (list != nullptr && isOurs(*list)) {
         list->clear();
@@ -91,7 +91,7 @@ void KxLazyParameters::clear() {
     }
 }
 
-void KxLazyParameters::replace(KxParameters* list) {
+void KxSharedParameters::replace(KxParameters* list) {
     KxParameters* const old = peek();
     m_word.store(wordOf(list), std::memory_order_release);
     if (old != nullptr) {
@@ -99,7 +99,7 @@ void KxLazyParameters::replace(KxParameters* list) {
     }
 }
 
-void KxLazyParameters::serializeWithSemicolon(KxOutputStream& out) const {
+void KxSharedParameters::serializeWithSemicolon(KxOutputStream& out) const {
     if (!empty()) {
         out.write(';');
         peek()->serialize(out);

@@ -8,19 +8,19 @@
 /** A parameter list that an object always has but rarely fills. The list is made when it is first written to or handed
     out. Until then it costs one pointer and reads as empty. Copies are independent, but share the list until one of
     them is written to or hands its list out. Several threads may read, copy and hand out at the same time. */
-class KX_UTIL_API KxLazyParameters {
+class KX_UTIL_API KxSharedParameters {
 public:
-    KxLazyParameters() = default;
+    KxSharedParameters() = default;
     /** Holds the list itself, not a copy: other holders of the list may go on changing it. Nil for none. */
-    explicit KxLazyParameters(const KxHandle<KxParameters>& list)
+    explicit KxSharedParameters(const KxHandle<KxParameters>& list)
         : m_word(list.isNil() ? 0 : wordOf(KxHandle<KxParameters>(list).detach()) | kLent | kOwn) {}
-    KxLazyParameters(const KxLazyParameters& other) : m_word(other.share()) {}
-    KxLazyParameters& operator=(const KxLazyParameters& other) {
-        KxLazyParameters copy(other);
+    KxSharedParameters(const KxSharedParameters& other) : m_word(other.share()) {}
+    KxSharedParameters& operator=(const KxSharedParameters& other) {
+        KxSharedParameters copy(other);
         m_word.store(copy.m_word.exchange(m_word.load()));
         return *this;
     }
-    ~KxLazyParameters() {
+    ~KxSharedParameters() {
         if (KxParameters* const list = peek()) {
             list->Release(true);
         }
