@@ -202,8 +202,11 @@ std::size_t KxStringBuffer::read(KxInputStream& in, std::size_t count) {
 }
 
 std::size_t KxStringBuffer::parse(KxInputStream& in, const KxCharSet& delimiters) {
+    while (in.fill() && KxAscii::isSpace(in.window().front())) {
+        in.consume(1);
+    }
     KxScannedText scanned;
-    const std::string_view token = scanned.token(in, delimiters);
+    const std::string_view token = scanned.until(in, delimiters);
     assign(token.data(), token.size());
     return m_length;
 }

@@ -1,6 +1,7 @@
 // Failing allocations, input that ends early, output that takes no more. A failed operation leaks nothing, changes no
 // object, and succeeds when it is repeated.
 
+#include "core/MemAllocatorFaults.h"
 #include "tests/sipobject/support/Operations.h"
 
 #include <dlfcn.h>
