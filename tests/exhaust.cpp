@@ -20,17 +20,20 @@ int main(int argc, char** argv) {
     const std::string name = argc > 1 ? argv[1] : "";
     const std::string alphabet = name == "digest" ? "aB=\", \n" : "a=;\",\\\n";
     std::string bytes;
-    for (int byte = 0; byte < 256; ++byte)
+    for (int byte = 0; byte < 256; ++byte) {
         bytes += static_cast<char>(byte);
+    }
     Dice dice;
     for (int i = 2; i < argc; ++i) {
         std::ifstream file(argv[i], std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
-        for (std::size_t steps = 0; steps < 256; ++steps)
+        for (std::size_t steps = 0; steps < 256; ++steps) {
             run(static_cast<char>(steps), dice.text(bytes, steps % 16 * 2) + text);
+        }
     }
-    if (argc > 2)
+    if (argc > 2) {
         return 0;
+    }
     for (const char choice : {'\0', '\1'}) {
         forEveryText(alphabet, name == "digest" ? 6 : 5, [choice](const std::string& text) { run(choice, text); });
         for (int i = 0; i < 2000; ++i) {

@@ -145,27 +145,32 @@ TEST(AceCleanupLoggerThreadTest, LoggersAreMadeAndLevelsChangedWhileOthersWork) 
     const LogCapture capture; // log4cplus calls an appender from one thread at a time
     static std::vector<AceCleanupLogger*>& loggers = *new std::vector<AceCleanupLogger*>; // never destroyed
     log4("tandril.kx.KxNo7"); // made by the host, before a class uses it
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 40; ++i) {
         loggers.push_back(new AceCleanupLogger((new std::string("KxNo" + std::to_string(i)))->c_str()));
+    }
     std::atomic<bool> stop{false};
     std::vector<std::jthread> threads;
-    for (int t = 0; t < 3; ++t)
+    for (int t = 0; t < 3; ++t) {
         threads.emplace_back([&] {
-            while (!stop)
+            while (!stop) {
                 for (const AceCleanupLogger* logger : loggers) {
                     openEntry();
                     logger->log(LogLevel::Warn, "while levels change");
                 }
+            }
         });
-    for (int i = 0; i < 300; ++i)
+    }
+    for (int i = 0; i < 300; ++i) {
         log4(i % 3 ? "tandril.kx" : "tandril.kx.KxNo7").setLogLevel(i % 2 ? 30000 : 40000);
+    }
     stop = true;
     threads.clear();
-    for (const AceCleanupLogger* logger : loggers)
+    for (const AceCleanupLogger* logger : loggers) {
         for (const int level : {40000, 0, -1}) {
             log4(logger->getName()).setLogLevel(level);
             openEntry();
             ASSERT_EQ(logger->isEnabled(LogLevel::Debug), level == 0) << logger->getName();
             ASSERT_EQ(logger->isEnabled(LogLevel::Warn), level != 40000) << logger->getName();
         }
+    }
 }

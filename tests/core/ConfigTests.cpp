@@ -40,8 +40,9 @@ TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
     GlobalConfig& config = GlobalConfig::getInstance();
     for (const auto& [name, set, isKnown, expected] : rows) {
         SCOPED_TRACE(std::string(name) + "=" + (set ? set : "(default)"));
-        if (set)
+        if (set) {
             config.set(name, set);
+        }
         for (const bool before : {false, true}) {
             bool value = before;
             EXPECT_EQ(config.getBool(name, value), isKnown);
@@ -72,11 +73,12 @@ TEST(SingletonRegistryThreadTest, ThreadsGetTheSameObject) {
     std::vector<int*> seen(4);
     {
         std::vector<std::jthread> threads;
-        for (int*& slot : seen)
+        for (int*& slot : seen) {
             threads.emplace_back([&made, &slot] {
                 slot = SingletonRegistry::getInstance().getOrCreate<int>("s.thread",
                                                                          [&] { return std::make_unique<int>(++made); });
             });
+        }
     }
     EXPECT_EQ(made, 1);
     EXPECT_EQ(seen, std::vector<int*>(4, seen[0]));

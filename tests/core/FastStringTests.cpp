@@ -17,8 +17,9 @@ TEST(FastStringTest, GrowsAtEveryBoundaryHoweverItIsFilled) {
     for (const std::size_t length : {0U, 1U, 7U, 8U, 9U, 16U, 17U, 33U, 5000U}) {
         std::string expected;
         FastString<8> byChar;
-        for (std::size_t i = 0; i < length; ++i)
+        for (std::size_t i = 0; i < length; ++i) {
             byChar.append(expected.append(1, static_cast<char>('a' + i % 26)).back());
+        }
         FastString<8> inParts;
         inParts.append(expected.substr(0, length / 2));
         inParts.append(expected.data() + length / 2, length - length / 2);
@@ -37,8 +38,9 @@ TEST(FastStringTest, GrowsAtEveryBoundaryHoweverItIsFilled) {
 TEST(FastStringTest, AppendsItself) {
     FastString<8> text;
     text.append("abcdefg");
-    for (int i = 0; i < 4; ++i) // in the object, from there to the heap, and on the heap
+    for (int i = 0; i < 4; ++i) { // in the object, from there to the heap, and on the heap
         text.append(text.data() + 1, text.length() - 1);
+    }
     EXPECT_EQ(text.length(), 97U);
     EXPECT_EQ(text.view().substr(0, 14), "abcdefgbcdefgb");
 }

@@ -63,8 +63,9 @@ public:
     /** The texts seen since the last call. */
     std::vector<std::string> texts() {
         std::vector<std::string> all;
-        for (LogRecord& record : records)
+        for (LogRecord& record : records) {
             all.push_back(std::move(record.text));
+        }
         records.clear();
         return all;
     }

@@ -58,8 +58,9 @@ TEST(MemPoolTest, BlocksAreAlignedApartAndLargeEnough) {
     static constinit MemAccount s_account{"pool.sizes"};
     std::vector<Block> blocks;
     // Both sides of every size class; then sizes of several slabs, and of more than a span may have.
-    for (std::size_t size = 0; size <= 4096; ++size)
+    for (std::size_t size = 0; size <= 4096; ++size) {
         blocks.push_back(take(s_account, size));
+    }
     for (std::size_t i = 1; i < kMemClasses.count; ++i) {
         blocks.push_back(take(s_account, kMemClasses.blockBytes[i]));
         blocks.push_back(take(s_account, std::size_t{kMemClasses.blockBytes[i]} + 1));
@@ -160,12 +161,14 @@ TEST(MemPoolThreadTest, AnEndedThreadLeavesItsCountsAndBlocks) {
                     blocks.push_back(take(s_account, size));
                     addresses.insert(blocks.back().bytes);
                 }
-                for (; blocks.size() > 500; blocks.pop_back())
+                for (; blocks.size() > 500; blocks.pop_back()) {
                     MemPool::deallocate(blocks.back().bytes, s_account);
+                }
             }).join();
             EXPECT_EQ(liveObjects("pool.ended"), 500);
-            for (const Block& block : blocks)
+            for (const Block& block : blocks) {
                 MemPool::deallocate(block.bytes, s_account);
+            }
             EXPECT_EQ(liveObjects("pool.ended"), 0);
         }
         EXPECT_LT(addresses.size(), 2000U);
@@ -191,8 +194,9 @@ TEST(MemPoolThreadTest, ManyThreadsAtOnce) {
     std::vector<Block> exchanged(64);
     const auto drop = [](const Block& block) {
         const auto filled = static_cast<unsigned char>(block.size);
-        if (std::count(block.bytes, block.bytes + block.size, filled) != static_cast<std::ptrdiff_t>(block.size))
+        if (std::count(block.bytes, block.bytes + block.size, filled) != static_cast<std::ptrdiff_t>(block.size)) {
             ADD_FAILURE() << "overwritten";
+        }
         MemPool::deallocate(block.bytes, s_account);
     };
     {
@@ -215,11 +219,13 @@ TEST(MemPoolThreadTest, ManyThreadsAtOnce) {
                 }
                 std::for_each(held.begin(), held.end(), drop);
             });
-            if (t == 3)
+            if (t == 3) {
                 threads.erase(threads.begin(), threads.begin() + 2);
+            }
         }
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; ++i) {
             MemAccounts::sList();
+        }
     }
     std::for_each(exchanged.begin(), exchanged.end(), drop);
     EXPECT_EQ(liveObjects("pool.many"), 0);
@@ -239,19 +245,22 @@ TEST(MemPoolTest, ResidentMemoryIsThatOfTheBlocks) {
     std::vector<Block> blocks(10000 * 7); // Touched before it is measured.
     blocks.clear();
     constexpr std::size_t kPieces[] = {1632, 640, 320, 200, 96, 64, 48}; // of a message of about 3,000 bytes
-    for (const std::size_t size : kPieces)
+    for (const std::size_t size : kPieces) {
         MemPool::deallocate(take(s_account, size).bytes, s_account); // so that the pool has its own memory
+    }
     const std::int64_t before = residentBytes();
-    for (int i = 0; i < 10000; ++i)
+    for (int i = 0; i < 10000; ++i) {
         for (const std::size_t size : kPieces) {
             blocks.push_back(take(s_account, size));
             std::memset(blocks.back().bytes, 1, size);
         }
+    }
     const std::int64_t grown = residentBytes() - before;
     const std::int64_t bytes = MemAccounts::sGetUsage("pool.resident").liveBytes;
     EXPECT_LT(grown, bytes + bytes / 50);
-    for (const Block& block : blocks)
+    for (const Block& block : blocks) {
         MemPool::deallocate(block.bytes, s_account);
+    }
 }
 
 /** Uses one size after another, and frees blocks on this or another thread: memory must not add up. */
@@ -268,8 +277,9 @@ TEST(MemPoolThreadTest, MemoryOfOneSizeServesAllOthersAndGoesBack) {
         }
         EXPECT_LT(residentBytes() - before, kBytes + kBytes / 2) << size;
         const auto drop = [&] {
-            for (const Block& block : blocks)
+            for (const Block& block : blocks) {
                 MemPool::deallocate(block.bytes, s_account);
+            }
         };
         size % 3 == 0 ? drop() : std::jthread(drop).join();
         blocks.clear();

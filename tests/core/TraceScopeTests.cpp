@@ -31,8 +31,9 @@ TEST(TraceScopeTest, LogsEntryAndExitInPairs) {
         throw std::runtime_error("x");
     } catch (const std::runtime_error&) {
     }
-    for (const LogRecord& record : capture.records)
+    for (const LogRecord& record : capture.records) {
         EXPECT_EQ(record.level, 0);
+    }
     EXPECT_THAT(capture.texts(),
                 ElementsAre("ENTER : KxTraced::parse", "ENTER : KxTraced::doParse", "EXIT : KxTraced::doParse",
                             "EXIT : KxTraced::parse", "ENTER : KxTraced::throws", "EXIT : KxTraced::throws"));

@@ -74,7 +74,8 @@ inline std::string sipOptions(int number) {
 /** The Request-URIs of the messages that the tool finds, "!" for one that is refused. */
 inline std::string found(const ToolRun& run) {
     std::string text;
-    for (const nlohmann::json& message : run.json())
+    for (const nlohmann::json& message : run.json()) {
         text += (text.empty() ? "" : " ") + (message["uri"].is_string() ? message["uri"].get<std::string>() : "!");
+    }
     return text;
 }

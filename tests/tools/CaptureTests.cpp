@@ -81,7 +81,7 @@ TEST(CaptureTest, EveryKindOfLink) {
         {"loopback, of some BSD", 0, "\x02\0\0\0"s, "\x1E\0\0\0"s},
         {"raw", 101, "", ""},
     };
-    for (const auto& [name, type, header4, header6] : rows)
+    for (const auto& [name, type, header4, header6] : rows) {
         for (const bool isNext : {false, true}) {
             SCOPED_TRACE(name);
             CaptureBytes capture(type, isNext);
@@ -90,6 +90,7 @@ TEST(CaptureTest, EveryKindOfLink) {
             EXPECT_EQ(run.json().at(1)["source"]["address"], "2001:db8::1");
             EXPECT_EQ(run.exit, 0);
         }
+    }
     EXPECT_EQ(showAll(CaptureBytes(105).bytes()).exit, 3);
 }
 
@@ -103,8 +104,9 @@ TEST(CaptureTest, FragmentsAreJoined) {
     };
     for (const auto& [frames, expected, note] : rows) {
         CaptureBytes capture;
-        for (const std::string& frame : frames)
+        for (const std::string& frame : frames) {
             capture.add(frame);
+        }
         const ToolRun run = showAll(capture.bytes());
         EXPECT_EQ(found(run), expected);
         EXPECT_EQ(run.err, note);
@@ -133,8 +135,9 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
     const std::string both = kOne + kBody + kTwo;
     const std::size_t inBody = kOne.size() + kBody.size() - 4;
     std::vector<Piece> bytes;
-    for (std::size_t i = 0; i < both.size(); ++i)
+    for (std::size_t i = 0; i < both.size(); ++i) {
         bytes.push_back({i, both.substr(i, 1)});
+    }
     const std::string all = "sip:1@d sip:3@d sip:2@d";
     const std::string gap = "kxsip: -: 1 gap in a TCP stream, what it cuts off is read as far as it is there\n";
     const std::string endless = "OPTIONS sip:9@d SIP/2.0\r\nContent-Length: 18446744073709551615\r\n\r\n";
@@ -154,16 +157,18 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
         {"the same ports again", {syn, {0, kOne}, {999999, "", syn.flags}, {1000000, kTwo}}, "sip:1@d sip:2@d"},
         {"a length that nobody can wait for", {{0, endless}, {endless.size(), kOne}}, "! sip:1@d"},
     };
-    for (const Row& row : rows)
+    for (const Row& row : rows) {
         for (const std::uint32_t first : {1U, ~0U - 60U}) { // the second number wraps around within the stream
             SCOPED_TRACE(row.name);
             CaptureBytes capture;
-            for (const Piece& piece : row.pieces)
+            for (const Piece& piece : row.pieces) {
                 capture.add(segment(piece, first));
+            }
             const ToolRun run = showAll(capture.bytes());
             EXPECT_EQ(found(run), row.found);
             EXPECT_EQ(run.err, row.note);
         }
+    }
     // the tool does not wait for a lost segment that is acknowledged; the time after the gap is approximate
     CaptureBytes acknowledged;
     acknowledged.add(segment({0, kOne}, 1)).add(segment({999, kTwo}, 1)).add(acknowledgement(1001));

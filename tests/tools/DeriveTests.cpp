@@ -53,8 +53,9 @@ TEST(CheckTest, TellsEachMessageInALine) {
           "1 message: 1 refused\n"}},
         {"", {2, "-\t0\trefused\tSIP Method Token Expected\n", "1 message: 1 refused\n"}},
     };
-    for (const auto& [input, run] : rows)
+    for (const auto& [input, run] : rows) {
         EXPECT_EQ(kxsip("check -", input), run);
+    }
     EXPECT_EQ(kxsip("check -q -", kInvite).err, "");
     EXPECT_EQ(kxsip("check").exit, 64);
 }
@@ -84,10 +85,12 @@ TEST(DeriveTest, PrintsTheMessage) {
         {"bye /absent", "", {3, "", "kxsip: cannot read /absent: No such file or directory\n"}},
         {"response 200", "BYE sip:a SIP/2.0\r\nno colon\r\n" + response, {1, "SIP/2.0 200 Ok\r\n" + response, ""}},
     };
-    for (const auto& [command, input, run] : rows)
+    for (const auto& [command, input, run] : rows) {
         EXPECT_EQ(kxsip(command, input), run) << command;
-    for (const char* wrong : {"response", "ack --number -1", "response 200 a b"})
+    }
+    for (const char* wrong : {"response", "ack --number -1", "response 200 a b"}) {
         EXPECT_EQ(kxsip(wrong).exit, 64) << wrong;
+    }
 }
 
 TEST(ShowLogTest, PrintsTheLogForm) {

@@ -32,8 +32,9 @@ TEST(DigestCommandTest, AnAnswerIsVerified) {
         EXPECT_EQ(run, (ToolRun{0, run.out, ""}));
         const std::string answered = request(run.out, content);
         EXPECT_EQ(kxsip("digest verify --user u" + password, answered), (ToolRun{0, "", ""}));
-        for (const std::string& other : {"u" + wrong, "v" + password, "u --method INVITE" + password})
+        for (const std::string& other : {"u" + wrong, "v" + password, "u --method INVITE" + password}) {
             EXPECT_EQ(kxsip("digest verify --user " + other, answered), (ToolRun{1, "", ""}));
+        }
     }
 }
 
@@ -54,8 +55,9 @@ TEST(DigestCommandTest, WhatIsRefused) {
     };
     const Scratch scratch;
     const std::string options = " --user u --password-file " + scratch.write("password", "sesame");
-    for (const auto& [command, input, why] : rows)
+    for (const auto& [command, input, why] : rows) {
         EXPECT_EQ(kxsip("digest " + command + options, input), refusal(why)) << command;
+    }
     EXPECT_EQ(kxsip("digest verify" + options, request(credentials + ",algorithm=MD5\r\n")), (ToolRun{1, "", ""}));
     EXPECT_EQ(kxsip("digest verify --number 1" + options, request("")).err, "kxsip: - has no message 1\n");
     EXPECT_EQ(kxsip("digest verify --user u --password-file /absent").exit, 3);
@@ -63,8 +65,9 @@ TEST(DigestCommandTest, WhatIsRefused) {
     const ToolRun both = kxsip("digest answer --user u --password-file - -", "sesame");
     EXPECT_EQ(both.exit, 64);
     EXPECT_THAT(both.err, testing::HasSubstr("only one of message, password and body can be read from standard input"));
-    for (const std::string& wrong : {""s, " verify --user u"s, " answer --qop auth" + options})
+    for (const std::string& wrong : {""s, " verify --user u"s, " answer --qop auth" + options}) {
         EXPECT_EQ(kxsip("digest" + wrong).exit, 64) << wrong;
+    }
     // a message that can't be written is reported, and the next one is shown
     EXPECT_EQ(kxsip("show --wire", request("Authorization: Digest username=u\r\n") + request("")),
               (ToolRun{2, request(""), refusal("KxException: Unsupported Algorithm: Only MD5 is supported !!!").err}));

@@ -56,8 +56,9 @@ TEST(FlowTest, ColumnsAreHosts) {
     EXPECT_EQ(run.exit, 2);
     std::vector<std::string> lines;
     std::istringstream text(run.out);
-    for (std::string line; std::getline(text, line);)
+    for (std::string line; std::getline(text, line);) {
         lines.push_back(line);
+    }
     ASSERT_EQ(lines.size(), 10U) << run.out;
     EXPECT_THAT(lines[0], HasSubstr("500 xxx"));
     EXPECT_THAT(lines[3],
@@ -75,8 +76,9 @@ TEST(FlowTest, ResultIsTheFirstSuccessOrTheLastFailure) {
     for (const auto& [codes, result] : rows) {
         CaptureBytes capture;
         capture.add(datagram(sipMessage("INVITE sip:c@d SIP/2.0", "CSeq: 1 INVITE\r\n")));
-        for (const char* const code : codes)
+        for (const char* const code : codes) {
             capture.add(datagram(sipMessage(std::string("SIP/2.0 ") + code + " x", "CSeq: 1 INVITE\r\n")));
+        }
         capture.add(datagram(sipMessage("SIP/2.0 200 y", "CSeq: 2 BYE\r\n")));
         EXPECT_THAT(kxsip("flow -", capture.bytes()).out,
                     testing::StartsWith(std::string("INVITE sip:a@b > sip:c@d  ") + result + "\n"));
@@ -88,11 +90,13 @@ TEST(FlowTest, PicturesHoldWhateverTheMessageHolds) {
         "</title></svg><script>alert('1')</script>&amp;\"]]>\x01\x1B\xFF\xC3\xA9\xED\xA0\x80\xC0\xAF";
     std::string request = sipMessage("OPTIONS sip:a@b SIP/2.0", "CSeq: 1 OPTIONS\r\nX-A: " + evil + "\r\n");
     std::string response = sipMessage("SIP/2.0 500 " + evil, "CSeq: 1 OPTIONS\r\n");
-    for (std::string* const message : {&request, &response})
+    for (std::string* const message : {&request, &response}) {
         message->replace(message->find("x@y"), 3, "<b>&\x02");
+    }
     CaptureBytes capture;
-    for (int i = 0; i < 70; ++i)
+    for (int i = 0; i < 70; ++i) {
         capture.add(datagram(request)).add(datagram(response, "192.0.2.2", "192.0.2.1"));
+    }
     const Scratch scratch;
     for (const char* name : {"a.svg", "a.html"}) {
         SCOPED_TRACE(name);

@@ -5,8 +5,8 @@ using Json = nlohmann::json;
 const std::string kRequest = "OPTIONS sip:c@d SIP/2.0\r\n" + kDialog + "CSeq: 1 OPTIONS\r\n";
 const std::string kResponse = "SIP/2.0 200 All is well\r\n" + kDialog + "CSeq: 1 OPTIONS\r\n";
 
-static std::string withBody(const std::string& body, std::size_t told) {
-    return "Content-Type: text/plain\r\nContent-Length: " + std::to_string(told) + "\r\n\r\n" + body;
+static std::string withBody(const std::string& body, std::size_t stated) {
+    return "Content-Type: text/plain\r\nContent-Length: " + std::to_string(stated) + "\r\n\r\n" + body;
 }
 
 static std::string refused(const std::string& text, const std::string& className = "KxSipParseError") {
@@ -17,8 +17,9 @@ static std::string refused(const std::string& text, const std::string& className
 
 /** Checks the keys that `expected` names. */
 static void expectFields(const Json& actual, const Json& expected) {
-    for (const auto& [key, value] : expected.items())
+    for (const auto& [key, value] : expected.items()) {
         EXPECT_EQ(actual.value(key, Json("absent")), value) << key;
+    }
 }
 
 TEST(ShowJsonTest, TellsEachMessageOfAFile) {
@@ -35,12 +36,12 @@ TEST(ShowJsonTest, TellsEachMessageOfAFile) {
     const std::string notOne = "BYE sip:c@d\r\nSubject : on SIP/2.0\r\n" + withBody("v=0\r\n", 5);
     const std::string noCr = refused("Invalid Start-Line for SIP request: no CR before LF");
     const std::tuple<const char*, std::string, int, std::string> rows[] = {
-        {"request, last of all, line ends behind it", "\r\n" + kRequest + kNoBody + "\r\n\n", 0, request},
+        {"request, last of all, line ends after it", "\r\n" + kRequest + kNoBody + "\r\n\n", 0, request},
         {"body, next message at once", kRequest + withBody("abc", 3) + kResponse + kNoBody, 0,
          R"({"body_bytes":3,"index":0},)" + response},
         {"without Content-Length the rest is body", kRequest + "Content-Type: message/sip\r\n\r\n" + kResponse, 0,
          R"({"unread_bytes":0,"body_bytes":)" + std::to_string(kResponse.size()) + "}"},
-        {"bytes behind the body are the next message", kRequest + withBody("abcdef", 2), 2,
+        {"bytes after the body are the next message", kRequest + withBody("abcdef", 2), 2,
          R"({"body_bytes":2,"unread_bytes":4},)" + noEnd},
         {"nothing but a keep-alive", "\r\n\r\n", 2, keepAlive},
         {"blank in front", " \r\n" + kRequest + kNoBody, 2, keepAlive + "," + request},

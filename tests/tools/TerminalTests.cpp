@@ -21,8 +21,9 @@ class TerminalTest : public testing::Test {
 protected:
     void SetUp() override {
         const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-        if (terminal == -1 || close(terminal) != 0)
+        if (terminal == -1 || close(terminal) != 0) {
             GTEST_SKIP() << "no pseudo-terminals, as in a bare root folder";
+        }
     }
 };
 

@@ -17,8 +17,9 @@
 class Scratch {
 public:
     Scratch() : m_path(testing::TempDir() + "kxsipXXXXXX") {
-        if (mkdtemp(m_path.data()) == nullptr)
+        if (mkdtemp(m_path.data()) == nullptr) {
             throw std::runtime_error("no folder for the test: " + m_path);
+        }
     }
     ~Scratch() { std::filesystem::remove_all(m_path); }
     Scratch(const Scratch&) = delete;
@@ -49,8 +50,9 @@ struct ToolRun {
     std::vector<nlohmann::json> json() const {
         std::vector<nlohmann::json> lines;
         std::istringstream text(out);
-        for (std::string line; std::getline(text, line);)
+        for (std::string line; std::getline(text, line);) {
             lines.push_back(nlohmann::json::parse(line));
+        }
         return lines;
     }
     bool operator==(const ToolRun&) const = default;

@@ -23,12 +23,15 @@ static void expectFound(const std::string& text) {
 }
 
 TEST(ByteScanTest, FindsWhatALoopFinds) {
-    for (std::size_t length = 0; length <= 50; ++length)
-        for (const char other : {'a', '!', '*', '\xac', '\0'}) // share some bits with the wanted ones
+    for (std::size_t length = 0; length <= 50; ++length) {
+        for (const char other : {'a', '!', '*', '\xac', '\0'}) { // share some bits with the wanted ones
             for (std::size_t place = 0; place <= length; ++place) {
                 std::string text(length, other);
-                if (place < length)
+                if (place < length) {
                     text[place] = ';';
+                }
                 expectFound(text);
             }
+        }
+    }
 }

@@ -56,8 +56,9 @@ TEST(KxObservableThreadTest, DetachedObserverMayBeDestroyed) {
     KxObservable subject;
     std::atomic<bool> stop{false};
     std::jthread notifier([&] {
-        while (!stop)
+        while (!stop) {
             subject.notifyObservers();
+        }
     });
     for (int i = 0; i < 1000; ++i) {
         std::string called;

@@ -20,8 +20,9 @@ TEST(KxSocketImplTest, NamesAndTransportsMatchAndOthersAreRefused) {
         EXPECT_EQ(KxSocketImpl::getTransportString(static_cast<KxSocketImpl::Transport>(wrong)), "UNKNOWN");
         EXPECT_EQ(KxSocketImpl::getTransportString(static_cast<KxSocketImpl::Transport>(wrong), true), "unknown");
     }
-    for (const std::string_view name : {"", "u", "ud", "udpx", "udp ", " udp", "wsss", "\x15\x04\x10", "\x57\x33"})
+    for (const std::string_view name : {"", "u", "ud", "udpx", "udp ", " udp", "wsss", "\x15\x04\x10", "\x57\x33"}) {
         EXPECT_FALSE(KxSocketImpl::parseTransport(HeapText(name).view()).isValid()) << name;
+    }
     EXPECT_FALSE(KxSocketImpl::parseTransport(std::string_view("ws\0", 3)).isValid());
     EXPECT_FALSE(KxSocketImpl::parseTransport(static_cast<const char*>(nullptr)).isValid());
 }

@@ -41,8 +41,9 @@ TEST(MD5Test, PiecesGiveTheDigestOfTheWholeAndAnObjectBeginsAnew) {
 
 TEST(KxHexEncodingTest, EveryByteGoesOutAndComesBackAndWhatIsNoDigitCountsAsZero) {
     std::string bytes;
-    for (int byte = 0; byte < 256; ++byte)
+    for (int byte = 0; byte < 256; ++byte) {
         bytes += static_cast<char>(byte);
+    }
     const KxString all = KxHexEncoding::toHex(KxByteArray::sCreate(bytes.size(), bytes.data()));
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const KxString digits = KxHexEncoding::toHex(KxByteArray::sCreate(1, &bytes[i]));

@@ -90,20 +90,24 @@ TEST(ThreadHandleTest, FourThreadsShareAndLetGoTogether) {
     std::atomic<int> freed = 0;
     std::vector<KxHandle<Probe>> handles;
     const auto probe = [&] { return new Probe([&] { ++freed; }); };
-    for (int i = 0; i < kObjects; ++i)
+    for (int i = 0; i < kObjects; ++i) {
         handles.emplace_back(probe(), i % 2 == 0 ? nullptr : probe());
+    }
     std::atomic<int> ready = 0;
     std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&ready, mine = handles]() mutable {
-            for (++ready; ready < 5;)
+            for (++ready; ready < 5;) {
                 std::this_thread::yield();
+            }
             for (KxHandle<Probe>& handle : mine) {
-                for (int n = 0; n < 20; ++n)
+                for (int n = 0; n < 20; ++n) {
                     handle = KxHandle<Probe>(std::as_const(handle));
+                }
                 handle = nullptr;
             }
         });
+    }
     handles.clear();
     EXPECT_EQ(freed, 0);
     ++ready;

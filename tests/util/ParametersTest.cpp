@@ -40,8 +40,9 @@ TEST(ParametersTest, AbsentIsNilAndEmptyIsNot) {
 
 TEST(ParametersTest, RepeatsFromASlowStreamCostTheirLength) {
     std::string text = "first";
-    for (int i = 1; i < 100000; ++i)
+    for (int i = 1; i < 100000; ++i) {
         text += (i % 2 == 0 ? ";p=" : ";P=") + std::to_string(i);
+    }
     KxParameters list;
     DribblingStream slow(text, 1);
     list.parse(slow);
@@ -60,15 +61,16 @@ TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
             list = other;
         },
     };
-    for (int size = 0; size <= 40; ++size)
+    for (int size = 0; size <= 40; ++size) {
         for (const auto change : changes) {
             KxParameters list;
             for (int i = 0; i < size; ++i) {
                 list.setValue("name" + std::to_string(i), KxString("value"));
                 list.setValue("gone" + std::to_string(i / 3), KxString("value"));
             }
-            for (int i = 0; i < size; ++i)
+            for (int i = 0; i < size; ++i) {
                 list.removeValue("gone" + std::to_string(i / 3));
+            }
             const KxString before = list.getString();
             KxParameters expected(list);
             change(expected);
@@ -83,6 +85,7 @@ TEST(ParametersTest, StaysWhatItWasWhenThereIsNoMemory) {
             }
             EXPECT_EQ(list.getString(), expected.getString());
         }
+    }
 }
 
 TEST(SharedParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
@@ -93,7 +96,7 @@ TEST(SharedParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
         {"clear", [](KxSharedParameters& list) { list.clear(); }, ""},
         {"hand out", [](KxSharedParameters& list) { list.handle()->setValue("c", KxString("3")); }, "a=1;b;c=3"},
     };
-    for (const bool isHandedOut : {false, true}) // a list that was handed out stays the list of its object
+    for (const bool isHandedOut : {false, true}) { // a list that was handed out stays the list of its object
         for (const auto& [name, change, changed] : rows) {
             SCOPED_TRACE(name);
             KxSharedParameters original;
@@ -108,19 +111,22 @@ TEST(SharedParametersTest, CopiesShareTheListUntilOneIsChangedOrHandedOut) {
             EXPECT_EQ(original.getString(), changed);
             EXPECT_TRUE(!isHandedOut || original.handle() == list);
         }
+    }
 }
 
 TEST(ThreadSharedParametersTest, ReadersAreHandedOneList) {
     for (int round = 0; round < 2000; ++round) {
         KxSharedParameters source;
-        if (round % 2 == 0) // else the readers make the list
+        if (round % 2 == 0) { // else the readers make the list
             source.write().parse("a=1");
+        }
         const KxSharedParameters copy(source);
         std::array<KxHandle<KxParameters>, 2> lists;
         std::atomic<int> ready{0};
         const auto read = [&, &source = std::as_const(source)](KxHandle<KxParameters>& list) {
-            for (++ready; ready < 2;)
+            for (++ready; ready < 2;) {
                 std::this_thread::yield();
+            }
             list = source.handle();
             EXPECT_EQ(source.getValue("a"), round % 2 == 0 ? "1" : "");
         };
@@ -139,29 +145,34 @@ TEST(ThreadSharedParametersTest, NoCopySharesWhatIsHandedOutMeanwhile) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3); // if two threads share a processor
     std::vector<KxSharedParameters> sources(kRounds);
     std::vector<KxHandle<KxParameters>> lists(kRounds);
-    for (KxSharedParameters& source : sources)
+    for (KxSharedParameters& source : sources) {
         source.write().parse("a=1");
+    }
     std::atomic<std::size_t> copied{0};
     std::atomic<std::size_t> handedOut{0};
     std::thread lender([&] {
         for (std::size_t i = 0; i < kRounds; handedOut = ++i) {
-            while (copied <= i)
+            while (copied <= i) {
                 std::this_thread::yield();
-            for (std::size_t skew = copied; skew % 16 != 0; ++skew)
+            }
+            for (std::size_t skew = copied; skew % 16 != 0; ++skew) {
                 static_cast<void>(copied.load());
+            }
             lists[i] = sources[i].handle();
         }
     });
     std::size_t shared = 0;
-    for (std::size_t i = 0; i < kRounds && shared == 0 && std::chrono::steady_clock::now() < end; ++i)
+    for (std::size_t i = 0; i < kRounds && shared == 0 && std::chrono::steady_clock::now() < end; ++i) {
         for (bool isHandedOut = false; !isHandedOut;) { // copies without a pause
             const KxSharedParameters copy(sources[i]);
             copied = i + 1;
-            for (std::size_t wait = i % 2 * 16; wait > 0; --wait)
+            for (std::size_t wait = i % 2 * 16; wait > 0; --wait) {
                 static_cast<void>(handedOut.load());
+            }
             isHandedOut = handedOut > i;
             shared += isHandedOut && copy.begin() == lists[i]->begin() ? 1 : 0;
         }
+    }
     copied = kRounds;
     lender.join();
     EXPECT_EQ(shared, 0U);

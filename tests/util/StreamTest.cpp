@@ -82,8 +82,9 @@ TEST(InputStreamTest, ReadsThePartOfAnArrayThatThereIs) {
     const auto bytes = KxByteArray::sCreate("0123456789");
     const std::tuple<std::size_t, std::size_t, std::string_view> rows[] = {
         {3, 4, "3456"}, {9, 5, "9"}, {11, 1, ""}, {8, SIZE_MAX, "89"}};
-    for (const auto& [offset, length, expected] : rows)
+    for (const auto& [offset, length, expected] : rows) {
         expectFollows(KxByteArrayInputStream(bytes, offset, length), expected);
+    }
     expectFollows(KxByteArrayInputStream(KxHandle<KxByteArray>()), "");
     expectFollows(KxByteArrayInputStream(KxByteArray::sCreate("kept alive")), "kept alive");
 }

@@ -43,8 +43,9 @@ public:
 
 protected:
     std::size_t readSome(char* buffer, std::size_t capacity) override {
-        if (std::exchange(m_failAt, m_failAt == 0 ? SIZE_MAX : m_failAt) == 0)
+        if (std::exchange(m_failAt, m_failAt == 0 ? SIZE_MAX : m_failAt) == 0) {
             KxException::sThrow("connection lost");
+        }
         const std::size_t count = m_left.copy(buffer, std::min({m_step, capacity, m_failAt}));
         m_left.remove_prefix(count);
         m_failAt -= m_failAt == SIZE_MAX ? 0 : count;
@@ -61,8 +62,9 @@ private:
 
 inline std::string readRest(KxInputStream& in) {
     std::string rest;
-    for (int c = in.read(); c >= 0; c = in.read())
+    for (int c = in.read(); c >= 0; c = in.read()) {
         rest += static_cast<char>(c);
+    }
     return rest;
 }
 
@@ -89,26 +91,30 @@ struct ReadRow {
 
 template <auto reader>
 void expectReads(std::initializer_list<ReadRow> rows) {
-    for (const ReadRow& row : rows)
+    for (const ReadRow& row : rows) {
         EXPECT_EQ(readEveryWay(row.text, reader), row.outcome + "@" + row.rest) << testing::PrintToString(row.text);
+    }
 }
 
 /** Calls f with every text of up to `longest` characters of the alphabet, until a test fails. */
 template <class F>
 void forEveryText(std::string_view alphabet, std::size_t longest, F f) {
-    for (std::size_t length = 0, count = 1; length <= longest; ++length, count *= alphabet.size())
+    for (std::size_t length = 0, count = 1; length <= longest; ++length, count *= alphabet.size()) {
         for (std::size_t number = 0; number < count && !testing::Test::HasFailure(); ++number) {
             std::string text;
-            for (std::size_t rest = number; text.size() < length; rest /= alphabet.size())
+            for (std::size_t rest = number; text.size() < length; rest /= alphabet.size()) {
                 text += alphabet[rest % alphabet.size()];
+            }
             f(text);
         }
+    }
 }
 
 inline std::string repeated(std::string_view text, std::size_t times) {
     std::string all;
-    while (times-- != 0)
+    while (times-- != 0) {
         all += text;
+    }
     return all;
 }
 

@@ -66,13 +66,14 @@ TEST(StringTest, SearchesCutsAndTrimsUpToEveryBoundary) {
             EXPECT_EQ(buffer->indexOf(text, start), expected) << text << ' ' << start;
         }
     }
-    for (const std::string_view kept : {""sv, "a"sv, "a b"sv, "\0 a \0"sv, "\xA0\x85"sv})
+    for (const std::string_view kept : {""sv, "a"sv, "a b"sv, "\0 a \0"sv, "\xA0\x85"sv}) {
         for (const std::string_view blank : {""sv, " "sv, " \t\r\n\v\f"sv}) {
             const std::string text = std::string(blank).append(kept).append(blank);
             const auto trimmed = bufferOf(text);
             trimmed->trim();
             expectText(*trimmed, kept);
         }
+    }
 }
 
 TEST(StringTest, WordsShareOneConstant) {
@@ -113,8 +114,9 @@ TEST(StringTest, ChangesACopyOfAWord) {
         change(*s_constant.getBuffer());
         change(*KxString("udp").getBuffer());
         EXPECT_EQ(word, expected->view());
-        for (const KxString& untouched : {other, KxString("udp"), KxString(s_constant.view())})
+        for (const KxString& untouched : {other, KxString("udp"), KxString(s_constant.view())}) {
             EXPECT_EQ(untouched, "udp");
+        }
     }
 }
 
@@ -124,8 +126,9 @@ TEST(StringTest, AppendsToACopyWhereItIsShared) {
         KxString changed(original);
         changed.append("+").append("");
         const KxStringBuffer* const own = changed.getBuffer().get();
-        for (int i = 0; i < 50; ++i)
+        for (int i = 0; i < 50; ++i) {
             changed += "-";
+        }
         EXPECT_EQ(changed.getBuffer().get(), own); // the buffer is not shared, so it grows in place
         EXPECT_EQ(changed, before + "+" + std::string(50, '-'));
         KxString twice(original);
@@ -139,7 +142,7 @@ TEST(StringTest, AppendsToACopyWhereItIsShared) {
 }
 
 TEST(StringBufferTest, GrowsBeyondItsBlockAndStaysTheSameObject) {
-    for (const std::size_t length : {0U, 1U, 10U, 11U, 12U, 20U, 100U}) // within its block, beyond it
+    for (const std::size_t length : {0U, 1U, 10U, 11U, 12U, 20U, 100U}) { // within its block, beyond it
         for (std::size_t from = 0; from <= length; from += 5) {
             std::string expected = Dice().text("abcdef\0"sv, length);
             const auto buffer = bufferOf(expected);
@@ -152,6 +155,7 @@ TEST(StringBufferTest, GrowsBeyondItsBlockAndStaysTheSameObject) {
             buffer->append(*bufferOf("xyz"));
             EXPECT_EQ(sharing, expected.substr(from, length - from) + "xyz");
         }
+    }
     const auto buffer = KxStringBuffer::sCreate(nullptr, 3);
     expectText(*buffer, "\0\0\0"sv);
     std::fill_n(buffer->lockBuffer(5000) + 3, 4997, 'z');

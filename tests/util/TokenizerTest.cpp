@@ -65,15 +65,16 @@ TEST(TokenizerTest, ReadsAndLeavesTheRest) {
         {kDiscardLine, "a\rb\nc", "@c"},
         {kWord, " \tab\r\nc", "ab@\r\nc"},
     };
-    for (const auto& [reader, text, outcome] : rows)
+    for (const auto& [reader, text, outcome] : rows) {
         EXPECT_EQ(readEveryWay(text, reader), outcome) << text;
+    }
     const std::string longText = Dice().text("ab c", 5000);
     EXPECT_EQ(readEveryWay("\"" + longText + "\"x", kQuote), longText + "@x");
     EXPECT_EQ(readEveryWay("x" + longText + "\r\nx", kLine), "x" + longText + "@x");
 }
 
 TEST(TokenizerTest, BuffersHoldWhatFits) {
-    for (const std::size_t length : {1U, 2U, 5U})
+    for (const std::size_t length : {1U, 2U, 5U}) {
         for (const std::size_t size : {std::size_t{0}, std::size_t{1}, length, length + 1, length + 2}) {
             SCOPED_TRACE(std::to_string(length) + " characters, room for " + std::to_string(size));
             const std::string token(length, 'x');
@@ -87,6 +88,7 @@ TEST(TokenizerTest, BuffersHoldWhatFits) {
             EXPECT_EQ(readEveryWay(" ", inBuffer<kGet>(size)), "@"); // nothing there: false, and an empty text
             EXPECT_EQ(readEveryWay("", inBuffer<kGetLine>(size)), "@");
         }
+    }
 }
 
 TEST(TokenizerTest, PeekingLeavesTheCallersMark) {

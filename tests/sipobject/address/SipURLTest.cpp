@@ -179,9 +179,11 @@ TEST(SipURLTest, HeadersAreReadByThemselves) {
 
 TEST(SipURLTest, ManyParametersAndHeadersCostTheirLength) {
     std::string text = "sip:h";
-    for (const char* name : {";parameter", "%3Bheader"})
-        for (int i = 0; i < 100000; ++i)
+    for (const char* name : {";parameter", "%3Bheader"}) {
+        for (int i = 0; i < 100000; ++i) {
             text.append(name).append(std::to_string(i)).append(name[0] == ';' ? "=x" : "%3Dx");
+        }
+    }
     text.replace(text.find("%3B"), 3, "?");
     const KxSipURL url(text.c_str());
     EXPECT_EQ(joined(url.numParameters(), url.numHeaders()), "100000|100000");

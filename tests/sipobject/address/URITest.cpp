@@ -13,8 +13,9 @@ struct ServiceURI final : KxURI {
     void parse(KxInputStream& in) override {
         for (int c = in.read(); c >= 0 && c != '\n'; c = in.read()) {
             text.append(std::string_view(c == '!' ? "" : std::string(1, static_cast<char>(c))));
-            if (c == '!')
+            if (c == '!') {
                 KxException::sThrow("no service");
+            }
         }
     }
     KxString text{""};

@@ -133,8 +133,9 @@ TEST(DigestTest, AlgorithmsThatAreRefused) {
         [&] { none->setEntityBody(nullptr); }, [&] { none->validate("u", "p", "r"); },
         [&] { none->serialize(out); },
     };
-    for (const auto& use : uses)
+    for (const auto& use : uses) {
         EXPECT_EQ(outcomeOf(use), kUnsupported);
+    }
     EXPECT_EQ(out.view(), "");
     EXPECT_EQ(outcomeOf([] { KxSipChallengeInfo::constructFrom("Basic", arrayOf("realm=a")); }),
               "KxException: Challenge type not supported !");
@@ -181,7 +182,8 @@ TEST(DigestTest, SecretsStayWhereTheyAre) {
     const std::string text = written(*credentials);
     EXPECT_THAT(text, testing::HasSubstr("\",uri=\"sip:h;lr\",algorithm=MD5,opaque=\"\",qop=\"auth-int\",nc=00000001"));
     EXPECT_THAT(text, testing::Not(testing::ContainsRegex("sesame|password|method|qopoptions|entity")));
-    for (const LogRecord& record : capture.records)
+    for (const LogRecord& record : capture.records) {
         EXPECT_THAT(record.text, testing::Not(testing::ContainsRegex("sesame|open")));
+    }
     EXPECT_FALSE(capture.records.empty());
 }

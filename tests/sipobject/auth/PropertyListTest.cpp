@@ -28,8 +28,9 @@ TEST(PropertyListTest, Challenges) {
         {"a=1\r\n", "a=\"1\r\""},
         {R"(realm="a",nonce)", "KxException: Failed to parse Proxy-Authenticate SIP header"},
     };
-    for (const auto& [text, outcome] : rows)
+    for (const auto& [text, outcome] : rows) {
         EXPECT_EQ(challengeOf(text), outcome) << text;
+    }
 }
 
 /** The lists of challenges and credentials are compared so by fuzz/fuzz_digest.cpp in the test exhaust.digest. */
@@ -41,8 +42,8 @@ TEST(PropertyListTest, EveryShortAuthenticationInfoReadsAsWithThePlainReader) {
 }
 
 TEST(PropertyListTest, Limit) {
-    const auto filled = [](std::size_t kept, const std::string& behind = "") {
-        return "a=\"" + std::string(kept - 1, 'x') + behind + "\"";
+    const auto filled = [](std::size_t kept, const std::string& after = "") {
+        return "a=\"" + std::string(kept - 1, 'x') + after + "\"";
     };
     const std::string front = repeated("ab=\"cd\", ", 255); // 1,019 characters are kept of it
     const std::string commas(100000, ',');

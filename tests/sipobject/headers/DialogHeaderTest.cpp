@@ -58,8 +58,9 @@ TEST(DialogHeaderTest, Replaces) {
 }
 
 TEST(DialogGeneratorTest, NumbersCallIdsAndTags) {
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         EXPECT_LT(KxSipCSeq(), 0xFFFFFFU);
+    }
     EXPECT_EQ(KxSipCSeq(0xFFFFFFFFU), 0xFFFFFFFFU);
     const std::string host(KxInetAddress::sGetLocalHostName().view());
     const KxSipCallid here;

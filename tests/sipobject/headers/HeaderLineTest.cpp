@@ -43,8 +43,9 @@ TEST(HeaderLineTest, NamesAreLookedUpAsTheyStandButForBlanks) {
         const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
         return className(*header) + " " + linesOf(*header);
     };
-    for (const char* line : {"V\r\n ia: x\r\n", "Vi\ra: x\r\n", "\rVia: x\r\n", "Via\v: x\r\n", "\fVia: x\n"})
+    for (const char* line : {"V\r\n ia: x\r\n", "Vi\ra: x\r\n", "\rVia: x\r\n", "Via\v: x\r\n", "\fVia: x\n"}) {
         EXPECT_EQ(readEveryWay(line, read), "KxSipUnknownHeader Via: x@") << escaped(line);
+    }
     EXPECT_EQ(readEveryWay("\t aLLow \t\r\n : x\r\n", read), "KxSipAllowHeader aLLow: x@");
 }
 

@@ -70,8 +70,9 @@ TEST(HeaderRegistryTest, EveryNameInEveryLetterCase) {
 /** Fails with the step of docs/adding-a-header.md that is missing for a registered name. */
 TEST(HeaderRegistryTest, NoRegisteredNameIsLeftOut) {
     std::string rows = " ";
-    for (const auto& [value, kinds] : kKinds)
+    for (const auto& [value, kinds] : kKinds) {
         rows.append(kinds).append(" ");
+    }
     const auto textOf = [](const char* path) {
         return "\n" + fileText(std::filesystem::path(KX_SOURCE_DIR) / path) + "\n";
     };
@@ -81,8 +82,9 @@ TEST(HeaderRegistryTest, NoRegisteredNameIsLeftOut) {
     std::size_t known = 0;
     for (const std::string_view registered : KxSipHeader::sNames()) {
         const std::string name(registered);
-        if (name.starts_with("X-Kx-")) // another test's
+        if (name.starts_with("X-Kx-")) { // another test's
             continue;
+        }
         ++known;
         EXPECT_NE(rows.find(" " + name + " "), std::string::npos) << name << ": step 4.2";
         EXPECT_TRUE(name.size() == 1 || golden.find("\n" + name + ": ") != std::string::npos) << name << ": step 4.3";
@@ -98,8 +100,9 @@ TEST(HeaderRegistryTest, OtherNamesAreKeptWithTheirRawText) {
     std::vector<std::string> names = {
         "Call-Info", "Vi",    "Viaa",         "Content-Typ",    "Content-Lengthy",    "xx",
         "-",         "Via;x", "Contend-Type", "Content-Lxngth", "Proxy-Auxhorization"};
-    for (const char letter : kFreeLetters)
+    for (const char letter : kFreeLetters) {
         names.emplace_back(1, letter);
+    }
     for (const std::string& name : names) {
         const KxHandle<KxSipUnknownHeader> header = readAs<KxSipUnknownHeader>(name + ": <a>;b=\"c\", d");
         EXPECT_EQ(header->getHeaderID(), KxHeaderIDs::kUnknown);

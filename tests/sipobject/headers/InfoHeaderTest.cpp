@@ -4,8 +4,9 @@ TEST(InfoHeaderTest, URIsStandInBrackets) {
     expectRows<KxSipAlertInfoHeader>(
         [](const auto& header) {
             EXPECT_EQ(header.getURI().isNil(), !header.getText().empty());
-            if (header.getURI().isNil())
+            if (header.getURI().isNil()) {
                 return joined(header.getText(), header.getParameters());
+            }
             return joined(className(*header.getURI()), header.getURI()->getString(),
                           header.getURL().isNil() ? "" : header.getURL()->getParameters()->getString(),
                           header.getParameters()->getString());

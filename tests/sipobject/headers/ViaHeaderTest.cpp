@@ -71,8 +71,9 @@ TEST(ViaHeaderTest, ParametersByTheirNames) {
     via->setTransport("sctp");
     EXPECT_EQ(linesOf(*via), "Via: SIP/2.0/SCTP h;Branch=c;RPORT;x;hidden;ttl=-1;maddr=m");
     EXPECT_EQ(via->getTransportParam(), KxSocketImpl::SCTP);
-    for (const char* name : {"hidden", "ttl", "maddr", "branch"})
+    for (const char* name : {"hidden", "ttl", "maddr", "branch"}) {
         via->getParameters()->removeValue(name);
+    }
     EXPECT_EQ(linesOf(*via), "Via: SIP/2.0/SCTP h;RPORT;x");
     EXPECT_EQ(linesOf(*copy), "Via: SIP/2.0/UDP h;Branch=b;RPORT;received=r;x;hidden;ttl=-1");
     copy->setBranchRFC3261();
@@ -85,6 +86,7 @@ TEST(ViaHeaderTest, ComparesSentProtocolAndSentBy) {
     EXPECT_FALSE(via->compare({}));
     EXPECT_TRUE(via->compare(viaOf("SIP/2.0/udp host:5060 (c);branch=1")));
     for (const char* other :
-         {"SIP/2.0/TCP host", "SIP/2.0/UDP Host", "SIP/2.0/UDP host:5061", "SIP/2/UDP host", "sip/2.0/UDP host"})
+         {"SIP/2.0/TCP host", "SIP/2.0/UDP Host", "SIP/2.0/UDP host:5061", "SIP/2/UDP host", "sip/2.0/UDP host"}) {
         EXPECT_FALSE(via->compare(viaOf(other))) << other;
+    }
 }

@@ -47,11 +47,12 @@ const auto kNoMemory = AnyOf("std::bad_alloc: std::bad_alloc", StartsWith("KxSip
 /** Calls f with the text of every message of the samples and golden files. */
 template <class F>
 void forEveryMessage(F f) {
-    for (const char* folder : {"samples", "tests/messages"})
+    for (const char* folder : {"samples", "tests/messages"}) {
         for (const std::string& text : messagesOf(folder)) {
             SCOPED_TRACE(text);
             f(text);
         }
+    }
 }
 
 /** Takes `capacity` bytes, then throws; offers a window of the given size, or none. */
@@ -82,8 +83,9 @@ private:
     void take(std::string_view bytes) {
         const std::size_t fits = std::min(bytes.size(), m_capacity - m_taken.size());
         m_taken += bytes.substr(0, fits);
-        if (fits != bytes.size())
+        if (fits != bytes.size()) {
             throw std::runtime_error("full");
+        }
     }
 
     std::size_t m_capacity;
@@ -104,8 +106,9 @@ TEST(FaultTest, ReadingWithoutMemory) {
                 DribblingStream slow(text, step);
                 KxInputStream& in = step == 0 ? static_cast<KxInputStream&>(memory) : slow;
                 const std::string outcome = failing(n, [&in] { return Made(KxSipMessage::sConstructFrom(in)); });
-                if (outcome == usual)
+                if (outcome == usual) {
                     break;
+                }
                 ASSERT_THAT(outcome, kNoMemory) << n;
             }
             EXPECT_EQ(dumpOf(*readMessage(text)), usual);
@@ -126,15 +129,17 @@ TEST(FaultTest, WorkingWithoutMemory) {
             const Message usual = readMessage(text);
             const std::string before = written(*usual);
             const std::string outcome = run(usual);
-            if (outcome.starts_with("Unfit"))
+            if (outcome.starts_with("Unfit")) {
                 continue;
+            }
             const std::string after = written(*usual);
             for (std::uint64_t n = 1;; ++n, ++faults) {
                 const Balance balance;
                 const Message message = readMessage(text);
                 const std::string got = failing(n, [&] { return operation.run(message); });
-                if (got == outcome)
+                if (got == outcome) {
                     break;
+                }
                 ASSERT_THAT(got, kNoMemory) << operation.name << ' ' << n;
                 EXPECT_EQ(written(*message), before) << operation.name << " failing at " << n;
                 EXPECT_EQ(run(message), outcome) << operation.name << " failing at " << n;

@@ -22,8 +22,9 @@ using HostClassDeathTest = DeathTest;
 TEST(HostClassTest, MessagesAndHeadersAreAskedForTheirClass) {
     const auto request = KxMake<HostRequest>();
     for (const char* const line :
-         {"Via: SIP/2.0/UDP h", "From: <sip:a>", "To: <sip:b>", "CSeq: 7 ANY", "Call-ID: c", "Content-Length: 0"})
+         {"Via: SIP/2.0/UDP h", "From: <sip:a>", "To: <sip:b>", "CSeq: 7 ANY", "Call-ID: c", "Content-Length: 0"}) {
         request->addHeader(readHeader(line), false);
+    }
     EXPECT_EQ(outcomeOf([&] { request->checkValidity(); }), "");
     EXPECT_EQ(request->createKey(), "b5060a5060h0c7");
 
@@ -33,8 +34,9 @@ TEST(HostClassTest, MessagesAndHeadersAreAskedForTheirClass) {
         return header;
     });
     const std::string text = "INVITE sip:h SIP/2.0\r\n" + requiredHeaders("INVITE") + "Content-Type: a/b\r\n";
-    for (const auto& [accept, status] : {std::pair("", 2), std::pair("Accept: a/b\r\n", 0)})
+    for (const auto& [accept, status] : {std::pair("", 2), std::pair("Accept: a/b\r\n", 0)}) {
         EXPECT_EQ(readMessage(text + "X-Kx-Accept: a/b\r\n" + accept + "\r\n")->getStatus(), status) << accept;
+    }
 }
 
 TEST_F(HostClassDeathTest, IdentifiersMustHaveBeenGivenOut) {

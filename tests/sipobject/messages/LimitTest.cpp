@@ -8,8 +8,9 @@ constexpr std::size_t kMillion = 1000000 / kShrink;
 /** Pieces with a number after each, so that no two are equal. */
 static std::string numbered(std::size_t count, std::string_view piece) {
     std::string text;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         text.append(piece).append(std::to_string(i));
+    }
     return text;
 }
 
@@ -70,8 +71,9 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
             EXPECT_TRUE(status != 0 || once.size() * 5 > text.size()) << name << ' ' << once.size();
             const KxHandle<KxSipMessage> copy = copyOf(*message);
             EXPECT_TRUE(written(*copy) == once) << name;
-            for (const char* header : {"Route", "x-b", "Via", "Supported"})
+            for (const char* header : {"Route", "x-b", "Via", "Supported"}) {
                 copy->removeHeader(header);
+            }
             EXPECT_TRUE(written(*readMessage(once)) == once) << name;
         });
     }

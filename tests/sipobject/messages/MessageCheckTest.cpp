@@ -5,8 +5,9 @@ namespace {
 
 std::string checked(const std::vector<std::string>& lines) {
     const auto request = KxMake<OpenRequest>("INVITE");
-    for (const std::string& line : lines)
+    for (const std::string& line : lines) {
         request->addHeader(readHeader(line), false);
+    }
     const std::string outcome = outcomeOf([&request] {
         request->checkValidity();
         return "passed";
@@ -52,11 +53,13 @@ TEST(CheckValidityTest, TellsTheFirstFaultOfAll) {
     };
     std::vector<std::string> lines;
     for (const auto& [corrections, fault] : rows) {
-        for (const std::string& line : corrections)
-            if (line[0] == '-')
+        for (const std::string& line : corrections) {
+            if (line[0] == '-') {
                 lines.erase(std::ranges::find_if(lines, [&](const auto& l) { return l.starts_with(line.substr(1)); }));
-            else
+            } else {
                 lines.push_back(line);
+            }
+        }
         EXPECT_EQ(checked(lines), fault == nullptr ? "passed" : std::string("KxException: ") + fault);
     }
 }
@@ -86,8 +89,9 @@ TEST(TransactionKeyTest, IsThePartsBehindEachOther) {
         {{.more = "Accept: a/b\r\nContent-Type: c/d\r\n"},
          "KxException: Unable to create transaction key for INVALID SIP Message"},
     };
-    for (const auto& [text, key] : rows)
+    for (const auto& [text, key] : rows) {
         EXPECT_EQ(outcomeOf([&t = text] { return std::string(t.read()->createKey().view()); }), key);
+    }
 }
 
 TEST(TransactionKeyTest, AbsentHeadersGiveNothing) {

@@ -5,8 +5,9 @@ using testing::ElementsAre;
 /** A message with the headers of the lines, added one by one at the end. */
 static KxHandle<OpenRequest> messageOf(std::initializer_list<const char*> lines) {
     auto message = KxMake<OpenRequest>("TEST");
-    for (const char* line : lines)
+    for (const char* line : lines) {
         message->addHeader(readHeader(line), false);
+    }
     return message;
 }
 
@@ -15,8 +16,9 @@ static std::string linesOf(const KxSipMessage& message) {
     std::string text = written(message);
     text.resize(text.find("\r\n\r\n") + 2);
     text.erase(0, text.find("\r\n") + 2);
-    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at))
+    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
         text.replace(at, 2, "|");
+    }
     return text;
 }
 

@@ -68,8 +68,9 @@ TEST(MessageLogTest, IsOneRecordWhereTheLevelIsOnAndNothingIsWrittenWhereItIsOff
     log.records.clear();
 
     message->logMessage(logger, false, nullptr, nullptr, Oskan::LogLevel::Info);
-    for (const std::string& text : log.texts())
+    for (const std::string& text : log.texts()) {
         EXPECT_EQ(text.find("serialize"), std::string::npos) << text;
+    }
 
     message->logMessage(logger, false, nullptr, nullptr, Oskan::LogLevel::Warn);
     const LogRecord ours{"test.MessageLog", log4cplus::WARN_LOG_LEVEL,

@@ -9,26 +9,29 @@ namespace {
 class Model {
 public:
     explicit Model(unsigned seed) : m_random(seed) {
-        for (KxHandle<OpenRequest>& message : m_messages)
+        for (KxHandle<OpenRequest>& message : m_messages) {
             message = KxMake<OpenRequest>("TEST");
+        }
         make();
     }
 
     void step() {
         const std::size_t which = pick(m_messages.size());
         const std::size_t what = pick(320);
-        if (what < 60)
+        if (what < 60) {
             make();
-        else if (what < 80)
+        } else if (what < 80) {
             hold(which);
-        else if (what < 81)
+        } else if (what < 81) {
             copy(which, (which + 1 + pick(2)) % m_messages.size());
-        else if (what < 180)
+        } else if (what < 180) {
             remove(which);
-        else
+        } else {
             (what < 200 ? addSingle(which, pick(2) == 0) : add(which, pick(2) == 0));
-        if (m_held.size() > 40)
+        }
+        if (m_held.size() > 40) {
             m_held.erase(m_held.begin() + static_cast<std::ptrdiff_t>(pick(m_held.size())));
+        }
     }
 
     void expectSame() {
@@ -38,13 +41,15 @@ public:
             for (const auto& [kind, first] : m_lists[which]) {
                 order.push_back(kind);
                 expectChain(first, m_messages[which]->getHeaderByID(kind).get());
-                for (const Header* header : chainOf(first))
+                for (const Header* header : chainOf(first)) {
                     ASSERT_TRUE(objects.insert(header->object).second) << header->line << " is in two places";
+                }
             }
             ASSERT_EQ(m_messages[which]->getHeaderOrder(), order);
         }
-        for (const auto& [header, handle] : m_held)
+        for (const auto& [header, handle] : m_held) {
             expectChain(header, handle.get());
+        }
     }
     std::size_t longest = 0; ///< Chain so far.
 
@@ -70,8 +75,9 @@ private:
     }
     static std::vector<Header*> chainOf(Header* header) {
         std::vector<Header*> chain;
-        for (; header != nullptr; header = header->next)
+        for (; header != nullptr; header = header->next) {
             chain.push_back(header);
+        }
         return chain;
     }
     void expectChain(Header* first, const KxSipHeader* object) {
@@ -94,8 +100,9 @@ private:
         static constexpr std::array kNames{"Require", "Supported", "k", "X-A", "x-a", "X-B", "X-C", "X-D"};
         const std::string name = kNames[pick(kNames.size())];
         std::string line = name + ": v" + std::to_string(m_headers.size());
-        for (std::size_t more = name[0] == 'X' || name[0] == 'x' ? 0 : pick(3); more != 0; --more)
+        for (std::size_t more = name[0] == 'X' || name[0] == 'x' ? 0 : pick(3); more != 0; --more) {
             line += ", w" + std::to_string(more);
+        }
         const KxHandle<KxSipHeader> first = readHeader(line);
         Header* head = nullptr;
         Header** end = &head;
@@ -107,21 +114,25 @@ private:
     }
     /** Takes a handle to some value of a message. */
     void hold(std::size_t which) {
-        if (m_lists[which].empty())
+        if (m_lists[which].empty()) {
             return;
+        }
         const auto& [kind, first] = m_lists[which][pick(m_lists[which].size())];
         const std::vector<Header*> chain = chainOf(first);
         KxHandle<KxSipHeader> object = m_messages[which]->getHeaderByID(kind);
         const std::size_t place = pick(chain.size());
-        for (std::size_t i = 0; i < place; ++i)
+        for (std::size_t i = 0; i < place; ++i) {
             object = object->getNext();
+        }
         m_held.emplace_back(chain[place], object);
     }
     void copy(std::size_t from, std::size_t to) {
         m_messages[to] = KxHandle<OpenRequest>(m_messages[from]->clone());
-        for (const auto& [kind, first] : std::exchange(m_lists[to], {})) // headers that the host holds stay chained
-            for (Header* header : chainOf(first))
+        for (const auto& [kind, first] : std::exchange(m_lists[to], {})) { // headers that the host holds stay chained
+            for (Header* header : chainOf(first)) {
                 header->isInMessage = false;
+            }
+        }
         for (const auto& [kind, first] : m_lists[from]) {
             Header** end = &m_lists[to].emplace_back(kind, nullptr).second;
             for (const Header* header : chainOf(first)) {
@@ -136,24 +147,28 @@ private:
         const bool isEmpty = list == m_lists[which].end();
         const std::vector<Header*> others = chainOf(header->next);
         const auto isTaken = [](const Header* other) { return other->isInMessage; };
-        if ((first && !isEmpty) || std::any_of(others.begin(), others.end(), isTaken))
+        if ((first && !isEmpty) || std::any_of(others.begin(), others.end(), isTaken)) {
             header->next = nullptr;
-        for (Header* each : chainOf(header))
+        }
+        for (Header* each : chainOf(header)) {
             each->isInMessage = true;
-        if (isEmpty)
+        }
+        if (isEmpty) {
             m_lists[which].emplace_back(header->kind, header);
-        else if (first)
+        } else if (first) {
             header->next = std::exchange(list->second, header);
-        else
+        } else {
             chainOf(list->second).back()->next = header;
+        }
     }
     void add(std::size_t which, bool first) {
         auto [header, handle] = m_held[pick(m_held.size())];
         m_messages[which]->addHeader(handle, first);
         if (header->isInMessage) {
             const auto list = listOf(which, header->kind);
-            if (list != m_lists[which].end() && list->second == header)
+            if (list != m_lists[which].end() && list->second == header) {
                 return;
+            }
             header = give(header->line, header->kind, nullptr);
         }
         insert(which, header, first);
@@ -161,18 +176,23 @@ private:
     void addSingle(std::size_t which, bool first) {
         const auto [header, handle] = m_held[pick(m_held.size())];
         m_messages[which]->addSingleHeader(handle, first);
-        if (find(which, header->name(), true) != header)
+        if (find(which, header->name(), true) != header) {
             insert(which, give(header->line, header->kind, nullptr), first);
+        }
     }
     /** The header of that name. Names of unknown headers are compared exactly, or ignoring case. */
     Header* find(std::size_t which, std::string_view name, bool exact) {
-        for (const auto& [kind, first] : m_lists[which])
-            if (kind != KxHeaderIDs::kUnknown && KxAscii::equalsNoCase(first->name(), name))
+        for (const auto& [kind, first] : m_lists[which]) {
+            if (kind != KxHeaderIDs::kUnknown && KxAscii::equalsNoCase(first->name(), name)) {
                 return first;
+            }
+        }
         const auto unknown = listOf(which, KxHeaderIDs::kUnknown);
-        for (Header* header : chainOf(unknown == m_lists[which].end() ? nullptr : unknown->second))
-            if (exact ? header->name() == name : KxAscii::equalsNoCase(header->name(), name))
+        for (Header* header : chainOf(unknown == m_lists[which].end() ? nullptr : unknown->second)) {
+            if (exact ? header->name() == name : KxAscii::equalsNoCase(header->name(), name)) {
                 return header;
+            }
+        }
         return nullptr;
     }
     void remove(std::size_t which) {
@@ -183,16 +203,19 @@ private:
         const KxHandle<KxSipHeader> found = m_messages[which]->getHeader(name);
         EXPECT_EQ(found.get(), exact == nullptr ? nullptr : exact->object) << name;
         EXPECT_EQ(m_messages[which]->removeHeader(name), header != nullptr) << name;
-        if (header == nullptr)
+        if (header == nullptr) {
             return;
+        }
         const auto list = listOf(which, header->kind);
         Header** link = &list->second;
-        while (*link != header)
+        while (*link != header) {
             link = &(*link)->next;
+        }
         *link = std::exchange(header->next, nullptr);
         header->isInMessage = false;
-        if (list->second == nullptr)
+        if (list->second == nullptr) {
             m_lists[which].erase(list);
+        }
     }
 
     std::mt19937 m_random;
@@ -240,8 +263,9 @@ TEST(MessageOwnershipTest, HeadersChangeInPlace) {
     readAnew("Require", "Require: a, b\r\n");
     const auto other = KxMake<OpenRequest>("TEST");
     KxHandle<KxSipHeader> last = message->getHeader("Require");
-    while (!last->getNext().isNil())
+    while (!last->getNext().isNil()) {
         last = last->getNext();
+    }
     other->addHeader(last, false); // part of the first message too
     EXPECT_EQ(written(*other), "TEST : SIP/2.0\r\nRequire: b\r\n\r\n");
     EXPECT_NE(other->getHeader("Require"), last);

@@ -25,8 +25,9 @@ TEST(MessageParseTest, GoldenMessages) {
             return result + (rest.empty() ? "" : "unread " + std::to_string(rest.size()) + ": " + escaped(rest) + '\n');
         });
         const std::filesystem::path expected = std::filesystem::path(path).replace_extension(".dump");
-        if (std::getenv("KX_WRITE_DUMPS") != nullptr)
+        if (std::getenv("KX_WRITE_DUMPS") != nullptr) {
             std::ofstream(expected, std::ios::binary) << dump.substr(0, dump.size() - 1);
+        }
         EXPECT_EQ(dump, fileText(expected) + "@") << path;
     }
 }

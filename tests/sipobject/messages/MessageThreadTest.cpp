@@ -23,8 +23,9 @@ KxHandle<KxSipHeader> numbered(int thread, int round) {
 template <class Work>
 void onAllThreads(Work work) {
     std::vector<std::jthread> threads;
-    for (int i = 0; i < kThreads; ++i)
+    for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([work, i] { work(i); });
+    }
 }
 
 /** The library's loggers at changing levels, with an appender that counts the characters that they log. */
@@ -46,9 +47,11 @@ struct ChangingLog : LogCapture {
 struct Constant {
     explicit Constant(const Message& read)
         : message(read), text(written(*read)), key(read->createKey()), response(derivedText(read, "response 200")) {
-        for (const std::vector<Operation>& operations : {kSharedOperations, kOtherOperations})
-            for (const Operation& operation : operations)
+        for (const std::vector<Operation>& operations : {kSharedOperations, kOtherOperations}) {
+            for (const Operation& operation : operations) {
                 outcomes.emplace_back(operation, outcomeOn(copyOf(*message), operation));
+            }
+        }
     }
     static std::string outcomeOn(const Message& copy, const Operation& operation) {
         return outcomeOf([&] { return textOf(operation.run(copy)); }) + written(*copy);
@@ -119,8 +122,9 @@ TEST(MessageThreadTest, OneMessageLosesNoHeader) {
             message->addSingleHeader(numbered(thread, round + kRounds), false);
         }
     });
-    for (int i = 0; i < kThreads * 2 * kRounds; ++i)
+    for (int i = 0; i < kThreads * 2 * kRounds; ++i) {
         EXPECT_TRUE(message->removeHeader(numbered(i % kThreads, i / kThreads)->getToken())) << i;
+    }
     EXPECT_EQ(written(*message), original);
 }
 
@@ -141,16 +145,17 @@ TEST(MessageThreadTest, PairsOfOperationsOnOneMessage) {
     log.change(2); // level INFO, at which logMessage writes
     const std::vector<Operation> all = sharedOperations();
     const std::string invite = fileText(KX_SOURCE_DIR "/samples/invite.sip");
-    for (const std::string& text : {invite, derivedText(readMessage(invite), "response 200")})
-        for (std::size_t a = 0; a < all.size(); ++a)
+    for (const std::string& text : {invite, derivedText(readMessage(invite), "response 200")}) {
+        for (std::size_t a = 0; a < all.size(); ++a) {
             for (std::size_t b = a; b < all.size(); ++b) {
                 const Message message = readMessage(text);
                 std::atomic<int> ready{0};
                 const auto run = [&ready, &message](const Operation& operation) {
                     for (++ready; ready != 2;) {
                     }
-                    for (int round = 0; round < 20; ++round)
+                    for (int round = 0; round < 20; ++round) {
                         operation.run(message);
+                    }
                 };
                 std::thread other(run, std::cref(all[b]));
                 run(all[a]);
@@ -158,6 +163,8 @@ TEST(MessageThreadTest, PairsOfOperationsOnOneMessage) {
                 EXPECT_EQ(outcomeOf([&] { return written(*copyOf(*message)); }), written(*message))
                     << all[a].name << " and " << all[b].name;
             }
+        }
+    }
 }
 
 /** No appender runs under a message's lock, so an appender may call the message that is logged. */
@@ -197,8 +204,9 @@ TEST(MessageThreadTest, Soak) {
     const Balance balance;
     ChangingLog log;
     std::vector<Constant> constants;
-    for (const std::string& text : messagesOf("samples"))
+    for (const std::string& text : messagesOf("samples")) {
         constants.emplace_back(readMessage(text));
+    }
     constants.emplace_back(
         readMessage("OPTIONS sip:h SIP/2.0\r\nMax-Forwards: 0\r\n" + requiredHeaders("OPTIONS") + "\r\n"));
     const KxHandle<KxSipRequest> exhausted = as<KxSipRequest>(constants.back().message);
@@ -211,10 +219,11 @@ TEST(MessageThreadTest, Soak) {
             shared.look(round);
             shared.message->logMessage(logger, round % 2 == 0, nullptr, nullptr, Oskan::LogLevel::Info);
             refused += exhausted->tooManyHops() ? 1 : 0;
-            if (thread == 0)
+            if (thread == 0) {
                 log.change(round);
-            else if (thread == 1)
+            } else if (thread == 1) {
                 Oskan::GlobalConfig::getInstance().set("tandril.sip.ignoreMaxForwards", round % 3 == 0 ? "true" : "no");
+            }
         }
     });
     Oskan::GlobalConfig::getInstance().unset("tandril.sip.ignoreMaxForwards");
@@ -239,23 +248,26 @@ TEST(MessageThreadTest, AForkedChildWorksWhateverOtherThreadsDo) {
     };
     std::atomic<bool> ended = false;
     std::vector<std::jthread> threads;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; !ended; ++round) {
                 std::thread(work, 20 + round % 50).join(); // frees blocks at its end
                 work(50);
             }
         });
+    }
     for (int i = 0; i < 300; ++i) {
         const pid_t child = fork();
-        if (child == 0)
+        if (child == 0) {
             _exit(work(10) ? 0 : 1);
+        }
         int status = 0;
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
         while (waitpid(child, &status, WNOHANG) == 0) {
             std::this_thread::sleep_for(std::chrono::microseconds(100));
-            if (std::chrono::steady_clock::now() > deadline)
+            if (std::chrono::steady_clock::now() > deadline) {
                 kill(child, SIGKILL);
+            }
         }
         EXPECT_EQ(status, 0);
     }

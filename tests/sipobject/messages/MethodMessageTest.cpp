@@ -13,11 +13,13 @@
 static std::vector<std::pair<std::string, std::string>> blocksOf(const std::filesystem::path& path) {
     std::vector<std::pair<std::string, std::string>> blocks;
     std::istringstream file(fileText(path));
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with("## "))
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("## ")) {
             blocks.emplace_back(line.substr(3), "");
-        else
+        } else {
             blocks.back().second += line + '\n';
+        }
+    }
     return blocks;
 }
 
@@ -32,8 +34,9 @@ static KxHandle<KxSipMessage> unchecked(const std::string& startLine, const std:
 static std::string headersWithout(const std::string& names) {
     std::istringstream all(requiredHeaders("INVITE") + "Contact: <sip:b@192.0.2.2>\r\n");
     std::string lines;
-    for (std::string line; std::getline(all, line);)
+    for (std::string line; std::getline(all, line);) {
         lines += names.find(line.substr(0, line.find(':'))) == std::string::npos ? line + '\n' : "";
+    }
     return lines;
 }
 
@@ -102,8 +105,9 @@ TEST(DerivedMessageTest, TakesTheFirstOfSeveralValues) {
 
 TEST(DerivedMessageTest, NilParentsAreRefused) {
     const Balance balance;
-    for (const char* how : {"response 200", "ack", "bye", "cancel", "prack"})
+    for (const char* how : {"response 200", "ack", "bye", "cancel", "prack"}) {
         EXPECT_EQ(derivedText({}, how).find("KxSipParseError: "), 0U) << how;
+    }
     EXPECT_THROW(KxMake<KxSipByeMessage>(KxHandle<KxSipInviteMessage>()), KxHandle<KxSipParseError>);
 }
 
@@ -111,7 +115,7 @@ TEST(DerivedMessageTest, ResponsesAndAcksGoBackOverTheConnectionOfTcpAndTls) {
     const KxHandle<KxSipMessage> invite = readMessage("INVITE sip:b SIP/2.0\r\n" + headersWithout("") + "\r\n");
     const KxHandle<KxSipMessage> ok = readMessage("SIP/2.0 200 OK\r\n" + headersWithout("") + "\r\n");
     const KxInetAddress address = addressOf("192.0.2.77");
-    for (int transport = 0; transport <= KxSocketImpl::WSS; ++transport)
+    for (int transport = 0; transport <= KxSocketImpl::WSS; ++transport) {
         for (const std::string how : {"response 200", "cancel", "ack", "bye", "prack"}) {
             SCOPED_TRACE(how + " over transport " + std::to_string(transport));
             const KxHandle<KxSipMessage>& parent = how[0] == 'r' || how == "cancel" ? invite : ok;
@@ -124,6 +128,7 @@ TEST(DerivedMessageTest, ResponsesAndAcksGoBackOverTheConnectionOfTcpAndTls) {
             EXPECT_EQ(made->getConnectionPort(), kept ? 5099U : 0U);
             EXPECT_EQ(made->getConnectionTransport(), kept ? transport : 0);
         }
+    }
 }
 
 TEST(MethodClassTest, OtherTokensMakeResponsesAndUnknownRequests) {
@@ -131,8 +136,9 @@ TEST(MethodClassTest, OtherTokensMakeResponsesAndUnknownRequests) {
         const KxHandle<KxSipMessage> message =
             readMessage((method == "SIP" ? "SIP/2.0 200 OK" : method + " sip:b@h SIP/2.0") + "\r\n" +
                         requiredHeaders(method) + "\r\n");
-        for (const KxHandle<KxSipMessage>& each : {message, copyOf(*message)})
+        for (const KxHandle<KxSipMessage>& each : {message, copyOf(*message)}) {
             EXPECT_EQ(className(*each), method == "SIP" ? "KxSipResponse" : "KxSipUnknownRequest");
+        }
     }
 }
 

@@ -38,8 +38,9 @@ KxHandle<KxSipRequest> readRequest(const std::string& headers, const std::string
 class Ignoring {
 public:
     explicit Ignoring(const char* value) {
-        if (value != nullptr)
+        if (value != nullptr) {
             Oskan::GlobalConfig::getInstance().set(kIgnoreMaxForwards, value);
+        }
     }
     ~Ignoring() { Oskan::GlobalConfig::getInstance().unset(kIgnoreMaxForwards); }
 };
@@ -172,7 +173,7 @@ TEST(RejectedByStackTest, TellsTheFirstReasonOfSeveral) {
     const std::string longest = "sip:" + std::string(1023 - 4, 'h');
     const std::tuple<const char*, std::string, std::string, const char*, unsigned> rows[] = {
         {"no hops left", "sip:b", none, nullptr, 483},
-        {"no hops left, told not to ignore it", "sip:b", none, "false", 483},
+        {"no hops left, not to be ignored", "sip:b", none, "false", 483},
         {"no hops left, ignored", "sip:b", none, "true", 0},
         {"no hops left, setting can't be read", "sip:b", none, "perhaps", 483},
         {"no Max-Forwards", "sip:b", "", nullptr, 0},

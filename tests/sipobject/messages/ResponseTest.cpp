@@ -53,8 +53,9 @@ TEST(ResponseTest, WhatTheRequestLacksIsToldByTheCheck) {
     for (std::size_t missing = 0; missing <= std::size(lines); ++missing) {
         const Balance balance;
         std::string headers = "no colon\r\n";
-        for (std::size_t i = 0; i < std::size(lines); ++i)
+        for (std::size_t i = 0; i < std::size(lines); ++i) {
             headers += i == missing ? "" : lines[i];
+        }
         const std::string outcome = derivedText(options(headers), "response 200");
         if (missing < std::size(lines)) {
             EXPECT_EQ(outcome, std::string("KxException: ") + outcomes[missing]);

@@ -22,16 +22,21 @@ inline KxHandle<KxSipMessage> derive(const KxHandle<KxSipMessage>& parent, const
         return KxMake<M>(parents..., hasBody ? "ok\r\n" : nullptr, hasBody ? "text/plain;x=1" : nullptr,
                          hasBody ? 4U : 0U);
     };
-    if (how.starts_with("response "))
+    if (how.starts_with("response ")) {
         return make.operator()<KxSipResponse>(std::stoi(how.substr(9)), as<KxSipRequest>(parent));
-    if (how.starts_with("ack"))
+    }
+    if (how.starts_with("ack")) {
         return make.operator()<KxSipAckMessage>(as<KxSipResponse>(parent));
-    if (how.starts_with("prack"))
+    }
+    if (how.starts_with("prack")) {
         return make.operator()<KxSipPrackMessage>(as<KxSipResponse>(parent));
-    if (how == "cancel")
+    }
+    if (how == "cancel") {
         return KxMake<KxSipCancelMessage>(as<KxSipRequest>(parent));
-    if (!parent.isNil() && parent->isRequest())
+    }
+    if (!parent.isNil() && parent->isRequest()) {
         return KxMake<KxSipByeMessage>(as<KxSipInviteMessage>(parent));
+    }
     return KxMake<KxSipByeMessage>(as<KxSipResponse>(parent));
 }
 

@@ -60,8 +60,9 @@ void expectRow(const HeaderRow& row, Fields fields) {
     };
     const bool fails = lines.find("Kx") == 0;
     EXPECT_EQ(readEveryWay(row.line + "\r\n", read), (fails ? "" : row.fields + " -> ") + lines + "@") << row.line;
-    if (fails)
+    if (fails) {
         return;
+    }
     std::string again;
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 3) {
         end = lines.find(" & ", begin);
@@ -73,8 +74,9 @@ void expectRow(const HeaderRow& row, Fields fields) {
 
 template <class H, class Fields>
 void expectRows(Fields fields, std::initializer_list<HeaderRow> rows) {
-    for (const HeaderRow& row : rows)
+    for (const HeaderRow& row : rows) {
         expectRow<H>(row, fields);
+    }
 }
 
 /** The same, where the fields are the results of these getters or functions of the header. */

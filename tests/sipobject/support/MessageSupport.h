@@ -86,12 +86,13 @@ inline std::string escaped(std::string_view text) {
     std::string shown;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        if (c == '\r' || c == '\n')
+        if (c == '\r' || c == '\n') {
             shown += c == '\r' ? "\\r" : "\\n";
-        else if (byte < 32 || byte > 126)
+        } else if (byte < 32 || byte > 126) {
             shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
-        else
+        } else {
             shown.append(c == '\\' ? 2 : 1, c);
+        }
     }
     return shown;
 }
@@ -107,9 +108,11 @@ inline std::string lineOf(const KxSipHeader& value) {
 /** Every value of every header: the class and the line it is written as. */
 inline std::string headersOf(const KxSipMessage& message) {
     std::string lines;
-    for (const HeaderID id : message.getHeaderOrder())
-        for (const KxSipHeader* value = message.getHeaderByID(id).get(); value; value = value->getNext().get())
+    for (const HeaderID id : message.getHeaderOrder()) {
+        for (const KxSipHeader* value = message.getHeaderByID(id).get(); value; value = value->getNext().get()) {
             lines += className(*value) + ' ' + escaped(lineOf(*value)) + '\n';
+        }
+    }
     return lines;
 }
 
@@ -189,8 +192,9 @@ inline std::string fileText(const std::filesystem::path& path) {
 inline std::vector<std::filesystem::path> filesOf(std::string_view folder, std::string_view extension) {
     std::vector<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(KX_SOURCE_DIR) / folder)) {
-        if (entry.path().extension() == extension)
+        if (entry.path().extension() == extension) {
             files.push_back(entry.path());
+        }
     }
     std::sort(files.begin(), files.end());
     return files;
@@ -202,8 +206,9 @@ inline std::vector<std::string> messagesOf(std::string_view folder) {
     for (const std::filesystem::path& path : filesOf(folder, ".sip")) {
         const std::string file = fileText(path);
         KxByteArrayInputStream in{std::string_view(file)};
-        for (std::string_view rest = file; readDump(in).find("\nstatus ") != std::string::npos; rest = in.window())
+        for (std::string_view rest = file; readDump(in).find("\nstatus ") != std::string::npos; rest = in.window()) {
             messages.emplace_back(rest.substr(0, rest.size() - in.window().size()));
+        }
     }
     return messages;
 }
@@ -219,8 +224,9 @@ private:
     static Live live() {
         Live objects;
         for (const Oskan::MemAccountUsage& account : Oskan::MemAccounts::sList()) {
-            if (account.usage.liveObjects != 0)
+            if (account.usage.liveObjects != 0) {
                 objects[account.name] = account.usage.liveObjects;
+            }
         }
         return objects;
     }

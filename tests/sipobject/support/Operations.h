@@ -15,12 +15,13 @@ struct Operation {
     Operation(const char* theName, F f)
         : name(theName), run([f](const Message& message) -> Made {
               using Result = decltype(f(message));
-              if constexpr (std::is_void_v<Result>)
+              if constexpr (std::is_void_v<Result>) {
                   return f(message), Made();
-              else if constexpr (std::is_same_v<Result, KxString>)
+              } else if constexpr (std::is_same_v<Result, KxString>) {
                   return KxByteArray::sCreate(f(message).c_str());
-              else
+              } else {
                   return Made(f(message));
+              }
           }) {}
 
     const char* name;
@@ -84,8 +85,9 @@ inline const std::vector<Operation> kSharedOperations{
     {"set no body", [](const Message& m) { m->setBody("", "", 0); }},
     {"set start line",
      [](const Message& m) {
-         if (const auto response = as<KxSipResponse>(m); !response.isNil())
+         if (const auto response = as<KxSipResponse>(m); !response.isNil()) {
              return response->setReasonPhrase("A phrase of its own block");
+         }
          const auto uri = KxMake<KxURI>("");
          uri->parse("urn:a rather long text with <angle> brackets");
          request(m).setURI(uri);
@@ -144,8 +146,9 @@ inline const std::vector<Operation> kOtherOperations{
 
 /** The result of an operation, for comparison. */
 inline std::string textOf(const Made& made) {
-    if (const auto* const message = dynamic_cast<const KxSipMessage*>(made.get()))
+    if (const auto* const message = dynamic_cast<const KxSipMessage*>(made.get())) {
         return dumpOf(*message);
+    }
     const auto* const bytes = dynamic_cast<const KxByteArray*>(made.get());
     return bytes == nullptr ? "" : std::string(bytes->view());
 }

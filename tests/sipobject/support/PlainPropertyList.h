@@ -12,13 +12,16 @@
     text is that of a challenge or of credentials or, without limit and failures, of an authentication info. */
 struct PlainPropertyList {
     PlainPropertyList(std::string_view text, bool isInfo) {
-        while (read < text.size() && !isStopped && failure.empty())
+        while (read < text.size() && !isStopped && failure.empty()) {
             take(text[read++], isInfo);
-        if (!failure.empty() || isStopped)
+        }
+        if (!failure.empty() || isStopped) {
             return;
+        }
         if (isOpen && !name.empty() && start != buffer.size()) {
-            if (!isInfo)
+            if (!isInfo) {
                 std::transform(name.begin(), name.end(), name.begin(), &KxAscii::toLower);
+            }
             store();
         } else if (!isInfo) {
             failure = "Failed to parse Proxy-Authenticate SIP header";
