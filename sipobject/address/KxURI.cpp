@@ -72,6 +72,12 @@ void debug(const char* what, const KxString& value) {
     s_logger.log(Oskan::LogLevel::Debug, std::string(what).append(value.view()));
 }
 
+void logConstructed(const char* kind, const KxURI& uri) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) [[unlikely]] {
+        debug(kind, uri.isSipURL() ? uri.getString() : KxString());
+    }
+}
+
 } // namespace
 
 constinit Oskan::MemAccount KxURI::s_account{"KxURI"};
@@ -157,50 +163,37 @@ KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
     return uri;
 }
 
-/** Reads into the object, and stores it in `uri` if there is no fault. */
-template <class T>
-inline KxSipFault KxURI::sConstructAs(KxSipLine& line, KxHandle<T> made, bool standalone, KxHandle<KxURI>& uri) {
-    made.get()->m_standalone = standalone;
-    const KxSipFault fault = made.get()->T::parse(line);
-    if (!fault) {
-        uri = std::move(made);
+KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
+    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
+    const auto construct = [&]<class T>(KxHandle<T> made, const char* kind) {
+        made.get()->m_standalone = standalone;
+        const KxSipFault fault = made.get()->T::parse(line);
+        if (!fault) {
+            uri = std::move(made);
+            logConstructed(kind, *uri);
+        }
+        return fault;
+    };
+    const std::string_view text = line.window();
+    const Prefix prefix(text.data(), text.data() + text.size());
+    if (prefix.is("sip")) {
+        return construct(KxMake<KxSipURL>(), "KxURI: parsed sip URL: ");
     }
-    return fault;
-}
-
-/** Reads a URI whose scheme does not begin with "sip" or "tel". */
-KxSipFault KxURI::sConstructOther(KxSipLine& line, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri) {
+    if (prefix.is("tel")) {
+        return construct(KxMake<KxTelURL>(), "KxURI: parsed tel URL");
+    }
+    constexpr const char* kOther = "KxURI: parsed URL of unknown scheme";
+    const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
     KxHandle<KxURI> made = scheme.empty() ? KxMake<KxURI>(nullptr) : sConstruct(scheme);
     KxURI& object = *made;
     if (typeid(object) == typeid(KxURI)) {
-        return sConstructAs(line, std::move(made), standalone, uri);
+        return construct(std::move(made), kOther);
     }
     object.m_standalone = standalone;
     object.parse(static_cast<KxInputStream&>(line)); // an application's own class, which may throw
     uri = std::move(made);
+    logConstructed(kOther, *uri);
     return {};
-}
-
-KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
-    const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
-    const std::string_view text = line.window();
-    const Prefix prefix(text.data(), text.data() + text.size());
-    const char* kind = "KxURI: parsed sip URL: ";
-    KxSipFault fault;
-    if (prefix.is("sip")) {
-        fault = sConstructAs(line, KxMake<KxSipURL>(), standalone, uri);
-    } else if (prefix.is("tel")) {
-        kind = "KxURI: parsed tel URL";
-        fault = sConstructAs(line, KxMake<KxTelURL>(), standalone, uri);
-    } else {
-        kind = "KxURI: parsed URL of unknown scheme";
-        const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
-        fault = sConstructOther(line, scheme, standalone, uri);
-    }
-    if (!fault && s_logger.isEnabled(Oskan::LogLevel::Debug)) [[unlikely]] {
-        debug(kind, uri->isSipURL() ? uri->getString() : KxString());
-    }
-    return fault;
 }
 
 KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxURI>& uri) {

@@ -83,9 +83,6 @@ private:
     static Oskan::MemAccount s_account;
     /** An empty URI of the class registered for the scheme, or a KxURI with that scheme. */
     static KxHandle<KxURI> sConstruct(std::string_view scheme);
-    template <class T>
-    static KxSipFault sConstructAs(KxSipLine& line, KxHandle<T> made, bool standalone, KxHandle<KxURI>& uri);
-    static KxSipFault sConstructOther(KxSipLine& line, std::string_view scheme, bool standalone, KxHandle<KxURI>& uri);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }
     void setSchemeData(const KxString& data) { m_SchemeData = data; }
 };

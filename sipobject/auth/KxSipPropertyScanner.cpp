@@ -49,9 +49,10 @@ const char* KxSipPropertyScanner::takePlain(const char* at, const char* const en
         const std::ptrdiff_t quotes = equals[1] == '"' ? 1 : 0;
         const char* const value = equals + 1 + quotes;
         const char* const valueEnd = quotes != 0 ? KxBytes::findAny<'"', '\n'>(value, end)
-                                               : KxBytes::findAny<'"', ',', '=', '\n', ' '>(value, end);
+                                                 : KxBytes::findAny<'"', ',', '=', '\n', ' '>(value, end);
         const auto kept = static_cast<std::size_t>((equals - at) + (valueEnd - value));
-        if (end - valueEnd <= quotes || valueEnd[quotes] != ',' || *valueEnd == '\n' || m_kept + kept >= m_options.limit) {
+        if (end - valueEnd <= quotes || valueEnd[quotes] != ',' || *valueEnd == '\n' ||
+            m_kept + kept >= m_options.limit) {
             break;
         }
         store(std::string_view(at, static_cast<std::size_t>(equals - at)),

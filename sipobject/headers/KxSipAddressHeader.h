@@ -58,38 +58,30 @@ protected:
     }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 
-    KxSipFault parseAddress(KxSipLine& line) {
+    KxSipFault parseValue(KxSipLine& line) {
         if (const KxSipFault fault = KxSipNameAddress::sConstructFrom(line, this->m_nameAddress)) {
             return fault;
         }
         const int c = line.peek();
-        if (c <= '\r' || c >= 0x80) { // the end, a line end or a non-text byte
+        if (c > '\r' && c < 0x80) { // else the end, a line end or a non-text byte
+            if (c == ';') {
+                line.read();
+            }
+            if (c != ',') {
+                this->m_parameters.write().parse(line);
+            }
+        }
+        if constexpr (requires(H & header) { header.checkValidity(); }) {
+            return static_cast<H*>(this)->checkValidity();
+        } else {
             return {};
         }
-        if (c == ';') {
-            line.read();
-        }
-        if (c != ',') {
-            this->m_parameters.write().parse(line);
-        }
-        return {};
     }
-    void serializeAddress(KxOutputStream& out) const {
+    void serializeValue(KxOutputStream& out) const {
         out << this->m_nameAddress;
         this->serializeParameters(out);
     }
 
 private:
     friend class KxSipHeaderOf<H>;
-
-    KxSipFault parseValue(KxSipLine& line) {
-        const KxSipFault fault = parseAddress(line);
-        if constexpr (requires(H & header) { header.checkValidity(); }) {
-            if (!fault) {
-                return static_cast<H*>(this)->checkValidity();
-            }
-        }
-        return fault;
-    }
-    void serializeValue(KxOutputStream& out) const { serializeAddress(out); }
 };

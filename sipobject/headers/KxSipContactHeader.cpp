@@ -28,7 +28,7 @@ KxSipFault KxSipContactHeader::parseValue(KxSipLine& line) {
         m_nameAddress = KxMake<KxSipNameAddress>();
         return {};
     }
-    return parseAddress(line);
+    return Base::parseValue(line);
 }
 
 void KxSipContactHeader::serializeValue(KxOutputStream& out) const {
@@ -36,7 +36,7 @@ void KxSipContactHeader::serializeValue(KxOutputStream& out) const {
         out.write('*');
         m_parameters.serializeWithSemicolon(out);
     } else {
-        serializeAddress(out);
+        Base::serializeValue(out);
     }
     if (!m_comment.empty()) {
         out << " (" << m_comment << ')';

@@ -39,6 +39,7 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipContactHeader>;
+    using Base = KxSipParameterAddressHeader<KxSipContactHeader>;
 
     KxSipContactHeader() = default;
     KxSipFault parseValue(KxSipLine& line);
