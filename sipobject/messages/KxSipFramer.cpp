@@ -16,10 +16,6 @@ constexpr std::string_view kPing = "\r\n\r\n";
 constexpr std::string_view kPong = "\r\n";
 constexpr std::size_t kIdleCapacity = 8192; // bytes that a framer keeps allocated between messages
 
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-
 bool isContentLength(std::string_view name) {
     return KxAscii::equalsNoCase(name, KxSipContentLengthHeader::sToken) ||
            KxAscii::equalsNoCase(name, KxSipContentLengthHeader::sCompactToken);
@@ -111,8 +107,7 @@ KxSipFramer::Frame KxSipFramer::nextOfStream(std::string_view input) {
         }
         const char c = input[begin];
         if (c != '\r' && c != '\n') {
-            m_progress.state = State::PlainLine;
-            m_progress.matched = 0;
+            m_progress.state = State::Line;
         } else if (const Kind kind = readLineEnd(c); ++begin, kind != Kind::Incomplete) {
             return {kind, Error::None, kind == Kind::Ping ? kPing : kPong, begin};
         }
@@ -150,7 +145,7 @@ KxSipFramer::Frame KxSipFramer::nextMessage(std::string_view input) {
         const Kind kind = input == kPing ? Kind::Ping : input == kPong ? Kind::Pong : Kind::Incomplete;
         return {kind, Error::None, kind == Kind::Incomplete ? std::string_view() : input, input.size()};
     }
-    m_progress.state = State::PlainLine;
+    m_progress.state = State::Line;
     const std::string_view section = text.substr(0, readHeaderSection(text.substr(0, m_limits.headerSection)));
     const bool isWhole = m_progress.state == State::Body;
     m_progress = {};
@@ -191,30 +186,26 @@ KxSipFramer::Kind KxSipFramer::readLineEnd(char c) {
     return Kind::Incomplete;
 }
 
-/** Reads up to the end of the header section, where the state becomes Body, or of the text. Lines begin and end as
-    KxSipLine::take and KxSipMessageReader::readHeaders take them. Returns the number of bytes read. */
+/** Reads up to the end of the header section, where the state becomes Body, or of the text. The section ends at an
+    empty line; a line of blanks is part of a header, as for KxSipMessageReader. Returns the number of bytes read. */
 std::size_t KxSipFramer::readHeaderSection(std::string_view text) {
     State& state = m_progress.state;
     std::size_t at = 0;
     while (at != text.size() && state != State::Body) {
-        const char c = text[at];
-        if (state == State::PlainLine || state == State::Line) {
-            const std::size_t end = text.find('\n', at);
-            if (end == std::string_view::npos) {
+        if (state == State::Line) {
+            at = text.find('\n', at);
+            if (at == std::string_view::npos) {
                 return text.size();
             }
-            at = end + 1;
-            state = state == State::Line ? State::LineEnd : State::LineStart;
-        } else if (state == State::LineEnd) {
-            state = isBlank(c) ? State::Line : State::LineStart;
-        } else if (state == State::LineStart && (c == '\r' || c == '\n')) {
             ++at;
-            state = c == '\n' ? State::Body : state;
-        } else if (isBlank(c)) {
+            state = State::LineStart;
+        } else if (text[at] == '\r') {
             ++at;
-            state = State::Blanks;
+        } else if (text[at] == '\n') {
+            ++at;
+            state = State::Body;
         } else {
-            state = c == ':' ? State::PlainLine : State::Line;
+            state = State::Line;
         }
     }
     return at;

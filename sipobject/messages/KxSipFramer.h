@@ -88,11 +88,8 @@ private:
     /** The part of a message that the next byte belongs to. */
     enum class State : std::uint8_t {
         Between,   ///< Line ends before a message.
-        PlainLine, ///< A line that ends with its first LF: the start line, or a line without a name.
+        Line,      ///< The start line or a header line.
         LineStart, ///< The beginning of a line that may be the empty line.
-        Blanks,    ///< Blanks before the name of a header.
-        Line,      ///< A header line, which may be continued.
-        LineEnd,   ///< After the LF of a header line.
         Body
     };
     /** Where the framer is in the stream. */
