@@ -17,8 +17,10 @@ constexpr std::string_view kPong = "\r\n";
 constexpr std::size_t kIdleCapacity = 8192; // bytes that a framer keeps allocated between messages
 
 bool isContentLength(std::string_view name) {
-    return KxAscii::equalsNoCase(name, KxSipContentLengthHeader::sToken) ||
-           KxAscii::equalsNoCase(name, KxSipContentLengthHeader::sCompactToken);
+    const auto is = [name](std::string_view token) { // most names differ in length
+        return name.size() == token.size() && KxAscii::equalsNoCase(name, token);
+    };
+    return is(KxSipContentLengthHeader::sToken) || is(KxSipContentLengthHeader::sCompactToken);
 }
 
 /** Reads the value of a Content-Length, which must be 1*DIGIT. */

@@ -11,8 +11,9 @@
     header section and as many bytes of body as its Content-Length says. [RFC 3261 7.5, 18.3]
 
     The host has one framer for each direction that it receives, and calls `next` with the bytes that it read until the
-    result is Incomplete. How the bytes are cut into pieces does not change what is found. Each byte is examined once. A
-    message that lies in one piece is not copied. The bytes of an unfinished message, and no others, are kept.
+    result is Incomplete. How the bytes are cut into pieces does not change what is found, and the cost is in proportion
+    to their number. A message that lies in one piece is not copied. The bytes of an unfinished message, and no others,
+    are kept.
 
     The end of the header section and the Content-Length are found as KxSipMessage finds them: in any letter case, as
     "l", folded. Where several lines say the same number, it counts; anything else is an error. Nothing that the bytes
