@@ -1,7 +1,6 @@
 #include "TcpPort.h"
 
 #include "Log.h"
-#include "MessageCutter.h"
 #include "common/UdpPort.h"
 
 #include <ace/Reactor.h>
@@ -52,6 +51,9 @@ public:
     }
 
     void send(std::string_view message) {
+        if (m_isEnding) {
+            return;
+        }
         if (m_unsent.empty()) {
             message.remove_prefix(sendSome(message));
         }
@@ -71,6 +73,7 @@ public:
         m_unsent.erase(0, sendSome(m_unsent));
         if (m_unsent.empty()) {
             reactor()->cancel_wakeup(this, ACE_Event_Handler::WRITE_MASK);
+            endIfSent();
         }
         return 0;
     }
@@ -81,16 +84,11 @@ public:
         if (size <= 0) {
             return size < 0 && errno == EWOULDBLOCK ? 0 : -1;
         }
-        m_lastHeard = Clock::now();
+        if (!m_isEnding) {
+            m_lastHeard = Clock::now();
+        }
         try {
-            m_cutter.append(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
-            while (!m_isGivenUp) {
-                const auto message = m_cutter.next();
-                if (!message) {
-                    break;
-                }
-                m_owner.m_receiver(*message, m_peer, m_number);
-            }
+            read(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
         } catch (const std::exception& failure) {
             giveUp(failure.what());
         }
@@ -104,6 +102,33 @@ public:
     }
 
 private:
+    void read(std::string_view input) {
+        while (!m_isGivenUp && !m_isEnding) {
+            const KxSipFramer::Frame frame = m_framer.next(input);
+            input.remove_prefix(frame.consumed);
+            if (frame.kind == KxSipFramer::Kind::Incomplete) {
+                break;
+            }
+            if (frame.kind == KxSipFramer::Kind::Ping) {
+                send("\r\n"); // [RFC 5626 4.4.1]
+                continue;
+            }
+            m_owner.m_receiver(frame, m_peer, m_number);
+            if (frame.kind == KxSipFramer::Kind::Error) {
+                m_isEnding = true;
+                endIfSent();
+            }
+        }
+    }
+
+    /** Ends the output when the last answer was sent. The input is read and dropped until the peer ends it: closing a
+        socket with unread input could destroy the answer on its way. */
+    void endIfSent() {
+        if (m_isEnding && m_unsent.empty()) {
+            ACE_OS::shutdown(m_socket.get_handle(), SHUT_WR);
+        }
+    }
+
     std::size_t sendSome(std::string_view bytes) {
         const ssize_t sent = m_socket.send(bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
         if (sent < 0 && errno != EWOULDBLOCK) {
@@ -124,9 +149,10 @@ private:
     std::uint64_t m_number = 0;
     ACE_SOCK_Stream m_socket;
     ACE_INET_Addr m_peer;
-    MessageCutter m_cutter;
+    KxSipFramer m_framer;
     std::string m_unsent;
     bool m_isGivenUp = false;
+    bool m_isEnding = false; // the next message can't be found; what was answered is still sent
     Clock::time_point m_lastHeard = Clock::now();
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sipobject/messages/KxSipFramer.h"
+
 #include <ace/Event_Handler.h>
 #include <ace/INET_Addr.h>
 #include <ace/SOCK_Acceptor.h>
@@ -10,11 +12,13 @@
 #include <string_view>
 #include <unordered_map>
 
-/** The TCP connections, accepted and made, that the reactor watches. Calls the receiver with each message. */
+/** The TCP connections, accepted and made, that the reactor watches. Answers pings and calls the
+    receiver with each message. A connection whose bytes can't be framed is closed after that was reported. */
 class TcpPort final : public ACE_Event_Handler {
 public:
-    /** Called with each message. Must not throw. */
-    using Receiver = std::function<void(std::string_view message, const ACE_INET_Addr& from, std::uint64_t connection)>;
+    /** Called with each message, and with an error, which is the last frame of its connection. Must not throw. */
+    using Receiver =
+        std::function<void(const KxSipFramer::Frame& frame, const ACE_INET_Addr& from, std::uint64_t connection)>;
 
     /** Listens, and registers with the reactor, which must outlive this object. Throws std::system_error. */
     TcpPort(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);

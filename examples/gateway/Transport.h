@@ -19,8 +19,8 @@ struct Peer {
 /** UDP and TCP on one port. */
 class Transport {
 public:
-    /** Called with each message. Must not throw. */
-    using Receiver = std::function<void(std::string_view message, const Peer& from)>;
+    /** Called with each message, and with each error. Must not throw. */
+    using Receiver = std::function<void(const KxSipFramer::Frame& frame, const Peer& from)>;
 
     /** With port 0 any port is used that is free for both. Throws std::system_error. */
     Transport(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);

@@ -54,6 +54,11 @@ KxHandle<KxSipRequest> salvage(std::string_view bytes) {
     return request->getViaHeader().isNil() ? KxHandle<KxSipRequest>() : request;
 }
 
+/** Returns the code of the response to a request that the parser refuses. */
+int codeFor(std::string_view why) {
+    return why == "Unsupported Uri Scheme" ? 416 : why == "Invalid SIP Version" ? 505 : 400;
+}
+
 /** Returns the address to which the responses to a request go. */
 Peer answersTo(const KxSipRequest& request, const Peer& from) {
     Peer to = from;
@@ -70,16 +75,20 @@ UserAgent::UserAgent(Timers& clock, Transport& wire, const Times& waits, const L
       m_transactions(limits.transactions),
       m_secret(KxSipTag(nullptr).getValue()) {}
 
-void UserAgent::receive(std::string_view bytes, const Peer& from) {
+void UserAgent::receive(const KxSipFramer::Frame& frame, const Peer& from) {
     guarded("a message", [&] {
+        if (frame.kind == KxSipFramer::Kind::Error) {
+            return refuseUnframed(frame, from);
+        }
         KxHandle<KxSipMessage> message;
         try {
-            KxByteArrayInputStream in(bytes);
+            KxByteArrayInputStream in(frame.bytes);
             message = KxSipMessage::sConstructFrom(in);
         } catch (const KxHandle<KxSipParseKeepAliveException>&) {
             return;
         } catch (const KxHandle<KxException>& failure) {
-            return refuseUnreadable(bytes, failure->getExceptionMessage(), from);
+            const KxString& why = failure->getExceptionMessage();
+            return refuseUnreadable(frame.bytes, why, codeFor(why), from);
         }
         if (message->isResponse()) {
             return transactions.receive(KxHandleCast<KxSipResponse>(message));
@@ -92,16 +101,24 @@ void UserAgent::receive(std::string_view bytes, const Peer& from) {
     });
 }
 
+/** Answers a request that can't be framed, unless its header section is incomplete. */
+void UserAgent::refuseUnframed(const KxSipFramer::Frame& frame, const Peer& from) {
+    if (frame.error == KxSipFramer::Error::HeaderSectionTooLarge) {
+        LOG4CPLUS_INFO(logger(), "from " << hostOf(from.address) << ": " << frame.errorText());
+        return;
+    }
+    const bool isTooLarge = frame.error == KxSipFramer::Error::BodyTooLarge;
+    refuseUnreadable(frame.bytes, frame.errorText(), isTooLarge ? 513 : 400, from);
+}
+
 /** Answers a request that can't be parsed. The exception carries no message, so the bytes are searched for its
     headers. */
-void UserAgent::refuseUnreadable(std::string_view bytes, const KxString& why, const Peer& from) {
+void UserAgent::refuseUnreadable(std::string_view bytes, std::string_view why, int code, const Peer& from) {
     LOG4CPLUS_INFO(logger(), "unreadable, from " << hostOf(from.address) << ": " << printable(why));
     const Request request = salvage(bytes);
     if (!request.isNil()) {
-        const bool isScheme = why == "Unsupported Uri Scheme";
-        const bool isVersion = why == "Invalid SIP Version";
         noteSource(*request->getViaHeader(), hostOf(from.address), from.address.get_port_number());
-        reply(makeResponse(isScheme ? 416 : isVersion ? 505 : 400, request), request, answersTo(*request, from));
+        reply(makeResponse(code, request), request, answersTo(*request, from));
     }
 }
 

@@ -28,8 +28,8 @@ public:
 
     UserAgent(Timers& clock, Transport& wire, const Times& waits, const Limits& limits);
 
-    /** Serves a message that was received. No input makes it throw. */
-    void receive(std::string_view bytes, const Peer& from);
+    /** Serves a message that was received, or answers one that could not be framed. No input makes it throw. */
+    void receive(const KxSipFramer::Frame& frame, const Peer& from);
     /** Makes a call. Throws KxException if its URI can't be parsed. */
     void call(const Peer& to, const Caller::Plan& plan);
 
@@ -48,7 +48,8 @@ private:
     KxHandle<KxSipResponse> refuse(const Request& request) const;
     KxHandle<KxSipResponse> makeLater(int code, const Request& request) const;
     KxHandle<KxSipResponse> makeOptions(const Request& request) const;
-    void refuseUnreadable(std::string_view bytes, const KxString& why, const Peer& from);
+    void refuseUnframed(const KxSipFramer::Frame& frame, const Peer& from);
+    void refuseUnreadable(std::string_view bytes, std::string_view why, int code, const Peer& from);
     void reply(const KxHandle<KxSipResponse>& response, const Request& request, const Peer& from);
 
     std::size_t m_maxCalls;

@@ -61,7 +61,7 @@ bool run(const Options& options) {
     Timers timers(reactor);
     UserAgent* receiver = nullptr;
     Transport transport(options.host.listenAt(), reactor,
-                        [&](std::string_view message, const Peer& from) { receiver->receive(message, from); });
+                        [&](const KxSipFramer::Frame& frame, const Peer& from) { receiver->receive(frame, from); });
     UserAgent agent(timers, transport, options.times, options.limits);
     receiver = &agent;
     std::cout << "gateway: listening on " << transport.host() << ':' << transport.port() << std::endl;

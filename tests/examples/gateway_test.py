@@ -211,11 +211,13 @@ def check_repeats(client):
 
 
 def check_stream(port):
-    """Messages in odd pieces, several at once, and one that is too large."""
+    """Messages in odd pieces, several at once, a ping, and messages after which the connection is closed."""
     client = Client(port, socket.SOCK_STREAM)
     folded = b"Content-Length:\r\n  4\r\nContent-Type: application/sdp\r\n\r\nv=0\n"
     first, second = client.request(number=1), client.request(number=2, without="Content-Length").rstrip(b"\r\n")
-    for byte in b"\r\n\r\n" + first:
+    client.send(b"\r\n\r\n")
+    assert client.socket.recv(9) == b"\r\n", "the answer to the ping"
+    for byte in b"\r\n" + first:
         client.send(bytes([byte]))
     client.send(second + b"\r\n" + folded + client.request(number=3))
     for number in (1, 2, 3):
@@ -223,6 +225,12 @@ def check_stream(port):
         assert answer.startswith("SIP/2.0 200 ") and f"CSeq: {number} OPTIONS" in answer, answer
     client.send(b"X-Endless: " + b"x" * 70000)
     assert client.answer() == "", "the connection is closed"
+    for length, code in ((70000, 513), ("5, 5", 400)):
+        client = Client(port, socket.SOCK_STREAM)
+        client.send(client.request(f"l: {length}", without="Content-Length"))
+        assert client.answer().startswith(f"SIP/2.0 {code} ")
+        client.send(client.request())
+        assert client.answer() == "", "the connection is closed"
 
 
 def check_full(program, folder):
