@@ -1,6 +1,8 @@
 // Streams cut at every place: the frames are those of the whole.
 
 #include "sipobject/messages/KxSipFramer.h"
+
+#include "core/MemAllocatorFaults.h"
 #include "tests/sipobject/support/MessageSupport.h"
 
 using namespace std::string_literals;
