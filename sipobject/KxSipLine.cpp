@@ -54,7 +54,8 @@ std::size_t KxSipLine::readSome(char*, std::size_t) {
     return 0;
 }
 
-/** Takes any other line: folded, without CR LF at its end, with blanks around its name, or faulty, or of a stream that is not whole. */
+/** Takes any other line: folded, without CR LF at its end, with blanks around its name, faulty, or of a stream that is
+    not whole. */
 [[gnu::noinline]] KxSipFault KxSipLine::takeUnplain(KxInputStream& in) {
     if (!in.isWhole()) {
         KxSipLine whole(in);

@@ -9,7 +9,8 @@
 #include <string_view>
 
 /** The text that a grammar reads, and what the steps of reading share. Made once for each message or other outermost
-    operation, and passed to every step. It finds lines, colons, commas and the ends of tokens; no other class does.
+    operation, and passed to every step. It finds header lines, their colons, the commas between values, and the ends of
+    tokens.
 
     It is a whole stream, so what it finds are views of the bytes, valid as long as these. Used by one thread at a
     time. */
