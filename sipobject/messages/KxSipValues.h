@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <typeinfo>
 
-/** The values of one header class in a message, in their order, as KxSipMessage::values returns them. H is the class, or
+/** The values of one header class in a message, in their order, as KxSipMessage::values returns them. H is the class,
     const for a const message. Values of other classes (an application's own with the same identifier) are skipped. The
     range and its iterators are valid until headers of the kind are added or removed; they own nothing. */
 template <class H>
