@@ -105,8 +105,7 @@ void checkAnyScheme(std::string_view text) {
     const std::size_t colon = text.find(':');
     std::string plain = "! INVALID URI";
     if (colon != std::string_view::npos) {
-        std::string_view data = text.substr(colon + 1);
-        data.remove_prefix(std::min(data.find_first_not_of(" \t\n\v\f\r"), data.size())); // line ends are blanks here
+        const std::string_view data = text.substr(colon + 1);
         plain = std::string(KxAscii::trim(text.substr(0, colon))) + ':' +
                 std::string(KxAscii::trim(data.substr(0, data.find_first_of(">\r\n"))));
     }
