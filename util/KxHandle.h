@@ -125,6 +125,12 @@ KxHandle<T> KxMake(Args&&... args) {
     return KxHandle<T>::sOfNew(new T(std::forward<Args>(args)...));
 }
 
+/** A deep copy of the object, in a handle of the same type; nil for nil. */
+template <class T>
+[[nodiscard]] KxHandle<T> KxCopy(const KxHandle<T>& handle) {
+    return handle.isNil() ? KxHandle<T>() : KxHandle<T>(static_cast<T*>(handle->clone()));
+}
+
 /** The object as a U, or nil if it is not a U. */
 template <class U, class T>
 KxHandle<U> KxHandleCast(const KxHandle<T>& handle) {

@@ -25,12 +25,6 @@ using std::chrono::seconds;
 
 constexpr seconds kLongestCall{3600}; // also if the other side has disappeared
 
-/** Returns a copy of the header, of the same class. */
-template <class H>
-KxHandle<H> copyOf(const H& header) {
-    return KxHandleCast<H>(KxHandle<KxObject>(header.clone()));
-}
-
 } // namespace
 
 const char* const Call::kAllow[6] = {"INVITE", "ACK", "PRACK", "BYE", "CANCEL", "OPTIONS"};
@@ -108,8 +102,8 @@ void Call::hangUp(const char* why) {
 
 /** Builds the BYE from its parts. The library derives one from an INVITE too, but only for a caller with a SIP URL. */
 KxHandle<KxSipRequest> Call::makeBye() const {
-    return KxMake<KxSipByeMessage>(copyOf(*m_local), copyOf(*m_remote), KxHandle<KxSipContactHeader>(),
-                                   m_callId.c_str(), 1U, nullptr, nullptr, 0U);
+    return KxMake<KxSipByeMessage>(KxCopy(m_local), KxCopy(m_remote), KxHandle<KxSipContactHeader>(), m_callId.c_str(),
+                                   1U, nullptr, nullptr, 0U);
 }
 
 void Call::end() {
@@ -121,16 +115,15 @@ void Call::end() {
 
 void Call::establish(const KxHandle<KxSipFromHeader>& local, const KxHandle<KxSipToHeader>& remote,
                      const KxSipMessage& message, bool routesAreReversed) {
-    m_local = copyOf(*local);
-    m_remote = copyOf(*remote);
+    m_local = KxCopy(local);
+    m_remote = KxCopy(remote);
     m_callId = message.getCallIdHeader()->getCallId();
     if (const auto contact = message.getContactHeader(); !contact.isNil() && !contact->getURL().isNil()) {
         m_target = contact->getURL();
     }
     m_routes.clear();
-    auto hop = KxHandleCast<KxSipRecordRouteHeader>(message.getHeaderByID(KxHeaderIDs::kRecordRoute));
-    for (; !hop.isNil(); hop = KxHandleCast<KxSipRecordRouteHeader>(hop->getNext())) {
-        m_routes.push_back(KxMake<KxSipRouteHeader>(hop->getNameAddress()));
+    for (const KxSipRecordRouteHeader& hop : message.values<KxSipRecordRouteHeader>()) {
+        m_routes.push_back(KxMake<KxSipRouteHeader>(hop.getNameAddress()));
     }
     if (routesAreReversed) {
         std::reverse(m_routes.begin(), m_routes.end());
@@ -223,10 +216,10 @@ KxHandle<KxSipResponse> Call::refuseTimer(const KxHandle<KxSipRequest>& invite) 
     stay open if the peer disappears. The peer refreshes if it supports session timers and did not ask us to refresh. */
 void Call::offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSipResponse>& ok) {
     const auto asked = invite->getSessionExpiresHeader();
-    const auto least = KxHandleCast<KxSipMinSEHeader>(invite->getHeaderByID(KxHeaderIDs::kMinSE));
+    const auto* const least = invite->first<KxSipMinSEHeader>();
     std::uint32_t interval = m_host.times.sessionSeconds;
     if (!asked.isNil()) {
-        interval = std::max({interval, kMinSessionSeconds, least.isNil() ? 0 : least->getDeltaSeconds()});
+        interval = std::max({interval, kMinSessionSeconds, least == nullptr ? 0 : least->getDeltaSeconds()});
         interval = std::min(interval, asked->getDeltaSeconds());
     }
     const bool theyRefresh =
@@ -262,7 +255,7 @@ void Call::keepTime(std::uint32_t interval, bool weRefresh) {
 /** Sends a re-INVITE that changes nothing and only restarts the session timer. */
 void Call::refresh(std::uint32_t interval) {
     const auto again =
-        KxMake<KxSipInviteMessage>(copyOf(*m_local), copyOf(*m_remote), KxMake<KxSipContactHeader>(contact().c_str()),
+        KxMake<KxSipInviteMessage>(KxCopy(m_local), KxCopy(m_remote), KxMake<KxSipContactHeader>(contact().c_str()),
                                    m_callId.c_str(), 1U, nullptr, nullptr, 0U);
     introduce(*again);
     addSession(*again);

@@ -53,9 +53,9 @@ void Callee::ring() {
 }
 
 int Callee::prack(const KxSipRequest& request) {
-    const auto which = KxHandleCast<KxSipRAckHeader>(request.getHeaderByID(KxHeaderIDs::kRAck));
-    if (m_rseq == 0 || which.isNil() || which->getResponseNumber() != m_rseq || which->getSeqNumber() != m_inviteSeq ||
-        which->getMethod() != "INVITE") {
+    const auto* const which = request.first<KxSipRAckHeader>();
+    if (m_rseq == 0 || which == nullptr || which->getResponseNumber() != m_rseq ||
+        which->getSeqNumber() != m_inviteSeq || which->getMethod() != "INVITE") {
         return 481;
     }
     m_rseq = 0;

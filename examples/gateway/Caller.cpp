@@ -63,8 +63,8 @@ void Caller::followProvisional(const KxHandle<KxSipResponse>& response) {
         m_isCancelled = true;
         m_cancelling.start(*m_plan.cancelAfter, [this] { cancel(); });
     }
-    const auto number = KxHandleCast<KxSipRSeqHeader>(response->getHeaderByID(KxHeaderIDs::kRSeq));
-    if (number.isNil() || number->getResponseNumber() == 0 || !response->getToHeader()->isTagPresent()) {
+    const auto* const number = response->first<KxSipRSeqHeader>();
+    if (number == nullptr || number->getResponseNumber() == 0 || !response->getToHeader()->isTagPresent()) {
         return;
     }
     if (m_rseq != 0 && number->getResponseNumber() != m_rseq + 1) {
@@ -93,10 +93,10 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
         acknowledge(m_answer);
         return;
     }
-    const auto least = KxHandleCast<KxSipMinSEHeader>(response->getHeaderByID(KxHeaderIDs::kMinSE));
+    const auto* const least = response->first<KxSipMinSEHeader>();
     const auto timer = m_invite->getSessionExpiresHeader();
-    if (code == 422 && !least.isNil() && !timer.isNil() && timer->getDeltaSeconds() < least->getDeltaSeconds()) {
-        m_invite = KxHandleCast<KxSipInviteMessage>(KxHandle<KxObject>(m_invite->clone())); // a new transaction
+    if (code == 422 && least != nullptr && !timer.isNil() && timer->getDeltaSeconds() < least->getDeltaSeconds()) {
+        m_invite = KxCopy(m_invite); // a new transaction
         m_invite->getSessionExpiresHeader()->setDeltaSeconds(least->getDeltaSeconds());
         m_invite->getCSeqHeader()->setSeqNumber(++m_localSeq);
         m_invite->getViaHeader()->setBranchRFC3261();

@@ -181,10 +181,9 @@ KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
         return response;
     }
     KxHandle<KxSipResponse> refusal;
-    KxHandle<KxSipHeader> required = request->getHeaderByID(KxHeaderIDs::kRequire);
-    for (; !required.isNil() && method != "CANCEL"; required = required->getNext()) {
-        const KxString tag = KxHandleCast<KxSipRequireHeader>(required)->getOptionTag();
-        if (tag != "100rel" && tag != "timer") {
+    for (const KxSipRequireHeader& required : request->values<KxSipRequireHeader>()) {
+        const KxString& tag = required.getOptionTag();
+        if (method != "CANCEL" && tag != "100rel" && tag != "timer") {
             refusal = refusal.isNil() ? makeResponse(420, request) : refusal;
             refusal->addHeader(KxMake<KxSipUnsupportedHeader>(tag.c_str()), false);
         }

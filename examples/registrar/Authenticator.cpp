@@ -82,10 +82,8 @@ KxHandle<KxSipHeader> Authenticator::challenge(bool stale) {
 
 Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
     // There may be several credentials, one for each realm on the path; a Proxy-Authorization is not for us.
-    KxHandle<KxSipHeader> header = request.getHeaderByID(KxHeaderIDs::kAuthorization);
-    for (; !header.isNil(); header = header->getNext()) {
-        const auto authorization = KxHandleCast<KxSipAuthorizationHeader>(header);
-        const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(authorization->getCredentials());
+    for (const KxSipAuthorizationHeader& header : request.values<KxSipAuthorizationHeader>()) {
+        const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(header.getCredentials());
         if (!credentials.isNil() && credentials->getRealm() == m_realm) {
             return judge(*credentials, request);
         }

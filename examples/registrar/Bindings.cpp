@@ -29,18 +29,18 @@ seconds secondsOf(std::string_view digits, seconds otherwise) {
 
 int Bindings::update(const std::string& user, const KxSipRequest& request) {
     const Clock::time_point now = Clock::now();
-    const auto expires = KxHandleCast<KxSipExpiresHeader>(request.getHeaderByID(KxHeaderIDs::kExpires));
-    const seconds usual = expires.isNil() || expires->isSipDate() ? kUsual : seconds(expires->getDeltaSeconds());
+    const auto* const expires = request.first<KxSipExpiresHeader>();
+    const seconds usual = expires == nullptr || expires->isSipDate() ? kUsual : seconds(expires->getDeltaSeconds());
     const KxString callId = request.getCallIdHeader()->getCallId();
     const std::uint32_t cseq = request.getCSeqHeader()->getSeqNumber();
     const auto isLate = [&](const Binding& binding) { return binding.callId == callId && cseq <= binding.cseq; };
 
     std::vector<Binding> bindings = m_users[user]; // a copy, which is stored only if all goes well
     std::erase_if(bindings, [now](const Binding& binding) { return binding.end <= now; });
-    KxHandle<KxSipContactHeader> contact = request.getContactHeader();
-    for (; !contact.isNil(); contact = KxHandleCast<KxSipContactHeader>(contact->getNext())) {
-        if (contact->isWildCard()) { // means all addresses, and may only remove them
-            if (contact != request.getContactHeader() || !contact->getNext().isNil() || usual != seconds::zero()) {
+    for (const KxSipContactHeader& contact : request.values<KxSipContactHeader>()) {
+        if (contact.isWildCard()) { // means all addresses, and may only remove them
+            const bool isAlone = &contact == request.first<KxSipContactHeader>() && contact.getNext().isNil();
+            if (!isAlone || usual != seconds::zero()) {
                 return 400;
             }
             if (std::any_of(bindings.begin(), bindings.end(), isLate)) {
@@ -49,7 +49,7 @@ int Bindings::update(const std::string& user, const KxSipRequest& request) {
             bindings.clear();
             break;
         }
-        const KxHandle<KxSipURL> url = contact->getURL();
+        const KxHandle<KxSipURL> url = contact.getURL();
         if (url.isNil()) {
             return 400;
         }
@@ -61,13 +61,12 @@ int Bindings::update(const std::string& user, const KxSipRequest& request) {
             }
             bindings.erase(old);
         }
-        const seconds time = secondsOf(contact->getExpires(), std::min(usual, kLongest));
+        const seconds time = secondsOf(contact.getExpires(), std::min(usual, kLongest));
         if (time != seconds::zero()) {
             if (bindings.size() == kMaxBindings) {
                 return 403;
             }
-            bindings.push_back(
-                {KxHandleCast<KxSipContactHeader>(KxHandle<KxObject>(contact->clone())), callId, cseq, now + time});
+            bindings.push_back({KxMake<KxSipContactHeader>(contact), callId, cseq, now + time});
         }
     }
     m_users[user] = std::move(bindings);

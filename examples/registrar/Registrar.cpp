@@ -86,8 +86,7 @@ KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request,
         response->addHeader(KxMake<KxSipAllowHeader>("REGISTER"), false);
         return response;
     }
-    const auto extension = KxHandleCast<KxSipRequireHeader>(request->getHeaderByID(KxHeaderIDs::kRequire));
-    if (!extension.isNil()) {
+    if (const auto* const extension = request->first<KxSipRequireHeader>()) {
         const KxHandle<KxSipResponse> response = makeResponse(420, request);
         response->addHeader(KxMake<KxSipUnsupportedHeader>(extension->getOptionTag().c_str()), false);
         return response;

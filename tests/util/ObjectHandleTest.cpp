@@ -19,6 +19,16 @@ private:
 
 } // namespace
 
+TEST(HandleTest, CopyIsDeepAndOfTheSameType) {
+    const auto list = KxMake<KxParameters>();
+    list->setValue("a", KxString("1"));
+    const KxHandle<KxParameters> copy = KxCopy(list);
+    list->clear();
+    EXPECT_EQ(copy->getString(), "a=1");
+    EXPECT_TRUE(copy->isUnshared());
+    EXPECT_TRUE(KxCopy(KxHandle<KxParameters>()).isNil());
+}
+
 TEST(HandleTest, LastHandleFreesHoweverHandlesWerePassedOn) {
     bool gone = false;
     KxHandle<Probe> first(new Probe([&] { gone = true; }));
