@@ -61,7 +61,7 @@ public:
 
 private:
     static constexpr std::int64_t kNone = INT64_MIN;
-    static constexpr std::size_t kRoom = 80; ///< For a date as text, of any numbers that the compiler can think of.
+    static constexpr std::size_t kRoom = 80; ///< For a date as text, with any values that its integers could have.
 
     /** The date as text, which is written to `date`; or the text that could not be read. */
     std::string_view view(char (&date)[kRoom]) const;
