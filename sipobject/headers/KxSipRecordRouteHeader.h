@@ -15,6 +15,9 @@ public:
     /** Reads the value. */
     explicit KxSipRecordRouteHeader(const char* text) { parseText(text); }
 
+    /** Nil if the URI is not a SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
+
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRecordRouteHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kRecordRoute;

@@ -14,6 +14,9 @@ public:
     /** Reads the value. */
     explicit KxSipRouteHeader(const char* text) { parseText(text); }
 
+    /** Nil if the URI is not a SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
+
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRouteHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kRoute;
