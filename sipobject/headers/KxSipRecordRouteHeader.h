@@ -14,6 +14,7 @@ public:
     explicit KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. */
     explicit KxSipRecordRouteHeader(const char* text) { parseText(text); }
+    explicit KxSipRecordRouteHeader(KxSipText text) { parseText(text.checked()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRecordRouteHeader";

@@ -13,6 +13,7 @@ public:
     explicit KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. */
     explicit KxSipRouteHeader(const char* text) { parseText(text); }
+    explicit KxSipRouteHeader(KxSipText text) { parseText(text.checked()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRouteHeader";

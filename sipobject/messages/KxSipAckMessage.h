@@ -14,6 +14,9 @@ public:
         errors of setBody, and an error if the response lacks a required header or SIP URL. */
     KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
                     std::uint32_t bodyLength);
+    KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, KxSipText contentType,
+                    std::uint32_t bodyLength)
+        : KxSipAckMessage(response, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), bodyLength) {}
 
     static const KxConstString sMethodName;
 

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/Logger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
@@ -22,6 +23,7 @@
 #include "util/KxOutputStream.h"
 
 #include <cstring>
+#include <limits>
 #include <sstream>
 #include <string>
 
@@ -299,6 +301,14 @@ void KxSipMessage::setBody(const void* body, const char* contentType, std::uint3
 
 void KxSipMessage::setBody(const char* body, const char* contentType) {
     setBody(body, contentType, body == nullptr ? 0 : static_cast<std::uint32_t>(std::strlen(body)));
+}
+
+void KxSipMessage::setBody(std::string_view body, KxSipText contentType) {
+    const KxString type = contentType.neededIf(!body.empty(), "Content-Type");
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBody(body.data(), type.c_str(), static_cast<std::uint32_t>(body.size()));
 }
 
 void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std::uint32_t length) {

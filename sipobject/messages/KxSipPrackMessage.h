@@ -14,6 +14,10 @@ public:
         errors of setBody, and an error if the response lacks a required header or SIP URL. */
     KxSipPrackMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
                       std::uint32_t bodyLength);
+    KxSipPrackMessage(const KxHandle<KxSipResponse>& response, const void* body, KxSipText contentType,
+                      std::uint32_t bodyLength)
+        : KxSipPrackMessage(response, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), bodyLength) {
+    }
 
     static const KxConstString sMethodName;
 

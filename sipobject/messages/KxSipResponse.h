@@ -17,15 +17,20 @@ public:
         setBody; KxException, as checkValidity, for a request without the headers that a response needs. */
     KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, const char* contentType,
                   std::uint32_t bodyLength);
+    KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, KxSipText contentType,
+                  std::uint32_t bodyLength)
+        : KxSipResponse(statusCode, request, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(),
+                        bodyLength) {}
     KxSipResponse(const KxSipResponse& other);
-    KxSipResponse* clone() const override;
+    [[nodiscard]] KxSipResponse* clone() const override;
 
-    bool isRequest() const override;
+    [[nodiscard]] bool isRequest() const override;
 
     std::uint32_t getStatusCode() const { return static_cast<std::uint32_t>(m_statusCode); }
     KxString getReasonPhrase() const { return m_reasonPhrase; }
     /** Takes the lock of the message; null reads as empty. */
     void setReasonPhrase(const char* phrase);
+    void setReasonPhrase(KxSipText phrase) { setReasonPhrase(phrase.line().c_str()); }
 
     /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. */
     KxHandle<KxSipAuthenticateHeader> getAuthenticateHeader() const;
