@@ -13,6 +13,7 @@ public:
     explicit KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. */
     explicit KxSipRouteHeader(const char* text) { parseText(text); }
+    explicit KxSipRouteHeader(KxSipText text) { parseText(text.checked()); }
 
     /** Nil if the URI is not a SIP URL. */
     KxHandle<KxSipURL> getURL() const { return getSipURL(); }

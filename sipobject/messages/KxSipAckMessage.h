@@ -15,6 +15,9 @@ public:
         errors of setBody, and an error if the response lacks a required header or SIP URL. */
     KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
                     std::uint32_t bodyLength);
+    KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, KxSipText contentType,
+                    std::uint32_t bodyLength)
+        : KxSipAckMessage(response, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), bodyLength) {}
 
     /** The ACK for a final response to the INVITE. For a non-2xx response, it has the Request-URI, top Via, Route, From
         and Call-ID of the INVITE and the To of the response, and `parts` are not used. For a 2xx, it is a request within

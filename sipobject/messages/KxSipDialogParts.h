@@ -7,7 +7,7 @@
 struct KxSipDialogParts {
     KxSipPart<KxSipContactHeader> contact = {}; ///< Needed for the methods that refresh the dialog.
     std::uint32_t maxForwards = 70;
-    KxSipViaPart via = {};           ///< None by default.
-    KxSipText contentType = nullptr; ///< Needed with a body.
-    std::string_view body = {};      ///< Copied. None by default.
+    KxSipViaPart via = {};              ///< None by default.
+    KxSipAnyText contentType = nullptr; ///< Needed with a body.
+    std::string_view body = {};         ///< Copied. None by default.
 };

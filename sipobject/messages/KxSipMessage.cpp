@@ -303,6 +303,14 @@ void KxSipMessage::setBody(const char* body, const char* contentType) {
     setBody(body, contentType, body == nullptr ? 0 : static_cast<std::uint32_t>(std::strlen(body)));
 }
 
+void KxSipMessage::setBody(std::string_view body, KxSipText contentType) {
+    const KxString type = contentType.neededIf(!body.empty(), "Content-Type");
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBody(body.data(), type.c_str(), static_cast<std::uint32_t>(body.size()));
+}
+
 void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std::uint32_t length) {
     const KxHandle<KxSipContentLengthHeader> present = getContentLengthHeader();
     if (length != 0) {

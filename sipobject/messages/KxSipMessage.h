@@ -3,6 +3,7 @@
 #include "core/Assertion.h"
 #include "core/LogDeferral.h"
 #include "core/LogLevel.h"
+#include "sipobject/KxSipText.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipBody.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
@@ -195,6 +196,9 @@ public:
         body) with no content-type"; Content-Length is then already set. */
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
+    /** As above, for a body that may contain any byte. Throws KxSipParseError, and changes nothing, for a body without
+        content type or of 4 GB or more. */
+    void setBody(std::string_view body, KxSipText contentType);
     /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
     const char* getBody() const { return m_body.bytes(); }
     bool hasBody() const { return m_body.bytes() != nullptr; }

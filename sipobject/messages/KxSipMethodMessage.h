@@ -31,6 +31,22 @@ public:
         : KxSipRequest(M::sMethodName.c_str(), requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
                        contentType, body, bodyLength) {}
 
+    // The same with texts of any type.
+    KxSipMethodMessage(KxSipAnyText from, KxSipAnyText to, KxSipAnyText contact, KxSipAnyText callId, CSeqNumber cseq,
+                       KxSipAnyText contentType, const Body* body, std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName, from, to, contact, callId, static_cast<std::uint32_t>(cseq), contentType, body,
+                       bodyLength) {}
+    KxSipMethodMessage(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                       const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId, CSeqNumber cseq,
+                       KxSipAnyText contentType, const Body* body, std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName, from, to, contact, callId, static_cast<std::uint32_t>(cseq), contentType, body,
+                       bodyLength) {}
+    KxSipMethodMessage(const KxHandle<KxSipNameAddress>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       KxSipAnyText callId, CSeqNumber cseq, KxSipAnyText contentType, const Body* body,
+                       std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName, requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
+                       contentType, body, bodyLength) {}
     /** A request outside a dialog, of this method; see KxSipRequest::sBuild. */
     [[nodiscard]] static KxHandle<M> sBuild(const KxSipRequestParts& parts) {
         KxHandle<M> request = sEmpty();

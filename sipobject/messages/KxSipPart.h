@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sipobject/KxSipText.h"
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/messages/KxSipPartText.h"
 #include "util/KxHandle.h"
 
@@ -13,7 +13,7 @@ class KxSipPart {
 public:
     KxSipPart() = default;
     template <class Text>
-    requires(std::convertible_to<const Text&, KxSipText>) KxSipPart(const Text& text) : m_text(text) {}
+    requires(std::convertible_to<const Text&, KxSipAnyText>) KxSipPart(const Text& text) : m_text(text) {}
     template <class U>
     requires(std::derived_from<U, T>) KxSipPart(const KxHandle<U>& object) : m_object(object) {}
 
@@ -34,12 +34,12 @@ public:
     KxHandle<T> needed(std::string_view what) const {
         KxHandle<T> made = make();
         if (made.isNil()) {
-            KxSipText().needed(what);
+            KxSipText::sRaiseMissing(what);
         }
         return made;
     }
 
 private:
-    KxSipText m_text;
+    KxSipAnyText m_text;
     KxHandle<T> m_object;
 };

@@ -431,7 +431,7 @@ void KxSipRequest::buildInTransaction(const KxString& method, const KxSipRequest
 /** Adds the headers in the order that RFC 3261 7.3.1 recommends: what proxies need comes first. */
 void KxSipRequest::assemble(const KxString& method, const KxSipRequestOutline& outline) {
     if (outline.contact.isNil() && needsContact(method)) {
-        KxSipText().needed("Contact");
+        KxSipText::sRaiseMissing("Contact");
     }
     m_Method = method;
     setURI(outline.uri);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipText.h"
 #include "sipobject/address/KxSipURL.h"
@@ -47,6 +48,29 @@ public:
                  const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact, const char* callId,
                  std::uint32_t cseq, const char* contentType, const void* body, std::uint32_t bodyLength);
 
+    // The same with texts of any type. They throw KxSipParseError without a method, and for a body without a type.
+    KxSipRequest(KxSipAnyText method, KxSipAnyText from, KxSipAnyText to, KxSipAnyText contact, KxSipAnyText callId,
+                 std::uint32_t cseq, KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method, KxMake<KxSipFromHeader>(from), KxMake<KxSipToHeader>(to),
+                       contact.isNone() ? KxHandle<KxSipContactHeader>() : KxMake<KxSipContactHeader>(contact), callId,
+                       cseq, contentType, body, bodyLength) {}
+    KxSipRequest(KxSipAnyText method, const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                 const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId, std::uint32_t cseq,
+                 KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method.needed("method").c_str(), from, to, contact, callId.line().c_str(), cseq,
+                       contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
+    KxSipRequest(KxSipAnyText method, const KxHandle<KxSipNameAddress>& requestUri,
+                 const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                 const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId, std::uint32_t cseq,
+                 KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method.needed("method").c_str(), requestUri, from, to, contact, callId.line().c_str(), cseq,
+                       contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
+    KxSipRequest(KxSipAnyText method, const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                 const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId,
+                 std::uint32_t cseq, KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method.needed("method").c_str(), requestUri, from, to, contact, callId.line().c_str(), cseq,
+                       contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
+
     /** A request outside a dialog, of the class of the method; see KxSipRequestParts, whose header is to be included. The
         classes of the methods have functions of the same names without `method`.
         Throws KxSipParseError for a method that is no token, and for parts that are missing or can't be read.
@@ -58,11 +82,11 @@ public:
     [[nodiscard]] static KxHandle<KxSipRequest> sWithin(KxSipDialog& dialog, KxSipText method,
                                                         const KxSipDialogParts& parts);
 
-    bool isRequest() const override;
+    [[nodiscard]] bool isRequest() const override;
     /** Whether the request is to be sent through the local outbound proxy. Always false except for an INVITE. */
     virtual bool useLocalOutboundProxy() const;
     /** Whether the status is 0 and the CSeq header has exactly the method of the request. */
-    bool isValid() const override;
+    [[nodiscard]] bool isValid() const override;
 
     /** The method as given or received; valid as long as the request. */
     const char* getMethod() const { return m_Method.c_str(); }
@@ -73,7 +97,7 @@ public:
         Request-URI: for a received request, check getURI()->isSipURL() first. */
     KxHandle<KxSipURL> getURL() const;
     /** A new name-address with a copy of the Request-URI. */
-    KxHandle<KxSipNameAddress> getNameAddress() const;
+    [[nodiscard]] KxHandle<KxSipNameAddress> getNameAddress() const;
     /** The host of a SIP Request-URI, and its port or the default port of its transport; else "" and 0. */
     const char* getRequestURIHost() const;
     std::uint32_t getRequestURIPort() const;
@@ -83,6 +107,9 @@ public:
 
     /** Adds a Via before the others. Throws KxSipParseError for an unknown transport or an empty host. */
     void insertViaHeader(const char* host, unsigned port, const char* transport);
+    void insertViaHeader(KxSipAnyText host, unsigned port, KxSipAnyText transport) {
+        insertViaHeader(host.line().c_str(), port, transport.line().c_str());
+    }
 
     /** Notes where a received request came from: the connection of the message; and in its top Via "received", if the
         host there is another one or "rport" is asked for, and the value of "rport", if that is asked for.
@@ -92,15 +119,16 @@ public:
     /** The local address from which the application prefers to send the request; "" if none was set. A text that is not
         an address changes nothing. The returned pointer is valid until the next call of the setter. */
     void setPreferredIpAddr(const char* address);
+    void setPreferredIpAddr(KxSipText address) { setPreferredIpAddr(address.line().c_str()); }
     const char* getPreferredIpAddrStr() const { return m_preferredIpAddrText.c_str(); }
 
     /** Whether Max-Forwards is 0 and the configuration parameter "tandril.sip.ignoreMaxForwards", which is read each
         time, is not true. A request without Max-Forwards is reported on the interoperability logger. */
-    bool tooManyHops() const;
+    [[nodiscard]] bool tooManyHops() const;
     /** Whether the stack must refuse the request before the application sees it. Sets `code` to the status if that is
         not 0 (2 means that the message can't be used), to 483 for too many hops, to 414 for a Request-URI of 1024 or
         more characters, else to 0. */
-    bool rejectedByStack(unsigned& code) const;
+    [[nodiscard]] bool rejectedByStack(unsigned& code) const;
 
 protected:
     /** For the parser: without method, URI and headers. */

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sipobject/KxSipText.h"
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/address/KxURI.h"
 #include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
@@ -28,11 +28,11 @@ struct KxSipRequestParts {
     KxSipPart<KxSipFromHeader> from = {};                 ///< Needed. A new tag is added if it has none.
     KxSipPart<KxSipToHeader> to = {};                     ///< Needed.
     KxSipPart<KxSipContactHeader> contact = {};           ///< Needed for the methods that make or refresh a dialog.
-    KxSipText callId = nullptr;                           ///< A new one by default.
+    KxSipAnyText callId = nullptr;                        ///< A new one by default.
     std::uint32_t cseq = 0;                               ///< 0: a new one.
     std::uint32_t maxForwards = 70;                       ///< [RFC 3261 8.1.1.6]
     KxSipViaPart via = {};                                ///< None by default.
     std::vector<KxSipPart<KxSipRouteHeader>> routes = {}; ///< In order; none by default.
-    KxSipText contentType = nullptr;                      ///< Needed with a body, such as "application/sdp".
+    KxSipAnyText contentType = nullptr;                   ///< Needed with a body, such as "application/sdp".
     std::string_view body = {};                           ///< Copied. None by default.
 };

@@ -175,7 +175,7 @@ KxHandle<KxSipResponse> KxSipResponse::sBuild(const KxSipRequest& request, const
     }
     const KxHandle<KxSipContactHeader> contact = parts.contact.make();
     if (contact.isNil() && parts.statusCode / 100 == 2 && needsContact(method)) {
-        KxSipText().needed("Contact");
+        KxSipText::sRaiseMissing("Contact");
     }
     auto response = KxHandle<KxSipResponse>::sOfNew(new KxSipResponse);
     response->answer(parts.statusCode, request);

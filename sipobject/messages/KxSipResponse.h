@@ -18,6 +18,10 @@ public:
         setBody; KxException, as checkValidity, for a request without the headers that a response needs. */
     KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, const char* contentType,
                   std::uint32_t bodyLength);
+    KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, KxSipText contentType,
+                  std::uint32_t bodyLength)
+        : KxSipResponse(statusCode, request, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(),
+                        bodyLength) {}
     /** The response to a request; see KxSipResponseParts, whose header is to be included. It has the Via headers, From,
         To, Call-ID and CSeq of the request; a To tag, except in a 100; the Timestamp in a 100; the Record-Route headers
         from 101 to 299, except for BYE and CANCEL. It uses the connection of a request that came over TCP or TLS.
@@ -26,14 +30,15 @@ public:
         KxException, as checkValidity, for a request without the headers that a response needs. */
     [[nodiscard]] static KxHandle<KxSipResponse> sBuild(const KxSipRequest& request, const KxSipResponseParts& parts);
     KxSipResponse(const KxSipResponse& other);
-    KxSipResponse* clone() const override;
+    [[nodiscard]] KxSipResponse* clone() const override;
 
-    bool isRequest() const override;
+    [[nodiscard]] bool isRequest() const override;
 
     std::uint32_t getStatusCode() const { return static_cast<std::uint32_t>(m_statusCode); }
     KxString getReasonPhrase() const { return m_reasonPhrase; }
     /** Takes the lock of the message; null reads as empty. */
     void setReasonPhrase(const char* phrase);
+    void setReasonPhrase(KxSipText phrase) { setReasonPhrase(phrase.line().c_str()); }
 
     /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. */
     KxHandle<KxSipAuthenticateHeader> getAuthenticateHeader() const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sipobject/KxSipText.h"
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/messages/KxSipPart.h"
 
@@ -10,11 +10,11 @@
     must live until the response is built. [RFC 3261 8.2.6] */
 struct KxSipResponseParts {
     int statusCode = 200;
-    KxSipText reasonPhrase = nullptr; ///< By default the usual one of the code.
+    KxSipAnyText reasonPhrase = nullptr; ///< By default the usual one of the code.
     /** The tag of To, if the request has none there; new by default. All responses to one request that belong to one
         dialog need the same. */
-    KxSipText toTag = nullptr;
+    KxSipAnyText toTag = nullptr;
     KxSipPart<KxSipContactHeader> contact = {}; ///< Needed in a 2xx response to INVITE, SUBSCRIBE, UPDATE or REFER.
-    KxSipText contentType = nullptr;            ///< Needed with a body.
+    KxSipAnyText contentType = nullptr;         ///< Needed with a body.
     std::string_view body = {};                 ///< Copied. None by default.
 };
