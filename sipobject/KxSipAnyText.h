@@ -6,8 +6,11 @@
     several texts: each may then be of another type. */
 class KxSipAnyText : public KxSipText {
 public:
-    using KxSipText::KxSipText;
+    constexpr KxSipAnyText() = default;
     KxSipAnyText(const KxSipText& text) : KxSipText(text) {}
+    template <class T>
+    requires(std::convertible_to<const T&, KxSipText> && !std::derived_from<T, KxSipText>) KxSipAnyText(const T& text)
+        : KxSipText(text) {}
     template <class T>
     requires(std::is_class_v<T> && !std::derived_from<T, KxString> && !std::derived_from<T, KxSipText> &&
              !std::convertible_to<const T&, std::string_view> && std::convertible_to<const T&, const char*>)

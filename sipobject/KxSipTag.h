@@ -16,6 +16,10 @@ public:
     KxSipTag(const KxSipTag&) = default;
     [[nodiscard]] KxSipTag* clone() const override;
 
+    /** A tag from the system's random source, which cannot be predicted. The messages that are built by named parts use
+        it. [RFC 3261 19.3] */
+    [[nodiscard]] static KxString sRandom();
+
     /** The tag; null if there is no value. */
     const char* getValue() const { return m_value.isNil() ? nullptr : m_value.c_str(); }
     operator const char*() const { return getValue(); }

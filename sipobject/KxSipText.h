@@ -35,7 +35,7 @@ public:
     /** As line. Throws KxSipParseError if there is no text, with `what`, such as "From", in the error text. */
     [[nodiscard]] KxString needed(std::string_view what) const {
         if (isNone()) {
-            raiseMissing(what);
+            sRaiseMissing(what);
         }
         return line();
     }
@@ -55,8 +55,10 @@ public:
         }
     }
 
+    /** Throws KxSipParseError, with `what` in the error text. */
+    [[noreturn]] KX_SIP_API static void sRaiseMissing(std::string_view what);
+
 private:
-    [[noreturn]] KX_SIP_API static void raiseMissing(std::string_view what);
     [[noreturn]] KX_SIP_API static void raiseLineEnd();
 
     std::string_view m_view;

@@ -104,6 +104,7 @@ protected:
 private:
     friend class KxSipHeaderSlots;
     friend class KxSipMessageReader;
+    friend class KxSipPartText;
     friend class KxSipRequest;
 
     /** As the public sConstructFrom, but returns the fault instead of throwing it; `line` is the context. `header` must

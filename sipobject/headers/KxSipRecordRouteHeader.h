@@ -16,6 +16,9 @@ public:
     explicit KxSipRecordRouteHeader(const char* text) { parseText(text); }
     explicit KxSipRecordRouteHeader(KxSipText text) { parseText(text.checked()); }
 
+    /** Nil if the URI is not a SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
+
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRecordRouteHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kRecordRoute;

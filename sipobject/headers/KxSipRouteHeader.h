@@ -15,6 +15,9 @@ public:
     explicit KxSipRouteHeader(const char* text) { parseText(text); }
     explicit KxSipRouteHeader(KxSipText text) { parseText(text.checked()); }
 
+    /** Nil if the URI is not a SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
+
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRouteHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kRoute;

@@ -69,6 +69,8 @@ public:
     /** Whether both have the same sent-protocol and sent-by, where a missing port is 5060; false for nil. */
     [[nodiscard]] bool compare(const KxHandle<KxSipViaHeader>& other) const;
 
+    /** The beginning of each branch that was made as RFC 3261 says. [RFC 3261 8.1.1.7] */
+    static constexpr std::string_view kMagicCookie = "z9hG4bK";
     static constexpr const char* sSentBy = "sent-by";
     static constexpr const char* sProtocolVersion = "2.0";
     static constexpr const char* sBranch = "branch";

@@ -20,7 +20,7 @@
 #include "sipobject/messages/KxSipMessageReader.h"
 #include "sipobject/messages/KxSipRequiredHeaders.h"
 #include "sipobject/messages/KxSipTransactionKey.h"
-#include "util/KxOutputStream.h"
+#include "util/KxByteArrayOutputStream.h"
 
 #include <cstring>
 #include <limits>
@@ -322,6 +322,14 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
     }
 }
 
+void KxSipMessage::setBodyOf(std::string_view body, const KxString& contentType) {
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBodyOrNone(body.data(), contentType.isNil() ? nullptr : contentType.c_str(),
+                  static_cast<std::uint32_t>(body.size()));
+}
+
 std::uint32_t KxSipMessage::getBodyLength() const {
     const KxHandle<KxSipContentLengthHeader> header = getContentLengthHeader();
     return header.isNil() ? 0 : header->getContentLength();
@@ -343,6 +351,12 @@ void KxSipMessage::serialize(KxOutputStream& out) const {
         m_body.serializeBody(out, getBodyLength());
     }
     out.flush();
+}
+
+std::string KxSipMessage::getText() const {
+    KxByteArrayOutputStream out;
+    serialize(out);
+    return std::string(out.view());
 }
 
 void KxSipMessage::display(KxOutputStream& out, bool) const {
