@@ -15,7 +15,9 @@ set(KX_PRIVATE_HEADERS
     sipobject/auth/KxSipSchemeLine.h
     sipobject/messages/KxSipMessageReader.h
     sipobject/messages/KxSipRequestLine.h
+    sipobject/messages/KxSipRequestOutline.h
     sipobject/messages/KxSipRequiredHeaders.h
+    sipobject/messages/KxSipTokenText.h
     sipobject/messages/KxSipTransactionKey.h
     util/KxByteScan.h
     util/KxPairIndex.h)

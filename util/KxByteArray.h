@@ -10,9 +10,9 @@
 class KX_UTIL_API KxByteArray final : public KxObject {
 public:
     /** A new array of `length` bytes, copied from `bytes` or, where that is null, zero. */
-    [[nodiscard]] static KxHandle<KxByteArray> sCreate(std::size_t length, const void* bytes = nullptr);
+    static KxHandle<KxByteArray> sCreate(std::size_t length, const void* bytes = nullptr);
     /** A new array of a text's characters without its NUL. */
-    [[nodiscard]] static KxHandle<KxByteArray> sCreate(const char* text);
+    static KxHandle<KxByteArray> sCreate(const char* text);
     /** An empty array with room for `capacity` bytes, to be filled through data() and setLength(). */
     static KxHandle<KxByteArray> sReserve(std::size_t capacity);
 

@@ -121,7 +121,7 @@ private:
 
 /** Makes a new object in a handle. */
 template <class T, class... Args>
-[[nodiscard]] KxHandle<T> KxMake(Args&&... args) {
+KxHandle<T> KxMake(Args&&... args) {
     return KxHandle<T>::sOfNew(new T(std::forward<Args>(args)...));
 }
 

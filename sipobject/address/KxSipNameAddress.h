@@ -29,7 +29,7 @@ public:
 
     /** Returns a name-address read from a header value: parameters after a bare SIP URL belong to the header. Throws as
         parse does. */
-    [[nodiscard]] static KxHandle<KxSipNameAddress> sConstructFrom(KxInputStream& in);
+    static KxHandle<KxSipNameAddress> sConstructFrom(KxInputStream& in);
     /** As sConstructFrom, but returns the fault instead of throwing it; `address` is then unchanged. The functions that
         return a fault are parts of larger operations, and use the log levels of the operation that they are part of. */
     static KxSipFault sConstructFrom(KxSipLine& line, KxHandle<KxSipNameAddress>& address);

@@ -36,7 +36,7 @@ public:
 
     [[nodiscard]] bool hasParameters() const override;
     [[nodiscard]] bool hasHeaders() const override;
-    [[nodiscard]] KxString getString() const override;
+    KxString getString() const override;
     /** Reads one URL. Reading stops before a comma outside the user, which stays unread; one ";" after a ">" is
         consumed; if the URL is neither in brackets nor standalone, a ";" after the host is consumed and ends it.
         Throws KxSipParseError: "Scheme is not SIP", "Sip URL wrong format ("@" present without a user part)", "Sip URL

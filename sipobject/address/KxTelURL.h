@@ -19,7 +19,7 @@ public:
     [[nodiscard]] KxTelURL* clone() const override;
 
     [[nodiscard]] bool hasParameters() const override;
-    [[nodiscard]] KxString getString() const override;
+    KxString getString() const override;
     /** Reads one URL; a ">" after it is consumed. Throws KxSipParseError "Invalid TelURL" for 1024 or more characters.
         All kept characters of scheme, number and parameters count; brackets, colons, carriage returns, the first ";"
         and dropped plus signs do not. */
@@ -39,7 +39,7 @@ public:
     void clearParameters() { m_parameters.clear(); }
 
     /** Compares the texts of both URLs byte by byte. */
-    [[nodiscard]] bool operator==(const KxTelURL& other) const { return getString() == other.getString(); }
+    bool operator==(const KxTelURL& other) const { return getString() == other.getString(); }
 
 private:
     friend class KxURI;

@@ -32,7 +32,7 @@ public:
     [[nodiscard]] virtual bool hasParameters() const;
     [[nodiscard]] virtual bool hasHeaders() const;
     /** The URI as text. */
-    [[nodiscard]] virtual KxString getString() const;
+    virtual KxString getString() const;
     /** Reads one URI; a "<" before it and a ">" after it are consumed, a line end stays unread.
         Throws KxException "INVALID URI" if no colon follows the scheme. */
     virtual void parse(KxInputStream& in);
@@ -78,7 +78,7 @@ public:
         any other URI has the class registered for its scheme, or KxURI. If `standalone` is true, the parameters after a
         SIP URL without angle brackets belong to the URL; else they belong to the header that contains it. Throws the
         errors of the class's parse. */
-    [[nodiscard]] static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
+    static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
     /** As sConstructFrom, but returns the fault instead of throwing it (an application's own class may still throw);
         `uri` is then unchanged. Part of larger operations: uses the log levels of the operation that it is part of. */
     static KxSipFault sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);

@@ -28,8 +28,7 @@ public:
 
     /** Returns a challenge of the scheme, whose letter case is ignored, read from the properties; nil reads as empty.
         Throws KxException "Challenge type not supported !" and the errors of the scheme's class. */
-    [[nodiscard]] static KxHandle<KxSipChallengeInfo> constructFrom(const char* scheme,
-                                                                    const KxHandle<KxByteArray>& properties);
+    static KxHandle<KxSipChallengeInfo> constructFrom(const char* scheme, const KxHandle<KxByteArray>& properties);
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 

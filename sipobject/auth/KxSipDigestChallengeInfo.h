@@ -18,7 +18,7 @@ public:
     [[nodiscard]] KxSipDigestChallengeInfo* clone() const override;
 
     /** Returns a new challenge read from the properties; nil reads as empty. Throws as parse does. */
-    [[nodiscard]] static KxHandle<KxSipDigestChallengeInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
+    static KxHandle<KxSipDigestChallengeInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
 
     /** Reads properties and adds them. Throws KxException "Buffer overflew !!!" for too many characters, "Failed to
         parse Proxy-Authenticate SIP header" if the last property has no name or no value, or there is no property. */

@@ -44,7 +44,7 @@ public:
     [[nodiscard]] KxSipDigestCredentialsInfo* clone() const override;
 
     /** Returns new credentials read from the properties; nil reads as empty. Throws as parse does. */
-    [[nodiscard]] static KxHandle<KxSipDigestCredentialsInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
+    static KxHandle<KxSipDigestCredentialsInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
 
     /** Reads properties and adds them. Throws as KxSipDigestChallengeInfo::parse does. */
     void parse(KxInputStream& in);
@@ -57,7 +57,7 @@ public:
     /** Stores the three values (nil as empty, so that no received value is used instead), computes the response with
         them, and returns whether it equals the received one. Takes as long for a wrong response as for a right one.
         Throws as getRequestDigest does. */
-    [[nodiscard]] bool validate(const KxString& username, const KxString& password, const KxString& realm) override;
+    bool validate(const KxString& username, const KxString& password, const KxString& realm) override;
     template <class A, class B, class C>
     requires(KxSipHasStdText<A, B, C>) bool validate(const A& username, const B& password, const C& realm) {
         return validate(KxSipAnyText(username).line(), KxSipAnyText(password).line(), KxSipAnyText(realm).line());
@@ -65,9 +65,9 @@ public:
 
     // The digests, 16 raw bytes each. They and setEntityBody throw KxException "Unsupported Algorithm: Only MD5 is
     // supported !!!" unless the algorithm begins with "MD5". [RFC 2617 3.2.2.1 to 3.2.2.3]
-    [[nodiscard]] KxHandle<KxByteArray> generateA1() const;
-    [[nodiscard]] KxHandle<KxByteArray> generateA2() const;
-    [[nodiscard]] KxHandle<KxByteArray> getRequestDigest() const;
+    KxHandle<KxByteArray> generateA1() const;
+    KxHandle<KxByteArray> generateA2() const;
+    KxHandle<KxByteArray> getRequestDigest() const;
 
     const char* getType() const override;
     /** These are nil when absent. */

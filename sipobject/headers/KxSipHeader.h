@@ -58,7 +58,7 @@ public:
         consumed even if this throws.
         Throws KxSipParseError ("Header token expected", "SIP Header parse error : no colon found"),
         KxSipParseErrorEmptyHeader ("SIP Header parse error : nothing after the colon") and the errors of the class. */
-    [[nodiscard]] static KxHandle<KxSipHeader> sConstructFrom(KxInputStream& in);
+    static KxHandle<KxSipHeader> sConstructFrom(KxInputStream& in);
 
     /** Registers a name, ignoring letter case; the first registration of a name is kept. For static initialisers:
         `name` must live as long as the process. */

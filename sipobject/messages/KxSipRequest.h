@@ -124,11 +124,11 @@ public:
 
     /** Whether Max-Forwards is 0 and the configuration parameter "tandril.sip.ignoreMaxForwards", which is read each
         time, is not true. A request without Max-Forwards is reported on the interoperability logger. */
-    [[nodiscard]] bool tooManyHops() const;
+    bool tooManyHops() const;
     /** Whether the stack must refuse the request before the application sees it. Sets `code` to the status if that is
         not 0 (2 means that the message can't be used), to 483 for too many hops, to 414 for a Request-URI of 1024 or
         more characters, else to 0. */
-    [[nodiscard]] bool rejectedByStack(unsigned& code) const;
+    bool rejectedByStack(unsigned& code) const;
 
 protected:
     /** For the parser: without method, URI and headers. */

@@ -15,47 +15,41 @@ namespace {
 
 const std::string kRefused = "KxSipParseError: Text contains CR, LF or NUL";
 
-/** Expects that `call` does the same with the text in each type, refuses a line end in the new ones, and does not refuse
-    it in a const char*. `state` is what a refused call must not change. */
-template <class State, class Call>
-void expectSame(const std::string& text, State state, Call call) {
-    const auto outcome = [&](const auto& argument) { return outcomeOf([&] { return call(argument); }); };
-    const std::string same = outcome(text.c_str());
-    const std::string longer = text + "!";
-    EXPECT_EQ(outcome(text), same);
-    EXPECT_EQ(outcome(std::string_view(longer).substr(0, text.size())), same); // without a NUL at its end
-    EXPECT_EQ(outcome(KxString(text)), same);
-    const std::string before = state();
-    for (const std::string& end : {"\r"s, "\n"s, "\0"s, "\r\nX: y"s}) {
-        EXPECT_EQ(outcome(text + end), kRefused) << text;
-        EXPECT_EQ(state(), before);
-    }
-    EXPECT_NE(outcome((text + "\n").c_str()), kRefused) << text;
+/** Expects that each call does the same with the text in each type, refuses line ends in the new ones, and does not
+    refuse them in a const char*. */
+template <class... Calls>
+void expectSame(const std::string& text, Calls... calls) {
+    const auto expect = [&](auto call) {
+        const auto outcome = [&](const auto& argument) { return outcomeOf([&] { return call(argument); }); };
+        const std::string same = outcome(text.c_str());
+        EXPECT_EQ(outcome(text), same);
+        EXPECT_EQ(outcome(std::string_view(text + "!").substr(0, text.size())), same); // without a NUL at its end
+        EXPECT_EQ(outcome(KxString(text)), same);
+        for (const std::string& end : {"\r"s, "\n"s, "\0"s, "\r\nX: y"s}) {
+            EXPECT_EQ(outcome(text + end), kRefused) << same;
+        }
+        EXPECT_NE(outcome((text + "\n").c_str()), kRefused) << same;
+    };
+    (expect(calls), ...);
 }
 
-/** Header classes that are built from one text. */
+/** Calls that build a header from one text. */
 template <class... H>
 void expectBuilt(const char* text) {
-    const auto none = [] { return ""; };
-    (expectSame(text, none, [](const auto& given) { return linesOf(*KxMake<H>(given)); }), ...);
+    expectSame(text, [](const auto& given) { return linesOf(*KxMake<H>(given)); }...);
 }
 
-template <class H, class... Calls>
-void expectSet(const KxHandle<H>& header, Calls... calls) {
-    const auto line = [&header] { return lineOf(*header); };
-    (expectSame("ab", line, [&](const auto& text) { return calls(*header, text), line(); }), ...);
-}
-
-template <class... Calls>
-void expectBoth(Calls... calls) {
-    (expectSame(
-         "ab", [] { return ""; }, calls),
-     ...);
-}
-
-std::string bodyOf(const KxSipMessage& message) {
-    return std::to_string(message.getBodyLength()) + " " + std::string(message.getBodyType().view()) + " " +
-           escaped({message.hasBody() ? message.getBody() : "", message.getStoredBodyLength()});
+/** A call of a setter of a copy of the header. */
+template <class H, class Set>
+auto setting(const H& header, Set set) {
+    return [header, set](const auto& text) {
+        H changed(header);
+        if (outcomeOf([&] { set(changed, text); }).empty()) {
+            return linesOf(changed);
+        }
+        EXPECT_EQ(linesOf(changed), linesOf(header));
+        return kRefused;
+    };
 }
 
 } // namespace
@@ -70,45 +64,39 @@ TEST(TextParameterTest, HeadersTakeAnyText) {
     expectBuilt<KxSipAlertInfoHeader, KxSipAuthenticationInfoHeader, KxSipCallInfoHeader, KxSipCCDiversionHeader,
                 KxSipContactHeader, KxSipErrorInfoHeader, KxSipFromHeader, KxSipRecordRouteHeader,
                 KxSipReferredByHeader, KxSipReferToHeader, KxSipRouteHeader, KxSipToHeader>("<sip:ab;x=1>");
-    expectSet(
-        KxMake<KxSipContactHeader>("<sip:h>"), [](auto& h, const auto& t) { h.setQValue(t); },
-        [](auto& h, const auto& t) { h.setExpires(t); }, [](auto& h, const auto& t) { h.setComment(t); },
-        [](auto& h, const auto& t) { h.setParameter("x", t); });
-    expectSet(KxMake<KxSipFromHeader>("<sip:h>"), [](auto& h, const auto& t) { h.setTag(t); });
-    expectSet(
-        KxMake<KxSipReplacesHeader>("a", "b", "c"), [](auto& h, const auto& t) { h.setCallID(t); },
-        [](auto& h, const auto& t) { h.setToTag(t); });
-    expectSet(KxMake<KxSipRetryAfterHeader>(1U), [](auto& h, const auto& t) { h.setComment(t); });
-    expectSet(
-        KxMake<KxSipViaHeader>("h", 5060U, "UDP"), [](auto& h, const auto& t) { h.setTransport(t); },
-        [](auto& h, const auto& t) { h.setBranch(t); }, [](auto& h, const auto& t) { h.setParameter("x", t); });
+    const KxSipContactHeader contact("<sip:h>");
+    const KxSipViaHeader via("h", 1, "UDP");
+    expectSame(
+        "ab", setting(contact, [](auto& h, const auto& t) { h.setQValue(t); }),
+        setting(contact, [](auto& h, const auto& t) { h.setComment(t); }),
+        setting(contact, [](auto& h, const auto& t) { h.setParameter("x", t); }),
+        setting(KxSipFromHeader("<sip:h>"), [](auto& h, const auto& t) { h.setTag(t); }),
+        setting(KxSipReplacesHeader("a", "b", "c"), [](auto& h, const auto& t) { h.setCallID(t); }),
+        setting(KxSipReplacesHeader("a", "b", "c"), [](auto& h, const auto& t) { h.setToTag(t); }),
+        setting(via, [](auto& h, const auto& t) { h.setTransport(t); }),
+        setting(via, [](auto& h, const auto& t) { h.setParameter("x", t); }),
+        // other texts of the same call may be of other types
+        [](const auto& t) { return linesOf(KxSipAcceptHeader(t, t)) + linesOf(KxSipAcceptHeader("a", t)); },
+        [](const auto& t) { return linesOf(KxSipCSeqHeader(1, t)) + linesOf(KxSipRAckHeader(1, 2, t)); },
+        [](const auto& t) { return linesOf(KxSipReplacesHeader("a", t, KxString("b"))); },
+        [](const auto& t) { return linesOf(KxSipRetryAfterHeader(1, t)); },
+        [](const auto& t) { return linesOf(KxSipTimestampHeader("1", t)); },
+        [](const auto& t) { return linesOf(KxSipUnknownHeader("X", t)) + linesOf(KxSipUnknownHeader(t, "x")); },
+        [](const auto& t) { return linesOf(KxSipViaHeader(t, 1, "UDP")); },
+        [](const auto& t) { return linesOf(KxSipWarningHeader(300, "h", t)); });
 }
 
-TEST(TextParameterTest, TextsOfOneCallMayDiffer) {
-    const KxSipCallid id("h");
-    expectBoth([](const auto& t) { return linesOf(KxSipAcceptHeader(t, t)) + linesOf(KxSipAcceptHeader("a", t)); },
-               [](const auto& t) { return linesOf(KxSipCSeqHeader(1, t)) + linesOf(KxSipRAckHeader(1, 2, t)); },
-               [](const auto& t) { return linesOf(KxSipReplacesHeader("a", t, KxString("b"))); },
-               [](const auto& t) { return linesOf(KxSipRetryAfterHeader(1, t)); },
-               [](const auto& t) { return linesOf(KxSipTimestampHeader("1", t)); },
-               [](const auto& t) { return linesOf(KxSipUnknownHeader("X", t)) + linesOf(KxSipUnknownHeader(t, "x")); },
-               [](const auto& t) { return linesOf(KxSipViaHeader(t, 1, "UDP")); },
-               [](const auto& t) { return linesOf(KxSipWarningHeader(300, "h", t)); });
-    EXPECT_EQ(linesOf(KxSipReplacesHeader(id, KxSipTag("a"), "b"s)).substr(0, 20),
-              "Replaces: "s + KxString(id.getValue(), 10).c_str());
-    EXPECT_EQ(linesOf(KxSipCallIdHeader(id)), "Call-ID: "s + id.getValue());
-    KxSipFromHeader from("<sip:h>;tag=1"s);
+TEST(TextParameterTest, GeneratedValuesAreTexts) {
+    const KxSipCallid id("ab"s);
+    EXPECT_TRUE(linesOf(KxSipCallIdHeader(id)).ends_with("@ab"));
+    EXPECT_EQ(KxSipReplacesHeader(id, KxSipTag("a"), "b"s).getCallID(), id.getValue());
     KxSipToHeader to("<sip:h>");
-    to.setTag(from.getTag());
-    EXPECT_EQ(linesOf(to), "To: <sip:h>;tag=1");
-    to.setTag(KxSipTag("a"));
-    EXPECT_EQ(to.getTag().substr(0, 2), "a-");
+    to.setTag(KxSipTag("cd"s));
+    EXPECT_EQ(to.getTag().substr(0, 3), "cd-");
+    to.setTag(KxSipFromHeader("<sip:h>;tag=1"s).getTag());
     to.setTag(0); // a null text changes nothing
     to.setTag(""s);
-    EXPECT_EQ(to.getTag().substr(0, 2), "a-");
-    EXPECT_EQ(linesOf(KxSipAllowHeader(KxSipAllowHeader("ACK").getMethod())), "Allow: ACK");
-    EXPECT_EQ(std::string_view(KxSipTag("ab"s)).substr(0, 3), "ab-");
-    EXPECT_TRUE(std::string_view(KxSipCallid("ab"s)).ends_with("@ab"));
+    EXPECT_EQ(linesOf(to), "To: <sip:h>;tag=1");
 }
 
 TEST(TextParameterTest, ARefusedEmptyTextIsMissing) {
@@ -118,45 +106,46 @@ TEST(TextParameterTest, ARefusedEmptyTextIsMissing) {
     EXPECT_EQ(missing([](auto t) { KxSipCallIdHeader h(t); }), error + "Call-ID");
     EXPECT_EQ(missing([](auto t) { KxSipReplacesHeader h("a", t, "b"); }), error + "from-tag");
     EXPECT_EQ(missing([](auto t) { KxSipUnknownRequest r(t); }), error + "method");
-    EXPECT_EQ(missing([](auto t) { KxSipViaHeader h(t, 1, "UDP"); }), "KxSipParseError: Invalid Via header");
     EXPECT_EQ(missing([](auto t) { KxSipRequireHeader h(t); }), ""); // its grammar has it
-    KxSipUnknownRequest viaString(KxString("FOO"));
-    EXPECT_STREQ(viaString.getMethod(), "FOO");
+    EXPECT_STREQ(KxSipUnknownRequest(KxString("FOO")).getMethod(), "FOO");
 }
 
 TEST(TextParameterTest, MessagesTakeAnyText) {
-    const auto build = [](const auto& m, const auto& f, const auto& c, const auto& t, const void* body) {
-        const auto request = KxMake<KxSipUnknownRequest>(m, f, "<sip:b>", "", c, 1U, t, body, 2U);
-        request->insertViaHeader(c, 5060, "UDP");
-        const auto response = KxMake<KxSipResponse>(200, request, body, t, 2U);
-        response->setReasonPhrase(f);
-        const auto invite = KxMake<KxSipInviteMessage>(request->getURI(), request->getFromHeader(),
-                                                       request->getToHeader(), nullptr, c, 1U, t, body, 2U);
-        const auto ringing = KxMake<KxSipResponse>(180, invite, nullptr, nullptr, 0U);
-        return dumpOf(*request) + dumpOf(*response) + dumpOf(*invite) + dumpOf(KxSipAckMessage(ringing, body, t, 2)) +
-               dumpOf(KxSipPrackMessage(ringing, body, t, 2));
-    };
-    const std::string same = build("FOO", "<sip:a>", "c", "a/b", "xy");
-    EXPECT_EQ(build("FOO"s, "<sip:a>"s, "c"s, "a/b"s, "xy"), same);
-    EXPECT_EQ(build("FOO", "<sip:a>"s, KxString("c"), std::string_view("a/b"), "xy"), same);
-    const auto refused = [&](const auto&... texts) { return outcomeOf([&] { return build(texts...); }); };
-    EXPECT_EQ(refused("FOO\r\nX: y"s, "<sip:a>", "c", "a/b", "xy"), kRefused);
-    EXPECT_EQ(refused("FOO", "<sip:a>\r\nX: y"s, "c", "a/b", "xy"), kRefused);
-    EXPECT_EQ(refused("FOO", "<sip:a>", "c\r\nX: y"s, "a/b", "xy"), kRefused);
-    EXPECT_EQ(refused("FOO", "<sip:a>", "c", "a/b\r\nX: y"s, "xy"), kRefused);
-    EXPECT_EQ(refused("FOO", "<sip:a>", "c", ""s, "xy"), "KxSipParseError: Text is missing: Content-Type");
-    KxSipInviteMessage mixed("<sip:a>"s, "<sip:b>", nullptr, KxSipCallid("h"), 1, nullptr, nullptr, 0);
-    EXPECT_TRUE(mixed.getContactHeader().isNil());
+    const auto invite =
+        KxMake<KxSipInviteMessage>("<sip:a>"s, "<sip:b>", nullptr, KxSipCallid("h"), 1U, "", nullptr, 0U);
+    const auto [uri, from, to] = std::tuple(invite->getURI(), invite->getFromHeader(), invite->getToHeader());
+    const auto address = KxMake<KxSipNameAddress>(""s, uri);
+    invite->insertViaHeader("h"s, 1, "UDP");
+    const auto ringing = KxMake<KxSipResponse>(180, invite, nullptr, nullptr, 0U);
+    using Other = KxSipUnknownRequest;
+    using Known = KxSipInviteMessage;
+    const auto changed = [](auto message, auto change) { return change(message), dumpOf(message); };
+    expectSame(
+        "ab", [](const auto& t) { return dumpOf(Other(t, "<sip:a>", "<sip:b>", "", "c", 1, "d/e", "xy", 2)); },
+        [](const auto& t) { return dumpOf(Other("FOO", "<sip:a>", "<sip:b>", "", t, 1, "d/e", "xy", 2)); },
+        [](const auto& t) { return dumpOf(Other("FOO", "<sip:a>", "<sip:b>", "", "c", 1, t, "xy", 2)); },
+        [&](const auto& t) { return dumpOf(Other("FOO", address, from, to, nullptr, t, 1, "", nullptr, 0)); },
+        [&](const auto& t) { return dumpOf(Known(address, from, to, nullptr, t, 1, "", nullptr, 0)); },
+        [&](const auto& t) { return dumpOf(Known(uri, from, to, nullptr, t, 1, "", nullptr, 0)); },
+        [&](const auto& t) { return dumpOf(KxSipResponse(200, invite, "xy", t, 2)); },
+        [&](const auto& t) { return dumpOf(KxSipAckMessage(ringing, "xy", t, 2)); },
+        [&](const auto& t) { return dumpOf(KxSipPrackMessage(ringing, "xy", t, 2)); },
+        [&](const auto& t) { return changed(*ringing, [&](auto& m) { m.setReasonPhrase(t); }); },
+        [&](const auto& t) { return changed(*invite, [&](auto& m) { m.insertViaHeader(t, 1, "UDP"); }); },
+        [&](const auto& t) { return changed(*invite, [&](auto& m) { m.setBody("xy", t); }); });
+    expectSame(
+        "<sip:a>", [](const auto& t) { return dumpOf(Known(t, "<sip:b>", "", "c", 1, "", nullptr, 0)); },
+        [](const auto& t) { return dumpOf(Known("<sip:b>", "<sip:b>", t, "c", 1, "", nullptr, 0)); });
 
-    KxSipUnknownRequest request("FOO");
-    request.setBody("a\0b\r\n"s, "a/b"s);
-    EXPECT_EQ(bodyOf(request), "5 a/b " + escaped("a\0b\r\n"s));
-    const std::string before = dumpOf(request);
-    EXPECT_EQ(outcomeOf([&] { request.setBody("xy"s, ""s); }), "KxSipParseError: Text is missing: Content-Type");
-    EXPECT_EQ(outcomeOf([&] { request.setBody("xy"s, "a/b\n"s); }), kRefused);
-    EXPECT_EQ(dumpOf(request), before);
-    request.setBody("xyz", "c/d");
-    EXPECT_EQ(bodyOf(request), "3 c/d xyz");
+    KxSipInviteMessage given(*invite);
+    given.setBody("a\0b", "a/b", 3);
+    KxSipInviteMessage taken(*invite);
+    taken.setBody("a\0b"s, "a/b"s);
+    const std::string untyped = "KxSipParseError: Text is missing: Content-Type";
+    EXPECT_EQ(outcomeOf([&] { taken.setBody("xy"s, ""s); }), untyped);
+    EXPECT_EQ(outcomeOf([&] { KxSipResponse(200, invite, "xy", ""s, 2); }), untyped);
+    EXPECT_EQ(outcomeOf([&] { taken.setBody("xy"s, "a/b\n"s); }), kRefused);
+    EXPECT_EQ(dumpOf(taken), dumpOf(given));
 }
 
 TEST(TextParameterTest, AuthenticationTakesAnyText) {
@@ -180,16 +169,9 @@ TEST(TextParameterTest, AuthenticationTakesAnyText) {
 }
 
 TEST(TextParameterTest, URIsTakeAnyText) {
-    expectSame(
-        "sip:a@h;x=1", [] { return ""; }, [](const auto& t) { return KxSipURL(t).getString().c_str() + ""s; });
-    expectSame(
-        "tel:+1;x=1", [] { return ""; }, [](const auto& t) { return KxTelURL(t).getString().c_str() + ""s; });
-    expectSame(
-        "Bob <sip:h>", [] { return ""; },
-        [](const auto& t) {
-            const KxSipNameAddress address(t);
-            return joined(address.getDisplayName(), address.getURLString());
-        });
+    expectSame("sip:a@h;x=1", [](const auto& t) { return joined(KxSipURL(t).getString()); });
+    expectSame("tel:+1;x=1", [](const auto& t) { return joined(KxTelURL(t).getString()); });
+    expectSame("Bob <sip:h>", [](const auto& t) { return joined(KxSipNameAddress(t).getURLString()); });
     const auto url = KxMake<KxSipURL>("sip:h");
     EXPECT_EQ(KxSipNameAddress("Bob"s, url).getDisplayName(), "Bob");
     KxURI& uri = *url;
@@ -207,7 +189,8 @@ std::vector<std::string> readBack(const KxSipURL& url) {
                       read.getParameters());
     };
     const std::string text(url.getString().view());
-    const auto message = readMessage("FOO " + text + " SIP/2.0\r\nContact: <" + text + ">, <sip:\"@\"x@y>\r\n\r\n");
+    const auto message = readMessage("FOO " + text + " SIP/2.0\r\n" + requiredHeaders("FOO") + "Contact: <" + text +
+                                     ">, <sip:\"@\"x@y>\r\n\r\n");
     const auto* const request = dynamic_cast<const KxSipRequest*>(message.get());
     const KxHandle<KxSipContactHeader> contact = message->getContactHeader();
     return {fields(url), fields(KxSipURL(text)), fields(*request->getURL()),
@@ -219,28 +202,25 @@ std::vector<std::string> readBack(const KxSipURL& url) {
 TEST(TextParameterTest, PartsOfURLsAreReadBack) {
     struct Part {
         void (KxSipURL::*set)(KxSipText);
+        const KxString& (KxSipURL::*get)() const;
         const char* refused; ///< Of the characters after the blank.
     };
-    const Part parts[] = {{&KxSipURL::setUser, "\"&:<>@\x7f"},
-                          {&KxSipURL::setUserPassword, "\"&,:;<>?@\x7f"},
-                          {&KxSipURL::setHost, "\"&,:;<>?@\x7f"}};
-    for (const Part& part : parts) {
+    const Part parts[] = {{&KxSipURL::setUser, &KxSipURL::getUser, "\"&:<>@\x7f"},
+                          {&KxSipURL::setUserPassword, &KxSipURL::getUserPassword, "\"&,:;<>?@\x7f"},
+                          {&KxSipURL::setHost, &KxSipURL::getHost, "\"&,:;<>?@\x7f"}};
+    for (const auto& [set, get, expected] : parts) {
         std::string refused;
-        for (int c = 0; c < 256; ++c) {
-            for (const std::string& text :
-                 {"a"s + static_cast<char>(c) + "b", ""s + static_cast<char>(c), "a"s + static_cast<char>(c)}) {
-                KxSipURL url("sip:u:p@h:5;x=\"1\"");
-                const std::vector<std::string> before = readBack(url);
-                if (outcomeOf([&] { (url.*part.set)(text); }).empty()) {
-                    EXPECT_THAT(readBack(url), testing::Each(readBack(url)[0])) << escaped(text);
-                    EXPECT_NE(readBack(url)[0], before[0]);
-                } else {
-                    EXPECT_EQ(readBack(url), before);
-                    refused += c > ' ' && text.size() == 3 ? std::string(1, static_cast<char>(c)) : "";
-                }
+        for (int byte = 0; byte < 256; ++byte) {
+            const std::string c(1, static_cast<char>(byte));
+            for (const std::string& text : {"a" + c + "b", c, "a" + c}) {
+                KxSipURL url("sip:user:pass@host:5;x=\"1\"");
+                const bool isTaken = outcomeOf([&, set = set] { (url.*set)(text); }).empty();
+                EXPECT_EQ((url.*get)() == text, isTaken);
+                EXPECT_THAT(readBack(url), testing::Each(readBack(url)[0])) << escaped(text);
+                refused += !isTaken && byte > ' ' && text == c ? c : "";
             }
         }
-        EXPECT_EQ(refused, part.refused);
+        EXPECT_EQ(refused, expected);
     }
     KxSipURL url;
     url.setUser("\"a@b:c\"d"); // in quotes, but not across them
