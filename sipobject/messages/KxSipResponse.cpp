@@ -89,15 +89,6 @@ constexpr const char* kUnknown[] = {
     "Unknown 600 Class Response",
 };
 
-const char* phraseOf(int code) {
-    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), code,
-                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
-    if (found != std::end(kPhrases) && found->code == code) {
-        return found->text;
-    }
-    return kUnknown[code >= 100 && code < 700 ? code / 100 : 0];
-}
-
 } // namespace
 
 constinit const KxConstString KxSipResponse::sMethodName{"SIP"};
@@ -121,7 +112,7 @@ KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& reque
     if (request.isNil()) {
         KxSipParseError::sThrow("Handle to request is NIL");
     }
-    m_reasonPhrase = KxString(phraseOf(statusCode));
+    m_reasonPhrase = KxString(sPhraseOf(statusCode));
     addCopiesOf(*request, KxHeaderIDs::kVia);
     addCopyOf(*request, KxHeaderIDs::kFrom);
     addCopyOf(*request, KxHeaderIDs::kTo);
@@ -146,6 +137,15 @@ KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& reque
 
 KxSipResponse* KxSipResponse::clone() const {
     return new KxSipResponse(*this);
+}
+
+const char* KxSipResponse::sPhraseOf(int statusCode) {
+    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), statusCode,
+                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
+    if (found != std::end(kPhrases) && found->code == statusCode) {
+        return found->text;
+    }
+    return kUnknown[statusCode >= 100 && statusCode < 700 ? statusCode / 100 : 0];
 }
 
 bool KxSipResponse::isRequest() const {
