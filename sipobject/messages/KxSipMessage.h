@@ -74,6 +74,16 @@ protected:
 
 public:
     bool isResponse() const { return !isRequest(); }
+    /** The message as an object of the class M, such as KxSipRequest or KxSipInviteMessage; null if it is of another
+        class. */
+    template <class M>
+    [[nodiscard]] M* as() {
+        return dynamic_cast<M*>(this);
+    }
+    template <class M>
+    [[nodiscard]] const M* as() const {
+        return dynamic_cast<const M*>(this);
+    }
 
     /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
         type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
