@@ -15,7 +15,7 @@ KxHandle<KxSipMessage> send(const KxSipMessage& message) {
     message.serialize(out);
     std::cout << out.view() << "\n";
     const KxSipReading reading = KxSipReading::sRead(out.view());
-    isRight = isRight && reading.statusCode == 0 && !reading.message.isNil() && reading.dropped.empty();
+    isRight = isRight && reading.isUsable() && reading.dropped.empty();
     return reading.message;
 }
 

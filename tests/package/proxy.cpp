@@ -26,15 +26,14 @@ std::string bytesOf(const KxSipMessage& message) {
 
 /** The response to send back, or nil if the request can be sent on. */
 KxHandle<KxSipResponse> forward(const KxSipReading& reading, KxSipRequest& request) {
-    auto* const hops = request.first<KxSipMaxForwardsHeader>();
-    if (reading.statusCode != 0) { // 483 too
+    if (!reading.isUsable()) { // Max-Forwards of 0, too
         return reading.response();
     }
     const KxString branch = KxSipBranch::sStateless(request);
-    if (hops == nullptr) {
-        request.addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
-    } else {
+    if (auto* const hops = request.first<KxSipMaxForwardsHeader>()) {
         hops->setMaxForwards(hops->getMaxForwards() - 1);
+    } else {
+        request.addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
     }
     KxSipViaHeader& from = *request.first<KxSipViaHeader>();
     from.setReceived("192.0.2.99");
