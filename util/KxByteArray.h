@@ -10,16 +10,16 @@
 class KX_UTIL_API KxByteArray final : public KxObject {
 public:
     /** A new array of `length` bytes, copied from `bytes` or, where that is null, zero. */
-    static KxHandle<KxByteArray> sCreate(std::size_t length, const void* bytes = nullptr);
+    [[nodiscard]] static KxHandle<KxByteArray> sCreate(std::size_t length, const void* bytes = nullptr);
     /** A new array of a text's characters without its NUL. */
-    static KxHandle<KxByteArray> sCreate(const char* text);
+    [[nodiscard]] static KxHandle<KxByteArray> sCreate(const char* text);
     /** An empty array with room for `capacity` bytes, to be filled through data() and setLength(). */
     static KxHandle<KxByteArray> sReserve(std::size_t capacity);
 
     KxByteArray(const KxByteArray&) = delete;
     KxByteArray& operator=(const KxByteArray&) = delete;
 
-    KxByteArray* clone() const override;
+    [[nodiscard]] KxByteArray* clone() const override;
     /** Compares byte by byte; a prefix sorts first. */
     int compareWith(const KxObject& other) const override;
     std::uint32_t hashCode() const override;

@@ -19,7 +19,8 @@ class KxInputStream;
 class KX_UTIL_API KxStringBuffer final : public KxObject {
 public:
     /** A new buffer with `length` bytes of `text` (zeros if it is null) and with room for `capacity` characters. */
-    static KxHandle<KxStringBuffer> sCreate(const char* text, std::size_t length, std::size_t capacity = 0);
+    [[nodiscard]] static KxHandle<KxStringBuffer> sCreate(const char* text, std::size_t length,
+                                                          std::size_t capacity = 0);
 
     KxStringBuffer(const KxStringBuffer&) = delete;
     KxStringBuffer& operator=(const KxStringBuffer&) = delete;

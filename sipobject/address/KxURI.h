@@ -2,9 +2,12 @@
 
 #include "core/MemAccount.h"
 #include "sipobject/KxSipFault.h"
+#include "sipobject/KxSipText.h"
 #include "sipobject/SipApi.h"
 #include "util/KxHandle.h"
 #include "util/KxString.h"
+
+#include <concepts>
 
 class KxInputStream;
 class KxOutputStream;
@@ -20,15 +23,16 @@ public:
 
     /** A URI with this scheme and no further text; null means no scheme. */
     explicit KxURI(const char* scheme);
+    explicit KxURI(KxSipText scheme) : KxURI(scheme.line(), false) {}
     /** Not assignable, since the class of a URI depends on its scheme. */
     KxURI& operator=(const KxURI&) = delete;
     ~KxURI() override;
-    KxURI* clone() const override;
+    [[nodiscard]] KxURI* clone() const override;
 
-    virtual bool hasParameters() const;
-    virtual bool hasHeaders() const;
+    [[nodiscard]] virtual bool hasParameters() const;
+    [[nodiscard]] virtual bool hasHeaders() const;
     /** The URI as text. */
-    virtual KxString getString() const;
+    [[nodiscard]] virtual KxString getString() const;
     /** Reads one URI; a "<" before it and a ">" after it are consumed, a line end stays unread.
         Throws KxException "INVALID URI" if no colon follows the scheme. */
     virtual void parse(KxInputStream& in);
@@ -37,6 +41,7 @@ public:
     KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
+    void parse(KxSipText text);
 
     /** Writes the URI. */
     void serialize(KxOutputStream& out) const { display(out, false); }
@@ -48,10 +53,20 @@ public:
     const KxString& getScheme() const { return m_Scheme; }
     const KxString& getSchemeData() const { return m_SchemeData; }
     /** True exactly for a KxSipURL. */
-    bool isSipURL() const { return m_isSipURL; }
+    [[nodiscard]] bool isSipURL() const { return m_isSipURL; }
+
+    /** The object as a U, for example uri->as<KxSipURL>(); null if it is not a U. Valid as long as the object. */
+    template <std::derived_from<KxURI> U>
+    [[nodiscard]] U* as() {
+        return dynamic_cast<U*>(this);
+    }
+    template <std::derived_from<KxURI> U>
+    [[nodiscard]] const U* as() const {
+        return dynamic_cast<const U*>(this);
+    }
 
     /** Compares scheme and text byte by byte. */
-    bool operator==(const KxURI& other) const;
+    [[nodiscard]] bool operator==(const KxURI& other) const;
 
     /** Registers the class of a scheme, ignoring letter case; the first registration of a scheme is kept. Call this at
         start-up, before a second thread reads; `scheme` must live as long as the process. The creator returns a new
@@ -63,7 +78,7 @@ public:
         any other URI has the class registered for its scheme, or KxURI. If `standalone` is true, the parameters after a
         SIP URL without angle brackets belong to the URL; else they belong to the header that contains it. Throws the
         errors of the class's parse. */
-    static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
+    [[nodiscard]] static KxHandle<KxURI> sConstructFrom(KxInputStream& in, bool standalone);
     /** As sConstructFrom, but returns the fault instead of throwing it (an application's own class may still throw);
         `uri` is then unchanged. Part of larger operations: uses the log levels of the operation that it is part of. */
     static KxSipFault sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);

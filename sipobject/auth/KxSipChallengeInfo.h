@@ -14,7 +14,7 @@ class KxOutputStream;
 class KX_SIP_API KxSipChallengeInfo : public KxObject {
 public:
     ~KxSipChallengeInfo() override;
-    KxSipChallengeInfo* clone() const override = 0;
+    [[nodiscard]] KxSipChallengeInfo* clone() const override = 0;
 
     /** Writes the properties, without the scheme. */
     virtual void serialize(KxOutputStream& out) const = 0;
@@ -28,7 +28,8 @@ public:
 
     /** Returns a challenge of the scheme, whose letter case is ignored, read from the properties; nil reads as empty.
         Throws KxException "Challenge type not supported !" and the errors of the scheme's class. */
-    static KxHandle<KxSipChallengeInfo> constructFrom(const char* scheme, const KxHandle<KxByteArray>& properties);
+    [[nodiscard]] static KxHandle<KxSipChallengeInfo> constructFrom(const char* scheme,
+                                                                    const KxHandle<KxByteArray>& properties);
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 

@@ -14,10 +14,10 @@ class KxOutputStream;
 class KX_SIP_API KxSipCredentialsInfo : public KxObject {
 public:
     ~KxSipCredentialsInfo() override;
-    KxSipCredentialsInfo* clone() const override = 0;
+    [[nodiscard]] KxSipCredentialsInfo* clone() const override = 0;
 
     /** Whether these credentials were created with this password for this user and realm. */
-    virtual bool validate(const KxString& username, const KxString& password, const KxString& realm) = 0;
+    [[nodiscard]] virtual bool validate(const KxString& username, const KxString& password, const KxString& realm) = 0;
     /** Writes the properties, without the scheme. */
     virtual void serialize(KxOutputStream& out) const = 0;
     /** These are nil when absent. */
@@ -37,7 +37,8 @@ public:
 
     /** Returns credentials of the scheme, whose letter case is ignored, read from the properties; nil reads as empty.
         Throws KxException "Credentials type not supported !" and the errors of the scheme's class. */
-    static KxHandle<KxSipCredentialsInfo> constructFrom(const char* scheme, const KxHandle<KxByteArray>& properties);
+    [[nodiscard]] static KxHandle<KxSipCredentialsInfo> constructFrom(const char* scheme,
+                                                                      const KxHandle<KxByteArray>& properties);
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);
 

@@ -58,14 +58,14 @@ public:
         consumed even if this throws.
         Throws KxSipParseError ("Header token expected", "SIP Header parse error : no colon found"),
         KxSipParseErrorEmptyHeader ("SIP Header parse error : nothing after the colon") and the errors of the class. */
-    static KxHandle<KxSipHeader> sConstructFrom(KxInputStream& in);
+    [[nodiscard]] static KxHandle<KxSipHeader> sConstructFrom(KxInputStream& in);
 
     /** Registers a name, ignoring letter case; the first registration of a name is kept. For static initialisers:
         `name` must live as long as the process. */
     static void sAddConstructor(const char* name, Creator creator);
 
     /** All registered names, including compact ones, in no particular order. They live as long as the process. */
-    static std::vector<std::string_view> sNames();
+    [[nodiscard]] static std::vector<std::string_view> sNames();
 
     /** Reads one header line into this object and its chain. Throws as sConstructFrom does. */
     void parse(KxInputStream& in);
@@ -104,6 +104,7 @@ protected:
 private:
     friend class KxSipHeaderSlots;
     friend class KxSipMessageReader;
+    friend class KxSipPartText;
     friend class KxSipRequest;
 
     /** As the public sConstructFrom, but returns the fault instead of throwing it; `line` is the context. `header` must

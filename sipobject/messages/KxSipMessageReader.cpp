@@ -60,6 +60,11 @@ void KxSipMessageReader::sAddConstructor(const KxString& token, KxSipMessage* (*
     }
 }
 
+KxHandle<KxSipMessage> KxSipMessageReader::sEmpty(std::string_view token) {
+    const StartToken* const known = findStartToken(token);
+    return KxHandle<KxSipMessage>::sOfNew(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+}
+
 KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
     if (in.peek() < 0) {
         KxSipParseError::sThrow("SIP Method Token Expected");
@@ -72,8 +77,7 @@ KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
                                              "treating as keep-alive ");
         KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
-    const StartToken* const known = findStartToken(token);
-    KxHandle<KxSipMessage> message(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+    KxHandle<KxSipMessage> message = sEmpty(token);
     message->parse(token.c_str(), in);
     return message;
 }

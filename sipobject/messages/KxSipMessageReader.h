@@ -4,6 +4,8 @@
 #include "util/KxHandle.h"
 #include "util/KxString.h"
 
+#include <string_view>
+
 class KxInputStream;
 class KxSipMessage;
 
@@ -16,6 +18,8 @@ public:
     /** As the functions of KxSipMessage. */
     static void sAddConstructor(const KxString& token, KxSipMessage* (*creator)());
     static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
+    /** An empty message of the class of the start token. */
+    static KxHandle<KxSipMessage> sEmpty(std::string_view token);
     /** Reads the message after its first token and checks it. Throws the errors of start line, body and check. */
     void read(KxInputStream& in);
     /** Reads the header lines and the empty line after them. Drops lines that can't be read. */
