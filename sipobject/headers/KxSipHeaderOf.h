@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
@@ -19,11 +20,15 @@
         void serializeValue(KxOutputStream& out) const;
 
     and a default and a copy constructor. If several headers share a grammar, the class that reads and writes it is
-    their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier. */
+    their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier.
+
+    A class of a host's own gets its identifier at start-up:
+
+        inline static const HeaderID kHeaderID = KxSipHeader::sNewHeaderID(); */
 template <class H, class Base = KxSipHeader>
 class KxSipHeaderOf : public Base {
 public:
-    KxSipHeader* clone() const override { return new H(self()); }
+    [[nodiscard]] KxSipHeader* clone() const override { return new H(self()); }
     const KxString& getExpandedToken() const override { return H::sToken; }
     const KxString& getCompactToken() const override {
         if constexpr (kHasCompact) {
@@ -72,9 +77,9 @@ protected:
     }
 
     /** Reads the value from a text, for constructors from text; null reads as empty. H must be a complete type. */
-    void parseText(const char* text) {
+    void parseText(KxSipText text) {
         const Oskan::EntryTraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        KxSipLine line(std::string_view(text == nullptr ? "" : text));
+        KxSipLine line(text.view());
         self().parseValue(line).raiseIfAny();
     }
 

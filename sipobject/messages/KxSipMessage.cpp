@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/Logger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
@@ -19,9 +20,10 @@
 #include "sipobject/messages/KxSipMessageReader.h"
 #include "sipobject/messages/KxSipRequiredHeaders.h"
 #include "sipobject/messages/KxSipTransactionKey.h"
-#include "util/KxOutputStream.h"
+#include "util/KxByteArrayOutputStream.h"
 
 #include <cstring>
+#include <limits>
 #include <sstream>
 #include <string>
 
@@ -167,6 +169,10 @@ KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
     return m_headers.typed<KxSipSupportedHeader>();
 }
 
+HeaderID KxSipMessage::mTokenToID(std::string_view name) const {
+    return m_headers.findKind(name);
+}
+
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
@@ -177,10 +183,25 @@ std::vector<HeaderID> KxSipMessage::getHeaderOrder() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeaderOrder");
     const Lock lock(*this);
     std::vector<HeaderID> order;
-    for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
-        order.push_back(id);
-    }
+    m_headers.findInOrder([&order](HeaderID id, const KxSipHeader&) { return order.push_back(id), false; });
     return order;
+}
+
+KxSipHeaderSlots::Named KxSipMessage::findNamed(std::string_view name) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::valuesNamed");
+    const Lock lock(*this);
+    return m_headers.named(name);
+}
+
+KxSipHeader* KxSipMessage::nextNamed(const KxSipHeader& header) const {
+    const Lock lock(*this);
+    return m_headers.nextLike(header);
+}
+
+std::size_t KxSipMessage::removeAllNamed(std::string_view name) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeAllNamed");
+    const Lock lock(*this);
+    return m_headers.removeNamed(name);
 }
 
 template <class H>
@@ -301,6 +322,14 @@ void KxSipMessage::setBody(const char* body, const char* contentType) {
     setBody(body, contentType, body == nullptr ? 0 : static_cast<std::uint32_t>(std::strlen(body)));
 }
 
+void KxSipMessage::setBody(std::string_view body, KxSipText contentType) {
+    const KxString type = contentType.neededIf(!body.empty(), "Content-Type");
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBody(body.data(), type.c_str(), static_cast<std::uint32_t>(body.size()));
+}
+
 void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std::uint32_t length) {
     const KxHandle<KxSipContentLengthHeader> present = getContentLengthHeader();
     if (length != 0) {
@@ -310,6 +339,14 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
     } else { // from the Request-URI, which may have brought a body too
         present->setContentLength(static_cast<std::uint32_t>(m_body.length()));
     }
+}
+
+void KxSipMessage::setBodyOf(std::string_view body, const KxString& contentType) {
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBodyOrNone(body.data(), contentType.isNil() ? nullptr : contentType.c_str(),
+                  static_cast<std::uint32_t>(body.size()));
 }
 
 std::uint32_t KxSipMessage::getBodyLength() const {
@@ -333,6 +370,12 @@ void KxSipMessage::serialize(KxOutputStream& out) const {
         m_body.serializeBody(out, getBodyLength());
     }
     out.flush();
+}
+
+std::string KxSipMessage::getText() const {
+    KxByteArrayOutputStream out;
+    serialize(out);
+    return std::string(out.view());
 }
 
 void KxSipMessage::display(KxOutputStream& out, bool) const {

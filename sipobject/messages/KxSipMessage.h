@@ -1,12 +1,13 @@
 #pragma once
 
-#include "core/Assertion.h"
 #include "core/LogDeferral.h"
 #include "core/LogLevel.h"
+#include "sipobject/KxSipText.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipBody.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
 #include "sipobject/messages/KxSipMessageFormat.h"
+#include "sipobject/messages/KxSipNamedValues.h"
 #include "sipobject/messages/KxSipValues.h"
 #include "sipobject/messages/KxStatus.h"
 #include "util/KxInetAddress.h"
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <string>
 #include <vector>
 
 namespace Oskan {
@@ -97,18 +99,18 @@ public:
     /** Writes the start line, the headers, an empty line and the body, of which at most Content-Length bytes; then
         flushes the stream. */
     void serialize(KxOutputStream& out) const;
+    /** The bytes that serialize writes. */
+    [[nodiscard]] std::string getText() const;
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** The first header of a kind; nil when there is none. */
-    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const {
-        OSKAN_ASSERT(id < KxHeaderIDs::kCount);
-        return m_headers.first(id);
-    }
+    /** The first header of a kind; nil when there is none. Does not lock.
+        @param id below KxHeaderIDs::kCount, or from KxSipHeader::sNewHeaderID; any other number aborts the process. */
+    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const { return m_headers.first(id); }
     /** The kinds of header in this message, in the order in which serialize writes them. */
     std::vector<HeaderID> getHeaderOrder() const;
     /** The kind whose first header is written under the name, ignoring letter case; KxHeaderIDs::kUnknown if there is
         none. Does not lock. */
-    HeaderID mTokenToID(std::string_view name) const { return m_headers.findKind(name); }
+    HeaderID mTokenToID(std::string_view name) const;
     /** The first header written under the name, ignoring letter case; so a header received under its compact name is
         not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
         none. getNext continues from the returned header. */
@@ -154,6 +156,19 @@ public:
         replaceByID(header);
     }
 
+    /** All headers of a name, in any letter case, full or compact: for (KxSipHeader& header : m->valuesNamed("x-foo")).
+        If a class is registered for the name, these are all values of the class, under whatever names they were
+        received. Other names: the headers that are written under it, those with a class first. A const message gives
+        const headers. This function, its iterators and the next three functions take the lock. */
+    KxSipNamedValues<KxSipHeader> valuesNamed(std::string_view name) { return {*this, findNamed(name)}; }
+    KxSipNamedValues<const KxSipHeader> valuesNamed(std::string_view name) const { return {*this, findNamed(name)}; }
+    /** The first of them, which the message owns; null if there is none. */
+    [[nodiscard]] KxSipHeader* firstNamed(std::string_view name) { return findNamed(name).first; }
+    [[nodiscard]] const KxSipHeader* firstNamed(std::string_view name) const { return findNamed(name).first; }
+    [[nodiscard]] bool hasNamed(std::string_view name) const { return findNamed(name).first != nullptr; }
+    /** Removes all of them, and returns how many were removed. */
+    std::size_t removeAllNamed(std::string_view name);
+
     /** The first header of its kind; nil when there is none. */
     KxHandle<KxSipViaHeader> getViaHeader() const;
     KxHandle<KxSipFromHeader> getFromHeader() const;
@@ -171,6 +186,18 @@ public:
     /** Whether Supported (or Require) lists exactly this option tag. */
     bool isSupported(std::string_view optionTag) const;
     bool isRequired(std::string_view optionTag) const;
+
+    /** Whether one of the headers of class H lists the option tag, under whatever name they were received; ignores
+        letter case: message->lists<KxSipSupportedHeader>("100rel"). Does not lock. [RFC 3261 19.2] */
+    template <class H>
+    [[nodiscard]] bool lists(std::string_view optionTag) const {
+        for (const H& value : values<H>()) {
+            if (value.getOptionTag().equalsNoCase(optionTag)) {
+                return true;
+            }
+        }
+        return false;
+    }
 
     /** Adds the header as the first of its kind (existing values then replace its own chain), or after the last one,
         with its chain. The message takes ownership of a header that is part of no message, and of its chain if no value
@@ -190,6 +217,9 @@ public:
         body) with no content-type"; Content-Length is then already set. */
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
+    /** As above, for a body that may contain any byte. Throws KxSipParseError, and changes nothing, for a body without
+        content type or of 4 GB or more. */
+    void setBody(std::string_view body, KxSipText contentType);
     /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
     const char* getBody() const { return m_body.bytes(); }
     bool hasBody() const { return m_body.bytes() != nullptr; }
@@ -236,8 +266,10 @@ public:
     template <class M>
     struct Registration {
         Registration() {
-            sAddConstructor(M::sMethodName, []() -> KxSipMessage* { return new M; });
+            sAddConstructor(M::sMethodName, []() -> KxSipMessage* { return sMake(); });
         }
+        /** An empty message. */
+        static M* sMake() { return new M; }
     };
 
 protected:
@@ -268,6 +300,9 @@ protected:
     void addCopiesOf(const KxSipMessage& other, HeaderID id);
     /** As setBody. For a length of 0, adds a Content-Length of 0, or sets a present one to the stored body length. */
     void setBodyOrNone(const void* body, const char* contentType, std::uint32_t length);
+    /** Sets the body of a message to be built, or a Content-Length of 0. Throws KxSipParseError for a body without
+        type. */
+    void setBodyOf(std::string_view body, const KxString& contentType);
     /** Copies address, port and transport of the other's connection if the other came over TCP or TLS, so that the
         answer to it uses the same connection. */
     void copyConnection(const KxSipMessage& other);
@@ -278,7 +313,11 @@ protected:
 
 private:
     friend class KxSipMessageReader; // fills every field
+    template <class H>
+    friend class KxSipNamedValues;
 
+    KxSipHeaderSlots::Named findNamed(std::string_view name) const;
+    KxSipHeader* nextNamed(const KxSipHeader& header) const;
     std::size_t removeByID(HeaderID id, std::size_t atMost);
     void replaceByID(KxHandle<KxSipHeader> header);
     template <class H>

@@ -61,6 +61,11 @@ void KxSipMessageReader::sAddConstructor(const KxString& token, KxSipMessage* (*
     }
 }
 
+KxHandle<KxSipMessage> KxSipMessageReader::sEmpty(std::string_view token) {
+    const StartToken* const known = findStartToken(token);
+    return KxHandle<KxSipMessage>::sOfNew(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+}
+
 KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
     KxHandle<KxSipMessage> message;
     sConstructFrom(in, message);
@@ -79,8 +84,7 @@ void KxSipMessageReader::sConstructFrom(KxInputStream& in, KxHandle<KxSipMessage
                                              "treating as keep-alive ");
         KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
-    const StartToken* const known = findStartToken(token);
-    message = KxHandle<KxSipMessage>(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+    message = sEmpty(token);
     message->parse(token.c_str(), in);
 }
 

@@ -4,6 +4,8 @@
 #include "util/KxHandle.h"
 #include "util/KxString.h"
 
+#include <string_view>
+
 class KxInputStream;
 class KxSipMessage;
 
@@ -17,6 +19,8 @@ public:
     /** As the functions of KxSipMessage. */
     static void sAddConstructor(const KxString& token, KxSipMessage* (*creator)());
     static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
+    /** An empty message of the class of the start token. */
+    static KxHandle<KxSipMessage> sEmpty(std::string_view token);
     /** As above. The message is in the handle as soon as there is one, and stays there if it is then refused. */
     static void sConstructFrom(KxInputStream& in, KxHandle<KxSipMessage>& message);
     /** Gives a message whose start line was refused the headers of the stream, and no others. */

@@ -284,7 +284,7 @@ KxHandle<KxSipResponse> KxSipReading::response(int code, KxSipText toTag) const 
         return {};
     }
     if (const KxHandle<KxSipToHeader> to = made->getToHeader(); !to.isNil() && !to->isTagPresent()) {
-        to->setTag(tag.empty() ? KxSipTag(nullptr).getValue() : tag.c_str());
+        to->setTag(tag.empty() ? KxSipTag::sRandom().c_str() : tag.c_str());
     }
     made->setBodyOrNone(nullptr, nullptr, 0);
     made->copyConnection(*read);
