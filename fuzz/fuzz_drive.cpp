@@ -6,10 +6,12 @@
 #include "fuzz/MessageReading.h"
 #include "fuzz/MessageRound.h"
 #include "fuzz/PlainMessage.h"
+#include "sipobject/headers/KxSipNumberHeader.h"
 #include "sipobject/messages/KxSipAckMessage.h"
 #include "sipobject/messages/KxSipByeMessage.h"
 #include "sipobject/messages/KxSipCancelMessage.h"
 #include "sipobject/messages/KxSipPrackMessage.h"
+#include "sipobject/messages/KxSipResponseParts.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 
 #include <array>
@@ -19,7 +21,17 @@ namespace {
 
 using Message = KxHandle<KxSipMessage>;
 
-constexpr std::array<const char*, 24> kLines = {"Via: SIP/2.0/UDP h;branch=z9hG4bKn",
+/** A header class of the host's own, with an identifier from start-up. */
+class Level final : public KxSipNumberHeader<Level> {
+public:
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "Level";
+    inline static const HeaderID kHeaderID = KxSipHeader::sNewHeaderID();
+};
+constinit const KxConstString Level::sToken{"X-Level"};
+const Level::Registration s_level;
+
+constexpr std::array<const char*, 25> kLines = {"Via: SIP/2.0/UDP h;branch=z9hG4bKn",
                                                 "v: SIP/2.0/TCP h:1, SIP/2.0/TLS i",
                                                 "Route: <sip:r;lr>, <sip:s>",
                                                 "Record-Route: <sip:p;lr>,<sip:q>",
@@ -42,8 +54,9 @@ constexpr std::array<const char*, 24> kLines = {"Via: SIP/2.0/UDP h;branch=z9hG4
                                                 "Max-Forwards: 0",
                                                 "Supported: 100rel,,timer",
                                                 "Session-Expires: 90;refresher=uas",
-                                                "Replaces: a;to-tag=1;from-tag=2"};
-constexpr std::array<const char*, 6> kNames = {"Via", "X-A", "x-b", "Contact", "content-length", ""};
+                                                "Replaces: a;to-tag=1;from-tag=2",
+                                                "X-Level: 1, 2"};
+constexpr std::array<const char*, 7> kNames = {"Via", "X-A", "x-b", "Contact", "content-length", "", "x-level"};
 constexpr std::array<const char*, 5> kURIs = {"sip:new@h:5070;lr?a=b", "<tel:+1;a=b>", "urn:<x>", "sip:h;transport=tls",
                                               ""};
 
@@ -107,9 +120,33 @@ private:
         const KxHandle<KxSipHeader> found = m_message->getHeader(kNames[with % kNames.size()]);
         same("a header is found by the name it is written under", plain.line(kNames[with % kNames.size()]),
              found.isNil() ? "" : written(*KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(found->clone()))));
+        checkNamed(kNames[with % kNames.size()]);
         checkLog(with);
         same("who only reads changes nothing", m_text, written(*m_message));
         same("a second reading gives the same", all, MessageReading(*m_message).text());
+    }
+    /** By name, all values are found and removed. */
+    void checkNamed(std::string_view name) const {
+        std::string plain;
+        for (HeaderID id = 0; KxSipHeader::sIsHeaderID(id); ++id) {
+            for (const KxSipHeader* value = m_message->getHeaderByID(id).get(); value != nullptr;
+                 value = value->getNext().get()) {
+                const bool isUnknown = id == KxHeaderIDs::kUnknown;
+                const bool isNamed =
+                    KxAscii::equalsNoCase(isUnknown ? value->getToken() : value->getExpandedToken(), name);
+                plain += isNamed ? std::string(value->getValueText().view()) + '|' : "";
+            }
+        }
+        std::string found;
+        for (const KxSipHeader& value : m_message->valuesNamed(name)) {
+            found.append(value.getValueText().view()) += '|';
+        }
+        same("all headers of a name are found", plain, found);
+        const Message copy(static_cast<KxSipMessage*>(m_message->clone()));
+        copy->removeAllNamed(name);
+        if (copy->hasNamed(name)) {
+            fail("all headers of a name are removed", m_text, written(*copy));
+        }
     }
     void checkLog(unsigned with) const {
         std::string plain;
@@ -243,9 +280,13 @@ private:
         const auto length = static_cast<std::uint32_t>(body.size());
         const auto response = as<KxSipResponse>(m_message);
         const auto request = as<KxSipRequest>(m_message);
+        const auto invite = as<KxSipInviteMessage>(m_message);
+        how %= request.isNil() ? 5 : invite.isNil() ? 6 : 9;
+        const KxSipResponseParts parts{
+            .statusCode = static_cast<int>(100 + with * 2), .contact = "<sip:c@h>", .contentType = "a/b", .body = body};
         Message derived;
         const std::string why = outcomeOf([&] {
-            switch (how % 5) {
+            switch (how) {
             case 0:
                 derived = KxMake<KxSipAckMessage>(response, body.data(), "a/b", length);
                 break;
@@ -256,14 +297,27 @@ private:
                 derived = KxMake<KxSipCancelMessage>(request);
                 break;
             case 3:
-                if (const auto invite = as<KxSipInviteMessage>(m_message); !invite.isNil()) {
+                if (!invite.isNil()) {
                     derived = KxMake<KxSipByeMessage>(invite);
                 } else {
                     derived = KxMake<KxSipByeMessage>(response);
                 }
                 break;
+            case 4:
+                derived = KxMake<KxSipResponse>(parts.statusCode, request, body.data(), "a/b", length);
+                break;
+            case 5:
+                derived = KxSipResponse::sBuild(*request, parts);
+                break;
+            case 6:
+                derived = KxSipCancelMessage::sFor(*invite);
+                break;
+            case 7:
+                derived = KxSipAckMessage::sFor(*invite, *KxSipResponse::sBuild(*invite, parts));
+                break;
             default:
-                derived = KxMake<KxSipResponse>(static_cast<int>(100 + with * 2), request, body.data(), "a/b", length);
+                KxSipDialog dialog = KxSipDialog::sOfCallee(*invite, *KxSipResponse::sBuild(*invite, parts));
+                derived = KxSipRequest::sWithin(dialog, "INFO", {.contentType = "a/b", .body = body});
             }
             return std::string();
         });
@@ -274,7 +328,7 @@ private:
         if (!derived->isValid()) {
             fail("a derived message is valid", m_text, written(*derived));
         }
-        const bool isSameTransaction = how % 5 == 2 || how % 5 == 4;
+        const bool isSameTransaction = how == 2 || (how >= 4 && how <= 6);
         if (isSameTransaction && m_message->getStatus() != KX_STATUS_UNUSABLE) {
             same("a response, and a CANCEL, has the key of its request", keyOf(*m_message), keyOf(*derived));
         }

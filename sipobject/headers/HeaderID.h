@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Identifies a kind of header, and is the number of its slot in a message. */
+/** Identifies a kind of header. Below KxHeaderIDs::kCount it is also the number of its slot in a message; the others are
+    a host's own, which KxSipHeader::sNewHeaderID hands out. */
 using HeaderID = std::uint32_t;
 
-/** All identifiers. Numbers not listed are unused. */
+/** All identifiers of the library. Numbers not listed are unused. */
 namespace KxHeaderIDs {
 
 inline constexpr HeaderID kNone = 0;
@@ -68,6 +69,8 @@ inline constexpr HeaderID kWWWAuthenticate = 58;
 
 /** The number of slots of a message. */
 inline constexpr std::size_t kCount = 60;
+/** The largest identifier of a host's own kinds, which begin at kCount. */
+inline constexpr HeaderID kLast = 255;
 static_assert(kWWWAuthenticate < kCount && kUnknown < kCount);
 
 } // namespace KxHeaderIDs

@@ -5,7 +5,9 @@
 #include "sipobject/KxNameRegistry.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
+#include "util/KxByteArrayOutputStream.h"
 #include "util/KxBytes.h"
+#include "util/KxException.h"
 #include "util/KxOutputStream.h"
 
 #include <utility>
@@ -14,6 +16,9 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipHeader"};
 constinit KxNameRegistry<KxSipHeader::Creator> s_registry;
+
+/** The identifier that sNewHeaderID returns next. */
+constinit std::atomic<HeaderID> s_nextID{KxHeaderIDs::kCount};
 
 constexpr KxSipFault kNothingAfterColon{"SIP Header parse error : nothing after the colon",
                                         KxSipFault::Error::EmptyHeader};
@@ -86,6 +91,25 @@ std::vector<std::string_view> KxSipHeader::sNames() {
     std::vector<std::string_view> names;
     s_registry.forEachName([&names](std::string_view name) { names.push_back(name); });
     return names;
+}
+
+HeaderID KxSipHeader::sNewHeaderID() {
+    HeaderID id = s_nextID.load(std::memory_order_relaxed);
+    do {
+        if (id > KxHeaderIDs::kLast) {
+            KxException::sThrow("No header identifier is left");
+        }
+    } while (!s_nextID.compare_exchange_weak(id, id + 1, std::memory_order_relaxed));
+    return id;
+}
+
+bool KxSipHeader::sIsHeaderID(HeaderID id) {
+    return id < s_nextID.load(std::memory_order_relaxed);
+}
+
+KxHandle<KxSipHeader> KxSipHeader::sSample(std::string_view name) {
+    const Creator creator = findCreator(name);
+    return creator == nullptr ? KxHandle<KxSipHeader>() : KxHandle<KxSipHeader>::sOfNew(creator());
 }
 
 void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
@@ -211,6 +235,13 @@ KxSipFault KxSipHeader::readValue(KxSipLine& line) {
 void KxSipHeader::serialize(KxOutputStream& out) const {
     const Oskan::EntryDepth entry;
     serializeLines(out);
+}
+
+KxString KxSipHeader::getValueText() const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipHeader::getValueText");
+    KxByteArrayOutputStream out;
+    doSerialize(out);
+    return KxString(out.view());
 }
 
 void KxSipHeader::serializeLines(KxOutputStream& out) const {

@@ -67,10 +67,20 @@ public:
     /** All registered names, including compact ones, in no particular order. They live as long as the process. */
     [[nodiscard]] static std::vector<std::string_view> sNames();
 
+    /** A new identifier, KxHeaderIDs::kCount or more, for a header class of a host's own. For static initialisers: see
+        KxSipHeaderOf. May be called by several threads.
+        Throws KxException "No header identifier is left" after KxHeaderIDs::kLast. */
+    static HeaderID sNewHeaderID();
+    /** Whether a header may have this identifier in a message: it is below KxHeaderIDs::kCount, or from sNewHeaderID. */
+    static bool sIsHeaderID(HeaderID id);
+
     /** Reads one header line into this object and its chain. Throws as sConstructFrom does. */
     void parse(KxInputStream& in);
     /** Writes this value and all values after it, one line each. */
     void serialize(KxOutputStream& out) const;
+
+    /** This value as it is written, without name and line end. */
+    KxString getValueText() const;
 
     void display(KxOutputStream& out, bool verbose) const override;
 
@@ -80,7 +90,8 @@ public:
     const KxString& getToken() const { return m_token; }
 
     HeaderID getHeaderID() const { return m_headerID; }
-    /** @param id at most 65535. */
+    /** For a header that is part of no message.
+        @param id at most 65535. A message takes only headers for which sIsHeaderID is true; others abort the process. */
     void setHeaderID(HeaderID id) {
         OSKAN_ASSERT(id <= UINT16_MAX);
         m_headerID = static_cast<std::uint16_t>(id);
@@ -115,6 +126,8 @@ private:
     /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. */
     static KxHandle<KxSipHeader> sConstruct(std::string_view name, Creator creator);
     static KxHandle<KxSipHeader> sConstructUnknown(std::string_view name);
+    /** An empty header of the class that is registered for the name; nil if there is none. */
+    static KxHandle<KxSipHeader> sSample(std::string_view name);
     /** Reads the name and the values of the line that was taken. */
     KxSipFault parse(KxSipLine& line);
     /** Reads the values in the line, the first one into this object. */

@@ -20,7 +20,11 @@
         void serializeValue(KxOutputStream& out) const;
 
     and a default and a copy constructor. If several headers share a grammar, the class that reads and writes it is
-    their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier. */
+    their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier.
+
+    A class of a host's own gets its identifier at start-up:
+
+        inline static const HeaderID kHeaderID = KxSipHeader::sNewHeaderID(); */
 template <class H, class Base = KxSipHeader>
 class KxSipHeaderOf : public Base {
 public:

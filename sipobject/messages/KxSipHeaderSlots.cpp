@@ -1,5 +1,6 @@
 #include "sipobject/messages/KxSipHeaderSlots.h"
 
+#include "sipobject/headers/KxSipUnknownHeader.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
@@ -15,6 +16,9 @@ KxSipHeaderSlots::~KxSipHeaderSlots() {
     }
     if (m_far != nullptr) {
         std::for_each(m_far->begin(), m_far->end(), emptySlot);
+    }
+    for (KxSipOwnKinds::Kind& kind : m_own) {
+        emptySlot(kind.first);
     }
 }
 
@@ -46,6 +50,11 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
             first->joinMessage();
         }
     }
+    m_own.copyFrom(other.m_own, [&other](HeaderID id) {
+        KxHandle<KxSipHeader> first = other.copyOf(id);
+        first->joinMessage();
+        return first;
+    });
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
@@ -62,6 +71,26 @@ void KxSipHeaderSlots::removeFromOrder(HeaderID id) {
     const Link link = m_order[id];
     m_order[link.previous].next = link.next;
     m_order[link.next].previous = link.previous;
+    m_own.forgetKind(id, link.previous);
+}
+
+void KxSipHeaderSlots::addOwn(KxHandle<KxSipHeader>&& header, bool first) {
+    KxHandle<KxSipHeader>& present = ownSlotFor(header->getHeaderID());
+    if (!present.isNil()) {
+        adoptIntoChain(present, std::move(header), first);
+    } else {
+        header->joinMessage();
+        present = std::move(header);
+    }
+}
+
+void KxSipHeaderSlots::addOwnRead(KxHandle<KxSipHeader>&& header) {
+    KxHandle<KxSipHeader>& present = ownSlotFor(header->getHeaderID());
+    if (!present.isNil()) {
+        extendChain(present, std::move(header), false);
+    } else {
+        present = std::move(header);
+    }
 }
 
 bool KxSipHeaderSlots::addCopyUnlessFirst(const KxSipHeader& value, bool first) {
@@ -110,47 +139,57 @@ void KxSipHeaderSlots::replace(KxHandle<KxSipHeader> header) {
         header = sCopyOne(*header);
     }
     const HeaderID id = header->getHeaderID();
-    OSKAN_ASSERT(id < KxHeaderIDs::kCount);
-    KxHandle<KxSipHeader>& present = slotFor(id);
+    const bool isOwn = id >= KxHeaderIDs::kCount;
+    KxHandle<KxSipHeader>& present = isOwn ? ownSlotFor(id) : slotFor(id);
     header->joinMessage();
     emptySlot(present);
     present = std::move(header);
-    if (m_longChains != nullptr) {
-        m_longChains->last[id] = nullptr;
+    if (KxSipHeader** const known = nearEnd(id)) {
+        *known = nullptr;
     }
-    if (!isInOrder(id)) {
+    if (!isOwn && !isInOrder(id)) {
         appendToOrder(id);
     }
 }
 
+/** Where a value near the end of the kind's chain is cached; null if there is no cache yet. */
+KxSipHeader** KxSipHeaderSlots::nearEnd(HeaderID id) {
+    if (id >= KxHeaderIDs::kCount) {
+        return &m_own.find(id)->nearEnd;
+    }
+    return m_longChains == nullptr ? nullptr : &m_longChains->nearEnd[id];
+}
+
 /** The last value of a chain: found by walking along a short chain, cached for a long one. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
-    KxSipHeader* const known = m_longChains == nullptr ? nullptr : m_longChains->last[id];
+    KxSipHeader** cache = nearEnd(id);
+    KxSipHeader* const known = cache == nullptr ? nullptr : *cache;
     KxSipHeader* last = known == nullptr ? first(id).get() : known;
     int steps = 0;
     for (; !last->m_next.isNil(); ++steps) {
         last = last->m_next.get();
     }
-    if (steps > kMaxWalk && m_longChains == nullptr) {
+    if (steps > kMaxWalk && cache == nullptr) {
         m_longChains = std::make_unique<LongChains>();
+        cache = nearEnd(id);
     }
     if (steps > kMaxWalk || known != nullptr) {
-        m_longChains->last[id] = last;
+        *cache = last;
     }
     return last;
 }
 
 /** Removes the header after `before`, or the first one if `before` is null. The headers after it stay. */
 void KxSipHeaderSlots::removeAfter(HeaderID id, KxSipHeader* before) {
-    KxHandle<KxSipHeader>& link = before == nullptr ? slot(m_slotOf[id]) : before->m_next;
+    KxHandle<KxSipHeader>& link = before == nullptr ? const_cast<KxHandle<KxSipHeader>&>(first(id)) : before->m_next;
     const KxHandle<KxSipHeader> removed = std::move(link);
     link = std::move(removed->m_next);
     removed->setInMessage(false);
-    if (m_longChains != nullptr && m_longChains->last[id] == removed.get()) {
-        m_longChains->last[id] = before;
+    if (KxSipHeader** const known = nearEnd(id); known != nullptr && *known == removed.get()) {
+        *known = before;
     }
     if (first(id).isNil()) {
-        if (isInOrder(id)) {
+        if (id < KxHeaderIDs::kCount && isInOrder(id)) {
             removeFromOrder(id);
         }
         if (m_longChains != nullptr && id == KxHeaderIDs::kUnknown) {
@@ -251,12 +290,13 @@ void KxSipHeaderSlots::removeAllLike(const KxSipHeader& header) {
 }
 
 HeaderID KxSipHeaderSlots::findKind(std::string_view name) const {
-    for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)) {
-        if (first(id)->getToken().equalsNoCase(name)) {
-            return id;
-        }
-    }
-    return KxHeaderIDs::kUnknown;
+    HeaderID found = KxHeaderIDs::kUnknown;
+    findInOrder([&found, name](HeaderID id, const KxSipHeader& first) {
+        const bool isNamed = first.getToken().equalsNoCase(name);
+        found = isNamed ? id : found;
+        return isNamed;
+    });
+    return found;
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::find(std::string_view name) const {
@@ -265,8 +305,79 @@ KxHandle<KxSipHeader> KxSipHeaderSlots::find(std::string_view name) const {
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
-    for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)) {
-        first(id)->serializeLines(out);
-    }
+    findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
     out.write(std::string_view("\r\n", 2));
+}
+
+// ---- all headers of a name ----
+
+/** Whether the header is of the class and, if that is the one of unknown headers, has the name. */
+static bool isLike(const KxSipHeader& header, const std::type_info& type, std::string_view name) {
+    return typeid(header) == type && (type != typeid(KxSipUnknownHeader) || header.getToken().equalsNoCase(name));
+}
+
+static bool isOneOfTheUnknown(const KxSipHeader& header) {
+    return header.getHeaderID() == KxHeaderIDs::kUnknown && typeid(header) == typeid(KxSipUnknownHeader);
+}
+
+KxSipHeaderSlots::Named KxSipHeaderSlots::named(std::string_view name) const {
+    const KxHandle<KxSipHeader> sample = KxSipHeader::sSample(name);
+    if (!sample.isNil() && !isOneOfTheUnknown(*sample)) {
+        KxSipHeader* value = first(sample->getHeaderID()).get();
+        while (value != nullptr && !isLike(*value, typeid(*sample), name)) {
+            value = value->m_next.get();
+        }
+        return {value, nullptr};
+    }
+    const HeaderID id = findKind(name);
+    KxSipHeader* const unknown = findUnknown(name, false).header;
+    return id == KxHeaderIDs::kUnknown ? Named{unknown, nullptr} : Named{first(id).get(), unknown};
+}
+
+KxSipHeader* KxSipHeaderSlots::nextLike(const KxSipHeader& header) const {
+    KxSipHeader* next = header.m_next.get();
+    for (int steps = 0; next != nullptr && !isLike(*next, typeid(header), header.getToken()); ++steps) {
+        if (steps == kMaxWalk && isOneOfTheUnknown(header)) {
+            if (KxSipNameIndex* const index = nameIndex(false)) {
+                return index->next(header);
+            }
+        }
+        next = next->m_next.get();
+    }
+    return next;
+}
+
+std::size_t KxSipHeaderSlots::removeNamed(std::string_view given) {
+    const KxString name(given); // it may be the name of a header that is removed
+    const Named found = named(name);
+    std::size_t removed = 0;
+    for (const KxSipHeader* const part : {found.first, found.then}) {
+        if (part != nullptr && !isOneOfTheUnknown(*part)) {
+            removed += removeLike(part->getHeaderID(), typeid(*part), name);
+        } else if (part != nullptr) {
+            while (removeUnknown(name)) {
+                ++removed;
+            }
+        }
+    }
+    return removed;
+}
+
+std::size_t KxSipHeaderSlots::removeLike(HeaderID id, const std::type_info& type, std::string_view name) {
+    if (id == KxHeaderIDs::kUnknown && m_longChains != nullptr) {
+        m_longChains->names = nullptr; // a host's class has the identifier of the unknown headers
+    }
+    std::size_t removed = 0;
+    KxSipHeader* before = nullptr;
+    for (KxSipHeader* value = first(id).get(); value != nullptr;) {
+        KxSipHeader* const next = value->m_next.get();
+        if (isLike(*value, type, name)) {
+            removeAfter(id, before);
+            ++removed;
+        } else {
+            before = value;
+        }
+        value = next;
+    }
+    return removed;
 }

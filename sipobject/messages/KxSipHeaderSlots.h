@@ -2,6 +2,7 @@
 
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipNameIndex.h"
+#include "sipobject/messages/KxSipOwnKinds.h"
 
 #include <array>
 #include <cstdint>
@@ -11,7 +12,7 @@
 #include <utility>
 
 /** The headers of a message: a slot for each kind, which holds the first value with the others chained after it, and
-    the order in which the kinds were first added. Independent of start lines and bodies. Does not lock: it is used by
+    the order in which the kinds were first added. Kinds of a host's own are in a list beside the slots. Independent of start lines and bodies. Does not lock: it is used by
     one thread at a time, even for looking up names, which updates a cache. */
 class KxSipHeaderSlots {
 public:
@@ -24,7 +25,9 @@ public:
     void copyFrom(const KxSipHeaderSlots& other);
 
     /** The first value of a kind; nil when there is none. The slot does not move as long as the message exists. */
-    const KxHandle<KxSipHeader>& first(HeaderID id) const { return slot(m_slotOf[id]); }
+    const KxHandle<KxSipHeader>& first(HeaderID id) const {
+        return id < KxHeaderIDs::kCount ? slot(m_slotOf[id]) : firstOwn(id);
+    }
     /** The first value of the kind of H; nil when there is none, or if it is of another class. */
     template <class H>
     KxHandle<H> typed() const {
@@ -41,9 +44,11 @@ public:
         Returns false and changes nothing if the value is the first of its kind here. */
     bool add(KxHandle<KxSipHeader>&& header, bool first) {
         KxSipHeader& value = *header.get();
-        OSKAN_ASSERT(value.getHeaderID() < KxHeaderIDs::kCount);
         if (value.isInMessage()) [[unlikely]] {
             return addCopyUnlessFirst(value, first);
+        }
+        if (value.getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
+            return addOwn(std::move(header), first), true;
         }
         KxHandle<KxSipHeader>& present = slotFor(value.getHeaderID());
         if (!present.isNil()) {
@@ -59,7 +64,9 @@ public:
     bool addSingle(const KxSipHeader& value, bool first);
     /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind. */
     void addRead(KxHandle<KxSipHeader>&& header) {
-        OSKAN_ASSERT(header.get()->getHeaderID() < KxHeaderIDs::kCount);
+        if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
+            return addOwnRead(std::move(header));
+        }
         KxHandle<KxSipHeader>& present = slotFor(header.get()->getHeaderID());
         if (!present.isNil()) {
             extendChain(present, std::move(header), false);
@@ -89,19 +96,50 @@ public:
     /** Writes all values, one line each, in the order of the kinds, and an empty line. */
     void serializeHeaders(KxOutputStream& out) const;
 
-    /** The kinds in order: for (HeaderID id = firstKind(); id != kEnd; id = nextKind(id)). */
-    static constexpr HeaderID kEnd = KxHeaderIDs::kCount;
-    HeaderID firstKind() const { return m_order[kEnd].next; }
-    HeaderID nextKind(HeaderID id) const { return m_order[id].next; }
+    /** What a name means in this message. */
+    struct Named {
+        KxSipHeader* first = nullptr; ///< The first value, from which nextLike leads to the others.
+        KxSipHeader* then = nullptr;  ///< The first one after those, from which nextLike continues.
+    };
+    /** The values of the class that is registered for the name; for other names, those written under it, ignoring
+        letter case: the values of a class that is not registered, then the unknown headers. */
+    Named named(std::string_view name) const;
+    /** The next header of the chain with the class of this one and, if it is an unknown header, with its name, ignoring
+        letter case; null if there is none. */
+    KxSipHeader* nextLike(const KxSipHeader& header) const;
+    /** Removes what `named` returns, and returns how many that were. */
+    std::size_t removeNamed(std::string_view name);
+
+    /** Calls f with each kind in the order and its first value, until f returns true; returns whether it did. */
+    template <class F>
+    bool findInOrder(F f) const {
+        HeaderID id = m_order[kEnd].next;
+        const auto findBefore = [&](HeaderID stop) {
+            for (; id != stop; id = m_order[id].next) {
+                if (f(id, *slot(m_slotOf[id]).get())) {
+                    return true;
+                }
+            }
+            return false;
+        };
+        for (const KxSipOwnKinds::Kind& own : m_own) {
+            if (findBefore(m_order[own.after].next) || (!own.first.isNil() && f(own.id, *own.first))) {
+                return true;
+            }
+        }
+        return findBefore(kEnd);
+    }
 
 private:
+    static constexpr HeaderID kEnd = KxHeaderIDs::kCount; ///< The place in m_order between the last kind and the first.
+
     /** The end of a chain longer than this is cached, and names further along the chain are looked up in an index. */
     static constexpr int kMaxWalk = 8;
     /** Cached positions in long chains, so that a chain is not walked again for each operation. */
     struct LongChains {
-        std::array<KxSipHeader*, KxHeaderIDs::kCount> last{}; ///< A value near the end of the chain, or null.
-        std::unique_ptr<KxSipNameIndex> names;                ///< Index of the unknown headers.
-        std::uint32_t changes = 0;                            ///< KxSipHeader::sChanges() when the index was made.
+        std::array<KxSipHeader*, KxHeaderIDs::kCount> nearEnd{}; ///< Values near the ends of the chains, or null.
+        std::unique_ptr<KxSipNameIndex> names;                   ///< Index of the unknown headers.
+        std::uint32_t changes = 0;                               ///< KxSipHeader::sChanges() when the index was made.
     };
     using Found = KxSipNameIndex::Found;
     struct Link {
@@ -128,6 +166,15 @@ private:
         return m_near[m_slotCount++];
     }
     KxHandle<KxSipHeader>& knownOrFarSlot(HeaderID id);
+    /** The slot of a host's own kind; a kind without values becomes the last one in the order. */
+    KxHandle<KxSipHeader>& ownSlotFor(HeaderID id) { return m_own.findOrAppend(id, m_order[kEnd].previous).first; }
+    [[gnu::noinline]] const KxHandle<KxSipHeader>& firstOwn(HeaderID id) const {
+        OSKAN_ASSERT(KxSipHeader::sIsHeaderID(id));
+        const KxSipOwnKinds::Kind* const kind = m_own.find(id);
+        return kind == nullptr ? m_near[0] : kind->first;
+    }
+    void addOwn(KxHandle<KxSipHeader>&& header, bool first);
+    void addOwnRead(KxHandle<KxSipHeader>&& header);
     bool addCopyUnlessFirst(const KxSipHeader& value, bool first);
     void appendToOrder(HeaderID id) {
         const std::uint8_t last = m_order[kEnd].previous;
@@ -145,10 +192,12 @@ private:
     bool isInOrder(HeaderID id) const { return m_order[m_order[id].previous].next == id; }
     void removeFromOrder(HeaderID id);
     void removeAfter(HeaderID id, KxSipHeader* before);
+    KxSipHeader** nearEnd(HeaderID id);
     KxSipHeader* lastOf(HeaderID id);
     KxSipNameIndex* nameIndex(bool exact) const;
     Found findUnknown(std::string_view name, bool exact) const;
     bool removeUnknown(std::string_view name);
+    std::size_t removeLike(HeaderID id, const std::type_info& type, std::string_view name);
     template <class Change>
     void updateNameIndex(Change change);
 
@@ -159,6 +208,7 @@ private:
         std::array<KxHandle<KxSipHeader>, kNear> m_near; // in a union, so that unused slots are not destroyed
     };
     std::unique_ptr<Far> m_far;
+    KxSipOwnKinds m_own;
     mutable std::unique_ptr<LongChains> m_longChains;    // created for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd
 };

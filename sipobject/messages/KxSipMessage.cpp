@@ -169,6 +169,10 @@ KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
     return m_headers.typed<KxSipSupportedHeader>();
 }
 
+HeaderID KxSipMessage::mTokenToID(std::string_view name) const {
+    return m_headers.findKind(name);
+}
+
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
@@ -179,10 +183,25 @@ std::vector<HeaderID> KxSipMessage::getHeaderOrder() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeaderOrder");
     const Lock lock(*this);
     std::vector<HeaderID> order;
-    for (HeaderID id = m_headers.firstKind(); id != KxSipHeaderSlots::kEnd; id = m_headers.nextKind(id)) {
-        order.push_back(id);
-    }
+    m_headers.findInOrder([&order](HeaderID id, const KxSipHeader&) { return order.push_back(id), false; });
     return order;
+}
+
+KxSipHeaderSlots::Named KxSipMessage::findNamed(std::string_view name) const {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::valuesNamed");
+    const Lock lock(*this);
+    return m_headers.named(name);
+}
+
+KxSipHeader* KxSipMessage::nextNamed(const KxSipHeader& header) const {
+    const Lock lock(*this);
+    return m_headers.nextLike(header);
+}
+
+std::size_t KxSipMessage::removeAllNamed(std::string_view name) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::removeAllNamed");
+    const Lock lock(*this);
+    return m_headers.removeNamed(name);
 }
 
 template <class H>

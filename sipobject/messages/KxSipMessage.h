@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/Assertion.h"
 #include "core/LogDeferral.h"
 #include "core/LogLevel.h"
 #include "sipobject/KxSipText.h"
@@ -8,6 +7,7 @@
 #include "sipobject/messages/KxSipBody.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
 #include "sipobject/messages/KxSipMessageFormat.h"
+#include "sipobject/messages/KxSipNamedValues.h"
 #include "sipobject/messages/KxSipValues.h"
 #include "sipobject/messages/KxStatus.h"
 #include "util/KxInetAddress.h"
@@ -74,6 +74,16 @@ protected:
 
 public:
     bool isResponse() const { return !isRequest(); }
+    /** The message as an object of the class M, such as KxSipRequest or KxSipInviteMessage; null if it is of another
+        class. */
+    template <class M>
+    [[nodiscard]] M* as() {
+        return dynamic_cast<M*>(this);
+    }
+    template <class M>
+    [[nodiscard]] const M* as() const {
+        return dynamic_cast<const M*>(this);
+    }
 
     /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
         type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
@@ -93,16 +103,14 @@ public:
     [[nodiscard]] std::string getText() const;
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** The first header of a kind; nil when there is none. */
-    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const {
-        OSKAN_ASSERT(id < KxHeaderIDs::kCount);
-        return m_headers.first(id);
-    }
+    /** The first header of a kind; nil when there is none. Does not lock.
+        @param id below KxHeaderIDs::kCount, or from KxSipHeader::sNewHeaderID; any other number aborts the process. */
+    const KxHandle<KxSipHeader>& getHeaderByID(HeaderID id) const { return m_headers.first(id); }
     /** The kinds of header in this message, in the order in which serialize writes them. */
     std::vector<HeaderID> getHeaderOrder() const;
     /** The kind whose first header is written under the name, ignoring letter case; KxHeaderIDs::kUnknown if there is
         none. Does not lock. */
-    HeaderID mTokenToID(std::string_view name) const { return m_headers.findKind(name); }
+    HeaderID mTokenToID(std::string_view name) const;
     /** The first header written under the name, ignoring letter case; so a header received under its compact name is
         not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
         none. getNext continues from the returned header. */
@@ -147,6 +155,19 @@ public:
     void replace(const KxHandle<H>& header) {
         replaceByID(header);
     }
+
+    /** All headers of a name, in any letter case, full or compact: for (KxSipHeader& header : m->valuesNamed("x-foo")).
+        If a class is registered for the name, these are all values of the class, under whatever names they were
+        received. Other names: the headers that are written under it, those with a class first. A const message gives
+        const headers. This function, its iterators and the next three functions take the lock. */
+    KxSipNamedValues<KxSipHeader> valuesNamed(std::string_view name) { return {*this, findNamed(name)}; }
+    KxSipNamedValues<const KxSipHeader> valuesNamed(std::string_view name) const { return {*this, findNamed(name)}; }
+    /** The first of them, which the message owns; null if there is none. */
+    [[nodiscard]] KxSipHeader* firstNamed(std::string_view name) { return findNamed(name).first; }
+    [[nodiscard]] const KxSipHeader* firstNamed(std::string_view name) const { return findNamed(name).first; }
+    [[nodiscard]] bool hasNamed(std::string_view name) const { return findNamed(name).first != nullptr; }
+    /** Removes all of them, and returns how many were removed. */
+    std::size_t removeAllNamed(std::string_view name);
 
     /** The first header of its kind; nil when there is none. */
     KxHandle<KxSipViaHeader> getViaHeader() const;
@@ -292,7 +313,11 @@ protected:
 
 private:
     friend class KxSipMessageReader; // fills every field
+    template <class H>
+    friend class KxSipNamedValues;
 
+    KxSipHeaderSlots::Named findNamed(std::string_view name) const;
+    KxSipHeader* nextNamed(const KxSipHeader& header) const;
     std::size_t removeByID(HeaderID id, std::size_t atMost);
     void replaceByID(KxHandle<KxSipHeader> header);
     template <class H>

@@ -87,6 +87,23 @@ KxSipNameIndex::Found KxSipNameIndex::find(std::string_view name, bool exact) co
     return {before == nullptr ? nullptr : before->header, node->header};
 }
 
+KxSipHeader* KxSipNameIndex::next(const KxSipHeader& header) {
+    const auto findFrom = [&header](const Node* node) {
+        while (node != nullptr && node->header != &header) {
+            node = node->neighbours[kNoCase].last;
+        }
+        return node;
+    };
+    const KxString& name = header.getToken();
+    const Node* node = m_lastNext == nullptr || !name.equalsNoCase(m_lastNext->name) ? nullptr : findFrom(m_lastNext);
+    if (node == nullptr) {
+        const auto group = m_noCase.find(name);
+        node = group == m_noCase.end() ? nullptr : findFrom(group->second.first);
+    }
+    m_lastNext = node == nullptr ? nullptr : node->neighbours[kNoCase].last;
+    return m_lastNext == nullptr ? nullptr : m_lastNext->header;
+}
+
 void KxSipNameIndex::remove(const KxSipHeader& header) {
     const KxString& name = header.getToken();
     const std::unique_ptr<Node> gone(removeFirst(m_noCase, name, kNoCase));
@@ -94,4 +111,5 @@ void KxSipNameIndex::remove(const KxSipHeader& header) {
         removeFirst(m_exact, name, kExact);
     }
     unlink(m_chain, *gone, kChain);
+    m_lastNext = m_lastNext == gone.get() ? nullptr : m_lastNext;
 }

@@ -39,6 +39,9 @@ public:
     void prepareExact();
     /** The first header with exactly that name (after prepareExact), or with that name ignoring letter case. */
     Found find(std::string_view name, bool exact) const;
+    /** The next header with the name of this one, ignoring letter case; null if there is none, or if this one is not in
+        the index. Constant time for one after the other. */
+    KxSipHeader* next(const KxSipHeader& header);
     /** Removes a header from the index. It must be the first with its name, ignoring letter case. */
     void remove(const KxSipHeader& header);
 
@@ -67,7 +70,8 @@ private:
     static Node* removeFirst(Groups& groups, std::string_view name, Order order);
 
     Pair m_chain;
-    bool m_hasExact = false; ///< Whether m_exact is filled.
+    const Node* m_lastNext = nullptr; ///< What `next` found last, or null.
+    bool m_hasExact = false;          ///< Whether m_exact is filled.
     std::unordered_map<KxString, Pair, Hash<KxNameHash::noCase>, EqualNoCase> m_noCase;
     std::unordered_map<KxString, Pair, Hash<KxNameHash::exact>, std::equal_to<>> m_exact;
 };

@@ -92,15 +92,6 @@ constexpr const char* kUnknown[] = {
     "Unknown 600 Class Response",
 };
 
-const char* phraseOf(int code) {
-    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), code,
-                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
-    if (found != std::end(kPhrases) && found->code == code) {
-        return found->text;
-    }
-    return kUnknown[code >= 100 && code < 700 ? code / 100 : 0];
-}
-
 void checkCode(int code) {
     if (code < 100 || code >= 700) {
         KxSipParseError::sThrow("Invalid Response code");
@@ -154,7 +145,7 @@ KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& reque
 /** Sets the status line and adds the headers that every response repeats. */
 void KxSipResponse::answer(int statusCode, const KxSipRequest& request) {
     m_statusCode = statusCode;
-    m_reasonPhrase = KxString(phraseOf(statusCode));
+    m_reasonPhrase = KxString(sPhraseOf(statusCode));
     addCopiesOf(request, KxHeaderIDs::kVia);
     addCopyOf(request, KxHeaderIDs::kFrom);
     addCopyOf(request, KxHeaderIDs::kTo);
@@ -210,6 +201,15 @@ void KxSipResponse::addToTag(const KxSipText& tag) {
 
 KxSipResponse* KxSipResponse::clone() const {
     return new KxSipResponse(*this);
+}
+
+const char* KxSipResponse::sPhraseOf(int statusCode) {
+    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), statusCode,
+                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
+    if (found != std::end(kPhrases) && found->code == statusCode) {
+        return found->text;
+    }
+    return kUnknown[statusCode >= 100 && statusCode < 700 ? statusCode / 100 : 0];
 }
 
 bool KxSipResponse::isRequest() const {

@@ -3,6 +3,7 @@
 #include "sipobject/messages/KxSipRequest.h"
 
 class KxSipAuthenticateHeader;
+struct KxSipReading;
 struct KxSipResponseParts;
 
 /** A SIP response: a message with a status code and a reason phrase. [RFC 3261 7.2]
@@ -47,6 +48,9 @@ public:
     void removeViaHeader();
     void removeRecordRouteHeader();
 
+    /** The standard reason phrase of a status code, as the constructor sets it. It lives as long as the process. */
+    static const char* sPhraseOf(int statusCode);
+
     /** The start token of a response, "SIP". */
     static const KxConstString sMethodName;
 
@@ -58,6 +62,7 @@ protected:
 
 private:
     friend struct Registration<KxSipResponse>;
+    friend struct KxSipReading; // answers requests that lack headers
 
     KxSipResponse();
     KxSipResponse(const KxSipResponse& other, const Lock& held);

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# run.sh BUILD_FOLDER SOURCE_FOLDER cmake|pkg-config: installs the build into a folder of its own, builds the
-# consumer against it the way that is named, and runs it.
+# run.sh BUILD_FOLDER SOURCE_FOLDER cmake|pkg-config: installs the build into a folder of its own, builds
+# every program of this folder against it the way that is named, and runs each with a sample message.
 set -euo pipefail
 build=$1 source=$2 way=$3
 stage=$build/package/$way
-consumer=$stage/consumer
+programs=$stage/build
 
 rm -rf "$stage"
 for component in runtime development tool; do
@@ -17,13 +17,17 @@ case $way in
         cmake -S "$source/tests/package" -B "$stage/build" -G Ninja -DCMAKE_CXX_COMPILER="${CXX:-c++}" \
             -DCMAKE_PREFIX_PATH="$stage/installed" >/dev/null
         cmake --build "$stage/build"
-        consumer=$stage/build/consumer
         ;;
     pkg-config)
         found=$(find "$stage/installed" -name kxsipobject.pc)
         read -ra flags <<<"$(PKG_CONFIG_PATH=$(dirname "$found") pkg-config --cflags --libs kxsipobject)"
-        "${CXX:-c++}" -std=c++20 "$source/tests/package/consumer.cpp" -o "$consumer" "${flags[@]}" \
-            -Wl,-rpath,"$(dirname "$(dirname "$found")")"
+        mkdir "$programs"
+        for program in "$source"/tests/package/*.cpp; do
+            "${CXX:-c++}" -std=c++20 "$program" -o "$programs/$(basename "$program" .cpp)" "${flags[@]}" \
+                -Wl,-rpath,"$(dirname "$(dirname "$found")")"
+        done
         ;;
 esac
-"$consumer" "$source/samples/invite.sip"
+for program in "$source"/tests/package/*.cpp; do
+    "$programs/$(basename "$program" .cpp)" "$source/samples/invite.sip"
+done

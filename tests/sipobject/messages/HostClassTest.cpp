@@ -42,5 +42,20 @@ TEST(HostClassTest, MessagesAndHeadersAreAskedForTheirClass) {
 TEST_F(HostClassDeathTest, IdentifiersMustHaveBeenGivenOut) {
     const auto request = KxMake<HostRequest>();
     EXPECT_TRUE(request->getHeaderByID(KxHeaderIDs::kCount - 1).isNil());
-    EXPECT_DEATH(static_cast<void>(request->getHeaderByID(KxHeaderIDs::kCount)), "id < KxHeaderIDs::kCount");
+    EXPECT_TRUE(request->getHeaderByID(readHeader("X-Kx-Account: a")->getHeaderID()).isNil());
+    EXPECT_DEATH(static_cast<void>(request->getHeaderByID(KxHeaderIDs::kLast)), "sIsHeaderID\\(id\\)");
+    const KxHandle<KxSipHeader> header = readHeader("X-A: 1");
+    header->setHeaderID(KxHeaderIDs::kLast);
+    EXPECT_DEATH(request->addHeader(header, false), "sIsHeaderID\\(id\\)");
+    const auto takeAll = [&request] {
+        HeaderID last = 0;
+        const std::string outcome = outcomeOf([&last] {
+            for (;;) {
+                last = KxSipHeader::sNewHeaderID();
+            }
+        });
+        std::cerr << outcome << ", last " << last << request->getHeaderByID(last).isNil();
+        std::exit(0);
+    };
+    EXPECT_EXIT(takeAll(), testing::ExitedWithCode(0), "KxException: No header identifier is left, last 2551");
 }

@@ -39,6 +39,7 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
     const std::tuple<const char*, std::string (*)(), int> rows[] = {
         {"64 MB", [] { return ofSize(64 * kMega); }, 0},
         {"a million tags", [] { return withLine("Supported", repeated("a,", kMillion) + "a"); }, 0},
+        {"a million of a host's kind", [] { return withHeaders(repeated("X-Kx-Level: 1\r\n", kMillion)); }, 0},
         {"a million Vias", [] { return withLine("Via", repeated("SIP/2.0/UDP h,", kMillion) + "SIP/2.0/UDP h"); }, 0},
         {"a million addresses", [] { return withLine("Route", repeated("<sip:h>,", kMillion) + "<sip:h>"); }, 0},
         {"a million bad lines", [] { return withHeaders(repeated("x\r\n", kMillion)); }, 1},
@@ -76,5 +77,19 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
             }
             EXPECT_TRUE(written(*readMessage(once)) == once) << name;
         });
+    }
+}
+
+TEST(LimitTest, EditsOfAMillionHeadersByName) {
+    std::string headers;
+    for (std::size_t i = 0; i < kMillion; ++i) {
+        headers.append("X-").append(std::to_string(i % (kMillion / 2))).append(": 1\r\n");
+    }
+    const KxHandle<KxSipMessage> message = readMessage(withHeaders(headers));
+    for (std::size_t i = 0; i < kMillion / 2; ++i) {
+        const std::string name = "x-" + std::to_string(i);
+        ASSERT_EQ(std::ranges::distance(message->valuesNamed(name)), 2);
+        ASSERT_EQ(message->removeAllNamed("Via-" + name), 0U);
+        ASSERT_EQ(i % 3 == 0 ? message->removeAllNamed(name) : 2, 2U);
     }
 }

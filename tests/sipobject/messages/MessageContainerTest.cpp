@@ -1,6 +1,36 @@
 #include "tests/sipobject/support/HeaderSupport.h"
 
+#include "sipobject/headers/KxSipNumberHeader.h"
+#include "sipobject/headers/KxSipTokenHeader.h"
+
 using testing::ElementsAre;
+
+namespace {
+
+/** Header classes of the host's own, which get their identifiers at start-up. */
+class Account final : public KxSipTokenHeader<Account> {
+public:
+    static const KxConstString sToken;
+    static const KxConstString sCompactToken;
+    static constexpr char kClassName[] = "Account";
+    inline static const HeaderID kHeaderID = KxSipHeader::sNewHeaderID();
+    static constexpr const KxCharSet& kTokenEnd = kOptionTagEnd;
+    static constexpr const char* kEmptyError = nullptr;
+};
+class Level final : public KxSipNumberHeader<Level> {
+public:
+    static const KxConstString sToken;
+    static constexpr char kClassName[] = "Level";
+    inline static const HeaderID kHeaderID = KxSipHeader::sNewHeaderID();
+};
+
+constinit const KxConstString Account::sToken{"X-Kx-Account"};
+constinit const KxConstString Account::sCompactToken{"X-Kx-A"};
+constinit const KxConstString Level::sToken{"X-Kx-Level"};
+const Account::Registration s_account;
+const Level::Registration s_level;
+
+} // namespace
 
 /** A message with the headers of the lines, added one by one at the end. */
 static KxHandle<OpenRequest> messageOf(std::initializer_list<const char*> lines) {
@@ -59,6 +89,68 @@ TEST(MessageContainerTest, ValuesOfAClass) {
     EXPECT_EQ(message->removeAll<KxSipViaHeader>(), 2U);
     message->replace(message->getContentLengthHeader()); // a copy of what it holds
     EXPECT_EQ(linesOf(*message), "l: 3|Subject: s|");
+}
+
+TEST(MessageContainerTest, KindsOfTheHostsOwn) {
+    EXPECT_EQ(sizeof(KxSipMessage), sizeof(void*) == 8 ? 472U : sizeof(KxSipMessage));
+    const auto message = readMessage("OPTIONS sip:h SIP/2.0\r\nX-Kx-Level: 1\r\nx-kx-a: b, c\r\n" +
+                                     requiredHeaders("OPTIONS") + "X-KX-LEVEL: 2\r\nSubject: s\r\n\r\n");
+    for (const char* const name : {"From", "To", "Via", "CSeq", "Call-ID"}) {
+        message->removeHeader(name);
+    }
+    const auto copy = copyOf(*message);
+    message->replace(readAs<Account>("X-Kx-A: d, e"));
+    message->addSingleHeader(readHeader("X-Kx-Account: f, g"), true);
+    EXPECT_EQ(message->removeFirst<Level>(), 1U);
+    EXPECT_EQ(linesOf(*message),
+              "X-KX-LEVEL: 2|X-Kx-Account: f|X-Kx-A: d|X-Kx-Account: e|Subject: s|Content-Length: 0|");
+    EXPECT_EQ(message->removeAll<Level>(), 1U);
+    EXPECT_FALSE(message->has<Level>());
+    const auto other = KxMake<KxSipUnknownHeader>("X-Kx-Other", "o");
+    other->setHeaderID(Level::kHeaderID);
+    message->addHeader(other, false);
+    message->addHeader(readHeader("X-Kx-Level: 3"), false);
+    EXPECT_EQ(message->mTokenToID("x-kx-other"), Level::kHeaderID);
+    EXPECT_EQ(message->first<Level>(), other->getNext().get());
+    EXPECT_THAT(message->getHeaderOrder(),
+                ElementsAre(Account::kHeaderID, KxHeaderIDs::kSubject, KxHeaderIDs::kContentLength, Level::kHeaderID));
+    EXPECT_EQ(linesOf(*copy), "X-Kx-Level: 1|X-KX-LEVEL: 2|x-kx-a: b|X-Kx-Account: c|Subject: s|Content-Length: 0|");
+}
+
+TEST(MessageContainerTest, AllHeadersOfAName) {
+    static_assert(std::ranges::forward_range<KxSipNamedValues<const KxSipHeader>>);
+    KxSipHeader::sAddConstructor("X-Kx-Tag", []() -> KxSipHeader* { return new KxSipRequireHeader(""); });
+    const auto message = messageOf({"X-A: 1", "m: <sip:a>", "Contact: *", "x-a: 2", "Call-Info: <u:r>", "X-B: 3",
+                                    "x-kx-tag: t, u", "Require: v", "X-Kx-A: w", "CALL-INFO: <u:s>"});
+    message->addHeader(KxMake<KxSipCallInfoHeader>("<u:built>"), false); // a class that is not registered
+    const auto other = KxMake<KxSipUnknownHeader>("X-Kx-Other", "o");
+    other->setHeaderID(Account::kHeaderID);
+    message->addHeader(other, true);
+    for (const auto& [name, lines] : std::initializer_list<std::pair<const char*, std::string>>{
+             {"CONTACT", "m: <sip:a>|Contact: *|"},
+             {"M", "m: <sip:a>|Contact: *|"},
+             {"x-A", "X-A: 1|x-a: 2|"},
+             {"require", "x-kx-tag: t|Require: u|Require: v|"},
+             {"X-KX-TAG", "x-kx-tag: t|Require: u|Require: v|"},
+             {"x-kx-account", "X-Kx-A: w|"},
+             {"x-kx-other", "X-Kx-Other: o|"},
+             {"call-info", "Call-Info: <u:built>|Call-Info: <u:r>|CALL-INFO: <u:s>|"},
+             {"Subject", ""},
+             {"", ""},
+         }) {
+        const auto copy = copyOf(*message);
+        std::string seen;
+        for (const KxSipHeader& header : std::as_const(*copy).valuesNamed(name)) {
+            seen.append(header.getToken().view()).append(": ").append(header.getValueText().view()) += '|';
+        }
+        EXPECT_EQ(seen, lines) << name;
+        EXPECT_EQ(copy->hasNamed(name), !lines.empty()) << name;
+        const KxSipHeader* const first = copy->firstNamed(name);
+        const std::string_view spelled = first == nullptr ? name : first->getToken().view(); // is removed, too
+        EXPECT_EQ(copy->removeAllNamed(spelled), std::count(lines.begin(), lines.end(), '|')) << name;
+        EXPECT_EQ(linesOf(*copy).size() + lines.size(), linesOf(*message).size()) << name;
+        EXPECT_TRUE(copy->valuesNamed(name).empty()) << name;
+    }
 }
 
 TEST(MessageContainerTest, AddingTwiceIsNotedAndChangesNothing) {

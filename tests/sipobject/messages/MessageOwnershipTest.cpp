@@ -97,11 +97,12 @@ private:
 
     /** Reads a line of one value or more; each value is a header that the host may hold. */
     void make() {
-        static constexpr std::array kNames{"Require", "Supported", "k", "X-A", "x-a", "X-B", "X-C", "X-D"};
+        static constexpr std::array kNames{"Require", "Supported",    "k",      "X-A",       "x-a", "X-B", "X-C",
+                                           "X-D",     "X-Kx-Account", "x-kx-a", "X-Kx-Level"};
         const std::string name = kNames[pick(kNames.size())];
-        std::string line = name + ": v" + std::to_string(m_headers.size());
-        for (std::size_t more = name[0] == 'X' || name[0] == 'x' ? 0 : pick(3); more != 0; --more) {
-            line += ", w" + std::to_string(more);
+        std::string line = name + ": 1" + std::to_string(m_headers.size());
+        for (std::size_t more = name.size() == 3 ? 0 : pick(3); more != 0; --more) {
+            line += ", 2" + std::to_string(more);
         }
         const KxHandle<KxSipHeader> first = readHeader(line);
         Header* head = nullptr;
@@ -195,17 +196,44 @@ private:
         }
         return nullptr;
     }
+    /** All headers of the name, which has a class or is compared ignoring case. */
+    std::vector<Header*> allNamed(std::size_t which, std::string_view name) {
+        const HeaderID kind = readHeader(std::string(name) + ": a")->getHeaderID();
+        const auto list = listOf(which, kind);
+        std::vector<Header*> all = chainOf(list == m_lists[which].end() ? nullptr : list->second);
+        std::erase_if(all, [kind, name](const Header* header) {
+            return kind == KxHeaderIDs::kUnknown && !KxAscii::equalsNoCase(header->name(), name);
+        });
+        return all;
+    }
     void remove(std::size_t which) {
-        static constexpr std::array kNames{"require", "Supported", "K", "x-A", "X-A", "x-b", "X-C", "x-d", "X-E"};
+        static constexpr std::array kNames{"require", "Supported", "K",   "x-A",    "X-A",          "x-b",
+                                           "X-C",     "x-d",       "X-E", "X-Kx-A", "x-kx-account", "x-kx-level"};
         const std::string_view name = kNames[pick(kNames.size())];
         Header* const header = find(which, name, false);
         const Header* const exact = find(which, name, true);
         const KxHandle<KxSipHeader> found = m_messages[which]->getHeader(name);
         EXPECT_EQ(found.get(), exact == nullptr ? nullptr : exact->object) << name;
-        EXPECT_EQ(m_messages[which]->removeHeader(name), header != nullptr) << name;
-        if (header == nullptr) {
+        const std::vector<Header*> all = allNamed(which, name);
+        std::size_t seen = 0;
+        for (const KxSipHeader& value : m_messages[which]->valuesNamed(name)) {
+            EXPECT_EQ(&value, seen < all.size() ? all[seen]->object : nullptr) << name << ' ' << seen;
+            ++seen;
+        }
+        EXPECT_EQ(seen, all.size()) << name;
+        if (pick(40) == 0) {
+            EXPECT_EQ(m_messages[which]->removeAllNamed(name), all.size()) << name;
+            for (Header* const each : all) {
+                unlink(which, each);
+            }
             return;
         }
+        EXPECT_EQ(m_messages[which]->removeHeader(name), header != nullptr) << name;
+        if (header != nullptr) {
+            unlink(which, header);
+        }
+    }
+    void unlink(std::size_t which, Header* header) {
         const auto list = listOf(which, header->kind);
         Header** link = &list->second;
         while (*link != header) {

@@ -74,11 +74,14 @@ inline const std::vector<Operation> kSharedOperations{
      [](const Message& m) {
          static_cast<void>(m->getHeader("X-A").isNil() || m->getHeaderOrder().empty());
          static_cast<void>(m->isSupported("a") || m->isRequired("b"));
+         static_cast<void>(m->hasNamed("x-a") || m->hasNamed("ROUTE"));
      }},
     {"add first", [](const Message& m) { m->addHeader(readHeader("Via: SIP/2.0/UDP a, SIP/2.0/UDP b"), true); }},
     {"add last", [](const Message& m) { m->addHeader(KxMake<KxSipRouteHeader>("<sip:h;lr>"), false); }},
     {"add to a chain", [](const Message& m) { m->addHeader(KxMake<KxSipSupportedHeader>("x"), false); }},
     {"add single", [](const Message& m) { m->addSingleHeader(KxMake<KxSipUnknownHeader>("X-A", "1"), false); }},
+    {"add to a host's kind", [](const Message& m) { m->addHeader(readHeader("X-Kx-Account: a, b"), false); }},
+    {"remove all", [](const Message& m) { m->removeAllNamed("ROUTE"); }},
     {"remove", [](const Message& m) { m->removeHeader("Via"); }},
     {"remove unknown", [](const Message& m) { m->removeHeader("x-a"); }},
     {"set body", [](const Message& m) { m->setBody("a long enough body", "application/x-of-the-host"); }},
@@ -103,6 +106,7 @@ inline const std::vector<Operation> kOtherOperations{
     {"PRACK", [](const Message& m) { return derive(m, "prack body"); }},
     {"Request-URI", [](const Message& m) { return request(m).getNameAddress()->getURI()->getString(); }},
     {"insert Via", [](const Message& m) { request(m).insertViaHeader("192.0.2.9", 5070, "TCP"); }},
+    {"value text", [](const Message& m) { return first<KxSipViaHeader>(m).getValueText(); }},
     {"set address", [](const Message& m) { request(m).setPreferredIpAddr("2001:db8:1111:2222:3333:4444:5555:6666"); }},
     {"set user", [](const Message& m) { credentials(m).setUsername("a user name of its own block"); }},
     {"validate",
