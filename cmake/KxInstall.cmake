@@ -10,10 +10,13 @@ set(KX_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/KxSipObject")
 install(TARGETS kxcore kxutil kxsipobject EXPORT KxSipObjectTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(EXPORT KxSipObjectTargets NAMESPACE Kx:: DESTINATION "${KX_PACKAGE_DIR}" COMPONENT development)
-foreach(folder core util sipobject)
-    install(DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}"
+list(TRANSFORM KX_PRIVATE_HEADERS REPLACE "(.+)" "/\\1$" OUTPUT_VARIABLE private)
+list(JOIN private "|" private)
+foreach(folder "${PROJECT_SOURCE_DIR}/core" "${PROJECT_SOURCE_DIR}/util" "${PROJECT_SOURCE_DIR}/sipobject"
+        "${KX_GENERATED_DIR}/sipobject")
+    install(DIRECTORY "${folder}"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kxsipobject" COMPONENT development
-        FILES_MATCHING PATTERN "*.h")
+        FILES_MATCHING PATTERN "*.h" REGEX "(${private})" EXCLUDE)
 endforeach()
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/KxSipObjectConfig.cmake.in"

@@ -10,7 +10,7 @@ function(kx_add_library name)
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
     if(sources)
         add_library(${name}_objects OBJECT ${sources})
-        target_include_directories(${name}_objects PUBLIC "${PROJECT_SOURCE_DIR}")
+        target_include_directories(${name}_objects PUBLIC "${PROJECT_SOURCE_DIR}" "${KX_GENERATED_DIR}")
         target_link_libraries(${name}_objects PUBLIC ${ARG_DEPENDS})
         target_compile_definitions(${name}_objects PRIVATE ${KX_PUBLIC_DEFINITIONS})
         add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
@@ -24,7 +24,7 @@ function(kx_add_library name)
     endif()
     target_link_libraries(${name} ${scope} ${ARG_DEPENDS})
     target_include_directories(${name} ${scope}
-        "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+        "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR};${KX_GENERATED_DIR}>"
         "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/kxsipobject>")
     target_compile_features(${name} ${scope} cxx_std_20)
     target_compile_definitions(${name} ${scope} ${KX_PUBLIC_DEFINITIONS})

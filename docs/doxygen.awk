@@ -20,8 +20,12 @@ FILENAME ~ /\.md$/ {
         gsub(/[^a-z0-9 -]/, "", name)
         gsub(/ /, "-", name)
         $0 = $0 (name in linked ? " {#" name "}" : "")
-    } else if (match($0, /\]\(#[^)]*\)/)) {
-        linked[substr($0, RSTART + 3, RLENGTH - 4)]
+    } else {
+        rest = $0
+        while (match(rest, /\]\(#[^)]*\)/)) {
+            linked[substr(rest, RSTART + 3, RLENGTH - 4)]
+            rest = substr(rest, RSTART + RLENGTH)
+        }
     }
     print
     next

@@ -11,6 +11,7 @@
 #include "sipobject/messages/KxSipByeMessage.h"
 #include "sipobject/messages/KxSipCancelMessage.h"
 #include "sipobject/messages/KxSipPrackMessage.h"
+#include "sipobject/messages/KxSipResponseParts.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 
 #include <array>
@@ -279,9 +280,13 @@ private:
         const auto length = static_cast<std::uint32_t>(body.size());
         const auto response = as<KxSipResponse>(m_message);
         const auto request = as<KxSipRequest>(m_message);
+        const auto invite = as<KxSipInviteMessage>(m_message);
+        how %= request.isNil() ? 5 : invite.isNil() ? 6 : 9;
+        const KxSipResponseParts parts{
+            .statusCode = static_cast<int>(100 + with * 2), .contact = "<sip:c@h>", .contentType = "a/b", .body = body};
         Message derived;
         const std::string why = outcomeOf([&] {
-            switch (how % 5) {
+            switch (how) {
             case 0:
                 derived = KxMake<KxSipAckMessage>(response, body.data(), "a/b", length);
                 break;
@@ -292,14 +297,27 @@ private:
                 derived = KxMake<KxSipCancelMessage>(request);
                 break;
             case 3:
-                if (const auto invite = as<KxSipInviteMessage>(m_message); !invite.isNil()) {
+                if (!invite.isNil()) {
                     derived = KxMake<KxSipByeMessage>(invite);
                 } else {
                     derived = KxMake<KxSipByeMessage>(response);
                 }
                 break;
+            case 4:
+                derived = KxMake<KxSipResponse>(parts.statusCode, request, body.data(), "a/b", length);
+                break;
+            case 5:
+                derived = KxSipResponse::sBuild(*request, parts);
+                break;
+            case 6:
+                derived = KxSipCancelMessage::sFor(*invite);
+                break;
+            case 7:
+                derived = KxSipAckMessage::sFor(*invite, *KxSipResponse::sBuild(*invite, parts));
+                break;
             default:
-                derived = KxMake<KxSipResponse>(static_cast<int>(100 + with * 2), request, body.data(), "a/b", length);
+                KxSipDialog dialog = KxSipDialog::sOfCallee(*invite, *KxSipResponse::sBuild(*invite, parts));
+                derived = KxSipRequest::sWithin(dialog, "INFO", {.contentType = "a/b", .body = body});
             }
             return std::string();
         });
@@ -310,7 +328,7 @@ private:
         if (!derived->isValid()) {
             fail("a derived message is valid", m_text, written(*derived));
         }
-        const bool isSameTransaction = how % 5 == 2 || how % 5 == 4;
+        const bool isSameTransaction = how == 2 || (how >= 4 && how <= 6);
         if (isSameTransaction && m_message->getStatus() != KX_STATUS_UNUSABLE) {
             same("a response, and a CANCEL, has the key of its request", keyOf(*m_message), keyOf(*derived));
         }

@@ -2,15 +2,41 @@
 // not name an MD5 algorithm). The written text is read again and written as the same bytes, except for the changes that
 // a header line or a URI undergoes when it is read and written on its own (see fuzz_header and fuzz_url). A copy is
 // written as its original. Every stream gets the same bytes and is flushed once. A stream that delivers one byte at a
-// time reads as memory does. Full logging does not change the result.
+// time reads as memory does. Full logging does not change the result. KxSipReading reads as sConstructFrom does; the
+// response that it makes is read without a fault if it is complete, and is at most 512 bytes longer than the request.
 
 #include "fuzz/MessageRound.h"
 #include "fuzz/Traced.h"
+#include "sipobject/messages/KxSipReading.h"
+
+static void checkReading(std::string_view bytes, const ReadMessage& plain, std::size_t unread) {
+    const KxSipReading reading = KxSipReading::sRead(bytes);
+    const bool skips = bytes.starts_with('\r') || bytes.starts_with('\n'); // line ends before the message
+    if (!skips) {
+        same("both ways of reading agree", plain.text, outcomeOf([&reading] {
+                 return reading.message.isNil() ? std::string("! ").append(reading.errorText.view())
+                                                : written(*reading.message);
+             }));
+        same("both stop at one place", std::to_string(bytes.size() - unread), std::to_string(reading.consumed));
+    }
+    if (const KxHandle<KxSipResponse> answer = reading.response(400, "t"); !answer.isNil()) {
+        const std::string text = written(*answer);
+        KxByteArrayInputStream in{std::string_view(text)};
+        const ReadMessage again(in);
+        if (answer->getStatus() == KX_STATUS_VALID) {
+            same("a response can be read", text, again.text);
+        }
+        if (text.size() > bytes.size() + 512 || (!again.message.isNil() && again.message->getStatus() != 0)) {
+            fail("a response is short and has no faults", bytes, text);
+        }
+    }
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Block block(data, size);
     KxByteArrayInputStream in(block.view());
     const ReadMessage first(in);
+    checkReading(block.view(), first, in.available());
     Dribble dribble(block.view());
     same("a stream that dribbles reads as memory", first.text, ReadMessage(dribble).text);
     if (size % 8 == 0) { // logging is slow

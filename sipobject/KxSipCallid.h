@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipText.h"
 #include "sipobject/SipApi.h"
 #include "util/KxHandle.h"
 #include "util/KxString.h"
@@ -12,9 +13,10 @@ public:
     KxSipCallid();
     /** Null means the name of this host. */
     explicit KxSipCallid(const char* host);
+    explicit KxSipCallid(KxSipText host) : KxSipCallid(host.isNone() ? nullptr : host.line().c_str()) {}
     /** The copy shares the text. */
     KxSipCallid(const KxSipCallid&) = default;
-    KxSipCallid* clone() const override;
+    [[nodiscard]] KxSipCallid* clone() const override;
 
     const char* getValue() const { return m_value.c_str(); }
     operator const char*() const { return getValue(); }

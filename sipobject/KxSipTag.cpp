@@ -1,6 +1,7 @@
 #include "sipobject/KxSipTag.h"
 
 #include "util/KxTime.h"
+#include "util/UUID.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,12 @@ KxSipTag::KxSipTag(const char* prefix) {
 
 KxSipTag* KxSipTag::clone() const {
     return new KxSipTag(*this);
+}
+
+KxString KxSipTag::sRandom() {
+    char text[UUID::kTextLength + 1];
+    UUID::uuid_create_string(text);
+    return KxString(text, UUID::kTextLength);
 }
 
 void KxSipTag::reGenerate(const char* prefix) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipText.h"
 #include "sipobject/SipApi.h"
 #include "util/KxHandle.h"
 #include "util/KxString.h"
@@ -11,8 +12,13 @@ class KX_SIP_API KxSipTag final : public KxObject {
 public:
     /** A null `prefix` gives a tag without prefix. */
     explicit KxSipTag(const char* prefix);
+    explicit KxSipTag(KxSipText prefix) : KxSipTag(prefix.isNone() ? nullptr : prefix.line().c_str()) {}
     KxSipTag(const KxSipTag&) = default;
-    KxSipTag* clone() const override;
+    [[nodiscard]] KxSipTag* clone() const override;
+
+    /** A tag from the system's random source, which cannot be predicted. The messages that are built by named parts use
+        it. [RFC 3261 19.3] */
+    [[nodiscard]] static KxString sRandom();
 
     /** The tag; null if there is no value. */
     const char* getValue() const { return m_value.isNil() ? nullptr : m_value.c_str(); }

@@ -4,7 +4,7 @@
 
 #include <string>
 
-void KxSipText::raiseMissing(std::string_view what) {
+void KxSipText::sRaiseMissing(std::string_view what) {
     KxSipParseError::sThrow(std::string("Text is missing: ").append(what));
 }
 

@@ -25,19 +25,28 @@ public:
              !std::convertible_to<const T&, const char*>) KxSipText(const T& text)
         : m_view(text) {}
 
-    bool isNone() const { return m_view.empty(); }
+    [[nodiscard]] bool isNone() const { return m_view.empty(); }
     std::string_view view() const { return m_view; }
     /** The text as a string, nil if there is none. Throws KxSipParseError if it contains CR, LF or NUL. */
-    KxString line() const {
+    [[nodiscard]] KxString line() const {
         check();
         return isNone() ? KxString() : m_shared != nullptr ? *m_shared : KxString(m_view);
     }
     /** As line. Throws KxSipParseError if there is no text, with `what`, such as "From", in the error text. */
-    KxString needed(std::string_view what) const {
+    [[nodiscard]] KxString needed(std::string_view what) const {
         if (isNone()) {
-            raiseMissing(what);
+            sRaiseMissing(what);
         }
         return line();
+    }
+    /** As needed if `isNeeded`, else as line. */
+    [[nodiscard]] KxString neededIf(bool isNeeded, std::string_view what) const {
+        return isNeeded ? needed(what) : line();
+    }
+    /** The same text, for a function that reads its view. Throws KxSipParseError if it contains CR, LF or NUL. */
+    [[nodiscard]] const KxSipText& checked() const {
+        check();
+        return *this;
     }
     /** Throws KxSipParseError if the text contains CR, LF or NUL. */
     void check() const {
@@ -46,8 +55,10 @@ public:
         }
     }
 
+    /** Throws KxSipParseError, with `what` in the error text. */
+    [[noreturn]] KX_SIP_API static void sRaiseMissing(std::string_view what);
+
 private:
-    [[noreturn]] KX_SIP_API static void raiseMissing(std::string_view what);
     [[noreturn]] KX_SIP_API static void raiseLineEnd();
 
     std::string_view m_view;

@@ -19,7 +19,7 @@ public:
     KxByteArray(const KxByteArray&) = delete;
     KxByteArray& operator=(const KxByteArray&) = delete;
 
-    KxByteArray* clone() const override;
+    [[nodiscard]] KxByteArray* clone() const override;
     /** Compares byte by byte; a prefix sorts first. */
     int compareWith(const KxObject& other) const override;
     std::uint32_t hashCode() const override;

@@ -38,7 +38,7 @@ public:
     /** Shares the object, or adopts it if it is new and not yet counted; nil for null. */
     explicit KxHandle(T* object) : Parent() { adopt(object); }
     /** The first handle of a new object; nil for null. */
-    static KxHandle sOfNew(T* object) {
+    [[nodiscard]] static KxHandle sOfNew(T* object) {
         if (object != nullptr) {
             KxHandleBase::countFirst(*object);
         }
@@ -133,6 +133,6 @@ template <class T>
 
 /** The object as a U, or nil if it is not a U. */
 template <class U, class T>
-KxHandle<U> KxHandleCast(const KxHandle<T>& handle) {
+[[nodiscard]] KxHandle<U> KxHandleCast(const KxHandle<T>& handle) {
     return KxHandle<U>(dynamic_cast<U*>(handle.get()));
 }

@@ -10,7 +10,7 @@ struct KxUncounted {};
 /** The common base of all handles: one pointer, which is nil or holds a reference. */
 class KX_UTIL_API KxHandleBase {
 public:
-    bool isNil() const { return m_object == nullptr; }
+    [[nodiscard]] bool isNil() const { return m_object == nullptr; }
     explicit operator bool() const { return m_object != nullptr; }
 
     friend bool operator==(const KxHandleBase& a, const KxHandleBase& b) { return a.m_object == b.m_object; }

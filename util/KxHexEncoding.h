@@ -17,5 +17,5 @@ public:
     static char* toHex(std::string_view bytes, char* out);
 
     /** The byte that two digits of either case encode. A character that is not a digit counts as 0. */
-    static char fromHex(char high, char low);
+    [[nodiscard]] static char fromHex(char high, char low);
 };

@@ -21,14 +21,14 @@ public:
     }
 
     /** A new deep copy with the count 0, owned by the caller. */
-    virtual KxObject* clone() const = 0;
+    [[nodiscard]] virtual KxObject* clone() const = 0;
 
     /** Returns a negative number, zero or a positive number when this object sorts before, equal to or after the other.
         Compares addresses unless a class says otherwise. */
-    virtual int compareWith(const KxObject& other) const;
+    [[nodiscard]] virtual int compareWith(const KxObject& other) const;
 
     /** A hash that agrees with compareWith. */
-    virtual std::uint32_t hashCode() const;
+    [[nodiscard]] virtual std::uint32_t hashCode() const;
 
     /** Writes a form that people can read; with `verbose`, all there is to show. */
     virtual void display(KxOutputStream& out, bool verbose) const;

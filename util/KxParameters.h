@@ -80,7 +80,7 @@ public:
     KxParameters& operator=(const KxParameters& other);
     ~KxParameters() override;
 
-    KxParameters* clone() const override { return new KxParameters(*this); }
+    [[nodiscard]] KxParameters* clone() const override { return new KxParameters(*this); }
     /** Compares the written forms. */
     int compareWith(const KxObject& other) const override;
     std::uint32_t hashCode() const override;
@@ -102,8 +102,8 @@ public:
     /** The value; nil when the name is absent, empty when the name has no value. */
     KxString getValue(std::string_view name) const;
     /** As getValue, without a copy; null when the name is absent. Valid until the list changes. */
-    const KxString* findValue(std::string_view name) const;
-    bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
+    [[nodiscard]] const KxString* findValue(std::string_view name) const;
+    [[nodiscard]] bool isPresent(std::string_view name) const { return findValue(name) != nullptr; }
     /** Sets the value of a name, or adds the pair. A nil value changes nothing. */
     void setValue(std::string_view name, const KxString& value);
     /** As setValue for each pair. When there is no memory, none is set. */

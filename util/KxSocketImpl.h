@@ -14,13 +14,13 @@ public:
     KxSocketImpl() = delete;
 
     /** The transport of that name in any letter case; invalid for any other text, surrounding blanks included. */
-    static Oskan::Fallible<Transport> parseTransport(std::string_view name);
+    [[nodiscard]] static Oskan::Fallible<Transport> parseTransport(std::string_view name);
     /** As above; invalid for null. */
-    static Oskan::Fallible<Transport> parseTransport(const char* name) {
+    [[nodiscard]] static Oskan::Fallible<Transport> parseTransport(const char* name) {
         return name == nullptr ? Oskan::Fallible<Transport>() : parseTransport(std::string_view(name));
     }
 
     /** "UDP" or, with `lowerCase`, "udp"; "UNKNOWN" or "unknown" for a number that is not a transport. The strings are
         constants that live as long as the process. */
-    static const KxString& getTransportString(Transport transport, bool lowerCase = false);
+    [[nodiscard]] static const KxString& getTransportString(Transport transport, bool lowerCase = false);
 };

@@ -19,8 +19,8 @@ public:
     /** Shares the buffer. */
     explicit KxString(KxHandle<KxStringBuffer> buffer) : m_buffer(std::move(buffer)) {}
 
-    bool isNil() const { return m_buffer.isNil(); }
-    bool empty() const { return length() == 0; }
+    [[nodiscard]] bool isNil() const { return m_buffer.isNil(); }
+    [[nodiscard]] bool empty() const { return length() == 0; }
     std::size_t length() const { return isNil() ? 0 : m_buffer.get()->length(); }
     const char* c_str() const { return isNil() ? "" : m_buffer.get()->c_str(); }
     std::string_view view() const { return isNil() ? std::string_view("", 0) : m_buffer.get()->view(); }
@@ -33,16 +33,16 @@ public:
     /** As above, but the copy of a constant belongs to the caller only. */
     KxHandle<KxStringBuffer> getBuffer() const { return KxString(*this).getBuffer(); }
     /** Whether the two strings have the same buffer or constant. */
-    bool sharesWith(const KxString& other) const { return m_buffer == other.m_buffer; }
+    [[nodiscard]] bool sharesWith(const KxString& other) const { return m_buffer == other.m_buffer; }
 
-    int compareWith(std::string_view other) const { return view().compare(other); }
-    int compareNoCase(std::string_view other) const { return KxAscii::compareNoCase(view(), other); }
-    bool equalsNoCase(std::string_view other) const { return KxAscii::equalsNoCase(view(), other); }
+    [[nodiscard]] int compareWith(std::string_view other) const { return view().compare(other); }
+    [[nodiscard]] int compareNoCase(std::string_view other) const { return KxAscii::compareNoCase(view(), other); }
+    [[nodiscard]] bool equalsNoCase(std::string_view other) const { return KxAscii::equalsNoCase(view(), other); }
     /** The first position of `text` from `start` on; -1 when absent. */
-    std::ptrdiff_t indexOf(std::string_view text, std::size_t start = 0) const;
-    KxString substr(std::size_t start, std::size_t length) const;
-    KxString upper() const;
-    KxString lower() const;
+    [[nodiscard]] std::ptrdiff_t indexOf(std::string_view text, std::size_t start = 0) const;
+    [[nodiscard]] KxString substr(std::size_t start, std::size_t length) const;
+    [[nodiscard]] KxString upper() const;
+    [[nodiscard]] KxString lower() const;
 
     /** Appends the text; a shared buffer is copied first. */
     KxString& append(std::string_view text);

@@ -28,7 +28,7 @@ public:
     /** The 16 bytes of the digest as a new array. Nil reads as empty. */
     static KxHandle<KxByteArray> digest(const KxHandle<KxByteArray>& bytes);
     /** The digest of a text given in one piece. */
-    static Raw digestOf(std::string_view text);
+    [[nodiscard]] static Raw digestOf(std::string_view text);
 
     /** Adds a piece to the text of the digest; up to 2^61 bytes in all. */
     void update(std::string_view piece) {
@@ -41,7 +41,7 @@ public:
         }
     }
     /** Returns the digest of all pieces. The object can then be used for another digest. */
-    Raw finish();
+    [[nodiscard]] Raw finish();
 
 private:
     static constexpr std::size_t kBlock = 64;

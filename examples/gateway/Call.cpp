@@ -29,17 +29,6 @@ constexpr seconds kLongestCall{3600}; // also if the other side has disappeared
 
 const char* const Call::kAllow[6] = {"INVITE", "ACK", "PRACK", "BYE", "CANCEL", "OPTIONS"};
 
-bool lists(const KxSipMessage& message, HeaderID header, std::string_view optionTag) {
-    const auto is = [optionTag](const auto& value) { return !value.isNil() && value->getOptionTag() == optionTag; };
-    KxHandle<KxSipHeader> value = message.getHeaderByID(header);
-    for (; !value.isNil(); value = value->getNext()) {
-        if (is(KxHandleCast<KxSipSupportedHeader>(value)) || is(KxHandleCast<KxSipRequireHeader>(value))) {
-            return true;
-        }
-    }
-    return false;
-}
-
 Call::Call(CallHost& host, const Peer& peer, std::string tag)
     : m_host(host), m_peer(peer), m_tag(std::move(tag)), m_session(host.timers), m_longest(host.timers) {
     m_longest.start(kLongestCall, [this] { hangUp("lasts too long"); });
@@ -223,7 +212,7 @@ void Call::offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSip
         interval = std::min(interval, asked->getDeltaSeconds());
     }
     const bool theyRefresh =
-        lists(*invite, KxHeaderIDs::kSupported, "timer") && (asked.isNil() || !asked->isRefresherUAS());
+        lists<KxSipSupportedHeader>(*invite, "timer") && (asked.isNil() || !asked->isRefresherUAS());
     const auto granted = KxMake<KxSipSessionExpiresHeader>(interval);
     granted->setRefresher(theyRefresh ? KxSipSessionExpiresHeader::sUAC : KxSipSessionExpiresHeader::sUAS);
     ok->addHeader(granted, false);

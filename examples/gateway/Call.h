@@ -6,6 +6,7 @@
 #include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipInviteMessage.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -126,6 +127,10 @@ private:
     Timer m_longest;
 };
 
-/** Whether a Supported or Require header of the message lists the option tag. The header is searched by identifier, so
-    that compact names are found too. */
-bool lists(const KxSipMessage& message, HeaderID header, std::string_view optionTag);
+/** Whether a Supported or Require header (the class H) of the message lists the option tag. */
+template <class H>
+bool lists(const KxSipMessage& message, std::string_view optionTag) {
+    const auto values = message.values<H>();
+    return std::any_of(values.begin(), values.end(),
+                       [optionTag](const H& value) { return value.getOptionTag() == optionTag; });
+}

@@ -8,6 +8,7 @@
 #include "sipobject/headers/KxSipRAckHeader.h"
 #include "sipobject/headers/KxSipRSeqHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
+#include "sipobject/headers/KxSipSupportedHeader.h"
 
 #include <cstdlib>
 
@@ -43,7 +44,7 @@ void Callee::ring() {
     for (; !hop.isNil(); hop = hop->getNext()) {
         ringing->addSingleHeader(hop, false);
     }
-    if (lists(*m_invite, KxHeaderIDs::kSupported, "100rel") || lists(*m_invite, KxHeaderIDs::kRequire, "100rel")) {
+    if (lists<KxSipSupportedHeader>(*m_invite, "100rel") || lists<KxSipRequireHeader>(*m_invite, "100rel")) {
         m_rseq = static_cast<std::uint32_t>(std::rand()) / 2 + 1;
         ringing->addHeader(KxMake<KxSipRequireHeader>("100rel"), false);
         ringing->addHeader(KxMake<KxSipRSeqHeader>(m_rseq), false);

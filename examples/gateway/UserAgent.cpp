@@ -2,8 +2,6 @@
 
 #include "Log.h"
 
-#include "sipobject/KxSipParseError.h"
-#include "sipobject/KxSipParseKeepAliveException.h"
 #include "sipobject/KxSipTag.h"
 #include "sipobject/headers/KxSipAcceptHeader.h"
 #include "sipobject/headers/KxSipAllowHeader.h"
@@ -14,7 +12,6 @@
 #include "sipobject/headers/KxSipSupportedHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
-#include "util/KxByteArrayInputStream.h"
 
 #include <algorithm>
 #include <chrono>
@@ -29,41 +26,12 @@ void addAllow(KxSipMessage& message) {
     }
 }
 
-/** Returns a request with the headers that a response needs, from a request that can't be parsed. Nil if it can't or
-    must not be answered. */
-KxHandle<KxSipRequest> salvage(std::string_view bytes) {
-    const std::string_view line = bytes.substr(0, bytes.find('\n'));
-    const std::string method(line.substr(0, line.find(' ')));
-    if (method.empty() || method.size() > 31 || method.starts_with("SIP/") || method == "ACK") {
-        return {};
-    }
-    KxByteArrayInputStream in(bytes.substr(std::min(line.size() + 1, bytes.size())));
-    const auto request = KxMake<KxSipUnknownRequest>(method.c_str());
-    while (in.available() != 0 && in.peek() != '\r' && in.peek() != '\n') {
-        try {
-            const auto header = KxSipHeader::sConstructFrom(in);
-            const HeaderID id = header->getHeaderID();
-            if (id == KxHeaderIDs::kVia) {
-                request->addHeader(header, false);
-            } else if (id <= KxHeaderIDs::kCallId && request->getHeaderByID(id).isNil()) {
-                request->addSingleHeader(header, false);
-            }
-        } catch (const KxHandle<KxException>&) { // the line is dropped
-        }
-    }
-    return request->getViaHeader().isNil() ? KxHandle<KxSipRequest>() : request;
-}
-
-/** Returns the code of the response to a request that the parser refuses. */
-int codeFor(std::string_view why) {
-    return why == "Unsupported Uri Scheme" ? 416 : why == "Invalid SIP Version" ? 505 : 400;
-}
-
-/** Returns the address to which the responses to a request go. */
-Peer answersTo(const KxSipRequest& request, const Peer& from) {
+/** Adds the source of a request to its top Via, and returns the address to which the response goes. */
+Peer answersTo(KxSipViaHeader& via, const Peer& from) {
+    const unsigned port = from.address.get_port_number();
+    noteSource(via, hostOf(from.address), port);
     Peer to = from;
-    to.address.set_port_number(
-        static_cast<u_short>(replyPort(*request.getViaHeader(), from.address.get_port_number())));
+    to.address.set_port_number(static_cast<u_short>(replyPort(via, port)));
     return to;
 }
 
@@ -77,72 +45,67 @@ UserAgent::UserAgent(Timers& clock, Transport& wire, const Times& waits, const L
 
 void UserAgent::receive(const KxSipFramer::Frame& frame, const Peer& from) {
     guarded("a message", [&] {
+        const KxSipReading reading = KxSipReading::sRead(frame.bytes);
         if (frame.kind == KxSipFramer::Kind::Error) {
-            return refuseUnframed(frame, from);
+            return refuseUnframed(frame, reading, from);
         }
-        KxHandle<KxSipMessage> message;
-        try {
-            KxByteArrayInputStream in(frame.bytes);
-            message = KxSipMessage::sConstructFrom(in);
-        } catch (const KxHandle<KxSipParseKeepAliveException>&) {
-            return;
-        } catch (const KxHandle<KxException>& failure) {
-            const KxString& why = failure->getExceptionMessage();
-            return refuseUnreadable(frame.bytes, why, codeFor(why), from);
+        if (!reading.isUsable()) {
+            return refuseUnusable(reading, reading.errorText, 0, from);
         }
-        if (message->isResponse()) {
-            return transactions.receive(KxHandleCast<KxSipResponse>(message));
+        if (auto* const response = reading.message->as<KxSipResponse>()) {
+            return transactions.receive(KxHandle<KxSipResponse>(response));
         }
-        const auto request = KxHandleCast<KxSipRequest>(message);
-        if (!request->getViaHeader().isNil()) {
-            noteSource(*request->getViaHeader(), hostOf(from.address), from.address.get_port_number());
-            serve(request, answersTo(*request, from));
+        if (!reading.dropped.empty()) {
+            return refuseUnusable(reading, "a header line", 400, from);
         }
+        const Request request(reading.message->as<KxSipRequest>());
+        serve(request, answersTo(*request->getViaHeader(), from));
     });
 }
 
 /** Answers a request that can't be framed, unless its header section is incomplete. */
-void UserAgent::refuseUnframed(const KxSipFramer::Frame& frame, const Peer& from) {
+void UserAgent::refuseUnframed(const KxSipFramer::Frame& frame, const KxSipReading& reading, const Peer& from) const {
     if (frame.error == KxSipFramer::Error::HeaderSectionTooLarge) {
         LOG4CPLUS_INFO(logger(), "from " << hostOf(from.address) << ": " << frame.errorText());
         return;
     }
-    const bool isTooLarge = frame.error == KxSipFramer::Error::BodyTooLarge;
-    refuseUnreadable(frame.bytes, frame.errorText(), isTooLarge ? 513 : 400, from);
+    refuseUnusable(reading, frame.errorText(), frame.error == KxSipFramer::Error::BodyTooLarge ? 513 : 400, from);
 }
 
-/** Answers a request that can't be parsed. The exception carries no message, so the bytes are searched for its
-    headers. */
-void UserAgent::refuseUnreadable(std::string_view bytes, std::string_view why, int code, const Peer& from) {
-    LOG4CPLUS_INFO(logger(), "unreadable, from " << hostOf(from.address) << ": " << printable(why));
-    const Request request = salvage(bytes);
-    if (!request.isNil()) {
-        noteSource(*request->getViaHeader(), hostOf(from.address), from.address.get_port_number());
-        reply(makeResponse(code, request), request, answersTo(*request, from));
+/** Answers a request that can't be processed, with the code; 0 for the one that suits its fault. */
+void UserAgent::refuseUnusable(const KxSipReading& reading, std::string_view why, int code, const Peer& from) const {
+    if (!why.empty()) {
+        LOG4CPLUS_INFO(logger(), "unreadable, from " << hostOf(from.address) << ": " << printable(why));
+    }
+    if (const auto response = reading.response(code); !response.isNil()) {
+        const Peer to = answersTo(*response->getViaHeader(), from);
+        setTag(*response, *(reading.message.isNil() ? reading.salvaged : reading.message));
+        transport.send(bytesOf(*response), to);
     }
 }
 
-/** Answers without a transaction. A retransmitted request gets the same response again, with the same To tag. */
+/** Answers without a transaction. */
 void UserAgent::reply(const KxHandle<KxSipResponse>& response, const Request& request, const Peer& from) {
-    if (!request->getToHeader()->isTagPresent()) {
-        const std::string_view callId = request->getCallIdHeader()->getCallId();
-        const std::string_view branch = request->getViaHeader()->getBranch();
-        const std::size_t hash = std::hash<std::string>()(std::string(m_secret).append(callId).append(branch));
-        response->getToHeader()->setTag(std::to_string(hash).c_str());
-    }
+    setTag(*response, *request);
     transport.send(bytesOf(*response), from);
+}
+
+/** Gives the response to a retransmitted request the same To tag again, unless the request has one. */
+void UserAgent::setTag(KxSipResponse& response, const KxSipMessage& request) const {
+    const auto to = request.getToHeader();
+    if (!to.isNil() && !to->isTagPresent()) {
+        const auto callId = request.getCallIdHeader();
+        const std::string_view branch = request.getViaHeader()->getBranch();
+        const std::size_t hash = std::hash<std::string>()(
+            std::string(m_secret).append(callId.isNil() ? KxString() : callId->getCallId()).append(branch));
+        response.getToHeader()->setTag(std::to_string(hash).c_str());
+    }
 }
 
 void UserAgent::serve(const Request& request, const Peer& from) {
     const std::string_view method = request->getMethod();
     if (method == "ACK") {
-        if (request->isValid()) {
-            acknowledge(*request);
-        }
-        return;
-    }
-    if (request->getStatus() != KX_STATUS_VALID) { // a message that could not be read as a whole may have no key
-        return reply(makeResponse(400, request), request, from);
+        return acknowledge(*request);
     }
     const Transactions::Id id = Transactions::idOf(*request, method);
     if (transactions.repeat(id)) {
@@ -169,13 +132,9 @@ void UserAgent::acknowledge(const KxSipRequest& ack) {
 
 /** Returns the response to a request that can't be served in or outside a dialog, else nil. */
 KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
-    unsigned code = 0;
-    if (request->rejectedByStack(code) || !request->isValid()) {
-        return makeResponse(code < 100 ? 400 : static_cast<int>(code), request);
-    }
     const std::string_view method = request->getMethod();
     if (std::find(std::begin(Call::kAllow), std::end(Call::kAllow), method) == std::end(Call::kAllow)) {
-        const bool isUnknown = !KxHandleCast<KxSipUnknownRequest>(request).isNil();
+        const bool isUnknown = request->as<KxSipUnknownRequest>() != nullptr;
         const KxHandle<KxSipResponse> response = makeResponse(isUnknown ? 501 : 405, request);
         addAllow(*response);
         return response;
@@ -239,7 +198,8 @@ void UserAgent::invite(const Request& request, const Transactions::Id& id, const
         return reply(refusal, request, from);
     }
     transactions.open(id, from, m_transactions.take());
-    const auto call = std::make_shared<Callee>(*this, from, KxHandleCast<KxSipInviteMessage>(request), id);
+    const auto call =
+        std::make_shared<Callee>(*this, from, KxHandle<KxSipInviteMessage>(request->as<KxSipInviteMessage>()), id);
     call->begin(); // before the call is stored: one that can't begin must not stay
     m_calls.emplace(call->tag(), call);
 }

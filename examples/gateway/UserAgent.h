@@ -3,6 +3,8 @@
 #include "Callee.h"
 #include "Caller.h"
 
+#include "sipobject/messages/KxSipReading.h"
+
 #include <unordered_map>
 
 /** A user-agent client and server: parses each message that is received, refuses the requests that it must refuse, and
@@ -48,8 +50,9 @@ private:
     KxHandle<KxSipResponse> refuse(const Request& request) const;
     KxHandle<KxSipResponse> makeLater(int code, const Request& request) const;
     KxHandle<KxSipResponse> makeOptions(const Request& request) const;
-    void refuseUnframed(const KxSipFramer::Frame& frame, const Peer& from);
-    void refuseUnreadable(std::string_view bytes, std::string_view why, int code, const Peer& from);
+    void refuseUnframed(const KxSipFramer::Frame& frame, const KxSipReading& reading, const Peer& from) const;
+    void refuseUnusable(const KxSipReading& reading, std::string_view why, int code, const Peer& from) const;
+    void setTag(KxSipResponse& response, const KxSipMessage& request) const;
     void reply(const KxHandle<KxSipResponse>& response, const Request& request, const Peer& from);
 
     std::size_t m_maxCalls;

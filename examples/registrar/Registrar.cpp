@@ -1,12 +1,11 @@
 #include "Registrar.h"
 
 #include "common/Answers.h"
-#include "sipobject/KxSipParseKeepAliveException.h"
 #include "sipobject/headers/KxSipAllowHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
+#include "sipobject/messages/KxSipReading.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
-#include "util/KxByteArrayInputStream.h"
 
 #include <log4cplus/loggingmacros.h>
 
@@ -23,14 +22,15 @@ log4cplus::Logger& logger() {
 
 Registrar::Reply Registrar::answer(std::string_view datagram, const std::string& host, unsigned port) {
     try {
-        KxByteArrayInputStream in(datagram);
-        const auto request = KxHandleCast<KxSipRequest>(KxSipMessage::sConstructFrom(in));
-        if (request.isNil() || request->getViaHeader().isNil() || request->getMethod() == std::string_view("ACK")) {
+        const KxSipReading reading = KxSipReading::sRead(datagram);
+        if (!reading.isUsable() || !reading.dropped.empty()) { // a line that was dropped may be a Contact
+            return refuse(reading.response(reading.isUsable() ? 400 : 0), host, port);
+        }
+        const KxHandle<KxSipRequest> request(reading.message->as<KxSipRequest>());
+        if (request.isNil() || request->getMethod() == std::string_view("ACK")) {
             return {};
         }
         return {respond(request, datagram, host, port), replyPort(*request->getViaHeader(), port)};
-    } catch (const KxHandle<KxSipParseKeepAliveException>&) {
-        return {};
     } catch (const KxHandle<KxException>& failure) {
         LOG4CPLUS_INFO(logger(),
                        "no answer to " << host << ':' << port << ": " << printable(failure->getExceptionMessage()));
@@ -38,6 +38,14 @@ Registrar::Reply Registrar::answer(std::string_view datagram, const std::string&
         LOG4CPLUS_ERROR(logger(), "no answer to " << host << ':' << port << ": " << failure.what());
     }
     return {};
+}
+
+Registrar::Reply Registrar::refuse(const KxHandle<KxSipResponse>& response, const std::string& host, unsigned port) {
+    if (response.isNil()) {
+        return {};
+    }
+    noteSource(*response->getViaHeader(), host, port);
+    return {bytesOf(*response), replyPort(*response->getViaHeader(), port)};
 }
 
 std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::string_view datagram,
@@ -69,19 +77,15 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
 
 /** Returns the response to a request that the registrar does not serve, else nil. */
 KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request, std::size_t size) const {
-    unsigned code = 0;
     if (size > kLargestRequest) {
         return makeResponse(513, request);
-    }
-    if (request->rejectedByStack(code)) { // codes below 100 mean that a part could not be read
-        return makeResponse(code < 100 ? 400 : static_cast<int>(code), request);
     }
     const std::string_view method = request->getMethod();
     if (method == "CANCEL") { // requests are answered at once, so there is nothing to cancel
         return makeResponse(481, request);
     }
     if (method != "REGISTER") {
-        const bool isUnknown = dynamic_cast<const KxSipUnknownRequest*>(request.get()) != nullptr;
+        const bool isUnknown = request->as<KxSipUnknownRequest>() != nullptr;
         const KxHandle<KxSipResponse> response = makeResponse(isUnknown ? 501 : 405, request);
         response->addHeader(KxMake<KxSipAllowHeader>("REGISTER"), false);
         return response;

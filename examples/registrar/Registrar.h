@@ -18,11 +18,13 @@ public:
 
     Registrar(const std::string& realm, Users users) : m_authenticator(realm, std::move(users)) {}
 
-    /** Returns the response to a datagram; an empty one for responses, ACKs, keep-alives and datagrams that can't be
-        parsed. No datagram makes it throw. */
+    /** Returns the response to a datagram; an empty one for responses, ACKs, keep-alives and requests without a Via that
+        can be read. No datagram makes it throw. */
     Reply answer(std::string_view datagram, const std::string& host, unsigned port);
 
 private:
+    /** Returns the bytes of a response to a request that can't be processed; nothing for nil. */
+    static Reply refuse(const KxHandle<KxSipResponse>& response, const std::string& host, unsigned port);
     std::string respond(const KxHandle<KxSipRequest>& request, std::string_view datagram, const std::string& host,
                         unsigned port);
     KxHandle<KxSipResponse> refuse(const KxHandle<KxSipRequest>& request, std::size_t size) const;

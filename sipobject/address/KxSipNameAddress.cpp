@@ -109,6 +109,12 @@ void KxSipNameAddress::parse(const char* text) {
     parse(in);
 }
 
+void KxSipNameAddress::parse(KxSipText text) {
+    const Oskan::EntryDepth entry;
+    KxSipLine line(text.checked().view());
+    parse(line).raiseIfAny();
+}
+
 void KxSipNameAddress::parse(KxInputStream& in) {
     const Oskan::EntryDepth entry;
     KxSipLine line(in);

@@ -13,12 +13,18 @@ public:
     KxSipNameAddress();
     /** Holds a copy of the URI; nil stays nil. */
     KxSipNameAddress(const KxString& displayName, const KxHandle<KxURI>& uri);
+    KxSipNameAddress(KxSipStdText displayName, const KxHandle<KxURI>& uri)
+        : KxSipNameAddress(displayName.line(), uri) {}
     /** Reads a standalone name-address: parameters after a bare SIP URL belong to the URL. Throws as parse does. */
     explicit KxSipNameAddress(const char* text);
+    explicit KxSipNameAddress(KxSipText text) : KxSipNameAddress(Unset::Tag) {
+        m_standalone = true;
+        parse(text);
+    }
     /** Copies the URI too. */
     KxSipNameAddress(const KxSipNameAddress& other);
     KxSipNameAddress& operator=(const KxSipNameAddress&) = delete;
-    KxSipNameAddress* clone() const override;
+    [[nodiscard]] KxSipNameAddress* clone() const override;
     ~KxSipNameAddress() override;
 
     /** Returns a name-address read from a header value: parameters after a bare SIP URL belong to the header. Throws as
@@ -32,10 +38,10 @@ public:
     /** The URI itself, shared. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
     /** The URI as a SIP URL; nil if it is not one. */
-    KxHandle<KxSipURL> getURL() const;
+    [[nodiscard]] KxHandle<KxSipURL> getURL() const;
     /** The URI as text; empty without a URI. */
     KxString getURLString() const;
-    bool hasBrackets() const { return m_brackets; }
+    [[nodiscard]] bool hasBrackets() const { return m_brackets; }
     void setBrackets(bool brackets) { m_brackets = brackets; }
 
     /** Reads display name and URI, and stops after the URI; the class of the URI decides whether a ">" and a ";" after
@@ -47,6 +53,7 @@ public:
     KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
+    void parse(KxSipText text);
 
     /** Writes the name-address. */
     void display(KxOutputStream& out, bool verbose) const override;

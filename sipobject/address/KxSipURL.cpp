@@ -2,17 +2,22 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURLParser.h"
 #include "util/KxByteArrayOutputStream.h"
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace {
 
 constinit Oskan::AceCleanupLogger s_unknownTransportLogger{"KxSipURL.UnknownTransportInContact"};
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 constexpr KxCharSet kEscapedInHeader("&+/:;=?@");
+constexpr KxCharSet kNotInUser("\"&:@");
+constexpr KxCharSet kNotInHost("\"&:@,;?"); // and not in a password
+constexpr std::uint32_t kLastPort = 65535;
 
 KxURI* makeSipURL() {
     return new KxSipURL;
@@ -21,6 +26,34 @@ KxURI* makeSipURL() {
 const struct Registration {
     Registration() { KxURI::sAddConstructor(KxSipURL::sToken.c_str(), &makeSipURL); }
 } s_registration;
+
+/** Whether no part of a URL can contain the character: some of the texts that contain a URL end there. */
+bool endsURL(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte <= ' ' || byte == 0x7f || c == '<' || c == '>';
+}
+
+bool isPart(std::string_view text, const KxCharSet& excluded) {
+    return std::none_of(text.begin(), text.end(), [&](char c) { return endsURL(c) || excluded.contains(c); });
+}
+
+/** Between quotes, a user may contain any delimiter. */
+bool isUser(std::string_view text) {
+    bool quoted = false;
+    for (const char c : text) {
+        quoted ^= c == '"';
+        if (endsURL(c) || (!quoted && c != '"' && kNotInUser.contains(c))) {
+            return false;
+        }
+    }
+    return !quoted;
+}
+
+void require(bool isValid, const char* otherwise) {
+    if (!isValid) {
+        KxSipParseError::sThrow(otherwise);
+    }
+}
 
 void writeEscaped(KxOutputStream& out, std::string_view value) {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -134,14 +167,47 @@ void KxSipURL::parse(const char* text) {
     parse(line).raiseIfAny();
 }
 
+void KxSipURL::parse(KxSipText text) {
+    const Oskan::EntryDepth entry;
+    KxSipLine line(text.checked().view());
+    parse(line).raiseIfAny();
+}
+
 void KxSipURL::parseHeader(KxInputStream& in) {
     const Oskan::EntryDepth entry;
     KxSipLine line(in);
     KxSipURLParser(*this, line).parseHeaders().raiseIfAny();
 }
 
-void KxSipURL::setHost(const char* text) {
-    m_host = KxString(text);
+void KxSipURL::setUser(KxSipText user) {
+    require(isUser(user.view()), "Invalid user in SIP URL");
+    KxString text = user.line();
+    if (text.empty()) {
+        m_password = KxString();
+    }
+    m_user = std::move(text);
+}
+
+void KxSipURL::setUserPassword(KxSipText password) {
+    require(isPart(password.view(), kNotInHost) && (password.isNone() || !m_user.empty()),
+            "Invalid password in SIP URL");
+    m_password = password.line();
+}
+
+void KxSipURL::setHost(KxSipText host) {
+    require(isPart(host.view(), kNotInHost) && !host.isNone(), "Invalid host in SIP URL");
+    m_host = host.line();
+}
+
+void KxSipURL::setPort(std::uint32_t port) {
+    require(port <= kLastPort, "Invalid port in SIP URL");
+    m_port = port;
+    m_hasPort = true;
+}
+
+void KxSipURL::removePort() {
+    m_port = 5060;
+    m_hasPort = false;
 }
 
 KxString KxSipURL::getString() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipStdText.h"
 #include "sipobject/address/KxURI.h"
 #include "util/KxSharedParameters.h"
 #include "util/KxSocketImpl.h"
@@ -26,11 +27,15 @@ public:
     KxSipURL();
     /** Reads a standalone URL. Throws KxSipParseError. */
     explicit KxSipURL(const char* text);
+    explicit KxSipURL(KxSipText text) : KxSipURL() {
+        m_standalone = true;
+        parse(text);
+    }
     KxSipURL(const KxSipURL& other);
-    KxSipURL* clone() const override;
+    [[nodiscard]] KxSipURL* clone() const override;
 
-    bool hasParameters() const override;
-    bool hasHeaders() const override;
+    [[nodiscard]] bool hasParameters() const override;
+    [[nodiscard]] bool hasHeaders() const override;
     KxString getString() const override;
     /** Reads one URL. Reading stops before a comma outside the user, which stays unread; one ";" after a ">" is
         consumed; if the URL is neither in brackets nor standalone, a ";" after the host is consumed and ends it.
@@ -42,6 +47,7 @@ public:
     KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
+    void parse(KxSipText text);
     virtual std::size_t numParameters() const;
     virtual std::size_t numHeaders() const;
 
@@ -58,7 +64,7 @@ public:
     const KxString& getHost() const { return m_host; }
     /** The port, or the default of the transport: 5061 for TLS, else 5060. */
     std::uint32_t getPort() const;
-    bool hasPort() const { return m_hasPort; }
+    [[nodiscard]] bool hasPort() const { return m_hasPort; }
     /** 1 when absent. */
     std::int64_t getTTL() const;
     KxUserParam getUserParam() const;
@@ -73,10 +79,29 @@ public:
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
     KxHandle<KxParameters> getHeaders() const { return m_headers.handle(); }
 
+    // Parts that are set are written, and read again as the same part. Other text throws KxSipParseError "Invalid user in
+    // SIP URL" (or password, host, port), and the URL is unchanged. No part may contain blanks, control characters and
+    // any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them.
+
+    /** No text removes the user, and the password with it. */
+    void setUser(KxSipText user);
+    /** The user part needs a user to be written: throws KxSipParseError if there is none. May not contain any of ,;?
+        either. No text removes the password. */
+    void setUserPassword(KxSipText password);
+    /** May not contain any of ,;? either, so no IPv6 reference. Throws KxSipParseError for no text. */
+    void setHost(KxSipText host);
+    /** At most 65535. */
+    void setPort(std::uint32_t port);
+    /** The port is then the default of the transport. */
+    void removePort();
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+    void setParameter(std::string_view name, KxSipStdText value) {
+        setParameter(KxSipText(name).checked().view(), value.line());
+    }
     void removeParameter(std::string_view name) { m_parameters.removeValue(name); }
     void clearParameters() { m_parameters.clear(); }
     void setMAddrParam(const KxString& value) { setParameter("maddr", value); }
+    void setMAddrParam(KxSipStdText value) { setMAddrParam(value.line()); }
     void setTransportParam(KxSocketImpl::Transport transport);
     void removeHeader(std::string_view name) { m_headers.removeValue(name); }
     void clearHeaders() { m_headers.clear(); }
@@ -86,13 +111,12 @@ public:
         of parameters may have one parameter more than the other; each parameter of the shorter list except transport
         must have an equal one in the longer list, ignoring letter case. Either both URLs or neither have headers, and
         each header of the shorter list must have an equal one in the longer list. */
-    bool operator==(const KxSipURL& other) const;
+    [[nodiscard]] bool operator==(const KxSipURL& other) const;
 
 private:
     friend class KxURI;
     friend class KxSipURLParser;
 
-    void setHost(const char* text);
     bool parametersMatch(const KxSipURL& other) const;
     bool headersMatch(const KxSipURL& other) const;
 

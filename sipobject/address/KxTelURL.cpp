@@ -26,6 +26,10 @@ KxTelURL::KxTelURL(const char* text) : KxURI(nullptr) {
     KxURI::parse(text);
 }
 
+KxTelURL::KxTelURL(KxSipText text) : KxURI(nullptr) {
+    KxURI::parse(text);
+}
+
 KxTelURL::KxTelURL(const KxTelURL& other) = default;
 
 KxTelURL* KxTelURL::clone() const {

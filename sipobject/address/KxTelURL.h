@@ -14,10 +14,11 @@ public:
     KxTelURL();
     /** Throws as parse does. */
     explicit KxTelURL(const char* text);
+    explicit KxTelURL(KxSipText text);
     KxTelURL(const KxTelURL& other);
-    KxTelURL* clone() const override;
+    [[nodiscard]] KxTelURL* clone() const override;
 
-    bool hasParameters() const override;
+    [[nodiscard]] bool hasParameters() const override;
     KxString getString() const override;
     /** Reads one URL; a ">" after it is consumed. Throws KxSipParseError "Invalid TelURL" for 1024 or more characters.
         All kept characters of scheme, number and parameters count; brackets, colons, carriage returns, the first ";"
@@ -31,7 +32,7 @@ public:
     /** The number with its "+"; null when there is none. Valid until the URL changes. */
     const char* getPhoneNumber() const { return m_number.isNil() ? nullptr : m_number.c_str(); }
     /** Whether the number begins with "+". */
-    bool isGlobalNumber() const { return m_isGlobal; }
+    [[nodiscard]] bool isGlobalNumber() const { return m_isGlobal; }
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }

@@ -142,6 +142,11 @@ void KxURI::parse(const char* text) {
     parse(static_cast<KxInputStream&>(line));
 }
 
+void KxURI::parse(KxSipText text) {
+    KxSipLine line(text.checked().view());
+    parse(static_cast<KxInputStream&>(line));
+}
+
 bool KxURI::operator==(const KxURI& other) const {
     return m_Scheme == other.m_Scheme && m_SchemeData == other.m_SchemeData;
 }

@@ -2,9 +2,12 @@
 
 #include "core/MemAccount.h"
 #include "sipobject/KxSipFault.h"
+#include "sipobject/KxSipText.h"
 #include "sipobject/SipApi.h"
 #include "util/KxHandle.h"
 #include "util/KxString.h"
+
+#include <concepts>
 
 class KxInputStream;
 class KxOutputStream;
@@ -20,13 +23,14 @@ public:
 
     /** A URI with this scheme and no further text; null means no scheme. */
     explicit KxURI(const char* scheme);
+    explicit KxURI(KxSipText scheme) : KxURI(scheme.line(), false) {}
     /** Not assignable, since the class of a URI depends on its scheme. */
     KxURI& operator=(const KxURI&) = delete;
     ~KxURI() override;
-    KxURI* clone() const override;
+    [[nodiscard]] KxURI* clone() const override;
 
-    virtual bool hasParameters() const;
-    virtual bool hasHeaders() const;
+    [[nodiscard]] virtual bool hasParameters() const;
+    [[nodiscard]] virtual bool hasHeaders() const;
     /** The URI as text. */
     virtual KxString getString() const;
     /** Reads one URI; a "<" before it and a ">" after it are consumed, a line end stays unread.
@@ -37,6 +41,7 @@ public:
     KxSipFault parse(KxSipLine& line);
     /** As parse, from a text; null reads as empty. */
     void parse(const char* text);
+    void parse(KxSipText text);
 
     /** Writes the URI. */
     void serialize(KxOutputStream& out) const { display(out, false); }
@@ -48,10 +53,20 @@ public:
     const KxString& getScheme() const { return m_Scheme; }
     const KxString& getSchemeData() const { return m_SchemeData; }
     /** True exactly for a KxSipURL. */
-    bool isSipURL() const { return m_isSipURL; }
+    [[nodiscard]] bool isSipURL() const { return m_isSipURL; }
+
+    /** The object as a U, for example uri->as<KxSipURL>(); null if it is not a U. Valid as long as the object. */
+    template <std::derived_from<KxURI> U>
+    [[nodiscard]] U* as() {
+        return dynamic_cast<U*>(this);
+    }
+    template <std::derived_from<KxURI> U>
+    [[nodiscard]] const U* as() const {
+        return dynamic_cast<const U*>(this);
+    }
 
     /** Compares scheme and text byte by byte. */
-    bool operator==(const KxURI& other) const;
+    [[nodiscard]] bool operator==(const KxURI& other) const;
 
     /** Registers the class of a scheme, ignoring letter case; the first registration of a scheme is kept. Call this at
         start-up, before a second thread reads; `scheme` must live as long as the process. The creator returns a new

@@ -14,7 +14,7 @@ class KxOutputStream;
 class KX_SIP_API KxSipChallengeInfo : public KxObject {
 public:
     ~KxSipChallengeInfo() override;
-    KxSipChallengeInfo* clone() const override = 0;
+    [[nodiscard]] KxSipChallengeInfo* clone() const override = 0;
 
     /** Writes the properties, without the scheme. */
     virtual void serialize(KxOutputStream& out) const = 0;

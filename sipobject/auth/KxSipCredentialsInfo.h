@@ -14,7 +14,7 @@ class KxOutputStream;
 class KX_SIP_API KxSipCredentialsInfo : public KxObject {
 public:
     ~KxSipCredentialsInfo() override;
-    KxSipCredentialsInfo* clone() const override = 0;
+    [[nodiscard]] KxSipCredentialsInfo* clone() const override = 0;
 
     /** Whether these credentials were created with this password for this user and realm. */
     virtual bool validate(const KxString& username, const KxString& password, const KxString& realm) = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipStdText.h"
 #include "sipobject/auth/KxSipChallengeInfo.h"
 #include "util/KxParameters.h"
 
@@ -13,7 +14,8 @@ class KX_SIP_API KxSipDigestChallengeInfo final : public KxSipChallengeInfo {
 public:
     KxSipDigestChallengeInfo() = default;
     explicit KxSipDigestChallengeInfo(const KxString& realm);
-    KxSipDigestChallengeInfo* clone() const override;
+    explicit KxSipDigestChallengeInfo(KxSipStdText realm) : KxSipDigestChallengeInfo(realm.line()) {}
+    [[nodiscard]] KxSipDigestChallengeInfo* clone() const override;
 
     /** Returns a new challenge read from the properties; nil reads as empty. Throws as parse does. */
     static KxHandle<KxSipDigestChallengeInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
@@ -40,7 +42,11 @@ public:
 
     /** A nil value changes nothing. */
     void setProperty(std::string_view name, const KxString& value) { m_properties.setValue(name, value); }
+    void setProperty(std::string_view name, KxSipStdText value) {
+        setProperty(KxSipText(name).checked().view(), value.line());
+    }
     void setQopOptions(const KxString& value) { setProperty("qop", value); }
+    void setQopOptions(KxSipStdText value) { setQopOptions(value.line()); }
 
     /** The scheme, "Digest". */
     static const KxConstString TYPE;

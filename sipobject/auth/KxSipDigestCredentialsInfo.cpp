@@ -304,9 +304,12 @@ void KxSipDigestCredentialsInfo::setQop(const KxString& qop, const KxString& cno
 }
 
 void KxSipDigestCredentialsInfo::setEntityBody(const char* body) {
+    setEntityBody(std::string_view(body == nullptr ? "" : body));
+}
+
+void KxSipDigestCredentialsInfo::setEntityBody(std::string_view body) {
     Fields(m_properties).checkAlgorithm();
-    const std::string_view bytes(body == nullptr ? "" : body);
-    set("entity-body", bytes.empty() ? KxString() : KxString(Hex(MD5::digestOf(bytes)).view()));
+    set("entity-body", body.empty() ? KxString() : KxString(Hex(MD5::digestOf(body)).view()));
 }
 
 void KxSipDigestCredentialsInfo::set(std::string_view name, const KxString& value) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/auth/KxSipCredentialsInfo.h"
 #include "sipobject/auth/KxSipDigestChallengeInfo.h"
 #include "util/KxParameters.h"
@@ -36,7 +37,11 @@ public:
         supported !!!" unless the challenge has an algorithm that begins with "MD5". */
     KxSipDigestCredentialsInfo(const KxHandle<KxSipDigestChallengeInfo>& challenge, const KxString& username,
                                const KxString& password);
-    KxSipDigestCredentialsInfo* clone() const override;
+    template <class A, class B>
+    requires(KxSipHasStdText<A, B>) KxSipDigestCredentialsInfo(const KxHandle<KxSipDigestChallengeInfo>& challenge,
+                                                               const A& username, const B& password)
+        : KxSipDigestCredentialsInfo(challenge, KxSipAnyText(username).line(), KxSipAnyText(password).line()) {}
+    [[nodiscard]] KxSipDigestCredentialsInfo* clone() const override;
 
     /** Returns new credentials read from the properties; nil reads as empty. Throws as parse does. */
     static KxHandle<KxSipDigestCredentialsInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
@@ -53,6 +58,10 @@ public:
         them, and returns whether it equals the received one. Takes as long for a wrong response as for a right one.
         Throws as getRequestDigest does. */
     bool validate(const KxString& username, const KxString& password, const KxString& realm) override;
+    template <class A, class B, class C>
+    requires(KxSipHasStdText<A, B, C>) bool validate(const A& username, const B& password, const C& realm) {
+        return validate(KxSipAnyText(username).line(), KxSipAnyText(password).line(), KxSipAnyText(realm).line());
+    }
 
     // The digests, 16 raw bytes each. They and setEntityBody throw KxException "Unsupported Algorithm: Only MD5 is
     // supported !!!" unless the algorithm begins with "MD5". [RFC 2617 3.2.2.1 to 3.2.2.3]
@@ -71,16 +80,26 @@ public:
 
     // A nil value is stored as an empty text.
     void setUsername(const KxString& username) override;
+    void setUsername(KxSipStdText username) { setUsername(username.line()); }
     void setPassword(const KxString& password) override;
+    void setPassword(KxSipStdText password) { setPassword(password.line()); }
     void setMethod(const KxString& method) { set("method", method); }
+    void setMethod(KxSipStdText method) { setMethod(method.line()); }
     void setNonce(const KxString& nonce) { set("nonce", nonce); }
+    void setNonce(KxSipStdText nonce) { setNonce(nonce.line()); }
     /** Stores the text of the URI. */
     void setDigestURI(const KxHandle<KxURI>& uri);
     /** Sets qop, cnonce and nonce count if the qop options of the challenge contain the text `qop` ("auth" is also
         contained in "auth-int"); otherwise changes nothing. The nonce count is written as eight hexadecimal digits. */
     void setQop(const KxString& qop, const KxString& cnonce, std::int32_t nc);
+    template <class A, class B>
+    requires(KxSipHasStdText<A, B>) void setQop(const A& qop, const B& cnonce, std::int32_t nc) {
+        setQop(KxSipAnyText(qop).line(), KxSipAnyText(cnonce).line(), nc);
+    }
     /** Stores the digest of a body, which ends at its NUL; for null and "", an empty text. */
     void setEntityBody(const char* body);
+    /** As above, of a body that may contain any byte. */
+    void setEntityBody(std::string_view body);
 
     /** The scheme, "Digest". */
     static const KxConstString sm_Type;

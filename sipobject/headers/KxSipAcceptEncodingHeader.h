@@ -12,6 +12,7 @@ class KX_SIP_API KxSipAcceptEncodingHeader final
     : public KxSipTokenHeader<KxSipAcceptEncodingHeader, KxSipQValueHeader<KxSipAcceptEncodingHeader>> {
 public:
     explicit KxSipAcceptEncodingHeader(const char* coding) : KxSipTokenHeader(coding) {}
+    explicit KxSipAcceptEncodingHeader(KxSipText coding) : KxSipTokenHeader(coding) {}
 
     const KxString& getContentEncoding() const { return m_value; }
 

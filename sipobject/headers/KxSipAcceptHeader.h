@@ -14,6 +14,7 @@ class KX_SIP_API KxSipAcceptHeader final
                                   KxSipQValueHeader<KxSipAcceptHeader, KxSipTextKeepingHeader<KxSipAcceptHeader>>> {
 public:
     KxSipAcceptHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
+    KxSipAcceptHeader(KxSipAnyText type, KxSipAnyText subType) : KxSipMediaTypeHeader(type, subType) {}
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAcceptHeader";

@@ -12,6 +12,7 @@ class KX_SIP_API KxSipAcceptLanguageHeader final
     : public KxSipTokenHeader<KxSipAcceptLanguageHeader, KxSipQValueHeader<KxSipAcceptLanguageHeader>> {
 public:
     explicit KxSipAcceptLanguageHeader(const char* language) : KxSipTokenHeader(language) {}
+    explicit KxSipAcceptLanguageHeader(KxSipText language) : KxSipTokenHeader(language) {}
 
     const KxString& getLanguage() const { return m_value; }
 

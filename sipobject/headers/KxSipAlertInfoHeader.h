@@ -13,6 +13,7 @@ public:
     explicit KxSipAlertInfoHeader(const KxHandle<KxURI>& uri) : KxSipURIHeader(uri) {}
     /** Reads the value, brackets included. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipAlertInfoHeader(const char* text) { parseText(text); }
+    explicit KxSipAlertInfoHeader(KxSipText text) { parseText(text.checked()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAlertInfoHeader";

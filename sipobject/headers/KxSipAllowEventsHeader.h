@@ -9,6 +9,7 @@
 class KX_SIP_API KxSipAllowEventsHeader final : public KxSipTokenHeader<KxSipAllowEventsHeader> {
 public:
     explicit KxSipAllowEventsHeader(const char* event) : KxSipTokenHeader(event) {}
+    explicit KxSipAllowEventsHeader(KxSipText event) : KxSipTokenHeader(event) {}
 
     const KxString& getEvent() const { return m_value; }
 

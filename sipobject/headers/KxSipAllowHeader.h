@@ -9,6 +9,7 @@
 class KX_SIP_API KxSipAllowHeader final : public KxSipTokenHeader<KxSipAllowHeader> {
 public:
     explicit KxSipAllowHeader(const char* method) : KxSipTokenHeader(method) {}
+    explicit KxSipAllowHeader(KxSipText method) : KxSipTokenHeader(method) {}
 
     const KxString& getMethod() const { return m_value; }
 

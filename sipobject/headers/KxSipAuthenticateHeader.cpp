@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/auth/KxSipDigestChallengeInfo.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
 
 namespace {
@@ -17,6 +18,10 @@ KxSipAuthenticateHeader::KxSipAuthenticateHeader(const KxSipAuthenticateHeader& 
     : KxSipHeader(other), m_challenge(other.m_challenge.isNil() ? nullptr : other.m_challenge->clone()) {}
 
 KxSipAuthenticateHeader::~KxSipAuthenticateHeader() = default;
+
+KxHandle<KxSipDigestChallengeInfo> KxSipAuthenticateHeader::getDigestChallenge() const {
+    return KxHandleCast<KxSipDigestChallengeInfo>(m_challenge);
+}
 
 void KxSipAuthenticateHeader::doParse(KxInputStream& in) {
     KxSipLine line(in);

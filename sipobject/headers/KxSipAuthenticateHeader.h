@@ -1,7 +1,10 @@
 #pragma once
 
+#include "sipobject/KxSipStdText.h"
 #include "sipobject/auth/KxSipChallengeInfo.h"
 #include "sipobject/headers/KxSipHeader.h"
+
+class KxSipDigestChallengeInfo;
 
 /** WWW-Authenticate and Proxy-Authenticate: the challenge that the client answers when it repeats the request.
     challenge = ("Digest" LWS digest-cln *(COMMA digest-cln))                 [RFC 3261 20.27, 20.44, 25.1]
@@ -11,12 +14,16 @@ class KX_SIP_API KxSipAuthenticateHeader : public KxSipHeader {
 public:
     /** Shares the challenge; nil is allowed and is written as an empty value. */
     KxSipAuthenticateHeader(const KxString& name, const KxHandle<KxSipChallengeInfo>& challenge);
+    KxSipAuthenticateHeader(KxSipStdText name, const KxHandle<KxSipChallengeInfo>& challenge)
+        : KxSipAuthenticateHeader(name.needed("header name"), challenge) {}
     /** Copies the challenge too, so that the two headers do not share it. */
     KxSipAuthenticateHeader(const KxSipAuthenticateHeader& other);
     ~KxSipAuthenticateHeader() override;
 
     /** The challenge itself, shared; nil if none was set. */
     const KxHandle<KxSipChallengeInfo>& getChallenge() const { return m_challenge; }
+    /** The challenge itself, if it is of the Digest scheme; else nil. */
+    [[nodiscard]] KxHandle<KxSipDigestChallengeInfo> getDigestChallenge() const;
     void setChallenge(const KxHandle<KxSipChallengeInfo>& challenge) { m_challenge = challenge; }
     /** The scheme of the challenge. The challenge must not be nil. */
     KxString getChallengeType() const { return m_challenge->getType(); }

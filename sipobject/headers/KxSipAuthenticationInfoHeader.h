@@ -13,6 +13,7 @@ public:
     KxSipAuthenticationInfoHeader() = default;
     /** Reads the value; null reads as empty. */
     explicit KxSipAuthenticationInfoHeader(const char* text) { parseText(text); }
+    explicit KxSipAuthenticationInfoHeader(KxSipText text) { parseText(text.checked()); }
 
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }

@@ -1,5 +1,6 @@
 #include "sipobject/headers/KxSipAuthorizationHeader.h"
 
+#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
 
 constinit const KxConstString KxSipAuthorizationHeader::sToken{"Authorization"};
@@ -17,6 +18,10 @@ KxSipAuthorizationHeader::KxSipAuthorizationHeader(const KxSipAuthorizationHeade
     : KxSipHeaderOf(other), m_credentials(other.m_credentials.isNil() ? nullptr : other.m_credentials->clone()) {}
 
 KxSipAuthorizationHeader::~KxSipAuthorizationHeader() = default;
+
+KxHandle<KxSipDigestCredentialsInfo> KxSipAuthorizationHeader::getDigestCredentials() const {
+    return KxHandleCast<KxSipDigestCredentialsInfo>(m_credentials);
+}
 
 KxSipFault KxSipAuthorizationHeader::parseValue(KxSipLine& line) {
     const KxSipSchemeLine value(line);

@@ -3,6 +3,8 @@
 #include "sipobject/auth/KxSipCredentialsInfo.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 
+class KxSipDigestCredentialsInfo;
+
 /** Authorization: the credentials of a user agent.
     Authorization = "Authorization" HCOLON ("Digest" LWS digest-response)     [RFC 3261 20.7, 25.1]
     The line is one set of credentials, including commas; the scheme ends at the first blank. Only Digest is accepted.
@@ -14,12 +16,16 @@ public:
     /** Both share the credentials; nil is allowed and is written as an empty value. */
     explicit KxSipAuthorizationHeader(const KxHandle<KxSipCredentialsInfo>& credentials);
     KxSipAuthorizationHeader(const KxString& name, const KxHandle<KxSipCredentialsInfo>& credentials);
+    KxSipAuthorizationHeader(KxSipStdText name, const KxHandle<KxSipCredentialsInfo>& credentials)
+        : KxSipAuthorizationHeader(name.needed("header name"), credentials) {}
     /** Copies the credentials too, so that the two headers do not share them. */
     KxSipAuthorizationHeader(const KxSipAuthorizationHeader& other);
     ~KxSipAuthorizationHeader() override;
 
     /** The credentials themselves, shared; nil if none were given. */
     const KxHandle<KxSipCredentialsInfo>& getCredentials() const { return m_credentials; }
+    /** The credentials themselves, if they are of the Digest scheme; else nil. */
+    [[nodiscard]] KxHandle<KxSipDigestCredentialsInfo> getDigestCredentials() const;
     /** The scheme of the credentials. The credentials must not be nil. */
     KxString getAuthenticationType() const { return m_credentials->getType(); }
 

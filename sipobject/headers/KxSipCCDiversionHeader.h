@@ -11,6 +11,7 @@ public:
     explicit KxSipCCDiversionHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipCCDiversionHeader(const char* text) { parseText(text); }
+    explicit KxSipCCDiversionHeader(KxSipText text) { parseText(text.checked()); }
 
     /** Nil if the URI is not a SIP URL. */
     KxHandle<KxSipURL> getURL() const { return getSipURL(); }

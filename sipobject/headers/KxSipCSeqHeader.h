@@ -11,6 +11,7 @@
 class KX_SIP_API KxSipCSeqHeader final : public KxSipHeaderOf<KxSipCSeqHeader> {
 public:
     KxSipCSeqHeader(std::uint32_t number, const KxString& method) : m_seqNumber(number), m_method(method) {}
+    KxSipCSeqHeader(std::uint32_t number, KxSipStdText method) : KxSipCSeqHeader(number, method.needed("method")) {}
 
     std::uint32_t getSeqNumber() const { return m_seqNumber; }
     void setSeqNumber(std::uint32_t number) { m_seqNumber = number; }

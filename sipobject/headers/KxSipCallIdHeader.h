@@ -9,6 +9,7 @@
 class KX_SIP_API KxSipCallIdHeader final : public KxSipHeaderOf<KxSipCallIdHeader> {
 public:
     explicit KxSipCallIdHeader(const KxString& callId) : m_callId(callId) {}
+    explicit KxSipCallIdHeader(KxSipStdText callId) : KxSipCallIdHeader(callId.needed("Call-ID")) {}
 
     const KxString& getCallId() const { return m_callId; }
 

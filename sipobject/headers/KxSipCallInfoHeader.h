@@ -14,10 +14,12 @@ public:
     /** Reads the value, brackets included. Throws KxSipParseError ("Invalid Call-Info header" without brackets) and
         what the URI's class throws. */
     explicit KxSipCallInfoHeader(const char* text) { parseText(text); }
+    explicit KxSipCallInfoHeader(KxSipText text) { parseText(text.checked()); }
 
     /** "icon", "info", "card" or another; nil when absent. */
     KxString getPurpose() const { return getParameter("purpose"); }
     void setPurpose(const KxString& purpose) { setParameter("purpose", purpose); }
+    void setPurpose(KxSipStdText purpose) { setPurpose(purpose.line()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipCallInfoHeader";

@@ -12,8 +12,9 @@ public:
     explicit KxSipContactHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipContactHeader(const char* text);
+    explicit KxSipContactHeader(KxSipText text) { parseText(text.checked()); }
 
-    bool isWildCard() const { return m_wildCard; }
+    [[nodiscard]] bool isWildCard() const { return m_wildCard; }
     /** Nil for a wildcard, and if the URI is not a SIP URL. */
     KxHandle<KxSipURL> getURL() const { return getSipURL(); }
     /** Empty for a wildcard. */
@@ -21,16 +22,20 @@ public:
 
     KxString getQValue() const { return getParameter("q"); }
     void setQValue(const KxString& q) { setParameter("q", q); }
+    void setQValue(KxSipStdText q) { setQValue(q.line()); }
     void removeQValue() { removeParameter("q"); }
     /** Seconds, as text; nil when absent. */
     KxString getExpires() const { return getParameter("expires"); }
     void setExpires(const KxString& seconds) { setParameter("expires", seconds); }
+    void setExpires(KxSipStdText seconds) { setExpires(seconds.line()); }
     void removeExpires() { removeParameter("expires"); }
     void setAction(const KxString& action) { setParameter("action", action); }
+    void setAction(KxSipStdText action) { setAction(action.line()); }
     void removeAction() { removeParameter("action"); }
     /** Written in parentheses after the parameters. Set by the application only; never read from a message. */
     const KxString& getComment() const { return m_comment; }
     void setComment(const KxString& comment) { m_comment = comment; }
+    void setComment(KxSipStdText comment) { setComment(comment.line()); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;

@@ -11,12 +11,14 @@ class KX_SIP_API KxSipContentDispositionHeader final
     : public KxSipTokenHeader<KxSipContentDispositionHeader, KxSipParameterHeader<KxSipContentDispositionHeader>> {
 public:
     explicit KxSipContentDispositionHeader(const char* type) : KxSipTokenHeader(type) {}
+    explicit KxSipContentDispositionHeader(KxSipText type) : KxSipTokenHeader(type) {}
 
     /** "session", "render", "icon", "alert" or another. */
     const KxString& getType() const { return m_value; }
     /** "required" or "optional"; nil when absent, which means "required". */
     KxString getHandling() const { return getParameter("handling"); }
     void setHandling(const KxString& handling) { setParameter("handling", handling); }
+    void setHandling(KxSipStdText handling) { setHandling(handling.line()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipContentDispositionHeader";

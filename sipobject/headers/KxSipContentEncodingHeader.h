@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipContentEncodingHeader final : public KxSipTokenHeader<KxSipContentEncodingHeader> {
 public:
     explicit KxSipContentEncodingHeader(const char* coding) : KxSipTokenHeader(coding) {}
+    explicit KxSipContentEncodingHeader(KxSipText coding) : KxSipTokenHeader(coding) {}
 
     const KxString& getContentEncoding() const { return m_value; }
 

@@ -9,8 +9,10 @@
 class KX_SIP_API KxSipContentTypeHeader : public KxSipMediaTypeHeader<KxSipContentTypeHeader> {
 public:
     KxSipContentTypeHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
+    KxSipContentTypeHeader(KxSipAnyText type, KxSipAnyText subType) : KxSipMediaTypeHeader(type, subType) {}
     /** "type/subtype", split as setMediaType does. */
     explicit KxSipContentTypeHeader(const char* mediaType) { setMediaType(mediaType); }
+    explicit KxSipContentTypeHeader(KxSipText mediaType) { setMediaType(mediaType.needed("media type")); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;
@@ -24,5 +26,5 @@ protected:
     KxSipContentTypeHeader() = default;
 
     /** Splits at the first "/" without trimming. Without a "/" the whole text is the type; null empties both. */
-    void setMediaType(const char* mediaType);
+    void setMediaType(KxSipText mediaType);
 };

@@ -14,14 +14,16 @@ public:
 
     /** Nil when absent. [RFC 3261 19.3] */
     KxString getTag() const { return this->m_parameters.getValue(H::sTagToken); }
-    bool isTagPresent() const { return this->m_parameters.isPresent(H::sTagToken); }
+    [[nodiscard]] bool isTagPresent() const { return this->m_parameters.isPresent(H::sTagToken); }
     /** Null and "" change nothing. */
     void setTag(const char* tag) {
         if (tag != nullptr && *tag != '\0') {
-            this->m_parameters.write().setValue(H::sTagToken, KxString(tag));
-            if (!this->m_nameAddress.isNil()) {
-                this->m_nameAddress->setBrackets(true);
-            }
+            storeTag(KxString(tag));
+        }
+    }
+    void setTag(KxSipText tag) {
+        if (!tag.isNone()) {
+            storeTag(tag.line());
         }
     }
 
@@ -43,7 +45,7 @@ protected:
         const Oskan::LeafTraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceCopy>);
     }
 
-    void parseTraced(const char* text) {
+    void parseTraced(KxSipText text) {
         const Oskan::EntryTraceScope trace(this->sLogger(), KxTraceName<H, H::kTraceText>);
         this->parseText(text);
     }
@@ -51,6 +53,12 @@ protected:
 private:
     friend class KxSipParameterAddressHeader<H>;
 
+    void storeTag(const KxString& tag) {
+        this->m_parameters.write().setValue(H::sTagToken, tag);
+        if (!this->m_nameAddress.isNil()) {
+            this->m_nameAddress->setBrackets(true);
+        }
+    }
     /** Removes from a URL that has parameters those that only a Request-URI or Contact may have, and its headers. A URL
         without parameters keeps its headers. [RFC 3261 19.1.1, table 1] */
     KxSipFault checkValidity() {

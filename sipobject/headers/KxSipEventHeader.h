@@ -11,11 +11,13 @@ class KX_SIP_API KxSipEventHeader final
     : public KxSipTokenHeader<KxSipEventHeader, KxSipParameterHeader<KxSipEventHeader>> {
 public:
     explicit KxSipEventHeader(const char* event) : KxSipTokenHeader(event) {}
+    explicit KxSipEventHeader(KxSipText event) : KxSipTokenHeader(event) {}
 
     const KxString& getEvent() const { return m_value; }
     /** Nil when absent. */
     KxString getId() const { return getParameter("id"); }
     void setId(const KxString& id) { setParameter("id", id); }
+    void setId(KxSipStdText id) { setId(id.line()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipEventHeader";

@@ -20,6 +20,7 @@ public:
     explicit KxSipExpiresHeader(Number deltaSeconds) : KxSipExpiresHeader(static_cast<std::uint32_t>(deltaSeconds)) {}
     /** Sets a date; null reads as empty. */
     explicit KxSipExpiresHeader(const char* date) { setDate(date == nullptr ? "" : date); }
+    explicit KxSipExpiresHeader(KxSipText date) { setDate(date.needed("date").view()); }
 
     /** Whether the value is a date. */
     bool isSipDate() const { return m_isDate; }

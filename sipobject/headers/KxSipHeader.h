@@ -65,7 +65,7 @@ public:
     static void sAddConstructor(const char* name, Creator creator);
 
     /** All registered names, including compact ones, in no particular order. They live as long as the process. */
-    static std::vector<std::string_view> sNames();
+    [[nodiscard]] static std::vector<std::string_view> sNames();
 
     /** A new identifier, KxHeaderIDs::kCount or more, for a header class of a host's own. For static initialisers: see
         KxSipHeaderOf. May be called by several threads.
@@ -115,6 +115,7 @@ protected:
 private:
     friend class KxSipHeaderSlots;
     friend class KxSipMessageReader;
+    friend class KxSipPartText;
     friend class KxSipRequest;
 
     /** As the public sConstructFrom, but returns the fault instead of throwing it; `line` is the context. `header` must

@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
@@ -27,7 +28,7 @@
 template <class H, class Base = KxSipHeader>
 class KxSipHeaderOf : public Base {
 public:
-    KxSipHeader* clone() const override { return new H(self()); }
+    [[nodiscard]] KxSipHeader* clone() const override { return new H(self()); }
     const KxString& getExpandedToken() const override { return H::sToken; }
     const KxString& getCompactToken() const override {
         if constexpr (kHasCompact) {
@@ -76,9 +77,9 @@ protected:
     }
 
     /** Reads the value from a text, for constructors from text; null reads as empty. H must be a complete type. */
-    void parseText(const char* text) {
+    void parseText(KxSipText text) {
         const Oskan::EntryTraceScope trace(sLogger(), KxTraceName<H, "::doParse">);
-        KxSipLine line(std::string_view(text == nullptr ? "" : text));
+        KxSipLine line(text.view());
         self().parseValue(line).raiseIfAny();
     }
 

@@ -9,6 +9,7 @@
 class KX_SIP_API KxSipInReplyToHeader final : public KxSipTokenHeader<KxSipInReplyToHeader> {
 public:
     explicit KxSipInReplyToHeader(const char* callId) : KxSipTokenHeader(callId) {}
+    explicit KxSipInReplyToHeader(KxSipText callId) : KxSipTokenHeader(callId) {}
 
     const KxString& getCallId() const { return m_value; }
 

@@ -11,7 +11,7 @@ public:
     const KxString& getType() const { return m_type; }
     const KxString& getSubType() const { return m_subType; }
     /** Type, "/" and subtype, as a new string. */
-    KxString getMediaType() const {
+    [[nodiscard]] KxString getMediaType() const {
         KxString text(
             KxStringBuffer::sCreate(m_type.c_str(), m_type.length(), m_type.length() + m_subType.length() + 1));
         text.append("/").append(m_subType.view());
@@ -23,6 +23,8 @@ protected:
     /** Stored as given, unchecked; null reads as empty. */
     KxSipMediaTypeHeader(const char* type, const char* subType)
         : m_type(type == nullptr ? "" : type), m_subType(subType == nullptr ? "" : subType) {}
+    KxSipMediaTypeHeader(KxSipText type, KxSipText subType)
+        : m_type(type.needed("media type")), m_subType(subType.needed("media subtype")) {}
     KxSipMediaTypeHeader(const KxSipMediaTypeHeader&) = default;
 
     void forgetValue() {

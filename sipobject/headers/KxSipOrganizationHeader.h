@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipOrganizationHeader final : public KxSipTextHeader<KxSipOrganizationHeader> {
 public:
     explicit KxSipOrganizationHeader(const KxString& organization) : KxSipTextHeader(organization) {}
+    explicit KxSipOrganizationHeader(KxSipStdText organization) : KxSipTextHeader(organization.line()) {}
 
     const KxString& getOrganization() const { return m_text; }
 

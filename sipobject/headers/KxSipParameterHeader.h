@@ -13,8 +13,11 @@ public:
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
     /** Nil when absent. */
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
-    bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
+    [[nodiscard]] bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+    void setParameter(std::string_view name, KxSipStdText value) {
+        setParameter(KxSipText(name).checked().view(), value.line());
+    }
     void removeParameter(std::string_view name) { m_parameters.removeValue(name); }
 
 protected:
@@ -42,5 +45,6 @@ public:
     /** The preference as text; nil when absent, which means 1. */
     KxString getQValue() const { return this->getParameter("q"); }
     void setQValue(const KxString& q) { this->setParameter("q", q); }
+    void setQValue(KxSipStdText q) { setQValue(q.line()); }
     void removeQValue() { this->removeParameter("q"); }
 };

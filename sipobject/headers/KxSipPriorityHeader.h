@@ -11,6 +11,7 @@ class KX_SIP_API KxSipPriorityHeader final
     : public KxSipTokenHeader<KxSipPriorityHeader, KxSipTextKeepingHeader<KxSipPriorityHeader>> {
 public:
     explicit KxSipPriorityHeader(const char* priority) : KxSipTokenHeader(priority) {}
+    explicit KxSipPriorityHeader(KxSipText priority) : KxSipTokenHeader(priority) {}
 
     /** "emergency", "urgent", "normal", "non-urgent" or another; empty if the value was kept as text. */
     const KxString& getPriority() const { return m_value; }

@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipProxyRequireHeader final : public KxSipTokenHeader<KxSipProxyRequireHeader> {
 public:
     explicit KxSipProxyRequireHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}
+    explicit KxSipProxyRequireHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
 

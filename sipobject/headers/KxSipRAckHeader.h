@@ -11,6 +11,8 @@ class KX_SIP_API KxSipRAckHeader final : public KxSipHeaderOf<KxSipRAckHeader> {
 public:
     KxSipRAckHeader(std::uint32_t responseNumber, std::uint32_t seqNumber, const KxString& method)
         : m_responseNumber(responseNumber), m_seqNumber(seqNumber), m_method(method) {}
+    KxSipRAckHeader(std::uint32_t responseNumber, std::uint32_t seqNumber, KxSipStdText method)
+        : KxSipRAckHeader(responseNumber, seqNumber, method.needed("method")) {}
 
     /** The RSeq number of the response. */
     std::uint32_t getResponseNumber() const { return m_responseNumber; }

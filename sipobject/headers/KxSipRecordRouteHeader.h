@@ -14,6 +14,10 @@ public:
     explicit KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. */
     explicit KxSipRecordRouteHeader(const char* text) { parseText(text); }
+    explicit KxSipRecordRouteHeader(KxSipText text) { parseText(text.checked()); }
+
+    /** Nil if the URI is not a SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRecordRouteHeader";

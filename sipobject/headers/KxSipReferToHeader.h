@@ -14,6 +14,7 @@ public:
     explicit KxSipReferToHeader(const KxHandle<KxURI>& uri);
     /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipReferToHeader(const char* text) { parseText(text); }
+    explicit KxSipReferToHeader(KxSipText text) { parseText(text.checked()); }
     KxSipReferToHeader(const KxSipReferToHeader& other);
 
     /** The URI itself, shared. */

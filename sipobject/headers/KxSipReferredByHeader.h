@@ -13,6 +13,7 @@ public:
         : KxSipParameterAddressHeader(url, parameters) {}
     /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipReferredByHeader(const char* text) { parseText(text); }
+    explicit KxSipReferredByHeader(KxSipText text) { parseText(text.checked()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipReferredByHeader";

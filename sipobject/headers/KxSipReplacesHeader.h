@@ -10,14 +10,24 @@
 class KX_SIP_API KxSipReplacesHeader final : public KxSipHeaderOf<KxSipReplacesHeader> {
 public:
     KxSipReplacesHeader(const KxString& callId, const KxString& fromTag, const KxString& toTag);
+    template <class A, class B, class C>
+    requires(KxSipHasStdText<A, B, C>) KxSipReplacesHeader(const A& callId, const B& fromTag, const C& toTag)
+        : KxSipReplacesHeader(KxSipAnyText(callId).needed("Call-ID"), KxSipAnyText(fromTag).needed(sFromTag),
+                              KxSipAnyText(toTag).needed(sToTag)) {}
 
     KxString getCallID() const { return m_callId; }
     void setCallID(const KxString& callId) { m_callId = callId; }
+    void setCallID(KxSipStdText callId) { setCallID(callId.needed("Call-ID")); }
     KxString getFromTag() const { return m_parameters.getValue(sFromTag); }
     void setFromTag(const KxString& tag) { setParameter(sFromTag, tag); }
+    void setFromTag(KxSipStdText tag) { setFromTag(tag.needed(sFromTag)); }
     KxString getToTag() const { return m_parameters.getValue(sToTag); }
     void setToTag(const KxString& tag) { setParameter(sToTag, tag); }
+    void setToTag(KxSipStdText tag) { setToTag(tag.needed(sToTag)); }
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+    void setParameter(std::string_view name, KxSipStdText value) {
+        setParameter(KxSipText(name).checked().view(), value.line());
+    }
 
     static constexpr const char* sToTag = "to-tag";
     static constexpr const char* sFromTag = "from-tag";

@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipRequireHeader final : public KxSipTokenHeader<KxSipRequireHeader> {
 public:
     explicit KxSipRequireHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}
+    explicit KxSipRequireHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
 

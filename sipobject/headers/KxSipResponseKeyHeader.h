@@ -10,6 +10,7 @@
 class KX_SIP_API KxSipResponseKeyHeader final : public KxSipParameterHeader<KxSipResponseKeyHeader> {
 public:
     explicit KxSipResponseKeyHeader(const KxString& scheme) : m_scheme(scheme) {}
+    explicit KxSipResponseKeyHeader(KxSipStdText scheme) : KxSipResponseKeyHeader(scheme.needed("scheme")) {}
 
     const KxString& getScheme() const { return m_scheme; }
 

@@ -16,6 +16,8 @@ class KX_SIP_API KxSipRetryAfterHeader final
 public:
     explicit KxSipRetryAfterHeader(std::uint32_t seconds, const KxString& comment = KxString())
         : KxSipNumberHeader(seconds), m_comment(comment) {}
+    KxSipRetryAfterHeader(std::uint32_t seconds, KxSipStdText comment)
+        : KxSipRetryAfterHeader(seconds, comment.line()) {}
 
     std::uint32_t getDeltaSeconds() const { return m_number; }
     /** Replaces a value that was kept as text. */
@@ -27,9 +29,11 @@ public:
     const KxString& getComment() const { return m_comment; }
     /** Stored as given, unchecked. */
     void setComment(const KxString& comment) { m_comment = comment; }
+    void setComment(KxSipStdText comment) { setComment(comment.line()); }
     /** The number of seconds for which the callee will be available, as text; nil when absent. */
     KxString getDuration() const { return getParameter("duration"); }
     void setDuration(const KxString& seconds) { setParameter("duration", seconds); }
+    void setDuration(KxSipStdText seconds) { setDuration(seconds.line()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRetryAfterHeader";

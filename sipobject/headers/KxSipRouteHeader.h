@@ -13,6 +13,10 @@ public:
     explicit KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address);
     /** Reads the value. */
     explicit KxSipRouteHeader(const char* text) { parseText(text); }
+    explicit KxSipRouteHeader(KxSipText text) { parseText(text.checked()); }
+
+    /** Nil if the URI is not a SIP URL. */
+    KxHandle<KxSipURL> getURL() const { return getSipURL(); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRouteHeader";

@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipServerHeader final : public KxSipTextHeader<KxSipServerHeader> {
 public:
     explicit KxSipServerHeader(const KxString& server) : KxSipTextHeader(server) {}
+    explicit KxSipServerHeader(KxSipStdText server) : KxSipTextHeader(server.line()) {}
 
     const KxString& getServer() const { return m_text; }
 

@@ -17,6 +17,7 @@ public:
     /** sUAC, sUAS or another value, in any letter case; nil when absent. */
     KxString getRefresher() const { return getParameter(sRefresher); }
     void setRefresher(const KxString& refresher) { setParameter(sRefresher, refresher); }
+    void setRefresher(KxSipStdText refresher) { setRefresher(refresher.line()); }
     void removeRefresher() { removeParameter(sRefresher); }
     /** Whether the refresher is the UAC, or the UAS. Letter case is ignored. */
     bool isRefresherUAC() const { return getRefresher().equalsNoCase(sUAC); }

@@ -12,6 +12,7 @@ class KX_SIP_API KxSipSessionHeader final
     : public KxSipTokenHeader<KxSipSessionHeader, KxSipParameterHeader<KxSipSessionHeader>> {
 public:
     explicit KxSipSessionHeader(const char* type) : KxSipTokenHeader(type) {}
+    explicit KxSipSessionHeader(KxSipText type) : KxSipTokenHeader(type) {}
 
     const KxString& getType() const { return m_value; }
 

@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipSubjectHeader final : public KxSipTextHeader<KxSipSubjectHeader> {
 public:
     explicit KxSipSubjectHeader(const KxString& subject) : KxSipTextHeader(subject) {}
+    explicit KxSipSubjectHeader(KxSipStdText subject) : KxSipTextHeader(subject.line()) {}
 
     const KxString& getSubject() const { return m_text; }
 

@@ -9,6 +9,7 @@
 class KX_SIP_API KxSipSupportedHeader final : public KxSipTokenHeader<KxSipSupportedHeader> {
 public:
     explicit KxSipSupportedHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}
+    explicit KxSipSupportedHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
 

@@ -11,12 +11,16 @@ class KX_SIP_API KxSipTimestampHeader final : public KxSipHeaderOf<KxSipTimestam
 public:
     explicit KxSipTimestampHeader(const KxString& timestamp, const KxString& delay = KxString())
         : m_timestamp(timestamp), m_delay(delay) {}
+    template <class A, class B = KxString>
+    requires(KxSipHasStdText<A, B>) explicit KxSipTimestampHeader(const A& timestamp, const B& delay = B())
+        : KxSipTimestampHeader(KxSipAnyText(timestamp).needed("Timestamp"), KxSipAnyText(delay).line()) {}
 
     const KxString& getTimestamp() const { return m_timestamp; }
     /** Empty when absent. */
     const KxString& getDelay() const { return m_delay; }
     /** Stored as given, unchecked; an empty text removes the delay. */
     void setDelay(const KxString& delay) { m_delay = delay; }
+    void setDelay(KxSipStdText delay) { setDelay(delay.line()); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipTimestampHeader";

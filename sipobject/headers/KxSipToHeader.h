@@ -15,6 +15,7 @@ public:
         : KxSipDialogPartyHeader(url, parameters) {}
     /** Reads the value. Throws KxSipParseError and what the URI's class throws. */
     explicit KxSipToHeader(const char* text) { parseTraced(text); }
+    explicit KxSipToHeader(KxSipText text) { parseTraced(text.checked()); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;

@@ -17,6 +17,7 @@ protected:
     KxSipTokenHeader() = default;
     /** Stored as given, unchecked. */
     explicit KxSipTokenHeader(const char* token) : m_value(token == nullptr ? "" : token) {}
+    explicit KxSipTokenHeader(KxSipText token) : m_value(token.neededIf(H::kEmptyError != nullptr, H::sToken)) {}
     KxSipTokenHeader(const KxSipTokenHeader&) = default;
 
     /** The characters that end an option tag: comma, blank, tab and line end. More lenient than RFC 3261 25.1. */

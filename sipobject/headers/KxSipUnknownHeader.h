@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/headers/KxSipHeader.h"
 
 /** A header whose name is not registered, kept as name and raw text. One object per line: commas are part of the text.
@@ -10,9 +11,11 @@ public:
     /** Null reads as empty. */
     KxSipUnknownHeader(const char* name, const char* value);
     KxSipUnknownHeader(const KxString& name, const KxString& value);
+    KxSipUnknownHeader(KxSipAnyText name, KxSipAnyText value)
+        : KxSipUnknownHeader(name.needed("header name"), value.line()) {}
     KxSipUnknownHeader(const KxSipUnknownHeader&) = default;
 
-    KxSipUnknownHeader* clone() const override;
+    [[nodiscard]] KxSipUnknownHeader* clone() const override;
     const KxString& getExpandedToken() const override { return m_name; }
 
     const KxString& getValue() const { return m_value; }

@@ -9,6 +9,7 @@
 class KX_SIP_API KxSipUnsupportedHeader final : public KxSipTokenHeader<KxSipUnsupportedHeader> {
 public:
     explicit KxSipUnsupportedHeader(const char* optionTag) : KxSipTokenHeader(optionTag) {}
+    explicit KxSipUnsupportedHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
 

@@ -8,6 +8,7 @@
 class KX_SIP_API KxSipUserAgentHeader final : public KxSipTextHeader<KxSipUserAgentHeader> {
 public:
     explicit KxSipUserAgentHeader(const KxString& userAgent) : KxSipTextHeader(userAgent) {}
+    explicit KxSipUserAgentHeader(KxSipStdText userAgent) : KxSipTextHeader(userAgent.line()) {}
 
     const KxString& getUserAgent() const { return m_text; }
 

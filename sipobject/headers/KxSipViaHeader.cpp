@@ -15,7 +15,6 @@ constinit const KxConstString kUdp{"UDP"};
 constinit const KxConstString kNothing{""};
 
 constexpr KxCharSet kSlash("/");
-constexpr std::string_view kMagicCookie = "z9hG4bK";
 constexpr std::size_t kUuidLength = 36;
 
 } // namespace

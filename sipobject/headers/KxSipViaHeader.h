@@ -15,6 +15,8 @@ class KX_SIP_API KxSipViaHeader final : public KxSipHeaderOf<KxSipViaHeader> {
 public:
     /** Throws KxSipParseError for an unknown transport or an empty host, with the same texts as reading. */
     KxSipViaHeader(const char* host, unsigned port, const char* transport);
+    KxSipViaHeader(KxSipAnyText host, unsigned port, KxSipAnyText transport)
+        : KxSipViaHeader(host.line().c_str(), port, transport.line().c_str()) {}
     KxSipViaHeader(const KxSipViaHeader& other);
 
     const char* getProtocolName() const { return m_protocolName.c_str(); }
@@ -23,42 +25,52 @@ public:
     const char* getTransport() const { return m_transport.c_str(); }
     /** Stored in upper case, unchecked. */
     void setTransport(const char* transport);
+    void setTransport(KxSipText transport) { setTransport(transport.line().c_str()); }
     /** The transport as an enumerator. It must be a known one; reading and the constructors check that, but
         setTransport does not. */
     KxSocketImpl::Transport getTransportParam() const;
     const char* getHost() const { return m_host.c_str(); }
     /** 5060 if no port was given. */
     unsigned getPort() const { return m_port; }
-    bool isPortPresent() const { return m_hasPort; }
+    [[nodiscard]] bool isPortPresent() const { return m_hasPort; }
     const char* getComment() const { return m_comment.c_str(); }
 
     KxString getBranch() const { return m_parameters.getValue(sBranch); }
     void setBranch(const KxString& branch) { setParameter(sBranch, branch); }
+    void setBranch(KxSipStdText branch) { setBranch(branch.line()); }
     /** Sets a new branch: the magic cookie followed by a UUID. [RFC 3261 8.1.1.7] */
     void setBranchRFC3261();
     void removeBranch() { m_parameters.removeValue(sBranch); }
     KxString getMaddr() const { return m_parameters.getValue(sMAddr); }
     void setMaddr(const KxString& address) { setParameter(sMAddr, address); }
+    void setMaddr(KxSipStdText address) { setMaddr(address.line()); }
     void removeMaddr() { m_parameters.removeValue(sMAddr); }
     KxString getReceived() const { return m_parameters.getValue(sReceived); }
     void setReceived(const KxString& address) { setParameter(sReceived, address); }
+    void setReceived(KxSipStdText address) { setReceived(address.line()); }
     void removeReceived() { m_parameters.removeValue(sReceived); }
     /** 1 when absent; a negative value reads as a large one. */
     unsigned getTTL() const;
     void setTTL(const KxString& ttl) { setParameter(sTTL, ttl); }
+    void setTTL(KxSipStdText ttl) { setTTL(ttl.line()); }
     void removeTTL() { m_parameters.removeValue(sTTL); }
-    bool isHiddenPresent() const { return m_parameters.isPresent(sHidden); }
+    [[nodiscard]] bool isHiddenPresent() const { return m_parameters.isPresent(sHidden); }
     void setHidden() { setParameter(sHidden, KxString("")); }
     void removeHidden() { m_parameters.removeValue(sHidden); }
-    bool isRPortPresent() const { return m_parameters.isPresent("rport"); }
+    [[nodiscard]] bool isRPortPresent() const { return m_parameters.isPresent("rport"); }
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
+    void setParameter(std::string_view name, KxSipStdText value) {
+        setParameter(KxSipText(name).checked().view(), value.line());
+    }
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
 
     /** Whether both have the same sent-protocol and sent-by, where a missing port is 5060; false for nil. */
-    bool compare(const KxHandle<KxSipViaHeader>& other) const;
+    [[nodiscard]] bool compare(const KxHandle<KxSipViaHeader>& other) const;
 
+    /** The beginning of each branch that was made as RFC 3261 says. [RFC 3261 8.1.1.7] */
+    static constexpr std::string_view kMagicCookie = "z9hG4bK";
     static constexpr const char* sSentBy = "sent-by";
     static constexpr const char* sProtocolVersion = "2.0";
     static constexpr const char* sBranch = "branch";

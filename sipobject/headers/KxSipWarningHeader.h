@@ -14,6 +14,9 @@ class KX_SIP_API KxSipWarningHeader final : public KxSipHeaderOf<KxSipWarningHea
 public:
     KxSipWarningHeader(std::uint32_t code, const KxString& agent, const KxString& text)
         : m_code(code), m_agent(agent), m_text(text) {}
+    template <class A, class B>
+    requires(KxSipHasStdText<A, B>) KxSipWarningHeader(std::uint32_t code, const A& agent, const B& text)
+        : KxSipWarningHeader(code, KxSipAnyText(agent).line(), KxSipAnyText(text).line()) {}
 
     /** Should be 300 to 399; not checked. */
     std::uint32_t getCode() const { return m_code; }

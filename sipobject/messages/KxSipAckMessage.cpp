@@ -17,3 +17,12 @@ KxSipAckMessage::KxSipAckMessage(const KxHandle<KxSipResponse>& response, const 
     setBodyOrNone(body, contentType, bodyLength);
     copyConnection(*response);
 }
+
+KxHandle<KxSipAckMessage> KxSipAckMessage::sFor(const KxSipInviteMessage& invite, const KxSipResponse& response,
+                                                const KxSipDialogParts& parts) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipAckMessage::sFor");
+    KxHandle<KxSipAckMessage> ack = sEmpty();
+    ack->buildAck(invite, response, parts);
+    ack->copyConnection(response);
+    return ack;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/messages/KxSipInviteMessage.h"
 #include "sipobject/messages/KxSipMethodMessage.h"
 #include "sipobject/messages/KxSipResponse.h"
 
@@ -14,6 +15,20 @@ public:
         errors of setBody, and an error if the response lacks a required header or SIP URL. */
     KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, const char* contentType,
                     std::uint32_t bodyLength);
+    KxSipAckMessage(const KxHandle<KxSipResponse>& response, const void* body, KxSipText contentType,
+                    std::uint32_t bodyLength)
+        : KxSipAckMessage(response, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), bodyLength) {}
+
+    /** The ACK for a final response to the INVITE. For a non-2xx response, it has the Request-URI, top Via, Route, From
+        and Call-ID of the INVITE and the To of the response, and `parts` are not used. For a 2xx, it is a request within
+        the dialog that the response makes, with the credentials of the INVITE; without a Via in `parts` it has the top
+        Via of the INVITE with a new branch.
+        Throws KxSipParseError for a provisional response, one that is not for the INVITE, and missing headers.
+        [RFC 3261 17.1.1.3, 13.2.2.4] */
+    [[nodiscard]] static KxHandle<KxSipAckMessage> sFor(const KxSipInviteMessage& invite, const KxSipResponse& response,
+                                                        const KxSipDialogParts& parts = {});
+    /** An ACK has the CSeq number of its INVITE: see sFor. */
+    static KxHandle<KxSipAckMessage> sWithin(KxSipDialog&, const KxSipDialogParts& = {}) = delete;
 
     static const KxConstString sMethodName;
 

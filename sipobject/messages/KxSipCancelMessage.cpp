@@ -20,3 +20,12 @@ KxSipCancelMessage::KxSipCancelMessage(const KxHandle<KxSipRequest>& request) : 
     addCopyOf(parent, KxHeaderIDs::kVia);
     setBodyOrNone(nullptr, nullptr, 0);
 }
+
+KxHandle<KxSipCancelMessage> KxSipCancelMessage::sFor(const KxSipInviteMessage& invite) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipCancelMessage::sFor");
+    KxHandle<KxSipCancelMessage> cancel = sEmpty();
+    cancel->buildInTransaction(sMethodName, invite,
+                               required(invite.getToHeader(), "Can't build SIP request without To header"));
+    cancel->copyConnection(invite);
+    return cancel;
+}

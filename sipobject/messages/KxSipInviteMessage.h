@@ -11,6 +11,12 @@ public:
                        const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
                        const char* callId, std::uint32_t cseq, const char* contentType, const void* body,
                        std::uint32_t bodyLength);
+    KxSipInviteMessage(const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       KxSipAnyText callId, std::uint32_t cseq, KxSipAnyText contentType, const void* body,
+                       std::uint32_t bodyLength)
+        : KxSipInviteMessage(requestUri, from, to, contact, callId.line().c_str(), cseq,
+                             contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
 
     bool useLocalOutboundProxy() const override;
     /** The default is false. */

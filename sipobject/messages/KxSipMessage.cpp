@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/Logger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipContactHeader.h"
@@ -19,9 +20,10 @@
 #include "sipobject/messages/KxSipMessageReader.h"
 #include "sipobject/messages/KxSipRequiredHeaders.h"
 #include "sipobject/messages/KxSipTransactionKey.h"
-#include "util/KxOutputStream.h"
+#include "util/KxByteArrayOutputStream.h"
 
 #include <cstring>
+#include <limits>
 #include <sstream>
 #include <string>
 
@@ -320,6 +322,14 @@ void KxSipMessage::setBody(const char* body, const char* contentType) {
     setBody(body, contentType, body == nullptr ? 0 : static_cast<std::uint32_t>(std::strlen(body)));
 }
 
+void KxSipMessage::setBody(std::string_view body, KxSipText contentType) {
+    const KxString type = contentType.neededIf(!body.empty(), "Content-Type");
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBody(body.data(), type.c_str(), static_cast<std::uint32_t>(body.size()));
+}
+
 void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std::uint32_t length) {
     const KxHandle<KxSipContentLengthHeader> present = getContentLengthHeader();
     if (length != 0) {
@@ -329,6 +339,14 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
     } else { // from the Request-URI, which may have brought a body too
         present->setContentLength(static_cast<std::uint32_t>(m_body.length()));
     }
+}
+
+void KxSipMessage::setBodyOf(std::string_view body, const KxString& contentType) {
+    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
+        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
+    }
+    setBodyOrNone(body.data(), contentType.isNil() ? nullptr : contentType.c_str(),
+                  static_cast<std::uint32_t>(body.size()));
 }
 
 std::uint32_t KxSipMessage::getBodyLength() const {
@@ -352,6 +370,12 @@ void KxSipMessage::serialize(KxOutputStream& out) const {
         m_body.serializeBody(out, getBodyLength());
     }
     out.flush();
+}
+
+std::string KxSipMessage::getText() const {
+    KxByteArrayOutputStream out;
+    serialize(out);
+    return std::string(out.view());
 }
 
 void KxSipMessage::display(KxOutputStream& out, bool) const {

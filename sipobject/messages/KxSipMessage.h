@@ -2,6 +2,7 @@
 
 #include "core/LogDeferral.h"
 #include "core/LogLevel.h"
+#include "sipobject/KxSipText.h"
 #include "sipobject/headers/KxSipHeader.h"
 #include "sipobject/messages/KxSipBody.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <string>
 #include <vector>
 
 namespace Oskan {
@@ -72,6 +74,16 @@ protected:
 
 public:
     bool isResponse() const { return !isRequest(); }
+    /** The message as an object of the class M, such as KxSipRequest or KxSipInviteMessage; null if it is of another
+        class. */
+    template <class M>
+    [[nodiscard]] M* as() {
+        return dynamic_cast<M*>(this);
+    }
+    template <class M>
+    [[nodiscard]] const M* as() const {
+        return dynamic_cast<const M*>(this);
+    }
 
     /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
         type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
@@ -87,6 +99,8 @@ public:
     /** Writes the start line, the headers, an empty line and the body, of which at most Content-Length bytes; then
         flushes the stream. */
     void serialize(KxOutputStream& out) const;
+    /** The bytes that serialize writes. */
+    [[nodiscard]] std::string getText() const;
     void display(KxOutputStream& out, bool verbose) const override;
 
     /** The first header of a kind; nil when there is none. Does not lock.
@@ -173,6 +187,18 @@ public:
     bool isSupported(std::string_view optionTag) const;
     bool isRequired(std::string_view optionTag) const;
 
+    /** Whether one of the headers of class H lists the option tag, under whatever name they were received; ignores
+        letter case: message->lists<KxSipSupportedHeader>("100rel"). Does not lock. [RFC 3261 19.2] */
+    template <class H>
+    [[nodiscard]] bool lists(std::string_view optionTag) const {
+        for (const H& value : values<H>()) {
+            if (value.getOptionTag().equalsNoCase(optionTag)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     /** Adds the header as the first of its kind (existing values then replace its own chain), or after the last one,
         with its chain. The message takes ownership of a header that is part of no message, and of its chain if no value
         of that is part of a message; otherwise the chain is cut off. Of a header that is part of a message, this one or
@@ -191,6 +217,9 @@ public:
         body) with no content-type"; Content-Length is then already set. */
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
+    /** As above, for a body that may contain any byte. Throws KxSipParseError, and changes nothing, for a body without
+        content type or of 4 GB or more. */
+    void setBody(std::string_view body, KxSipText contentType);
     /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
     const char* getBody() const { return m_body.bytes(); }
     bool hasBody() const { return m_body.bytes() != nullptr; }
@@ -237,8 +266,10 @@ public:
     template <class M>
     struct Registration {
         Registration() {
-            sAddConstructor(M::sMethodName, []() -> KxSipMessage* { return new M; });
+            sAddConstructor(M::sMethodName, []() -> KxSipMessage* { return sMake(); });
         }
+        /** An empty message. */
+        static M* sMake() { return new M; }
     };
 
 protected:
@@ -269,6 +300,9 @@ protected:
     void addCopiesOf(const KxSipMessage& other, HeaderID id);
     /** As setBody. For a length of 0, adds a Content-Length of 0, or sets a present one to the stored body length. */
     void setBodyOrNone(const void* body, const char* contentType, std::uint32_t length);
+    /** Sets the body of a message to be built, or a Content-Length of 0. Throws KxSipParseError for a body without
+        type. */
+    void setBodyOf(std::string_view body, const KxString& contentType);
     /** Copies address, port and transport of the other's connection if the other came over TCP or TLS, so that the
         answer to it uses the same connection. */
     void copyConnection(const KxSipMessage& other);

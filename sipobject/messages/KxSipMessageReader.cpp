@@ -8,6 +8,7 @@
 #include "sipobject/headers/KxSipAcceptHeader.h"
 #include "sipobject/headers/KxSipContentLengthHeader.h"
 #include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/messages/KxSipReportedBytes.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "util/KxErrorStream.h"
 #include "util/KxInputStream.h"
@@ -60,7 +61,18 @@ void KxSipMessageReader::sAddConstructor(const KxString& token, KxSipMessage* (*
     }
 }
 
+KxHandle<KxSipMessage> KxSipMessageReader::sEmpty(std::string_view token) {
+    const StartToken* const known = findStartToken(token);
+    return KxHandle<KxSipMessage>::sOfNew(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+}
+
 KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
+    KxHandle<KxSipMessage> message;
+    sConstructFrom(in, message);
+    return message;
+}
+
+void KxSipMessageReader::sConstructFrom(KxInputStream& in, KxHandle<KxSipMessage>& message) {
     if (in.peek() < 0) {
         KxSipParseError::sThrow("SIP Method Token Expected");
     }
@@ -72,13 +84,17 @@ KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
                                              "treating as keep-alive ");
         KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
-    const StartToken* const known = findStartToken(token);
-    KxHandle<KxSipMessage> message(known != nullptr ? known->creator() : new KxSipUnknownRequest);
+    message = sEmpty(token);
     message->parse(token.c_str(), in);
-    return message;
 }
 
-/** Stores the status unless the message has one. */
+void KxSipMessageReader::salvage(KxInputStream& headerSection) {
+    for (const HeaderID id : m_message.getHeaderOrder()) { // they are from the Request-URI
+        m_message.removeByID(id, static_cast<std::size_t>(-1));
+    }
+    readHeaders(headerSection);
+}
+
 void KxSipMessageReader::setStatusIfValid(KxStatus status) {
     if (m_message.m_status == KX_STATUS_VALID) {
         m_message.m_status = status;
@@ -92,6 +108,7 @@ void KxSipMessageReader::read(KxInputStream& in) {
     } catch (const KxHandle<KxSipParseKeepAliveException>&) {
         throw;
     } catch (const KxHandle<KxException>&) {
+        KxSipReportedBytes::sNoteFailure(in, KxSipReportedBytes::Stage::StartLine);
         setStatusIfValid(KX_STATUS_UNUSABLE);
         throw;
     }
@@ -105,6 +122,7 @@ void KxSipMessageReader::read(KxInputStream& in) {
     try {
         readBody(in);
     } catch (const KxHandle<KxException>& failure) {
+        KxSipReportedBytes::sNoteFailure(in, KxSipReportedBytes::Stage::Body);
         noteFault("KxException Occurred while parsing body of message: ", *failure);
         m_message.m_status = KX_STATUS_INCOMPLETE;
         throw;
@@ -119,12 +137,16 @@ void KxSipMessageReader::read(KxInputStream& in) {
 
 void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
-    const auto drop = [this](const auto& why) {
+    KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in);
+    const auto drop = [this, report](const char* start, const auto& fault, const auto& why) {
         if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
             s_logger.log(Oskan::LogLevel::Debug,
                          std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
         }
         setStatusIfValid(KX_STATUS_INCOMPLETE);
+        if (report != nullptr) [[unlikely]] {
+            report->noteDropped(start, fault);
+        }
     };
     KxSipLine line;
     KxSipHeaderSlots& headers = m_message.m_headers;
@@ -136,6 +158,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
             }
             continue;
         }
+        const char* const start = in.window().data();
         try {
             KxHandle<KxSipHeader> header;
             const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
@@ -143,10 +166,10 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
                 const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");
                 headers.addRead(std::move(header));
             } else {
-                drop([&fault] { return fault.message(); });
+                drop(start, fault, [&fault] { return fault.message(); });
             }
         } catch (const KxHandle<KxException>& failure) {
-            drop([&failure] { return failure->getExceptionMessage().view(); });
+            drop(start, failure, [&failure] { return failure->getExceptionMessage().view(); });
         }
     }
     if (m_message.m_status == KX_STATUS_VALID && !acceptsOwnBodyType()) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "sipobject/messages/KxSipDialog.h"
+#include "sipobject/messages/KxSipDialogParts.h"
 #include "sipobject/messages/KxSipRequest.h"
+#include "sipobject/messages/KxSipRequestParts.h"
 
 /** The code common to the classes of the known methods: copying, and the building constructors of KxSipRequest, to
     which the class supplies its method. A class M derives from KxSipMethodMessage<M>, inherits these constructors, has
@@ -28,9 +31,39 @@ public:
         : KxSipRequest(M::sMethodName.c_str(), requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
                        contentType, body, bodyLength) {}
 
+    // The same with texts of any type.
+    KxSipMethodMessage(KxSipAnyText from, KxSipAnyText to, KxSipAnyText contact, KxSipAnyText callId, CSeqNumber cseq,
+                       KxSipAnyText contentType, const Body* body, std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName, from, to, contact, callId, static_cast<std::uint32_t>(cseq), contentType, body,
+                       bodyLength) {}
+    KxSipMethodMessage(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                       const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId, CSeqNumber cseq,
+                       KxSipAnyText contentType, const Body* body, std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName, from, to, contact, callId, static_cast<std::uint32_t>(cseq), contentType, body,
+                       bodyLength) {}
+    KxSipMethodMessage(const KxHandle<KxSipNameAddress>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                       const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact,
+                       KxSipAnyText callId, CSeqNumber cseq, KxSipAnyText contentType, const Body* body,
+                       std::uint32_t bodyLength)
+        : KxSipRequest(M::sMethodName, requestUri, from, to, contact, callId, static_cast<std::uint32_t>(cseq),
+                       contentType, body, bodyLength) {}
+    /** A request outside a dialog, of this method; see KxSipRequest::sBuild. */
+    [[nodiscard]] static KxHandle<M> sBuild(const KxSipRequestParts& parts) {
+        KxHandle<M> request = sEmpty();
+        request->build(M::sMethodName, parts);
+        return request;
+    }
+    /** A request within a dialog, of this method; see KxSipRequest::sWithin. */
+    [[nodiscard]] static KxHandle<M> sWithin(KxSipDialog& dialog, const KxSipDialogParts& parts = {}) {
+        KxHandle<M> request = sEmpty();
+        request->buildWithin(dialog, M::sMethodName, parts);
+        return request;
+    }
+
     KxSipRequest* clone() const override { return new M(static_cast<const M&>(*this)); }
 
 protected:
+    static KxHandle<M> sEmpty() { return KxHandle<M>::sOfNew(KxSipMessage::Registration<M>::sMake()); }
     /** For the parser, which sets the method. */
     KxSipMethodMessage() = default;
     /** Builds a request to a copy of the URI. */

@@ -2,6 +2,9 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipRAckHeader.h"
+#include "sipobject/headers/KxSipRSeqHeader.h"
 
 static constinit Oskan::AceCleanupLogger s_logger{"KxSipPrackMessage"};
 
@@ -15,4 +18,19 @@ KxSipPrackMessage::KxSipPrackMessage(const KxHandle<KxSipResponse>& response, co
     const Oskan::EntryTraceScope trace(s_logger, "KxSipPrackMessage ctor");
     acknowledge(response, 1, "The SIP PRACK Request is only for INVITE Response");
     setBodyOrNone(body, contentType, bodyLength);
+}
+
+KxHandle<KxSipPrackMessage> KxSipPrackMessage::sFor(KxSipDialog& dialog, const KxSipResponse& response,
+                                                    const KxSipDialogParts& parts) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipPrackMessage::sFor");
+    const auto* const number = response.first<KxSipRSeqHeader>();
+    const auto* const cseq = response.first<KxSipCSeqHeader>();
+    if (number == nullptr || cseq == nullptr) {
+        KxSipParseError::sThrow("A PRACK needs a response with RSeq and CSeq");
+    }
+    const auto rack = KxMake<KxSipRAckHeader>(number->getResponseNumber(), cseq->getSeqNumber(), cseq->getMethod());
+    KxHandle<KxSipPrackMessage> prack = sEmpty();
+    prack->buildWithin(dialog, sMethodName, parts);
+    prack->addHeader(rack, false);
+    return prack;
 }

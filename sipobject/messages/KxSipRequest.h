@@ -1,6 +1,8 @@
 #pragma once
 
+#include "sipobject/KxSipAnyText.h"
 #include "sipobject/KxSipParseError.h"
+#include "sipobject/KxSipText.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipFromHeader.h"
@@ -8,16 +10,20 @@
 #include "sipobject/messages/KxSipMessage.h"
 
 class KxSipAuthorizationHeader;
+class KxSipDialog;
 class KxSipResponse;
+struct KxSipDialogParts;
+struct KxSipRequestOutline;
+struct KxSipRequestParts;
 
 /** A SIP request: a message with a method and a Request-URI. [RFC 3261 7.1]
     Request-Line = Method SP Request-URI SP SIP-Version CRLF                  [RFC 3261 25.1]
     Only SIP/2.0 and the schemes "sip" and "tel" are accepted. The headers of a SIP Request-URI become headers and body
     of the request.
 
-    A request is either read by the parser or built by a constructor. The constructors add From, To, Contact, Call-ID,
-    CSeq and Content-Length (or the body with Content-Length and Content-Type) in this order, and nothing else: the
-    caller adds Via and Max-Forwards. */
+    A request is read by the parser, or built by sBuild or sWithin, which name the parts, or by a constructor. The
+    constructors add From, To, Contact, Call-ID, CSeq and Content-Length (or the body with Content-Length and
+    Content-Type) in this order, and nothing else: the caller adds Via and Max-Forwards. */
 class KX_SIP_API KxSipRequest : public KxSipMessage {
 public:
     /** Builds a request to the To URI. From, To and Contact are parsed by the header classes; a `contact` of null or ""
@@ -42,11 +48,45 @@ public:
                  const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact, const char* callId,
                  std::uint32_t cseq, const char* contentType, const void* body, std::uint32_t bodyLength);
 
-    bool isRequest() const override;
+    // The same with texts of any type. They throw KxSipParseError without a method, and for a body without a type.
+    KxSipRequest(KxSipAnyText method, KxSipAnyText from, KxSipAnyText to, KxSipAnyText contact, KxSipAnyText callId,
+                 std::uint32_t cseq, KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method, KxMake<KxSipFromHeader>(from), KxMake<KxSipToHeader>(to),
+                       contact.isNone() ? KxHandle<KxSipContactHeader>() : KxMake<KxSipContactHeader>(contact), callId,
+                       cseq, contentType, body, bodyLength) {}
+    KxSipRequest(KxSipAnyText method, const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                 const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId, std::uint32_t cseq,
+                 KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method.needed("method").c_str(), from, to, contact, callId.line().c_str(), cseq,
+                       contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
+    KxSipRequest(KxSipAnyText method, const KxHandle<KxSipNameAddress>& requestUri,
+                 const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
+                 const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId, std::uint32_t cseq,
+                 KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method.needed("method").c_str(), requestUri, from, to, contact, callId.line().c_str(), cseq,
+                       contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
+    KxSipRequest(KxSipAnyText method, const KxHandle<KxURI>& requestUri, const KxHandle<KxSipFromHeader>& from,
+                 const KxHandle<KxSipToHeader>& to, const KxHandle<KxSipContactHeader>& contact, KxSipAnyText callId,
+                 std::uint32_t cseq, KxSipAnyText contentType, const void* body, std::uint32_t bodyLength)
+        : KxSipRequest(method.needed("method").c_str(), requestUri, from, to, contact, callId.line().c_str(), cseq,
+                       contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
+
+    /** A request outside a dialog, of the class of the method; see KxSipRequestParts, whose header is to be included. The
+        classes of the methods have functions of the same names without `method`.
+        Throws KxSipParseError for a method that is no token, and for parts that are missing or can't be read.
+        [RFC 3261 8.1.1] */
+    [[nodiscard]] static KxHandle<KxSipRequest> sBuild(KxSipText method, const KxSipRequestParts& parts);
+    /** A request within a dialog, with its next CSeq number. Not for ACK and CANCEL, which have none of their own; see
+        KxSipAckMessage::sFor and KxSipCancelMessage::sFor. Throws as sBuild; the dialog is then unchanged.
+        [RFC 3261 12.2.1.1] */
+    [[nodiscard]] static KxHandle<KxSipRequest> sWithin(KxSipDialog& dialog, KxSipText method,
+                                                        const KxSipDialogParts& parts);
+
+    [[nodiscard]] bool isRequest() const override;
     /** Whether the request is to be sent through the local outbound proxy. Always false except for an INVITE. */
     virtual bool useLocalOutboundProxy() const;
     /** Whether the status is 0 and the CSeq header has exactly the method of the request. */
-    bool isValid() const override;
+    [[nodiscard]] bool isValid() const override;
 
     /** The method as given or received; valid as long as the request. */
     const char* getMethod() const { return m_Method.c_str(); }
@@ -57,7 +97,7 @@ public:
         Request-URI: for a received request, check getURI()->isSipURL() first. */
     KxHandle<KxSipURL> getURL() const;
     /** A new name-address with a copy of the Request-URI. */
-    KxHandle<KxSipNameAddress> getNameAddress() const;
+    [[nodiscard]] KxHandle<KxSipNameAddress> getNameAddress() const;
     /** The host of a SIP Request-URI, and its port or the default port of its transport; else "" and 0. */
     const char* getRequestURIHost() const;
     std::uint32_t getRequestURIPort() const;
@@ -67,10 +107,19 @@ public:
 
     /** Adds a Via before the others. Throws KxSipParseError for an unknown transport or an empty host. */
     void insertViaHeader(const char* host, unsigned port, const char* transport);
+    void insertViaHeader(KxSipAnyText host, unsigned port, KxSipAnyText transport) {
+        insertViaHeader(host.line().c_str(), port, transport.line().c_str());
+    }
+
+    /** Notes where a received request came from: the connection of the message; and in its top Via "received", if the
+        host there is another one or "rport" is asked for, and the value of "rport", if that is asked for.
+        [RFC 3261 18.2.1, RFC 3581 4] */
+    void setSource(const KxInetAddress& address, std::uint32_t port, KxSocketImpl::Transport transport);
 
     /** The local address from which the application prefers to send the request; "" if none was set. A text that is not
         an address changes nothing. The returned pointer is valid until the next call of the setter. */
     void setPreferredIpAddr(const char* address);
+    void setPreferredIpAddr(KxSipText address) { setPreferredIpAddr(address.line().c_str()); }
     const char* getPreferredIpAddrStr() const { return m_preferredIpAddrText.c_str(); }
 
     /** Whether Max-Forwards is 0 and the configuration parameter "tandril.sip.ignoreMaxForwards", which is read each
@@ -89,6 +138,14 @@ protected:
     /** Without headers, and with a URI without scheme. Throws KxException "KxSipRequest constructor expects a Method
         Name" for an empty method. */
     explicit KxSipRequest(const KxString& method);
+
+    // The steps to build an empty request. They throw KxSipParseError; the request is then not to be used.
+
+    void build(const KxString& method, const KxSipRequestParts& parts);
+    void buildWithin(KxSipDialog& dialog, const KxString& method, const KxSipDialogParts& parts);
+    void buildAck(const KxSipRequest& invite, const KxSipResponse& response, const KxSipDialogParts& parts);
+    /** A request in the transaction of the INVITE, to the party in `to`: CANCEL, or ACK of a non-2xx response. */
+    void buildInTransaction(const KxString& method, const KxSipRequest& invite, const KxSipToHeader& to);
 
     // The steps to derive a request from another message. If that message lacks a part that a step needs, the step
     // throws KxSipParseError, so that no incomplete request is created.
@@ -134,6 +191,8 @@ private:
     void parseStartLine(KxInputStream& in) override;
 
     KxSipRequest(const KxSipRequest& other, const Lock& held);
+    static KxHandle<KxSipRequest> sEmpty(const KxString& method);
+    void assemble(const KxString& method, const KxSipRequestOutline& outline);
     void build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact, const Content& content);
     const KxSipURL* sipURL() const;

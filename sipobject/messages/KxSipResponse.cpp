@@ -4,10 +4,13 @@
 #include "core/TraceScope.h"
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/KxSipParseError.h"
+#include "sipobject/KxSipTag.h"
 #include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipRecordRouteHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
+#include "sipobject/messages/KxSipResponseParts.h"
+#include "sipobject/messages/KxSipTokenText.h"
 #include "util/KxInputStream.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
@@ -89,13 +92,21 @@ constexpr const char* kUnknown[] = {
     "Unknown 600 Class Response",
 };
 
-const char* phraseOf(int code) {
-    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), code,
-                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
-    if (found != std::end(kPhrases) && found->code == code) {
-        return found->text;
+void checkCode(int code) {
+    if (code < 100 || code >= 700) {
+        KxSipParseError::sThrow("Invalid Response code");
     }
-    return kUnknown[code >= 100 && code < 700 ? code / 100 : 0];
+}
+
+/** Whether responses to the method never belong to the making of a dialog. */
+bool hasNoDialog(std::string_view method) {
+    return method == "BYE" || method == "CANCEL";
+}
+
+/** Whether a 2xx response to the method makes or refreshes a dialog. [RFC 3261 12.1.1, RFC 3311 5.2, RFC 3515 2.4.4,
+    RFC 6665 3.1.1] */
+bool needsContact(std::string_view method) {
+    return method == "INVITE" || method == "REFER" || method == "SUBSCRIBE" || method == "UPDATE";
 }
 
 } // namespace
@@ -112,27 +123,14 @@ KxSipResponse::KxSipResponse(const KxSipResponse& other, const Lock& held)
     : KxSipMessage(other, held), m_statusCode(other.m_statusCode), m_reasonPhrase(other.m_reasonPhrase) {}
 
 KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body,
-                             const char* contentType, std::uint32_t bodyLength)
-    : m_statusCode(statusCode) {
+                             const char* contentType, std::uint32_t bodyLength) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse ctor");
-    if (statusCode < 100 || statusCode >= 700) {
-        KxSipParseError::sThrow("Invalid Response code");
-    }
+    checkCode(statusCode);
     if (request.isNil()) {
         KxSipParseError::sThrow("Handle to request is NIL");
     }
-    m_reasonPhrase = KxString(phraseOf(statusCode));
-    addCopiesOf(*request, KxHeaderIDs::kVia);
-    addCopyOf(*request, KxHeaderIDs::kFrom);
-    addCopyOf(*request, KxHeaderIDs::kTo);
-    addCopyOf(*request, KxHeaderIDs::kCallId);
-    addCopyOf(*request, KxHeaderIDs::kCSeq);
-    const std::string_view method(request->getMethod());
-    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
-    if (!cseq.isNil() && cseq->getMethod().empty()) {
-        cseq->setMethod(KxString(method));
-    }
-    if (method == "BYE" || method == "CANCEL") {
+    answer(statusCode, *request);
+    if (hasNoDialog(request->getMethod())) {
         setBodyOrNone(nullptr, nullptr, 0);
     } else {
         setBodyOrNone(body, contentType, bodyLength);
@@ -144,8 +142,74 @@ KxSipResponse::KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& reque
     KxSipResponse::checkValidity();
 }
 
+/** Sets the status line and adds the headers that every response repeats. */
+void KxSipResponse::answer(int statusCode, const KxSipRequest& request) {
+    m_statusCode = statusCode;
+    m_reasonPhrase = KxString(sPhraseOf(statusCode));
+    addCopiesOf(request, KxHeaderIDs::kVia);
+    addCopyOf(request, KxHeaderIDs::kFrom);
+    addCopyOf(request, KxHeaderIDs::kTo);
+    addCopyOf(request, KxHeaderIDs::kCallId);
+    addCopyOf(request, KxHeaderIDs::kCSeq);
+    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
+    if (!cseq.isNil() && cseq->getMethod().empty()) {
+        cseq->setMethod(KxString(request.getMethod()));
+    }
+}
+
+KxHandle<KxSipResponse> KxSipResponse::sBuild(const KxSipRequest& request, const KxSipResponseParts& parts) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::sBuild");
+    checkCode(parts.statusCode);
+    const std::string_view method(request.getMethod());
+    if (method == "ACK") {
+        KxSipParseError::sThrow("An ACK has no response");
+    }
+    const KxHandle<KxSipContactHeader> contact = parts.contact.make();
+    if (contact.isNil() && parts.statusCode / 100 == 2 && needsContact(method)) {
+        KxSipText::sRaiseMissing("Contact");
+    }
+    auto response = KxHandle<KxSipResponse>::sOfNew(new KxSipResponse);
+    response->answer(parts.statusCode, request);
+    if (!parts.reasonPhrase.isNone()) {
+        response->m_reasonPhrase = parts.reasonPhrase.line();
+        if (response->m_reasonPhrase.length() >= kPhraseLimit) {
+            KxSipParseError::sThrow("The reason phrase is too long");
+        }
+    }
+    if (parts.statusCode == 100) {
+        response->addCopyOf(request, KxHeaderIDs::kTimestamp);
+    } else {
+        response->addToTag(parts.toTag);
+    }
+    if (parts.statusCode > 100 && parts.statusCode < 300 && !hasNoDialog(method)) {
+        response->addCopiesOf(request, KxHeaderIDs::kRecordRoute);
+    }
+    response->asynchAddHeader(contact, false);
+    response->setBodyOf(parts.body, parts.contentType.line());
+    response->copyConnection(request);
+    response->checkValidity();
+    return response;
+}
+
+/** Adds the tag, or a new one, unless To has one. */
+void KxSipResponse::addToTag(const KxSipText& tag) {
+    const KxHandle<KxSipToHeader> to = getToHeader();
+    if (!to.isNil() && !to->isTagPresent()) {
+        to->setTag((tag.isNone() ? KxSipTag::sRandom() : KxSipTokenText::sChecked(tag, "To tag")).c_str());
+    }
+}
+
 KxSipResponse* KxSipResponse::clone() const {
     return new KxSipResponse(*this);
+}
+
+const char* KxSipResponse::sPhraseOf(int statusCode) {
+    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), statusCode,
+                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
+    if (found != std::end(kPhrases) && found->code == statusCode) {
+        return found->text;
+    }
+    return kUnknown[statusCode >= 100 && statusCode < 700 ? statusCode / 100 : 0];
 }
 
 bool KxSipResponse::isRequest() const {

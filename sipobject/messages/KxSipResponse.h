@@ -3,6 +3,8 @@
 #include "sipobject/messages/KxSipRequest.h"
 
 class KxSipAuthenticateHeader;
+struct KxSipReading;
+struct KxSipResponseParts;
 
 /** A SIP response: a message with a status code and a reason phrase. [RFC 3261 7.2]
     Status-Line = SIP-Version SP Status-Code SP Reason-Phrase CRLF            [RFC 3261 25.1]
@@ -17,15 +19,27 @@ public:
         setBody; KxException, as checkValidity, for a request without the headers that a response needs. */
     KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, const char* contentType,
                   std::uint32_t bodyLength);
+    KxSipResponse(int statusCode, const KxHandle<KxSipRequest>& request, const void* body, KxSipText contentType,
+                  std::uint32_t bodyLength)
+        : KxSipResponse(statusCode, request, body, contentType.neededIf(bodyLength != 0, "Content-Type").c_str(),
+                        bodyLength) {}
+    /** The response to a request; see KxSipResponseParts, whose header is to be included. It has the Via headers, From,
+        To, Call-ID and CSeq of the request; a To tag, except in a 100; the Timestamp in a 100; the Record-Route headers
+        from 101 to 299, except for BYE and CANCEL. It uses the connection of a request that came over TCP or TLS.
+        [RFC 3261 8.2.6, 12.1.1]
+        Throws KxSipParseError for an ACK, for a code outside 100 to 699, for parts that are missing or can't be read; and
+        KxException, as checkValidity, for a request without the headers that a response needs. */
+    [[nodiscard]] static KxHandle<KxSipResponse> sBuild(const KxSipRequest& request, const KxSipResponseParts& parts);
     KxSipResponse(const KxSipResponse& other);
-    KxSipResponse* clone() const override;
+    [[nodiscard]] KxSipResponse* clone() const override;
 
-    bool isRequest() const override;
+    [[nodiscard]] bool isRequest() const override;
 
     std::uint32_t getStatusCode() const { return static_cast<std::uint32_t>(m_statusCode); }
     KxString getReasonPhrase() const { return m_reasonPhrase; }
     /** Takes the lock of the message; null reads as empty. */
     void setReasonPhrase(const char* phrase);
+    void setReasonPhrase(KxSipText phrase) { setReasonPhrase(phrase.line().c_str()); }
 
     /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. */
     KxHandle<KxSipAuthenticateHeader> getAuthenticateHeader() const;
@@ -33,6 +47,9 @@ public:
     /** Remove all headers written under the full name, ignoring letter case. A Via received as "v" is kept. */
     void removeViaHeader();
     void removeRecordRouteHeader();
+
+    /** The standard reason phrase of a status code, as the constructor sets it. It lives as long as the process. */
+    static const char* sPhraseOf(int statusCode);
 
     /** The start token of a response, "SIP". */
     static const KxConstString sMethodName;
@@ -45,9 +62,12 @@ protected:
 
 private:
     friend struct Registration<KxSipResponse>;
+    friend struct KxSipReading; // answers requests that lack headers
 
     KxSipResponse();
     KxSipResponse(const KxSipResponse& other, const Lock& held);
+    void answer(int statusCode, const KxSipRequest& request);
+    void addToTag(const KxSipText& tag);
 
     std::int32_t m_statusCode = 0;
     KxString m_reasonPhrase;

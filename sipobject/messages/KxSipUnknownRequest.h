@@ -9,6 +9,8 @@ public:
     KxSipUnknownRequest();
     /** Throws KxException for an empty method. */
     explicit KxSipUnknownRequest(const char* method);
+    explicit KxSipUnknownRequest(const KxString& method) : KxSipUnknownRequest(KxSipText(method)) {}
+    explicit KxSipUnknownRequest(KxSipText method) : KxSipRequest(method.needed("method")) {}
     KxSipUnknownRequest(const KxSipUnknownRequest&) = default;
 
     KxSipUnknownRequest* clone() const override;

@@ -5,10 +5,15 @@
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxByteArrayOutputStream.h"
 
+#include "sipobject/KxSipObject.h" // the whole library; the headers above are enough for this program
+#include "sipobject/KxSipVersion.h"
+
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
+
+static_assert(KX_SIP_VERSION_MAJOR >= 1 && KX_SIP_VERSION_MINOR >= 0 && KX_SIP_VERSION_PATCH >= 0);
 
 int main(int argc, char** argv) {
     std::ifstream file(argc > 1 ? argv[1] : "", std::ios::binary);
@@ -19,6 +24,8 @@ int main(int argc, char** argv) {
     std::cout << "from " << message->getFromHeader()->getURL() << "\n";
     KxByteArrayOutputStream out;
     message->serialize(out);
+
+    std::cout << "version " KX_SIP_VERSION_TEXT "\n";
 
     return message->isValid() && out.size() != 0 ? 0 : 1;
 }

@@ -1,6 +1,5 @@
 #include "tools/kxsip/CheckCommand.h"
 
-#include "tools/kxsip/FaultyLine.h"
 #include "tools/kxsip/MessageFilter.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
@@ -44,8 +43,11 @@ struct Options {
 
 std::string whyIncomplete(const ReadMessage& read) {
     const std::string why = "a header line could not be read";
-    const std::optional<FaultyLine> fault = FaultyLine::sFind(read.text);
-    return fault ? why + ": line " + std::to_string(fault->line) + ", \"" + fault->text + "\": " + fault->why : why;
+    if (read.dropped.empty()) {
+        return why;
+    }
+    const DroppedLine& first = read.dropped.front();
+    return why + ": line " + std::to_string(first.line) + ", \"" + first.shown() + "\": " + printable(first.why);
 }
 
 Verdict judge(const ReadMessage& read) {

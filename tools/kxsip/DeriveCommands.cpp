@@ -45,7 +45,7 @@ struct Derivation {
 /** Returns the message as an M. Throws KxException if it is none. */
 template <class M>
 KxHandle<M> as(const Message& message, const char* expected) {
-    M* const typed = dynamic_cast<M*>(message.get());
+    M* const typed = message->as<M>();
     if (typed == nullptr) {
         KxException::sThrow(expected);
     }

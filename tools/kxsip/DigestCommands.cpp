@@ -1,9 +1,10 @@
 #include "tools/kxsip/DigestCommands.h"
 
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
-#include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipProxyAuthenticateHeader.h"
 #include "sipobject/headers/KxSipProxyAuthorizationHeader.h"
+#include "sipobject/headers/KxSipWWWAuthenticateHeader.h"
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
 #include "tools/kxsip/MessageReader.h"
@@ -82,13 +83,19 @@ T& required(const KxHandle<T>& handle, const char* otherwise) {
 
 /** Returns the header with the challenge of a 401 or 407. Throws KxException for any other message. */
 const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message) {
-    const auto* const response = dynamic_cast<const KxSipResponse*>(&message);
+    const auto* const response = message.as<KxSipResponse>();
     const std::uint32_t code = response == nullptr ? 0 : response->getStatusCode();
     if (code != 401 && code != 407) {
         KxException::sThrow("Only a 401 or 407 can be answered");
     }
-    const HeaderID id = code == 401 ? KxHeaderIDs::kWWWAuthenticate : KxHeaderIDs::kProxyAuthenticate;
-    return required(KxHandleCast<KxSipAuthenticateHeader>(message.getHeaderByID(id)), "The response has no challenge");
+    const KxSipAuthenticateHeader* header = message.first<KxSipWWWAuthenticateHeader>();
+    if (code == 407) {
+        header = message.first<KxSipProxyAuthenticateHeader>();
+    }
+    if (header == nullptr) {
+        KxException::sThrow("The response has no challenge");
+    }
+    return *header;
 }
 
 /** Returns the method of the option, or else that of the challenged request. */
@@ -128,7 +135,7 @@ Outcome answer(const ReadMessage& read, const Options& options, const Inputs& in
 }
 
 Outcome verify(const ReadMessage& read, const Options& options, const Inputs& inputs) {
-    const auto request = KxHandleCast<KxSipRequest>(read.message);
+    const KxHandle<KxSipRequest> request(read.message->as<KxSipRequest>());
     const auto header = required(request, "Only a request can be verified").getAuthorizationHeader();
     const KxHandle<KxSipCredentialsInfo>& info = required(header, "The request has no credentials").getCredentials();
     const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(info);

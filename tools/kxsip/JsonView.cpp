@@ -29,6 +29,7 @@ Json blank(const ReadMessage& read) {
     for (const char* key : {"time", "transport", "source", "destination"}) {
         json[key] = nullptr;
     }
+    json["dropped"] = Json::array();
     return json;
 }
 
@@ -66,9 +67,9 @@ Json keyOf(const KxSipMessage& message) {
 }
 
 void addMessage(Json& json, const KxSipMessage& message) {
-    if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
+    if (const auto* const request = message.as<KxSipRequest>()) {
         addRequestLine(json, *request);
-    } else if (const auto* const response = dynamic_cast<const KxSipResponse*>(&message)) {
+    } else if (const auto* const response = message.as<KxSipResponse>()) {
         addStatusLine(json, *response);
     }
     json["version"] = std::to_string(message.getVersionHigh()) + "." + std::to_string(message.getVersionLow());
@@ -93,6 +94,9 @@ void JsonView::show(const ReadMessage& read) {
         json["error"] = {{"class", classNameOf(*read.error)}, {"text", read.error->getExceptionMessage().view()}};
     } else {
         addMessage(json, *read.message);
+    }
+    for (const DroppedLine& line : read.dropped) {
+        json["dropped"].push_back({{"line", line.line}, {"text", line.text}, {"why", line.why}});
     }
     m_out << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -2,8 +2,8 @@
 
 #include "tools/kxsip/ReadMessage.h"
 
-/** The facts by which a user recognises a message. Those of a refused message are taken from its text where
-    possible. */
+/** The facts by which a user recognises a message. Those of a refused message are taken from what can be
+    read of it. */
 struct MessageFacts {
     std::string method; ///< Of a response, the method of CSeq.
     int code = 0;       ///< 0 for a request.
@@ -11,6 +11,7 @@ struct MessageFacts {
     std::string callId;
     std::string from; ///< The URI of From; empty if there is none.
     std::string to;
+    bool hasSdp = false; ///< Whether Content-Type says that the body is SDP.
 
     explicit MessageFacts(const ReadMessage& read);
 
@@ -19,7 +20,6 @@ struct MessageFacts {
     std::string label() const;
 
 private:
-    void takeStartLine(std::string_view line);
-    void takeText(const ReadMessage& read);
-    void takeObject(const KxSipMessage& message);
+    void takeStartLine(std::string_view text);
+    void takeHeaders(const KxSipMessage& message);
 };

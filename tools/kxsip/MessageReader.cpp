@@ -1,9 +1,9 @@
 #include "tools/kxsip/MessageReader.h"
 
+#include "sipobject/messages/KxSipStartLine.h"
 #include "tools/kxsip/MessageFilter.h"
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Progress.h"
-#include "tools/kxsip/StartLine.h"
 #include "tools/kxsip/capture/CaptureFile.h"
 
 #include <algorithm>
@@ -15,19 +15,6 @@ namespace {
 std::size_t endOfLine(std::string_view bytes, std::size_t position) {
     const std::size_t end = bytes.find('\n', position);
     return end == std::string_view::npos ? bytes.size() : end + 1;
-}
-
-/** Returns the beginning of the first line at or after `position` that looks like a start line, or the size of the
-    bytes if there is none. */
-std::size_t findStartLine(std::string_view bytes, std::size_t position) {
-    while (position < bytes.size()) {
-        const std::size_t next = endOfLine(bytes, position);
-        if (looksLikeStartLine(bytes.substr(position, next - position))) {
-            break;
-        }
-        position = next;
-    }
-    return position;
 }
 
 using Take = std::function<void(const ReadMessage&)>;
@@ -90,7 +77,7 @@ ReadMessage MessageReader::readHere() {
     const std::size_t begin = m_position;
     m_position += read.parse(m_bytes.substr(begin));
     if (read.isRefused()) {
-        m_position = findStartLine(m_bytes, std::max(m_position, endOfLine(m_bytes, begin)));
+        m_position = KxSipStartLine::sFind(m_bytes, std::max(m_position, endOfLine(m_bytes, begin)));
     }
     read.text = m_bytes.substr(begin, m_position - begin);
     read.unread = m_bytes.size() - m_position;

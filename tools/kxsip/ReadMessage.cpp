@@ -1,10 +1,17 @@
 #include "tools/kxsip/ReadMessage.h"
 
+#include "sipobject/KxSipParseKeepAliveException.h"
+#include "sipobject/messages/KxSipReading.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
-#include "util/KxByteArrayInputStream.h"
+#include "util/KxAscii.h"
 
 #include <iostream>
+
+std::string DroppedLine::shown() const {
+    constexpr std::size_t kShown = 60;
+    return printable(std::string_view(text).substr(0, kShown)) + (text.size() > kShown ? "..." : "");
+}
 
 Outcome ReadMessage::outcome() const {
     if (isRefused()) {
@@ -17,13 +24,17 @@ Outcome ReadMessage::outcome() const {
 }
 
 std::size_t ReadMessage::parse(std::string_view bytes) {
-    KxByteArrayInputStream in(bytes);
-    try {
-        message = KxSipMessage::sConstructFrom(in);
-    } catch (const KxHandle<KxException>& why) {
-        error = why;
+    const KxSipReading reading = KxSipReading::sRead(bytes);
+    message = reading.message;
+    salvaged = reading.salvaged;
+    error = reading.failure;
+    if (isRefused() && error.isNil()) { // only a ping or pong
+        error = KxMake<KxSipParseKeepAliveException>("Keep-alive datagram encountered");
     }
-    return bytes.size() - in.available();
+    for (const KxSipReading::DroppedLine& faulty : reading.dropped) {
+        dropped.push_back({faulty.line, std::string(KxAscii::trim(faulty.text)), faulty.why()});
+    }
+    return reading.consumed;
 }
 
 std::string ReadMessage::place() const {

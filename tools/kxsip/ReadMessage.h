@@ -9,23 +9,38 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+/** A header line that the library dropped from a message. */
+struct DroppedLine {
+    std::size_t line = 0; ///< Number of the line in the message, 1 for the start line.
+    std::string text;     ///< The line without white space around it.
+    std::string why;      ///< The library's error text.
+
+    /** Returns the beginning of the text, with control characters as \xNN. */
+    std::string shown() const;
+};
 
 /** One message of a file, or the text that was refused. */
 struct ReadMessage {
     std::string file;
-    std::size_t index = 0;          ///< 0 for the first message of the file.
-    KxHandle<KxSipMessage> message; ///< Nil if the message was refused.
-    KxHandle<KxException> error;    ///< Why the message was refused; else nil.
-    std::size_t line = 0;           ///< Line of the file where it begins, 1 for the first; 0 in a capture.
-    std::string text;               ///< Its bytes; those of a refused message reach to the next message.
-    std::optional<Origin> origin;   ///< Only for a message from a capture.
-    std::size_t unread = 0;         ///< Bytes of the file after this message; in a capture, of the datagram.
+    std::size_t index = 0;            ///< 0 for the first message of the file.
+    KxHandle<KxSipMessage> message;   ///< Nil if the message was refused.
+    KxHandle<KxSipMessage> salvaged;  ///< If the message was refused, what could be read of it; may be nil.
+    KxHandle<KxException> error;      ///< Why the message was refused; else nil.
+    std::vector<DroppedLine> dropped; ///< The header lines that could not be read, of a refused message too.
+    std::size_t line = 0;             ///< Line of the file where it begins, 1 for the first; 0 in a capture.
+    std::string text;                 ///< Its bytes; those of a refused message reach to the next message.
+    std::optional<Origin> origin;     ///< Only for a message from a capture.
+    std::size_t unread = 0;           ///< Bytes of the file after this message; in a capture, of the datagram.
 
     /** Parses a message at the beginning of the bytes. Returns the number of bytes that were read; if the message is
         refused, these are the bytes before the position where parsing stopped. */
     std::size_t parse(std::string_view bytes);
 
     bool isRefused() const { return message.isNil(); }
+    /** Returns the message, or else what could be read of it; nil if that is nothing. */
+    const KxHandle<KxSipMessage>& object() const { return isRefused() ? salvaged : message; }
     Outcome outcome() const;
     /** Returns "FILE, message 2, line 40"; without the line if it is 0 or 1. */
     std::string place() const;

@@ -31,8 +31,9 @@ JSON:
   (null, or class and text of the exception), headers (in written order, one object for each value: id, name, class,
   value), body_bytes, unread_bytes (the bytes of the file, or of a capture's datagram, after this message), line (of the
   file, where the message begins; null in a capture). Null except in a capture: time ("2026-11-21T13:22:21.935691Z"),
-  transport ("UDP" or "TCP"), source and destination (objects of address and port). Bytes that are not UTF-8 become
-  U+FFFD.
+  transport ("UDP" or "TCP"), source and destination (objects of address and port). dropped: the header lines that can't
+  be read, of a refused message too, one object for each: line (1 for the start line of the message), text, why. Bytes
+  that are not UTF-8 become U+FFFD.
 
 Examples:
   kxsip show --status 4xx,5xx samples/captures/call_udp.pcap

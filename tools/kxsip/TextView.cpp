@@ -2,7 +2,6 @@
 
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
-#include "tools/kxsip/FaultyLine.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
 
@@ -50,11 +49,11 @@ void TextView::showOrigin(const Origin& origin) {
 }
 
 void TextView::showStartLine(const KxSipMessage& message) {
-    if (const auto* const request = dynamic_cast<const KxSipRequest*>(&message)) {
+    if (const auto* const request = message.as<KxSipRequest>()) {
         const std::string uri = request->getURI().isNil() ? "" : serialized(*request->getURI());
         m_out << "  request   " << m_colour(Ink::Request, printable(request->getMethod())) << ' '
               << m_colour(Ink::Uri, printable(uri)) << '\n';
-    } else if (const auto* const response = dynamic_cast<const KxSipResponse*>(&message)) {
+    } else if (const auto* const response = message.as<KxSipResponse>()) {
         const auto code = static_cast<int>(response->getStatusCode());
         const std::string text = std::to_string(code) + " " + printable(response->getReasonPhrase());
         m_out << "  response  " << m_colour(Colour::sInkOf(code), text) << '\n';
@@ -68,9 +67,10 @@ void TextView::showVerdict(const ReadMessage& read) {
           << ", status " << message.getStatus();
     if (message.getStatus() == KX_STATUS_INCOMPLETE) {
         m_out << " (a header line was dropped)";
-        if (const std::optional<FaultyLine> fault = FaultyLine::sFind(read.text)) {
-            m_out << "\n  dropped   line " << fault->line << ", \"" << m_colour(Ink::Failure, fault->text)
-                  << "\": " << fault->why;
+        if (!read.dropped.empty()) {
+            const DroppedLine& first = read.dropped.front();
+            m_out << "\n  dropped   line " << first.line << ", \"" << m_colour(Ink::Failure, first.shown())
+                  << "\": " << printable(first.why);
         }
     }
     m_out << '\n';

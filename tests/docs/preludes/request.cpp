@@ -1,3 +1,3 @@
 #include "tests/docs/preludes/bytes.cpp"
-KxByteArrayInputStream invite(bytes);
-const auto request = KxHandleCast<KxSipRequest>(KxSipMessage::sConstructFrom(invite));
+const KxSipReading reading = KxSipReading::sRead(bytes);
+const KxHandle<KxSipRequest> request(reading.message->as<KxSipRequest>());

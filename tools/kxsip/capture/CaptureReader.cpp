@@ -1,6 +1,6 @@
 #include "tools/kxsip/capture/CaptureReader.h"
 
-#include "tools/kxsip/StartLine.h"
+#include "sipobject/messages/KxSipStartLine.h"
 
 #include <tins/exceptions.h>
 #include <tins/rawpdu.h>
@@ -20,7 +20,7 @@ std::string_view messageOf(const Tins::PDU* payload) {
     }
     std::string_view bytes(reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size());
     bytes.remove_prefix(std::min(bytes.find_first_not_of("\r\n"), bytes.size()));
-    return looksLikeStartLine(bytes.substr(0, bytes.find('\n'))) ? bytes : std::string_view();
+    return KxSipStartLine::sIsLikely(bytes.substr(0, bytes.find('\n'))) ? bytes : std::string_view();
 }
 
 std::string counted(std::size_t count, const char* one, const char* many) {

@@ -1,6 +1,6 @@
 #include "tools/kxsip/capture/StreamFramer.h"
 
-#include "tools/kxsip/StartLine.h"
+#include "sipobject/messages/KxSipStartLine.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ bool StreamFramer::findMessage() {
             return false;
         }
         m_scanned = 0;
-        if (!m_midLine && looksLikeStartLine(bytes.substr(0, end + 1))) {
+        if (!m_midLine && KxSipStartLine::sIsLikely(bytes.substr(0, end + 1))) {
             m_inMessage = true;
             return true;
         }

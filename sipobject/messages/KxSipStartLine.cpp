@@ -1,4 +1,4 @@
-#include "tools/kxsip/StartLine.h"
+#include "sipobject/messages/KxSipStartLine.h"
 
 #include "util/KxCharSet.h"
 
@@ -6,6 +6,7 @@
 
 namespace {
 
+constexpr std::string_view kProtocol = "SIP/";
 constexpr KxCharSet kTokenMarks("-.!%*_+`'~"); // RFC 3261 25.1
 
 bool isNumber(std::string_view text) {
@@ -20,7 +21,6 @@ bool isToken(std::string_view text) {
 
 /** Whether the text is "SIP/2.0", with any numbers. */
 bool isVersion(std::string_view text) {
-    constexpr std::string_view kProtocol = "SIP/";
     if (!text.starts_with(kProtocol)) {
         return false;
     }
@@ -29,9 +29,30 @@ bool isVersion(std::string_view text) {
     return point != std::string_view::npos && isNumber(text.substr(0, point)) && isNumber(text.substr(point + 1));
 }
 
+/** The text after the first blank, without white space around it. */
+std::string_view afterBlank(std::string_view text) {
+    const std::size_t blank = text.find(' ');
+    return blank == std::string_view::npos ? std::string_view() : KxAscii::trim(text.substr(blank));
+}
+
 } // namespace
 
-bool looksLikeStartLine(std::string_view line) {
+KxSipStartLine KxSipStartLine::sRead(std::string_view bytes) {
+    const std::string_view line = KxAscii::trim(bytes.substr(0, bytes.find('\n')));
+    KxSipStartLine start;
+    start.isResponse = KxAscii::equalsNoCase(line.substr(0, kProtocol.size()), kProtocol);
+    if (start.isResponse) {
+        const std::string_view status = afterBlank(line);
+        const std::string_view code = status.substr(0, status.find(' '));
+        start.code = code.size() == 3 && isNumber(code) ? static_cast<unsigned>(KxAscii::toNumber(code)) : 0;
+        start.reason = afterBlank(status);
+    } else {
+        start.method = line.substr(0, line.find(' '));
+    }
+    return start;
+}
+
+bool KxSipStartLine::sIsLikely(std::string_view line) {
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
         line.remove_suffix(1);
     }
@@ -47,4 +68,15 @@ bool looksLikeStartLine(std::string_view line) {
     const std::size_t last = rest.rfind(' ');
     const bool isHeader = rest.front() == ':'; // "Subject : about SIP/2.0"
     return last != std::string_view::npos && !isHeader && isToken(token) && isVersion(rest.substr(last + 1));
+}
+
+std::size_t KxSipStartLine::sFind(std::string_view bytes, std::size_t position) {
+    while (position < bytes.size()) {
+        const std::size_t next = std::min(bytes.find('\n', position), bytes.size() - 1) + 1;
+        if (sIsLikely(bytes.substr(position, next - position))) {
+            break;
+        }
+        position = next;
+    }
+    return position;
 }

@@ -1,0 +1,35 @@
+# Headers that are made, and headers that are not installed.
+
+# Only included by source files of their own folder.
+set(KX_PRIVATE_HEADERS
+    core/ClassLoggers.h
+    core/MemRows.h
+    core/MemSlabTree.h
+    core/MemSlabs.h
+    sipobject/KxNameRegistry.h
+    sipobject/KxSipLineText.h
+    sipobject/KxSipObjectParamDefs.h
+    sipobject/address/KxSipURLParser.h
+    sipobject/auth/KxSipPropertyScanner.h
+    sipobject/auth/KxSipPropertyWriter.h
+    sipobject/auth/KxSipSchemeLine.h
+    sipobject/messages/KxSipMessageReader.h
+    sipobject/messages/KxSipRequestLine.h
+    sipobject/messages/KxSipRequestOutline.h
+    sipobject/messages/KxSipRequiredHeaders.h
+    sipobject/messages/KxSipTokenText.h
+    sipobject/messages/KxSipTransactionKey.h
+    util/KxByteScan.h
+    util/KxPairIndex.h)
+
+set(KX_GENERATED_DIR "${PROJECT_BINARY_DIR}/generated")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/KxSipVersion.h.in" "${KX_GENERATED_DIR}/sipobject/KxSipVersion.h" @ONLY)
+
+# KxSipObject.h includes every public header of sipobject/ and the streams that a host needs.
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/sipobject/*.h")
+list(REMOVE_ITEM headers ${KX_PRIVATE_HEADERS})
+list(APPEND headers sipobject/KxSipVersion.h util/KxByteArrayInputStream.h util/KxByteArrayOutputStream.h)
+list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"\n")
+list(JOIN headers "" headers)
+file(CONFIGURE OUTPUT "${KX_GENERATED_DIR}/sipobject/KxSipObject.h"
+    CONTENT "#pragma once\n\n// The whole library. It takes longer to compile than the headers that a file needs.\n\n${headers}")
