@@ -23,11 +23,9 @@ static void checkReading(std::string_view bytes, const ReadMessage& plain, std::
         const std::string text = written(*answer);
         KxByteArrayInputStream in{std::string_view(text)};
         const ReadMessage again(in);
-        if (answer->getStatus() == KX_STATUS_VALID) {
-            same("a response can be read", text, again.text);
-        }
-        if (text.size() > bytes.size() + 512 || (!again.message.isNil() && again.message->getStatus() != 0)) {
-            fail("a response is short and has no faults", bytes, text);
+        const bool isWhole = answer->getStatus() == KX_STATUS_VALID;
+        if (text.size() > bytes.size() + 512 || (isWhole && (again.message.isNil() || !again.message->isValid()))) {
+            fail("a response is short, and can be read", bytes, text);
         }
     }
 }

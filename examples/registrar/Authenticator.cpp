@@ -83,7 +83,7 @@ KxHandle<KxSipHeader> Authenticator::challenge(bool stale) {
 Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
     // There may be several credentials, one for each realm on the path; a Proxy-Authorization is not for us.
     for (const KxSipAuthorizationHeader& header : request.values<KxSipAuthorizationHeader>()) {
-        const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(header.getCredentials());
+        const auto credentials = header.getDigestCredentials();
         if (!credentials.isNil() && credentials->getRealm() == m_realm) {
             return judge(*credentials, request);
         }

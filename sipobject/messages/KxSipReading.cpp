@@ -72,6 +72,12 @@ bool forEachHeader(std::string_view text, Take take) {
     return false;
 }
 
+/** False for null, for an ACK, and for a response whose "SIP" is misspelled so that it counts as a request. */
+bool mayBeAnswered(const KxSipRequest* request) {
+    const std::string_view method = request == nullptr ? std::string_view() : request->getMethod();
+    return request != nullptr && method != "ACK" && !KxAscii::equalsNoCase(method, "SIP");
+}
+
 bool hasControl(std::string_view line) {
     return std::any_of(line.begin(), line.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);
@@ -98,7 +104,7 @@ public:
 
 private:
     bool add(const KxSipHeader& value) {
-        const KxHandle<KxSipHeader> copy = copyOf(value);
+        const KxHandle<KxSipHeader> copy(static_cast<KxSipHeader*>(value.clone()));
         KxByteArrayOutputStream out;
         copy->serialize(out);
         const std::string_view line = out.view();
@@ -109,14 +115,6 @@ private:
         m_room -= std::min(m_room, line.size());
         m_response.addHeader(copy, false);
         return true;
-    }
-    /** A copy of the value; a CSeq without a method gets that of the request, as in the constructor of KxSipResponse. */
-    KxHandle<KxSipHeader> copyOf(const KxSipHeader& value) const {
-        const auto* const cseq = dynamic_cast<const KxSipCSeqHeader*>(&value);
-        if (cseq != nullptr && cseq->getMethod().empty()) {
-            return KxMake<KxSipCSeqHeader>(cseq->getSeqNumber(), KxString(m_request.getMethod()));
-        }
-        return KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value.clone()));
     }
 
     const KxSipRequest& m_request;
@@ -170,9 +168,10 @@ void KxSipReading::readMessage() {
         classify(in);
     }
     numberDropped();
-    const unsigned code = faultCode();
+    const KxSipRequest* const read = request();
+    const unsigned code = faultCode(read);
     m_isUsable = code == 0 && kind == Kind::Message;
-    statusCode = mayBeAnswered() ? code : 0;
+    statusCode = mayBeAnswered(read) ? code : 0;
 }
 
 /** Finds what kind of refusal it is and where the error is; reads the headers if the start line was refused. */
@@ -225,24 +224,18 @@ const KxSipRequest* KxSipReading::request() const {
     return object.isNil() ? nullptr : object->as<KxSipRequest>();
 }
 
-/** False for an ACK, and for responses, even if their "SIP" is misspelled so that they count as requests. */
-bool KxSipReading::mayBeAnswered() const {
-    return request() != nullptr && request()->getMethod() != std::string_view("ACK") && !startLine().isResponse;
-}
-
 /** The status code that suits what is wrong, also if it must not be sent; 0 if nothing is. */
-unsigned KxSipReading::faultCode() const {
+unsigned KxSipReading::faultCode(const KxSipRequest* read) const {
     if (message.isNil()) {
         return errorText == "Unsupported Uri Scheme" ? 416 : errorText == "Invalid SIP Version" ? 505 : 400;
     }
     if (message->getStatus() > KX_STATUS_INCOMPLETE || !hasNeeded(*message)) {
         return 400;
     }
-    const KxSipRequest* const read = request();
     if (read != nullptr && !hasOwnCSeq(*read)) {
         return 400;
     }
-    if (!mayBeAnswered()) {
+    if (!mayBeAnswered(read)) {
         return 0;
     }
     if (read->tooManyHops()) {
@@ -275,13 +268,14 @@ KxHandle<KxSipResponse> KxSipReading::response(int code, KxSipText toTag) const 
     }
     const int used = code == 0 ? static_cast<int>(statusCode) : code;
     const KxString tag = toTag.line();
-    if (used == 0 || !mayBeAnswered() || losesTopVia()) {
+    const KxSipRequest* const read = request();
+    if (used == 0 || !mayBeAnswered(read) || losesTopVia()) {
         return {};
     }
     const auto made = KxHandle<KxSipResponse>::sOfNew(new KxSipResponse);
     made->m_statusCode = used;
     made->m_reasonPhrase = KxString(KxSipResponse::sPhraseOf(used));
-    Echo echo(*request(), *made, (kind == Kind::Message ? consumed - m_begin : m_text.size()) + kGrowth);
+    Echo echo(*read, *made, (kind == Kind::Message ? consumed - m_begin : m_text.size()) + kGrowth);
     std::size_t missing = 0;
     for (const HeaderID id : kNeeded) {
         missing += echo.add(id, id == KxHeaderIDs::kVia) ? 0 : 1;
@@ -293,7 +287,7 @@ KxHandle<KxSipResponse> KxSipReading::response(int code, KxSipText toTag) const 
         to->setTag(tag.empty() ? KxSipTag::sRandom().c_str() : tag.c_str());
     }
     made->setBodyOrNone(nullptr, nullptr, 0);
-    made->copyConnection(*request());
+    made->copyConnection(*read);
     made->setStatus(missing == 0 ? KX_STATUS_VALID : KX_STATUS_INCOMPLETE);
     return made;
 }

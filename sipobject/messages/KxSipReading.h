@@ -116,8 +116,7 @@ private:
     void setError(const KxHandle<KxException>& why);
     void setIncomplete();
     void numberDropped();
-    unsigned faultCode() const;
-    bool mayBeAnswered() const;
+    unsigned faultCode(const KxSipRequest* read) const;
     bool losesTopVia() const;
     const KxSipRequest* request() const;
 

@@ -156,7 +156,7 @@ def check_strangers(client):
         ("ACK", request(method="ACK"), ""),
         ("unreadable ACK", request(method="ACK", without="CSeq"), ""),
         ("no Via", request(without="Via"), ""),
-        ("nothing to answer with", request(without="Call-ID"), ""),
+        ("no Call-ID", request(without="Call-ID"), "SIP/2.0 400 "),
         ("another scheme", request(uri="sips:g@h"), r"SIP/2.0 416 .*;branch=z9hG4bK\d+;received=127\.0\.0\.1\r\n"),
         ("another version", request().replace(b"SIP/2.0\r", b"SIP/3.0\r", 1), "SIP/2.0 505 "),
         ("two To headers", request("To: <sip:b@h>"), "SIP/2.0 400 "),

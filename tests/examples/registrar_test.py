@@ -91,7 +91,7 @@ def check_strangers(client):
         ("keep-alive", b"\r\n\r\n", ""),
         ("bad bytes", bytes(range(255, 0, -1)) * 20, ""),
         ("a response", b"SIP/2.0 200 OK\r\n" + message().split(b"\r\n", 1)[1], ""),
-        ("no Call-ID", message(without="Call-ID"), ""),
+        ("no Call-ID", message(without="Call-ID"), "SIP/2.0 400 "),
         ("no Via", message("no colon", without="Via"), ""),
         ("ACK", message(method="ACK"), ""),
         ("a line without colon", message("no colon"), "SIP/2.0 400 "),

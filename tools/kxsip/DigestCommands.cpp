@@ -114,7 +114,7 @@ KxHandle<KxURI> uriOf(const KxSipMessage& message, const Options& options) {
 
 Outcome answer(const ReadMessage& read, const Options& options, const Inputs& inputs) {
     const KxSipAuthenticateHeader& header = challengeOf(*read.message);
-    const auto challenge = KxHandleCast<KxSipDigestChallengeInfo>(header.getChallenge());
+    const auto challenge = header.getDigestChallenge();
     const auto credentials = KxMake<KxSipDigestCredentialsInfo>(challenge, textOf(options.user), inputs.password);
     credentials->setMethod(methodOf(*read.message, options));
     credentials->setDigestURI(uriOf(*read.message, options));
@@ -137,8 +137,7 @@ Outcome answer(const ReadMessage& read, const Options& options, const Inputs& in
 Outcome verify(const ReadMessage& read, const Options& options, const Inputs& inputs) {
     const KxHandle<KxSipRequest> request(read.message->as<KxSipRequest>());
     const auto header = required(request, "Only a request can be verified").getAuthorizationHeader();
-    const KxHandle<KxSipCredentialsInfo>& info = required(header, "The request has no credentials").getCredentials();
-    const auto credentials = KxHandleCast<KxSipDigestCredentialsInfo>(info);
+    const auto credentials = required(header, "The request has no credentials").getDigestCredentials();
     credentials->setMethod(options.method.empty() ? KxString(request->getMethod()) : textOf(options.method));
     credentials->setEntityBody(request->getBody());
     return credentials->validate(textOf(options.user), inputs.password, credentials->getRealm()) ? Outcome::Valid

@@ -43,7 +43,7 @@ std::string answer(std::string_view text, int code = 0) {
         EXPECT_EQ(written(*readMessage(wire)), wire);
     }
     EXPECT_THAT(wire, EndsWith("\r\nContent-Length: 0\r\n\r\n"));
-    return std::to_string(response->getStatus()) + ' ' + wire.substr(0, wire.size() - 21);
+    return std::to_string(response->getStatus()) + ' ' + wire.substr(0, wire.size() - 23);
 }
 
 std::string longURI(std::size_t length) {
@@ -66,34 +66,34 @@ TEST(ReadingTest, TellsWhatTheBytesAre) {
         {" x", "refused @0" + keepAlive},
         {std::string("\r\n\0\0", 4), "refused @4" + keepAlive},
         // messages
-        {kInfo + kFive + "\r\n", "message 0 @105; usable -> 0"},
-        {"\r\n\r\n" + kInfo + kFive + "l: 0\r\n\r\nmore", "message 0 @115; usable -> 0"},
-        {kInfo + kFive, "message 0 @103; usable -> 0"},
-        {"SIP/2.0 200 OK\r\n" + kFive + "\r\n", "message 0 @101; usable -> 0"},
-        {kInfo + kFive + typed, "message 2 @137 -> 400"},
-        {"SIP/2.0 200 OK\r\n" + kFive + typed, "message 2 @133 -> 0"},
-        {kInfo + kVia + kParties + "CSeq: 1 info\r\n\r\n", "message 0 @105 -> 400"},
-        {kInfo + kFive + "Max-Forwards: 0\r\n\r\n", "message 0 @122 -> 483"},
-        {longURI(1023), "message 0 @1123; usable -> 0"},
-        {longURI(1024), "message 0 @1124 -> 414"},
-        {"ACK sip:h SIP/2.0\r\n" + kAckFive + "Max-Forwards: 0\r\n\r\n", "message 0 @120; usable -> 0"},
+        {kInfo + kFive + "\r\n", "message 0 @106; usable -> 0"},
+        {"\r\n\r\n" + kInfo + kFive + "l: 0\r\n\r\nmore", "message 0 @116; usable -> 0"},
+        {kInfo + kFive, "message 0 @104; usable -> 0"},
+        {"SIP/2.0 200 OK\r\n" + kFive + "\r\n", "message 0 @102; usable -> 0"},
+        {kInfo + kFive + typed, "message 2 @138 -> 400"},
+        {"SIP/2.0 200 OK\r\n" + kFive + typed, "message 2 @134 -> 0"},
+        {kInfo + kVia + kParties + "CSeq: 1 info\r\n\r\n", "message 0 @106 -> 400"},
+        {kInfo + kFive + "Max-Forwards: 0\r\n\r\n", "message 0 @123 -> 483"},
+        {longURI(1023), "message 0 @1124; usable -> 0"},
+        {longURI(1024), "message 0 @1125 -> 414"},
+        {"ACK sip:h SIP/2.0\r\n" + kAckFive + "Max-Forwards: 0\r\n\r\n", "message 0 @121; usable -> 0"},
         // messages without lines that were dropped
         {kInfo + "Expires: x\r\n y\r\n" + kFive + "Subject:\r\nbad\r\n: x\n\r\n",
-         "message 1 @140; 9 \"Subject:\" SIP Header parse error : nothing after the colon; 10 \"bad\" " + kNoColon +
+         "message 1 @141; 9 \"Subject:\" SIP Header parse error : nothing after the colon; 10 \"bad\" " + kNoColon +
              "; 11 \": x\" Header token expected; usable -> 0"},
         {kInfo + "a\r\n b\r\n" + kFive + "c",
-         "message 1 @111; 2 \"a\\r\\n b\" " + kNoColon + "; 8 \"c\" " + kNoColon + "; usable -> 0"},
-        {kInfo + "bad\r\n" + kFive + "Max-Forwards: 0\r\n\r\n", "message 1 @127; 2 \"bad\" " + kNoColon + " -> 483"},
-        {kInfo + "bad\r\n" + kVia + kParties + "\r\n", "message 1 @96; 2 \"bad\" " + kNoColon + " -> 400"},
+         "message 1 @112; 2 \"a\\r\\n b\" " + kNoColon + "; 9 \"c\" " + kNoColon + "; usable -> 0"},
+        {kInfo + "bad\r\n" + kFive + "Max-Forwards: 0\r\n\r\n", "message 1 @128; 2 \"bad\" " + kNoColon + " -> 483"},
+        {kInfo + "bad\r\n" + kVia + kParties + "\r\n", "message 1 @97; 2 \"bad\" " + kNoColon + " -> 400"},
         {kInfo + "bad\r\nTo: <sip:c@d>\r\n" + kFive, "message 1 @124; 2 \"bad\" " + kNoColon + " -> 400"},
-        {kInfo + "bad\r\n" + kVia + kFive, "message 1 @128; 2 \"bad\" " + kNoColon + "; usable -> 0"},
+        {kInfo + "bad\r\n" + kVia + kFive, "message 1 @129; 2 \"bad\" " + kNoColon + "; usable -> 0"},
         // refused
         {"\r\nINFO sips:h SIP/2.0\r\nbad\r\n" + kFive,
          "refused @23; parse: Unsupported Uri Scheme at 1:2; 2 \"bad\" " + kNoColon + " -> 416"},
         {"INFO sip:h SIP/2.1\r\n" + kFive, "refused @20; parse: Invalid SIP Version at 1:0 -> 505"},
         {"INFO sip:h SIP/2.00\r\n" + kFive, "refused @21; parse: Invalid SIP Version at 1:0 -> 505"},
-        {"INFO sip:h?Subject=%20 SIP/2.0\r\n" + kFive,
-         "refused @32; empty: SIP Header parse error : nothing after the colon at 1:0 -> 400"},
+        {"INFO sip:h?Require=a, SIP/2.0\r\n" + kFive,
+         "refused @31; empty: SIP Header parse error : nothing after the colon at 1:0 -> 400"},
         {"ACK sips:h SIP/2.0\r\n" + kAckFive, "refused @20; parse: Unsupported Uri Scheme at 1:0 -> 0"},
         {"SIP/2-0 200 OK\r\n" + kFive + "bad\r\n", "refused @6; parse: '.' expected in response start line at 1:0; 7 "
                                                    "\"bad\" " +
@@ -103,8 +103,8 @@ TEST(ReadingTest, TellsWhatTheBytesAre) {
         {kInfo + kVia + "\r\n", "refused @42; other: missing From header at 0:0 -> 400"},
         // incomplete
         {kInfo + kVia, "incomplete @40; other: missing From header at 2:40 -> 400"},
-        {kInfo + kFive + "l: 3\r\n\r\nab", "incomplete @111; parse: message body is shorter than Content-Length at "
-                                           "9:113 -> 400"},
+        {kInfo + kFive + "l: 3\r\n\r\nab", "incomplete @112; parse: message body is shorter than Content-Length at "
+                                           "9:114 -> 400"},
         {"\nINFO sip:h SIP/2.0", "incomplete @19; " + noEnd + " at 1:19 -> 400"},
         {"SIP/2.0 200", "incomplete @11; parse: unexpected end of response start line at 1:11 -> 0"},
     };
@@ -130,7 +130,7 @@ TEST(ReadingTest, AgreesWithTheRoadThatThrows) {
     for (const char* folder : {"tests/messages", "tests/messages/torture", "samples", "samples/broken"}) {
         for (const std::filesystem::path& path : filesOf(folder, ".sip")) {
             const std::string file = fileText(path);
-            const std::string text = file.substr(file.find_first_not_of("\r\n") % file.size());
+            const std::string text = file.substr(std::min(file.find_first_not_of("\r\n"), file.size()));
             KxByteArrayInputStream in{std::string_view(text)};
             const std::string expected = readDump(in);
             const KxSipReading reading = KxSipReading::sRead(text);
@@ -165,8 +165,7 @@ TEST(ReadingTest, AnswersWithWhatCanBeRead) {
         {kInfo + kFive + "l: 3\r\n\r\nab", 0, "0 SIP/2.0 400 Bad Request\r\n" + five},
         {"\r\n" + sips + "From: <sip:a@h>;tag=1\r\nVia: SIP/2.0/UDP h,SIP/2.0/UDP i\r\n", 0,
          "1 " + bad416 + kVia + "Via: SIP/2.0/UDP i\r\nFrom: <sip:a@h>;tag=1"},
-        {sips + kVia + "To: <sip:b@h>;tag=2\r\nTo: x\r\nCSeq: 1\r\n", 0,
-         "1 " + bad416 + kVia + "To: <sip:b@h>;tag=2\r\nCSeq: 1 INFO"},
+        {sips + kVia + "To: <sip:b@h>;tag=2\r\nTo: x\r\nCSeq: 1\r\n", 0, "1 " + bad416 + kVia + "To: <sip:b@h>;tag=2"},
         {"INFO sip:h?Via=SIP/2.0/UDP%20evil&Subject= SIP/2.0\r\n" + kFive, 0, "0 SIP/2.0 400 Bad Request\r\n" + five},
         // which Via was the first
         {sips + "Via: x\r\n" + kFive, 0, "none"},
@@ -187,7 +186,8 @@ TEST(ReadingTest, AnswersWithWhatCanBeRead) {
     for (const auto& [text, code, expected] : rows) {
         EXPECT_EQ(answer(text, code), expected) << escaped(text);
     }
-    const KxSipReading reading = KxSipReading::sRead(sips + kFive);
+    const std::string refused = sips + kFive;
+    const KxSipReading reading = KxSipReading::sRead(refused);
     for (const int code : {99, 700}) {
         EXPECT_THAT(outcomeOf([&] { (void)reading.response(code); }), HasSubstr("Invalid Response code"));
     }
@@ -200,7 +200,8 @@ TEST(ReadingTest, AnswersWithWhatCanBeRead) {
 }
 
 TEST(ReadingTest, TellsWhatWasSalvaged) {
-    const KxSipReading reading = KxSipReading::sRead("\nINVITE sips:h SIP/2.0\r\n" + kFive);
+    const std::string refused = "\nINVITE sips:h SIP/2.0\r\n" + kFive;
+    const KxSipReading reading = KxSipReading::sRead(refused);
     EXPECT_NE(reading.salvaged->as<KxSipInviteMessage>(), nullptr);
     EXPECT_EQ(std::as_const(*reading.salvaged).as<KxSipResponse>(), nullptr);
     EXPECT_EQ(reading.salvaged->getStatus(), KX_STATUS_UNSUPPORTED_URI_SCHEME);
