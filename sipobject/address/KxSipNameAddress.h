@@ -38,7 +38,7 @@ public:
     /** The URI itself, shared. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
     /** The URI as a SIP URL; nil if it is not one. */
-    [[nodiscard]] KxHandle<KxSipURL> getURL() const;
+    KxHandle<KxSipURL> getURL() const;
     /** The URI as text; empty without a URI. */
     KxString getURLString() const;
     [[nodiscard]] bool hasBrackets() const { return m_brackets; }
