@@ -77,6 +77,9 @@ TEST(MessagePartsTest, RequestHasTheNamedPartsAndDefaults) {
               "OPTIONS sip:r@h SIP/2.0\nVia: SIP/2.0/UDP h:1;branch=z9hG4bKx\nMax-Forwards: 0\nFrom: <sip:a@h>;tag=R\n"
               "To: <tel:+12>\nCall-ID: c\nCSeq: 2 OPTIONS\nContent-Length: 0\n\n");
     EXPECT_EQ(className(*options), "KxSipOptionsMessage");
+    EXPECT_EQ(
+        startLineOf(*KxSipRequest::sBuild("OPTIONS", {.from = "<sip:a@h>", .to = "<sip:b@h>", .routes = {"<sip:p>"}})),
+        "OPTIONS sip:p SIP/2.0");
     EXPECT_FALSE(given->isTagPresent()) << "an object that is given stays as it is";
     EXPECT_EQ(className(*KxSipRequest::sBuild("FOO", {.from = "<sip:a@h>", .to = "<sip:b@h>"})), "KxSipUnknownRequest");
 }
