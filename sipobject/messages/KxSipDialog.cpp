@@ -50,7 +50,8 @@ KxSipDialog KxSipDialog::sOfCaller(const KxSipRequest& request, const KxSipRespo
     dialog.m_local = Party::sOf<KxSipFromHeader>(request);
     dialog.m_remote = Party::sOf<KxSipToHeader>(response);
     dialog.m_localSequence = needed<KxSipCSeqHeader>(request).getSeqNumber();
-    if (response.getStatusCode() < 200 && !response.has<KxSipContactHeader>()) {
+    const bool hasTarget = response.getStatusCode() >= 200 || response.has<KxSipContactHeader>();
+    if (!hasTarget && !request.getURI().isNil()) {
         dialog.m_remoteTarget = KxCopy(request.getURI());
         dialog.m_routeSet = sRouteSetOf(response);
     } else {
