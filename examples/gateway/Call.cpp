@@ -5,12 +5,8 @@
 #include "sipobject/headers/KxSipAllowHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
-#include "sipobject/headers/KxSipContactHeader.h"
-#include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipMinSEHeader.h"
-#include "sipobject/headers/KxSipRecordRouteHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
-#include "sipobject/headers/KxSipRouteHeader.h"
 #include "sipobject/headers/KxSipSessionExpiresHeader.h"
 #include "sipobject/headers/KxSipSupportedHeader.h"
 #include "sipobject/messages/KxSipAckMessage.h"
@@ -35,8 +31,7 @@ Call::Call(CallHost& host, const Peer& peer, std::string tag)
 }
 
 bool Call::owns(const KxSipRequest& request) const {
-    return !m_remote.isNil() && request.getCallIdHeader()->getCallId() == m_callId &&
-           request.getFromHeader()->getTag() == m_remote->getTag();
+    return m_dialog && m_dialog->matches(request);
 }
 
 bool Call::isNext(const KxSipRequest& request) const {
@@ -60,9 +55,7 @@ void Call::receive(const KxHandle<KxSipRequest>& request, const Transactions::Id
     } else if (const auto refusal = refuseTimer(request); !refusal.isNil()) {
         m_host.transactions.respond(id, refusal);
     } else {
-        if (const auto contact = request->getContactHeader(); !contact.isNil() && !contact->getURL().isNil()) {
-            m_target = contact->getURL();
-        }
+        m_dialog->refresh(*request);
         m_host.transactions.acknowledged(m_inviteId); // the ACK was lost: a peer sends a re-INVITE only after it
         accept(request, id);
     }
@@ -86,13 +79,8 @@ void Call::hangUp(const char* why) {
     LOG4CPLUS_INFO(logger(), "hanging up: " << why);
     const auto self = shared_from_this();
     end();
-    ask(makeBye(), [self, why](const KxHandle<KxSipResponse>&) { self->onEnd(why); });
-}
-
-/** Builds the BYE from its parts. The library derives one from an INVITE too, but only for a caller with a SIP URL. */
-KxHandle<KxSipRequest> Call::makeBye() const {
-    return KxMake<KxSipByeMessage>(KxCopy(m_local), KxCopy(m_remote), KxHandle<KxSipContactHeader>(), m_callId.c_str(),
-                                   1U, nullptr, nullptr, 0U);
+    ask(KxSipByeMessage::sWithin(*m_dialog, {.via = via()}),
+        [self, why](const KxHandle<KxSipResponse>&) { self->onEnd(why); });
 }
 
 void Call::end() {
@@ -102,60 +90,34 @@ void Call::end() {
     m_host.forget(m_tag);
 }
 
-void Call::establish(const KxHandle<KxSipFromHeader>& local, const KxHandle<KxSipToHeader>& remote,
-                     const KxSipMessage& message, bool routesAreReversed) {
-    m_local = KxCopy(local);
-    m_remote = KxCopy(remote);
-    m_callId = message.getCallIdHeader()->getCallId();
-    if (const auto contact = message.getContactHeader(); !contact.isNil() && !contact->getURL().isNil()) {
-        m_target = contact->getURL();
-    }
-    m_routes.clear();
-    for (const KxSipRecordRouteHeader& hop : message.values<KxSipRecordRouteHeader>()) {
-        m_routes.push_back(KxMake<KxSipRouteHeader>(hop.getNameAddress()));
-    }
-    if (routesAreReversed) {
-        std::reverse(m_routes.begin(), m_routes.end());
-    }
-}
-
-void Call::address(KxSipRequest& request) const {
-    if (!m_target.isNil()) {
-        request.setURI(m_target);
-    }
-    for (const KxHandle<KxSipHeader>& route : m_routes) {
-        request.addSingleHeader(route, false);
-    }
-    request.addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
-    request.insertViaHeader(m_host.transport.host().c_str(), m_host.transport.port(), m_peer.transport());
-    request.getViaHeader()->setBranchRFC3261();
-    request.getViaHeader()->setParameter("rport", KxString(""));
+KxSipViaPart Call::via() const {
+    return {.host = m_host.transport.host(),
+            .port = m_host.transport.port(),
+            .transport = m_peer.transport(),
+            .rport = true};
 }
 
 void Call::ask(const KxHandle<KxSipRequest>& request, Transactions::Answer answer) {
-    request->getCSeqHeader()->setSeqNumber(++m_localSeq);
-    address(*request);
     m_host.transactions.ask(request, m_peer, std::move(answer));
 }
 
-void Call::acknowledge(const KxHandle<KxSipResponse>& ok) {
-    if (m_ackSeq != ok->getCSeqHeader()->getSeqNumber()) {
-        const auto ack = KxMake<KxSipAckMessage>(ok, nullptr, nullptr, 0U);
-        address(*ack);
-        m_ack = bytesOf(*ack);
-        m_ackSeq = ok->getCSeqHeader()->getSeqNumber();
+void Call::acknowledge(const KxSipInviteMessage& invite) {
+    const std::uint32_t number = invite.getCSeqHeader()->getSeqNumber();
+    if (m_ackSeq != number) {
+        m_ack = KxSipAckMessage::sWithin(*m_dialog, invite, {.via = via()})->getText();
+        m_ackSeq = number;
     }
     m_host.transport.send(m_ack, m_peer);
 }
 
 void Call::respond(int code, const KxHandle<KxSipRequest>& request, const Transactions::Id& id) {
-    m_host.transactions.respond(id, makeResponse(code, request));
+    m_host.transactions.respond(id, KxSipResponse::sBuild(*request, {.statusCode = code}));
 }
 
 void Call::accept(const KxHandle<KxSipRequest>& invite, const Transactions::Id& id) {
-    const KxHandle<KxSipResponse> ok = makeResponse(200, invite);
+    const KxHandle<KxSipResponse> ok =
+        KxSipResponse::sBuild(*invite, {.contact = contact(), .contentType = "application/sdp", .body = session()});
     introduce(*ok);
-    addSession(*ok);
     offerTimer(invite, ok);
     m_inviteSeq = invite->getCSeqHeader()->getSeqNumber();
     m_inviteId = id;
@@ -172,10 +134,7 @@ std::string Call::contact() const {
     return "<sip:gateway@" + address + (m_peer.isReliable() ? ";transport=tcp>" : ">");
 }
 
-void Call::introduce(KxSipMessage& message) const {
-    if (message.getContactHeader().isNil()) {
-        message.addHeader(KxMake<KxSipContactHeader>(contact().c_str()), false);
-    }
+void Call::introduce(KxSipMessage& message) {
     for (const char* method : kAllow) {
         message.addHeader(KxMake<KxSipAllowHeader>(method), false);
     }
@@ -183,12 +142,10 @@ void Call::introduce(KxSipMessage& message) const {
     message.addHeader(KxMake<KxSipSupportedHeader>("timer"), false);
 }
 
-/** Adds the same inactive session every time; a real host describes its media. [RFC 4566] */
-void Call::addSession(KxSipMessage& message) const {
+std::string Call::session() const {
     const std::string& host = m_host.transport.host();
-    const std::string text = "v=0\r\no=- 1 1 IN IP4 " + host + "\r\ns=-\r\nc=IN IP4 " + host +
-                             "\r\nt=0 0\r\nm=audio 9 RTP/AVP 0\r\na=inactive\r\n";
-    message.setBody(text.c_str(), "application/sdp");
+    return "v=0\r\no=- 1 1 IN IP4 " + host + "\r\ns=-\r\nc=IN IP4 " + host +
+           "\r\nt=0 0\r\nm=audio 9 RTP/AVP 0\r\na=inactive\r\n";
 }
 
 KxHandle<KxSipResponse> Call::refuseTimer(const KxHandle<KxSipRequest>& invite) {
@@ -196,7 +153,7 @@ KxHandle<KxSipResponse> Call::refuseTimer(const KxHandle<KxSipRequest>& invite) 
     if (asked.isNil() || asked->getDeltaSeconds() >= kMinSessionSeconds) {
         return {};
     }
-    const KxHandle<KxSipResponse> refusal = makeResponse(422, invite);
+    const KxHandle<KxSipResponse> refusal = KxSipResponse::sBuild(*invite, {.statusCode = 422});
     refusal->addHeader(KxMake<KxSipMinSEHeader>(kMinSessionSeconds), false);
     return refusal;
 }
@@ -212,7 +169,7 @@ void Call::offerTimer(const KxHandle<KxSipRequest>& invite, const KxHandle<KxSip
         interval = std::min(interval, asked->getDeltaSeconds());
     }
     const bool theyRefresh =
-        lists<KxSipSupportedHeader>(*invite, "timer") && (asked.isNil() || !asked->isRefresherUAS());
+        invite->lists<KxSipSupportedHeader>("timer") && (asked.isNil() || !asked->isRefresherUAS());
     const auto granted = KxMake<KxSipSessionExpiresHeader>(interval);
     granted->setRefresher(theyRefresh ? KxSipSessionExpiresHeader::sUAC : KxSipSessionExpiresHeader::sUAS);
     ok->addHeader(granted, false);
@@ -243,23 +200,22 @@ void Call::keepTime(std::uint32_t interval, bool weRefresh) {
 
 /** Sends a re-INVITE that changes nothing and only restarts the session timer. */
 void Call::refresh(std::uint32_t interval) {
-    const auto again =
-        KxMake<KxSipInviteMessage>(KxCopy(m_local), KxCopy(m_remote), KxMake<KxSipContactHeader>(contact().c_str()),
-                                   m_callId.c_str(), 1U, nullptr, nullptr, 0U);
+    const auto again = KxSipInviteMessage::sWithin(
+        *m_dialog, {.contact = contact(), .via = via(), .contentType = "application/sdp", .body = session()});
     introduce(*again);
-    addSession(*again);
     const auto timer = KxMake<KxSipSessionExpiresHeader>(interval);
     timer->setRefresher(KxSipSessionExpiresHeader::sUAC);
     again->addHeader(timer, false);
     m_isRefreshing = true;
-    ask(again, [self = shared_from_this(), interval](const KxHandle<KxSipResponse>& response) {
+    ask(again, [self = shared_from_this(), again, interval](const KxHandle<KxSipResponse>& response) {
         const unsigned code = response.isNil() ? 408 : response->getStatusCode();
         if (code < 200) {
             return;
         }
         self->m_isRefreshing = false;
         if (code < 300) {
-            self->acknowledge(response);
+            self->m_dialog->refresh(*response);
+            self->acknowledge(*again);
             self->followTimer(*response, interval);
         } else {
             self->hangUp("a refresh was refused");

@@ -2,15 +2,13 @@
 
 #include "Transactions.h"
 
-#include "sipobject/headers/KxSipFromHeader.h"
-#include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipInviteMessage.h"
+#include "sipobject/messages/KxSipResponseParts.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
-#include <vector>
 
 /** The parts of the program that calls use. */
 class CallHost {
@@ -73,26 +71,21 @@ protected:
     virtual void onBye() {}
     /** Called when the call is over and our BYE, if there was one, is answered. */
     virtual void onEnd(const char*) {}
-    /** Returns the BYE of this side; address() completes it. */
-    virtual KxHandle<KxSipRequest> makeBye() const;
 
-    /** Sets the state of the dialog. `local` and `remote` are From and To of our requests; Call-ID, remote target and
-        routes are taken from `message`. */
-    void establish(const KxHandle<KxSipFromHeader>& local, const KxHandle<KxSipToHeader>& remote,
-                   const KxSipMessage& message, bool routesAreReversed);
-    /** Sets the Request-URI to the remote target, and adds Route, Max-Forwards and our Via. */
-    void address(KxSipRequest& request) const;
-    /** Sends a request of the dialog, with the next CSeq number. */
+    /** Our Via. */
+    KxSipViaPart via() const;
+    /** Sends a request. */
     void ask(const KxHandle<KxSipRequest>& request, Transactions::Answer answer);
-    /** Sends the ACK of a 2xx; for a repeated 2xx the same ACK again. */
-    void acknowledge(const KxHandle<KxSipResponse>& ok);
+    /** Sends the ACK of the 2xx to an INVITE or re-INVITE within the dialog; for a repeated 2xx the same ACK again. */
+    void acknowledge(const KxSipInviteMessage& invite);
     /** Answers an INVITE or re-INVITE with 200 and a session. */
     void accept(const KxHandle<KxSipRequest>& invite, const Transactions::Id& id);
     void respond(int code, const KxHandle<KxSipRequest>& request, const Transactions::Id& id);
-    /** Adds Contact, Allow and Supported to an INVITE or to a response to one. */
-    void introduce(KxSipMessage& message) const;
-    void addSession(KxSipMessage& message) const;
+    /** Adds Allow and Supported to an INVITE or to a response to one. */
+    static void introduce(KxSipMessage& message);
     std::string contact() const;
+    /** Returns the same inactive session every time; a real host describes its media. [RFC 4566] */
+    std::string session() const;
     /** Starts the session timer after a 2xx to our INVITE. `asked` is the interval, in seconds, of the INVITE; 0 for
         none. */
     void followTimer(const KxSipResponse& ok, std::uint32_t asked);
@@ -102,7 +95,7 @@ protected:
     CallHost& m_host;
     Peer m_peer;
     std::string m_tag;
-    std::uint32_t m_localSeq = 0;
+    std::optional<KxSipDialog> m_dialog;
     std::uint32_t m_remoteSeq = 0;
     std::uint32_t m_inviteSeq = 0; // of the last INVITE that we received; 0 after its ACK came
     Transactions::Id m_inviteId;
@@ -113,11 +106,6 @@ private:
     void keepTime(std::uint32_t seconds, bool weRefresh);
     void refresh(std::uint32_t seconds);
 
-    KxHandle<KxSipFromHeader> m_local;
-    KxHandle<KxSipToHeader> m_remote;
-    KxString m_callId;
-    KxHandle<KxURI> m_target;
-    std::vector<KxHandle<KxSipHeader>> m_routes;
     std::string m_ack;
     std::uint32_t m_ackSeq = 0;
     bool m_isRefreshing = false;
@@ -126,11 +114,3 @@ private:
     Timer m_session;
     Timer m_longest;
 };
-
-/** Whether a Supported or Require header (the class H) of the message lists the option tag. */
-template <class H>
-bool lists(const KxSipMessage& message, std::string_view optionTag) {
-    const auto values = message.values<H>();
-    return std::any_of(values.begin(), values.end(),
-                       [optionTag](const H& value) { return value.getOptionTag() == optionTag; });
-}

@@ -4,7 +4,6 @@
 
 #include "sipobject/KxSipTag.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
-#include "sipobject/headers/KxSipContactHeader.h"
 #include "sipobject/headers/KxSipRAckHeader.h"
 #include "sipobject/headers/KxSipRSeqHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
@@ -13,21 +12,14 @@
 #include <cstdlib>
 
 Callee::Callee(CallHost& host, const Peer& peer, const KxHandle<KxSipInviteMessage>& invite, const Transactions::Id& id)
-    : Call(host, peer, KxSipTag(nullptr).getValue()), m_invite(invite), m_ringing(host.timers) {
+    : Call(host, peer, KxSipTag::sRandom().c_str()), m_invite(invite), m_ringing(host.timers) {
     m_inviteId = id;
     m_inviteSeq = m_remoteSeq = invite->getCSeqHeader()->getSeqNumber();
 }
 
 void Callee::begin() {
-    m_invite->getToHeader()->setTag(tag().c_str()); // for all responses that are made from the INVITE
-    m_host.transactions.respond(m_inviteId, makeResponse(100, m_invite));
-    const auto local = KxMake<KxSipFromHeader>(m_invite->getToHeader()->getNameAddress());
-    const auto remote = KxMake<KxSipToHeader>(m_invite->getFromHeader()->getNameAddress());
-    local->setTag(tag().c_str());
-    if (m_invite->getFromHeader()->isTagPresent()) {
-        remote->setTag(m_invite->getFromHeader()->getTag().c_str());
-    }
-    establish(local, remote, *m_invite, false);
+    m_invite->getToHeader()->setTag(tag()); // for all responses that are made from the INVITE
+    m_host.transactions.respond(m_inviteId, KxSipResponse::sBuild(*m_invite, {.statusCode = 100}));
     ring();
     m_ringing.start(m_host.times.ring, [this] {
         m_isDue = true;
@@ -38,13 +30,9 @@ void Callee::begin() {
 }
 
 void Callee::ring() {
-    const KxHandle<KxSipResponse> ringing = makeResponse(180, m_invite);
-    ringing->addHeader(KxMake<KxSipContactHeader>(contact().c_str()), false);
-    KxHandle<KxSipHeader> hop = m_invite->getHeaderByID(KxHeaderIDs::kRecordRoute);
-    for (; !hop.isNil(); hop = hop->getNext()) {
-        ringing->addSingleHeader(hop, false);
-    }
-    if (lists<KxSipSupportedHeader>(*m_invite, "100rel") || lists<KxSipRequireHeader>(*m_invite, "100rel")) {
+    const KxHandle<KxSipResponse> ringing = KxSipResponse::sBuild(*m_invite, {.statusCode = 180, .contact = contact()});
+    m_dialog = KxSipDialog::sOfCallee(*m_invite, *ringing);
+    if (m_invite->lists<KxSipSupportedHeader>("100rel") || m_invite->lists<KxSipRequireHeader>("100rel")) {
         m_rseq = static_cast<std::uint32_t>(std::rand()) / 2 + 1;
         ringing->addHeader(KxMake<KxSipRequireHeader>("100rel"), false);
         ringing->addHeader(KxMake<KxSipRSeqHeader>(m_rseq), false);

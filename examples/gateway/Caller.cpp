@@ -4,9 +4,7 @@
 
 #include "sipobject/KxSipTag.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
-#include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipMinSEHeader.h"
-#include "sipobject/headers/KxSipRAckHeader.h"
 #include "sipobject/headers/KxSipRSeqHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
 #include "sipobject/headers/KxSipSessionExpiresHeader.h"
@@ -18,7 +16,7 @@
 #include <utility>
 
 Caller::Caller(CallHost& host, const Peer& peer, Plan plan)
-    : Call(host, peer, KxSipTag(nullptr).getValue()),
+    : Call(host, peer, KxSipTag::sRandom().c_str()),
       m_plan(std::move(plan)),
       m_cancelling(host.timers),
       m_talking(host.timers) {}
@@ -26,17 +24,19 @@ Caller::Caller(CallHost& host, const Peer& peer, Plan plan)
 void Caller::begin() {
     const std::string from = contact() + ";tag=" + tag();
     const std::string to = '<' + m_plan.uri + '>';
-    m_invite = KxMake<KxSipInviteMessage>(from.c_str(), to.c_str(), contact().c_str(), "", 0U, nullptr, nullptr, 0U);
+    m_invite = KxSipInviteMessage::sBuild({.from = from,
+                                           .to = to,
+                                           .contact = contact(),
+                                           .via = via(),
+                                           .contentType = "application/sdp",
+                                           .body = session()});
     introduce(*m_invite);
-    addSession(*m_invite);
     if (m_plan.isReliable) {
         m_invite->addHeader(KxMake<KxSipRequireHeader>("100rel"), false);
     }
     if (m_plan.sessionSeconds != 0) {
         m_invite->addHeader(KxMake<KxSipSessionExpiresHeader>(m_plan.sessionSeconds), false);
     }
-    m_localSeq = m_invite->getCSeqHeader()->getSeqNumber();
-    address(*m_invite);
     invite();
 }
 
@@ -71,11 +71,10 @@ void Caller::followProvisional(const KxHandle<KxSipResponse>& response) {
         return; // a retransmission, or an earlier one was lost
     }
     m_rseq = number->getResponseNumber();
-    establish(response->getFromHeader(), response->getToHeader(), *response, true);
-    const auto prack = KxMake<KxSipPrackMessage>(response, nullptr, nullptr, 0U);
-    prack->addHeader(KxMake<KxSipRAckHeader>(m_rseq, m_invite->getCSeqHeader()->getSeqNumber(), KxString("INVITE")),
-                     false);
-    ask(prack, [](const KxHandle<KxSipResponse>&) {});
+    if (!m_dialog || !m_dialog->matches(*response)) {
+        m_dialog = KxSipDialog::sOfCaller(*m_invite, *response);
+    }
+    ask(KxSipPrackMessage::sFor(*m_dialog, *response, {.via = via()}), [](const KxHandle<KxSipResponse>&) {});
 }
 
 void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
@@ -85,12 +84,16 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
         if (m_answer.isNil()) {
             m_answer = response;
             m_isAnswered = true;
-            establish(response->getFromHeader(), response->getToHeader(), *response, true);
+            if (m_dialog && m_dialog->matches(*response)) {
+                m_dialog->confirm(*response);
+            } else {
+                m_dialog = KxSipDialog::sOfCaller(*m_invite, *response);
+            }
             followTimer(*response, m_plan.sessionSeconds);
             m_talking.start(m_plan.cancelAfter ? std::chrono::milliseconds(0) : m_plan.duration,
                             [this] { hangUp("as planned"); });
         }
-        acknowledge(m_answer);
+        acknowledge(*m_invite);
         return;
     }
     const auto* const least = response->first<KxSipMinSEHeader>();
@@ -98,7 +101,7 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
     if (code == 422 && least != nullptr && !timer.isNil() && timer->getDeltaSeconds() < least->getDeltaSeconds()) {
         m_invite = KxCopy(m_invite); // a new transaction
         m_invite->getSessionExpiresHeader()->setDeltaSeconds(least->getDeltaSeconds());
-        m_invite->getCSeqHeader()->setSeqNumber(++m_localSeq);
+        m_invite->getCSeqHeader()->setSeqNumber(m_invite->getCSeqHeader()->getSeqNumber() + 1);
         m_invite->getViaHeader()->setBranchRFC3261();
         return invite();
     }
@@ -106,19 +109,13 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
 }
 
 void Caller::cancel() {
-    const auto cancel = KxMake<KxSipCancelMessage>(m_invite);
-    cancel->addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
-    m_host.transactions.ask(cancel, m_peer, [](const KxHandle<KxSipResponse>&) {});
+    ask(KxSipCancelMessage::sFor(*m_invite), [](const KxHandle<KxSipResponse>&) {});
 }
 
 void Caller::fail(const std::string& why, bool isDone) {
     m_plan.tell(why);
     end();
     m_plan.end(isDone);
-}
-
-KxHandle<KxSipRequest> Caller::makeBye() const {
-    return KxMake<KxSipByeMessage>(m_answer);
 }
 
 void Caller::onEnd(const char* why) {

@@ -22,7 +22,6 @@ public:
     void begin();
 
 protected:
-    KxHandle<KxSipRequest> makeBye() const override;
     void onEnd(const char* why) override;
 
 private:

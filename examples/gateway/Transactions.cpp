@@ -38,7 +38,7 @@ struct Transactions::Server {
 struct Transactions::Client {
     Client(Timers& timers, KxHandle<KxSipRequest> question, Peer to, Answer asker)
         : request(std::move(question)),
-          bytes(bytesOf(*request)),
+          bytes(request->getText()),
           peer(std::move(to)),
           answer(std::move(asker)),
           again(timers),
@@ -91,7 +91,7 @@ void Transactions::respond(const Id& id, const KxHandle<KxSipResponse>& response
     Server& server = *found->second;
     const unsigned code = response->getStatusCode();
     const bool isReliable = !response->getHeaderByID(KxHeaderIDs::kRSeq).isNil();
-    server.last = bytesOf(*response);
+    server.last = response->getText();
     server.isFinal = code >= 200;
     server.lost = std::move(lost);
     LOG4CPLUS_INFO(logger(), code << " to " << printable(response->getCSeqHeader()->getMethod()) << " of "
@@ -213,13 +213,8 @@ void Transactions::receive(const KxHandle<KxSipResponse>& response) {
 
 /** Sends the ACK of a final response other than 2xx, which belongs to the INVITE's transaction. [RFC 3261 17.1.1.3] */
 void Transactions::acknowledge(const Client& client, const KxHandle<KxSipResponse>& refusal) {
-    const auto ack = KxMake<KxSipAckMessage>(refusal, nullptr, nullptr, 0U);
-    ack->setURI(client.request->getURI());
-    ack->addSingleHeader(client.request->getViaHeader(), true);
-    ack->addHeader(KxMake<KxSipMaxForwardsHeader>(70U), false);
-    KxHandle<KxSipHeader> route = client.request->getHeaderByID(KxHeaderIDs::kRoute);
-    for (; !route.isNil(); route = route->getNext()) {
-        ack->addSingleHeader(route, false);
+    const auto* const invite = client.request->as<KxSipInviteMessage>();
+    if (invite != nullptr) {
+        m_transport.send(KxSipAckMessage::sFor(*invite, *refusal)->getText(), client.peer);
     }
-    m_transport.send(bytesOf(*ack), client.peer);
 }

@@ -11,6 +11,7 @@
 #include "sipobject/headers/KxSipRetryAfterHeader.h"
 #include "sipobject/headers/KxSipSupportedHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
+#include "sipobject/messages/KxSipResponseParts.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 
 #include <algorithm>
@@ -29,7 +30,7 @@ void addAllow(KxSipMessage& message) {
 /** Adds the source of a request to its top Via, and returns the address to which the response goes. */
 Peer answersTo(KxSipViaHeader& via, const Peer& from) {
     const unsigned port = from.address.get_port_number();
-    noteSource(via, hostOf(from.address), port);
+    via.setSource(hostOf(from.address), port);
     Peer to = from;
     to.address.set_port_number(static_cast<u_short>(replyPort(via, port)));
     return to;
@@ -41,7 +42,7 @@ UserAgent::UserAgent(Timers& clock, Transport& wire, const Times& waits, const L
     : CallHost(clock, wire, waits),
       m_maxCalls(limits.calls),
       m_transactions(limits.transactions),
-      m_secret(KxSipTag(nullptr).getValue()) {}
+      m_secret(KxSipTag::sRandom().view()) {}
 
 void UserAgent::receive(const KxSipFramer::Frame& frame, const Peer& from) {
     guarded("a message", [&] {
@@ -80,14 +81,14 @@ void UserAgent::refuseUnusable(const KxSipReading& reading, std::string_view why
     if (const auto response = reading.response(code); !response.isNil()) {
         const Peer to = answersTo(*response->getViaHeader(), from);
         setTag(*response, *(reading.message.isNil() ? reading.salvaged : reading.message));
-        transport.send(bytesOf(*response), to);
+        transport.send(response->getText(), to);
     }
 }
 
 /** Answers without a transaction. */
 void UserAgent::reply(const KxHandle<KxSipResponse>& response, const Request& request, const Peer& from) {
     setTag(*response, *request);
-    transport.send(bytesOf(*response), from);
+    transport.send(response->getText(), from);
 }
 
 /** Gives the response to a retransmitted request the same To tag again, unless the request has one. */
@@ -98,7 +99,7 @@ void UserAgent::setTag(KxSipResponse& response, const KxSipMessage& request) con
         const std::string_view branch = request.getViaHeader()->getBranch();
         const std::size_t hash = std::hash<std::string>()(
             std::string(m_secret).append(callId.isNil() ? KxString() : callId->getCallId()).append(branch));
-        response.getToHeader()->setTag(std::to_string(hash).c_str());
+        response.getToHeader()->setTag(std::to_string(hash));
     }
 }
 
@@ -117,7 +118,7 @@ void UserAgent::serve(const Request& request, const Peer& from) {
     try {
         dispatch(request, id, from);
     } catch (const KxHandle<KxException>&) {
-        transactions.respond(id, makeResponse(500, request));
+        transactions.respond(id, KxSipResponse::sBuild(*request, {.statusCode = 500}));
         throw;
     }
 }
@@ -135,7 +136,7 @@ KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
     const std::string_view method = request->getMethod();
     if (std::find(std::begin(Call::kAllow), std::end(Call::kAllow), method) == std::end(Call::kAllow)) {
         const bool isUnknown = request->as<KxSipUnknownRequest>() != nullptr;
-        const KxHandle<KxSipResponse> response = makeResponse(isUnknown ? 501 : 405, request);
+        const KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = isUnknown ? 501 : 405});
         addAllow(*response);
         return response;
     }
@@ -143,12 +144,12 @@ KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
     for (const KxSipRequireHeader& required : request->values<KxSipRequireHeader>()) {
         const KxString& tag = required.getOptionTag();
         if (method != "CANCEL" && tag != "100rel" && tag != "timer") {
-            refusal = refusal.isNil() ? makeResponse(420, request) : refusal;
-            refusal->addHeader(KxMake<KxSipUnsupportedHeader>(tag.c_str()), false);
+            refusal = refusal.isNil() ? KxSipResponse::sBuild(*request, {.statusCode = 420}) : refusal;
+            refusal->addHeader(KxMake<KxSipUnsupportedHeader>(tag), false);
         }
     }
     if (refusal.isNil() && request->getBodyLength() != 0 && request->getBodyType() != "application/sdp") {
-        refusal = makeResponse(415, request);
+        refusal = KxSipResponse::sBuild(*request, {.statusCode = 415});
         refusal->addHeader(KxMake<KxSipAcceptHeader>("application", "sdp"), false);
     }
     return refusal;
@@ -161,7 +162,7 @@ void UserAgent::dispatch(const Request& request, const Transactions::Id& id, con
     } else if (const std::shared_ptr<Call> call = find(*request)) {
         serveWithin(*call, request, id, from);
     } else if (request->getToHeader()->isTagPresent() || (method != "INVITE" && method != "OPTIONS")) {
-        reply(makeResponse(481, request), request, from);
+        reply(KxSipResponse::sBuild(*request, {.statusCode = 481}), request, from);
     } else if (isFull()) {
         reply(makeLater(503, request), request, from);
     } else if (method == "OPTIONS") {
@@ -175,16 +176,16 @@ void UserAgent::cancel(const Request& request, const Transactions::Id& id, const
     const Transactions::Id cancelled = Transactions::idOf(*request, "INVITE");
     if (Quota::Place place = transactions.placeOf(cancelled)) { // it shares the INVITE's place, and is never refused
         transactions.open(id, from, std::move(place));
-        transactions.respond(id, makeResponse(200, request));
+        transactions.respond(id, KxSipResponse::sBuild(*request, {.statusCode = 200}));
         transactions.cancel(cancelled);
     } else {
-        reply(makeResponse(481, request), request, from);
+        reply(KxSipResponse::sBuild(*request, {.statusCode = 481}), request, from);
     }
 }
 
 void UserAgent::serveWithin(Call& call, const Request& request, const Transactions::Id& id, const Peer& from) {
     if (!call.isNext(*request)) {
-        reply(makeResponse(500, request), request, from);
+        reply(KxSipResponse::sBuild(*request, {.statusCode = 500}), request, from);
     } else if (call.requests().isFull() && request->getMethod() != std::string_view("BYE")) {
         reply(makeLater(500, request), request, from);
     } else {
@@ -196,6 +197,9 @@ void UserAgent::serveWithin(Call& call, const Request& request, const Transactio
 void UserAgent::invite(const Request& request, const Transactions::Id& id, const Peer& from) {
     if (const auto refusal = Call::refuseTimer(request); !refusal.isNil()) {
         return reply(refusal, request, from);
+    }
+    if (!request->has<KxSipContactHeader>()) { // makes no dialog [RFC 3261 8.1.1.8]
+        return reply(KxSipResponse::sBuild(*request, {.statusCode = 400}), request, from);
     }
     transactions.open(id, from, m_transactions.take());
     const auto call =
@@ -211,7 +215,7 @@ bool UserAgent::isFull() const {
 /** Returns a refusal with Retry-After. After that time every message that now waits for an answer has got one or was
     given up. */
 KxHandle<KxSipResponse> UserAgent::makeLater(int code, const Request& request) const {
-    const KxHandle<KxSipResponse> response = makeResponse(code, request);
+    const KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = code});
     const auto wait = std::chrono::ceil<std::chrono::seconds>(transactions.patience());
     response->addHeader(KxMake<KxSipRetryAfterHeader>(static_cast<std::uint32_t>(wait.count())), false);
     return response;
@@ -220,7 +224,7 @@ KxHandle<KxSipResponse> UserAgent::makeLater(int code, const Request& request) c
 /** Returns the response to OPTIONS, with the methods, body types and extensions that an INVITE may use.
     [RFC 3261 11.2] */
 KxHandle<KxSipResponse> UserAgent::makeOptions(const Request& request) const {
-    const KxHandle<KxSipResponse> response = makeResponse(200, request);
+    const KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = 200});
     addAllow(*response);
     response->addHeader(KxMake<KxSipAcceptHeader>("application", "sdp"), false);
     response->addHeader(KxMake<KxSipSupportedHeader>("100rel"), false);

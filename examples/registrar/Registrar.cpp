@@ -5,6 +5,7 @@
 #include "sipobject/headers/KxSipRequireHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
 #include "sipobject/messages/KxSipReading.h"
+#include "sipobject/messages/KxSipResponseParts.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 
 #include <log4cplus/loggingmacros.h>
@@ -44,8 +45,8 @@ Registrar::Reply Registrar::refuse(const KxHandle<KxSipResponse>& response, cons
     if (response.isNil()) {
         return {};
     }
-    noteSource(*response->getViaHeader(), host, port);
-    return {bytesOf(*response), replyPort(*response->getViaHeader(), port)};
+    response->getViaHeader()->setSource(host, port);
+    return {response->getText(), replyPort(*response->getViaHeader(), port)};
 }
 
 std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::string_view datagram,
@@ -61,12 +62,12 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
         if (verdict.outcome == Outcome::Accepted) {
             response = serve(request, verdict.user);
         } else {
-            response = makeResponse(401, request);
+            response = KxSipResponse::sBuild(*request, {.statusCode = 401});
             response->addHeader(m_authenticator.challenge(verdict.outcome == Outcome::Stale), false);
         }
     }
-    noteSource(*response->getViaHeader(), host, port);
-    std::string bytes = bytesOf(*response);
+    response->getViaHeader()->setSource(host, port);
+    std::string bytes = response->getText();
     if (verdict.outcome == Outcome::Accepted) {
         verdict.nonce->response = bytes;
     }
@@ -78,21 +79,21 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
 /** Returns the response to a request that the registrar does not serve, else nil. */
 KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request, std::size_t size) const {
     if (size > kLargestRequest) {
-        return makeResponse(513, request);
+        return KxSipResponse::sBuild(*request, {.statusCode = 513});
     }
     const std::string_view method = request->getMethod();
     if (method == "CANCEL") { // requests are answered at once, so there is nothing to cancel
-        return makeResponse(481, request);
+        return KxSipResponse::sBuild(*request, {.statusCode = 481});
     }
     if (method != "REGISTER") {
         const bool isUnknown = request->as<KxSipUnknownRequest>() != nullptr;
-        const KxHandle<KxSipResponse> response = makeResponse(isUnknown ? 501 : 405, request);
+        const KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = isUnknown ? 501 : 405});
         response->addHeader(KxMake<KxSipAllowHeader>("REGISTER"), false);
         return response;
     }
     if (const auto* const extension = request->first<KxSipRequireHeader>()) {
-        const KxHandle<KxSipResponse> response = makeResponse(420, request);
-        response->addHeader(KxMake<KxSipUnsupportedHeader>(extension->getOptionTag().c_str()), false);
+        const KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = 420});
+        response->addHeader(KxMake<KxSipUnsupportedHeader>(extension->getOptionTag()), false);
         return response;
     }
     return {};
@@ -103,7 +104,7 @@ KxHandle<KxSipResponse> Registrar::serve(const KxHandle<KxSipRequest>& request, 
     const KxHandle<KxSipURL> address = request->getToHeader()->getNameAddress()->getURL();
     const bool isOwn = !address.isNil() && address->getUser() == user;
     const int code = isOwn ? m_bindings.update(user, *request) : 403;
-    KxHandle<KxSipResponse> response = makeResponse(code, request);
+    KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = code});
     if (code == 200) {
         m_bindings.addTo(*response, user);
     }

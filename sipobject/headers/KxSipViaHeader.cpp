@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -70,6 +71,17 @@ void KxSipViaHeader::setBranchRFC3261() {
     char branch[kMagicCookie.size() + kUuidLength + 1];
     UUID::uuid_create_string(std::copy(kMagicCookie.begin(), kMagicCookie.end(), branch));
     setBranch(KxString(branch, sizeof branch - 1));
+}
+
+void KxSipViaHeader::setSource(KxSipText address, std::uint32_t port) {
+    const KxString source = address.needed("source address");
+    const bool isAsked = isRPortPresent();
+    if (isAsked) {
+        setParameter("rport", KxString(std::to_string(port)));
+    }
+    if (isAsked || source != m_host) {
+        setReceived(source);
+    }
 }
 
 bool KxSipViaHeader::compare(const KxHandle<KxSipViaHeader>& other) const {

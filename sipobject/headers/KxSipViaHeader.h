@@ -58,6 +58,9 @@ public:
     void setHidden() { setParameter(sHidden, KxString("")); }
     void removeHidden() { m_parameters.removeValue(sHidden); }
     [[nodiscard]] bool isRPortPresent() const { return m_parameters.isPresent("rport"); }
+    /** Notes where a received request came from: the address as "received", if it is not the host here or if "rport" is
+        there; and the port as the value of "rport", if that is there. [RFC 3261 18.2.1, RFC 3581 4] */
+    void setSource(KxSipText address, std::uint32_t port);
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
     void setParameter(std::string_view name, KxSipStdText value) {

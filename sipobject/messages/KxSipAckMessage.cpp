@@ -18,6 +18,14 @@ KxSipAckMessage::KxSipAckMessage(const KxHandle<KxSipResponse>& response, const 
     copyConnection(*response);
 }
 
+KxHandle<KxSipAckMessage> KxSipAckMessage::sWithin(const KxSipDialog& dialog, const KxSipInviteMessage& invite,
+                                                   const KxSipDialogParts& parts) {
+    const Oskan::EntryTraceScope trace(s_logger, "KxSipAckMessage::sWithin");
+    KxHandle<KxSipAckMessage> ack = sEmpty();
+    ack->buildAck(dialog, invite, parts);
+    return ack;
+}
+
 KxHandle<KxSipAckMessage> KxSipAckMessage::sFor(const KxSipInviteMessage& invite, const KxSipResponse& response,
                                                 const KxSipDialogParts& parts) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipAckMessage::sFor");

@@ -197,16 +197,8 @@ void KxSipRequest::setSource(const KxInetAddress& address, std::uint32_t port, K
     setConnectionAddress(address);
     setConnectionPort(port);
     setConnectionTransport(transport);
-    const KxHandle<KxSipViaHeader> via = getViaHeader();
-    if (via.isNil()) {
-        return;
-    }
-    const bool isAsked = via->isRPortPresent();
-    if (isAsked) {
-        via->setParameter("rport", KxString(std::to_string(port)));
-    }
-    if (isAsked || address.getHostAddress() != via->getHost()) {
-        via->setReceived(address.getHostAddress());
+    if (const KxHandle<KxSipViaHeader> via = getViaHeader(); !via.isNil()) {
+        via->setSource(address.getHostAddress(), port);
     }
 }
 
@@ -400,8 +392,17 @@ void KxSipRequest::buildAck(const KxSipRequest& invite, const KxSipResponse& res
                            required(to, "Can't build SIP request without To header"));
         return;
     }
-    const KxSipDialog dialog = KxSipDialog::sOfCaller(invite, response);
-    KxSipRequestOutline outline = dialog.outline(dialog.getLocalSequence(), parts);
+    const KxHandle<KxSipToHeader> to = invite.getToHeader();
+    if (!to.isNil() && to->isTagPresent()) {
+        KxSipParseError::sThrow("The ACK of a re-INVITE follows the route set of its dialog");
+    }
+    buildAck(KxSipDialog::sOfCaller(invite, response), invite, parts);
+}
+
+void KxSipRequest::buildAck(const KxSipDialog& dialog, const KxSipRequest& invite, const KxSipDialogParts& parts) {
+    const std::uint32_t number =
+        required(invite.getCSeqHeader(), "Can't build SIP request without CSeq header").getSeqNumber();
+    KxSipRequestOutline outline = dialog.outline(number, parts);
     const auto* const via = invite.first<KxSipViaHeader>();
     if (outline.via.isNil() && via != nullptr) {
         auto own = KxMake<KxSipViaHeader>(*via);

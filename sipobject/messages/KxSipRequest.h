@@ -111,9 +111,8 @@ public:
         insertViaHeader(host.line().c_str(), port, transport.line().c_str());
     }
 
-    /** Notes where a received request came from: the connection of the message; and in its top Via "received", if the
-        host there is another one or "rport" is asked for, and the value of "rport", if that is asked for.
-        [RFC 3261 18.2.1, RFC 3581 4] */
+    /** Notes where a received request came from: in the connection of the message, and in its top Via, as
+        KxSipViaHeader::setSource does. */
     void setSource(const KxInetAddress& address, std::uint32_t port, KxSocketImpl::Transport transport);
 
     /** The local address from which the application prefers to send the request; "" if none was set. A text that is not
@@ -144,6 +143,7 @@ protected:
     void build(const KxString& method, const KxSipRequestParts& parts);
     void buildWithin(KxSipDialog& dialog, const KxString& method, const KxSipDialogParts& parts);
     void buildAck(const KxSipRequest& invite, const KxSipResponse& response, const KxSipDialogParts& parts);
+    void buildAck(const KxSipDialog& dialog, const KxSipRequest& invite, const KxSipDialogParts& parts);
     /** A request in the transaction of the INVITE, to the party in `to`: CANCEL, or ACK of a non-2xx response. */
     void buildInTransaction(const KxString& method, const KxSipRequest& invite, const KxSipToHeader& to);
 
