@@ -20,7 +20,7 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipReading"};
 
-constexpr std::size_t kURILimit = 1024; // as KxSipRequest::rejectedByStack
+constexpr std::size_t kURILimit = 1024; // as in KxSipRequest::rejectedByStack, which ends at status 1
 
 /** The headers that a response takes from its request, in the order in which it writes them. */
 constexpr HeaderID kNeeded[] = {KxHeaderIDs::kVia, KxHeaderIDs::kFrom, KxHeaderIDs::kTo, KxHeaderIDs::kCallId,

