@@ -21,12 +21,6 @@ auto& needed(M& message) {
     return *header;
 }
 
-/** Whether the proxy follows RFC 3261. [RFC 3261 19.1.1] */
-bool isLooseRouter(const KxSipNameAddress& route) {
-    const KxHandle<KxSipURL> url = route.getURL();
-    return url.isNil() || url->getParameters()->isPresent("lr");
-}
-
 void checkCode(const KxSipResponse& response) {
     if (response.getStatusCode() <= 100 || response.getStatusCode() >= 300) {
         KxSipParseError::sThrow("Only a response from 101 to 299 makes a dialog");
@@ -56,7 +50,13 @@ KxSipDialog KxSipDialog::sOfCaller(const KxSipRequest& request, const KxSipRespo
     dialog.m_local = Party::sOf<KxSipFromHeader>(request);
     dialog.m_remote = Party::sOf<KxSipToHeader>(response);
     dialog.m_localSequence = needed<KxSipCSeqHeader>(request).getSeqNumber();
-    dialog.confirm(response);
+    const bool hasTarget = response.getStatusCode() >= 200 || response.has<KxSipContactHeader>();
+    if (!hasTarget && !request.getURI().isNil()) {
+        dialog.m_remoteTarget = KxCopy(request.getURI());
+        dialog.m_routeSet = sRouteSetOf(response);
+    } else {
+        dialog.confirm(response);
+    }
     return dialog;
 }
 
@@ -68,7 +68,7 @@ KxSipDialog KxSipDialog::sOfCallee(const KxSipRequest& request, const KxSipRespo
     dialog.m_local = Party::sOf<KxSipToHeader>(response);
     dialog.m_remote = Party::sOf<KxSipFromHeader>(request);
     dialog.m_remoteTarget = sTargetOf(request);
-    dialog.m_routeSet = sRecordRouteOf(request);
+    dialog.m_routeSet = sRouteSetOf(request);
     return dialog;
 }
 
@@ -89,10 +89,13 @@ KxHandle<KxURI> KxSipDialog::sTargetOf(const KxSipMessage& message) {
     return KxCopy(contact.getNameAddress()->getURI());
 }
 
-std::vector<KxHandle<KxSipNameAddress>> KxSipDialog::sRecordRouteOf(const KxSipMessage& message) {
+std::vector<KxHandle<KxSipNameAddress>> KxSipDialog::sRouteSetOf(const KxSipMessage& message) {
     std::vector<KxHandle<KxSipNameAddress>> routes;
     for (const KxSipRecordRouteHeader& route : message.values<KxSipRecordRouteHeader>()) {
         routes.push_back(KxCopy(route.getNameAddress()));
+    }
+    if (message.isResponse()) {
+        std::reverse(routes.begin(), routes.end());
     }
     return routes;
 }
@@ -117,8 +120,7 @@ void KxSipDialog::refresh(const KxSipMessage& received) {
 
 void KxSipDialog::confirm(const KxSipResponse& response) {
     KxHandle<KxURI> target = sTargetOf(response);
-    std::vector<KxHandle<KxSipNameAddress>> routes = sRecordRouteOf(response);
-    std::reverse(routes.begin(), routes.end());
+    std::vector<KxHandle<KxSipNameAddress>> routes = sRouteSetOf(response);
     m_remoteTarget = std::move(target);
     m_routeSet = std::move(routes);
 }
@@ -129,14 +131,7 @@ std::uint32_t KxSipDialog::nextSequence() const {
 
 KxSipRequestOutline KxSipDialog::outline(std::uint32_t cseq, const KxSipDialogParts& parts) const {
     KxSipRequestOutline outline;
-    const bool isStrict = !m_routeSet.empty() && !isLooseRouter(*m_routeSet.front());
-    outline.setURI(isStrict ? *m_routeSet.front()->getURI() : *m_remoteTarget);
-    for (auto route = m_routeSet.begin() + (isStrict ? 1 : 0); route != m_routeSet.end(); ++route) {
-        outline.routes.push_back(KxMake<KxSipRouteHeader>(*route));
-    }
-    if (isStrict) {
-        outline.routes.push_back(KxMake<KxSipRouteHeader>(KxMake<KxSipNameAddress>(KxString(""), m_remoteTarget)));
-    }
+    outline.setWay(m_remoteTarget, m_routeSet);
     outline.from = m_local.header<KxSipFromHeader>();
     outline.to = m_remote.header<KxSipToHeader>();
     outline.callId = m_callId;

@@ -24,7 +24,8 @@ public:
     /** The dialog of the sender of a request, usually an INVITE, and of its response from 101 to 299. The route set is
         the Record-Route of the response in reverse order. [RFC 3261 12.1.2]
         Throws KxSipParseError if the response is not for the request, or if one of the headers that a dialog needs is
-        missing: From, To, Call-ID, CSeq and, in the response, Contact. */
+        missing: From, To, Call-ID, CSeq and, in a 2xx response, Contact. A provisional response without Contact, which RFC
+        3261 does not allow, makes a dialog whose remote target is the Request-URI, until confirm. */
     [[nodiscard]] static KxSipDialog sOfCaller(const KxSipRequest& request, const KxSipResponse& response);
     /** The dialog of the receiver of the request, who has sent the response. The route set is the Record-Route of the
         request. Throws as sOfCaller; here the Contact of the request is needed. [RFC 3261 12.1.1] */
@@ -67,7 +68,8 @@ private:
     /** Throws KxSipParseError unless both have the same Call-ID and CSeq. */
     static void sCheckPair(const KxSipRequest& request, const KxSipResponse& response);
     static KxHandle<KxURI> sTargetOf(const KxSipMessage& message);
-    static std::vector<KxHandle<KxSipNameAddress>> sRecordRouteOf(const KxSipMessage& message);
+    /** The Record-Route of a received message, in the order in which own requests visit the hops. */
+    static std::vector<KxHandle<KxSipNameAddress>> sRouteSetOf(const KxSipMessage& message);
     std::uint32_t nextSequence() const;
     /** The outline of a request with that CSeq number. [RFC 3261 12.2.1.1] */
     KxSipRequestOutline outline(std::uint32_t cseq, const KxSipDialogParts& parts) const;

@@ -415,6 +415,7 @@ void KxSipRequest::buildAck(const KxSipRequest& invite, const KxSipResponse& res
 
 void KxSipRequest::buildInTransaction(const KxString& method, const KxSipRequest& invite, const KxSipToHeader& to) {
     KxSipRequestOutline outline;
+    required(invite.getURI(), "Can't build SIP request without Request-URI");
     outline.uri = KxCopy(invite.getURI());
     outline.via = KxMake<KxSipViaHeader>(required(invite.getViaHeader(), "Can't build SIP request without Via header"));
     for (const KxSipRouteHeader& route : invite.values<KxSipRouteHeader>()) {

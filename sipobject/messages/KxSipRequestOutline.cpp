@@ -5,6 +5,12 @@
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipTag.h"
 
+/** Whether the proxy follows RFC 3261. [RFC 3261 19.1.1] */
+static bool isLooseRouter(const KxSipNameAddress& hop) {
+    const KxHandle<KxSipURL> url = hop.getURL();
+    return url.isNil() || url->getParameters()->isPresent("lr");
+}
+
 KxSipRequestOutline KxSipRequestOutline::sOf(const KxSipRequestParts& parts) {
     KxSipRequestOutline outline;
     const KxHandle<KxSipFromHeader> from = parts.from.needed("From");
@@ -16,10 +22,11 @@ KxSipRequestOutline KxSipRequestOutline::sOf(const KxSipRequestParts& parts) {
     if (uri.isNil()) {
         KxSipParseError::sThrow("Can't build SIP request without Request-URI");
     }
-    outline.setURI(*uri);
+    std::vector<KxHandle<KxSipNameAddress>> hops;
     for (const KxSipPart<KxSipRouteHeader>& route : parts.routes) {
-        outline.routes.push_back(route.needed("Route"));
+        hops.push_back(route.needed("Route")->getNameAddress());
     }
+    outline.setWay(uri, hops);
     outline.from = from;
     outline.to = to;
     outline.callId = parts.callId.isNone() ? KxString(KxSipCallid().getValue()) : parts.callId.line();
@@ -41,6 +48,17 @@ void KxSipRequestOutline::take(const KxSipDialogParts& parts) {
     maxForwards = parts.maxForwards;
     contentType = parts.contentType.line();
     body = parts.body;
+}
+
+void KxSipRequestOutline::setWay(const KxHandle<KxURI>& target, const std::vector<KxHandle<KxSipNameAddress>>& hops) {
+    const bool isStrict = !hops.empty() && !isLooseRouter(*hops.front());
+    setURI(isStrict ? *hops.front()->getURI() : *target);
+    for (auto hop = hops.begin() + (isStrict ? 1 : 0); hop != hops.end(); ++hop) {
+        routes.push_back(KxMake<KxSipRouteHeader>(*hop));
+    }
+    if (isStrict) {
+        routes.push_back(KxMake<KxSipRouteHeader>(KxMake<KxSipNameAddress>(KxString(""), target)));
+    }
 }
 
 void KxSipRequestOutline::setURI(const KxURI& given) {

@@ -23,6 +23,11 @@ struct KxSipRequestOutline {
     static KxSipRequestOutline sOf(const KxSipRequestParts& parts);
     /** Takes over the parts that a dialog does not determine. Throws KxSipParseError for parts that can't be read. */
     void take(const KxSipDialogParts& parts);
-    /** Sets the Request-URI to a copy, without the parts that a Request-URI must not have. [RFC 3261 19.1.1] */
-    void setURI(const KxURI& uri);
+    /** Sets Request-URI and Route so that the request reaches the target through the hops. If the first one is a strict
+        router, it becomes the Request-URI, and the target the last Route. What a Request-URI must not have is left out.
+        [RFC 3261 12.2.1.1, 19.1.1] */
+    void setWay(const KxHandle<KxURI>& target, const std::vector<KxHandle<KxSipNameAddress>>& hops);
+
+private:
+    void setURI(const KxURI& given);
 };

@@ -1,3 +1,4 @@
+#include "sipobject/KxSipCallid.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/messages/KxSipBranch.h"
 #include "sipobject/messages/KxSipRegisterMessage.h"
@@ -77,11 +78,15 @@ TEST(MessagePartsTest, RequestHasTheNamedPartsAndDefaults) {
               "OPTIONS sip:r@h SIP/2.0\nVia: SIP/2.0/UDP h:1;branch=z9hG4bKx\nMax-Forwards: 0\nFrom: <sip:a@h>;tag=R\n"
               "To: <tel:+12>\nCall-ID: c\nCSeq: 2 OPTIONS\nContent-Length: 0\n\n");
     EXPECT_EQ(className(*options), "KxSipOptionsMessage");
+    EXPECT_EQ(
+        startLineOf(*KxSipRequest::sBuild("OPTIONS", {.from = "<sip:a@h>", .to = "<sip:b@h>", .routes = {"<sip:p>"}})),
+        "OPTIONS sip:p SIP/2.0");
     EXPECT_FALSE(given->isTagPresent()) << "an object that is given stays as it is";
     EXPECT_EQ(className(*KxSipRequest::sBuild("FOO", {.from = "<sip:a@h>", .to = "<sip:b@h>"})), "KxSipUnknownRequest");
 }
 
 TEST(MessagePartsTest, PartsThatCannotBeAreRefused) {
+    const KxSipCallid first; // looks up the name of this host, which stays
     const Balance balance;
     const auto built = [](const KxSipRequestParts& parts, const char* method = "OPTIONS") {
         const std::string outcome = outcomeOf([&] { return textOf(*KxSipRequest::sBuild(method, parts)); });
@@ -239,7 +244,14 @@ TEST(MessagePartsTest, RequestsWithinADialogFollowItsRouteSet) {
     const auto noContact =
         as<KxSipInviteMessage>(readMessage("INVITE sip:b@h SIP/2.0\r\n" + requiredHeaders("INVITE") + "\r\n"));
     const auto bare = KxSipResponse::sBuild(*noContact, {.statusCode = 180});
+    const auto bareOk = as<KxSipResponse>(readMessage("SIP/2.0 200 OK\r\n" + requiredHeaders("INVITE") + "\r\n"));
+    EXPECT_EQ(KxSipDialog::sOfCaller(*noContact, *bare).getRemoteTarget().getString(), "sip:b@h");
+    EXPECT_EQ(refused([&] { return KxSipDialog::sOfCaller(*noContact, *bareOk); }),
+              error + "Header is missing: Contact");
+    noContact->setURI(nullptr);
     EXPECT_EQ(refused([&] { return KxSipDialog::sOfCaller(*noContact, *bare); }), error + "Header is missing: Contact");
+    EXPECT_EQ(refused([&] { return KxSipCancelMessage::sFor(*noContact); }),
+              error + "Can't build SIP request without Request-URI");
     EXPECT_EQ(refused([&] { return KxSipDialog::sOfCallee(*noContact, *bare); }), error + "Header is missing: Contact");
 }
 
@@ -281,7 +293,7 @@ TEST(MessagePartsTest, SourceOfARequestIsNotedInItsTopVia) {
                   "10.0.0.9|999|1");
         return linesOf(*request->getViaHeader());
     };
-    const std::string other = " & v: SIP/2.0/UDP other";
+    const std::string other = " & Via: SIP/2.0/UDP other";
     EXPECT_EQ(viaFrom("10.0.0.9:5060;branch=1"), "v: SIP/2.0/UDP 10.0.0.9:5060;branch=1" + other);
     EXPECT_EQ(viaFrom("h;branch=1"), "v: SIP/2.0/UDP h;branch=1;received=10.0.0.9" + other);
     EXPECT_EQ(viaFrom("10.0.0.9;rport"), "v: SIP/2.0/UDP 10.0.0.9;rport=999;received=10.0.0.9" + other);
