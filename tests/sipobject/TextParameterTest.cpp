@@ -113,7 +113,9 @@ TEST(TextParameterTest, ARefusedEmptyTextIsMissing) {
 TEST(TextParameterTest, MessagesTakeAnyText) {
     const auto invite =
         KxMake<KxSipInviteMessage>("<sip:a>"s, "<sip:b>", nullptr, KxSipCallid("h"), 1U, "", nullptr, 0U);
-    const auto [uri, from, to] = std::tuple(invite->getURI(), invite->getFromHeader(), invite->getToHeader());
+    const KxHandle<KxURI> uri = invite->getURI();
+    const KxHandle<KxSipFromHeader> from = invite->getFromHeader();
+    const KxHandle<KxSipToHeader> to = invite->getToHeader();
     const auto address = KxMake<KxSipNameAddress>(""s, uri);
     invite->insertViaHeader("h"s, 1, "UDP");
     const auto ringing = KxMake<KxSipResponse>(180, invite, nullptr, nullptr, 0U);
