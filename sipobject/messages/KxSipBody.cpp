@@ -63,6 +63,13 @@ void KxSipBody::set(KxSipHeaderSlots& headers, const void* bytes, const char* co
     }
 }
 
+void KxSipBody::clear(KxSipHeaderSlots& headers) {
+    set(headers, nullptr, nullptr, 0);
+    while (headers.removeFirst(KxHeaderIDs::kContentType)) {
+    }
+    *this = KxSipBody();
+}
+
 void KxSipBody::serializeBody(KxOutputStream& out, std::size_t length) const {
     out.write(std::string_view(m_bytes.get(), std::min(length, m_length)));
 }

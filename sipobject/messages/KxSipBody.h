@@ -18,6 +18,8 @@ public:
 
     /** Sets Content-Length, then the bytes and Content-Type, as KxSipMessage::setBody does. */
     void set(KxSipHeaderSlots& headers, const void* bytes, const char* contentType, std::uint32_t length);
+    /** Removes the bytes and Content-Type, and sets a Content-Length of 0. */
+    void clear(KxSipHeaderSlots& headers);
     KxSipBody copy() const { return m_bytes == nullptr ? KxSipBody() : KxSipBody(m_bytes.get(), m_length); }
     /** Null without a body. */
     const char* bytes() const { return m_bytes.get(); }

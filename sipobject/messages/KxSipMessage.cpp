@@ -324,6 +324,12 @@ void KxSipMessage::setBody(const char* body, const char* contentType) {
 
 void KxSipMessage::setBody(std::string_view body, KxSipText contentType) {
     const KxString type = contentType.neededIf(!body.empty(), "Content-Type");
+    if (body.empty()) {
+        const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::setBody");
+        const Lock lock(*this);
+        m_body.clear(m_headers);
+        return;
+    }
     if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
         KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
     }
@@ -339,14 +345,6 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
     } else { // from the Request-URI, which may have brought a body too
         present->setContentLength(static_cast<std::uint32_t>(m_body.length()));
     }
-}
-
-void KxSipMessage::setBodyOf(std::string_view body, const KxString& contentType) {
-    if (body.size() > std::numeric_limits<std::uint32_t>::max()) {
-        KxSipParseError::sThrow("failed to allocate a SIP message body of size " + std::to_string(body.size()));
-    }
-    setBodyOrNone(body.data(), contentType.isNil() ? nullptr : contentType.c_str(),
-                  static_cast<std::uint32_t>(body.size()));
 }
 
 std::uint32_t KxSipMessage::getBodyLength() const {

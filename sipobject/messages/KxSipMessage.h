@@ -217,8 +217,9 @@ public:
         body) with no content-type"; Content-Length is then already set. */
     void setBody(const void* body, const char* contentType, std::uint32_t length);
     void setBody(const char* body, const char* contentType);
-    /** As above, for a body that may contain any byte. Throws KxSipParseError, and changes nothing, for a body without
-        content type or of 4 GB or more. */
+    /** As above, for a body that may contain any byte. An empty one removes the body and its Content-Type, and sets a
+        Content-Length of 0. Throws KxSipParseError, and changes nothing, for a body without content type or of 4 GB or
+        more. */
     void setBody(std::string_view body, KxSipText contentType);
     /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
     const char* getBody() const { return m_body.bytes(); }
@@ -300,9 +301,6 @@ protected:
     void addCopiesOf(const KxSipMessage& other, HeaderID id);
     /** As setBody. For a length of 0, adds a Content-Length of 0, or sets a present one to the stored body length. */
     void setBodyOrNone(const void* body, const char* contentType, std::uint32_t length);
-    /** Sets the body of a message to be built, or a Content-Length of 0. Throws KxSipParseError for a body without
-        type. */
-    void setBodyOf(std::string_view body, const KxString& contentType);
     /** Copies address, port and transport of the other's connection if the other came over TCP or TLS, so that the
         answer to it uses the same connection. */
     void copyConnection(const KxSipMessage& other);

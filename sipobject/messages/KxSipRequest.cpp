@@ -447,7 +447,7 @@ void KxSipRequest::assemble(const KxString& method, const KxSipRequestOutline& o
     asynchAddHeader(KxMake<KxSipCallIdHeader>(outline.callId), false);
     asynchAddHeader(KxMake<KxSipCSeqHeader>(outline.cseq, method), false);
     asynchAddHeader(outline.contact, false);
-    setBodyOf(outline.body, outline.contentType);
+    setBody(outline.body, outline.contentType);
 }
 
 // ---- from another message ----

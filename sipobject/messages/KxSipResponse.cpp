@@ -185,7 +185,7 @@ KxHandle<KxSipResponse> KxSipResponse::sBuild(const KxSipRequest& request, const
         response->addCopiesOf(request, KxHeaderIDs::kRecordRoute);
     }
     response->asynchAddHeader(contact, false);
-    response->setBodyOf(parts.body, parts.contentType.line());
+    response->setBody(parts.body, parts.contentType);
     response->copyConnection(request);
     response->checkValidity();
     return response;

@@ -17,11 +17,9 @@ constexpr const char* kReceived = "INVITE sip:marek@example.net SIP/2.0\r\n"
                                   "Call-ID: c1@192.0.2.17\r\n"
                                   "CSeq: 1 INVITE\r\n\r\n";
 
-std::string bytesOf(const KxSipMessage& message) {
-    KxByteArrayOutputStream out;
-    message.serialize(out);
-    std::cout << out.view() << "\n";
-    return std::string(out.view());
+std::string printed(const KxSipMessage& message) {
+    std::cout << message.getText() << "\n";
+    return message.getText();
 }
 
 /** The response to send back, or nil if the request can be sent on. */
@@ -60,14 +58,14 @@ int main() {
     if (!forward(first, request).isNil() || !forward(again, repeated).isNil()) {
         return 1;
     }
-    const std::string sent = bytesOf(request);
+    const std::string sent = printed(request);
     const KxSipReading next = KxSipReading::sRead(sent); // the next hop; a proxy there must refuse it
-    std::string answer = bytesOf(*next.response());
+    std::string answer = printed(*next.response());
     answer.replace(answer.find("Via"), 3, "v");
     const KxSipReading back = KxSipReading::sRead(answer);
     const bool isRemoved = back.message->removeFirst<KxSipViaHeader>() == 1;
     const auto* const via = back.message->first<KxSipViaHeader>();
-    const bool isRight = sent == bytesOf(repeated) && next.statusCode == 483 &&
+    const bool isRight = sent == printed(repeated) && next.statusCode == 483 &&
                          next.message->first<KxSipRouteHeader>()->getValueText() == "<sip:p2.example.net;lr>" &&
                          isRemoved && via != nullptr && via->getParameter("rport") == "40000" &&
                          !back.message->hasNamed("Record-Route");

@@ -148,6 +148,8 @@ TEST(TextParameterTest, MessagesTakeAnyText) {
     EXPECT_EQ(outcomeOf([&] { KxSipResponse(200, invite, "xy", ""s, 2); }), untyped);
     EXPECT_EQ(outcomeOf([&] { taken.setBody("xy"s, "a/b\n"s); }), kRefused);
     EXPECT_EQ(dumpOf(taken), dumpOf(given));
+    taken.setBody(""s, nullptr);
+    EXPECT_EQ(dumpOf(taken), dumpOf(*invite));
 }
 
 TEST(TextParameterTest, AuthenticationTakesAnyText) {
