@@ -18,6 +18,11 @@ constexpr const char* kDescription =
     "reached. When true, the header value is ignored and the message pass thru even with 0. Set the parameter to "
     "true if your application needs to interact with non-compliant UACs. See RFC3261 paragraph 8.1.1.6";
 
+constexpr const char* kGrammarDescription =
+    "Define the grammar by which SIP messages are read and written. When false (default behavior), the classic grammar "
+    "is "
+    "used. When true, RFC 3261 and its updates are followed. The parameter is read once, before the first message.";
+
 /** There is one object in the process, so that the parameters are registered once. */
 struct ParamDefs {
     const bool registered = addParametersToDB();
@@ -30,8 +35,9 @@ const ParamDefs* const s_paramDefs = SingletonRegistry::getInstance().getOrCreat
 
 bool addParametersToDB() {
     try {
-        ParameterInfoDB::getNonConstInstance().addParameter(kIgnoreMaxForwards, ParameterInfo::Type::Boolean, "false",
-                                                            kDescription);
+        ParameterInfoDB& parameters = ParameterInfoDB::getNonConstInstance();
+        parameters.addParameter(kIgnoreMaxForwards, ParameterInfo::Type::Boolean, "false", kDescription);
+        parameters.addParameter(kRFCGrammar, ParameterInfo::Type::Boolean, "false", kGrammarDescription);
     } catch (const Exception& failure) {
         Logger("tandril.infra.ParamDefs").log(LogLevel::Error, failure.what(), "KxSipObjectParamDefs", 33);
         return false;

@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipParseKeepAliveException.h"
@@ -73,6 +74,7 @@ KxHandle<KxSipMessage> KxSipMessageReader::sConstructFrom(KxInputStream& in) {
 }
 
 void KxSipMessageReader::sConstructFrom(KxInputStream& in, KxHandle<KxSipMessage>& message) {
+    KxSipGrammar::sFix();
     if (in.peek() < 0) {
         KxSipParseError::sThrow("SIP Method Token Expected");
     }
