@@ -51,7 +51,7 @@ public:
     void confirm(const KxSipResponse& response);
 
 private:
-    friend class KxSipRequest;
+    friend class KxSipRequestBuilder;
 
     /** A side of the dialog. */
     struct Party {
