@@ -70,8 +70,8 @@ public:
         : KxSipRequest(method.needed("method").c_str(), requestUri, from, to, contact, callId.line().c_str(), cseq,
                        contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
 
-    /** A request outside a dialog, of the class of the method; see KxSipRequestParts, whose header is to be included. The
-        classes of the methods have functions of the same names without `method`.
+    /** A request outside a dialog, of the class of the method; see KxSipRequestParts, whose header is to be included.
+        The classes of the methods have functions of the same names without `method`.
         Throws KxSipParseError for a method that is no token, and for parts that are missing or can't be read.
         [RFC 3261 8.1.1] */
     [[nodiscard]] static KxHandle<KxSipRequest> sBuild(KxSipText method, const KxSipRequestParts& parts);

@@ -5,8 +5,8 @@
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipRequestParts.h"
 
-/** Builds requests by parts, and derives them, for the static functions of the request classes. A step fills an empty request of
-    the method. If it throws KxSipParseError, the request is not to be used. */
+/** Builds requests by parts, and derives them, for the static functions of the request classes. A step fills an empty
+    request of the method. If it throws KxSipParseError, the request is not to be used. */
 class KX_SIP_API KxSipRequestBuilder {
 public:
     KxSipRequestBuilder(KxSipRequest& request, const KxString& method) : m_request(request), m_method(method) {}
