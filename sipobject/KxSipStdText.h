@@ -3,8 +3,8 @@
 #include "sipobject/KxSipText.h"
 
 /** A KxSipText made from a std::string, a std::string_view, or an object that converts to const char*, such as
-    KxSipCallid, but from no const char* and no KxString. As an overload beside a function that takes a KxString, it takes
-    what that one does not. */
+    KxSipCallid, but from no const char* and no KxString. As an overload beside a function that takes a KxString, it
+    takes what that one does not. */
 class KxSipStdText : public KxSipText {
 public:
     template <class T>

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <type_traits>
 
-/** A text as a parameter: a string literal, a std::string, a std::string_view or a KxString. It refers to the text, which
-    must outlive the call; a KxString is shared, not copied.
+/** A text as a parameter: a string literal, a std::string, a std::string_view or a KxString. It refers to the text,
+    which must outlive the call; a KxString is shared, not copied.
 
     The text of a part of a message cannot contain CR, LF or NUL, which would end the part: line() and needed() check
     this. Null, the empty text and a default-made object mean that there is no text. As an overload beside a function

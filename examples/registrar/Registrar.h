@@ -18,8 +18,8 @@ public:
 
     Registrar(const std::string& realm, Users users) : m_authenticator(realm, std::move(users)) {}
 
-    /** Returns the response to a datagram; an empty one for responses, ACKs, keep-alives and requests without a Via that
-        can be read. No datagram makes it throw. */
+    /** Returns the response to a datagram; an empty one for responses, ACKs, keep-alives and requests without a Via
+        that can be read. No datagram makes it throw. */
     Reply answer(std::string_view datagram, const std::string& host, unsigned port);
 
 private:

@@ -79,9 +79,9 @@ public:
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
     KxHandle<KxParameters> getHeaders() const { return m_headers.handle(); }
 
-    // Parts that are set are written, and read again as the same part. Other text throws KxSipParseError "Invalid user in
-    // SIP URL" (or password, host, port), and the URL is unchanged. No part may contain blanks, control characters and
-    // any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them.
+    // Parts that are set are written, and read again as the same part. Other text throws KxSipParseError "Invalid user
+    // in SIP URL" (or password, host, port), and the URL is unchanged. No part may contain blanks, control characters
+    // and any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them.
 
     /** No text removes the user, and the password with it. */
     void setUser(KxSipText user);

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Identifies a kind of header. Below KxHeaderIDs::kCount it is also the number of its slot in a message; the others are
-    a host's own, which KxSipHeader::sNewHeaderID hands out. */
+/** Identifies a kind of header. Below KxHeaderIDs::kCount it is also the number of its slot in a message; the others
+    are a host's own, which KxSipHeader::sNewHeaderID hands out. */
 using HeaderID = std::uint32_t;
 
 /** All identifiers of the library. Numbers not listed are unused. */

@@ -22,7 +22,7 @@ KxHandle<KxSipAckMessage> KxSipAckMessage::sWithin(const KxSipDialog& dialog, co
                                                    const KxSipDialogParts& parts) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipAckMessage::sWithin");
     KxHandle<KxSipAckMessage> ack = sEmpty();
-    ack->buildAck(dialog, invite, parts);
+    KxSipRequestBuilder(*ack, sMethodName).buildAck(dialog, invite, parts);
     return ack;
 }
 
@@ -30,7 +30,7 @@ KxHandle<KxSipAckMessage> KxSipAckMessage::sFor(const KxSipInviteMessage& invite
                                                 const KxSipDialogParts& parts) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipAckMessage::sFor");
     KxHandle<KxSipAckMessage> ack = sEmpty();
-    ack->buildAck(invite, response, parts);
+    KxSipRequestBuilder(*ack, sMethodName).buildAck(invite, response, parts);
     ack->copyConnection(response);
     return ack;
 }

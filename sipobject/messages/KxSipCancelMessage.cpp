@@ -24,8 +24,8 @@ KxSipCancelMessage::KxSipCancelMessage(const KxHandle<KxSipRequest>& request) : 
 KxHandle<KxSipCancelMessage> KxSipCancelMessage::sFor(const KxSipInviteMessage& invite) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipCancelMessage::sFor");
     KxHandle<KxSipCancelMessage> cancel = sEmpty();
-    cancel->buildInTransaction(sMethodName, invite,
-                               required(invite.getToHeader(), "Can't build SIP request without To header"));
+    KxSipRequestBuilder(*cancel, sMethodName)
+        .buildInTransaction(invite, required(invite.getToHeader(), "Can't build SIP request without To header"));
     cancel->copyConnection(invite);
     return cancel;
 }

@@ -24,8 +24,8 @@ public:
     /** The dialog of the sender of a request, usually an INVITE, and of its response from 101 to 299. The route set is
         the Record-Route of the response in reverse order. [RFC 3261 12.1.2]
         Throws KxSipParseError if the response is not for the request, or if one of the headers that a dialog needs is
-        missing: From, To, Call-ID, CSeq and, in a 2xx response, Contact. A provisional response without Contact, which RFC
-        3261 does not allow, makes a dialog whose remote target is the Request-URI, until confirm. */
+        missing: From, To, Call-ID, CSeq and, in a 2xx response, Contact. A provisional response without Contact, which
+        RFC 3261 does not allow, makes a dialog whose remote target is the Request-URI, until confirm. */
     [[nodiscard]] static KxSipDialog sOfCaller(const KxSipRequest& request, const KxSipResponse& response);
     /** The dialog of the receiver of the request, who has sent the response. The route set is the Record-Route of the
         request. Throws as sOfCaller; here the Contact of the request is needed. [RFC 3261 12.1.1] */
@@ -42,16 +42,16 @@ public:
     std::uint32_t getLocalSequence() const { return m_localSequence; }
 
     /** Whether a received message has the Call-ID and tags of this dialog. [RFC 3261 12.2.2] */
-    bool matches(const KxSipMessage& received) const;
+    [[nodiscard]] bool matches(const KxSipMessage& received) const;
     /** Takes the remote target from the Contact, if there is one, of a received re-INVITE or UPDATE or its 2xx
         response. [RFC 3261 12.2.1.2, 12.2.2] */
     void refresh(const KxSipMessage& received);
-    /** For the caller, when the 2xx response arrives after the provisional one that made the dialog: takes route set and
-        remote target of it. Throws as sOfCaller. [RFC 3261 13.2.2.4] */
+    /** For the caller, when the 2xx response arrives after the provisional one that made the dialog: takes route set
+        and remote target of it. Throws as sOfCaller. [RFC 3261 13.2.2.4] */
     void confirm(const KxSipResponse& response);
 
 private:
-    friend class KxSipRequest;
+    friend class KxSipRequestBuilder;
 
     /** A side of the dialog. */
     struct Party {

@@ -12,8 +12,9 @@
 #include <utility>
 
 /** The headers of a message: a slot for each kind, which holds the first value with the others chained after it, and
-    the order in which the kinds were first added. Kinds of a host's own are in a list beside the slots. Independent of start lines and bodies. Does not lock: it is used by
-    one thread at a time, even for looking up names, which updates a cache. */
+    the order in which the kinds were first added. Kinds of a host's own are in a list beside the slots. Independent of
+    start lines and bodies. Does not lock: it is used by one thread at a time, even for looking up names, which updates
+    a cache. */
 class KxSipHeaderSlots {
 public:
     KxSipHeaderSlots();

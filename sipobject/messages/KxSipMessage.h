@@ -54,7 +54,7 @@ public:
     ~KxSipMessage() override;
 
     /** Whether the status is 0. Derived classes add conditions. */
-    virtual bool isValid() const;
+    [[nodiscard]] virtual bool isValid() const;
     virtual bool isRequest() const = 0;
 
 protected:
@@ -184,8 +184,8 @@ public:
     KxHandle<KxSipSupportedHeader> getSupportedHeader() const;
 
     /** Whether Supported (or Require) lists exactly this option tag. */
-    bool isSupported(std::string_view optionTag) const;
-    bool isRequired(std::string_view optionTag) const;
+    [[nodiscard]] bool isSupported(std::string_view optionTag) const;
+    [[nodiscard]] bool isRequired(std::string_view optionTag) const;
 
     /** Whether one of the headers of class H lists the option tag, under whatever name they were received; ignores
         letter case: message->lists<KxSipSupportedHeader>("100rel"). Does not lock. [RFC 3261 19.2] */
@@ -223,7 +223,7 @@ public:
     void setBody(std::string_view body, KxSipText contentType);
     /** The bytes, followed by a NUL; null without a body. Valid until the body changes. */
     const char* getBody() const { return m_body.bytes(); }
-    bool hasBody() const { return m_body.bytes() != nullptr; }
+    [[nodiscard]] bool hasBody() const { return m_body.bytes() != nullptr; }
     /** The value of Content-Length, or 0 without one. getBody may have fewer bytes. */
     std::uint32_t getBodyLength() const;
     /** The number of bytes at getBody. */
@@ -248,7 +248,7 @@ public:
     /** Returns the transaction key, which is the same for a request and its responses. It consists of To URI, From URI
         and tag, top Via, Call-ID and CSeq number; absent parts are left out. The To tag is not included.
         Throws KxException "Unable to create transaction key for INVALID SIP Message" for status 2. */
-    KxString createKey() const;
+    [[nodiscard]] KxString createKey() const;
 
     /** Writes the message in readable form: a line with the direction, the transport and the peer, then the text of the
         message with LF line ends, and an LF. A null port or address is replaced by that of the connection. `level`
@@ -311,6 +311,7 @@ protected:
 
 private:
     friend class KxSipMessageReader; // fills every field
+    friend class KxSipRequestBuilder;
     template <class H>
     friend class KxSipNamedValues;
 

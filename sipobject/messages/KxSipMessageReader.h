@@ -19,16 +19,16 @@ public:
     /** As the functions of KxSipMessage. */
     static void sAddConstructor(const KxString& token, KxSipMessage* (*creator)());
     static KxHandle<KxSipMessage> sConstructFrom(KxInputStream& in);
-    /** An empty message of the class of the start token. */
-    static KxHandle<KxSipMessage> sEmpty(std::string_view token);
     /** As above. The message is in the handle as soon as there is one, and stays there if it is then refused. */
     static void sConstructFrom(KxInputStream& in, KxHandle<KxSipMessage>& message);
+    /** An empty message of the class of the start token. */
+    static KxHandle<KxSipMessage> sEmpty(std::string_view token);
     /** Gives a message whose start line was refused the headers of the stream, and no others. */
     void salvage(KxInputStream& headerSection);
     /** Reads the message after its first token and checks it. Throws the errors of start line, body and check. */
     void read(KxInputStream& in);
-    /** Reads the header lines and the empty line after them. Drops lines that can't be read; a KxSipReportedBytes gets a
-        note of each. */
+    /** Reads the header lines and the empty line after them. Drops lines that can't be read; a KxSipReportedBytes gets
+        a note of each. */
     void readHeaders(KxInputStream& in);
     /** Reads the body, of as many bytes as Content-Length says. Without a Content-Length, reads the rest of the stream
         and adds one. Throws KxSipParseError. */

@@ -1,9 +1,6 @@
 #pragma once
 
-#include "sipobject/messages/KxSipDialog.h"
-#include "sipobject/messages/KxSipDialogParts.h"
-#include "sipobject/messages/KxSipRequest.h"
-#include "sipobject/messages/KxSipRequestParts.h"
+#include "sipobject/messages/KxSipRequestBuilder.h"
 
 /** The code common to the classes of the known methods: copying, and the building constructors of KxSipRequest, to
     which the class supplies its method. A class M derives from KxSipMethodMessage<M>, inherits these constructors, has
@@ -50,13 +47,13 @@ public:
     /** A request outside a dialog, of this method; see KxSipRequest::sBuild. */
     [[nodiscard]] static KxHandle<M> sBuild(const KxSipRequestParts& parts) {
         KxHandle<M> request = sEmpty();
-        request->build(M::sMethodName, parts);
+        KxSipRequestBuilder(*request, M::sMethodName).build(parts);
         return request;
     }
     /** A request within a dialog, of this method; see KxSipRequest::sWithin. */
     [[nodiscard]] static KxHandle<M> sWithin(KxSipDialog& dialog, const KxSipDialogParts& parts = {}) {
         KxHandle<M> request = sEmpty();
-        request->buildWithin(dialog, M::sMethodName, parts);
+        KxSipRequestBuilder(*request, M::sMethodName).buildWithin(dialog, parts);
         return request;
     }
 

@@ -30,7 +30,7 @@ KxHandle<KxSipPrackMessage> KxSipPrackMessage::sFor(KxSipDialog& dialog, const K
     }
     const auto rack = KxMake<KxSipRAckHeader>(number->getResponseNumber(), cseq->getSeqNumber(), cseq->getMethod());
     KxHandle<KxSipPrackMessage> prack = sEmpty();
-    prack->buildWithin(dialog, sMethodName, parts);
+    KxSipRequestBuilder(*prack, sMethodName).buildWithin(dialog, parts);
     prack->addHeader(rack, false);
     return prack;
 }

@@ -57,11 +57,11 @@ struct KX_SIP_API KxSipReading {
         KxHandle<KxException> m_failure; ///< Thrown by a header class of the host; else nil.
     };
 
-    /** Reads the message at the beginning of the bytes, or a keep-alive, which must be all of the bytes. Line ends before
-        a message are skipped. [RFC 3261 7.5] Bytes after the body are not read; without a Content-Length, the rest is
-        the body. The bytes need not end with the header section's empty line: if they end before it, and nothing that
-        is required is missing, they are a message, as for KxSipMessage::sConstructFrom. (A host that wants to refuse
-        such a datagram uses a KxSipFramer.)
+    /** Reads the message at the beginning of the bytes, or a keep-alive, which must be all of the bytes. Line ends
+        before a message are skipped. [RFC 3261 7.5] Bytes after the body are not read; without a Content-Length, the
+        rest is the body. The bytes need not end with the header section's empty line: if they end before it, and
+        nothing that is required is missing, they are a message, as for KxSipMessage::sConstructFrom. (A host that wants
+        to refuse such a datagram uses a KxSipFramer.)
         Whatever the bytes are, this does not throw; std::bad_alloc and what a host's own classes throw that is no
         KxException may pass. The time is proportional to the number of bytes. */
     [[nodiscard]] static KxSipReading sRead(std::string_view bytes);
@@ -84,10 +84,11 @@ struct KX_SIP_API KxSipReading {
 
     /** The status code to answer with; 0 for a message that can be processed, and for all that must not be answered
         (responses, ACK, keep-alives).
-        For a request that is a message: 400 for status 2, if a header that a response needs is missing or repeated (Via,
-        From, To, Call-ID, CSeq; there may be several Via), and if CSeq does not name the method. So a dropped line does
-        not matter unless it was one of these. Else 483 and 414 as KxSipRequest::rejectedByStack. If there is no message:
-        416 for "Unsupported Uri Scheme", 505 for "Invalid SIP Version", else 400. [RFC 3261 8.1.1, 8.2, 16.3] */
+        For a request that is a message: 400 for status 2, if a header that a response needs is missing or repeated
+        (Via, From, To, Call-ID, CSeq; there may be several Via), and if CSeq does not name the method. So a dropped
+        line does not matter unless it was one of these. Else 483 and 414 as KxSipRequest::rejectedByStack. If there is
+        no message: 416 for "Unsupported Uri Scheme", 505 for "Invalid SIP Version", else 400. [RFC 3261 8.1.1, 8.2,
+        16.3] */
     unsigned statusCode = 0;
 
     /** Whether there is a message that can be processed: statusCode is 0, and would be if a response or an ACK were
@@ -99,8 +100,8 @@ struct KX_SIP_API KxSipReading {
 
     /** Returns a response without a body to the request, whether it was refused or not: all its Via headers, From, To,
         Call-ID and CSeq as far as they can be read, and Content-Length 0. It uses the connection of `message` (or
-        `salvaged`) as the constructor of KxSipResponse does. Its status is 1 if one of these headers is missing, else 0.
-        Nil if there is nothing to answer: no status code, no request, an ACK, or the first Via can't be read.
+        `salvaged`) as the constructor of KxSipResponse does. Its status is 1 if one of these headers is missing, else
+        0. Nil if there is nothing to answer: no status code, no request, an ACK, or the first Via can't be read.
 
         What a stranger wrote is not echoed blindly: a header with a control character counts as one that can't be read,
         and no response is more than 512 bytes longer than the request (else nil). The host decides where the response

@@ -14,18 +14,14 @@
 #include "sipobject/headers/KxSipCallIdHeader.h"
 #include "sipobject/headers/KxSipMaxForwardsHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
-#include "sipobject/messages/KxSipAckMessage.h"
 #include "sipobject/messages/KxSipMessageReader.h"
+#include "sipobject/messages/KxSipRequestBuilder.h"
 #include "sipobject/messages/KxSipRequestLine.h"
-#include "sipobject/messages/KxSipRequestOutline.h"
 #include "sipobject/messages/KxSipResponse.h"
 #include "sipobject/messages/KxSipTokenText.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxOutputStream.h"
 
-#include <algorithm>
-#include <array>
-#include <limits>
 #include <sstream>
 #include <string>
 
@@ -42,12 +38,6 @@ KxString checkedMethod(const char* method) {
         KxException::sThrow("The SIP Method cannot be NULL or EMPTY");
     }
     return KxString(method);
-}
-
-/** Whether requests of the method make or refresh a dialog. [RFC 3261 12.1, RFC 3311 5.1, RFC 3515 2.4, RFC 6665 3] */
-bool needsContact(std::string_view method) {
-    static constexpr std::array<std::string_view, 5> kMethods = {"INVITE", "NOTIFY", "REFER", "SUBSCRIBE", "UPDATE"};
-    return std::find(kMethods.begin(), kMethods.end(), method) != kMethods.end();
 }
 
 void noteMissingMaxForwards(const KxSipRequest& request) {
@@ -356,7 +346,7 @@ KxHandle<KxSipRequest> KxSipRequest::sBuild(KxSipText method, const KxSipRequest
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::sBuild");
     const KxString token = KxSipTokenText::sChecked(method, "method");
     KxHandle<KxSipRequest> request = sEmpty(token);
-    request->build(token, parts);
+    KxSipRequestBuilder(*request, token).build(parts);
     return request;
 }
 
@@ -367,87 +357,8 @@ KxHandle<KxSipRequest> KxSipRequest::sWithin(KxSipDialog& dialog, KxSipText meth
         KxSipParseError::sThrow("ACK and CANCEL have the CSeq number of their INVITE");
     }
     KxHandle<KxSipRequest> request = sEmpty(token);
-    request->buildWithin(dialog, token, parts);
+    KxSipRequestBuilder(*request, token).buildWithin(dialog, parts);
     return request;
-}
-
-void KxSipRequest::build(const KxString& method, const KxSipRequestParts& parts) {
-    assemble(method, KxSipRequestOutline::sOf(parts));
-}
-
-void KxSipRequest::buildWithin(KxSipDialog& dialog, const KxString& method, const KxSipDialogParts& parts) {
-    const std::uint32_t number = dialog.nextSequence();
-    assemble(method, dialog.outline(number, parts));
-    dialog.m_localSequence = number;
-}
-
-void KxSipRequest::buildAck(const KxSipRequest& invite, const KxSipResponse& response, const KxSipDialogParts& parts) {
-    KxSipDialog::sCheckPair(invite, response);
-    if (response.getStatusCode() < 200) {
-        KxSipParseError::sThrow("A provisional response has no ACK");
-    }
-    if (response.getStatusCode() >= 300) {
-        const KxHandle<KxSipToHeader> to = response.getToHeader();
-        buildInTransaction(KxSipAckMessage::sMethodName, invite,
-                           required(to, "Can't build SIP request without To header"));
-        return;
-    }
-    const KxHandle<KxSipToHeader> to = invite.getToHeader();
-    if (!to.isNil() && to->isTagPresent()) {
-        KxSipParseError::sThrow("The ACK of a re-INVITE follows the route set of its dialog");
-    }
-    buildAck(KxSipDialog::sOfCaller(invite, response), invite, parts);
-}
-
-void KxSipRequest::buildAck(const KxSipDialog& dialog, const KxSipRequest& invite, const KxSipDialogParts& parts) {
-    const std::uint32_t number =
-        required(invite.getCSeqHeader(), "Can't build SIP request without CSeq header").getSeqNumber();
-    KxSipRequestOutline outline = dialog.outline(number, parts);
-    const auto* const via = invite.first<KxSipViaHeader>();
-    if (outline.via.isNil() && via != nullptr) {
-        auto own = KxMake<KxSipViaHeader>(*via);
-        own->setBranchRFC3261();
-        outline.via = own;
-    }
-    assemble(KxSipAckMessage::sMethodName, outline);
-    addCopiesOf(invite, KxHeaderIDs::kAuthorization);
-    addCopiesOf(invite, KxHeaderIDs::kProxyAuthorization);
-}
-
-void KxSipRequest::buildInTransaction(const KxString& method, const KxSipRequest& invite, const KxSipToHeader& to) {
-    KxSipRequestOutline outline;
-    required(invite.getURI(), "Can't build SIP request without Request-URI");
-    outline.uri = KxCopy(invite.getURI());
-    outline.via = KxMake<KxSipViaHeader>(required(invite.getViaHeader(), "Can't build SIP request without Via header"));
-    for (const KxSipRouteHeader& route : invite.values<KxSipRouteHeader>()) {
-        outline.routes.push_back(KxMake<KxSipRouteHeader>(route));
-    }
-    outline.from =
-        KxMake<KxSipFromHeader>(required(invite.getFromHeader(), "Can't build SIP request without From header"));
-    outline.to = KxMake<KxSipToHeader>(to);
-    outline.callId = required(invite.getCallIdHeader(), "Can't build SIP request without Call-ID header").getCallId();
-    outline.cseq = required(invite.getCSeqHeader(), "Can't build SIP request without CSeq header").getSeqNumber();
-    assemble(method, outline);
-}
-
-/** Adds the headers in the order that RFC 3261 7.3.1 recommends: what proxies need comes first. */
-void KxSipRequest::assemble(const KxString& method, const KxSipRequestOutline& outline) {
-    if (outline.contact.isNil() && needsContact(method)) {
-        KxSipText::sRaiseMissing("Contact");
-    }
-    m_Method = method;
-    setURI(outline.uri);
-    asynchAddHeader(outline.via, false);
-    for (const KxHandle<KxSipHeader>& route : outline.routes) {
-        asynchAddHeader(route, false);
-    }
-    asynchAddHeader(KxMake<KxSipMaxForwardsHeader>(outline.maxForwards), false);
-    asynchAddHeader(outline.from, false);
-    asynchAddHeader(outline.to, false);
-    asynchAddHeader(KxMake<KxSipCallIdHeader>(outline.callId), false);
-    asynchAddHeader(KxMake<KxSipCSeqHeader>(outline.cseq, method), false);
-    asynchAddHeader(outline.contact, false);
-    setBody(outline.body, outline.contentType);
 }
 
 // ---- from another message ----

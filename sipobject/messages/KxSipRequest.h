@@ -13,7 +13,6 @@ class KxSipAuthorizationHeader;
 class KxSipDialog;
 class KxSipResponse;
 struct KxSipDialogParts;
-struct KxSipRequestOutline;
 struct KxSipRequestParts;
 
 /** A SIP request: a message with a method and a Request-URI. [RFC 3261 7.1]
@@ -71,8 +70,8 @@ public:
         : KxSipRequest(method.needed("method").c_str(), requestUri, from, to, contact, callId.line().c_str(), cseq,
                        contentType.neededIf(bodyLength != 0, "Content-Type").c_str(), body, bodyLength) {}
 
-    /** A request outside a dialog, of the class of the method; see KxSipRequestParts, whose header is to be included. The
-        classes of the methods have functions of the same names without `method`.
+    /** A request outside a dialog, of the class of the method; see KxSipRequestParts, whose header is to be included.
+        The classes of the methods have functions of the same names without `method`.
         Throws KxSipParseError for a method that is no token, and for parts that are missing or can't be read.
         [RFC 3261 8.1.1] */
     [[nodiscard]] static KxHandle<KxSipRequest> sBuild(KxSipText method, const KxSipRequestParts& parts);
@@ -123,7 +122,7 @@ public:
 
     /** Whether Max-Forwards is 0 and the configuration parameter "tandril.sip.ignoreMaxForwards", which is read each
         time, is not true. A request without Max-Forwards is reported on the interoperability logger. */
-    bool tooManyHops() const;
+    [[nodiscard]] bool tooManyHops() const;
     /** Whether the stack must refuse the request before the application sees it. Sets `code` to the status if that is
         not 0 (2 means that the message can't be used), to 483 for too many hops, to 414 for a Request-URI of 1024 or
         more characters, else to 0. */
@@ -137,15 +136,6 @@ protected:
     /** Without headers, and with a URI without scheme. Throws KxException "KxSipRequest constructor expects a Method
         Name" for an empty method. */
     explicit KxSipRequest(const KxString& method);
-
-    // The steps to build an empty request. They throw KxSipParseError; the request is then not to be used.
-
-    void build(const KxString& method, const KxSipRequestParts& parts);
-    void buildWithin(KxSipDialog& dialog, const KxString& method, const KxSipDialogParts& parts);
-    void buildAck(const KxSipRequest& invite, const KxSipResponse& response, const KxSipDialogParts& parts);
-    void buildAck(const KxSipDialog& dialog, const KxSipRequest& invite, const KxSipDialogParts& parts);
-    /** A request in the transaction of the INVITE, to the party in `to`: CANCEL, or ACK of a non-2xx response. */
-    void buildInTransaction(const KxString& method, const KxSipRequest& invite, const KxSipToHeader& to);
 
     // The steps to derive a request from another message. If that message lacks a part that a step needs, the step
     // throws KxSipParseError, so that no incomplete request is created.
@@ -175,6 +165,8 @@ protected:
     void parse(const char* token, KxInputStream& in) override;
 
 private:
+    friend class KxSipRequestBuilder;
+
     /** The arguments of the building constructors after the headers. */
     struct Content {
         const char* callId;
@@ -192,7 +184,6 @@ private:
 
     KxSipRequest(const KxSipRequest& other, const Lock& held);
     static KxHandle<KxSipRequest> sEmpty(const KxString& method);
-    void assemble(const KxString& method, const KxSipRequestOutline& outline);
     void build(const KxHandle<KxSipFromHeader>& from, const KxHandle<KxSipToHeader>& to,
                const KxHandle<KxURI>* requestUri, const KxHandle<KxSipContactHeader>& contact, const Content& content);
     const KxSipURL* sipURL() const;

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-/** All that determines a request to be built: what KxSipRequestParts, a KxSipDialog, or the rules for ACK and CANCEL come
-    to. Every object in it is new. */
+/** All that determines a request to be built: what KxSipRequestParts, a KxSipDialog, or the rules for ACK and CANCEL
+    come to. Every object in it is new. */
 struct KxSipRequestOutline {
     KxHandle<KxURI> uri = {};
     KxHandle<KxSipHeader> via = {}; ///< Nil: none.

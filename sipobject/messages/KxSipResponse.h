@@ -27,8 +27,8 @@ public:
         To, Call-ID and CSeq of the request; a To tag, except in a 100; the Timestamp in a 100; the Record-Route headers
         from 101 to 299, except for BYE and CANCEL. It uses the connection of a request that came over TCP or TLS.
         [RFC 3261 8.2.6, 12.1.1]
-        Throws KxSipParseError for an ACK, for a code outside 100 to 699, for parts that are missing or can't be read; and
-        KxException, as checkValidity, for a request without the headers that a response needs. */
+        Throws KxSipParseError for an ACK, for a code outside 100 to 699, for parts that are missing or can't be read;
+        and KxException, as checkValidity, for a request without the headers that a response needs. */
     [[nodiscard]] static KxHandle<KxSipResponse> sBuild(const KxSipRequest& request, const KxSipResponseParts& parts);
     KxSipResponse(const KxSipResponse& other);
     [[nodiscard]] KxSipResponse* clone() const override;

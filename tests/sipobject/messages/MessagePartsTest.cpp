@@ -10,8 +10,8 @@
 #include <regex>
 #include <set>
 
-/** The message as it is written, with LF line ends, and with R for what is random: UUIDs and the CSeq number of a request
-    that was given none. It must read back with status 0 and be written the same again. */
+/** The message as it is written, with LF line ends, and with R for what is random: UUIDs and the CSeq number of a
+    request that was given none. It must read back with status 0 and be written the same again. */
 static std::string textOf(const KxSipMessage& message) {
     const std::string text = written(message);
     const KxHandle<KxSipMessage> again = readMessage(text);
