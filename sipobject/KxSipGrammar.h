@@ -23,6 +23,30 @@ public:
     /** The grammar in use. Reads the configuration if nothing was chosen. */
     [[nodiscard]] static Choice sChosen() { return sIsRFC() ? Choice::RFC : Choice::Classic; }
 
+    // ---- start lines ----
+
+    /** Whether a request line has exactly one blank on each side of a Request-URI without brackets and headers, and a
+        status code is from 100 to 699. [RFC 3261 7.1, 7.2, 19.1.1] */
+    [[nodiscard]] static bool sHasExactStartLines() { return sIsRFC(); }
+    /** Whether "sip/2.0" is "SIP/2.0". [RFC 3261 7.1] */
+    [[nodiscard]] static bool sIgnoresCaseOfVersion() { return sIsRFC(); }
+    /** Whether reason phrases may have any length. [RFC 3261 25.1] */
+    [[nodiscard]] static bool sKeepsLongPhrases() { return sIsRFC(); }
+    /** Whether the reason phrases of responses that are built are those of the RFCs. [RFC 3261 21] */
+    [[nodiscard]] static bool sHasRFCPhrases() { return sIsRFC(); }
+
+    // ---- checks of whole messages ----
+
+    /** Whether a message that does not accept the type of its own body is unusable. */
+    [[nodiscard]] static bool sAppliesAcceptToOwnBody() { return !sIsRFC(); }
+    /** Whether required headers are checked even if a line was dropped, and a line of a header with which proxies work
+        can't be dropped. [RFC 3261 16.3] */
+    [[nodiscard]] static bool sRefusesWithoutRequired() { return sIsRFC(); }
+    /** Whether equal Content-Lengths are one. */
+    [[nodiscard]] static bool sMergesEqualLengths() { return sIsRFC(); }
+    /** Whether Content-Length, CSeq and Max-Forwards must be numbers in their range. [RFC 3261 8.1.1.5, 20.14, 20.22] */
+    [[nodiscard]] static bool sChecksNumbers() { return sIsRFC(); }
+
     /** From now on sChoose can't change the grammar. */
     static void sFix() {
         if (!s_isFixed.load(std::memory_order_relaxed)) [[unlikely]] {

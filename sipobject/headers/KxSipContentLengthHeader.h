@@ -14,6 +14,8 @@ public:
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;
+    static constexpr std::uint32_t kMost = 4294967294U;
+    static constexpr const char* kRangeError = "Invalid Content-Length header";
     static constexpr char kClassName[] = "KxSipContentLengthHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kContentLength;
 

@@ -13,6 +13,8 @@ public:
     void setMaxForwards(std::uint32_t hops) { m_number = hops; }
 
     static const KxConstString sToken;
+    static constexpr std::uint32_t kMost = 255;
+    static constexpr const char* kRangeError = "Invalid Max-Forwards header";
     static constexpr char kClassName[] = "KxSipMaxForwardsHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kMaxForwards;
 

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
+#include "sipobject/headers/KxSipNumberText.h"
 #include "util/KxOutputStream.h"
 
 /** The headers whose value is one unsigned number, with parameters after it if Base is KxSipParameterHeader. A class H
     that requires a digit defines the error text for other values (kNoDigitError); in other classes a missing number
-    reads as 0. A number that is too large reads as 4294967295. */
+    reads as 0. A number that is too large reads as 4294967295. In the RFC grammar, a class with a largest number (kMost)
+    refuses values that are no number up to that one, with the error text kRangeError. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipNumberHeader : public Base {
 protected:
@@ -17,6 +20,11 @@ protected:
         if constexpr (requires { H::kNoDigitError; }) {
             if (const KxSipFault fault = this->expectDigit(line, H::kNoDigitError)) {
                 return fault;
+            }
+        }
+        if constexpr (requires { H::kMost; }) {
+            if (KxSipGrammar::sChecksNumbers()) {
+                return KxSipNumberText::sRead(line, H::kMost, m_number, H::kRangeError);
             }
         }
         m_number = KxStreamTokenizer::sGetUnsigned(line);

@@ -17,6 +17,7 @@
 #include "util/KxScannedText.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 
@@ -39,6 +40,27 @@ const StartToken* findStartToken(std::string_view text) {
         token = token->next;
     }
     return token;
+}
+
+/** Whether the name is one of a header with which every proxy works. [RFC 3261 16.3] */
+bool isNeededByProxies(std::string_view name) {
+    static constexpr std::array<std::string_view, 15> kNames = {"Via",
+                                                                "v",
+                                                                "From",
+                                                                "f",
+                                                                "To",
+                                                                "t",
+                                                                "Call-ID",
+                                                                "i",
+                                                                "CSeq",
+                                                                "Max-Forwards",
+                                                                "Content-Length",
+                                                                "l",
+                                                                "Route",
+                                                                "Require",
+                                                                "Proxy-Require"};
+    return std::any_of(kNames.begin(), kNames.end(),
+                       [name](std::string_view known) { return KxAscii::equalsNoCase(name, known); });
 }
 
 /** Whether the stream still has that many bytes. */
@@ -86,7 +108,8 @@ void KxSipMessageReader::sConstructFrom(KxInputStream& in, KxHandle<KxSipMessage
                                              "treating as keep-alive ");
         KxSipParseKeepAliveException::sThrow("Keep-alive datagram encountered");
     }
-    message = sEmpty(token);
+    message =
+        sEmpty(KxSipGrammar::sIgnoresCaseOfVersion() && token.equalsNoCase("SIP") ? std::string_view("SIP") : token);
     message->parse(token.c_str(), in);
 }
 
@@ -121,6 +144,10 @@ void KxSipMessageReader::read(KxInputStream& in) {
         setStatusIfValid(KX_STATUS_UNUSABLE);
         return;
     }
+    if (!m_refusal.isNil()) {
+        m_message.m_status = KX_STATUS_UNUSABLE;
+        KxException::sThrow(m_refusal.detach());
+    }
     try {
         readBody(in);
     } catch (const KxHandle<KxException>& failure) {
@@ -132,7 +159,7 @@ void KxSipMessageReader::read(KxInputStream& in) {
     if (m_message.getHeaderByID(KxHeaderIDs::kContentLength).isNil()) {
         m_message.m_headers.addUnlisted(KxMake<KxSipContentLengthHeader>(0U));
     }
-    if (m_message.m_status == KX_STATUS_VALID) {
+    if (m_message.m_status == KX_STATUS_VALID || KxSipGrammar::sRefusesWithoutRequired()) {
         m_message.checkValidity();
     }
 }
@@ -140,17 +167,20 @@ void KxSipMessageReader::read(KxInputStream& in) {
 void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
     KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in);
-    const auto drop = [this, report](const char* start, const auto& fault, const auto& why) {
+    KxSipLine line;
+    const auto drop = [this, report, &line](const char* start, const auto& fault, const auto& why) {
         if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
             s_logger.log(Oskan::LogLevel::Debug,
                          std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
         }
         setStatusIfValid(KX_STATUS_INCOMPLETE);
+        if (KxSipGrammar::sRefusesWithoutRequired() && m_refusal.isNil() && isNeededByProxies(line.key())) {
+            m_refusal = KxMake<KxSipParseError>(why());
+        }
         if (report != nullptr) [[unlikely]] {
             report->noteDropped(start, fault);
         }
     };
-    KxSipLine line;
     KxSipHeaderSlots& headers = m_message.m_headers;
     for (int c = in.peek(); c >= 0; c = in.peek()) {
         if (c == '\r' || c == '\n') {
@@ -174,8 +204,24 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
             drop(start, failure, [&failure] { return failure->getExceptionMessage().view(); });
         }
     }
-    if (m_message.m_status == KX_STATUS_VALID && !acceptsOwnBodyType()) {
+    if (KxSipGrammar::sMergesEqualLengths()) {
+        mergeEqualLengths();
+    }
+    if (m_message.m_status == KX_STATUS_VALID && KxSipGrammar::sAppliesAcceptToOwnBody() && !acceptsOwnBodyType()) {
         m_message.m_status = KX_STATUS_UNUSABLE;
+    }
+}
+
+/** Removes all Content-Lengths but one, if they say the same. */
+void KxSipMessageReader::mergeEqualLengths() {
+    const auto lengths = m_message.values<KxSipContentLengthHeader>();
+    const auto isSame = [&lengths](const KxSipContentLengthHeader& length) {
+        return length.getContentLength() == lengths.begin()->getContentLength();
+    };
+    if (!lengths.empty() && std::all_of(lengths.begin(), lengths.end(), isSame)) {
+        while (!m_message.getHeaderByID(KxHeaderIDs::kContentLength)->getNext().isNil()) {
+            m_message.removeFirst<KxSipContentLengthHeader>();
+        }
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <string_view>
 
+class KxException;
 class KxInputStream;
 class KxSipMessage;
 
@@ -38,6 +39,9 @@ public:
 
 private:
     bool acceptsOwnBodyType() const;
+    void mergeEqualLengths();
 
     KxSipMessage& m_message;
+    KxHandle<KxException>
+        m_refusal; ///< The error of a line without which the message is refused; nil if there is none.
 };

@@ -1,5 +1,6 @@
 #include "sipobject/messages/KxSipRequestLine.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
@@ -30,6 +31,10 @@ KxSipRequestLine readURI(std::string_view text) {
     if (uri.isNil()) {
         return {nullptr, "Invalid SIP URI"};
     }
+    if (KxSipGrammar::sHasExactStartLines() &&
+        (text.find_first_of("<>\"\t") != std::string_view::npos || uri->hasHeaders())) {
+        return {nullptr, "Invalid SIP URI"};
+    }
     const KxString& scheme = uri->getScheme();
     if (!scheme.equalsNoCase(KxSipURL::sToken) && !scheme.equalsNoCase(KxTelURL::sToken)) {
         return {uri, kWrongScheme, KX_STATUS_UNSUPPORTED_URI_SCHEME};
@@ -54,15 +59,19 @@ KxSipRequestLine KxSipRequestLine::sRead(KxInputStream& in) {
     const std::size_t last = line.rfind(' ');
     const bool one = first != std::string_view::npos && first == last;
     const bool two = first == 0 && line.find(' ', 1) == last;
-    if (!one && !two) {
+    if (!two && (!one || KxSipGrammar::sHasExactStartLines())) {
         return {nullptr, "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces", KX_STATUS_UNUSABLE};
     }
     if (last == 0) {
         return {nullptr, "Invalid Start-Line for SIP request"};
     }
     const std::string_view version = line.substr(last + 1);
-    if (version != "SIP/2.0") {
-        const bool isOther = version.size() == 7 && version.substr(0, 4) == "SIP/";
+    const bool isCaseless = KxSipGrammar::sIgnoresCaseOfVersion();
+    const auto is = [isCaseless](std::string_view text, std::string_view expected) {
+        return isCaseless ? KxAscii::equalsNoCase(text, expected) : text == expected;
+    };
+    if (!is(version, "SIP/2.0")) {
+        const bool isOther = version.size() == 7 && is(version.substr(0, 4), "SIP/");
         return {nullptr, "Invalid SIP Version", isOther ? KX_STATUS_VERSION_NOT_SUPPORTED : KX_STATUS_VALID};
     }
     return readURI(line.substr(0, last));

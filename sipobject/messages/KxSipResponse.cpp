@@ -2,6 +2,7 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipTag.h"
@@ -85,12 +86,55 @@ constexpr Phrase kPhrases[] = {
     {606, "Not Acceptable"},
 };
 
+/** The phrases of the RFCs where they are others, or more. Sorted by code. */
+constexpr Phrase kRFCPhrases[] = {
+    {199, "Early Dialog Terminated"}, // RFC 6228
+    {200, "OK"},
+    {202, "Accepted"},                   // RFC 6665
+    {204, "No Notification"},            // RFC 5839
+    {412, "Conditional Request Failed"}, // RFC 3903
+    {413, "Request Entity Too Large"},
+    {414, "Request-URI Too Long"},
+    {417, "Unknown Resource-Priority"},  // RFC 4412
+    {422, "Session Interval Too Small"}, // RFC 4028
+    {423, "Interval Too Brief"},
+    {424, "Bad Location Information"},         // RFC 6442
+    {425, "Bad Alert Message"},                // RFC 8876
+    {428, "Use Identity Header"},              // RFC 8224
+    {429, "Provide Referrer Identity"},        // RFC 3892
+    {430, "Flow Failed"},                      // RFC 5626
+    {433, "Anonymity Disallowed"},             // RFC 5079
+    {436, "Bad Identity Info"},                // RFC 8224
+    {437, "Unsupported Credential"},           // RFC 8224
+    {438, "Invalid Identity Header"},          // RFC 8224
+    {439, "First Hop Lacks Outbound Support"}, // RFC 5626
+    {440, "Max-Breadth Exceeded"},             // RFC 5393
+    {469, "Bad Info Package"},                 // RFC 6086
+    {470, "Consent Needed"},                   // RFC 5360
+    {480, "Temporarily Unavailable"},
+    {487, "Request Terminated"},
+    {489, "Bad Event"},                   // RFC 6665
+    {494, "Security Agreement Required"}, // RFC 3329
+    {500, "Server Internal Error"},
+    {504, "Server Time-out"},
+    {505, "Version Not Supported"},
+    {555, "Push Notification Service Not Supported"}, // RFC 8599
+    {580, "Precondition Failure"},                    // RFC 3312
+    {604, "Does Not Exist Anywhere"},
+    {607, "Unwanted"}, // RFC 8197
+    {608, "Rejected"}, // RFC 8688
+};
+
 /** The phrases for codes that are not in the table, by class. The first one is for codes outside all classes. */
 constexpr const char* kUnknown[] = {
     "Unknown Response",           "Unknown 100 Class Response", "Unknown 200 Class Response",
     "Unknown 300 Class Response", "Unknown 400 Class Response", "Unknown 500 Class Response",
     "Unknown 600 Class Response",
 };
+
+bool fits(const KxString& phrase) {
+    return phrase.length() < kPhraseLimit || KxSipGrammar::sKeepsLongPhrases();
+}
 
 void checkCode(int code) {
     if (code < 100 || code >= 700) {
@@ -172,7 +216,7 @@ KxHandle<KxSipResponse> KxSipResponse::sBuild(const KxSipRequest& request, const
     response->answer(parts.statusCode, request);
     if (!parts.reasonPhrase.isNone()) {
         response->m_reasonPhrase = parts.reasonPhrase.line();
-        if (response->m_reasonPhrase.length() >= kPhraseLimit) {
+        if (!fits(response->m_reasonPhrase)) {
             KxSipParseError::sThrow("The reason phrase is too long");
         }
     }
@@ -204,12 +248,15 @@ KxSipResponse* KxSipResponse::clone() const {
 }
 
 const char* KxSipResponse::sPhraseOf(int statusCode) {
-    const auto* const found = std::lower_bound(std::begin(kPhrases), std::end(kPhrases), statusCode,
-                                               [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
-    if (found != std::end(kPhrases) && found->code == statusCode) {
-        return found->text;
-    }
-    return kUnknown[statusCode >= 100 && statusCode < 700 ? statusCode / 100 : 0];
+    const auto find = [statusCode](const auto& phrases) -> const char* {
+        const auto* const found =
+            std::lower_bound(std::begin(phrases), std::end(phrases), statusCode,
+                             [](const Phrase& phrase, int wanted) { return phrase.code < wanted; });
+        return found != std::end(phrases) && found->code == statusCode ? found->text : nullptr;
+    };
+    const char* phrase = KxSipGrammar::sHasRFCPhrases() ? find(kRFCPhrases) : nullptr;
+    phrase = phrase == nullptr ? find(kPhrases) : phrase;
+    return phrase != nullptr ? phrase : kUnknown[statusCode >= 100 && statusCode < 700 ? statusCode / 100 : 0];
 }
 
 bool KxSipResponse::isRequest() const {
@@ -249,9 +296,12 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
     }
     setVersion(high, KxStreamTokenizer::sGetUnsigned(in));
     m_statusCode = static_cast<std::int32_t>(KxStreamTokenizer::sGetUnsigned(in));
+    if (KxSipGrammar::sHasExactStartLines()) {
+        checkCode(m_statusCode);
+    }
     const bool ended = !in.fill();
     m_reasonPhrase = KxSipLineText::sOf(KxStreamTokenizer::sGetLine(in).view());
-    if (ended || m_reasonPhrase.length() >= kPhraseLimit) {
+    if (ended || !fits(m_reasonPhrase)) {
         KxSipParseError::sThrow("unexpected end of response start line");
     }
 }
