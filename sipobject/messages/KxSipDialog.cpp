@@ -21,12 +21,6 @@ auto& needed(M& message) {
     return *header;
 }
 
-void checkCode(const KxSipResponse& response) {
-    if (response.getStatusCode() <= 100 || response.getStatusCode() >= 300) {
-        KxSipParseError::sThrow("Only a response from 101 to 299 makes a dialog");
-    }
-}
-
 } // namespace
 
 template <class H>
@@ -42,11 +36,16 @@ KxHandle<KxSipHeader> KxSipDialog::Party::header() const {
     return made;
 }
 
-KxSipDialog KxSipDialog::sOfCaller(const KxSipRequest& request, const KxSipResponse& response) {
+KxSipDialog::KxSipDialog(const KxSipRequest& request, const KxSipResponse& response) {
     sCheckPair(request, response);
-    checkCode(response);
-    KxSipDialog dialog;
-    dialog.m_callId = needed<KxSipCallIdHeader>(request).getCallId();
+    if (response.getStatusCode() <= 100 || response.getStatusCode() >= 300) {
+        KxSipParseError::sThrow("Only a response from 101 to 299 makes a dialog");
+    }
+    m_callId = needed<KxSipCallIdHeader>(request).getCallId();
+}
+
+KxSipDialog KxSipDialog::sOfCaller(const KxSipRequest& request, const KxSipResponse& response) {
+    KxSipDialog dialog(request, response);
     dialog.m_local = Party::sOf<KxSipFromHeader>(request);
     dialog.m_remote = Party::sOf<KxSipToHeader>(response);
     dialog.m_localSequence = needed<KxSipCSeqHeader>(request).getSeqNumber();
@@ -61,10 +60,7 @@ KxSipDialog KxSipDialog::sOfCaller(const KxSipRequest& request, const KxSipRespo
 }
 
 KxSipDialog KxSipDialog::sOfCallee(const KxSipRequest& request, const KxSipResponse& response) {
-    sCheckPair(request, response);
-    checkCode(response);
-    KxSipDialog dialog;
-    dialog.m_callId = needed<KxSipCallIdHeader>(request).getCallId();
+    KxSipDialog dialog(request, response);
     dialog.m_local = Party::sOf<KxSipToHeader>(response);
     dialog.m_remote = Party::sOf<KxSipFromHeader>(request);
     dialog.m_remoteTarget = sTargetOf(request);

@@ -64,7 +64,8 @@ private:
         KxHandle<KxSipHeader> header() const;
     };
 
-    KxSipDialog() = default;
+    /** Checks that the two make a dialog, and takes the Call-ID only. */
+    KxSipDialog(const KxSipRequest& request, const KxSipResponse& response);
     /** Throws KxSipParseError unless both have the same Call-ID and CSeq. */
     static void sCheckPair(const KxSipRequest& request, const KxSipResponse& response);
     static KxHandle<KxURI> sTargetOf(const KxSipMessage& message);

@@ -323,8 +323,10 @@ static bool isOneOfTheUnknown(const KxSipHeader& header) {
 KxSipHeaderSlots::Named KxSipHeaderSlots::named(std::string_view name) const {
     const KxHandle<KxSipHeader> sample = KxSipHeader::sSample(name);
     if (!sample.isNil() && !isOneOfTheUnknown(*sample)) {
-        KxSipHeader* value = first(sample->getHeaderID()).get();
-        while (value != nullptr && !isLike(*value, typeid(*sample), name)) {
+        const KxSipHeader& made = *sample;
+        const std::type_info& type = typeid(made);
+        KxSipHeader* value = first(made.getHeaderID()).get();
+        while (value != nullptr && !isLike(*value, type, name)) {
             value = value->m_next.get();
         }
         return {value, nullptr};
