@@ -14,26 +14,21 @@ class KxSipAuthParamWriter {
 public:
     explicit KxSipAuthParamWriter(KxOutputStream& out) : m_out(out) {}
 
-    void bare(std::string_view name, std::string_view value) {
-        if (!KxSipAuthToken::sIs(value)) {
+    [[gnu::always_inline]] void bare(std::string_view name, std::string_view value) {
+        if (!KxSipAuthToken::sIs(value)) [[unlikely]] {
             return quoted(name, value);
         }
-        writeName(name);
-        m_out.write('=');
-        m_out.write(value);
+        separate();
+        m_out.writeAll(name, kEquals, value);
     }
-    void quoted(std::string_view name, std::string_view value) {
-        writeName(name);
-        m_out.write(std::string_view("=\"", 2));
-        const char* at = value.data();
-        const char* const end = at + value.size();
-        for (const char* stop; (stop = KxBytes::findAny<'"', '\\'>(at, end)) != end; at = stop + 1) {
-            m_out.write(std::string_view(at, static_cast<std::size_t>(stop - at)));
-            m_out.write('\\');
-            m_out.write(*stop);
+    [[gnu::always_inline]] void quoted(std::string_view name, std::string_view value) {
+        const char* const end = value.data() + value.size();
+        if (KxBytes::findAny<'"', '\\'>(value.data(), end) != end) [[unlikely]] {
+            writeEscaped(name, value);
+        } else {
+            separate();
+            m_out.writeAll(name, kQuote, value, kQuote.substr(1));
         }
-        m_out.write(std::string_view(at, static_cast<std::size_t>(end - at)));
-        m_out.write('"');
     }
     /** Writes a property as the RFCs say for its name: algorithm, stale, nc, userhash, charset and names that end in "*"
         bare, all others quoted. [RFC 7616 3.3, 3.4] */
@@ -42,16 +37,34 @@ public:
         const bool isBare = name.ends_with('*') || std::any_of(std::begin(kBare), std::end(kBare), [&](auto known) {
                                 return KxAscii::equalsNoCase(name, known);
                             });
-        isBare ? bare(name, value) : quoted(name, value);
+        if (isBare) {
+            bare(name, value);
+        } else {
+            quoted(name, value);
+        }
     }
 
 private:
-    void writeName(std::string_view name) {
+    static constexpr std::string_view kEquals{"="};
+    static constexpr std::string_view kQuote{"=\""};
+
+    [[gnu::noinline]] void writeEscaped(std::string_view name, std::string_view value) {
+        separate();
+        m_out.writeAll(name, kQuote);
+        for (const char c : value) {
+            if (c == '"' || c == '\\') {
+                m_out.write('\\');
+            }
+            m_out.write(c);
+        }
+        m_out.write('"');
+    }
+    /** Writes the comma before every property but the first. */
+    void separate() {
         if (!m_first) {
             m_out.write(',');
         }
         m_first = false;
-        m_out.write(name);
     }
 
     KxOutputStream& m_out;

@@ -17,11 +17,16 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipDigestCredentialsInfo"};
 
+template <std::size_t kCount>
+bool isAny(std::string_view name, const std::string_view (&names)[kCount]) {
+    return std::any_of(std::begin(names), std::end(names),
+                       [name](std::string_view other) { return KxAscii::equalsNoCase(name, other); });
+}
+
 /** The properties by which the host tells what it knows. They are neither read nor written in the RFC grammar. */
 bool isHidden(std::string_view name) {
     constexpr std::string_view kHidden[] = {"password", "qopoptions", "method", "entity-body"};
-    return std::any_of(std::begin(kHidden), std::end(kHidden),
-                       [name](std::string_view hidden) { return KxAscii::equalsNoCase(name, hidden); });
+    return isAny(name, kHidden);
 }
 
 /** The value, or an empty text for nil. */
@@ -54,29 +59,45 @@ bool isPresent(std::string_view field) {
     return field.data() != nullptr;
 }
 
+/** Whether KxSipDigestFields has the property, as one that is written. */
+bool isKnown(std::string_view name) {
+    constexpr std::string_view kKnown[] = {"username",  "realm",  "nonce", "response", "uri",
+                                           "algorithm", "opaque", "qop",   "nc",       "cnonce"};
+    return isAny(name, kKnown);
+}
+
 /** Writes all properties that are present, but for those that are hidden. [RFC 7616 3.4] */
 void writeAll(KxOutputStream& out, const KxSipDigestFields& fields, const KxParameters& properties,
               std::string_view response) {
-    struct Known {
-        std::string_view name;
-        std::string_view value;
-        bool isBare;
-    };
-    const Known known[] = {
-        {"username", fields.username, false}, {"realm", fields.realm, false}, {"nonce", fields.nonce, false},
-        {"response", response, false},        {"uri", fields.uri, false},     {"algorithm", fields.algorithm, true},
-        {"opaque", fields.opaque, false},     {"qop", fields.qop, true},      {"nc", fields.nc, true},
-        {"cnonce", fields.cnonce, false}};
     KxSipAuthParamWriter writer(out);
-    for (const Known& property : known) {
-        if (isPresent(property.value)) {
-            property.isBare ? writer.bare(property.name, property.value) : writer.quoted(property.name, property.value);
+    std::size_t written = 0;
+    const auto quoted = [&](std::string_view name, std::string_view value) __attribute__((always_inline)) {
+        if (isPresent(value)) {
+            writer.quoted(name, value);
+            ++written;
         }
+    };
+    const auto bare = [&](std::string_view name, std::string_view value) __attribute__((always_inline)) {
+        if (isPresent(value)) {
+            writer.bare(name, value);
+            ++written;
+        }
+    };
+    quoted("username", fields.username);
+    quoted("realm", fields.realm);
+    quoted("nonce", fields.nonce);
+    quoted("response", response);
+    quoted("uri", fields.uri);
+    bare("algorithm", fields.algorithm);
+    quoted("opaque", fields.opaque);
+    bare("qop", fields.qop);
+    bare("nc", fields.nc);
+    quoted("cnonce", fields.cnonce);
+    if (written == properties.size() && isPresent(fields.received)) {
+        return;
     }
     for (const KxParameters::Pair& property : properties) {
-        const bool isKnown = std::any_of(std::begin(known), std::end(known),
-                                         [&](const Known& other) { return property.name.equalsNoCase(other.name); });
-        if (!isKnown && !isHidden(property.name)) {
+        if (!isKnown(property.name) && !isHidden(property.name)) {
             writer.byName(property.name, property.value);
         }
     }

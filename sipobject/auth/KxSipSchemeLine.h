@@ -8,6 +8,7 @@
 #include "util/KxStreamTokenizer.h"
 
 #include <string_view>
+#include <typeinfo>
 #include <utility>
 
 /** The value of an authentication header: a whole line, in which commas separate only the properties.
@@ -54,11 +55,9 @@ public:
             return;
         }
         out << info->getType();
-        if (KxSipGrammar::sKeepsOtherSchemes()) {
-            const auto* const other = dynamic_cast<const Other*>(info.get());
-            if (other != nullptr && other->getText().isNil()) {
-                return;
-            }
+        if (KxSipGrammar::sKeepsOtherSchemes() && typeid(*info) == typeid(Other) &&
+            static_cast<const Other&>(*info).getText().isNil()) {
+            return;
         }
         out << ' ';
         info->serialize(out);
