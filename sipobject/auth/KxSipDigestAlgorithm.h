@@ -18,7 +18,7 @@ struct KxSipDigestAlgorithm {
     bool isSupported() const { return hash != Hash::None; }
 
     /** The algorithm of this name; null data means that there is no name. */
-    static KxSipDigestAlgorithm sOf(std::string_view name) {
+    [[gnu::always_inline]] static KxSipDigestAlgorithm sOf(std::string_view name) {
         if (KxSipGrammar::sKnowsDigestsByName()) [[unlikely]] {
             return sNamed(name);
         }
@@ -26,7 +26,7 @@ struct KxSipDigestAlgorithm {
     }
 
 private:
-    static KxSipDigestAlgorithm sNamed(std::string_view name) {
+    [[gnu::cold, gnu::noinline]] static KxSipDigestAlgorithm sNamed(std::string_view name) {
         if (name.data() == nullptr) {
             return {Hash::MD5, false};
         }

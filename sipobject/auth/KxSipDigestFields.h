@@ -52,7 +52,7 @@ public:
     }
     /** The digest of the joined texts. */
     template <class Sum, class... Texts>
-    static typename Sum::Raw sDigestOf(const Texts&... texts) {
+    [[gnu::always_inline]] static typename Sum::Raw sDigestOf(const Texts&... texts) {
         Sum sum;
         (sum.update(texts), ...);
         return sum.finish();
@@ -96,7 +96,7 @@ public:
 
     private:
         /** A1 of a session. Classic: the digest of raw bytes, which ends before the first zero byte. */
-        Raw ofSession(const Raw& user) const {
+        [[gnu::cold, gnu::noinline]] Raw ofSession(const Raw& user) const {
             const bool isText = KxSipGrammar::sMakesSessionsFromDigits();
             const Hex digits(user);
             Sum sum;
@@ -123,11 +123,7 @@ public:
         if (named.hash == KxSipDigestAlgorithm::Hash::MD5) [[likely]] {
             return use(Digests<MD5>(*this, named.isSession));
         }
-        if (!named.isSupported()) {
-            sRefuseAlgorithm();
-        }
-        return named.hash == KxSipDigestAlgorithm::Hash::SHA256 ? use(Digests<KxSipSha256>(*this, named.isSession))
-                                                                : use(Digests<KxSipSha512_256>(*this, named.isSession));
+        return withShaDigests(named, use);
     }
 
     std::string_view username;
@@ -145,10 +141,19 @@ public:
     std::string_view received; ///< The received response.
 
 private:
+    /** As withDigests, for the other algorithms; apart, so that the compiler inlines MD5. */
+    template <class Use>
+    [[gnu::cold, gnu::noinline]] auto withShaDigests(KxSipDigestAlgorithm named, Use use) const {
+        if (!named.isSupported()) {
+            sRefuseAlgorithm();
+        }
+        return named.hash == KxSipDigestAlgorithm::Hash::SHA256 ? use(Digests<KxSipSha256>(*this, named.isSession))
+                                                                : use(Digests<KxSipSha512_256>(*this, named.isSession));
+    }
     bool isQop(std::string_view known) const {
         return qop == known || (KxSipGrammar::sReadsQopOptionsAsList() && KxAscii::equalsNoCase(qop, known));
     }
-    void take(const KxParameters::Pair& property) {
+    [[gnu::always_inline]] void take(const KxParameters::Pair& property) {
         const std::string_view name = property.name;
         const KxBytes::Ends ends = KxBytes::Ends(name.data(), name.size()).folded();
         const auto takeAs = [&](const auto& known, std::string_view& field) {
