@@ -67,8 +67,8 @@ bool isKnown(std::string_view name) {
 }
 
 /** Writes all properties that are present, but for those that are hidden. [RFC 7616 3.4] */
-[[gnu::cold, gnu::noinline]] void writeAll(KxOutputStream& out, const KxSipDigestFields& fields,
-                                           const KxParameters& properties, std::string_view response) {
+[[gnu::noinline]] void writeAll(KxOutputStream& out, const KxSipDigestFields& fields, const KxParameters& properties,
+                                std::string_view response) {
     KxSipAuthParamWriter writer(out);
     std::size_t written = 0;
     const auto quoted = [&](std::string_view name, std::string_view value) __attribute__((always_inline)) {
