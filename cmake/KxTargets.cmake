@@ -3,7 +3,7 @@
 # kx_add_library(<name> ALIAS <Kx::Name> DEPENDS <targets>... [PRIVATE <targets>...])
 # Makes the shared library <name> of all sources under the current folder. The sources are first compiled into the
 # OBJECT library <name>_objects: a target that links the objects keeps those that only register themselves. A folder
-# without sources becomes an interface target that passes its dependencies on. What is linked PRIVATE is no business of the users.
+# without sources becomes an interface target that passes its dependencies on. PRIVATE targets are not passed on to users.
 function(kx_add_library name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "ALIAS" "DEPENDS;PRIVATE")
     string(REGEX REPLACE "^Kx::" "" export_name "${ARG_ALIAS}")
