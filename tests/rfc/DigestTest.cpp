@@ -137,7 +137,8 @@ TEST(RFCDigestTest, Challenges) {
         EXPECT_EQ(outcomeOf([&] { KxSipChallengeInfo::constructFrom("Digest", bytes); }), kRefused);
         EXPECT_NE(outcomeOf([&] { KxSipChallengeInfo::constructFrom("Basic", bytes); }), "");
         const Challenge challenge = challengeOf("realm=r");
-        KxByteArrayInputStream in("realm=other," + std::string(bad));
+        const std::string more = "realm=other," + std::string(bad);
+        KxByteArrayInputStream in{std::string_view(more)};
         EXPECT_EQ(outcomeOf([&] { challenge->parse(in); }), kRefused);
         EXPECT_EQ(written(*challenge), "realm=\"r\"");
     }
