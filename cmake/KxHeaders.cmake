@@ -10,9 +10,15 @@ set(KX_PRIVATE_HEADERS
     sipobject/KxSipLineText.h
     sipobject/KxSipObjectParamDefs.h
     sipobject/address/KxSipURLParser.h
+    sipobject/auth/KxSipAuthParamReader.h
+    sipobject/auth/KxSipAuthParamWriter.h
+    sipobject/auth/KxSipAuthToken.h
+    sipobject/auth/KxSipDigestAlgorithm.h
+    sipobject/auth/KxSipDigestFields.h
     sipobject/auth/KxSipPropertyScanner.h
     sipobject/auth/KxSipPropertyWriter.h
     sipobject/auth/KxSipSchemeLine.h
+    sipobject/auth/KxSipSha.h
     sipobject/messages/KxSipMessageReader.h
     sipobject/messages/KxSipRequestLine.h
     sipobject/messages/KxSipRequestOutline.h

@@ -60,7 +60,7 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "Shared libraries that read SIP messages from bytes, edit and derive them, and write them again.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkxsipobject-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${this}, liblog4cplus-dev, libace-dev, pkg-config")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${this}, liblog4cplus-dev, libace-dev, libssl-dev, pkg-config")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "Headers, and the files by which CMake and pkg-config find the libraries.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME kxsip)

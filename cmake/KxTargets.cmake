@@ -1,21 +1,22 @@
 # Each folder is a target. The functions glob for the sources, so that a new class needs no change here.
 
-# kx_add_library(<name> ALIAS <Kx::Name> DEPENDS <targets>...)
+# kx_add_library(<name> ALIAS <Kx::Name> DEPENDS <targets>... [PRIVATE <targets>...])
 # Makes the shared library <name> of all sources under the current folder. The sources are first compiled into the
 # OBJECT library <name>_objects: a target that links the objects keeps those that only register themselves. A folder
-# without sources becomes an interface target that passes its dependencies on.
+# without sources becomes an interface target that passes its dependencies on. PRIVATE targets are not passed on to users.
 function(kx_add_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "ALIAS" "DEPENDS")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "ALIAS" "DEPENDS;PRIVATE")
     string(REGEX REPLACE "^Kx::" "" export_name "${ARG_ALIAS}")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
     if(sources)
         add_library(${name}_objects OBJECT ${sources})
         target_include_directories(${name}_objects PUBLIC "${PROJECT_SOURCE_DIR}" "${KX_GENERATED_DIR}")
-        target_link_libraries(${name}_objects PUBLIC ${ARG_DEPENDS})
+        target_link_libraries(${name}_objects PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE})
         target_compile_definitions(${name}_objects PRIVATE ${KX_PUBLIC_DEFINITIONS})
         add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
         set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
             INSTALL_RPATH "$ORIGIN")
+        target_link_libraries(${name} PRIVATE ${ARG_PRIVATE})
         set(scope PUBLIC)
     else()
         message(STATUS "${name}: no sources yet")

@@ -47,6 +47,27 @@ public:
     /** Whether Content-Length, CSeq and Max-Forwards must be numbers in their range. [RFC 3261 8.1.1.5, 20.14, 20.22] */
     [[nodiscard]] static bool sChecksNumbers() { return sIsRFC(); }
 
+    // ---- authentication, numbers that are made ----
+
+    /** Authentication: properties are read as auth-params: quoted strings with escapes, also empty [RFC 7235 2.1]. */
+    static bool sReadsAuthParams() { return sIsRFC(); }
+    /** Authentication: all properties are written, quoted or not as the RFC says, with escapes [RFC 7616 3.4, 3.5]. */
+    static bool sWritesAuthParams() { return sIsRFC(); }
+    /** Authentication: schemes other than Digest are kept as text [RFC 7235 2.1]. */
+    static bool sKeepsOtherSchemes() { return sIsRFC(); }
+    /** Digest: SHA-256 and SHA-512-256 too; letter case is ignored; MD5 if none is named [RFC 7616 3.3, RFC 8760]. */
+    static bool sKnowsDigestsByName() { return sIsRFC(); }
+    /** Digest: A1 of a session is made from the digits of the first digest, not from its bytes [RFC 7616 3.4.2]. */
+    static bool sMakesSessionsFromDigits() { return sIsRFC(); }
+    /** Digest: for auth-int, no body is an empty body, which has a digest [RFC 7616 3.4.3]. */
+    static bool sDigestsEmptyBody() { return sIsRFC(); }
+    /** Digest: the qop options are a list of tokens, without regard to letter case [RFC 7616 3.3]. */
+    static bool sReadsQopOptionsAsList() { return sIsRFC(); }
+    /** The challenge of a response is the topmost that can be answered [RFC 8760 2.4]. */
+    static bool sPicksAnswerableChallenge() { return sIsRFC(); }
+    /** Tags and sequence numbers can't be predicted [RFC 3261 19.3]. */
+    static bool sMakesUnpredictableNumbers() { return sIsRFC(); }
+
     /** From now on sChoose can't change the grammar. */
     static void sFix() {
         if (!s_isFixed.load(std::memory_order_relaxed)) [[unlikely]] {

@@ -1,5 +1,6 @@
 #include "sipobject/KxSipTag.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "util/KxTime.h"
 #include "util/UUID.h"
 
@@ -21,6 +22,11 @@ KxString KxSipTag::sRandom() {
 }
 
 void KxSipTag::reGenerate(const char* prefix) {
+    if (KxSipGrammar::sMakesUnpredictableNumbers()) {
+        const KxString random = sRandom();
+        m_value = prefix == nullptr ? random : KxString(std::string_view(prefix)).append("-").append(random);
+        return;
+    }
     const auto number = static_cast<unsigned>(std::rand());
     const auto time = static_cast<unsigned>(KxTime::sGetCurrentTime().m_microseconds);
     char numbers[2 * 8 + 2];

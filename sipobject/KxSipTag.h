@@ -7,7 +7,7 @@
 
 /** A new From or To tag: an optional prefix, a random number and the time, in hexadecimal and separated by "-". The
     random number comes from the runtime library's generator, which this library never seeds: a tag is unique, but can
-    be predicted. [RFC 3261 19.3] */
+    be predicted. In the RFC grammar it is the optional prefix, "-" and the text of sRandom. [RFC 3261 19.3] */
 class KX_SIP_API KxSipTag final : public KxObject {
 public:
     /** A null `prefix` gives a tag without prefix. */

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestChallengeInfo.h"
+#include "sipobject/auth/KxSipOtherChallengeInfo.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
 #include "util/KxByteArrayInputStream.h"
 
@@ -32,6 +33,6 @@ KxHandle<KxSipChallengeInfo> KxSipChallengeInfo::constructFrom(const char* schem
 KxSipFault KxSipChallengeInfo::sRead(std::string_view scheme, KxInputStream& properties,
                                      KxHandle<KxSipChallengeInfo>& challenge) {
     using Digest = KxSipDigestChallengeInfo;
-    return KxSipSchemeLine::sRead<Digest>(scheme, Digest::TYPE, "Challenge type not supported !", properties,
-                                          challenge);
+    return KxSipSchemeLine::sRead<Digest, KxSipOtherChallengeInfo>(
+        scheme, Digest::TYPE, "Challenge type not supported !", properties, challenge);
 }

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "sipobject/auth/KxSipOtherCredentialsInfo.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
 #include "util/KxByteArrayInputStream.h"
 
@@ -32,6 +33,6 @@ KxHandle<KxSipCredentialsInfo> KxSipCredentialsInfo::constructFrom(const char* s
 KxSipFault KxSipCredentialsInfo::sRead(std::string_view scheme, KxInputStream& properties,
                                        KxHandle<KxSipCredentialsInfo>& credentials) {
     using Digest = KxSipDigestCredentialsInfo;
-    return KxSipSchemeLine::sRead<Digest>(scheme, Digest::sm_Type, "Credentials type not supported !", properties,
-                                          credentials);
+    return KxSipSchemeLine::sRead<Digest, KxSipOtherCredentialsInfo>(
+        scheme, Digest::sm_Type, "Credentials type not supported !", properties, credentials);
 }

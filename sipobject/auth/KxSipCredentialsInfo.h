@@ -36,7 +36,8 @@ public:
     void display(KxOutputStream& out, bool verbose) const override;
 
     /** Returns credentials of the scheme, whose letter case is ignored, read from the properties; nil reads as empty.
-        Throws KxException "Credentials type not supported !" and the errors of the scheme's class. */
+        In the RFC grammar a scheme other than Digest gives a KxSipOtherCredentialsInfo. Throws KxException "Credentials
+        type not supported !" and the errors of the scheme's class. */
     static KxHandle<KxSipCredentialsInfo> constructFrom(const char* scheme, const KxHandle<KxByteArray>& properties);
 
     KX_MEM_ACCOUNT_OPERATORS(s_account);

@@ -2,6 +2,8 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/auth/KxSipAuthParamWriter.h"
 #include "sipobject/auth/KxSipPropertyScanner.h"
 #include "sipobject/auth/KxSipPropertyWriter.h"
 #include "util/KxByteArrayInputStream.h"
@@ -19,6 +21,13 @@ bool isBare(const KxString& name) {
     constexpr std::string_view kBare[] = {"algorithm", "stale", "uri"};
     return std::any_of(std::begin(kBare), std::end(kBare),
                        [&name](std::string_view bare) { return name.equalsNoCase(bare); });
+}
+
+void writeAll(KxOutputStream& out, const KxParameters& properties) {
+    KxSipAuthParamWriter writer(out);
+    for (const KxParameters::Pair& property : properties) {
+        writer.byName(property.name, property.value);
+    }
 }
 
 } // namespace
@@ -64,6 +73,9 @@ KxSipFault KxSipDigestChallengeInfo::read(KxInputStream& in) {
 
 void KxSipDigestChallengeInfo::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestChallengeInfo::serialize");
+    if (KxSipGrammar::sWritesAuthParams()) {
+        return writeAll(out, m_properties);
+    }
     KxSipPropertyWriter writer(out);
     for (const KxParameters::Pair& property : m_properties) {
         if (isBare(property.name)) {

@@ -8,7 +8,8 @@
     digest-challenge = 1#( realm / [domain] / nonce / [opaque] / [stale] / [algorithm] / [qop-options] / [auth-param] )
                                                                               [RFC 2617 3.2.1]
     Read as KxSipPropertyScanner describes, with at most 1024 characters of names and values; only the last property
-    must have a value. algorithm, stale and uri are written without quotes, all other properties in quotes.
+    must have a value. algorithm, stale and uri are written without quotes, all other properties in quotes. In the RFC
+    grammar uri is quoted too, and quotes and backslashes are escaped.
     `realm="a", stale="FALSE" , qop=auth` -> `realm="a",stale=FALSE,qop="auth"` */
 class KX_SIP_API KxSipDigestChallengeInfo final : public KxSipChallengeInfo {
 public:

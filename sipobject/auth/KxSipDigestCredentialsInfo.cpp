@@ -3,41 +3,31 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/address/KxURI.h"
+#include "sipobject/auth/KxSipAuthParamWriter.h"
+#include "sipobject/auth/KxSipDigestFields.h"
 #include "sipobject/auth/KxSipPropertyScanner.h"
 #include "sipobject/auth/KxSipPropertyWriter.h"
 #include "util/KxByteArrayInputStream.h"
-#include "util/KxBytes.h"
-#include "util/KxException.h"
 #include "util/KxHexEncoding.h"
-#include "util/MD5.h"
 
-#include <initializer_list>
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipDigestCredentialsInfo"};
 
-/** The hexadecimal text of a digest. */
-class Hex {
-public:
-    explicit Hex(const MD5::Raw& digest) { KxHexEncoding::toHex(digest.view(), m_digits); }
-    std::string_view view() const { return {m_digits, sizeof m_digits}; }
+template <std::size_t kCount>
+bool isAny(std::string_view name, const std::string_view (&names)[kCount]) {
+    return std::any_of(std::begin(names), std::end(names),
+                       [name](std::string_view other) { return KxAscii::equalsNoCase(name, other); });
+}
 
-    /** As ==, but compares all digits even after a difference. */
-    bool equalsInConstantTime(std::string_view other) const {
-        if (other.size() != sizeof m_digits) {
-            return false;
-        }
-        std::uint64_t difference = 0;
-        for (std::size_t at = 0; at < sizeof m_digits; at += sizeof difference) {
-            difference |= KxBytes::load<std::uint64_t>(m_digits + at) ^ KxBytes::load<std::uint64_t>(other.data() + at);
-        }
-        return difference == 0;
-    }
-
-private:
-    char m_digits[2 * sizeof(MD5::Raw)];
-};
+/** The properties by which the host tells what it knows. They are neither read nor written in the RFC grammar. */
+bool isHidden(std::string_view name) {
+    constexpr std::string_view kHidden[] = {"password", "qopoptions", "method", "entity-body"};
+    return isAny(name, kHidden);
+}
 
 /** The value, or an empty text for nil. */
 const KxString& orEmpty(const KxString& value) {
@@ -45,127 +35,87 @@ const KxString& orEmpty(const KxString& value) {
     return value.isNil() ? static_cast<const KxString&>(kNothing) : value;
 }
 
-KxHandle<KxByteArray> arrayOf(const MD5::Raw& digest) {
+template <class Raw>
+KxHandle<KxByteArray> arrayOf(const Raw& digest) {
     return KxByteArray::sCreate(sizeof digest.bytes, digest.bytes);
 }
 
-bool isSupported(std::string_view algorithm) {
-    return algorithm.substr(0, 3) == "MD5";
+/** Whether the qop options of a challenge contain the option. [RFC 7616 3.3] */
+bool offers(std::string_view options, std::string_view option) {
+    if (!KxSipGrammar::sReadsQopOptionsAsList()) {
+        return options.find(option) != std::string_view::npos;
+    }
+    for (std::size_t at = 0; at <= options.size();) {
+        const std::size_t comma = std::min(options.find(',', at), options.size());
+        if (KxAscii::equalsNoCase(KxAscii::trim(options.substr(at, comma - at)), option)) {
+            return !option.empty();
+        }
+        at = comma + 1;
+    }
+    return false;
 }
 
-[[noreturn]] void refuseAlgorithm() {
-    KxException::sThrow("Unsupported Algorithm: Only MD5 is supported !!!");
+bool isPresent(std::string_view field) {
+    return field.data() != nullptr;
 }
 
-template <class... Texts>
-MD5::Raw digestOf(const Texts&... texts) {
-    MD5 sum;
-    (sum.update(texts), ...);
-    return sum.finish();
+/** Whether KxSipDigestFields has the property, as one that is written. */
+bool isKnown(std::string_view name) {
+    constexpr std::string_view kKnown[] = {"username",  "realm",  "nonce", "response", "uri",
+                                           "algorithm", "opaque", "qop",   "nc",       "cnonce"};
+    return isAny(name, kKnown);
 }
 
-/** The digest of the joined texts up to the first zero byte in any of them. */
-MD5::Raw digestUpToZero(std::initializer_list<std::string_view> texts) {
-    MD5 sum;
-    for (const std::string_view text : texts) {
-        const std::string_view head = text.substr(0, text.find('\0'));
-        sum.update(head);
-        if (head.size() != text.size()) {
-            break;
+/** Writes all properties that are present, but for those that are hidden. [RFC 7616 3.4] */
+[[gnu::noinline]] void writeAll(KxOutputStream& out, const KxSipDigestFields& fields, const KxParameters& properties,
+                                std::string_view response) {
+    KxSipAuthParamWriter writer(out);
+    std::size_t written = 0;
+    const auto quoted = [&](std::string_view name, std::string_view value) __attribute__((always_inline)) {
+        if (isPresent(value)) {
+            writer.quoted(name, value);
+            ++written;
+        }
+    };
+    const auto bare = [&](std::string_view name, std::string_view value) __attribute__((always_inline)) {
+        if (isPresent(value)) {
+            writer.bare(name, value);
+            ++written;
+        }
+    };
+    quoted("username", fields.username);
+    quoted("realm", fields.realm);
+    quoted("nonce", fields.nonce);
+    quoted("response", response);
+    quoted("uri", fields.uri);
+    bare("algorithm", fields.algorithm);
+    quoted("opaque", fields.opaque);
+    bare("qop", fields.qop);
+    bare("nc", fields.nc);
+    quoted("cnonce", fields.cnonce);
+    if (written == properties.size() && isPresent(fields.received)) {
+        return;
+    }
+    for (const KxParameters::Pair& property : properties) {
+        if (!isKnown(property.name) && !isHidden(property.name)) {
+            writer.byName(property.name, property.value);
         }
     }
-    return sum.finish();
 }
-
-/** The properties that are used for computing or written, found in one pass. An absent property has null data. */
-struct Fields {
-    explicit Fields(const KxParameters& properties) {
-        for (const KxParameters::Pair& property : properties) {
-            take(property);
-        }
-    }
-
-    void checkAlgorithm() const {
-        if (!isSupported(algorithm)) {
-            refuseAlgorithm();
-        }
-    }
-    MD5::Raw a1() const {
-        const MD5::Raw digest = digestOf(username, ":", realm, ":", password);
-        return algorithm == "MD5-sess" ? digestUpToZero({digest.view(), ":", nonce, ":", cnonce}) : digest;
-    }
-    MD5::Raw a2() const {
-        return qop == "auth-int" ? digestOf(method, ":", uri, ":", entityBody) : digestOf(method, ":", uri);
-    }
-    MD5::Raw response() const {
-        checkAlgorithm();
-        const Hex first(a1());
-        const Hex second(a2());
-        if (qop == "auth" || qop == "auth-int") {
-            return digestOf(first.view(), ":", nonce, ":", nc, ":", cnonce, ":", qop, ":", second.view());
-        }
-        return digestOf(first.view(), ":", nonce, ":", second.view());
-    }
-
-    std::string_view username;
-    std::string_view realm;
-    std::string_view password;
-    std::string_view nonce;
-    std::string_view algorithm;
-    std::string_view opaque;
-    std::string_view method;
-    std::string_view uri;
-    std::string_view qop;
-    std::string_view cnonce;
-    std::string_view nc;
-    std::string_view entityBody;
-    std::string_view received; ///< The received response.
-
-private:
-    void take(const KxParameters::Pair& property) {
-        const std::string_view name = property.name;
-        const KxBytes::Ends ends = KxBytes::Ends(name.data(), name.size()).folded();
-        const auto takeAs = [&](const auto& known, std::string_view& field) {
-            constexpr std::size_t kLength = sizeof known - 1;
-            // Ends covers all of a name of up to eight letters, so equal ends mean an equal name
-            const bool matches =
-                ends == KxBytes::Ends(known, kLength).folded() && (kLength <= 8 || KxAscii::equalsNoCase(name, known));
-            if (matches) {
-                field = property.value;
-            }
-            return matches;
-        };
-        switch (name.size()) { // compare only with the names of that length
-        case 2:
-            takeAs("nc", nc);
-            break;
-        case 3:
-            takeAs("uri", uri) || takeAs("qop", qop);
-            break;
-        case 5:
-            takeAs("realm", realm) || takeAs("nonce", nonce);
-            break;
-        case 6:
-            takeAs("opaque", opaque) || takeAs("cnonce", cnonce) || takeAs("method", method);
-            break;
-        case 8:
-            takeAs("username", username) || takeAs("response", received) || takeAs("password", password);
-            break;
-        case 9:
-            takeAs("algorithm", algorithm);
-            break;
-        case 11:
-            takeAs("entity-body", entityBody);
-            break;
-        default:
-            break;
-        }
-    }
-};
 
 } // namespace
 
 constinit const KxConstString KxSipDigestCredentialsInfo::sm_Type{"Digest"};
+
+bool KxSipDigestCredentialsInfo::sSupports(const KxString& algorithm) {
+    const std::string_view name = algorithm.isNil() ? std::string_view() : algorithm.view();
+    return KxSipDigestAlgorithm::sOf(name).isSupported();
+}
+
+bool KxSipDigestCredentialsInfo::sCanAnswer(const KxHandle<KxSipChallengeInfo>& challenge) {
+    const auto digest = KxHandleCast<KxSipDigestChallengeInfo>(challenge);
+    return !digest.isNil() && sSupports(digest->getAlgorithm());
+}
 
 KxSipDigestCredentialsInfo::KxSipDigestCredentialsInfo(const KxHandle<KxSipDigestChallengeInfo>& challenge,
                                                        const KxString& username, const KxString& password) {
@@ -173,8 +123,8 @@ KxSipDigestCredentialsInfo::KxSipDigestCredentialsInfo(const KxHandle<KxSipDiges
     m_properties.setValue("realm", challenge->getRealm());
     m_properties.setValue("nonce", challenge->getNonce());
     const KxString algorithm = challenge->getAlgorithm();
-    if (!isSupported(algorithm)) {
-        refuseAlgorithm();
+    if (!sSupports(algorithm)) {
+        KxSipDigestFields::sRefuseAlgorithm();
     }
     m_properties.setValue("algorithm", algorithm);
     m_properties.setValue("opaque", challenge->getOpaque());
@@ -201,14 +151,19 @@ void KxSipDigestCredentialsInfo::parse(KxInputStream& in) {
 
 KxSipFault KxSipDigestCredentialsInfo::read(KxInputStream& in) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::parse");
-    return KxSipPropertyScanner(m_properties, KxSipPropertyScanner::kStrict).scan(in);
+    KxSipPropertyScanner::Options options = KxSipPropertyScanner::kStrict;
+    options.isHidden = &isHidden;
+    return KxSipPropertyScanner(m_properties, options).scan(in);
 }
 
 void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::serialize");
-    const Fields fields(m_properties);
-    const auto isPresent = [](std::string_view field) { return field.data() != nullptr; };
+    const KxSipDigestFields fields(m_properties);
+    const bool writesAll = KxSipGrammar::sWritesAuthParams();
     const auto write = [&](std::string_view response) {
+        if (writesAll) [[unlikely]] {
+            return writeAll(out, fields, m_properties, response);
+        }
         KxSipPropertyWriter writer(out);
         writer.quoted("username", fields.username);
         writer.quoted("realm", fields.realm);
@@ -227,7 +182,13 @@ void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {
             writer.quoted("cnonce", fields.cnonce);
         }
     };
-    isPresent(fields.received) ? write(fields.received) : write(Hex(fields.response()).view());
+    // received credentials without a response stay as they are
+    const bool isComplete = writesAll && !isPresent(fields.password) && !isPresent(fields.method);
+    if (isPresent(fields.received) || isComplete) {
+        write(fields.received);
+    } else {
+        fields.withDigests([&](const auto& digests) { write(KxSipDigestFields::Hex(digests.response()).view()); });
+    }
 }
 
 bool KxSipDigestCredentialsInfo::validate(const KxString& username, const KxString& password, const KxString& realm) {
@@ -235,27 +196,28 @@ bool KxSipDigestCredentialsInfo::validate(const KxString& username, const KxStri
     m_properties.setValues({{KxString("username"), orEmpty(username)},
                             {KxString("password"), orEmpty(password)},
                             {KxString("realm"), orEmpty(realm)}});
-    const Fields fields(m_properties);
-    return Hex(fields.response()).equalsInConstantTime(fields.received);
+    const KxSipDigestFields fields(m_properties);
+    return fields.withDigests([&](const auto& digests) {
+        return KxSipDigestFields::Hex(digests.response()).equalsInConstantTime(fields.received);
+    });
 }
 
 KxHandle<KxByteArray> KxSipDigestCredentialsInfo::generateA1() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::generateA1");
-    const Fields fields(m_properties);
-    fields.checkAlgorithm();
-    return arrayOf(fields.a1());
+    const KxSipDigestFields fields(m_properties);
+    return fields.withDigests([&](const auto& digests) { return arrayOf(digests.a1()); });
 }
 
 KxHandle<KxByteArray> KxSipDigestCredentialsInfo::generateA2() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::generateA2");
-    const Fields fields(m_properties);
-    fields.checkAlgorithm();
-    return arrayOf(fields.a2());
+    const KxSipDigestFields fields(m_properties);
+    return fields.withDigests([&](const auto& digests) { return arrayOf(digests.a2()); });
 }
 
 KxHandle<KxByteArray> KxSipDigestCredentialsInfo::getRequestDigest() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipDigestCredentialsInfo::getRequestDigest");
-    return arrayOf(Fields(m_properties).response());
+    const KxSipDigestFields fields(m_properties);
+    return fields.withDigests([&](const auto& digests) { return arrayOf(digests.response()); });
 }
 
 const char* KxSipDigestCredentialsInfo::getType() const {
@@ -288,7 +250,7 @@ void KxSipDigestCredentialsInfo::setDigestURI(const KxHandle<KxURI>& uri) {
 
 void KxSipDigestCredentialsInfo::setQop(const KxString& qop, const KxString& cnonce, std::int32_t nc) {
     const KxString* const options = m_properties.findValue("qopoptions");
-    if (qop.isNil() || options == nullptr || options->view().find(qop.view()) == std::string_view::npos) {
+    if (qop.isNil() || options == nullptr || !offers(*options, qop)) {
         return;
     }
     const auto count = static_cast<std::uint32_t>(nc);
@@ -308,8 +270,11 @@ void KxSipDigestCredentialsInfo::setEntityBody(const char* body) {
 }
 
 void KxSipDigestCredentialsInfo::setEntityBody(std::string_view body) {
-    Fields(m_properties).checkAlgorithm();
-    set("entity-body", body.empty() ? KxString() : KxString(Hex(MD5::digestOf(body)).view()));
+    const bool isDigested = !body.empty() || KxSipGrammar::sDigestsEmptyBody();
+    const KxString digest = KxSipDigestFields(m_properties).withDigests([&](const auto& digests) {
+        return isDigested ? KxString(KxSipDigestFields::Hex(digests.ofBody(body)).view()) : KxString();
+    });
+    set("entity-body", digest);
 }
 
 void KxSipDigestCredentialsInfo::set(std::string_view name, const KxString& value) {

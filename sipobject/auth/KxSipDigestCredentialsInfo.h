@@ -10,7 +10,8 @@
 
 class KxURI;
 
-/** The credentials of the Digest scheme: MD5 and MD5-sess, with qop auth, auth-int, or none as in RFC 2069.
+/** The credentials of the Digest scheme: MD5 and MD5-sess, in the RFC grammar also SHA-256, SHA-512-256 and their "-sess"
+    forms; with qop auth, auth-int, or none as in RFC 2069.
     digest-response = 1#( username / realm / nonce / digest-uri / response / [algorithm] / [cnonce] / [opaque] /
                           [message-qop] / [nonce-count] / [auth-param] )      [RFC 2617 3.2.2]
     A client creates them from a challenge and adds the details of its request:
@@ -25,16 +26,22 @@ class KxURI;
     is the one it offered: an attacker who may choose MD5-sess needs no password for a user whose raw digest begins with
     a zero byte (one user in 256).
 
-    Differs from the RFC on purpose: an algorithm must be given, and is compared case-sensitively; the MD5-sess text
+    The classic grammar differs from the RFC on purpose: an algorithm must be given, and is compared case-sensitively; the MD5-sess text
     ends before its first zero byte, although the raw digest at its start may contain one; for auth-int without a body,
     the digest of the body is an empty text.
     Read in the same way as KxSipDigestChallengeInfo. Only the properties of the grammar above are written, except
-    auth-param; the password is never written. */
+    auth-param; the password is never written.
+
+    In the RFC grammar none of this holds: no algorithm means MD5, the names of algorithms are compared ignoring letter
+    case, A1 of a session is made from the digits of the first digest [RFC 7616 3.4.2], and auth-int without a body is
+    computed with the digest of an empty text. All properties are written; received credentials without a response are
+    written without one. The properties password, method, qopoptions and entity-body are only set by the host, never read.
+    The digests are made of values without escapes. */
 class KX_SIP_API KxSipDigestCredentialsInfo final : public KxSipCredentialsInfo {
 public:
     KxSipDigestCredentialsInfo() = default;
     /** Creates the answer to a challenge, which must not be nil. Throws KxException "Unsupported Algorithm: Only MD5 is
-        supported !!!" unless the challenge has an algorithm that begins with "MD5". */
+        supported !!!" unless sCanAnswer. */
     KxSipDigestCredentialsInfo(const KxHandle<KxSipDigestChallengeInfo>& challenge, const KxString& username,
                                const KxString& password);
     template <class A, class B>
@@ -42,6 +49,15 @@ public:
                                                                const A& username, const B& password)
         : KxSipDigestCredentialsInfo(challenge, KxSipAnyText(username).line(), KxSipAnyText(password).line()) {}
     [[nodiscard]] KxSipDigestCredentialsInfo* clone() const override;
+
+    /** Whether credentials can be created from the challenge: it is of the Digest scheme, with an algorithm that is
+        supported. Nil can't be answered. Of several challenges of a realm a client should answer the topmost that it
+        can [RFC 8760 2.4]:
+
+            for (const auto& header : response->values<KxSipWWWAuthenticateHeader>()) {
+                if (KxSipDigestCredentialsInfo::sCanAnswer(header.getChallenge())) { ... }
+            } */
+    static bool sCanAnswer(const KxHandle<KxSipChallengeInfo>& challenge);
 
     /** Returns new credentials read from the properties; nil reads as empty. Throws as parse does. */
     static KxHandle<KxSipDigestCredentialsInfo> sCreateFrom(const KxHandle<KxByteArray>& properties);
@@ -63,8 +79,9 @@ public:
         return validate(KxSipAnyText(username).line(), KxSipAnyText(password).line(), KxSipAnyText(realm).line());
     }
 
-    // The digests, 16 raw bytes each. They and setEntityBody throw KxException "Unsupported Algorithm: Only MD5 is
-    // supported !!!" unless the algorithm begins with "MD5". [RFC 2617 3.2.2.1 to 3.2.2.3]
+    // The digests, 16 raw bytes each, 32 for the SHA family. They and setEntityBody throw KxException "Unsupported
+    // Algorithm: Only MD5 is supported !!!" unless the algorithm is supported: in the classic grammar, one that begins
+    // with "MD5". [RFC 2617 3.2.2.1 to 3.2.2.3, RFC 7616 3.4]
     KxHandle<KxByteArray> generateA1() const;
     KxHandle<KxByteArray> generateA2() const;
     KxHandle<KxByteArray> getRequestDigest() const;
@@ -90,13 +107,14 @@ public:
     /** Stores the text of the URI. */
     void setDigestURI(const KxHandle<KxURI>& uri);
     /** Sets qop, cnonce and nonce count if the qop options of the challenge contain the text `qop` ("auth" is also
-        contained in "auth-int"); otherwise changes nothing. The nonce count is written as eight hexadecimal digits. */
+        contained in "auth-int", except in the RFC grammar); otherwise changes nothing. The nonce count is written as eight hexadecimal digits. */
     void setQop(const KxString& qop, const KxString& cnonce, std::int32_t nc);
     template <class A, class B>
     requires(KxSipHasStdText<A, B>) void setQop(const A& qop, const B& cnonce, std::int32_t nc) {
         setQop(KxSipAnyText(qop).line(), KxSipAnyText(cnonce).line(), nc);
     }
-    /** Stores the digest of a body, which ends at its NUL; for null and "", an empty text. */
+    /** Stores the digest of a body, which ends at its NUL; for null and "", an empty text, except in the RFC
+        grammar. */
     void setEntityBody(const char* body);
     /** As above, of a body that may contain any byte. */
     void setEntityBody(std::string_view body);
@@ -105,6 +123,7 @@ public:
     static const KxConstString sm_Type;
 
 private:
+    static bool sSupports(const KxString& algorithm);
     void set(std::string_view name, const KxString& value);
 
     KxParameters m_properties;

@@ -1,11 +1,22 @@
 #include "sipobject/auth/KxSipPropertyScanner.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/auth/KxSipAuthParamReader.h"
 #include "util/KxBytes.h"
 #include "util/KxInputStream.h"
 
 #include <algorithm>
 
 KxSipFault KxSipPropertyScanner::scan(KxInputStream& in) {
+    if (KxSipGrammar::sReadsAuthParams()) {
+        m_fault = KxSipAuthParamReader(m_properties, m_options.isHidden).read(in, m_options.isLastRequired);
+        m_reachedEnd = !m_fault;
+        return m_fault;
+    }
+    return scanLeniently(in);
+}
+
+KxSipFault KxSipPropertyScanner::scanLeniently(KxInputStream& in) {
     while (in.fill()) {
         const char* const begin = in.window().data();
         const char* const end = begin + in.window().size();

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/auth/KxSipDigestChallengeInfo.h"
+#include "sipobject/auth/KxSipOtherChallengeInfo.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
 
 namespace {
@@ -37,5 +38,5 @@ KxSipFault KxSipAuthenticateHeader::readValue(KxSipLine& line) {
 
 void KxSipAuthenticateHeader::doSerialize(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipAuthenticateHeader::doSerialize");
-    KxSipSchemeLine::sWrite(out, m_challenge);
+    KxSipSchemeLine::sWrite<KxSipOtherChallengeInfo>(out, m_challenge);
 }

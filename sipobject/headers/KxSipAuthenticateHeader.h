@@ -8,7 +8,8 @@ class KxSipDigestChallengeInfo;
 
 /** WWW-Authenticate and Proxy-Authenticate: the challenge that the client answers when it repeats the request.
     challenge = ("Digest" LWS digest-cln *(COMMA digest-cln))                 [RFC 3261 20.27, 20.44, 25.1]
-    The line is one challenge, including its commas; the scheme ends at the first blank. Only Digest is accepted.
+    The line is one challenge, including its commas; the scheme ends at the first blank. Only Digest is accepted;
+    in the RFC grammar other schemes are kept as text.
     `Digest realm="a", stale="TRUE"` -> `Digest realm="a",stale=TRUE` */
 class KX_SIP_API KxSipAuthenticateHeader : public KxSipHeader {
 public:

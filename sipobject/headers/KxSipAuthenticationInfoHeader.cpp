@@ -1,5 +1,7 @@
 #include "sipobject/headers/KxSipAuthenticationInfoHeader.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/auth/KxSipAuthParamWriter.h"
 #include "sipobject/auth/KxSipPropertyScanner.h"
 #include "sipobject/auth/KxSipPropertyWriter.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
@@ -14,7 +16,18 @@ KxSipFault KxSipAuthenticationInfoHeader::parseValue(KxSipLine& line) {
     return KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
 }
 
+void KxSipAuthenticationInfoHeader::writeAll(KxOutputStream& out) const {
+    KxSipAuthParamWriter writer(out);
+    for (const KxParameters::Pair& property : m_parameters) {
+        property.name.equalsNoCase("qop") ? writer.bare(property.name, property.value)
+                                          : writer.byName(property.name, property.value);
+    }
+}
+
 void KxSipAuthenticationInfoHeader::serializeValue(KxOutputStream& out) const {
+    if (KxSipGrammar::sWritesAuthParams()) {
+        return writeAll(out);
+    }
     KxSipPropertyWriter writer(out);
     writer.quoted("nextnonce", getNextnonce());
     if (m_parameters.isPresent("rspauth")) {

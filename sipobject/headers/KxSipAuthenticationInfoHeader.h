@@ -7,6 +7,7 @@
     Authentication-Info = "Authentication-Info" HCOLON ainfo *(COMMA ainfo)   [RFC 3261 20.6, 25.1]
     The line is one value, read as KxSipPropertyScanner describes. No content is refused: a last property without name
     or value is dropped. Only nextnonce, rspauth, qop, nc and cnonce are written; nextnonce always is.
+    In the RFC grammar a list that can't be read is refused, and all properties are written, and no others.
     `rspauth="x", nc=1, qop="auth"` -> `nextnonce="",rspauth="x",qop=auth,nc=1,cnonce=""` */
 class KX_SIP_API KxSipAuthenticationInfoHeader final : public KxSipHeaderOf<KxSipAuthenticationInfoHeader> {
 public:
@@ -32,6 +33,7 @@ private:
     friend class KxSipHeaderOf<KxSipAuthenticationInfoHeader>;
 
     KxSipFault parseValue(KxSipLine& line);
+    void writeAll(KxOutputStream& out) const;
     void serializeValue(KxOutputStream& out) const;
 
     KxSharedParameters m_parameters;

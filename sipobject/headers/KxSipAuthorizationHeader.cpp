@@ -1,6 +1,7 @@
 #include "sipobject/headers/KxSipAuthorizationHeader.h"
 
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "sipobject/auth/KxSipOtherCredentialsInfo.h"
 #include "sipobject/auth/KxSipSchemeLine.h"
 
 constinit const KxConstString KxSipAuthorizationHeader::sToken{"Authorization"};
@@ -30,5 +31,5 @@ KxSipFault KxSipAuthorizationHeader::parseValue(KxSipLine& line) {
 }
 
 void KxSipAuthorizationHeader::serializeValue(KxOutputStream& out) const {
-    KxSipSchemeLine::sWrite(out, m_credentials);
+    KxSipSchemeLine::sWrite<KxSipOtherCredentialsInfo>(out, m_credentials);
 }

@@ -7,8 +7,9 @@ class KxSipDigestCredentialsInfo;
 
 /** Authorization: the credentials of a user agent.
     Authorization = "Authorization" HCOLON ("Digest" LWS digest-response)     [RFC 3261 20.7, 25.1]
-    The line is one set of credentials, including commas; the scheme ends at the first blank. Only Digest is accepted.
-    Writing throws KxException if the response has to be computed and the algorithm does not begin with "MD5".
+    The line is one set of credentials, including commas; the scheme ends at the first blank. Only Digest is accepted;
+    in the RFC grammar other schemes are kept as text.
+    Writing throws KxException if the response has to be computed and the algorithm is not supported.
     `Digest username="u", response="r", qop=auth` ->
     `Digest username="u",realm="",nonce="",response="r",uri="",qop="auth",nc=,cnonce=""` */
 class KX_SIP_API KxSipAuthorizationHeader : public KxSipHeaderOf<KxSipAuthorizationHeader> {

@@ -6,6 +6,7 @@
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/KxSipTag.h"
+#include "sipobject/auth/KxSipDigestCredentialsInfo.h"
 #include "sipobject/headers/KxSipAuthenticateHeader.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipRecordRouteHeader.h"
@@ -269,8 +270,27 @@ void KxSipResponse::setReasonPhrase(const char* phrase) {
     m_reasonPhrase = KxString(phrase == nullptr ? "" : phrase);
 }
 
+/** The topmost header, of the values from `first` on, whose challenge can be answered; nil if there is none. */
+static KxHandle<KxSipAuthenticateHeader> answerable(const KxHandle<KxSipHeader>& first) {
+    for (KxSipHeader* value = first.get(); value != nullptr; value = value->getNext().get()) {
+        auto* const header = dynamic_cast<KxSipAuthenticateHeader*>(value);
+        if (header != nullptr && KxSipDigestCredentialsInfo::sCanAnswer(header->getChallenge())) {
+            return KxHandle<KxSipAuthenticateHeader>(header);
+        }
+    }
+    return {};
+}
+
 KxHandle<KxSipAuthenticateHeader> KxSipResponse::getAuthenticateHeader() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipResponse::getAuthenticateHeader");
+    if (KxSipGrammar::sPicksAnswerableChallenge()) {
+        for (const HeaderID kind : {KxHeaderIDs::kWWWAuthenticate, KxHeaderIDs::kProxyAuthenticate}) {
+            KxHandle<KxSipAuthenticateHeader> topmost = answerable(getHeaderByID(kind));
+            if (!topmost.isNil()) {
+                return topmost;
+            }
+        }
+    }
     const KxHandle<KxSipHeader>& own = getHeaderByID(KxHeaderIDs::kWWWAuthenticate);
     return KxHandleCast<KxSipAuthenticateHeader>(own.isNil() ? getHeaderByID(KxHeaderIDs::kProxyAuthenticate) : own);
 }

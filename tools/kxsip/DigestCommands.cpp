@@ -115,6 +115,7 @@ KxHandle<KxURI> uriOf(const KxSipMessage& message, const Options& options) {
 Outcome answer(const ReadMessage& read, const Options& options, const Inputs& inputs) {
     const KxSipAuthenticateHeader& header = challengeOf(*read.message);
     const auto challenge = header.getDigestChallenge();
+    required(challenge, "The challenge is not of the Digest scheme");
     const auto credentials = KxMake<KxSipDigestCredentialsInfo>(challenge, textOf(options.user), inputs.password);
     credentials->setMethod(methodOf(*read.message, options));
     credentials->setDigestURI(uriOf(*read.message, options));
@@ -138,6 +139,7 @@ Outcome verify(const ReadMessage& read, const Options& options, const Inputs& in
     const KxHandle<KxSipRequest> request(read.message->as<KxSipRequest>());
     const auto header = required(request, "Only a request can be verified").getAuthorizationHeader();
     const auto credentials = required(header, "The request has no credentials").getDigestCredentials();
+    required(credentials, "The credentials are not of the Digest scheme");
     credentials->setMethod(options.method.empty() ? KxString(request->getMethod()) : textOf(options.method));
     credentials->setEntityBody(request->getBody());
     return credentials->validate(textOf(options.user), inputs.password, credentials->getRealm()) ? Outcome::Valid
