@@ -169,7 +169,7 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
             }
         }
     }
-    if (isStrict && (m_port > kLastPort || (c >= 0 && c != ','))) {
+    if (isStrict && (m_port > kLastPort || (c > ' ' && c != ','))) {
         return KxSipFault(kInvalid);
     }
     return checkValidity();
