@@ -86,7 +86,7 @@ KxSipFault KxSipURLHeadersParser<kStrict>::store(std::string_view name, std::str
         return KxSipFault(last ? "SIP URL Header key doesn't have a value (1)\n"
                                : "SIP URL Header key doesn't have a value (2)\n");
     }
-    m_url.m_headers.write().setValue(name, value.empty() ? KxString("") : KxString(value));
+    m_url.m_headers.write().setValue(name, kStrict && value.empty() ? KxString("") : KxString(value));
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug, std::string(last ? "SipURL headers now (3): " : "SipURL headers now (2): ")
                                                  .append(m_url.m_headers.getString().view()));

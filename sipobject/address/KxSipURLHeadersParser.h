@@ -13,19 +13,21 @@ class KxSipURL;
 template <bool kStrict>
 class KxSipURLHeadersParser {
 public:
-    /** Reads from `at`, which is moved; the bytes up to `readable` may be loaded. The headers of a bare URL, one in a
-        header of a message without brackets, end at "," and ";" if kStrict. */
-    KxSipURLHeadersParser(KxSipURL& url, const char*& at, const char* end, const char* readable, bool isBare)
-        : m_url(url), m_at(at), m_end(end), m_readable(readable), m_isBare(isBare) {}
+    /** Reads the text; the bytes up to `readable` may be loaded, too. The headers of a bare URL, one in a header of a
+        message without brackets, end at "," and ";" if kStrict. */
+    KxSipURLHeadersParser(KxSipURL& url, std::string_view text, const char* readable, bool isBare)
+        : m_url(url), m_at(text.data()), m_end(text.data() + text.size()), m_readable(readable), m_isBare(isBare) {}
 
     KxSipFault parse();
+    /** Where reading stopped. */
+    const char* end() const { return m_at; }
 
 private:
     int nextCharacter();
     KxSipFault store(std::string_view name, std::string_view value, bool inValue, bool last);
 
     KxSipURL& m_url;
-    const char*& m_at;
+    const char* m_at;
     const char* const m_end;
     const char* const m_readable;
     const bool m_isBare;

@@ -29,7 +29,7 @@ void debug(const char* what, const KxSharedParameters& list) {
 }
 
 bool isPort(std::string_view text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), KxAscii::isDigit) &&
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos &&
            KxAscii::toNumber(text) <= kLastPort;
 }
 
@@ -109,7 +109,7 @@ template <bool kStrict>
 
 /** Reads a user that ends at `stop`, and a password after it, if an "@" ends the two. */
 template <bool kStrict>
-[[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::takeUsualUser(const char* stop) {
+inline bool KxSipURLParser<kStrict>::takeUsualUser(const char* stop) {
     const char* const end = *stop == '@' ? stop : findDelimiter(stop + 1);
     if (end == m_end || *end != '@') {
         return false;
@@ -134,13 +134,13 @@ template <bool kStrict>
     if (stop == m_at || (end != m_end && *end != ';' && *end != '>' && *end != '?')) {
         return stop;
     }
-    const std::string_view digits(stop + hasPort, static_cast<std::size_t>(end - stop - hasPort));
-    if (kStrict && (!KxSipHost::sIsName(textTo(stop)) || (hasPort && !isPort(digits)))) {
+    const auto digits = [=] { return std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)); };
+    if (kStrict && (!KxSipHost::sIsName(textTo(stop)) || (hasPort && !isPort(digits())))) {
         return stop;
     }
     m_url.m_host = KxString(textTo(stop));
     if (hasPort) {
-        setPort(digits);
+        setPort(digits());
     }
     m_hostSeen = true;
     m_previous = ':';
@@ -456,7 +456,10 @@ auto KxSipURLParser<kStrict>::comma() -> Next {
 
 template <bool kStrict>
 KxSipFault KxSipURLParser<kStrict>::parseHeaders() {
-    return KxSipURLHeadersParser<kStrict>(m_url, m_at, m_end, m_line.readableEnd(), isBare()).parse();
+    KxSipURLHeadersParser<kStrict> parser(m_url, textTo(m_end), m_line.readableEnd(), isBare());
+    const KxSipFault fault = parser.parse();
+    m_at = parser.end();
+    return fault;
 }
 
 template KxSipFault KxSipURLParser<false>::parse();

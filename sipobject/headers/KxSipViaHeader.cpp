@@ -142,8 +142,17 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
         line.read();
     }
     m_transport = KxString(KxAscii::trimEnd(line.token(sDelimeters))).upper();
-    const bool isStrict = KxSipGrammar::sReadsViasStrictly();
-    if (isStrict) {
+    return KxSipGrammar::sReadsViasStrictly() ? parseStrictly(line) : parseAfterTransport<false>(line);
+}
+
+/** Apart, so that the usual reading needs no more registers. */
+[[gnu::noinline]] KxSipFault KxSipViaHeader::parseStrictly(KxSipLine& line) {
+    return parseAfterTransport<true>(line);
+}
+
+template <bool kStrict>
+[[gnu::always_inline]] inline KxSipFault KxSipViaHeader::parseAfterTransport(KxSipLine& line) {
+    if constexpr (kStrict) {
         setHost(KxSipHost(sTakeHost(line)));
     } else {
         m_host = KxString(KxAscii::trimEnd(line.token(sDelimeters)));
@@ -152,7 +161,7 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
     for (; c == ':' || c == '(' || c == ';'; c = KxStreamTokenizer::sDiscardWhite(line)) {
         line.read();
         if (c == ':') {
-            if (isStrict && (m_hasPort || expectDigit(line, kInvalid))) {
+            if (kStrict && (m_hasPort || expectDigit(line, kInvalid))) {
                 return KxSipFault(kInvalid);
             }
             m_port = KxStreamTokenizer::sGetUnsigned(line);
@@ -160,7 +169,7 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
         } else if (c == '(') {
             m_comment = KxString(line.until<')', '\r', '\n'>()); // an unclosed one must not consume the line end
             line.read();
-        } else if (isStrict) {
+        } else if (kStrict) {
             m_parameters.write().parse(line);
         } else {
             const std::string_view parameters = KxAscii::trim(line.until<','>());
@@ -169,7 +178,7 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
             }
         }
     }
-    if (isStrict && (m_port > kLastPort || (c > ' ' && c != ','))) {
+    if (kStrict && (m_port > kLastPort || (c > ' ' && c != ','))) {
         return KxSipFault(kInvalid);
     }
     return checkValidity();

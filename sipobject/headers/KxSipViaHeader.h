@@ -106,6 +106,9 @@ private:
     KxSipViaHeader();
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
+    KxSipFault parseStrictly(KxSipLine& line);
+    template <bool kStrict>
+    KxSipFault parseAfterTransport(KxSipLine& line);
     KxSipFault checkValidity() const;
     static std::string_view sTakeHost(KxSipLine& line);
     void setHost(const KxSipHost& host);
