@@ -54,7 +54,7 @@ KxSipFault KxSipURLHeadersParser<kStrict>::parse() {
             }
             ++m_at; // a folded line continues
         } else if (c == kSeparator) {
-            if (const KxSipFault fault = store(name.view(), value.view(), inValue, false)) {
+            if (const KxSipFault fault = store(inValue ? name.view() : std::string_view(), value.view(), false)) {
                 return fault;
             }
             name.clear();
@@ -72,13 +72,12 @@ KxSipFault KxSipURLHeadersParser<kStrict>::parse() {
             (inValue ? value : name).append(static_cast<char>(c));
         }
     }
-    return store(name.view(), value.view(), inValue, true);
+    return store(inValue ? name.view() : std::string_view(), value.view(), true);
 }
 
 template <bool kStrict>
-KxSipFault KxSipURLHeadersParser<kStrict>::store(std::string_view name, std::string_view value, bool inValue,
-                                                 bool last) {
-    if (!inValue || name.empty()) {
+KxSipFault KxSipURLHeadersParser<kStrict>::store(std::string_view name, std::string_view value, bool last) {
+    if (name.empty()) {
         return KxSipFault(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
                                : "SIP URL Header doesn't have Key/Value pair (2)\n");
     }

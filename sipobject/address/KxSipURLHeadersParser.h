@@ -24,7 +24,8 @@ public:
 
 private:
     int nextCharacter();
-    KxSipFault store(std::string_view name, std::string_view value, bool inValue, bool last);
+    /** Refuses an empty name, which a pair without "=" has, too. */
+    KxSipFault store(std::string_view name, std::string_view value, bool last);
 
     KxSipURL& m_url;
     const char* m_at;

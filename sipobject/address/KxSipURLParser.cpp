@@ -28,9 +28,8 @@ void debug(const char* what, const KxSharedParameters& list) {
     }
 }
 
-bool isPort(std::string_view text) {
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos &&
-           KxAscii::toNumber(text) <= kLastPort;
+bool areDigits(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return KxAscii::isDigit(c); });
 }
 
 } // namespace
@@ -130,16 +129,17 @@ inline bool KxSipURLParser<kStrict>::takeUsualUser(const char* stop) {
 template <bool kStrict>
 [[gnu::noinline]] const char* KxSipURLParser<kStrict>::takeUsualHost(const char* stop) {
     const bool hasPort = stop != m_end && *stop == ':';
-    const char* const end = hasPort ? std::find_if_not(stop + 1, m_end, KxAscii::isDigit) : stop;
+    const char* const end =
+        hasPort ? std::find_if_not(stop + 1, m_end, [](char c) { return KxAscii::isDigit(c); }) : stop;
     if (stop == m_at || (end != m_end && *end != ';' && *end != '>' && *end != '?')) {
         return stop;
     }
     const auto digits = [=] { return std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)); };
-    if (kStrict && (!KxSipHost::sIsName(textTo(stop)) || (hasPort && !isPort(digits())))) {
+    if (kStrict && (!KxSipHost::sIsName(textTo(stop)) || (hasPort && (digits().empty() || !setPort(digits()))))) {
         return stop;
     }
     m_url.m_host = KxString(textTo(stop));
-    if (hasPort) {
+    if (!kStrict && hasPort) {
         setPort(digits());
     }
     m_hostSeen = true;
@@ -178,10 +178,11 @@ template <bool kStrict>
     if (digits.empty()) {
         return true;
     }
-    if (kStrict && !isPort(digits)) {
+    const std::int64_t port = KxAscii::toNumber(digits);
+    if (kStrict && (port > kLastPort || !areDigits(digits))) {
         return false;
     }
-    m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(digits));
+    m_url.m_port = static_cast<std::uint32_t>(port);
     m_url.m_hasPort = true;
     return true;
 }
@@ -456,7 +457,7 @@ auto KxSipURLParser<kStrict>::comma() -> Next {
 
 template <bool kStrict>
 KxSipFault KxSipURLParser<kStrict>::parseHeaders() {
-    KxSipURLHeadersParser<kStrict> parser(m_url, textTo(m_end), m_line.readableEnd(), isBare());
+    KxSipURLHeadersParser<kStrict> parser(m_url, textTo(m_end), m_line.readableEnd(), kStrict && isBare());
     const KxSipFault fault = parser.parse();
     m_at = parser.end();
     return fault;

@@ -142,7 +142,10 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
         line.read();
     }
     m_transport = KxString(KxAscii::trimEnd(line.token(sDelimeters))).upper();
-    return KxSipGrammar::sReadsViasStrictly() ? parseStrictly(line) : parseAfterTransport<false>(line);
+    if (KxSipGrammar::sReadsViasStrictly()) [[unlikely]] {
+        return parseStrictly(line);
+    }
+    return parseAfterTransport<false>(line);
 }
 
 /** Apart, so that the usual reading needs no more registers. */
