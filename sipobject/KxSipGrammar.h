@@ -75,6 +75,17 @@ public:
         }
     }
 
+    /** Hosts may be IPv6 references. Other hosts, and ports, are checked. [RFC 3261 25.1, RFC 5954 4.1] */
+    static bool sChecksHosts() { return sIsRFC(); }
+    /** The parts of a SIP URL are those of RFC 3261 25.1, its escapes are kept, and other text is refused; "sips" is
+        known. [RFC 5630] */
+    static bool sReadsURLsStrictly() { return sIsRFC(); }
+    /** URLs are equal if they mean the same. [RFC 3261 19.1.4, RFC 3966 4] */
+    static bool sComparesURLsByMeaning() { return sIsRFC(); }
+    /** A Via may have any transport, and quoted commas; the default port depends on the transport, and sent-by compares
+        by meaning. [RFC 3261 18.1.1, 20.42] */
+    static bool sReadsViasStrictly() { return sIsRFC(); }
+
 private:
     enum State : std::uint8_t { kClassic, kRFC, kOpen };
 

@@ -2,8 +2,12 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipEscapes.h"
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/KxSipHost.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURLParser.h"
+#include "sipobject/address/KxURIEquivalence.h"
 #include "util/KxByteArrayOutputStream.h"
 
 #include <algorithm>
@@ -17,6 +21,8 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 constexpr KxCharSet kEscapedInHeader("&+/:;=?@");
 constexpr KxCharSet kNotInUser("\"&:@");
 constexpr KxCharSet kNotInHost("\"&:@,;?"); // and not in a password
+constexpr KxCharSet kNotInStrictUser("\":@");
+constexpr KxCharSet kInHeader("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.!~*'()[]/?:+$");
 constexpr std::uint32_t kLastPort = 65535;
 
 KxURI* makeSipURL() {
@@ -39,6 +45,9 @@ bool isPart(std::string_view text, const KxCharSet& excluded) {
 
 /** Between quotes, a user may contain any delimiter. */
 bool isUser(std::string_view text) {
+    if (KxSipGrammar::sReadsURLsStrictly()) {
+        return isPart(text, kNotInStrictUser);
+    }
     bool quoted = false;
     for (const char c : text) {
         quoted ^= c == '"';
@@ -47,6 +56,18 @@ bool isUser(std::string_view text) {
         }
     }
     return !quoted;
+}
+
+/** The transport of a sips URL that names this one. */
+KxSocketImpl::Transport overTLS(KxSocketImpl::Transport transport) {
+    switch (transport) {
+    case KxSocketImpl::TCP:
+        return KxSocketImpl::TLS;
+    case KxSocketImpl::WS:
+        return KxSocketImpl::WSS;
+    default:
+        return transport;
+    }
 }
 
 void require(bool isValid, const char* otherwise) {
@@ -71,6 +92,7 @@ void writeEscaped(KxOutputStream& out, std::string_view value) {
 } // namespace
 
 constinit const KxConstString KxSipURL::sToken{"sip"};
+constinit const KxConstString KxSipURL::sSecureToken{"sips"};
 constinit const KxConstString KxSipURL::DEFAULT_PORT_STRING{"5060"};
 
 KxSipURL::KxSipURL() : KxURI(sToken, true) {}
@@ -87,6 +109,7 @@ KxSipURL::KxSipURL(const KxSipURL& other)
       m_host(other.m_host),
       m_port(other.m_port),
       m_hasPort(other.m_hasPort),
+      m_form(other.m_form),
       m_parameters(other.m_parameters),
       m_headers(other.m_headers) {
     m_isSipURL = true;
@@ -116,7 +139,7 @@ std::uint32_t KxSipURL::getPort() const {
     if (m_hasPort) {
         return m_port;
     }
-    return getTransportParam() == KxSocketImpl::TLS ? 5061 : 5060;
+    return isSecure() || getTransportParam() == KxSocketImpl::TLS ? 5061 : 5060;
 }
 
 std::int64_t KxSipURL::getTTL() const {
@@ -130,20 +153,42 @@ KxUserParam KxSipURL::getUserParam() const {
 
 KxSocketImpl::Transport KxSipURL::getTransportParam() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::getTransportParam");
+    const KxSocketImpl::Transport unsaid = isSecure() ? KxSocketImpl::TLS : KxSocketImpl::UDP;
     const KxString* const name = m_parameters.findValue("transport");
     if (name == nullptr) {
-        return KxSocketImpl::UDP;
+        return unsaid;
     }
     const auto transport = KxSocketImpl::parseTransport(*name);
     if (transport.isValid()) {
-        return transport.get();
+        return isSecure() ? overTLS(transport.get()) : transport.get();
     }
     if (s_unknownTransportLogger.isEnabled(Oskan::LogLevel::Warn)) {
         s_unknownTransportLogger.log(Oskan::LogLevel::Warn, std::string("Contact header contains unknown transport : ")
                                                                 .append(name->view())
-                                                                .append(". Using default UDP transport"));
+                                                                .append(". Using default ")
+                                                                .append(KxSocketImpl::getTransportString(unsaid))
+                                                                .append(" transport"));
     }
-    return KxSocketImpl::UDP;
+    return unsaid;
+}
+
+KxString KxSipURL::getHeader(std::string_view name) const {
+    if (!KxSipGrammar::sReadsURLsStrictly()) {
+        return m_headers.getValue(name);
+    }
+    const auto found = std::find_if(m_headers.begin(), m_headers.end(), [name](const KxParameters::Pair& header) {
+        return KxAscii::equalsNoCase(KxSipEscapes::sDecoded(header.name), name);
+    });
+    return found == m_headers.end() ? KxString() : KxString(std::string_view(KxSipEscapes::sDecoded(found->value)));
+}
+
+/** A header without escapes. */
+KxParameters::Pair KxSipURL::sDecoded(const KxParameters::Pair& header) {
+    if (!KxSipGrammar::sReadsURLsStrictly()) {
+        return header;
+    }
+    return {KxString(std::string_view(KxSipEscapes::sDecoded(header.name))),
+            KxString(std::string_view(KxSipEscapes::sDecoded(header.value)))};
 }
 
 void KxSipURL::setTransportParam(KxSocketImpl::Transport transport) {
@@ -158,7 +203,12 @@ void KxSipURL::parse(KxInputStream& in) {
 
 KxSipFault KxSipURL::parse(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
-    return KxSipURLParser(*this, line).parse();
+    return KxSipGrammar::sReadsURLsStrictly() ? parseStrictly(line) : KxSipURLParser<false>(*this, line).parse();
+}
+
+/** Apart, so that the two parsers do not share a frame. */
+[[gnu::noinline]] KxSipFault KxSipURL::parseStrictly(KxSipLine& line) {
+    return KxSipURLParser<true>(*this, line).parse();
 }
 
 void KxSipURL::parse(const char* text) {
@@ -176,7 +226,9 @@ void KxSipURL::parse(KxSipText text) {
 void KxSipURL::parseHeader(KxInputStream& in) {
     const Oskan::EntryDepth entry;
     KxSipLine line(in);
-    KxSipURLParser(*this, line).parseHeaders().raiseIfAny();
+    const KxSipFault fault = KxSipGrammar::sReadsURLsStrictly() ? KxSipURLParser<true>(*this, line).parseHeaders()
+                                                                : KxSipURLParser<false>(*this, line).parseHeaders();
+    fault.raiseIfAny();
 }
 
 void KxSipURL::setUser(KxSipText user) {
@@ -184,18 +236,28 @@ void KxSipURL::setUser(KxSipText user) {
     KxString text = user.line();
     if (text.empty()) {
         m_password = KxString();
+        setForm(kEmptyPassword, false);
     }
     m_user = std::move(text);
 }
 
 void KxSipURL::setUserPassword(KxSipText password) {
-    require(isPart(password.view(), kNotInHost) && (password.isNone() || !m_user.empty()),
-            "Invalid password in SIP URL");
+    const KxCharSet& excluded = KxSipGrammar::sReadsURLsStrictly() ? kNotInStrictUser : kNotInHost;
+    require(isPart(password.view(), excluded) && (password.isNone() || !m_user.empty()), "Invalid password in SIP URL");
     m_password = password.line();
+    setForm(kEmptyPassword, false);
 }
 
 void KxSipURL::setHost(KxSipText host) {
-    require(isPart(host.view(), kNotInHost) && !host.isNone(), "Invalid host in SIP URL");
+    constexpr const char* kInvalid = "Invalid host in SIP URL";
+    if (KxSipGrammar::sChecksHosts()) {
+        const KxSipHost given = KxSipHost::sGiven(host.view());
+        require(given.isValid(), kInvalid);
+        m_host = given.text() == host.view() ? host.line() : KxString(given.text());
+        setForm(kIPv6Host, given.isIPv6());
+        return;
+    }
+    require(isPart(host.view(), kNotInHost) && !host.isNone(), kInvalid);
     m_host = host.line();
 }
 
@@ -219,7 +281,9 @@ KxString KxSipURL::getString() const {
 void KxSipURL::display(KxOutputStream& out, bool) const {
     constexpr std::string_view kScheme("sip:", 4);
     constexpr std::string_view kBehindUser("@", 1);
-    if (m_user.empty()) {
+    if (m_form != 0) [[unlikely]] {
+        displaySeldom(out);
+    } else if (m_user.empty()) {
         out.writeAll(kScheme, m_host.view());
     } else if (m_password.empty()) {
         out.writeAll(kScheme, m_user.view(), kBehindUser, m_host.view());
@@ -232,16 +296,43 @@ void KxSipURL::display(KxOutputStream& out, bool) const {
     }
     m_parameters.serializeWithSemicolon(out);
     if (!m_headers.empty()) {
-        out.write('?');
-        bool first = true;
-        for (const KxParameters::Pair& header : m_headers) {
-            if (header.name.empty()) {
-                continue;
-            }
-            if (!first) {
-                out.write(std::string_view("%3B", 3));
-            }
-            first = false;
+        displayHeaders(out);
+    }
+}
+
+/** Writes what is before the port. */
+[[gnu::cold]] void KxSipURL::displaySeldom(KxOutputStream& out) const {
+    out << (isSecure() ? "sips:" : "sip:") << m_user;
+    if (!m_user.empty()) {
+        if (!m_password.empty() || (m_form & kEmptyPassword) != 0) {
+            out << ':' << m_password;
+        }
+        out << '@';
+    }
+    if (isHostIPv6()) {
+        out << '[' << m_host << ']';
+    } else {
+        out << m_host;
+    }
+}
+
+void KxSipURL::displayHeaders(KxOutputStream& out) const {
+    const bool isStrict = KxSipGrammar::sReadsURLsStrictly();
+    out.write('?');
+    bool first = true;
+    for (const KxParameters::Pair& header : m_headers) {
+        if (header.name.empty()) {
+            continue;
+        }
+        if (!first) {
+            out.write(isStrict ? std::string_view("&", 1) : std::string_view("%3B", 3));
+        }
+        first = false;
+        if (isStrict) {
+            KxSipEscapes::sWrite(out, header.name, kInHeader);
+            out.write('=');
+            KxSipEscapes::sWrite(out, header.value, kInHeader);
+        } else {
             out.write(header.name.view());
             out.write(std::string_view("%3D", 3));
             writeEscaped(out, header.value);
@@ -249,7 +340,19 @@ void KxSipURL::display(KxOutputStream& out, bool) const {
     }
 }
 
+bool KxSipURL::isEquivalentTo(const KxSipURL& other) const {
+    return isSecure() == other.isSecure() && m_hasPort == other.m_hasPort && (!m_hasPort || m_port == other.m_port) &&
+           KxURIEquivalence::sOfUsers(m_user, other.m_user) &&
+           KxURIEquivalence::sOfUsers(m_password, other.m_password) &&
+           (m_form & kEmptyPassword) == (other.m_form & kEmptyPassword) && KxSipHost::sAreEqual(m_host, other.m_host) &&
+           KxURIEquivalence::sOfParameters(m_parameters, other.m_parameters) &&
+           KxURIEquivalence::sOfHeaders(m_headers, other.m_headers);
+}
+
 bool KxSipURL::operator==(const KxSipURL& other) const {
+    if (KxSipGrammar::sComparesURLsByMeaning()) {
+        return isEquivalentTo(other);
+    }
     return m_user == other.m_user && m_host == other.m_host && m_port == other.getPort() &&
            getTransportParam() == other.getTransportParam() && m_password == other.m_password &&
            parametersMatch(other) && headersMatch(other);

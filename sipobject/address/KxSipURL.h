@@ -18,10 +18,16 @@ enum KxUserParam { KX_USER_NONE = 0, KX_USER_PHONE = 1 };
     ordinary character in them, but before them it is read as an opening bracket; the user may contain quotes.
     "SIP:bob:pw@h:5070;lr" -> "sip:bob:pw@h:5070;lr"
 
+    In the RFC grammar it is a SIP or SIPS URI: hosts may be IPv6 references and are checked, as ports are; escapes are
+    kept; headers are separated by "&"; a URL without brackets in a header ends at a comma, too; text that does not fit
+    is refused. [RFC 3261 25.1, RFC 5630, RFC 5954]
+    "SIPS:a&b@[2001:db8::1]?Subject=x%20y&Priority=" -> "sips:a&b@[2001:db8::1]?Subject=x%20y&Priority="
+
     A copy shares no data with the original that can be changed. Used by one thread at a time. */
 class KX_SIP_API KxSipURL final : public KxURI {
 public:
     static const KxConstString sToken;
+    static const KxConstString sSecureToken;
     static const KxConstString DEFAULT_PORT_STRING;
 
     KxSipURL();
@@ -53,7 +59,9 @@ public:
 
     void display(KxOutputStream& out, bool verbose) const override;
 
-    /** Reads the headers after the "?", up to a ">" (consumed) or the end. Throws KxSipParseError "SIP URL Header
+    /** Reads the headers after the "?", up to a ">" (consumed) or the end. In the RFC grammar they are kept as written,
+        and may have an empty value; those of a URL that is neither in brackets nor standalone end at "," and ";", too.
+        Throws KxSipParseError "SIP URL Header
         doesn't have Key/Value pair (1)\n" if a name is empty or has no "=" after it, and "SIP URL Header key doesn't
         have a value (1)\n" for an empty value. The texts have (1) for the last header, and (2) for one that ends at a
         ";". */
@@ -61,8 +69,13 @@ public:
 
     const KxString& getUser() const { return m_user; }
     const KxString& getUserPassword() const { return m_password; }
+    /** An IPv6 address is without its brackets, as sockets and KxInetAddress want it. Brackets are written. */
     const KxString& getHost() const { return m_host; }
-    /** The port, or the default of the transport: 5061 for TLS, else 5060. */
+    /** Whether the host is an IPv6 address, so that it needs brackets in a text. */
+    [[nodiscard]] bool isHostIPv6() const { return (m_form & kIPv6Host) != 0; }
+    /** Whether the scheme is "sips": every hop must be protected by TLS. RFC grammar only. [RFC 5630] */
+    [[nodiscard]] bool isSecure() const { return (m_form & kSecure) != 0; }
+    /** The port, or the default of scheme and transport: 5061 for sips and for TLS, else 5060. */
     std::uint32_t getPort() const;
     [[nodiscard]] bool hasPort() const { return m_hasPort; }
     /** 1 when absent. */
@@ -71,24 +84,28 @@ public:
     KxString getMethodParam() const { return getParameter("method"); }
     KxString getMAddrParam() const { return getParameter("maddr"); }
     /** UDP when absent or unknown; an unknown transport logs a warning on the logger
-        "tandril.kx.KxSipURL.UnknownTransportInContact". */
+        "tandril.kx.KxSipURL.UnknownTransportInContact". For sips, "tcp", an absent and an unknown one are TLS, and "ws"
+        is WSS. [RFC 5630 3.1.3, RFC 7118 5.2.2] */
     KxSocketImpl::Transport getTransportParam() const;
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
-    KxString getHeader(std::string_view name) const { return m_headers.getValue(name); }
-    /** The lists themselves, shared; never nil. */
+    /** Nil when absent. Without escapes, in either grammar. */
+    KxString getHeader(std::string_view name) const;
+    /** The lists themselves, shared; never nil. In the RFC grammar, names and values are as written, with escapes. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
     KxHandle<KxParameters> getHeaders() const { return m_headers.handle(); }
 
     // Parts that are set are written, and read again as the same part. Other text throws KxSipParseError "Invalid user
     // in SIP URL" (or password, host, port), and the URL is unchanged. No part may contain blanks, control characters
-    // and any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them.
+    // and any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them. In the RFC grammar, no
+    // part may contain quotes, and user and password may contain "&".
 
     /** No text removes the user, and the password with it. */
     void setUser(KxSipText user);
     /** The user part needs a user to be written: throws KxSipParseError if there is none. May not contain any of ,;?
-        either. No text removes the password. */
+        either, unless the grammar is the RFC's. No text removes the password. */
     void setUserPassword(KxSipText password);
-    /** May not contain any of ,;? either, so no IPv6 reference. Throws KxSipParseError for no text. */
+    /** May not contain any of ,;? either, so no IPv6 reference. In the RFC grammar: a host name, an IPv4 address, or an
+        IPv6 address with or without brackets. Throws KxSipParseError for no text. */
     void setHost(KxSipText host);
     /** At most 65535. */
     void setPort(std::uint32_t port);
@@ -106,7 +123,8 @@ public:
     void removeHeader(std::string_view name) { m_headers.removeValue(name); }
     void clearHeaders() { m_headers.clear(); }
 
-    /** Whether the URLs are equivalent by the rules of this library, which differ from the RFC's. Compares user, host
+    /** Whether the URLs are equivalent. In the RFC grammar: by RFC 3261 19.1.4, where IPv6 addresses compare by value.
+        In the classic one, the rules differ from the RFC's. Compares user, host
         and password byte by byte, the stored port of this URL with getPort of the other, and the transports. One list
         of parameters may have one parameter more than the other; each parameter of the shorter list except transport
         must have an equal one in the longer list, ignoring letter case. Either both URLs or neither have headers, and
@@ -115,8 +133,21 @@ public:
 
 private:
     friend class KxURI;
+    friend class KxSipRequest;
+    template <bool kStrict>
     friend class KxSipURLParser;
+    template <bool kStrict>
+    friend class KxSipURLHeadersParser;
 
+    /** What is seldom, and of the RFC grammar only. Bits of one number, so that writing asks once. */
+    enum Form : std::uint8_t { kSecure = 1, kIPv6Host = 2, kEmptyPassword = 4 };
+
+    void setForm(Form form, bool on) { m_form = static_cast<std::uint8_t>(on ? m_form | form : m_form & ~form); }
+    KxSipFault parseStrictly(KxSipLine& line);
+    void displaySeldom(KxOutputStream& out) const;
+    void displayHeaders(KxOutputStream& out) const;
+    static KxParameters::Pair sDecoded(const KxParameters::Pair& header);
+    bool isEquivalentTo(const KxSipURL& other) const;
     bool parametersMatch(const KxSipURL& other) const;
     bool headersMatch(const KxSipURL& other) const;
 
@@ -125,6 +156,7 @@ private:
     KxString m_host;
     std::uint32_t m_port = 5060;
     bool m_hasPort = false;
+    std::uint8_t m_form = 0;
     KxSharedParameters m_parameters;
     KxSharedParameters m_headers;
 };

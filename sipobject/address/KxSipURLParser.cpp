@@ -2,10 +2,11 @@
 
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipHost.h"
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/address/KxSipURL.h"
+#include "sipobject/address/KxSipURLHeadersParser.h"
 #include "util/KxBytes.h"
-#include "util/KxHexEncoding.h"
 
 #include <algorithm>
 #include <string>
@@ -15,8 +16,11 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
-constexpr KxCharSet kHeaderSpecials(" \r\n\"%;=>"); // in "?name=value;name=value"
-constexpr char kEndOfInput = '\x04';                // like NUL, has no meaning as a delimiter before a token
+constexpr KxCharSet kBareUserEnd("@,;?\"<> \t\r\n");
+constexpr char kEndOfInput = '\x04'; // like NUL, has no meaning as a delimiter before a token
+constexpr char kInPassword = '\x05'; // a colon came after the user
+constexpr const char* kWrongFormat = "Sip URL wrong format";
+constexpr std::int64_t kLastPort = 65535;
 
 void debug(const char* what, const KxSharedParameters& list) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
@@ -24,9 +28,14 @@ void debug(const char* what, const KxSharedParameters& list) {
     }
 }
 
+bool areDigits(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return KxAscii::isDigit(c); });
+}
+
 } // namespace
 
-void KxSipURLParser::Token::addMore(const char* begin, const char* end) {
+template <bool kStrict>
+void KxSipURLParser<kStrict>::Token::addMore(const char* begin, const char* end) {
     const std::string_view more(begin, static_cast<std::size_t>(end - begin));
     if (m_view.data() + m_view.size() == begin) {
         m_view = std::string_view(m_view.data(), m_view.size() + more.size());
@@ -40,18 +49,39 @@ void KxSipURLParser::Token::addMore(const char* begin, const char* end) {
     }
 }
 
-inline const char* KxSipURLParser::findDelimiter(const char* from) const {
+template <bool kStrict>
+inline const char* KxSipURLParser<kStrict>::findDelimiter(const char* from) const {
     return kDelimiters.find(from, m_end, m_line.readableEnd());
 }
 
-bool KxSipURLParser::userIsOpen() const {
-    return m_hasUserPart && m_url.m_user.empty();
+template <bool kStrict>
+inline bool KxSipURLParser<kStrict>::userIsOpen() const {
+    return m_hasUserPart && (kStrict || m_url.m_user.empty());
+}
+
+/** Whether the URL is in a header, without brackets: "," and ";" then end it. [RFC 3261 20.10] */
+template <bool kStrict>
+inline bool KxSipURLParser<kStrict>::isBare() const {
+    return !m_bracket && !m_url.m_standalone;
+}
+
+/** Whether an "@" follows that ends a user. */
+template <bool kStrict>
+inline bool KxSipURLParser<kStrict>::findUserPart() {
+    if constexpr (kStrict) {
+        if (isBare()) {
+            const char* const stop = kBareUserEnd.find(m_at, m_end, m_line.readableEnd());
+            return stop != m_end && *stop == '@';
+        }
+    }
+    return m_line.hasUserPart(m_at);
 }
 
 /** Reads the usual start of a URL, as far as it is present: "<", "sip:", "user@" or "user:password@", and "host:port".
     Returns the first delimiter after the part that was read, or nullptr, without reading anything, if not even the
     scheme is as usual. */
-inline const char* KxSipURLParser::takeUsualStart() {
+template <bool kStrict>
+[[gnu::noinline]] const char* KxSipURLParser<kStrict>::takeUsualStart() {
     const bool bracket = m_at != m_end && *m_at == '<';
     const bool blank = m_at != m_end && *m_at == ' '; // as before a Request-URI
     const char* const scheme = m_at + (bracket || blank ? 1 : 0);
@@ -72,21 +102,22 @@ inline const char* KxSipURLParser::takeUsualStart() {
     if ((*stop == '@' || *stop == ':') && stop != m_at && takeUsualUser(stop)) {
         return takeUsualHost(findDelimiter(m_at));
     }
-    m_hasUserPart = m_line.hasUserPart(m_at);
+    m_hasUserPart = findUserPart();
     return m_hasUserPart ? stop : takeUsualHost(stop);
 }
 
 /** Reads a user that ends at `stop`, and a password after it, if an "@" ends the two. */
-inline bool KxSipURLParser::takeUsualUser(const char* stop) {
+template <bool kStrict>
+inline bool KxSipURLParser<kStrict>::takeUsualUser(const char* stop) {
     const char* const end = *stop == '@' ? stop : findDelimiter(stop + 1);
     if (end == m_end || *end != '@') {
         return false;
     }
-    m_hasUserPart = true;
+    m_hasUserPart = !kStrict;
     m_url.m_user = KxString(textTo(stop));
     if (end != stop) {
         m_at = stop + 1;
-        m_url.m_password = KxString(textTo(end));
+        setPassword(textTo(end));
     }
     m_previous = '@';
     m_at = end + 1;
@@ -95,15 +126,21 @@ inline bool KxSipURLParser::takeUsualUser(const char* stop) {
 
 /** Reads a host that ends at `stop`, and the digits of a port after it, if they end as usual; the state is then as
     after a colon without a port. Otherwise reads nothing. Returns the first delimiter after the part that was read. */
-inline const char* KxSipURLParser::takeUsualHost(const char* stop) {
+template <bool kStrict>
+[[gnu::noinline]] const char* KxSipURLParser<kStrict>::takeUsualHost(const char* stop) {
     const bool hasPort = stop != m_end && *stop == ':';
-    const char* const end = hasPort ? std::find_if_not(stop + 1, m_end, KxAscii::isDigit) : stop;
+    const char* const end =
+        hasPort ? std::find_if_not(stop + 1, m_end, [](char c) { return KxAscii::isDigit(c); }) : stop;
     if (stop == m_at || (end != m_end && *end != ';' && *end != '>' && *end != '?')) {
         return stop;
     }
+    const auto digits = [=] { return std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)); };
+    if (kStrict && (!KxSipHost::sIsName(textTo(stop)) || (hasPort && (digits().empty() || !setPort(digits()))))) {
+        return stop;
+    }
     m_url.m_host = KxString(textTo(stop));
-    if (hasPort) {
-        setPort(std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)));
+    if (!kStrict && hasPort) {
+        setPort(digits());
     }
     m_hostSeen = true;
     m_previous = ':';
@@ -111,36 +148,76 @@ inline const char* KxSipURLParser::takeUsualHost(const char* stop) {
     return end;
 }
 
-inline void KxSipURLParser::setPort(std::string_view digits) {
-    if (!digits.empty()) {
-        m_url.m_port = static_cast<std::uint32_t>(KxAscii::toNumber(digits));
-        m_url.m_hasPort = true;
+/** An empty password is written, too, if kStrict. */
+template <bool kStrict>
+[[gnu::always_inline]] inline void KxSipURLParser<kStrict>::setPassword(std::string_view text) {
+    m_url.m_password = KxString(text);
+    if (kStrict && text.empty()) {
+        m_url.setForm(KxSipURL::kEmptyPassword, true);
     }
 }
 
-inline void KxSipURLParser::closeToken() {
+/** Returns false, without a change, for text that can't be the host. */
+template <bool kStrict>
+[[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::setHost(std::string_view text) {
+    if constexpr (kStrict) {
+        const KxSipHost host(text);
+        if (!host.isValid()) {
+            return false;
+        }
+        m_url.setForm(KxSipURL::kIPv6Host, host.isIPv6());
+        text = host.text();
+    }
+    m_url.m_host = KxString(text);
+    return true;
+}
+
+/** Returns false, without a change, for text that can't be a port. No text changes nothing. */
+template <bool kStrict>
+[[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::setPort(std::string_view digits) {
+    if (digits.empty()) {
+        return true;
+    }
+    const std::int64_t port = KxAscii::toNumber(digits);
+    if (kStrict && (port > kLastPort || !areDigits(digits))) {
+        return false;
+    }
+    m_url.m_port = static_cast<std::uint32_t>(port);
+    m_url.m_hasPort = true;
+    return true;
+}
+
+/** Returns false if the token can't be what it must be. */
+template <bool kStrict>
+[[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::closeToken() {
+    bool isRight = true;
     if (m_previous == ':' && m_hostSeen) {
-        setPort(m_token.view());
+        isRight = setPort(m_token.view());
     } else if (m_previous == ':' || m_previous == '@') {
-        m_url.m_host = KxString(m_token.view());
+        isRight = setHost(m_token.view());
     }
     m_token.clear();
+    return !kStrict || isRight;
 }
 
-[[gnu::cold]] KxSipURLParser::Next KxSipURLParser::refuse(const char* text) {
+template <bool kStrict>
+[[gnu::cold]] auto KxSipURLParser<kStrict>::refuse(const char* text) -> Next {
     m_fault = KxSipFault(text);
     return Next::Refused;
 }
 
-inline KxSipURLParser::Next KxSipURLParser::doneWithHost() {
-    return m_url.m_host.empty() ? refuse("Sip URL wrong format") : Next::Done;
+template <bool kStrict>
+[[gnu::always_inline]] inline auto KxSipURLParser<kStrict>::doneWithHost() -> Next {
+    return m_url.m_host.empty() ? refuse(kWrongFormat) : Next::Done;
 }
 
-[[gnu::cold, gnu::noinline]] void KxSipURLParser::parseWithoutReturns(std::string_view parameters) {
+template <bool kStrict>
+[[gnu::cold, gnu::noinline]] void KxSipURLParser<kStrict>::parseWithoutReturns(std::string_view parameters) {
     m_url.m_parameters.write().parse(KxSipLineText::sWithoutReturns(parameters).view());
 }
 
-inline void KxSipURLParser::parameters() {
+template <bool kStrict>
+[[gnu::noinline]] bool KxSipURLParser<kStrict>::parameters() {
     const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_line.readableEnd());
     if (stop != m_end && *stop == '\r') [[unlikely]] {
         stop = KxBytes::findAny<'\n', '>', '?'>(stop, m_end);
@@ -148,34 +225,74 @@ inline void KxSipURLParser::parameters() {
     } else if (stop != m_at) {
         m_url.m_parameters.write().parse(textTo(stop), m_line.readableEnd());
     }
+    const bool isQuoted = kStrict && KxBytes::findAny<'"'>(m_at, stop, m_line.readableEnd()) != stop;
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
     m_previous = stop == m_end ? kEndOfInput : *stop;
+    return !isQuoted;
 }
 
-inline KxSipURLParser::Next KxSipURLParser::colon() {
+template <bool kStrict>
+inline auto KxSipURLParser<kStrict>::takeScheme(std::string_view token) -> Next {
+    const KxString& sip = KxSipURL::sToken;
+    if (token == sip.view()) {
+        m_url.m_Scheme = sip;
+    } else if (sip.equalsNoCase(token)) {
+        m_url.m_Scheme = KxString(token);
+    } else if (kStrict && KxSipURL::sSecureToken.equalsNoCase(token)) {
+        m_url.m_Scheme = KxSipURL::sSecureToken;
+        m_url.setForm(KxSipURL::kSecure, true);
+    } else {
+        return refuse("Scheme is not SIP");
+    }
+    if constexpr (kStrict) {
+        m_hasUserPart = findUserPart(); // whether the URL is bare was not known before
+    }
+    return Next::More;
+}
+
+/** Whether the token is the beginning of an IPv6 reference, to which a colon after it belongs. */
+template <bool kStrict>
+inline bool KxSipURLParser<kStrict>::isInReference(std::string_view token) const {
+    return kStrict && !m_hasUserPart && !m_hostSeen && m_previous != '\0' && !token.empty() && token.front() == '[' &&
+           token.back() != ']';
+}
+
+template <bool kStrict>
+[[gnu::noinline]] auto KxSipURLParser<kStrict>::colon() -> Next {
     const std::string_view token = m_token.view();
+    Next next = Next::More;
+    if (isInReference(token)) {
+        m_token.add(m_at - 1, m_at);
+        return next;
+    }
     if (m_previous == '\0') {
-        const KxString& sip = KxSipURL::sToken;
-        if (token == sip.view()) {
-            m_url.m_Scheme = sip;
-        } else if (sip.equalsNoCase(token)) {
-            m_url.m_Scheme = KxString(token);
-        } else {
-            return refuse("Scheme is not SIP");
-        }
+        next = takeScheme(token);
     } else if (m_previous == ':' && m_hasUserPart) {
+        if (kStrict && token.empty()) {
+            return refuse(kWrongFormat);
+        }
         m_url.m_user = KxString(token);
+        if (kStrict) {
+            m_previous = kInPassword;
+            m_token.clear();
+            return next;
+        }
+    } else if (kStrict && m_previous == kInPassword) {
+        return refuse(kWrongFormat);
     } else if (m_previous == ':' || m_previous == '@') {
-        m_url.m_host = KxString(token);
+        if ((kStrict && (m_hostSeen || m_at == m_end || !KxAscii::isDigit(*m_at))) || !setHost(token)) {
+            return refuse(kWrongFormat);
+        }
         m_hostSeen = true;
     }
     m_previous = ':';
     m_token.clear();
-    return Next::More;
+    return next;
 }
 
-inline KxSipURLParser::Next KxSipURLParser::semicolon() {
+template <bool kStrict>
+[[gnu::always_inline]] inline auto KxSipURLParser<kStrict>::semicolon() -> Next {
     const bool ownParameters = m_bracket || m_url.m_standalone;
     if (userIsOpen() || (ownParameters && m_previous != ':' && m_previous != '@')) {
         m_token.add(m_at - 1, m_at);
@@ -184,23 +301,27 @@ inline KxSipURLParser::Next KxSipURLParser::semicolon() {
     if (m_previous != ':' && m_previous != '@') {
         return refuse("Illegal URL construct");
     }
-    closeToken();
+    if (!closeToken()) {
+        return refuse(kWrongFormat);
+    }
     const Next next = doneWithHost();
     if (next != Next::Done || !ownParameters) {
         return next;
     }
-    parameters();
-    return Next::More;
+    return parameters() ? Next::More : refuse(kWrongFormat);
 }
 
 /** Handles the end of input, a line end, ">" or "?". */
-inline KxSipURLParser::Next KxSipURLParser::end(int c) {
+template <bool kStrict>
+[[gnu::always_inline]] inline auto KxSipURLParser<kStrict>::end(int c) -> Next {
     if (c == '?') {
         if (userIsOpen()) {
             m_token.add(m_at - 1, m_at);
             return Next::More;
         }
-        closeToken();
+        if (!closeToken()) {
+            return refuse(kWrongFormat);
+        }
         m_fault = parseHeaders();
         return m_fault ? Next::Refused : doneWithHost();
     }
@@ -208,12 +329,32 @@ inline KxSipURLParser::Next KxSipURLParser::end(int c) {
         m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
         m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
     }
-    closeToken();
+    if (!closeToken()) {
+        return refuse(kWrongFormat);
+    }
     return doneWithHost();
 }
 
+/** Handles "<" and "&". */
+template <bool kStrict>
+auto KxSipURLParser<kStrict>::bracket(char c) -> Next {
+    if (kStrict && c == '&') {
+        m_token.add(m_at - 1, m_at);
+        return Next::More;
+    }
+    if (kStrict && (m_previous != '\0' || !m_token.view().empty())) {
+        return refuse(kWrongFormat);
+    }
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug, "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
+    }
+    m_bracket = true;
+    return Next::More;
+}
+
 /** Reads the token that ends at `stop`, a delimiter or the end, and then the delimiter. */
-inline KxSipURLParser::Next KxSipURLParser::take(const char* stop) {
+template <bool kStrict>
+[[gnu::noinline]] auto KxSipURLParser<kStrict>::take(const char* stop) -> Next {
     m_token.add(m_at, stop);
     m_at = stop;
     const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
@@ -233,17 +374,17 @@ inline KxSipURLParser::Next KxSipURLParser::take(const char* stop) {
         return comma();
     case '<':
     case '&':
-        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-            s_logger.log(Oskan::LogLevel::Debug, "KxSipURL::parse(rInputStream) Found '<' setting Abracket to true");
-        }
-        m_bracket = true;
-        return Next::More;
+        return bracket(*stop);
     default:
         return end(c);
     }
 }
 
-KxSipFault KxSipURLParser::parse() {
+template <bool kStrict>
+KxSipFault KxSipURLParser<kStrict>::parse() {
+    if constexpr (kStrict) {
+        m_url.m_form = 0;
+    }
     const char* stop = takeUsualStart();
     if (stop == nullptr) {
         m_url.m_Scheme = KxString();
@@ -256,7 +397,11 @@ KxSipFault KxSipURLParser::parse() {
     return m_fault;
 }
 
-KxSipURLParser::Next KxSipURLParser::addQuoted() {
+template <bool kStrict>
+auto KxSipURLParser<kStrict>::addQuoted() -> Next {
+    if (kStrict) {
+        return refuse(kWrongFormat);
+    }
     const char* from = m_at - 1;
     if (userIsOpen()) {
         m_at = std::find(m_at, m_end, '"');
@@ -272,95 +417,53 @@ KxSipURLParser::Next KxSipURLParser::addQuoted() {
     return Next::More;
 }
 
-KxSipURLParser::Next KxSipURLParser::at() {
-    if (m_previous == '\0') {
+template <bool kStrict>
+auto KxSipURLParser<kStrict>::at() -> Next {
+    if (!kStrict && m_previous == '\0') {
         return Next::More;
     }
-    if (m_previous == '@') {
-        return refuse("Sip URL wrong format");
+    if (m_previous == '@' || (kStrict && (m_previous == '\0' || !m_hasUserPart))) {
+        return refuse(kWrongFormat);
     }
     const std::string_view token = m_token.view();
-    if (!m_url.m_user.empty()) {
-        m_url.m_password = KxString(token);
+    if (kStrict ? m_previous == kInPassword : !m_url.m_user.empty()) {
+        setPassword(token);
     } else if (token.empty()) {
         return refuse("Sip URL wrong format (\"@\" present without a user part)");
     } else {
         m_url.m_user = KxString(token);
     }
+    m_hasUserPart = m_hasUserPart && !kStrict;
     m_previous = '@';
     m_token.clear();
     return Next::More;
 }
 
-KxSipURLParser::Next KxSipURLParser::comma() {
+template <bool kStrict>
+auto KxSipURLParser<kStrict>::comma() -> Next {
     if (userIsOpen()) {
         m_token.add(m_at - 1, m_at);
         return Next::More;
     }
+    if (kStrict && m_bracket) {
+        return refuse(kWrongFormat);
+    }
     --m_at; // the next value of the header begins there
-    closeToken();
+    if (!closeToken()) {
+        return refuse(kWrongFormat);
+    }
     return doneWithHost();
 }
 
-/** Reads the next character, decoded if escaped; returns -1 at the end. An incomplete escape is not decoded. */
-int KxSipURLParser::nextHeaderCharacter() {
-    if (m_at == m_end) {
-        return -1;
-    }
-    const char c = *m_at++;
-    if (c != '%' || m_end - m_at < 2) {
-        return static_cast<unsigned char>(c);
-    }
-    m_at += 2;
-    return static_cast<unsigned char>(KxHexEncoding::fromHex(m_at[-2], m_at[-1]));
+template <bool kStrict>
+KxSipFault KxSipURLParser<kStrict>::parseHeaders() {
+    KxSipURLHeadersParser<kStrict> parser(m_url, textTo(m_end), m_line.readableEnd(), kStrict && isBare());
+    const KxSipFault fault = parser.parse();
+    m_at = parser.end();
+    return fault;
 }
 
-KxSipFault KxSipURLParser::parseHeaders() {
-    const Oskan::TraceScope trace(s_logger, "KxSipURL::parseHeader");
-    Oskan::FastString<256> name;
-    Oskan::FastString<256> value;
-    bool inValue = false;
-    bool quoted = false;
-    while (true) {
-        const char* const stop = kHeaderSpecials.find(m_at, m_end, m_line.readableEnd());
-        (inValue ? value : name).append(m_at, static_cast<std::size_t>(stop - m_at));
-        m_at = stop;
-        const int c = nextHeaderCharacter();
-        if (c < 0 || c == '>') {
-            break;
-        }
-        if (c == '\n') {
-            if (m_at == m_end || (*m_at != ' ' && *m_at != '\t')) {
-                break;
-            }
-            ++m_at; // a folded line continues
-        } else if (c == ';') {
-            if (const KxSipFault fault = storeHeader(inValue ? name.view() : std::string_view(), value.view(), false)) {
-                return fault;
-            }
-            name.clear();
-            value.clear();
-            inValue = false;
-        } else if (c == '=' && !inValue) {
-            inValue = true;
-        } else if (c != '\r' && (c != ' ' || quoted)) {
-            quoted ^= c == '"';
-            (inValue ? value : name).append(static_cast<char>(c));
-        }
-    }
-    return storeHeader(inValue ? name.view() : std::string_view(), value.view(), true);
-}
-
-KxSipFault KxSipURLParser::storeHeader(std::string_view name, std::string_view value, bool last) {
-    if (name.empty()) {
-        return KxSipFault(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
-                               : "SIP URL Header doesn't have Key/Value pair (2)\n");
-    }
-    if (value.empty()) {
-        return KxSipFault(last ? "SIP URL Header key doesn't have a value (1)\n"
-                               : "SIP URL Header key doesn't have a value (2)\n");
-    }
-    m_url.m_headers.write().setValue(name, KxString(value));
-    debug(last ? "SipURL headers now (3): " : "SipURL headers now (2): ", m_url.m_headers);
-    return {};
-}
+template KxSipFault KxSipURLParser<false>::parse();
+template KxSipFault KxSipURLParser<true>::parse();
+template KxSipFault KxSipURLParser<false>::parseHeaders();
+template KxSipFault KxSipURLParser<true>::parseHeaders();

@@ -8,7 +8,11 @@
 class KxSipURL;
 
 /** The state machine that reads a KxSipURL, in one pass over its characters. The text between two
-    delimiters is a token, and the delimiter before a token determines its meaning. */
+    delimiters is a token, and the delimiter before a token determines its meaning.
+
+    If kStrict, the parts are those of RFC 3261 25.1 and RFC 5954 4.1, and what does not fit is refused. Which of the two
+    machines reads is decided once for each URL, by KxSipGrammar::sReadsURLsStrictly. */
+template <bool kStrict>
 class KxSipURLParser {
 public:
     KxSipURLParser(KxSipURL& url, KxSipLine& line)
@@ -20,7 +24,7 @@ public:
 
     /** Reads the URL. */
     KxSipFault parse();
-    /** Reads the part after the "?". */
+    /** Reads the headers after the "?". */
     KxSipFault parseHeaders();
 
 private:
@@ -50,24 +54,28 @@ private:
     bool takeUsualUser(const char* stop);
     const char* takeUsualHost(const char* stop);
     const char* findDelimiter(const char* from) const;
+    bool isBare() const;
+    bool findUserPart();
     std::string_view textTo(const char* end) const { return {m_at, static_cast<std::size_t>(end - m_at)}; }
     Next take(const char* stop);
     bool userIsOpen() const;
+    Next takeScheme(std::string_view token);
+    bool isInReference(std::string_view token) const;
     Next addQuoted();
     Next colon();
     Next at();
     Next semicolon();
-    void parameters();
+    bool parameters();
     void parseWithoutReturns(std::string_view parameters);
     Next comma();
     Next end(int c);
-    void closeToken();
-    void setPort(std::string_view digits);
+    Next bracket(char c);
+    bool closeToken();
+    void setPassword(std::string_view text);
+    bool setHost(std::string_view text);
+    bool setPort(std::string_view digits);
     Next doneWithHost();
     Next refuse(const char* text);
-
-    int nextHeaderCharacter();
-    KxSipFault storeHeader(std::string_view name, std::string_view value, bool last);
 
     KxSipURL& m_url;
     KxSipLine& m_line;
@@ -75,8 +83,8 @@ private:
     const char* const m_end;
     Token m_token;
     KxSipFault m_fault;
-    char m_previous = '\0'; ///< The delimiter before the token; NUL for none.
-    bool m_hasUserPart = false;
+    char m_previous = '\0';     ///< The delimiter before the token; NUL for none.
+    bool m_hasUserPart = false; ///< An "@" ends a user; if kStrict, only until it was read.
     bool m_hostSeen = false;
     bool m_bracket = false;
 };

@@ -1,7 +1,9 @@
 #include "sipobject/address/KxTelURL.h"
 
 #include "core/FastString.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
+#include "sipobject/address/KxURIEquivalence.h"
 #include "util/KxByteArrayOutputStream.h"
 
 namespace {
@@ -38,6 +40,14 @@ KxTelURL* KxTelURL::clone() const {
 
 bool KxTelURL::hasParameters() const {
     return !m_parameters.empty();
+}
+
+bool KxTelURL::operator==(const KxTelURL& other) const {
+    if (!KxSipGrammar::sComparesURLsByMeaning()) {
+        return getString() == other.getString();
+    }
+    return m_isGlobal == other.m_isGlobal && KxURIEquivalence::sOfNumbers(m_number, other.m_number) &&
+           KxURIEquivalence::sOfTelParameters(m_parameters, other.m_parameters);
 }
 
 KxString KxTelURL::getString() const {

@@ -38,8 +38,9 @@ public:
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
     void clearParameters() { m_parameters.clear(); }
 
-    /** Compares the texts of both URLs byte by byte. */
-    bool operator==(const KxTelURL& other) const { return getString() == other.getString(); }
+    /** Compares the texts of both URLs byte by byte. In the RFC grammar, compares the numbers without visual separators
+        and all parameters by name, and ignores letter case. [RFC 3966 4] */
+    bool operator==(const KxTelURL& other) const;
 
 private:
     friend class KxURI;

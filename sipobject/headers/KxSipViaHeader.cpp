@@ -1,5 +1,7 @@
 #include "sipobject/headers/KxSipViaHeader.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/KxSipHost.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
 #include "util/UUID.h"
@@ -17,6 +19,8 @@ constinit const KxConstString kNothing{""};
 
 constexpr KxCharSet kSlash("/");
 constexpr std::size_t kUuidLength = 36;
+constexpr std::uint32_t kLastPort = 65535;
+constexpr const char* kInvalid = "Invalid Via header";
 
 } // namespace
 
@@ -38,6 +42,9 @@ KxSipViaHeader::KxSipViaHeader(const char* host, unsigned port, const char* tran
       m_port(port),
       m_hasPort(true) {
     const Oskan::EntryTraceScope trace(sLogger(), "KxSipViaHeader ctor");
+    if (KxSipGrammar::sChecksHosts()) {
+        setHost(KxSipHost::sGiven(m_host));
+    }
     checkValidity().raiseIfAny();
 }
 
@@ -50,6 +57,7 @@ KxSipViaHeader::KxSipViaHeader(const KxSipViaHeader& other)
       m_host(other.m_host),
       m_port(other.m_port),
       m_hasPort(other.m_hasPort),
+      m_isHostIPv6(other.m_isHostIPv6),
       m_comment(other.m_comment) {
     const Oskan::LeafTraceScope trace(sLogger(), "KxSipViaHeader copy ctor");
 }
@@ -59,7 +67,22 @@ void KxSipViaHeader::setTransport(const char* transport) {
 }
 
 KxSocketImpl::Transport KxSipViaHeader::getTransportParam() const {
-    return KxSocketImpl::parseTransport(m_transport).get();
+    const auto transport = KxSocketImpl::parseTransport(m_transport);
+    if (!transport.isValid() && KxSipGrammar::sReadsViasStrictly()) {
+        return KxSocketImpl::UDP;
+    }
+    return transport.get();
+}
+
+/** What is no host becomes empty, and is refused later. */
+void KxSipViaHeader::setHost(const KxSipHost& host) {
+    m_host = host.isValid() ? KxString(host.text()) : KxString(kNothing);
+    m_isHostIPv6 = host.isIPv6();
+}
+
+unsigned KxSipViaHeader::defaultPort() const {
+    const bool isOverTLS = m_transport == "TLS" || m_transport == "TLS-SCTP";
+    return isOverTLS && KxSipGrammar::sReadsViasStrictly() ? 5061 : 5060;
 }
 
 unsigned KxSipViaHeader::getTTL() const {
@@ -79,14 +102,30 @@ void KxSipViaHeader::setSource(KxSipText address, std::uint32_t port) {
     if (isAsked) {
         setParameter("rport", KxString(std::to_string(port)));
     }
-    if (isAsked || source != m_host) {
+    const bool isSame = KxSipGrammar::sReadsViasStrictly() ? KxSipHost::sAreEqual(source, m_host) : source == m_host;
+    if (isAsked || !isSame) {
         setReceived(source);
     }
 }
 
 bool KxSipViaHeader::compare(const KxHandle<KxSipViaHeader>& other) const {
+    if (KxSipGrammar::sReadsViasStrictly()) {
+        return !other.isNil() && m_protocolName.equalsNoCase(other->m_protocolName) &&
+               m_protocolVersion == other->m_protocolVersion && KxSipHost::sAreEqual(m_host, other->m_host) &&
+               getPort() == other->getPort() && m_transport == other->m_transport;
+    }
     return !other.isNil() && m_protocolName == other->m_protocolName && m_protocolVersion == other->m_protocolVersion &&
            m_host == other->m_host && m_port == other->m_port && m_transport == other->m_transport;
+}
+
+/** The host, with the brackets of an IPv6 reference. */
+std::string_view KxSipViaHeader::sTakeHost(KxSipLine& line) {
+    line.skipSpace();
+    if (line.peek() != '[') {
+        return KxAscii::trimEnd(line.token(sDelimeters));
+    }
+    const std::string_view inside = line.until<']', '\r', '\n'>();
+    return {inside.data(), inside.size() + (line.read() == ']' ? 1 : 0)};
 }
 
 KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
@@ -103,22 +142,47 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
         line.read();
     }
     m_transport = KxString(KxAscii::trimEnd(line.token(sDelimeters))).upper();
-    m_host = KxString(KxAscii::trimEnd(line.token(sDelimeters)));
-    for (int c = KxStreamTokenizer::sDiscardWhite(line); c == ':' || c == '(' || c == ';';
-         c = KxStreamTokenizer::sDiscardWhite(line)) {
+    if (KxSipGrammar::sReadsViasStrictly()) [[unlikely]] {
+        return parseStrictly(line);
+    }
+    return parseAfterTransport<false>(line);
+}
+
+/** Apart, so that the usual reading needs no more registers. */
+[[gnu::noinline]] KxSipFault KxSipViaHeader::parseStrictly(KxSipLine& line) {
+    return parseAfterTransport<true>(line);
+}
+
+template <bool kStrict>
+[[gnu::always_inline]] inline KxSipFault KxSipViaHeader::parseAfterTransport(KxSipLine& line) {
+    if constexpr (kStrict) {
+        setHost(KxSipHost(sTakeHost(line)));
+    } else {
+        m_host = KxString(KxAscii::trimEnd(line.token(sDelimeters)));
+    }
+    int c = KxStreamTokenizer::sDiscardWhite(line);
+    for (; c == ':' || c == '(' || c == ';'; c = KxStreamTokenizer::sDiscardWhite(line)) {
         line.read();
         if (c == ':') {
+            if (kStrict && (m_hasPort || expectDigit(line, kInvalid))) {
+                return KxSipFault(kInvalid);
+            }
             m_port = KxStreamTokenizer::sGetUnsigned(line);
             m_hasPort = true;
         } else if (c == '(') {
             m_comment = KxString(line.until<')', '\r', '\n'>()); // an unclosed one must not consume the line end
             line.read();
+        } else if (kStrict) {
+            m_parameters.write().parse(line);
         } else {
             const std::string_view parameters = KxAscii::trim(line.until<','>());
             if (!parameters.empty()) {
                 m_parameters.write().parse(parameters, line.readableEnd());
             }
         }
+    }
+    if (kStrict && (m_port > kLastPort || (c > ' ' && c != ','))) {
+        return KxSipFault(kInvalid);
     }
     return checkValidity();
 }
@@ -128,11 +192,11 @@ KxSipFault KxSipViaHeader::checkValidity() const {
     if (m_transport.empty()) {
         return KxSipFault("Invalid Via header, no transport");
     }
-    if (!KxSocketImpl::parseTransport(m_transport).isValid()) {
+    if (!KxSocketImpl::parseTransport(m_transport).isValid() && !KxSipGrammar::sReadsViasStrictly()) {
         return KxSipFault("Invalid Via header transport");
     }
     if (m_protocolName.empty() || m_protocolVersion.empty() || m_host.empty()) {
-        return KxSipFault("Invalid Via header");
+        return KxSipFault(kInvalid);
     }
     if (getTTL() > 255) {
         return KxSipFault("Invalid value for ttl parameter in Via header");
@@ -142,8 +206,13 @@ KxSipFault KxSipViaHeader::checkValidity() const {
 
 void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
     constexpr std::string_view kBetween("/", 1);
-    out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view(),
-                 std::string_view(" ", 1), m_host.view());
+    if (m_isHostIPv6) [[unlikely]] {
+        out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view());
+        out << " [" << m_host << ']';
+    } else {
+        out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view(),
+                     std::string_view(" ", 1), m_host.view());
+    }
     if (m_hasPort) {
         out.write(':');
         out << m_port;

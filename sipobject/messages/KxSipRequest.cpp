@@ -7,6 +7,7 @@
 #include "core/TraceScope.h"
 #include "sipobject/KxSipCSeq.h"
 #include "sipobject/KxSipCallid.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipObjectParamDefs.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipAuthorizationHeader.h"
@@ -292,7 +293,8 @@ void KxSipRequest::stripSipURLHeaders() {
         return;
     }
     const KxHandle<KxParameters> entries = url->getHeaders();
-    for (const KxParameters::Pair& entry : *entries) {
+    for (const KxParameters::Pair& written : *entries) {
+        const KxParameters::Pair entry = KxSipURL::sDecoded(written);
         if (entry.name.equalsNoCase("body")) {
             KxByteArrayInputStream body(entry.value.view());
             parseBody(body);
@@ -309,6 +311,10 @@ void KxSipRequest::stripSipURLHeaders() {
 KxHandle<KxSipHeader> KxSipRequest::headerFrom(const KxString& name, const KxString& value) {
     if (name.view().find(':') != std::string_view::npos || KxAscii::trim(name) != name.view()) {
         KxSipParseError::sThrow("Header token expected");
+    }
+    if (KxSipGrammar::sReadsURLsStrictly()) { // which decodes here, so that a line end could be in the text
+        KxSipText(name).check();
+        KxSipText(value).check();
     }
     return KxSipHeader::sConstructFrom(name, std::string(value.view()) + "\r\n");
 }

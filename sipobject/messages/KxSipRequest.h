@@ -97,7 +97,8 @@ public:
     KxHandle<KxSipURL> getURL() const;
     /** A new name-address with a copy of the Request-URI. */
     [[nodiscard]] KxHandle<KxSipNameAddress> getNameAddress() const;
-    /** The host of a SIP Request-URI, and its port or the default port of its transport; else "" and 0. */
+    /** The host of a SIP Request-URI, an IPv6 address without brackets, and its port or the default port of its scheme
+        and transport; else "" and 0. */
     const char* getRequestURIHost() const;
     std::uint32_t getRequestURIPort() const;
 

@@ -13,12 +13,13 @@ namespace {
 constexpr KxCharSet kLineFeed("\n");
 constexpr const char* kWrongScheme = "Unsupported Uri Scheme";
 
-/** Whether the scheme begins with "sip" but is longer. The parser of SIP URLs would report it as a syntax error. */
+/** Whether the scheme begins with "sip" but is longer, and is not known. The parser of SIP URLs would report it as a syntax error. */
 bool onlyBeginsLikeSip(std::string_view uri) {
     const std::size_t begin = std::min(uri.find_first_not_of(" <\t"), uri.size());
     const std::string_view scheme = KxAscii::trim(uri.substr(begin, uri.find(':') - begin));
     return uri.find(':') != std::string_view::npos && scheme.size() > 3 &&
-           KxAscii::equalsNoCase(scheme.substr(0, 3), KxSipURL::sToken);
+           KxAscii::equalsNoCase(scheme.substr(0, 3), KxSipURL::sToken) &&
+           !(KxSipGrammar::sReadsURLsStrictly() && KxSipURL::sSecureToken.equalsNoCase(scheme));
 }
 
 KxSipRequestLine readURI(std::string_view text) {
@@ -36,7 +37,7 @@ KxSipRequestLine readURI(std::string_view text) {
         return {nullptr, "Invalid SIP URI"};
     }
     const KxString& scheme = uri->getScheme();
-    if (!scheme.equalsNoCase(KxSipURL::sToken) && !scheme.equalsNoCase(KxTelURL::sToken)) {
+    if (!uri->isSipURL() && !scheme.equalsNoCase(KxSipURL::sToken) && !scheme.equalsNoCase(KxTelURL::sToken)) {
         return {uri, kWrongScheme, KX_STATUS_UNSUPPORTED_URI_SCHEME};
     }
     return {uri};

@@ -20,6 +20,17 @@ void append(Text& text, std::uint32_t number) {
     text.append(std::string_view(digits, std::to_chars(std::begin(digits), std::end(digits), number).ptr));
 }
 
+/** Brackets part an IPv6 address from the port. */
+void appendHost(Text& text, std::string_view host, bool isIPv6) {
+    if (isIPv6) {
+        text.append("[", 1);
+    }
+    text.append(host);
+    if (isIPv6) {
+        text.append("]", 1);
+    }
+}
+
 void append(Text& text, const KxSipNameAddress* address) {
     if (address == nullptr || address->getURI().isNil()) {
         return;
@@ -31,7 +42,7 @@ void append(Text& text, const KxSipNameAddress* address) {
         return;
     }
     text.append(url->getUser().view());
-    text.append(url->getHost().view());
+    appendHost(text, url->getHost(), url->isHostIPv6());
     append(text, url->getPort());
 }
 
@@ -54,7 +65,7 @@ KxString KxSipTransactionKey::text() const {
         text.append(m_from->getTag().view());
     }
     if (!m_via.isNil()) {
-        text.append(std::string_view(m_via->getHost()));
+        appendHost(text, m_via->getHost(), m_via->isHostIPv6());
         append(text, m_via->isPortPresent() ? m_via->getPort() : 0U);
         text.append(m_via->getBranch().view());
     }

@@ -1,0 +1,97 @@
+#include "sipobject/address/KxSipURLHeadersParser.h"
+
+#include "core/AceCleanupLogger.h"
+#include "core/FastString.h"
+#include "core/TraceScope.h"
+#include "sipobject/address/KxSipURL.h"
+#include "util/KxCharSet.h"
+#include "util/KxHexEncoding.h"
+
+#include <string>
+
+namespace {
+
+constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
+
+constexpr KxCharSet kClassicSpecials(" \r\n\"%;=>");  // in "?name=value;name=value"
+constexpr KxCharSet kStrictSpecials(" \r\n\"&,;=>@"); // in "?name=value&name=value"
+
+} // namespace
+
+/** Reads the next character, decoded if escaped; returns -1 at the end. An incomplete escape is not decoded. */
+template <bool kStrict>
+inline int KxSipURLHeadersParser<kStrict>::nextCharacter() {
+    if (m_at == m_end) {
+        return -1;
+    }
+    const char c = *m_at++;
+    if (kStrict || c != '%' || m_end - m_at < 2) {
+        return static_cast<unsigned char>(c);
+    }
+    m_at += 2;
+    return static_cast<unsigned char>(KxHexEncoding::fromHex(m_at[-2], m_at[-1]));
+}
+
+template <bool kStrict>
+KxSipFault KxSipURLHeadersParser<kStrict>::parse() {
+    const Oskan::TraceScope trace(s_logger, "KxSipURL::parseHeader");
+    constexpr char kSeparator = kStrict ? '&' : ';';
+    Oskan::FastString<256> name;
+    Oskan::FastString<256> value;
+    bool inValue = false;
+    bool quoted = false;
+    while (true) {
+        const char* const stop = (kStrict ? kStrictSpecials : kClassicSpecials).find(m_at, m_end, m_readable);
+        (inValue ? value : name).append(m_at, static_cast<std::size_t>(stop - m_at));
+        m_at = stop;
+        const int c = nextCharacter();
+        if (c < 0 || c == '>') {
+            break;
+        }
+        if (c == '\n') {
+            if (m_at == m_end || (*m_at != ' ' && *m_at != '\t')) {
+                break;
+            }
+            ++m_at; // a folded line continues
+        } else if (c == kSeparator) {
+            if (const KxSipFault fault = store(inValue ? name.view() : std::string_view(), value.view(), false)) {
+                return fault;
+            }
+            name.clear();
+            value.clear();
+            inValue = false;
+        } else if (c == '=' && !inValue) {
+            inValue = true;
+        } else if (kStrict && m_isBare && (c == ',' || c == ';')) {
+            m_at -= c == ',' ? 1 : 0; // the next value of the header begins there
+            break;
+        } else if (kStrict && (c == '"' || c == '@')) {
+            return KxSipFault("Sip URL wrong format");
+        } else if (c != '\r' && (c != ' ' || quoted)) {
+            quoted ^= c == '"';
+            (inValue ? value : name).append(static_cast<char>(c));
+        }
+    }
+    return store(inValue ? name.view() : std::string_view(), value.view(), true);
+}
+
+template <bool kStrict>
+KxSipFault KxSipURLHeadersParser<kStrict>::store(std::string_view name, std::string_view value, bool last) {
+    if (name.empty()) {
+        return KxSipFault(last ? "SIP URL Header doesn't have Key/Value pair (1)\n"
+                               : "SIP URL Header doesn't have Key/Value pair (2)\n");
+    }
+    if (!kStrict && value.empty()) {
+        return KxSipFault(last ? "SIP URL Header key doesn't have a value (1)\n"
+                               : "SIP URL Header key doesn't have a value (2)\n");
+    }
+    m_url.m_headers.write().setValue(name, kStrict && value.empty() ? KxString("") : KxString(value));
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug, std::string(last ? "SipURL headers now (3): " : "SipURL headers now (2): ")
+                                                 .append(m_url.m_headers.getString().view()));
+    }
+    return {};
+}
+
+template KxSipFault KxSipURLHeadersParser<false>::parse();
+template KxSipFault KxSipURLHeadersParser<true>::parse();
