@@ -1,3 +1,5 @@
+#include "sipobject/KxSipLine.h"
+#include "sipobject/address/KxSipNameAddress.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
 #include "tests/sipobject/support/HeaderSupport.h"
@@ -194,4 +196,23 @@ TEST(URLTest, RequestsReadSipsAndHeaders) {
     EXPECT_THAT(dump("%53ubject=a%20b"), testing::HasSubstr("KxSipSubjectHeader Subject: a b\n"));
     EXPECT_THAT(dump("Content-Type=a/b&body=x%0d%0a"), testing::HasSubstr("\nbody 3: x\\r\\n\n"));
     EXPECT_EQ(dump("Subject=a%0d%0aFrom:%20x"), "KxSipParseError: Text contains CR, LF or NUL");
+}
+
+TEST(URLTest, WhatIsReadIsWrittenStably) {
+    forEveryText("a1:@;?&=%[]<>, \"", 4, [](const std::string& text) {
+        for (const bool standalone : {false, true}) {
+            const std::string all = "sip:" + text;
+            KxByteArrayInputStream in{std::string_view(all)};
+            KxSipLine line(in);
+            KxHandle<KxURI> url;
+            if (KxURI::sConstructFrom(line, standalone, url)) {
+                continue;
+            }
+            const std::string once(url->getString().view());
+            EXPECT_EQ(outcomeOf([&] { return std::string(KxSipURL(once).getString().view()); }), once) << all;
+            const std::string inside = outcomeOf(
+                [&] { return std::string(KxSipNameAddress(("<" + once + ">").c_str()).getURLString().view()); });
+            EXPECT_EQ(inside, once) << all;
+        }
+    });
 }
