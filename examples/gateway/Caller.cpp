@@ -81,8 +81,7 @@ void Caller::followFinal(const KxHandle<KxSipResponse>& response) {
     const unsigned code = response->getStatusCode();
     m_cancelling.stop();
     if (code < 300) {
-        if (m_answer.isNil()) {
-            m_answer = response;
+        if (!m_isAnswered) {
             m_isAnswered = true;
             if (m_dialog && m_dialog->matches(*response)) {
                 m_dialog->confirm(*response);

@@ -34,8 +34,7 @@ private:
 
     Plan m_plan;
     KxHandle<KxSipInviteMessage> m_invite;
-    KxHandle<KxSipResponse> m_answer; // the 2xx
-    std::uint32_t m_rseq = 0;         // of the last reliable response
+    std::uint32_t m_rseq = 0; // of the last reliable response
     bool m_isCancelled = false;
     Timer m_cancelling;
     Timer m_talking;

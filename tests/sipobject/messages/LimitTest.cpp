@@ -81,12 +81,13 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
 }
 
 TEST(LimitTest, EditsOfAMillionHeadersByName) {
+    constexpr std::size_t kNames = kMillion / 2;
     std::string headers;
-    for (std::size_t i = 0; i < kMillion; ++i) {
-        headers.append("X-").append(std::to_string(i % (kMillion / 2))).append(": 1\r\n");
+    for (std::size_t i = 0; i < 2 * kNames; ++i) {
+        headers.append("X-").append(std::to_string(i % kNames)).append(": 1\r\n");
     }
     const KxHandle<KxSipMessage> message = readMessage(withHeaders(headers));
-    for (std::size_t i = 0; i < kMillion / 2; ++i) {
+    for (std::size_t i = 0; i < kNames; ++i) {
         const std::string name = "x-" + std::to_string(i);
         ASSERT_EQ(std::ranges::distance(message->valuesNamed(name)), 2);
         ASSERT_EQ(message->removeAllNamed("Via-" + name), 0U);
