@@ -68,12 +68,7 @@ public:
     /** Tags and sequence numbers can't be predicted [RFC 3261 19.3]. */
     static bool sMakesUnpredictableNumbers() { return sIsRFC(); }
 
-    /** From now on sChoose can't change the grammar. */
-    static void sFix() {
-        if (!s_isFixed.load(std::memory_order_relaxed)) [[unlikely]] {
-            sFixChoice();
-        }
-    }
+    // ---- hosts, URLs, Via ----
 
     /** Hosts may be IPv6 references. Other hosts, and ports, are checked. [RFC 3261 25.1, RFC 5954 4.1] */
     static bool sChecksHosts() { return sIsRFC(); }
@@ -86,10 +81,20 @@ public:
         by meaning. [RFC 3261 18.1.1, 20.42] */
     static bool sReadsViasStrictly() { return sIsRFC(); }
 
+    /** From now on sChoose can't change the grammar. */
+    static void sFix() {
+        if (!s_isFixed.load(std::memory_order_relaxed)) [[unlikely]] {
+            sFixChoice();
+        }
+    }
+
 private:
     enum State : std::uint8_t { kClassic, kRFC, kOpen };
 
-    static bool sIsRFC() { return s_state.load(std::memory_order_relaxed) != kClassic && sDecide(); }
+    static bool sIsRFC() {
+        const std::uint8_t state = s_state.load(std::memory_order_relaxed);
+        return state != kClassic && (state == kRFC || sDecide());
+    }
     static bool sDecide();
     static void sFixChoice();
 

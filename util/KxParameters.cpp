@@ -354,6 +354,14 @@ void KxParameters::setValues(std::initializer_list<Pair> values) {
     }
 }
 
+bool KxParameters::appendToValue(std::string_view name, std::string_view text) {
+    Pair* const present = find(name);
+    if (present != nullptr) {
+        present->value.append(text);
+    }
+    return present != nullptr;
+}
+
 bool KxParameters::removeValue(std::string_view name) {
     Pair* const found = find(name);
     if (found == nullptr) {

@@ -85,12 +85,25 @@ KxSipFault KxSipURLHeadersParser<kStrict>::store(std::string_view name, std::str
         return KxSipFault(last ? "SIP URL Header key doesn't have a value (1)\n"
                                : "SIP URL Header key doesn't have a value (2)\n");
     }
-    m_url.m_headers.write().setValue(name, kStrict && value.empty() ? KxString("") : KxString(value));
+    add(name, value);
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug, std::string(last ? "SipURL headers now (3): " : "SipURL headers now (2): ")
                                                  .append(m_url.m_headers.getString().view()));
     }
     return {};
+}
+
+/** In the RFC grammar, a repeated header is a further value of the first one. [RFC 3261 7.3.1] */
+template <bool kStrict>
+void KxSipURLHeadersParser<kStrict>::add(std::string_view name, std::string_view value) {
+    KxParameters& headers = m_url.m_headers.write();
+    if (!kStrict) {
+        headers.setValue(name, KxString(value));
+    } else if (headers.appendToValue(name, "%2C")) {
+        headers.appendToValue(name, value);
+    } else {
+        headers.setValue(name, value.empty() ? KxString("") : KxString(value));
+    }
 }
 
 template KxSipFault KxSipURLHeadersParser<false>::parse();

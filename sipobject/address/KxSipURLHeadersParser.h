@@ -26,6 +26,7 @@ private:
     int nextCharacter();
     /** Refuses an empty name, which a pair without "=" has, too. */
     KxSipFault store(std::string_view name, std::string_view value, bool last);
+    void add(std::string_view name, std::string_view value);
 
     KxSipURL& m_url;
     const char* m_at;

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxNameRegistry.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/address/KxSipURL.h"
@@ -40,6 +41,7 @@ struct Prefix {
     Prefix(const char* at, const char* end) {
         if (end - at >= 4 && KxAscii::isAlpha(at[0]) && KxAscii::isAlpha(at[1]) && KxAscii::isAlpha(at[2])) {
             std::copy_n(at, 3, letters);
+            isWhole = at[3] == ':';
             return;
         }
         for (char& letter : letters) {
@@ -49,6 +51,7 @@ struct Prefix {
             }
             letter = *at++;
         }
+        isWhole = at != end && *at == ':';
     }
     /** Compares with `scheme`, which is in lower case, ignoring letter case. */
     bool is(const char (&scheme)[4]) const {
@@ -56,6 +59,7 @@ struct Prefix {
                KxAscii::toLower(letters[2]) == scheme[2];
     }
     char letters[3] = {};
+    bool isWhole = false; ///< Whether it is known that a colon follows.
 };
 
 /** The text before the colon, without leading blanks and an opening bracket; empty unless it is a valid scheme.
@@ -66,6 +70,12 @@ std::string_view schemeOf(std::string_view text) {
     const char* const stop = std::find_if_not(begin, end, [](char c) { return kSchemeCharacters.contains(c); });
     const bool isScheme = stop != end && *stop == ':';
     return {begin, isScheme ? static_cast<std::size_t>(stop - begin) : 0};
+}
+
+/** Whether the scheme is one of the two. In the classic grammar its first letters decide, so that it is. */
+[[gnu::cold, gnu::noinline]] bool isScheme(std::string_view text, const KxString& one, const KxString& other) {
+    const std::string_view scheme = schemeOf(text);
+    return !KxSipGrammar::sReadsURLsStrictly() || one.equalsNoCase(scheme) || other.equalsNoCase(scheme);
 }
 
 void debug(const char* what, const KxString& value) {
@@ -148,7 +158,24 @@ void KxURI::parse(KxSipText text) {
 }
 
 bool KxURI::operator==(const KxURI& other) const {
+    if (KxSipGrammar::sComparesURLsByMeaning()) {
+        return isEquivalentTo(other);
+    }
     return m_Scheme == other.m_Scheme && m_SchemeData == other.m_SchemeData;
+}
+
+/** URIs of one class compare as that class does. The scheme of others is compared without regard to letter case. */
+bool KxURI::isEquivalentTo(const KxURI& other) const {
+    if (typeid(*this) != typeid(other)) {
+        return false;
+    }
+    if (typeid(*this) == typeid(KxSipURL)) {
+        return static_cast<const KxSipURL&>(*this) == static_cast<const KxSipURL&>(other);
+    }
+    if (typeid(*this) == typeid(KxTelURL)) {
+        return static_cast<const KxTelURL&>(*this) == static_cast<const KxTelURL&>(other);
+    }
+    return m_Scheme.equalsNoCase(other.m_Scheme) && m_SchemeData == other.m_SchemeData;
 }
 
 void KxURI::sAddConstructor(const char* scheme, Creator creator) {
@@ -181,10 +208,10 @@ KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxUR
     };
     const std::string_view text = line.window();
     const Prefix prefix(text.data(), text.data() + text.size());
-    if (prefix.is("sip")) {
+    if (prefix.is("sip") && (prefix.isWhole || isScheme(text, KxSipURL::sToken, KxSipURL::sSecureToken))) {
         return construct(KxMake<KxSipURL>(), "KxURI: parsed sip URL: ");
     }
-    if (prefix.is("tel")) {
+    if (prefix.is("tel") && (prefix.isWhole || isScheme(text, KxTelURL::sToken, KxTelURL::sToken))) {
         return construct(KxMake<KxTelURL>(), "KxURI: parsed tel URL");
     }
     constexpr const char* kOther = "KxURI: parsed URL of unknown scheme";

@@ -65,7 +65,8 @@ public:
         return dynamic_cast<const U*>(this);
     }
 
-    /** Compares scheme and text byte by byte. */
+    /** Compares scheme and text byte by byte, so that any two SIP URLs are equal here: compare them as KxSipURLs. In the
+        RFC grammar, URIs of one class compare as that class does, and others ignore the letter case of the scheme. */
     [[nodiscard]] bool operator==(const KxURI& other) const;
 
     /** Registers the class of a scheme, ignoring letter case; the first registration of a scheme is kept. Call this at
@@ -93,6 +94,7 @@ protected:
     KxString m_Scheme;
 
 private:
+    bool isEquivalentTo(const KxURI& other) const;
     friend class KxSipRequest;
 
     static Oskan::MemAccount s_account;

@@ -19,13 +19,14 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipDigestCredentialsInfo"};
 
 template <std::size_t kCount>
 bool isAny(std::string_view name, const std::string_view (&names)[kCount]) {
-    return std::any_of(std::begin(names), std::end(names),
-                       [name](std::string_view other) { return KxAscii::equalsNoCase(name, other); });
+    return std::any_of(std::begin(names), std::end(names), [name](std::string_view other) {
+        return name.size() == other.size() && KxAscii::equalsNoCase(name, other);
+    });
 }
 
 /** The properties by which the host tells what it knows. They are neither read nor written in the RFC grammar. */
 bool isHidden(std::string_view name) {
-    constexpr std::string_view kHidden[] = {"password", "qopoptions", "method", "entity-body"};
+    static constexpr std::string_view kHidden[] = {"password", "qopoptions", "method", "entity-body"};
     return isAny(name, kHidden);
 }
 

@@ -1,13 +1,12 @@
 #include "sipobject/headers/KxSipNumberText.h"
 
-#include <charconv>
+#include "util/KxStreamTokenizer.h"
 
 KxSipFault KxSipNumberText::sRead(KxSipLine& line, std::uint32_t most, std::uint32_t& number, const char* otherwise) {
-    static constexpr KxCharSet kEnd(" \t\r\n");
-    const std::string_view text = line.token(kEnd);
-    std::uint32_t read = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
-    if (error != std::errc() || end != text.data() + text.size() || read > most) {
+    const bool isNumber = KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(line)));
+    const std::uint32_t read = KxStreamTokenizer::sGetUnsigned(line); // 4294967295 if it is larger
+    const int next = line.peek();
+    if (!isNumber || read > most || (next >= 0 && !KxAscii::isSpace(static_cast<char>(next)))) {
         return KxSipFault(otherwise);
     }
     number = read;

@@ -4,6 +4,7 @@
 #include "sipobject/KxSipLine.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxTelURL.h"
+#include "util/KxBytes.h"
 #include "util/KxScannedText.h"
 
 #include <algorithm>
@@ -22,6 +23,11 @@ bool onlyBeginsLikeSip(std::string_view uri) {
            !(KxSipGrammar::sReadsURLsStrictly() && KxSipURL::sSecureToken.equalsNoCase(scheme));
 }
 
+bool isNoPlainURI(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    return KxBytes::findAny<'<', '>', '"', '\t'>(text.data(), end) != end;
+}
+
 KxSipRequestLine readURI(std::string_view text) {
     if (onlyBeginsLikeSip(text)) {
         return {nullptr, kWrongScheme, KX_STATUS_UNSUPPORTED_URI_SCHEME};
@@ -32,8 +38,7 @@ KxSipRequestLine readURI(std::string_view text) {
     if (uri.isNil()) {
         return {nullptr, "Invalid SIP URI"};
     }
-    if (KxSipGrammar::sHasExactStartLines() &&
-        (text.find_first_of("<>\"\t") != std::string_view::npos || uri->hasHeaders())) {
+    if (KxSipGrammar::sHasExactStartLines() && (isNoPlainURI(text) || uri->hasHeaders())) {
         return {nullptr, "Invalid SIP URI"};
     }
     const KxString& scheme = uri->getScheme();
