@@ -7,9 +7,15 @@ set(KX_PRIVATE_HEADERS
     core/MemSlabTree.h
     core/MemSlabs.h
     sipobject/KxNameRegistry.h
+    sipobject/KxSipEscapes.h
+    sipobject/KxSipHost.h
     sipobject/KxSipLineText.h
     sipobject/KxSipObjectParamDefs.h
+    sipobject/address/KxSipURLHeadersParser.h
     sipobject/address/KxSipURLParser.h
+    sipobject/address/KxSipURLParts.h
+    sipobject/address/KxSipURLToken.h
+    sipobject/address/KxURIEquivalence.h
     sipobject/auth/KxSipAuthParamReader.h
     sipobject/auth/KxSipAuthParamWriter.h
     sipobject/auth/KxSipAuthToken.h

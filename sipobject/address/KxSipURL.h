@@ -138,6 +138,8 @@ private:
     friend class KxSipURLParser;
     template <bool kStrict>
     friend class KxSipURLHeadersParser;
+    template <bool kStrict>
+    friend class KxSipURLParts;
 
     /** What is seldom, and of the RFC grammar only. Bits of one number, so that writing asks once. */
     enum Form : std::uint8_t { kSecure = 1, kIPv6Host = 2, kEmptyPassword = 4 };

@@ -20,7 +20,6 @@ constexpr KxCharSet kBareUserEnd("@,;?\"<> \t\r\n");
 constexpr char kEndOfInput = '\x04'; // like NUL, has no meaning as a delimiter before a token
 constexpr char kInPassword = '\x05'; // a colon came after the user
 constexpr const char* kWrongFormat = "Sip URL wrong format";
-constexpr std::int64_t kLastPort = 65535;
 
 void debug(const char* what, const KxSharedParameters& list) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
@@ -28,26 +27,7 @@ void debug(const char* what, const KxSharedParameters& list) {
     }
 }
 
-bool areDigits(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return KxAscii::isDigit(c); });
-}
-
 } // namespace
-
-template <bool kStrict>
-void KxSipURLParser<kStrict>::Token::addMore(const char* begin, const char* end) {
-    const std::string_view more(begin, static_cast<std::size_t>(end - begin));
-    if (m_view.data() + m_view.size() == begin) {
-        m_view = std::string_view(m_view.data(), m_view.size() + more.size());
-    } else if (!more.empty()) {
-        if (m_view.data() != m_copy.data()) {
-            m_copy.clear();
-            m_copy.append(m_view);
-        }
-        m_copy.append(more);
-        m_view = m_copy.view();
-    }
-}
 
 template <bool kStrict>
 inline const char* KxSipURLParser<kStrict>::findDelimiter(const char* from) const {
@@ -117,7 +97,7 @@ inline bool KxSipURLParser<kStrict>::takeUsualUser(const char* stop) {
     m_url.m_user = KxString(textTo(stop));
     if (end != stop) {
         m_at = stop + 1;
-        setPassword(textTo(end));
+        Parts::sSetPassword(m_url, textTo(end));
     }
     m_previous = '@';
     m_at = end + 1;
@@ -135,12 +115,13 @@ template <bool kStrict>
         return stop;
     }
     const auto digits = [=] { return std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)); };
-    if (kStrict && (!KxSipHost::sIsName(textTo(stop)) || (hasPort && (digits().empty() || !setPort(digits()))))) {
+    if (kStrict &&
+        (!KxSipHost::sIsName(textTo(stop)) || (hasPort && (digits().empty() || !Parts::sSetPort(m_url, digits()))))) {
         return stop;
     }
     m_url.m_host = KxString(textTo(stop));
     if (!kStrict && hasPort) {
-        setPort(digits());
+        Parts::sSetPort(m_url, digits());
     }
     m_hostSeen = true;
     m_previous = ':';
@@ -148,53 +129,14 @@ template <bool kStrict>
     return end;
 }
 
-/** An empty password is written, too, if kStrict. */
-template <bool kStrict>
-[[gnu::always_inline]] inline void KxSipURLParser<kStrict>::setPassword(std::string_view text) {
-    m_url.m_password = KxString(text);
-    if (kStrict && text.empty()) {
-        m_url.setForm(KxSipURL::kEmptyPassword, true);
-    }
-}
-
-/** Returns false, without a change, for text that can't be the host. */
-template <bool kStrict>
-[[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::setHost(std::string_view text) {
-    if constexpr (kStrict) {
-        const KxSipHost host(text);
-        if (!host.isValid()) {
-            return false;
-        }
-        m_url.setForm(KxSipURL::kIPv6Host, host.isIPv6());
-        text = host.text();
-    }
-    m_url.m_host = KxString(text);
-    return true;
-}
-
-/** Returns false, without a change, for text that can't be a port. No text changes nothing. */
-template <bool kStrict>
-[[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::setPort(std::string_view digits) {
-    if (digits.empty()) {
-        return true;
-    }
-    const std::int64_t port = KxAscii::toNumber(digits);
-    if (kStrict && (port > kLastPort || !areDigits(digits))) {
-        return false;
-    }
-    m_url.m_port = static_cast<std::uint32_t>(port);
-    m_url.m_hasPort = true;
-    return true;
-}
-
 /** Returns false if the token can't be what it must be. */
 template <bool kStrict>
 [[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::closeToken() {
     bool isRight = true;
     if (m_previous == ':' && m_hostSeen) {
-        isRight = setPort(m_token.view());
+        isRight = Parts::sSetPort(m_url, m_token.view());
     } else if (m_previous == ':' || m_previous == '@') {
-        isRight = setHost(m_token.view());
+        isRight = Parts::sSetHost(m_url, m_token.view());
     }
     m_token.clear();
     return !kStrict || isRight;
@@ -281,7 +223,7 @@ template <bool kStrict>
     } else if (kStrict && m_previous == kInPassword) {
         return refuse(kWrongFormat);
     } else if (m_previous == ':' || m_previous == '@') {
-        if ((kStrict && (m_hostSeen || m_at == m_end || !KxAscii::isDigit(*m_at))) || !setHost(token)) {
+        if ((kStrict && (m_hostSeen || m_at == m_end || !KxAscii::isDigit(*m_at))) || !Parts::sSetHost(m_url, token)) {
             return refuse(kWrongFormat);
         }
         m_hostSeen = true;
@@ -427,7 +369,7 @@ auto KxSipURLParser<kStrict>::at() -> Next {
     }
     const std::string_view token = m_token.view();
     if (kStrict ? m_previous == kInPassword : !m_url.m_user.empty()) {
-        setPassword(token);
+        Parts::sSetPassword(m_url, token);
     } else if (token.empty()) {
         return refuse("Sip URL wrong format (\"@\" present without a user part)");
     } else {

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "core/FastString.h"
 #include "sipobject/KxSipLine.h"
+#include "sipobject/address/KxSipURLParts.h"
+#include "sipobject/address/KxSipURLToken.h"
 
 #include <string_view>
 
@@ -28,26 +29,7 @@ public:
     KxSipFault parseHeaders();
 
 private:
-    /** The text since the last delimiter. It becomes a copy if characters are dropped from its middle. */
-    class Token {
-    public:
-        void add(const char* begin, const char* end) {
-            if (m_view.empty()) {
-                m_view = std::string_view(begin, static_cast<std::size_t>(end - begin));
-            } else {
-                addMore(begin, end);
-            }
-        }
-        void clear() { m_view = {}; }
-        std::string_view view() const { return m_view; }
-
-    private:
-        void addMore(const char* begin, const char* end);
-
-        std::string_view m_view;
-        Oskan::FastString<256> m_copy;
-    };
-
+    using Parts = KxSipURLParts<kStrict>;
     enum class Next { More, Done, Refused };
 
     const char* takeUsualStart();
@@ -71,9 +53,6 @@ private:
     Next end(int c);
     Next bracket(char c);
     bool closeToken();
-    void setPassword(std::string_view text);
-    bool setHost(std::string_view text);
-    bool setPort(std::string_view digits);
     Next doneWithHost();
     Next refuse(const char* text);
 
@@ -81,7 +60,7 @@ private:
     KxSipLine& m_line;
     const char* m_at;
     const char* const m_end;
-    Token m_token;
+    KxSipURLToken m_token; ///< The text since the last delimiter.
     KxSipFault m_fault;
     char m_previous = '\0';     ///< The delimiter before the token; NUL for none.
     bool m_hasUserPart = false; ///< An "@" ends a user; if kStrict, only until it was read.

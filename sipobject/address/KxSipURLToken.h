@@ -1,0 +1,27 @@
+#pragma once
+
+#include "core/FastString.h"
+
+#include <cstddef>
+#include <string_view>
+
+/** A token of a SIP URL while it is read: a view of the text. It becomes a copy if characters are dropped from its
+    middle. */
+class KxSipURLToken {
+public:
+    void add(const char* begin, const char* end) {
+        if (m_view.empty()) {
+            m_view = std::string_view(begin, static_cast<std::size_t>(end - begin));
+        } else {
+            addMore(begin, end);
+        }
+    }
+    void clear() { m_view = {}; }
+    std::string_view view() const { return m_view; }
+
+private:
+    void addMore(const char* begin, const char* end);
+
+    std::string_view m_view;
+    Oskan::FastString<256> m_copy;
+};
