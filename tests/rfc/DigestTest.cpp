@@ -6,7 +6,9 @@
 #include "sipobject/messages/KxSipResponse.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <random>
 
 namespace {
 
@@ -88,6 +90,12 @@ TEST(RFCDigestTest, ResponsesAsOpensslComputesThem) {
         {"SHA-512-256", "sha512-256", false},
         {"SHA-512-256-SESS", "sha512-256", true},
     };
+    std::mt19937 random(7616); // the same values in each run
+    const auto word = [&random] {
+        std::string letters(8 + random() % 40, 'a');
+        std::generate(letters.begin(), letters.end(), [&random] { return "aZ09+/-_~"[random() % 9]; });
+        return letters;
+    };
     for (const auto& [algorithm, digest, isSession] : algorithms) {
         const auto hash = [&digest = digest](const std::string& text) {
             return shell("printf %s '" + text + "' | openssl dgst -r -" + digest).substr(0, digest[0] == 'm' ? 32 : 64);
@@ -95,14 +103,15 @@ TEST(RFCDigestTest, ResponsesAsOpensslComputesThem) {
         for (const Row& row : {Row{algorithm, "", nullptr}, Row{algorithm, "auth", "body"},
                                Row{algorithm, "auth-int", "a body"}, Row{algorithm, "auth-int", nullptr}}) {
             const bool hasQop = *row.qop != '\0';
-            const std::string user = hash("Mufasa:a:secret");
-            const std::string a1 = isSession ? hash(user + ":n:" + (hasQop ? "c" : "")) : user;
+            const std::string realm = word(), password = word(), nonce = word(), cnonce = word();
+            const std::string user = hash("Mufasa:" + realm + ':' + password);
+            const std::string a1 = isSession ? hash(user + ':' + nonce + ':' + (hasQop ? cnonce : "")) : user;
             const std::string body = row.body == nullptr ? "" : row.body;
             const std::string integrity = row.qop == std::string_view("auth-int") ? ":" + hash(body) : "";
             const std::string a2 = hash("GET:/dir/index.html" + integrity);
-            const std::string middle = hasQop ? std::string(":n:00000001:c:") + row.qop + ':' : ":n:";
-            expectResponse(std::string("realm=a,nonce=n,qop=\"auth, AUTH-INT\",algorithm=") + algorithm, "secret", "c",
-                           row, hash(a1 + middle + a2));
+            const std::string count = hasQop ? ":00000001:" + cnonce + ':' + row.qop : "";
+            expectResponse("realm=" + realm + ",nonce=" + nonce + ",qop=\"auth, AUTH-INT\",algorithm=" + algorithm,
+                           password.c_str(), cnonce.c_str(), row, hash(a1 + ':' + nonce + count + ':' + a2));
         }
     }
 }
