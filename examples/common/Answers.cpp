@@ -1,5 +1,7 @@
 #include "common/Answers.h"
 
+#include "sipobject/address/KxSipURL.h"
+
 #include <algorithm>
 
 std::string printable(std::string_view text) {
@@ -7,6 +9,17 @@ std::string printable(std::string_view text) {
     std::replace_if(
         result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     return result;
+}
+
+std::string hostPort(const std::string& host, unsigned port) {
+    const bool isIPv6 = host.find(':') != std::string::npos;
+    return (isIPv6 ? '[' + host + ']' : host) + ':' + std::to_string(port);
+}
+
+bool isSecure(const KxSipRequest& request) {
+    const KxHandle<KxURI> uri = request.getURI();
+    const KxSipURL* const url = uri.isNil() ? nullptr : uri->as<KxSipURL>();
+    return url != nullptr && url->isSecure();
 }
 
 unsigned replyPort(const KxSipViaHeader& via, unsigned source) {

@@ -140,6 +140,9 @@ KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
         addAllow(*response);
         return response;
     }
+    if (isSecure(*request)) {
+        return KxSipResponse::sBuild(*request, {.statusCode = 416});
+    }
     KxHandle<KxSipResponse> refusal;
     for (const KxSipRequireHeader& required : request->values<KxSipRequireHeader>()) {
         const KxString& tag = required.getOptionTag();
