@@ -22,6 +22,13 @@ bool isSecure(const KxSipRequest& request) {
     return url != nullptr && url->isSecure();
 }
 
+bool lacksValues(const KxSipReading& reading) {
+    return std::any_of(reading.dropped.begin(), reading.dropped.end(), [](const KxSipReading::DroppedLine& line) {
+        const std::size_t colon = line.text.find(':');
+        return colon == std::string_view::npos || line.text.find_first_not_of(" \t\r\n", colon + 1) != line.text.npos;
+    });
+}
+
 unsigned replyPort(const KxSipViaHeader& via, unsigned source) {
     const bool isNamed = !via.isRPortPresent() && via.getPort() != 0 && via.getPort() <= 65535;
     return isNamed ? via.getPort() : source;

@@ -56,7 +56,7 @@ void UserAgent::receive(const KxSipFramer::Frame& frame, const Peer& from) {
         if (auto* const response = reading.message->as<KxSipResponse>()) {
             return transactions.receive(KxHandle<KxSipResponse>(response));
         }
-        if (!reading.dropped.empty()) {
+        if (lacksValues(reading)) {
             return refuseUnusable(reading, "a header line", 400, from);
         }
         const Request request(reading.message->as<KxSipRequest>());

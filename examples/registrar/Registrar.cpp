@@ -41,7 +41,7 @@ std::string userOf(const KxSipURL& address) {
 Registrar::Reply Registrar::answer(std::string_view datagram, const std::string& host, unsigned port) {
     try {
         const KxSipReading reading = KxSipReading::sRead(datagram);
-        if (!reading.isUsable() || !reading.dropped.empty()) { // a line that was dropped may be a Contact
+        if (!reading.isUsable() || lacksValues(reading)) { // a line that was dropped may be a Contact
             return refuse(reading.response(reading.isUsable() ? 400 : 0), host, port);
         }
         const KxHandle<KxSipRequest> request(reading.message->as<KxSipRequest>());

@@ -14,13 +14,13 @@ PATIENCE = 60  # seconds; much longer than any step takes on a slow machine
 
 
 class Host:
-    """The program under test, on a free port of a loopback address, with its log in a file; with the RFC grammar if the
-    address is IPv6. It is ended by SIGTERM, and killed if it does not end."""
+    """The program under test, on a free port of a loopback address, with its log in a file. It has the RFC grammar if
+    that is asked for or the address is IPv6. It is ended by SIGTERM, and killed if it does not end."""
 
-    def __init__(self, program, folder, *options, address="127.0.0.1"):
+    def __init__(self, program, folder, *options, address="127.0.0.1", is_rfc=False):
         self.address = address
         self.reference = f"[{address}]" if ":" in address else address  # as in a URL
-        self.is_rfc = ":" in address
+        self.is_rfc = is_rfc or ":" in address
         self.options = f"--address {address} --grammar {'rfc' if self.is_rfc else 'classic'}"
         self.name = os.path.basename(program).removeprefix("example_")
         folder = tempfile.mkdtemp(dir=folder)
@@ -36,7 +36,11 @@ class Host:
         with selectors.DefaultSelector() as selector:
             selector.register(self.process.stdout, selectors.EVENT_READ)
             line = self.process.stdout.readline() if selector.select(PATIENCE) else b""
-        self.port = int(re.fullmatch(rf"\w+: listening on {re.escape(self.reference)}:(\d+)\n", line.decode())[1])
+        started = re.fullmatch(rf"\w+: listening on {re.escape(self.reference)}:(\d+)\n", line.decode())
+        if started is None:
+            self.process.kill()
+            raise AssertionError(f"{self.name} does not start, but prints {line}")
+        self.port = int(started[1])
         return self
 
     def __exit__(self, failure, *_):
@@ -48,6 +52,10 @@ class Host:
             self.process.kill()
         if failure is None:
             assert is_alive and self.process.returncode == 0, f"ended with {self.process.returncode}"
+
+    def at(self):
+        """Address and port as in a URL."""
+        return f"{self.reference}:{self.port}"
 
     def log_text(self):
         with open(self.log, encoding="latin-1") as log:
@@ -83,7 +91,7 @@ class Sipp:
         with open(path, "w", encoding="ascii") as out:
             out.write(scenario)
         self.process = subprocess.Popen(
-            ["sipp", f"{host.reference}:{host.port}", "-sf", path, "-i", host.reference, "-p",
+            ["sipp", host.at(), "-sf", path, "-i", host.reference, "-p",
              str(free_port(host.address)),
              "-m", str(calls), "-r", str(rate), "-recv_timeout", str(PATIENCE * 1000), "-nostdin",
              "-trace_stat", "-stf", self.stats, "-trace_err", "-error_file", self.errors, *options],

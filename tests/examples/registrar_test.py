@@ -40,7 +40,7 @@ class Client:
         self.socket.settimeout(PATIENCE)
         self.socket.connect((host.address, host.port))
         self.host = host
-        self.uri = f"sip:{host.reference}:{host.port}"
+        self.uri = f"sip:{host.at()}"
         self.number = 0
 
     def message(self, *more, method="REGISTER", user="alice", without="none", hops=70):
@@ -80,8 +80,8 @@ def sipp(host, folder, password, last):
     """(calls that ended as expected, other calls), if the second REGISTER must be answered with `last`."""
     with open(os.path.join(HERE, "register.xml"), encoding="ascii") as template:
         steps = template.read().replace('response="200"', f'response="{last}"')
-    uri = f"{host.reference}:{host.port}"  # by itself, sipp writes an IPv6 address without brackets
-    options = ["-au", "alice", "-ap", password, "-auth_uri", uri, "-l", "20"]
+    # By itself, sipp writes an IPv6 address without brackets into the digest.
+    options = ["-au", "alice", "-ap", password, "-auth_uri", host.at(), "-l", "20"]
     return Sipp(host, folder, f"{password} {last}", steps, CALLS, 100, *options).result()[:2]
 
 
