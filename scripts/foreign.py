@@ -94,8 +94,8 @@ def run(folder, *command):
 
 
 class Proxy(Program):
-    """Kamailio on a free port: passes REGISTER to the registrar with a Path, other requests to the host of their user
-    ("gateway", "gatewaytcp", "alice", "alicetcp"), and stays on the path of calls."""
+    """Kamailio on a free port: passes REGISTER to the registrar with a Path, and other requests to the host of their user,
+    "gateway" or "alice"; over TCP for "gateway-tcp" and "alice-tcp". It stays on the path of calls."""
 
     CONFIG = """#!KAMAILIO
 debug=0
@@ -128,9 +128,9 @@ request_route {{
     if (is_method("INVITE")) record_route();
     if (is_method("REGISTER")) {{ add_path(); $du = "sip:{registrar}"; }}
     else if ($rU == "gateway") $du = "sip:{gateway}";
-    else if ($rU == "gatewaytcp") $du = "sip:{gateway};transport=tcp";
+    else if ($rU == "gateway-tcp") $du = "sip:{gateway};transport=tcp";
     else if ($rU == "alice") $du = "sip:{alice}";
-    else if ($rU == "alicetcp") $du = "sip:{alice};transport=tcp";
+    else if ($rU == "alice-tcp") {{ $rU = "alice"; $du = "sip:{alice};transport=tcp"; }}
     else {{ sl_send_reply("404", "Not Found"); exit; }}
     if (!t_relay()) sl_reply_error();
 }}
@@ -178,8 +178,8 @@ module_app menu.so
 
     def __init__(self, folder, site, transport, *commands, proxy=None, registers=False):
         version = "-6" if ":" in site.address else "-4"
-        super().__init__(folder, "baresip", "-f", ".", "-v", version, *(part for command in commands
-                                                               for part in ("-e", command)))
+        executed = [part for command in commands for part in ("-e", command)]
+        super().__init__(folder, "baresip", "-f", ".", "-v", "-s", version, *executed)
         with open(os.path.join(self.folder, "config"), "w", encoding="ascii") as out:
             out.write(self.CONFIG.format(at=site.alice, address=site.address))
         account = f"<sip:{USER}@{site.registrar.at()};transport={transport}>;auth_user={USER};auth_pass={PASSWORD}"
@@ -253,9 +253,8 @@ class Site:
             phone.expect(r"200 O[Kk] \(.*\) \[\d bindings?\]")
 
     def phone_calls(self, transport, through=None):
-        url = f"sip:gateway@{self.gateway.at()};transport={transport}"
-        with Phone(self.folder, self, transport, f"/dial {url}", proxy=through) as phone:
-            phone.expect("Call established")
+        with Phone(self.folder, self, transport, f"/dial sip:gateway@{self.gateway.at()}", proxy=through) as phone:
+            phone.expect(f"(?s){transport.upper()} [^ ]* -> [^ ]*\nINVITE .*Call established")
             self.hang_up(phone)
 
     def hang_up(self, phone):
@@ -266,10 +265,11 @@ class Site:
             raise Failure(f"the BYE was not answered: {last(phone.output())}")
 
     def phone_answers(self, transport, through=None):
-        where = f"sip:alice@{through.at() if through else self.alice}"
+        user = "alice-tcp" if through and transport == "tcp" else "alice"
+        where = f"sip:{user}@{through.at() if through else self.alice}"
         with Phone(self.folder, self, transport) as phone:
             self.gateway_calls(where, transport)
-            phone.expect("(?s)Call established.*session closed|Call established.*terminated")
+            phone.expect(f"(?s){transport.upper()} [^ ]* -> [^ ]*\nINVITE .*Call established.*session closed")
 
     def gateway_calls(self, url, transport, *options):
         flags = ("--tcp",) if transport == "tcp" else ()
@@ -303,8 +303,9 @@ def cases(site):
         yield f"baresip calls through kamailio, {name}", partial(site.phone_calls, kind, proxy)
         yield f"baresip is called, {name}", partial(site.phone_answers, kind)
         yield f"baresip is called through kamailio, {name}", partial(site.phone_answers, kind, proxy)
+        user = "gateway-tcp" if kind == "tcp" else "gateway"
         yield (f"gateway calls gateway through kamailio, {name}, reliable",
-               partial(site.gateway_calls, f"sip:gateway@{proxy.at()}", kind, "--reliable", "--session", "1800"))
+               partial(site.gateway_calls, f"sip:{user}@{proxy.at()}", kind, "--reliable", "--session", "1800"))
 
 
 def interrupt(*_):
