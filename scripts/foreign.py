@@ -268,14 +268,14 @@ class Site:
         user = "alice-tcp" if through and transport == "tcp" else "alice"
         where = f"sip:{user}@{through.at() if through else self.alice}"
         with Phone(self.folder, self, transport) as phone:
-            self.gateway_calls(where, transport)
+            self.gateway_calls(where, transport, "as planned")
             phone.expect(f"(?s){transport.upper()} [^ ]* -> [^ ]*\nINVITE .*Call established.*session closed")
 
-    def gateway_calls(self, url, transport, *options):
+    def gateway_calls(self, url, transport, expected, *options):
         flags = ("--tcp",) if transport == "tcp" else ()
         output = run(self.folder, os.path.abspath(GATEWAY), *self.gateway.options.split(), "--port", "0", "call", url,
                      "--duration", "300", *flags, *options)
-        if "call: as planned" not in output:
+        if f"call: {expected}" not in output:
             raise Failure(last(output))
 
 
@@ -303,9 +303,11 @@ def cases(site):
         yield f"baresip calls through kamailio, {name}", partial(site.phone_calls, kind, proxy)
         yield f"baresip is called, {name}", partial(site.phone_answers, kind)
         yield f"baresip is called through kamailio, {name}", partial(site.phone_answers, kind, proxy)
-        user = "gateway-tcp" if kind == "tcp" else "gateway"
+        url = f"sip:gateway{'-tcp' if kind == 'tcp' else ''}@{proxy.at()}"
         yield (f"gateway calls gateway through kamailio, {name}, reliable",
-               partial(site.gateway_calls, f"sip:{user}@{proxy.at()}", kind, "--reliable", "--session", "1800"))
+               partial(site.gateway_calls, url, kind, "as planned", "--reliable", "--session", "1800"))
+        yield (f"gateway cancels a call through kamailio, {name}",
+               partial(site.gateway_calls, url, kind, "487 ", "--cancel-after", "10"))
 
 
 def interrupt(*_):
