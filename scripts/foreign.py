@@ -27,6 +27,9 @@ class Failure(Exception):
     pass
 
 
+FAULTS = (Failure, AssertionError, OSError, subprocess.SubprocessError)
+
+
 class Program:
     """A foreign program, with its output in a file. It and what it has started are ended with the context."""
 
@@ -94,8 +97,8 @@ def run(folder, *command):
 
 
 class Proxy(Program):
-    """Kamailio on a free port: passes REGISTER to the registrar with a Path, and other requests to the host of their user,
-    "gateway" or "alice"; over TCP for "gateway-tcp" and "alice-tcp". It stays on the path of calls."""
+    """Kamailio on a free port: passes REGISTER to the registrar with a Path, and other requests to the host of their
+    user, "gateway" or "alice"; over TCP for "gateway-tcp" and "alice-tcp". It stays on the path of calls."""
 
     CONFIG = """#!KAMAILIO
 debug=0
@@ -320,27 +323,40 @@ def attempt(case):
     try:
         case()
         return "ok"
-    except (Failure, AssertionError, OSError) as failure:
+    except FAULTS as failure:
         return f"FAILED: {failure}"
     finally:
         signal.alarm(0)
+
+
+def examine(address, is_rfc, report):
+    """Does all cases on one address with one grammar."""
+    with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as stack:
+        site = Site(stack, folder, address, is_rfc)
+        for name, case in cases(site):
+            report(name, attempt(case))
 
 
 def main():
     signal.signal(signal.SIGALRM, interrupt)
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     table = {}
-    for grammar, address in (("classic", "127.0.0.1"), ("rfc", "127.0.0.1"), ("rfc", "::1")):
-        with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as stack:
-            site = Site(stack, folder, address, grammar == "rfc")
-            for name, case in cases(site):
-                outcome = attempt(case)
-                print(f"{grammar}, {address}: {name}: {outcome}", flush=True)
-                table.setdefault(name, {})[f"{grammar} {address}"] = outcome.split(":")[0]
-    columns = ("classic 127.0.0.1", "rfc 127.0.0.1", "rfc ::1")
-    print(f"\n{'':70}{''.join(f'{column:>20}' for column in columns)}")
+    columns = [("classic", "127.0.0.1"), ("rfc", "127.0.0.1"), ("rfc", "::1")]
+    for column in columns:
+        def report(name, outcome, column=column):
+            print(f"{', '.join(column)}: {name}: {outcome}", flush=True)
+            table.setdefault(name, {})[column] = outcome.split(":")[0]
+
+        grammar, address = column
+        whole = "hosts and kamailio start, hosts end well"
+        try:
+            examine(address, grammar == "rfc", report)
+            report(whole, "ok")
+        except FAULTS as failure:
+            report(whole, f"FAILED: {failure}")
+    print(f"\n{'':55}" + "".join(f"{' '.join(column):>20}" for column in columns))
     for name, outcomes in table.items():
-        print(f"{name:70}{''.join(f'{outcomes.get(column, chr(45)):>20}' for column in columns)}")
+        print(f"{name:55}" + "".join(f"{outcomes.get(column, '-'):>20}" for column in columns))
     return any("FAILED" in outcomes.values() for outcomes in table.values())
 
 
