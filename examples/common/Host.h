@@ -24,21 +24,18 @@ private:
     ACE_HANDLE m_handle = ACE_INVALID_HANDLE;
 };
 
-/** Configures logging by a file with log4cplus properties. If the name is empty, logs to standard output: INFO of
-    `logger`, and only warnings of all other loggers. */
-void configureLog(const std::string& file, const char* logger);
-
-/** Seeds the C library's generator with random bytes of the system. The library's tags and CSeq numbers come from this
-    generator. To be called once, before any message is built. Throws std::system_error. */
-void seedRandom();
-
-/** The options of every host: the address and port to listen on, and the configuration of the log. */
+/** The options of every host: the address and port to listen on, the grammar, and the configuration of the log. */
 struct HostOptions {
     std::string address = "127.0.0.1"; // local by default; another address must be set explicitly
     unsigned port = 5060;
+    std::string grammar = "classic"; // the library's default
     std::string log;
 
-    /** Adds --address, --port and --log. This object must outlive the parsing of the command line. */
+    /** Adds --address, --port, --grammar and --log. This object must outlive the parsing of the command line. */
     void addTo(CLI::App& app);
-    ACE_INET_Addr listenAt() const { return {static_cast<u_short>(port), address.c_str()}; }
+    /** To be called once, before any message is built or read: chooses the grammar, configures the log and seeds the C
+        library's generator, from which tags and CSeq numbers of the classic grammar come. Without a file, INFO of
+        `logger` and warnings of all other loggers are logged to standard output. Throws std::runtime_error. */
+    void start(const char* logger) const;
+    ACE_INET_Addr listenAt() const;
 };

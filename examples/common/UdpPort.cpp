@@ -1,14 +1,19 @@
 #include "common/UdpPort.h"
 
+#include "common/Answers.h"
+
 #include <ace/Reactor.h>
 
 #include <cerrno>
 #include <system_error>
 #include <utility>
 
+constexpr int kOnlyIPv6 = 1; // IPv4 peers of an IPv6 socket would have addresses that are neither
+
 UdpPort::UdpPort(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver)
     : ACE_Event_Handler(&reactor), m_receiver(std::move(receiver)) {
-    if (m_socket.open(local) == -1 || reactor.register_handler(this, ACE_Event_Handler::READ_MASK) == -1) {
+    if (m_socket.open(local, local.get_type(), 0, 0, kOnlyIPv6) == -1 ||
+        reactor.register_handler(this, ACE_Event_Handler::READ_MASK) == -1) {
         const int error = errno;
         m_socket.close();
         throw std::system_error(error, std::generic_category(), "cannot listen");
@@ -41,5 +46,10 @@ int UdpPort::handle_input(ACE_HANDLE) {
 
 std::string hostOf(const ACE_INET_Addr& address) {
     char host[INET6_ADDRSTRLEN] = "";
-    return address.get_host_addr(host, sizeof host) == nullptr ? std::string() : std::string(host);
+    const std::string_view text = address.get_host_addr(host, sizeof host) == nullptr ? "" : host;
+    return std::string(text.substr(0, text.find('%'))); // a zone is of no use to others
+}
+
+std::string hostPortOf(const ACE_INET_Addr& address) {
+    return hostPort(hostOf(address), address.get_port_number());
 }

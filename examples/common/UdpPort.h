@@ -34,5 +34,7 @@ private:
     std::array<char, 65536> m_buffer; // more than the longest datagram
 };
 
-/** Returns the host of the address, "192.0.2.1". */
+/** Returns the host of the address, "192.0.2.1" or "2001:db8::1". */
 std::string hostOf(const ACE_INET_Addr& address);
+/** Returns host and port as in a URL, "192.0.2.1:5060" or "[2001:db8::1]:5060". */
+std::string hostPortOf(const ACE_INET_Addr& address);

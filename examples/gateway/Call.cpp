@@ -130,8 +130,7 @@ void Call::accept(const KxHandle<KxSipRequest>& invite, const Transactions::Id& 
 }
 
 std::string Call::contact() const {
-    const std::string address = m_host.transport.host() + ':' + std::to_string(m_host.transport.port());
-    return "<sip:gateway@" + address + (m_peer.isReliable() ? ";transport=tcp>" : ">");
+    return "<sip:gateway@" + m_host.transport.hostPort() + (m_peer.isReliable() ? ";transport=tcp>" : ">");
 }
 
 void Call::introduce(KxSipMessage& message) {
@@ -143,8 +142,8 @@ void Call::introduce(KxSipMessage& message) {
 }
 
 std::string Call::session() const {
-    const std::string& host = m_host.transport.host();
-    return "v=0\r\no=- 1 1 IN IP4 " + host + "\r\ns=-\r\nc=IN IP4 " + host +
+    const std::string address = (m_host.transport.isIPv6() ? "IN IP6 " : "IN IP4 ") + m_host.transport.host();
+    return "v=0\r\no=- 1 1 " + address + "\r\ns=-\r\nc=" + address +
            "\r\nt=0 0\r\nm=audio 9 RTP/AVP 0\r\na=inactive\r\n";
 }
 

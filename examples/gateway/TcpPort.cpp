@@ -158,7 +158,8 @@ private:
 
 TcpPort::TcpPort(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver)
     : ACE_Event_Handler(&reactor), m_receiver(std::move(receiver)) {
-    if (m_acceptor.open(local, 1) == -1 || reactor.register_handler(this, ACE_Event_Handler::ACCEPT_MASK) == -1) {
+    if (m_acceptor.open(local, 1, local.get_type(), ACE_DEFAULT_BACKLOG, 0, 1) == -1 ||
+        reactor.register_handler(this, ACE_Event_Handler::ACCEPT_MASK) == -1) {
         const int error = errno;
         m_acceptor.close();
         errno = error;

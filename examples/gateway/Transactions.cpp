@@ -95,7 +95,7 @@ void Transactions::respond(const Id& id, const KxHandle<KxSipResponse>& response
     server.isFinal = code >= 200;
     server.lost = std::move(lost);
     LOG4CPLUS_INFO(logger(), code << " to " << printable(response->getCSeqHeader()->getMethod()) << " of "
-                                  << hostOf(server.peer.address) << ':' << server.peer.address.get_port_number());
+                                  << hostPortOf(server.peer.address));
     m_transport.send(server.last, server.peer);
     server.again.stop();
     if (isReliable) {

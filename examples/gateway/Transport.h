@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TcpPort.h"
+#include "common/Answers.h"
 #include "common/UdpPort.h"
 
 #include <memory>
@@ -26,6 +27,9 @@ public:
     Transport(const ACE_INET_Addr& local, ACE_Reactor& reactor, Receiver receiver);
 
     const std::string& host() const { return m_host; }
+    bool isIPv6() const { return m_host.find(':') != std::string::npos; }
+    /** Host and port as in a URL. */
+    std::string hostPort() const { return ::hostPort(m_host, port()); }
     unsigned port() const { return m_udp->port(); }
     /** Makes a TCP connection. Throws std::system_error. */
     Peer connect(const ACE_INET_Addr& to) { return {to, m_tcp->connect(to)}; }

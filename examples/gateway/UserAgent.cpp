@@ -56,7 +56,7 @@ void UserAgent::receive(const KxSipFramer::Frame& frame, const Peer& from) {
         if (auto* const response = reading.message->as<KxSipResponse>()) {
             return transactions.receive(KxHandle<KxSipResponse>(response));
         }
-        if (!reading.dropped.empty()) {
+        if (lacksValues(reading)) {
             return refuseUnusable(reading, "a header line", 400, from);
         }
         const Request request(reading.message->as<KxSipRequest>());
@@ -139,6 +139,9 @@ KxHandle<KxSipResponse> UserAgent::refuse(const Request& request) const {
         const KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = isUnknown ? 501 : 405});
         addAllow(*response);
         return response;
+    }
+    if (isSecure(*request)) {
+        return KxSipResponse::sBuild(*request, {.statusCode = 416});
     }
     KxHandle<KxSipResponse> refusal;
     for (const KxSipRequireHeader& required : request->values<KxSipRequireHeader>()) {

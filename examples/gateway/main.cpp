@@ -44,8 +44,11 @@ void call(UserAgent& agent, Transport& transport, ACE_Reactor& reactor, const Op
         reactor.end_reactor_event_loop();
     };
     const KxSipURL url(plan.uri.c_str());
+    const int family = options.host.listenAt().get_type();
     ACE_INET_Addr address;
-    if (url.getPort() > 65535 || address.set(static_cast<u_short>(url.getPort()), url.getHost().c_str()) == -1) {
+    if (url.getPort() > 65535 ||
+        address.set(static_cast<u_short>(url.getPort()), url.getHost().c_str(), 1, family) == -1 ||
+        address.get_type() != family) {
         throw std::runtime_error("no such host: " + plan.uri);
     }
     agent.call(options.overTcp ? transport.connect(address) : Peer{address}, plan);
@@ -55,8 +58,7 @@ bool run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
     const log4cplus::Initializer log;
-    configureLog(options.host.log, "gateway");
-    seedRandom();
+    options.host.start("gateway");
 
     Timers timers(reactor);
     UserAgent* receiver = nullptr;
@@ -64,7 +66,7 @@ bool run(const Options& options) {
                         [&](const KxSipFramer::Frame& frame, const Peer& from) { receiver->receive(frame, from); });
     UserAgent agent(timers, transport, options.times, options.limits);
     receiver = &agent;
-    std::cout << "gateway: listening on " << transport.host() << ':' << transport.port() << std::endl;
+    std::cout << "gateway: listening on " << transport.hostPort() << std::endl;
     bool isDone = !options.isCalling;
     if (options.isCalling) {
         call(agent, transport, reactor, options, isDone);

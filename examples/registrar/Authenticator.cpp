@@ -1,5 +1,7 @@
 #include "Authenticator.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/address/KxSipURL.h"
 #include "sipobject/headers/KxSipAuthorizationHeader.h"
 #include "sipobject/headers/KxSipWWWAuthenticateHeader.h"
 #include "util/KxByteArrayInputStream.h"
@@ -24,10 +26,32 @@ std::uint32_t countOf(std::string_view digits) {
     return digits.size() == 8 && error == std::errc() && end == digits.data() + digits.size() ? count : 0;
 }
 
+/** Reads a URI; nil if it is none. */
+KxHandle<KxURI> uriOf(const KxString& text) {
+    try {
+        KxByteArrayInputStream in(text.view());
+        return KxURI::sConstructFrom(in, true);
+    } catch (const KxHandle<KxException>&) {
+        return {};
+    }
+}
+
 /** Whether the text parses to the same URI; it may be written in a different way. */
 bool names(const KxString& text, const KxHandle<KxURI>& uri) {
-    KxByteArrayInputStream in(text.view());
-    return !uri.isNil() && KxURI::sConstructFrom(in, true)->getString() == uri->getString();
+    const KxHandle<KxURI> named = uriOf(text);
+    if (named.isNil() || uri.isNil()) {
+        return false;
+    }
+    const bool areURLs = named->isSipURL() && uri->isSipURL();
+    if (areURLs && KxSipGrammar::sComparesURLsByMeaning()) {
+        return *named->as<KxSipURL>() == *uri->as<KxSipURL>();
+    }
+    return named->getString() == uri->getString();
+}
+
+/** Whether a property has this value, in any letter case if the grammar ignores it. */
+bool is(const KxString& property, const char* value) {
+    return KxSipGrammar::sKnowsDigestsByName() ? property.equalsNoCase(value) : property == value;
 }
 
 } // namespace
@@ -93,13 +117,13 @@ Authenticator::Verdict Authenticator::judge(const KxSipRequest& request) {
 
 /** Whether the credentials are of the offered kind and from a user who knows the password. */
 bool Authenticator::isUser(KxSipDigestCredentialsInfo& credentials, const KxSipRequest& request) const {
-    if (credentials.getProperty("algorithm").isNil()) { // means MD5 [RFC 2617 3.2.1]; the library needs the name
+    if (credentials.getProperty("algorithm").isNil()) { // means MD5 [RFC 2617 3.2.1]; the name is needed
         KxByteArrayInputStream usual("algorithm=MD5");
         credentials.parse(usual);
     }
     // The properties must be exactly those that were offered. With MD5-sess the password of some users would not be
     // needed, and without qop the same credentials could be replayed.
-    if (credentials.getProperty("algorithm") != "MD5" || credentials.getProperty("qop") != "auth" ||
+    if (!is(credentials.getProperty("algorithm"), "MD5") || !is(credentials.getProperty("qop"), "auth") ||
         !names(credentials.getProperty("uri"), request.getURI())) {
         return false;
     }

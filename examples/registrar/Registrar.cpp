@@ -1,12 +1,14 @@
 #include "Registrar.h"
 
 #include "common/Answers.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipAllowHeader.h"
 #include "sipobject/headers/KxSipRequireHeader.h"
 #include "sipobject/headers/KxSipUnsupportedHeader.h"
 #include "sipobject/messages/KxSipReading.h"
 #include "sipobject/messages/KxSipResponseParts.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
+#include "util/KxHexEncoding.h"
 
 #include <log4cplus/loggingmacros.h>
 
@@ -19,12 +21,27 @@ log4cplus::Logger& logger() {
     return logger;
 }
 
+/** Returns the user of an address. The RFC grammar keeps escapes, so that they are resolved here. */
+std::string userOf(const KxSipURL& address) {
+    std::string_view text = address.getUser().view();
+    std::string user;
+    for (; !text.empty(); text.remove_prefix(1)) {
+        if (text.front() == '%' && text.size() > 2 && KxSipGrammar::sReadsURLsStrictly()) {
+            user += KxHexEncoding::fromHex(text[1], text[2]);
+            text.remove_prefix(2);
+        } else {
+            user += text.front();
+        }
+    }
+    return user;
+}
+
 } // namespace
 
 Registrar::Reply Registrar::answer(std::string_view datagram, const std::string& host, unsigned port) {
     try {
         const KxSipReading reading = KxSipReading::sRead(datagram);
-        if (!reading.isUsable() || !reading.dropped.empty()) { // a line that was dropped may be a Contact
+        if (!reading.isUsable() || lacksValues(reading)) { // a line that was dropped may be a Contact
             return refuse(reading.response(reading.isUsable() ? 400 : 0), host, port);
         }
         const KxHandle<KxSipRequest> request(reading.message->as<KxSipRequest>());
@@ -34,9 +51,9 @@ Registrar::Reply Registrar::answer(std::string_view datagram, const std::string&
         return {respond(request, datagram, host, port), replyPort(*request->getViaHeader(), port)};
     } catch (const KxHandle<KxException>& failure) {
         LOG4CPLUS_INFO(logger(),
-                       "no answer to " << host << ':' << port << ": " << printable(failure->getExceptionMessage()));
+                       "no answer to " << hostPort(host, port) << ": " << printable(failure->getExceptionMessage()));
     } catch (const std::exception& failure) {
-        LOG4CPLUS_ERROR(logger(), "no answer to " << host << ':' << port << ": " << failure.what());
+        LOG4CPLUS_ERROR(logger(), "no answer to " << hostPort(host, port) << ": " << failure.what());
     }
     return {};
 }
@@ -71,7 +88,7 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
     if (verdict.outcome == Outcome::Accepted) {
         verdict.nonce->response = bytes;
     }
-    LOG4CPLUS_INFO(logger(), printable(request->getMethod()) << " of " << host << ':' << port << ' ' << verdict.user
+    LOG4CPLUS_INFO(logger(), printable(request->getMethod()) << " of " << hostPort(host, port) << ' ' << verdict.user
                                                              << " -> " << response->getStatusCode());
     return bytes;
 }
@@ -80,6 +97,9 @@ std::string Registrar::respond(const KxHandle<KxSipRequest>& request, std::strin
 KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request, std::size_t size) const {
     if (size > kLargestRequest) {
         return KxSipResponse::sBuild(*request, {.statusCode = 513});
+    }
+    if (isSecure(*request)) {
+        return KxSipResponse::sBuild(*request, {.statusCode = 416});
     }
     const std::string_view method = request->getMethod();
     if (method == "CANCEL") { // requests are answered at once, so there is nothing to cancel
@@ -102,7 +122,7 @@ KxHandle<KxSipResponse> Registrar::refuse(const KxHandle<KxSipRequest>& request,
 /** Returns the response to a REGISTER of this user. A user may change only the own address. */
 KxHandle<KxSipResponse> Registrar::serve(const KxHandle<KxSipRequest>& request, const std::string& user) {
     const KxHandle<KxSipURL> address = request->getToHeader()->getNameAddress()->getURL();
-    const bool isOwn = !address.isNil() && address->getUser() == user;
+    const bool isOwn = !address.isNil() && userOf(*address) == user;
     const int code = isOwn ? m_bindings.update(user, *request) : 403;
     KxHandle<KxSipResponse> response = KxSipResponse::sBuild(*request, {.statusCode = code});
     if (code == 200) {

@@ -4,6 +4,7 @@
 //   registrar --realm example.com --users users --port 5060
 
 #include "Registrar.h"
+#include "common/Answers.h"
 #include "common/Host.h"
 #include "common/UdpPort.h"
 
@@ -26,8 +27,7 @@ void run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
     const log4cplus::Initializer log;
-    configureLog(options.host.log, "registrar");
-    seedRandom();
+    options.host.start("registrar");
 
     Registrar registrar(options.realm, readUsers(options.users));
     UdpPort port(options.host.listenAt(), reactor, [&](std::string_view datagram, const ACE_INET_Addr& from) {
@@ -38,7 +38,7 @@ void run(const Options& options) {
             port.send(reply.bytes, to);
         }
     });
-    std::cout << "registrar: listening on " << options.host.address << ':' << port.port() << std::endl;
+    std::cout << "registrar: listening on " << hostPort(hostOf(options.host.listenAt()), port.port()) << std::endl;
     reactor.run_reactor_event_loop();
 }
 
