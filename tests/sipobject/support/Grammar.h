@@ -4,10 +4,11 @@
 
 #include <string_view>
 
-/** Chooses the RFC grammar, and removes the argument, if the first argument is "--grammar=rfc". */
+/** Chooses a grammar, and removes the argument, if the first argument is "--grammar=rfc" or "--grammar=classic". */
 inline void chooseGrammar(int& argc, char**& argv) {
-    if (argc > 1 && argv[1] == std::string_view("--grammar=rfc")) {
-        KxSipGrammar::sChoose(KxSipGrammar::Choice::RFC);
+    const std::string_view argument = argc > 1 ? argv[1] : "";
+    if (argument == "--grammar=rfc" || argument == "--grammar=classic") {
+        KxSipGrammar::sChoose(argument.ends_with("rfc") ? KxSipGrammar::Choice::RFC : KxSipGrammar::Choice::Classic);
         argv[1] = argv[0];
         --argc;
         ++argv;
