@@ -309,7 +309,7 @@ class Rows:
             second = self.result("--grammar=rfc", block.argument, row[1])
             lines.append(line if self.update else line[: row.start(2)] + first)
             if second != first:
-                lines.append("rfc ".rjust(row.start(2) if row.start(2) < 50 else 8) + second)
+                lines.append("rfc ".rjust(row.start(2) if row.start(2) < 40 else 8) + second)
             self.count += 1
         text = "\n".join(lines) + "\n"
         if self.update:

@@ -13,8 +13,8 @@ static std::string readWritten(KxInputStream& in) {
 }
 
 /** Messages with the expected dump in a file next to each: NAME.dump, and NAME.rfc.dump if that of the RFC grammar is
-    another. Those of RFC 4475 and 5118 are in the folder "torture". KX_WRITE_DUMPS=1 writes the expected dumps of the
-    grammar again, first those of the classic one; check them before you commit them. */
+    another. Those of RFC 4475 and 5118 are in the folder "torture". KX_WRITE_DUMPS=1, which the
+    target update_expected sets, writes the expected dumps of the grammar again; check them before you commit them. */
 TEST(MessageParseTest, GoldenMessages) {
     std::vector<std::filesystem::path> files = filesOf("tests/messages", ".sip");
     std::ranges::copy(filesOf("tests/messages/torture", ".sip"), std::back_inserter(files));
