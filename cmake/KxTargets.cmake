@@ -33,10 +33,11 @@ function(kx_add_library name)
     add_library(${ARG_ALIAS} ALIAS ${name})
 endfunction()
 
-# kx_add_tests(<name> <subfolder> LIBRARIES <targets>... [ENVIRONMENT <NAME=value>...])
-# Makes one GoogleTest executable of all sources under tests/<subfolder>. Every TEST is a test of ctest.
+# kx_add_tests(<name> <subfolder> LIBRARIES <targets>... [ENVIRONMENT <NAME=value>...] [CLASSIC_ONLY <patterns>...])
+# Makes one GoogleTest executable of all sources under tests/<subfolder>. Every TEST is a test of ctest. With CLASSIC_ONLY,
+# every TEST runs a second time with --grammar=rfc, as rfc.<name>, except those that match one of the patterns.
 function(kx_add_tests name subfolder)
-    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LIBRARIES;ENVIRONMENT")
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LIBRARIES;ENVIRONMENT;CLASSIC_ONLY")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${subfolder}/*.cpp")
     if(NOT sources)
         message(STATUS "${name}: no sources yet")
@@ -50,4 +51,9 @@ function(kx_add_tests name subfolder)
         list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
     endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+    if(ARG_CLASSIC_ONLY)
+        list(JOIN ARG_CLASSIC_ONLY ":" patterns)
+        gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties}
+            TEST_LIST ${name}_RFC_TESTS TEST_PREFIX "rfc." TEST_FILTER "-${patterns}" EXTRA_ARGS --grammar=rfc)
+    endif()
 endfunction()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/sipobject/support/Grammar.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxException.h"

@@ -69,6 +69,21 @@ bool changes(const KxSipDigestCredentialsInfo& credentials, const PlainPropertyL
 }
 
 template <class Info>
+void checkPlain(const Outcome<Info>& first, const PlainPropertyList& plain, std::size_t expected,
+                std::string_view unread) {
+    if (!first.isRead) {
+        same("a list is refused as it is the plain way", first.text, plain.failure);
+        return;
+    }
+    if (!plain.failure.empty() || unread.size() != expected) {
+        fail("a list is read as far as it is the plain way", unread, plain.failure);
+    }
+    for (const KxParameters::Pair& property : plain.list) {
+        same("a list reads as it does the plain way", property.value, first.info.getProperty(property.name));
+    }
+}
+
+template <class Info>
 void checkReading(std::string_view text) {
     KxByteArrayInputStream in(text);
     const Outcome<Info> first(in);
@@ -76,15 +91,8 @@ void checkReading(std::string_view text) {
     const Outcome<Info> slow(dribble);
     same("a stream that dribbles reads as memory", first.text, slow.text);
     const PlainPropertyList plain(text, false);
-    if (!first.isRead) {
-        same("a list is refused as it is the plain way", first.text, plain.failure);
-        return;
-    }
-    if (!plain.failure.empty() || in.window().size() != text.size() - plain.read) {
-        fail("a list is read as far as it is the plain way", in.window(), plain.failure);
-    }
-    for (const KxParameters::Pair& property : plain.list) {
-        same("a list reads as it does the plain way", property.value, first.info.getProperty(property.name));
+    if (!isRFC()) { // the plain reader knows the classic grammar only
+        checkPlain(first, plain, text.size() - plain.read, in.window());
     }
     if (!first.isWritten) {
         return;
@@ -92,7 +100,7 @@ void checkReading(std::string_view text) {
     checkWriting(first.info, first.text);
     KxByteArrayInputStream again{std::string_view(first.text)};
     const Outcome<Info> second(again);
-    if (second.text != first.text && !changes(first.info, plain)) {
+    if (second.text != first.text && (isRFC() || !changes(first.info, plain))) {
         fail("what was written is written again", first.text, second.text);
     }
 }

@@ -166,7 +166,14 @@ private:
 
     void add(unsigned with, bool first, bool single) {
         KxByteArrayInputStream in{std::string_view(kLines[with % kLines.size()])};
-        const KxHandle<KxSipHeader> header = KxSipHeader::sConstructFrom(in);
+        KxHandle<KxSipHeader> header;
+        const std::string why = outcomeOf([&] {
+            header = KxSipHeader::sConstructFrom(in);
+            return std::string();
+        });
+        if (!why.empty() && isRFC()) { // it refuses some of the lines
+            return;
+        }
         PlainMessage plain(*m_message);
         plain.add(*header, first, single);
         single ? m_message->addSingleHeader(header, first) : m_message->addHeader(header, first);
@@ -403,13 +410,13 @@ private:
         same("a message of whose parts another is built stays as it is", m_text, written(*m_message));
     }
 
-    /** Checks that an edited message is read again, unless mandatory headers are missing now. Two kinds of messages are
-        not checked: one without a Content-Length gets a new one, and one whose Content-Length exceeds the body is
-        invalid. */
+    /** Checks that an edited message is read again, unless mandatory headers are missing now. Three kinds of messages are
+        not checked: one without a Content-Length gets a new one, one whose Content-Length exceeds the body is invalid,
+        and the RFC grammar reads several Content-Lengths as one, or not at all. */
     static void checkEdited(const KxSipMessage& message, std::string_view text) {
         checkWriting(message, text, 1);
-        const std::vector<HeaderID> order = message.getHeaderOrder();
-        if (std::count(order.begin(), order.end(), KxHeaderIDs::kContentLength) != 0 &&
+        const KxHandle<KxSipHeader> length = message.getHeaderByID(KxHeaderIDs::kContentLength);
+        if (!length.isNil() && (!isRFC() || length->getNext().isNil()) &&
             message.getBodyLength() <= message.getStoredBodyLength()) {
             checkSecondRound(message, text, false);
         }

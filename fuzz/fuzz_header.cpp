@@ -192,7 +192,7 @@ bool changes(const KxSipHeader& header, std::string_view value) {
 }
 
 void checkSecondRound(const KxSipHeader& chain, const std::string& text) {
-    for (const KxSipHeader* value = &chain; value != nullptr; value = value->getNext().get()) {
+    for (const KxSipHeader* value = &chain; value != nullptr && !isRFC(); value = value->getNext().get()) {
         const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
         const std::string line = written(*alone);
         const std::size_t before = alone->getToken().length() + 2;

@@ -44,7 +44,7 @@ Outcome readWith(KxInputStream& in, Reader reader, bool standalone) {
 void check(const Outcome& first, Reader reader) {
     const KxURI& uri = *first.uri;
     checkWriting(uri, first.text);
-    if (changes(uri, first.text)) {
+    if (!isRFC() && changes(uri, first.text)) {
         return;
     }
     const Block block(first.text);

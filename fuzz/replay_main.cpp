@@ -1,4 +1,7 @@
-// Runs a fuzz target over stored inputs: every file of the folders (or every file) given as arguments.
+// Runs a fuzz target over stored inputs: every file of the folders (or every file) given as arguments; in the RFC grammar
+// if --grammar=rfc comes before them.
+
+#include "tests/sipobject/support/Grammar.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,6 +33,7 @@ bool replayFile(const std::filesystem::path& path) {
 } // namespace
 
 int main(int argc, char** argv) {
+    chooseGrammar(argc, argv);
     std::size_t replayed = 0;
     for (int i = 1; i < argc; ++i) {
         const std::filesystem::path argument(argv[i]);

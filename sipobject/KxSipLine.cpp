@@ -61,6 +61,7 @@ std::size_t KxSipLine::readSome(char*, std::size_t) {
         KxSipLine whole(in);
         return take(whole);
     }
+    m_key = {}; // a faulty line has none
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
         KxStreamTokenizer::sDiscardLine(in);

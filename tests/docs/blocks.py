@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compiles and runs the code blocks of the documentation, and compares what they print with what the pages show.
 
-usage: blocks.py --work FOLDER --tool-folder FOLDER --compiler C++ [--page PAGE]... -- COMPILER-OPTION...
+usage: blocks.py --work FOLDER --tool-folder FOLDER --compiler C++ [--page PAGE]... [--update] -- COMPILER-OPTION...
 
 A page is a Markdown file. A block, fenced or indented, that is none of the following fails the test. The kind of a
 block is given by its language and by the marker before it, an HTML comment on a line of its own:
@@ -16,7 +16,8 @@ block is given by its language and by the marker before it, an HTML comment on a
   <!-- file: PATH -->           any language: written to PATH, which C++ can include and programs can open
   <!-- part of: PATH -->        any language: text that the file PATH of the source tree contains
   <!-- output -->               what the block before it prints; <!-- excerpt --> some lines of it
-  <!-- rows: KIND -->           lines "input -> output" or "input !! error", read as tests/docs/rows.cpp does
+  <!-- rows: KIND -->           lines "input -> output" or "input !! error", read as tests/docs/rows.cpp does; if the RFC
+                                grammar has another result, "rfc -> output" is in the next line; --update writes these
   ```sh, or indented            commands: each is run, in a folder with the source tree's files and a trace.pcap, with
                                 kxsip in the path; exit codes above 2 fail the test
   ```console                    the same, with "$ " before a command and its output after it
@@ -27,6 +28,7 @@ begin with a text of NOT_RUN is only counted.
 
 import argparse
 import dataclasses
+import difflib
 import os
 import pathlib
 import re
@@ -283,26 +285,39 @@ def split_command(step):
 class Rows:
     """The program that reads rows, compiled for the first of them."""
 
-    def __init__(self, runner):
+    def __init__(self, runner, update):
         self.runner = runner
+        self.update = update
         self.program = None
         self.count = 0
+
+    def result(self, *arguments):
+        return self.runner.run([str(self.program), *arguments], self.runner.work)[0].rstrip()
 
     def check(self, block):
         if self.program is None:
             self.program = self.runner.work / "rows"
             self.runner.compile(HERE / "rows.cpp", self.program)
-        wrong = []
+        lines = []
         for line in block.text.splitlines():
-            row = re.match(r"(.*?)\s+(->|!!)(?:\s(.*))?$", line)
+            row = re.match(r"(.*?)\s+(->|!!)", line)
             if row is None:
                 raise Failure(f"no row: {line}")
-            output, _ = self.runner.run([str(self.program), block.argument, row[1]], self.runner.work)
-            if output != f"{row[2]} {row[3] or ''}\n":
-                wrong.append(f"{row[1]}\n  page: {row[2]} {row[3]}\n  code: {output.rstrip()}")
+            if row[1].lstrip() == "rfc" and lines:
+                continue
+            first = self.result(block.argument, row[1])
+            second = self.result("--grammar=rfc", block.argument, row[1])
+            lines.append(line if self.update else line[: row.start(2)] + first)
+            if second != first:
+                lines.append("rfc ".rjust(row.start(2) if row.start(2) < 40 else 8) + second)
             self.count += 1
-        if wrong:
-            raise Failure("\n".join(wrong))
+        text = "\n".join(lines) + "\n"
+        if self.update:
+            page = block.page.read_text(encoding="utf-8")
+            block.page.write_text(page.replace(block.text, text, 1), encoding="utf-8")
+        elif text != block.text:
+            changes = difflib.ndiff(block.text.splitlines(), lines)
+            raise Failure("page (-) and code (+)\n" + "\n".join(line for line in changes if line[0] in "+-"))
 
 
 def main():
@@ -311,11 +326,12 @@ def main():
     parser.add_argument("--tool-folder", required=True)
     parser.add_argument("--compiler", required=True)
     parser.add_argument("--page", action="append", type=lambda text: pathlib.Path(text).resolve())
+    parser.add_argument("--update", action="store_true")
     parser.add_argument("options", nargs="*")
     options = parser.parse_args()
 
     runner = Runner(options)
-    rows = Rows(runner)
+    rows = Rows(runner, options.update)
     failed = 0
 
     def attempt(block, what):

@@ -1,10 +1,11 @@
-// Reads one text of a kind with the library and prints the result: "-> " and what it is written as, lines
+// rows [--grammar=rfc] KIND TEXT: reads a text of a kind with the library and prints the result: "-> " and what it is written as, lines
 // separated by " | ", or "!! " and the error's text. In the text \r, \n, \t, \s (a blank) and \\ are these characters;
 // the output is escaped in the same way.
 
 #include "sipobject/address/KxSipNameAddress.h"
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
+#include "tests/sipobject/support/Grammar.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxException.h"
@@ -99,6 +100,7 @@ std::string message(const std::string& text) {
 int main(int argc, char** argv) {
     static const std::map<std::string_view, std::string (*)(const std::string&)> kinds{
         {"header", header}, {"uri", uri}, {"start line", startLine}, {"lines", lines}, {"message", message}};
+    chooseGrammar(argc, argv);
     const auto kind = kinds.find(argc == 3 ? argv[1] : "");
     if (kind == kinds.end()) {
         std::cout << "?? no such kind of rows\n";

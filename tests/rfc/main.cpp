@@ -1,11 +1,11 @@
-// The tests of the RFC grammar, which is chosen once per process.
+// The tests of the RFC grammar, which the configuration chooses.
 
-#include "sipobject/KxSipGrammar.h"
+#include "core/GlobalConfig.h"
 
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    KxSipGrammar::sChoose(KxSipGrammar::Choice::RFC);
+    Oskan::GlobalConfig::getInstance().set("tandril.sip.rfcGrammar", "true");
     return RUN_ALL_TESTS();
 }

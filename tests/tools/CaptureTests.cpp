@@ -64,7 +64,7 @@ TEST(CaptureTest, SamplesOfRealCalls) {
     EXPECT_EQ(udp[9]["transport"], "UDP");
     EXPECT_EQ(udp[9]["destination"], nlohmann::json::parse(R"({"address":"127.0.0.1","port":5061})"));
     const ToolRun tcp = kxsip("check - ", kxsip("show --wire " + sample("captures/call_tcp.pcap")).out);
-    EXPECT_EQ(tcp.err, "12 messages: 12 valid\n");
+    EXPECT_EQ(tcp.err, "12 messages (RFC grammar): 12 valid\n");
 }
 
 TEST(CaptureTest, EveryKindOfLink) {
@@ -231,7 +231,7 @@ TEST(CaptureTest, Filters) {
     // refused messages are filtered by their text
     const std::string refused = "SIP/2.0 486 No\r\ni: p@q\r\nCSeq: 1 INVITE\r\nl: 5\r\n\r\n";
     EXPECT_EQ(kxsip("check --status 486 --method INVITE --call-id p@q -", kOne + refused).err,
-              "1 message: 1 refused\n");
+              "1 message (RFC grammar): 1 refused\n");
     EXPECT_EQ(kxsip("check --status 200 -", kOne + refused).exit, 0);
     EXPECT_EQ(kxsip("check --status 999 -").exit, 64);
 }

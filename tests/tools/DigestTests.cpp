@@ -19,7 +19,10 @@ TEST(DigestCommandTest, AnAnswerIsVerified) {
     // input; options; content of the body; start of the header that is printed
     const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
         {response(407, "Proxy-Authenticate: " + kChallenge), "", "", "Proxy-Authorization:"},
-        {response(401, "Proxy-Authenticate: Digest a=b\r\nWWW-Authenticate: " + kChallenge),
+        {response(401, "Proxy-Authenticate: Digest a=b\r\nWWW-Authenticate: Basic a=b\r\nWWW-Authenticate: Digest "
+                       "a=b,algorithm=x\r\n"
+                       "WWW-Authenticate: " +
+                           kChallenge),
          " --qop auth-int --cnonce c --nc 17", "body", "Authorization:"},
     };
     const Scratch scratch;
@@ -49,16 +52,17 @@ TEST(DigestCommandTest, WhatIsRefused) {
         {"answer --uri nothing", challenged, "KxException: INVALID URI"},
         {"answer", "", "KxSipParseError: SIP Method Token Expected"},
         {"verify", request(""), "KxException: The request has no credentials"},
-        {"verify", request("Authorization: Basic x\r\n"), "KxException: The request has no credentials"},
+        {"verify", request("Authorization: Basic x\r\n"), "KxException: The credentials are not of the Digest scheme"},
         {"verify", response(200, ""), "KxException: Only a request can be verified"},
-        {"verify", request(credentials + "\r\n"), "KxException: Unsupported Algorithm: Only MD5 is supported !!!"},
+        {"verify", request(credentials + ",algorithm=x\r\n"),
+         "KxException: Unsupported Algorithm: Only MD5 is supported !!!"},
     };
     const Scratch scratch;
     const std::string options = " --user u --password-file " + scratch.write("password", "sesame");
     for (const auto& [command, input, why] : rows) {
         EXPECT_EQ(kxsip("digest " + command + options, input), refusal(why)) << command;
     }
-    EXPECT_EQ(kxsip("digest verify" + options, request(credentials + ",algorithm=MD5\r\n")), (ToolRun{1, "", ""}));
+    EXPECT_EQ(kxsip("digest verify" + options, request(credentials + "\r\n")), (ToolRun{1, "", ""}));
     EXPECT_EQ(kxsip("digest verify --number 1" + options, request("")).err, "kxsip: - has no message 1\n");
     EXPECT_EQ(kxsip("digest verify --user u --password-file /absent").exit, 3);
     EXPECT_EQ(kxsip("digest answer --body /absent" + options).exit, 3);
@@ -69,6 +73,6 @@ TEST(DigestCommandTest, WhatIsRefused) {
         EXPECT_EQ(kxsip("digest" + wrong).exit, 64) << wrong;
     }
     // a message that can't be written is reported, and the next one is shown
-    EXPECT_EQ(kxsip("show --wire", request("Authorization: Digest username=u\r\n") + request("")),
+    EXPECT_EQ(kxsip("show --wire --grammar classic", request("Authorization: Digest username=u\r\n") + request("")),
               (ToolRun{2, request(""), refusal("KxException: Unsupported Algorithm: Only MD5 is supported !!!").err}));
 }

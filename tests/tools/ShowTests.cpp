@@ -43,7 +43,7 @@ TEST(ShowJsonTest, TellsEachMessageOfAFile) {
          R"({"unread_bytes":0,"body_bytes":)" + std::to_string(kResponse.size()) + "}"},
         {"bytes after the body are the next message", kRequest + withBody("abcdef", 2), 2,
          R"({"body_bytes":2,"unread_bytes":4},)" + noEnd},
-        {"a dropped line", "SIP/2.0 200 OK\r\nno colon \xFF\r\n" + kDialog + kNoBody, 1,
+        {"a dropped line", "SIP/2.0 200 OK\r\nno colon \xFF\r\n" + kDialog + "CSeq: 1 BYE\r\n" + kNoBody, 1,
          R"({"status":1,"dropped":[{"line":2,"text":"no colon \uFFFD",)"
          R"("why":"SIP Header parse error : no colon found"}]})"},
         {"nothing but a keep-alive", "\r\n\r\n", 2, keepAlive},

@@ -26,6 +26,7 @@ expect() {
 expect c = check cancel
 expect show --me = --method
 expect flow --status 4 = 4xx
+expect key --grammar c = classic
 expect check --method INF = INFO
 expect digest v = verify
 expect digest answer --qop auth- = auth-int

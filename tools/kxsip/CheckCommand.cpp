@@ -1,5 +1,6 @@
 #include "tools/kxsip/CheckCommand.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "tools/kxsip/MessageFilter.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
@@ -20,8 +21,8 @@ and the reason. The verdicts:
   incomplete  a header line was dropped; the reason is the line's number in the message and what is wrong with it
   unusable    the message was kept, but can't be used
   refused     the message was not kept
-At the end the number of messages with each verdict is printed on standard error. If standard error is a terminal, it
-shows progress.
+At the end the number of messages with each verdict, and the grammar in use, are printed on standard error. If standard
+error is a terminal, it shows progress.
 
 Examples:
   kxsip check samples/*.sip samples/broken/*.sip | grep refused
@@ -81,7 +82,9 @@ public:
                 parts += (parts.empty() ? ": " : ", ") + std::to_string(m_counts.at(i)) + " " + kNames.at(i);
             }
         }
-        out << total << (total == 1 ? " message" : " messages") << parts << '\n';
+        const bool isRFC = KxSipGrammar::sChosen() == KxSipGrammar::Choice::RFC;
+        out << total << (total == 1 ? " message" : " messages") << " (" << (isRFC ? "RFC" : "classic") << " grammar)"
+            << parts << '\n';
     }
 
 private:

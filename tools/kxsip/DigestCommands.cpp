@@ -81,6 +81,17 @@ T& required(const KxHandle<T>& handle, const char* otherwise) {
     return *handle;
 }
 
+/** Returns the topmost header of the class whose challenge can be answered, or else the first. [RFC 8760 2.4] */
+template <class H>
+const KxSipAuthenticateHeader* answerable(const KxSipMessage& message) {
+    for (const H& header : message.values<H>()) {
+        if (KxSipDigestCredentialsInfo::sCanAnswer(header.getChallenge())) {
+            return &header;
+        }
+    }
+    return message.first<H>();
+}
+
 /** Returns the header with the challenge of a 401 or 407. Throws KxException for any other message. */
 const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message) {
     const auto* const response = message.as<KxSipResponse>();
@@ -88,10 +99,8 @@ const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message) {
     if (code != 401 && code != 407) {
         KxException::sThrow("Only a 401 or 407 can be answered");
     }
-    const KxSipAuthenticateHeader* header = message.first<KxSipWWWAuthenticateHeader>();
-    if (code == 407) {
-        header = message.first<KxSipProxyAuthenticateHeader>();
-    }
+    const KxSipAuthenticateHeader* const header = code == 401 ? answerable<KxSipWWWAuthenticateHeader>(message)
+                                                              : answerable<KxSipProxyAuthenticateHeader>(message);
     if (header == nullptr) {
         KxException::sThrow("The response has no challenge");
     }

@@ -1,3 +1,4 @@
+#include "sipobject/KxSipGrammar.h"
 #include "tools/kxsip/CheckCommand.h"
 #include "tools/kxsip/DeriveCommands.h"
 #include "tools/kxsip/DigestCommands.h"
@@ -9,6 +10,8 @@
 
 #include <exception>
 #include <iostream>
+#include <map>
+#include <string>
 
 namespace {
 
@@ -33,6 +36,26 @@ Outcome flushed(Outcome outcome) {
     return Outcome::Failed;
 }
 
+/** Adds --grammar to all commands that read messages. Without the option, the RFC grammar is used: the tool shows what
+    others sent. */
+void addGrammarOption(CLI::App& app) {
+    using Choice = KxSipGrammar::Choice;
+    static const std::map<std::string, Choice> s_choices = {{"rfc", Choice::RFC}, {"classic", Choice::Classic}};
+    KxSipGrammar::sChoose(Choice::RFC);
+    for (CLI::App* const command : app.get_subcommands(nullptr)) {
+        if (!command->get_subcommands(nullptr).empty()) {
+            addGrammarOption(*command);
+            continue;
+        }
+        command
+            ->add_option_function<std::string>(
+                "--grammar", [](const std::string& name) { KxSipGrammar::sChoose(s_choices.at(name)); },
+                "How messages are read and written: rfc (the default), or classic as a host without another choice")
+            ->check(CLI::IsMember(s_choices).description(""))
+            ->type_name("NAME");
+    }
+}
+
 int run(int argc, char** argv) {
     Outcome outcome = Outcome::Valid;
     CLI::App app("Reads SIP messages the way libkxsipobject does, and says what became of them.", "kxsip");
@@ -45,6 +68,7 @@ int run(int argc, char** argv) {
     addKeyCommand(app, outcome);
     addDeriveCommands(app, outcome);
     addDigestCommands(app, outcome);
+    addGrammarOption(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -67,9 +67,11 @@ TEST(LimitTest, LargeMessagesOnASmallStack) {
             const auto& [name, make, status] = row;
             const std::string text = make();
             const KxHandle<KxSipMessage> message = readMessage(text);
-            EXPECT_EQ(message->getStatus(), status) << name;
             const std::string once = written(*message);
-            EXPECT_TRUE(status != 0 || once.size() * 5 > text.size()) << name << ' ' << once.size();
+            if (!isRFC()) {
+                EXPECT_EQ(message->getStatus(), status) << name;
+                EXPECT_TRUE(status != 0 || once.size() * 5 > text.size()) << name << ' ' << once.size();
+            }
             const KxHandle<KxSipMessage> copy = copyOf(*message);
             EXPECT_TRUE(written(*copy) == once) << name;
             for (const char* header : {"Route", "x-b", "Via", "Supported"}) {

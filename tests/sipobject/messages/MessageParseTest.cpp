@@ -12,8 +12,9 @@ static std::string readWritten(KxInputStream& in) {
     return written(*KxSipMessage::sConstructFrom(in));
 }
 
-/** Messages with the expected dump in a file next to each. Those of RFC 4475 and 5118 are in the folder "torture".
-    KX_WRITE_DUMPS=1 writes the expected dumps again; check them before you commit them. */
+/** Messages with the expected dump in a file next to each: NAME.dump, and NAME.rfc.dump if that of the RFC grammar is
+    another. Those of RFC 4475 and 5118 are in the folder "torture". KX_WRITE_DUMPS=1, which the
+    target update_expected sets, writes the expected dumps of the grammar again; check them before you commit them. */
 TEST(MessageParseTest, GoldenMessages) {
     std::vector<std::filesystem::path> files = filesOf("tests/messages", ".sip");
     std::ranges::copy(filesOf("tests/messages/torture", ".sip"), std::back_inserter(files));
@@ -24,8 +25,17 @@ TEST(MessageParseTest, GoldenMessages) {
             const std::string rest = readRest(in);
             return result + (rest.empty() ? "" : "unread " + std::to_string(rest.size()) + ": " + escaped(rest) + '\n');
         });
-        const std::filesystem::path expected = std::filesystem::path(path).replace_extension(".dump");
-        if (std::getenv("KX_WRITE_DUMPS") != nullptr) {
+        std::filesystem::path expected = std::filesystem::path(path).replace_extension(".dump");
+        const std::filesystem::path other = std::filesystem::path(path).replace_extension(".rfc.dump");
+        const bool isWriting = std::getenv("KX_WRITE_DUMPS") != nullptr;
+        if (isRFC()) {
+            if (isWriting) {
+                std::filesystem::remove(other);
+            }
+            const bool isOther = isWriting ? dump != fileText(expected) + "@" : std::filesystem::exists(other);
+            expected = isOther ? other : expected;
+        }
+        if (isWriting) {
             std::ofstream(expected, std::ios::binary) << dump.substr(0, dump.size() - 1);
         }
         EXPECT_EQ(dump, fileText(expected) + "@") << path;
@@ -81,7 +91,8 @@ TEST(MessageParseTest, BodiesEndWhereContentLengthSays) {
 
 #ifndef KX_PLAIN_MALLOC // the sanitizers need more address space than the limit leaves
 TEST(MessageParseTest, HugeLengthsAllocateNothing) {
-    const std::string text = request("Content-Length: 4294967295\r\n\r\n");
+    const std::string length = isRFC() ? "2147483647" : "4294967295";
+    const std::string text = request("Content-Length: " + length + "\r\n\r\n");
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
     std::size_t pages = 0;

@@ -3,6 +3,7 @@
 #include "core/MemAccounts.h"
 #include "sipobject/messages/KxSipRequest.h"
 #include "tests/core/LogCapture.h"
+#include "tests/sipobject/support/Grammar.h"
 #include "tests/util/Streams.h"
 #include "util/KxByteArrayOutputStream.h"
 
