@@ -9,6 +9,7 @@
 #include "sipobject/headers/KxSipAcceptHeader.h"
 #include "sipobject/headers/KxSipContentLengthHeader.h"
 #include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipHeaderKinds.h"
 #include "sipobject/messages/KxSipReportedBytes.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "util/KxErrorStream.h"
@@ -17,7 +18,6 @@
 #include "util/KxScannedText.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <string>
 
@@ -42,25 +42,11 @@ const StartToken* findStartToken(std::string_view text) {
     return token;
 }
 
-/** Whether the name is one of a header with which every proxy works. [RFC 3261 16.3] */
-bool isNeededByProxies(std::string_view name) {
-    static constexpr std::array<std::string_view, 15> kNames = {"Via",
-                                                                "v",
-                                                                "From",
-                                                                "f",
-                                                                "To",
-                                                                "t",
-                                                                "Call-ID",
-                                                                "i",
-                                                                "CSeq",
-                                                                "Max-Forwards",
-                                                                "Content-Length",
-                                                                "l",
-                                                                "Route",
-                                                                "Require",
-                                                                "Proxy-Require"};
-    return std::any_of(kNames.begin(), kNames.end(),
-                       [name](std::string_view known) { return KxAscii::equalsNoCase(name, known); });
+constexpr KxSipFault kRepeated{"SIP Header parse error : header repeated"};
+
+/** Whether a header of which there is another one must be the only one. */
+bool isRepeated(const KxSipHeader& header) {
+    return KxSipGrammar::sChecksRepetition() && KxSipHeaderKinds::sIsOnce(header.getHeaderID());
 }
 
 /** Whether the stream still has that many bytes. */
@@ -168,13 +154,17 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
     KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in);
     KxSipLine line;
-    const auto drop = [this, report, &line](const char* start, const auto& fault, const auto& why) {
+    if (KxSipGrammar::sReadsLinesByValue()) {
+        line.setReadTwice();
+    }
+    // for a line of which something can't be read; if it is not kept, and has a name, the message is refused
+    const auto note = [this, report, &line](const char* start, bool isKept, const auto& fault, const auto& why) {
         if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
             s_logger.log(Oskan::LogLevel::Debug,
                          std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
         }
         setStatusIfValid(KX_STATUS_INCOMPLETE);
-        if (KxSipGrammar::sRefusesWithoutRequired() && m_refusal.isNil() && isNeededByProxies(line.key())) {
+        if (line.isReadTwice() && !isKept && m_refusal.isNil() && !line.key().empty()) {
             m_refusal = KxMake<KxSipParseError>(why());
         }
         if (report != nullptr) [[unlikely]] {
@@ -196,12 +186,20 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
             const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
             if (!fault) [[likely]] {
                 const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");
-                headers.addRead(std::move(header));
+                const KxSipHeader& added = *header.get();
+                if (!headers.addRead(std::move(header)) && isRepeated(added)) {
+                    note(start, true, kRepeated, [] { return kRepeated.message(); });
+                }
             } else {
-                drop(start, fault, [&fault] { return fault.message(); });
+                note(start, addIfKept(std::move(header)), fault, [&fault] { return fault.message(); });
             }
         } catch (const KxHandle<KxException>& failure) {
-            drop(start, failure, [&failure] { return failure->getExceptionMessage().view(); });
+            KxHandle<KxSipHeader> header;
+            if (line.isReadTwice()) {
+                static_cast<void>(KxSipHeader::sReadByValue(line, header));
+            }
+            note(start, addIfKept(std::move(header)), failure,
+                 [&failure] { return failure->getExceptionMessage().view(); });
         }
     }
     if (KxSipGrammar::sMergesEqualLengths()) {
@@ -210,6 +208,15 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     if (m_message.m_status == KX_STATUS_VALID && KxSipGrammar::sAppliesAcceptToOwnBody() && !acceptsOwnBodyType()) {
         m_message.m_status = KX_STATUS_UNUSABLE;
     }
+}
+
+/** Adds a header that was read by value, if it is not nil; returns whether it was. */
+bool KxSipMessageReader::addIfKept(KxHandle<KxSipHeader>&& header) {
+    const bool isKept = !header.isNil();
+    if (isKept) {
+        m_message.m_headers.addRead(std::move(header));
+    }
+    return isKept;
 }
 
 /** Removes all Content-Lengths but one, if they say the same. */

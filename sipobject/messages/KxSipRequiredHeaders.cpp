@@ -1,5 +1,6 @@
 #include "sipobject/messages/KxSipRequiredHeaders.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipContentLengthHeader.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
@@ -49,6 +50,10 @@ std::string KxSipRequiredHeaders::sFault(const KxSipHeaderSlots& headers, const 
         if (id == KxHeaderIDs::kContentLength && hasUntypedBody(headers)) {
             return "SIP Message has body but no Content-Type header";
         }
+    }
+    const KxSipHeader* const hops = headers.first(KxHeaderIDs::kMaxForwards).get();
+    if (hops != nullptr && !hops->getNext().isNil() && KxSipGrammar::sChecksRepetition()) {
+        return "multiple Max-Forwards headers detected";
     }
     return {};
 }
