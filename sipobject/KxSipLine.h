@@ -7,6 +7,7 @@
 #include "util/KxInputStream.h"
 
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 /** The text that a grammar reads, and what the steps of reading share. Made once for each message or other outermost
@@ -68,8 +69,8 @@ public:
     void setReadTwice() { m_isReadTwice = true; }
     bool isReadTwice() const { return m_isReadTwice; }
     /** Notes why a value is kept as text. The first note is kept. */
-    void noteKept(const KxSipFault& why) { m_kept = m_kept ? m_kept : why; }
-    KxSipFault kept() const { return m_kept; }
+    void noteKept(const KxSipFault& why) { m_kept = m_kept.value_or(why); }
+    KxSipFault kept() const { return m_kept.value_or(KxSipFault()); }
 
     /** Whether nothing is left but the line end. */
     bool isAtEnd() const {
@@ -156,7 +157,7 @@ private:
     std::string_view m_key;
     UserParts m_userParts;
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
-    KxSipFault m_kept;                 ///< Why a value is kept as text, or no fault.
+    std::optional<KxSipFault> m_kept;  ///< Why a value is kept as text.
     bool m_isReadTwice = false;
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.
 };

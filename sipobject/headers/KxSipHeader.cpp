@@ -237,7 +237,10 @@ void KxSipHeader::parse(KxInputStream& in) {
         return kNothingAfterColon;
     }
     const KxSipFault fault = readValue(line);
-    return fault || line.isAtEnd() ? fault : parseFurther(line);
+    if (fault || line.isAtEnd()) {
+        return fault;
+    }
+    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true>(line) : parseFurther<false>(line);
 }
 
 /** Returns a fault if there is text between the value and the comma after it, or a comma that the kind does not have, or
@@ -257,9 +260,9 @@ KxSipFault KxSipHeader::checkRest(KxSipLine& line) const {
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
     thousands of values. */
+template <bool kIsExact>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxSipLine& line) {
-    const bool isExact = KxSipGrammar::sReadsLinesByValue();
-    if (const KxSipFault fault = isExact ? checkRest(line) : KxSipFault()) {
+    if (const KxSipFault fault = kIsExact ? checkRest(line) : KxSipFault()) {
         return fault;
     }
     if (!line.skipToNextValue()) {
@@ -277,11 +280,10 @@ KxSipFault KxSipHeader::checkRest(KxSipLine& line) const {
         }
         KxSipHeader* const last = link->get();
         last->setInMessage(isInMessage());
-        KxSipFault fault = last->readValue(line);
-        if (!fault && isExact) {
-            fault = checkRest(line);
+        if (const KxSipFault fault = last->readValue(line)) {
+            return fault;
         }
-        if (fault) {
+        if (const KxSipFault fault = kIsExact ? checkRest(line) : KxSipFault()) {
             return fault;
         }
         link = &last->m_next;

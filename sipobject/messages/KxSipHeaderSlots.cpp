@@ -331,6 +331,12 @@ const KxHandle<KxSipHeader>& KxSipHeaderSlots::firstRead(HeaderID id) const {
     return *value;
 }
 
+/** The header of firstRead if it is of the class; else null. */
+KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& type) const {
+    KxSipHeader* const header = firstRead(id).get();
+    return header != nullptr && typeid(*header) == type ? header : nullptr;
+}
+
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
     findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
     out.write(std::string_view("\r\n", 2));

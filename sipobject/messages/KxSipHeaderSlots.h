@@ -36,11 +36,8 @@ public:
     template <class H>
     KxHandle<H> typed() const {
         KxSipHeader* const header = first(H::kHeaderID).get();
-        if (header == nullptr || typeid(*header) == typeid(H)) [[likely]] {
-            return KxHandle<H>(static_cast<H*>(header));
-        }
-        KxSipHeader* const other = firstRead(H::kHeaderID).get();
-        return KxHandle<H>(other != nullptr && typeid(*other) == typeid(H) ? static_cast<H*>(other) : nullptr);
+        const bool isOther = header != nullptr && typeid(*header) != typeid(H);
+        return KxHandle<H>(static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header));
     }
     /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the RFC
         grammar also the kind in this message whose class is registered for the name. */
@@ -73,18 +70,19 @@ public:
         under its name here. */
     bool addSingle(const KxSipHeader& value, bool first);
     /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind.
-        Returns false for a kind of the library of which there was one. */
-    bool addRead(KxHandle<KxSipHeader>&& header) {
+        Returns its kind if that is one of the library's and there was one; else kNone. */
+    HeaderID addRead(KxHandle<KxSipHeader>&& header) {
         if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
-            return addOwnRead(std::move(header)), true;
+            return addOwnRead(std::move(header)), KxHeaderIDs::kNone;
         }
-        KxHandle<KxSipHeader>& present = slotFor(header.get()->getHeaderID());
+        const HeaderID id = header.get()->getHeaderID();
+        KxHandle<KxSipHeader>& present = slotFor(id);
         if (!present.isNil()) {
             extendChain(present, std::move(header), false);
-            return false;
+            return id;
         }
         startChain(present, std::move(header));
-        return true;
+        return KxHeaderIDs::kNone;
     }
     /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
@@ -179,6 +177,7 @@ private:
         return m_near[m_slotCount++];
     }
     KxHandle<KxSipHeader>& knownOrFarSlot(HeaderID id);
+    KxSipHeader* firstReadAs(HeaderID id, const std::type_info& type) const;
     /** The slot of a host's own kind; a kind without values becomes the last one in the order. */
     KxHandle<KxSipHeader>& ownSlotFor(HeaderID id) { return m_own.findOrAppend(id, m_order[kEnd].previous).first; }
     [[gnu::noinline]] const KxHandle<KxSipHeader>& firstOwn(HeaderID id) const {

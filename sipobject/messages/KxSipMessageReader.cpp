@@ -44,9 +44,17 @@ const StartToken* findStartToken(std::string_view text) {
 
 constexpr KxSipFault kRepeated{"SIP Header parse error : header repeated"};
 
-/** Whether a header of which there is another one must be the only one. */
-bool isRepeated(const KxSipHeader& header) {
-    return KxSipGrammar::sChecksRepetition() && KxSipHeaderKinds::sIsOnce(header.getHeaderID());
+/** Whether a kind of which there are two may have only one. */
+bool isRepeated(HeaderID id) {
+    return KxSipGrammar::sChecksRepetition() && KxSipHeaderKinds::sIsOnce(id);
+}
+
+std::string textOf(const KxSipFault& fault) {
+    return fault.message();
+}
+
+std::string_view textOf(const KxHandle<KxException>& failure) {
+    return failure->getExceptionMessage().view();
 }
 
 /** Whether the stream still has that many bytes. */
@@ -152,25 +160,10 @@ void KxSipMessageReader::read(KxInputStream& in) {
 
 void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
-    KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in);
     KxSipLine line;
     if (KxSipGrammar::sReadsLinesByValue()) {
         line.setReadTwice();
     }
-    // for a line of which something can't be read; if it is not kept, and has a name, the message is refused
-    const auto note = [this, report, &line](const char* start, bool isKept, const auto& fault, const auto& why) {
-        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-            s_logger.log(Oskan::LogLevel::Debug,
-                         std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
-        }
-        setStatusIfValid(KX_STATUS_INCOMPLETE);
-        if (line.isReadTwice() && !isKept && m_refusal.isNil() && !line.key().empty()) {
-            m_refusal = KxMake<KxSipParseError>(why());
-        }
-        if (report != nullptr) [[unlikely]] {
-            report->noteDropped(start, fault);
-        }
-    };
     KxSipHeaderSlots& headers = m_message.m_headers;
     for (int c = in.peek(); c >= 0; c = in.peek()) {
         if (c == '\r' || c == '\n') {
@@ -186,20 +179,19 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
             const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
             if (!fault) [[likely]] {
                 const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");
-                const KxSipHeader& added = *header.get();
-                if (!headers.addRead(std::move(header)) && isRepeated(added)) {
-                    note(start, true, kRepeated, [] { return kRepeated.message(); });
+                const HeaderID again = headers.addRead(std::move(header));
+                if (again != KxHeaderIDs::kNone && isRepeated(again)) {
+                    note(in, line, start, true, kRepeated);
                 }
             } else {
-                note(start, addIfKept(std::move(header)), fault, [&fault] { return fault.message(); });
+                note(in, line, start, addIfKept(header), fault);
             }
         } catch (const KxHandle<KxException>& failure) {
             KxHandle<KxSipHeader> header;
             if (line.isReadTwice()) {
                 static_cast<void>(KxSipHeader::sReadByValue(line, header));
             }
-            note(start, addIfKept(std::move(header)), failure,
-                 [&failure] { return failure->getExceptionMessage().view(); });
+            note(in, line, start, addIfKept(header), failure);
         }
     }
     if (KxSipGrammar::sMergesEqualLengths()) {
@@ -211,12 +203,30 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
 }
 
 /** Adds a header that was read by value, if it is not nil; returns whether it was. */
-bool KxSipMessageReader::addIfKept(KxHandle<KxSipHeader>&& header) {
+[[gnu::noinline]] bool KxSipMessageReader::addIfKept(KxHandle<KxSipHeader>& header) {
     const bool isKept = !header.isNil();
     if (isKept) {
         m_message.m_headers.addRead(std::move(header));
     }
     return isKept;
+}
+
+/** Notes that something in the line from `start` on can't be read. If it is not kept, and the line has a name, this may
+    be a reason to refuse the message. */
+template <class Why>
+[[gnu::noinline]] void KxSipMessageReader::note(KxInputStream& in, const KxSipLine& line, const char* start,
+                                                bool isKept, const Why& why) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug,
+                     std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(textOf(why)));
+    }
+    setStatusIfValid(KX_STATUS_INCOMPLETE);
+    if (line.isReadTwice() && !isKept && m_refusal.isNil() && !line.key().empty()) {
+        m_refusal = KxMake<KxSipParseError>(textOf(why));
+    }
+    if (KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in)) {
+        report->noteDropped(start, why);
+    }
 }
 
 /** Removes all Content-Lengths but one, if they say the same. */

@@ -9,6 +9,7 @@
 class KxException;
 class KxInputStream;
 class KxSipHeader;
+class KxSipLine;
 class KxSipMessage;
 
 /** Reads a message, which is untrusted input. A fault of a header line or of the body type is not thrown: it becomes
@@ -40,7 +41,9 @@ public:
 
 private:
     bool acceptsOwnBodyType() const;
-    bool addIfKept(KxHandle<KxSipHeader>&& header);
+    bool addIfKept(KxHandle<KxSipHeader>& header);
+    template <class Why>
+    void note(KxInputStream& in, const KxSipLine& line, const char* start, bool isKept, const Why& why);
     void mergeEqualLengths();
 
     KxSipMessage& m_message;

@@ -51,9 +51,11 @@ std::string KxSipRequiredHeaders::sFault(const KxSipHeaderSlots& headers, const 
             return "SIP Message has body but no Content-Type header";
         }
     }
-    const KxSipHeader* const hops = headers.first(KxHeaderIDs::kMaxForwards).get();
-    if (hops != nullptr && !hops->getNext().isNil() && KxSipGrammar::sChecksRepetition()) {
-        return "multiple Max-Forwards headers detected";
+    if (KxSipGrammar::sChecksRepetition()) {
+        const KxSipHeader* const hops = headers.first(KxHeaderIDs::kMaxForwards).get();
+        if (hops != nullptr && !hops->getNext().isNil()) {
+            return "multiple Max-Forwards headers detected";
+        }
     }
     return {};
 }
