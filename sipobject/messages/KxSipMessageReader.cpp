@@ -164,6 +164,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     if (KxSipGrammar::sReadsLinesByValue()) {
         line.setReadTwice();
     }
+    const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr;
     KxSipHeaderSlots& headers = m_message.m_headers;
     for (int c = in.peek(); c >= 0; c = in.peek()) {
         if (c == '\r' || c == '\n') {
@@ -183,15 +184,13 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
                 if (again != KxHeaderIDs::kNone && isRepeated(again)) {
                     note(in, line, start, true, kRepeated);
                 }
-            } else {
+            } else if (isNoted || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
                 note(in, line, start, addIfKept(header), fault);
+            } else {
+                setStatusIfValid(KX_STATUS_INCOMPLETE);
             }
         } catch (const KxHandle<KxException>& failure) {
-            KxHandle<KxSipHeader> header;
-            if (line.isReadTwice()) {
-                static_cast<void>(KxSipHeader::sReadByValue(line, header));
-            }
-            note(in, line, start, addIfKept(header), failure);
+            note(in, line, start, line.isReadTwice() && keepByValue(line), failure);
         }
     }
     if (KxSipGrammar::sMergesEqualLengths()) {
@@ -209,6 +208,14 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
         m_message.m_headers.addRead(std::move(header));
     }
     return isKept;
+}
+
+/** Adds what can be read of a line for which a header class threw an error, and the rest as text. Returns false for a line
+    that can't be kept. */
+[[gnu::noinline]] bool KxSipMessageReader::keepByValue(const KxSipLine& line) {
+    KxHandle<KxSipHeader> header;
+    static_cast<void>(KxSipHeader::sReadByValue(line, header));
+    return addIfKept(header);
 }
 
 /** Notes that something in the line from `start` on can't be read. If it is not kept, and the line has a name, this may

@@ -42,6 +42,7 @@ public:
 private:
     bool acceptsOwnBodyType() const;
     bool addIfKept(KxHandle<KxSipHeader>& header);
+    bool keepByValue(const KxSipLine& line);
     template <class Why>
     void note(KxInputStream& in, const KxSipLine& line, const char* start, bool isKept, const Why& why);
     void mergeEqualLengths();
