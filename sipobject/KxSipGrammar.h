@@ -44,8 +44,26 @@ public:
     [[nodiscard]] static bool sRefusesWithoutRequired() { return sIsRFC(); }
     /** Whether equal Content-Lengths are one. */
     [[nodiscard]] static bool sMergesEqualLengths() { return sIsRFC(); }
-    /** Whether Content-Length, CSeq and Max-Forwards must be numbers in their range. [RFC 3261 8.1.1.5, 20.14, 20.22] */
+    /** Whether numbers must be numbers in their range. [RFC 3261 8.1.1.5, 20.14, 20.19, 20.22] */
     [[nodiscard]] static bool sChecksNumbers() { return sIsRFC(); }
+
+    // ---- header lines ----
+
+    /** Whether all white space around a fold is one blank. [RFC 3261 7.3.1] */
+    [[nodiscard]] static bool sJoinsFoldsByBlank() { return sIsRFC(); }
+    /** Whether a value that can't be read, or has text after it, is kept as text, and empty elements of a list are
+        skipped; else the line is dropped. [RFC 3261 7.3.1, 16.3, 20] */
+    [[nodiscard]] static bool sReadsLinesByValue() { return sIsRFC(); }
+    /** Whether the compact names that RFC 3261 does not list, and Call-Info, are known.
+        [RFC 3261 20.9, RFC 3515, 3841, 3892, 4474, 6665, 8224] */
+    [[nodiscard]] static bool sKnowsAllCompactNames() { return sIsRFC(); }
+    /** Whether headers are looked up by their kind: their names in any letter case, full and compact; and option tags in
+        any letter case. [RFC 3261 7.3.1, 7.3.3] */
+    [[nodiscard]] static bool sFindsHeadersByKind() { return sIsRFC(); }
+    /** Whether a header of which there may be one must not be repeated. [RFC 3261 7.3.1] */
+    [[nodiscard]] static bool sChecksRepetition() { return sIsRFC(); }
+    /** Whether dates are those of RFC 1123, in GMT, with the right weekday. [RFC 3261 20.17] */
+    [[nodiscard]] static bool sChecksDates() { return sIsRFC(); }
 
     // ---- authentication, numbers that are made ----
 

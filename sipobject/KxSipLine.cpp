@@ -1,8 +1,10 @@
 #include "sipobject/KxSipLine.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "util/KxBytes.h"
 #include "util/KxStreamTokenizer.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace {
@@ -10,9 +12,9 @@ namespace {
 constexpr KxSipFault kNoToken{"Header token expected"};
 constexpr KxSipFault kNoColon{"SIP Header parse error : no colon found"};
 
-/** The name without blanks, tabs and line breaks at its end. Other white space stays. */
-std::string_view trimNameEnd(std::string_view name) {
-    return name.substr(0, name.find_last_not_of(" \t\r\n") + 1);
+/** The text without blanks, tabs and line breaks at its end. Other white space stays. */
+std::string_view trimLineEnd(std::string_view text) {
+    return text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
 }
 
 /** Whether an unquoted "@" comes before an unquoted ">", a line end and the end. Sets `stop` to where it stopped. */
@@ -72,7 +74,7 @@ std::size_t KxSipLine::readSome(char*, std::size_t) {
         return fault;
     }
     const char* const colon = KxBytes::findAny<':'>(raw, in.window().data());
-    m_key = trimNameEnd(std::string_view(raw, static_cast<std::size_t>(colon - raw)));
+    m_key = trimLineEnd(std::string_view(raw, static_cast<std::size_t>(colon - raw)));
     return m_name.empty() || m_key.empty() ? kNoToken : KxSipFault();
 }
 
@@ -99,6 +101,9 @@ std::string_view KxSipLine::takeUnfolded(KxInputStream& in) {
         return window.substr(0, length);
     }
     m_unfolded.clear();
+    if (KxSipGrammar::sJoinsFoldsByBlank()) {
+        return takeJoined(in);
+    }
     for (int c = in.read(); c >= 0; c = in.read()) {
         if (c == '\n') {
             const int next = in.peek();
@@ -112,6 +117,40 @@ std::string_view KxSipLine::takeUnfolded(KxInputStream& in) {
     }
     m_unfolded.append("\r\n", 2);
     return m_unfolded.view();
+}
+
+/** As takeUnfolded, but all white space around a line end within the line becomes one blank. */
+std::string_view KxSipLine::takeJoined(KxInputStream& in) {
+    bool isContinued = true;
+    for (bool isFirst = true; isContinued; isFirst = false) {
+        const std::string_view rest = in.window();
+        const std::size_t stop = std::min(rest.find('\n'), rest.size());
+        in.consume(std::min(stop + 1, rest.size()));
+        isContinued = in.peek() == ' ' || in.peek() == '\t';
+        std::string_view part = rest.substr(0, stop);
+        if (!isFirst) {
+            part.remove_prefix(std::min(part.find_first_not_of(" \t\r"), part.size()));
+        }
+        if (isContinued) {
+            part = trimLineEnd(part);
+        }
+        if (!isFirst && !part.empty()) {
+            m_unfolded.append(' ');
+        }
+        for (const char c : part) {
+            if (c != '\r') {
+                m_unfolded.append(c);
+            }
+        }
+    }
+    m_unfolded.append("\r\n", 2);
+    return m_unfolded.view();
+}
+
+std::string_view KxSipLine::values() const {
+    const char* const last = end() - 2;
+    const char* const colon = KxBytes::findAny<':'>(m_name.data() + m_name.size(), last);
+    return std::string_view(colon, static_cast<std::size_t>(last - colon)).substr(1);
 }
 
 bool KxSipLine::hasUserPart(const char* at) {

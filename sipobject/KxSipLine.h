@@ -6,6 +6,8 @@
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
 
+#include <cstring>
+#include <optional>
 #include <string_view>
 
 /** The text that a grammar reads, and what the steps of reading share. Made once for each message or other outermost
@@ -56,9 +58,25 @@ public:
     KxSipFault takeUnnamed(KxInputStream& in);
     /** The name before the colon, without white space around it. */
     std::string_view name() const { return m_name; }
-    /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name. */
+    /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name. Empty
+        for a line without name or colon. */
     std::string_view key() const { return m_key; }
 
+    /** The text after the colon of a line that was taken, without CR LF, however much of it has been read. */
+    std::string_view values() const;
+
+    /** Makes a value that is kept as text a fault, for a reader that reads a faulty line again, value by value. */
+    void setReadTwice() { m_isReadTwice = true; }
+    bool isReadTwice() const { return m_isReadTwice; }
+    /** Notes why a value is kept as text. The first note is kept. */
+    void noteKept(const KxSipFault& why) { m_kept = m_kept.value_or(why); }
+    KxSipFault kept() const { return m_kept.value_or(KxSipFault()); }
+
+    /** Whether nothing is left but the line end. */
+    bool isAtEnd() const {
+        const std::string_view left = window();
+        return left.empty() || (left.size() == 2 && std::memcmp(left.data(), "\r\n", 2) == 0);
+    }
     /** Skips blanks; returns false if only white space follows. */
     bool skipToText() {
         const char* at = begin();
@@ -132,11 +150,14 @@ private:
     }
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);
+    std::string_view takeJoined(KxInputStream& in);
     void consumeFromSource();
 
     std::string_view m_name;
     std::string_view m_key;
     UserParts m_userParts;
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
+    std::optional<KxSipFault> m_kept;  ///< Why a value is kept as text.
+    bool m_isReadTwice = false;
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.
 };

@@ -4,7 +4,7 @@
 
 /** Allow-Events: an event package that the sender supports. One object per package.
     Allow-Events = ( "Allow-Events" / "u" ) HCOLON event-type *(COMMA event-type)   [RFC 6665 8.4]
-    The compact name "u" is not recognised; an empty package is refused.
+    Only the RFC grammar knows the compact name. An empty package is refused.
     "Allow-Events: presence, dialog" -> two values, written as two lines */
 class KX_SIP_API KxSipAllowEventsHeader final : public KxSipTokenHeader<KxSipAllowEventsHeader> {
 public:
@@ -14,6 +14,7 @@ public:
     const KxString& getEvent() const { return m_value; }
 
     static const KxConstString sToken;
+    static const KxConstString sRFCCompactToken;
     static constexpr char kClassName[] = "KxSipAllowEventsHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kAllowEvents;
     static constexpr const KxCharSet& kTokenEnd = sDelimeters;

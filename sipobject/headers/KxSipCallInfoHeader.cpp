@@ -1,3 +1,5 @@
 #include "sipobject/headers/KxSipCallInfoHeader.h"
 
 constinit const KxConstString KxSipCallInfoHeader::sToken{"Call-Info"};
+
+static const KxSipCallInfoHeader::Registration s_registration;

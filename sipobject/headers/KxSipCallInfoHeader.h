@@ -5,7 +5,7 @@
 /** Call-Info: more about the caller or callee, for example an icon or a web page.
     Call-Info = "Call-Info" HCOLON info *(COMMA info)                         [RFC 3261 20.9]
     info = LAQUOT absoluteURI RAQUOT *( SEMI info-param)
-    For building messages only: the name is not registered, so a received line becomes a KxSipUnknownHeader.
+    The classic grammar does not know the name, so that a received line becomes a KxSipUnknownHeader.
     KxSipCallInfoHeader("<http://h/a.png>;purpose=icon") -> "Call-Info: <http://h/a.png>;purpose=icon" */
 class KX_SIP_API KxSipCallInfoHeader final : public KxSipURIHeader<KxSipCallInfoHeader> {
 public:
@@ -26,6 +26,11 @@ public:
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kCallInfo;
     static constexpr const char* kInvalid = "Invalid Call-Info header";
 
+    static constexpr bool kIsRFCOnly = true;
+
 private:
+    friend class KxSipHeaderOf<KxSipCallInfoHeader>;
     friend class KxSipTextKeepingHeader<KxSipCallInfoHeader>;
+
+    KxSipCallInfoHeader() = default;
 };

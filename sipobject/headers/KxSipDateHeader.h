@@ -6,7 +6,8 @@
 /** Date: when the message was first sent.
     Date = "Date" HCOLON SIP-date                                             [RFC 3261 20.17]
     The whole line is one value. Other date formats are read too (see KxDate) and written in the RFC's format; text that
-    is not a date is kept.      "Date: Saturday, 13-Nov-10 23:29:00 GMT" -> "Date: Sat, 13 Nov 2010 23:29:00 GMT" */
+    is not a date is kept. In the RFC grammar a text that is no SIP-date is not read.
+    "Date: Saturday, 13-Nov-10 23:29:00 GMT" -> "Date: Sat, 13 Nov 2010 23:29:00 GMT" */
 class KX_SIP_API KxSipDateHeader final : public KxSipHeaderOf<KxSipDateHeader> {
 public:
     explicit KxSipDateHeader(const KxDate& date) : m_date(date) {}

@@ -5,7 +5,7 @@
 
 /** Event: the event package of a subscription, with its templates, and the id that distinguishes subscriptions.
     Event = ( "Event" / "o" ) HCOLON event-type *( SEMI event-param )         [RFC 6665 8.2.1]
-    An empty type throws "Invalid Event header". The compact name "o" is not recognised.
+    An empty type throws "Invalid Event header". Only the RFC grammar knows the compact name.
     "Event: presence.winfo ;id=93" -> "Event: presence.winfo;id=93" */
 class KX_SIP_API KxSipEventHeader final
     : public KxSipTokenHeader<KxSipEventHeader, KxSipParameterHeader<KxSipEventHeader>> {
@@ -20,6 +20,7 @@ public:
     void setId(KxSipStdText id) { setId(id.line()); }
 
     static const KxConstString sToken;
+    static const KxConstString sRFCCompactToken;
     static constexpr char kClassName[] = "KxSipEventHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kEvent;
     static constexpr const KxCharSet& kTokenEnd = sDelimeters;

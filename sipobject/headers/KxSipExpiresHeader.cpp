@@ -1,5 +1,7 @@
 #include "sipobject/headers/KxSipExpiresHeader.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/headers/KxSipNumberText.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
 
@@ -43,6 +45,10 @@ KxSipFault KxSipExpiresHeader::parseSeconds(KxSipLine& line, bool& taken) {
 }
 
 KxSipFault KxSipExpiresHeader::parseValue(KxSipLine& line) {
+    if (KxSipGrammar::sChecksNumbers()) {
+        m_isDate = false;
+        return KxSipNumberText::sRead(line, UINT32_MAX, m_deltaSeconds, "Invalid Expires header");
+    }
     if (KxAscii::isDigit(static_cast<char>(KxStreamTokenizer::sDiscardWhite(line)))) {
         bool taken = false;
         const KxSipFault fault = parseSeconds(line, taken);

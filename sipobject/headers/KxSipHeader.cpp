@@ -3,7 +3,11 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxNameRegistry.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
+#include "sipobject/headers/KxSipCompactNames.h"
+#include "sipobject/headers/KxSipHeaderKinds.h"
+#include "sipobject/headers/KxSipLineValues.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
 #include "util/KxByteArrayOutputStream.h"
 #include "util/KxBytes.h"
@@ -16,19 +20,28 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipHeader"};
 constinit KxNameRegistry<KxSipHeader::Creator> s_registry;
+/** The names that only the RFC grammar knows. */
+constinit KxNameRegistry<KxSipHeader::Creator> s_rfcRegistry;
 
 /** The identifier that sNewHeaderID returns next. */
 constinit std::atomic<HeaderID> s_nextID{KxHeaderIDs::kCount};
 
-constexpr KxSipFault kNothingAfterColon{"SIP Header parse error : nothing after the colon",
-                                        KxSipFault::Error::EmptyHeader};
-
 /** A name of this length or longer is treated as unregistered. */
 constexpr std::size_t kNameLimit = 48;
 
+/** As findCreator, for a name that the classic grammar does not know. */
+[[gnu::noinline]] KxSipHeader::Creator findRFCCreator(std::string_view name) {
+    const KxSipHeader::Creator creator = s_rfcRegistry.find(name);
+    return creator == nullptr ? s_registry.find(KxSipCompactNames::sFull(name)) : creator;
+}
+
 /** The creator of the class registered for the name; null if there is none. */
 [[gnu::always_inline]] inline KxSipHeader::Creator findCreator(std::string_view name) {
-    return name.size() < kNameLimit ? s_registry.find(name) : nullptr;
+    if (name.size() >= kNameLimit) {
+        return nullptr;
+    }
+    const KxSipHeader::Creator creator = s_registry.find(name);
+    return creator == nullptr && KxSipGrammar::sKnowsAllCompactNames() ? findRFCCreator(name) : creator;
 }
 
 } // namespace
@@ -87,9 +100,17 @@ void KxSipHeader::sAddConstructor(const char* name, Creator creator) {
     s_registry.add(name, creator);
 }
 
+void KxSipHeader::sAddRFCConstructor(const char* name, Creator creator) {
+    s_rfcRegistry.add(name, creator);
+}
+
 std::vector<std::string_view> KxSipHeader::sNames() {
     std::vector<std::string_view> names;
-    s_registry.forEachName([&names](std::string_view name) { names.push_back(name); });
+    const auto add = [&names](std::string_view name) { names.push_back(name); };
+    s_registry.forEachName(add);
+    if (KxSipGrammar::sKnowsAllCompactNames()) {
+        s_rfcRegistry.forEachName(add);
+    }
     return names;
 }
 
@@ -144,6 +165,16 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
     const KxSipFault fault = made.get()->parse(line);
     if (!fault) [[likely]] {
         header.swap(made);
+    } else if (KxSipGrammar::sReadsLinesByValue()) {
+        return sReadByValue(line, header);
+    }
+    return fault;
+}
+
+[[gnu::noinline]] KxSipFault KxSipHeader::sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header) {
+    const KxSipFault fault = KxSipLineValues(line).read(header);
+    if (!header.isNil()) {
+        header->joinMessage();
     }
     return fault;
 }
@@ -158,10 +189,18 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::string_view value) {
-    KxHandle<KxSipHeader> header = sConstruct(name, findCreator(name));
+    KxHandle<KxSipHeader> header = sMake(name);
     KxSipLine line(value);
-    header->parseRest(line).raiseIfAny();
+    KxSipFault fault = header->parseRest(line);
+    if (fault && KxSipGrammar::sReadsLinesByValue()) {
+        fault = KxSipLineValues(name, value).read(header);
+    }
+    fault.raiseIfAny();
     return header;
+}
+
+KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view name) {
+    return sConstruct(name, findCreator(name));
 }
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
@@ -198,12 +237,37 @@ void KxSipHeader::parse(KxInputStream& in) {
         return kNothingAfterColon;
     }
     const KxSipFault fault = readValue(line);
-    return fault || !line.skipToNextValue() ? fault : parseFurther(line);
+    if (fault || line.isAtEnd()) {
+        return fault;
+    }
+    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true>(line) : parseFurther<false>(line);
+}
+
+/** Returns a fault if there is text between the value and the comma after it, or a comma that the kind does not have, or
+    an empty value after the comma. */
+KxSipFault KxSipHeader::checkRest(KxSipLine& line) const {
+    const char* const end = line.window().data() + line.window().size();
+    const char* const rest = KxAscii::skipSpace(line.window().data(), end);
+    if (rest == end) {
+        return {};
+    }
+    if (*rest != ',' || !KxSipHeaderKinds::sIsList(m_headerID)) {
+        return kTextAfterValue;
+    }
+    const char* const further = KxAscii::skipSpace(rest + 1, end);
+    return further != end && *further == ',' ? kNothingAfterColon : KxSipFault();
 }
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
     thousands of values. */
+template <bool kIsExact>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxSipLine& line) {
+    if (const KxSipFault fault = kIsExact ? checkRest(line) : KxSipFault()) {
+        return fault;
+    }
+    if (!line.skipToNextValue()) {
+        return {};
+    }
     const std::string_view name = getExpandedToken();
     const Creator creator = findCreator(name);
     KxHandle<KxSipHeader> further;
@@ -217,6 +281,9 @@ void KxSipHeader::parse(KxInputStream& in) {
         KxSipHeader* const last = link->get();
         last->setInMessage(isInMessage());
         if (const KxSipFault fault = last->readValue(line)) {
+            return fault;
+        }
+        if (const KxSipFault fault = kIsExact ? checkRest(line) : KxSipFault()) {
             return fault;
         }
         link = &last->m_next;

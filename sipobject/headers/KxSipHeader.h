@@ -64,6 +64,9 @@ public:
         `name` must live as long as the process. */
     static void sAddConstructor(const char* name, Creator creator);
 
+    /** As above, for a name that only the RFC grammar knows, unless it is registered for both. */
+    static void sAddRFCConstructor(const char* name, Creator creator);
+
     /** All registered names, including compact ones, in no particular order. They live as long as the process. */
     [[nodiscard]] static std::vector<std::string_view> sNames();
 
@@ -114,12 +117,18 @@ protected:
 
 private:
     friend class KxSipHeaderSlots;
+    friend class KxSipLineValues;
     friend class KxSipMessageReader;
     friend class KxSipPartText;
     friend class KxSipRequest;
 
+    static constexpr KxSipFault kNothingAfterColon{"SIP Header parse error : nothing after the colon",
+                                                   KxSipFault::Error::EmptyHeader};
+    static constexpr KxSipFault kTextAfterValue{"SIP Header parse error : text after the value"};
+
     /** As the public sConstructFrom, but returns the fault instead of throwing it; `line` is the context. `header` must
-        be nil, and stays nil if there is a fault. The headers that were read are marked as part of a message. */
+        be nil, and stays nil if there is a fault; unless the line is to be read twice, and all its values are in the
+        header, some of them as text. The headers that were read are marked as part of a message. */
     static KxSipFault sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Returns a header with this name and the values in the text after the colon. Throws as sConstructFrom does. */
     static KxHandle<KxSipHeader> sConstructFrom(std::string_view name, std::string_view value);
@@ -128,11 +137,18 @@ private:
     static KxHandle<KxSipHeader> sConstructUnknown(std::string_view name);
     /** An empty header of the class that is registered for the name; nil if there is none. */
     static KxHandle<KxSipHeader> sSample(std::string_view name);
+    /** Creates an empty header of the class that the name selects. */
+    static KxHandle<KxSipHeader> sMake(std::string_view name);
+    /** Reads the line that was taken again, value by value. */
+    static KxSipFault sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Reads the name and the values of the line that was taken. */
     KxSipFault parse(KxSipLine& line);
     /** Reads the values in the line, the first one into this object. */
     KxSipFault parseRest(KxSipLine& line);
+    /** Reads the rest of the line, after its first value; exactly, or skipping what is between values and commas. */
+    template <bool kIsExact>
     KxSipFault parseFurther(KxSipLine& line);
+    KxSipFault checkRest(KxSipLine& line) const;
     void setToken(std::string_view name);
 
     /** As serialize, within an operation that is open. */

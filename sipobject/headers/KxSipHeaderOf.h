@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/TraceScope.h"
 #include "sipobject/KxSipAnyText.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipTraceName.h"
 #include "sipobject/headers/KxSipHeader.h"
@@ -15,11 +16,12 @@
 
         static constexpr char kClassName[] = "KxSipHHeader";
         static constexpr HeaderID kHeaderID = KxHeaderIDs::kH;
-        static const KxConstString sToken;              // and sCompactToken, if there is a compact name
+        static const KxConstString sToken;              // and sCompactToken, if there is a compact name; one that
+                                                        // only the RFC grammar knows is sRFCCompactToken
         KxSipFault parseValue(KxSipLine& line);       // the grammar of one value
         void serializeValue(KxOutputStream& out) const;
 
-    and a default and a copy constructor. If several headers share a grammar, the class that reads and writes it is
+    and a default and a copy constructor. If only the RFC grammar knows sToken, there is a kIsRFCOnly. If several headers share a grammar, the class that reads and writes it is
     their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier.
 
     A class of a host's own gets its identifier at start-up:
@@ -33,6 +35,8 @@ public:
     const KxString& getCompactToken() const override {
         if constexpr (kHasCompact) {
             return H::sCompactToken;
+        } else if constexpr (kHasRFCCompact) {
+            return KxSipGrammar::sKnowsAllCompactNames() ? H::sRFCCompactToken : H::sToken;
         } else {
             return H::sToken;
         }
@@ -41,9 +45,16 @@ public:
     /** Registers the names of the class. The .cpp file of the class defines one such object, after sToken. */
     struct Registration {
         Registration() {
-            KxSipHeader::sAddConstructor(H::sToken.c_str(), &sCreate);
+            if constexpr (requires { H::kIsRFCOnly; }) {
+                KxSipHeader::sAddRFCConstructor(H::sToken.c_str(), &sCreate);
+            } else {
+                KxSipHeader::sAddConstructor(H::sToken.c_str(), &sCreate);
+            }
             if constexpr (kHasCompact) {
                 KxSipHeader::sAddConstructor(H::sCompactToken.c_str(), &sCreate);
+            }
+            if constexpr (kHasRFCCompact) {
+                KxSipHeader::sAddRFCConstructor(H::sRFCCompactToken.c_str(), &sCreate);
             }
         }
     };
@@ -108,6 +119,7 @@ private:
 
     static constexpr bool kHasGrammar = std::is_same_v<Base, KxSipHeader>;
     static constexpr bool kHasCompact = requires { H::sCompactToken; };
+    static constexpr bool kHasRFCCompact = requires { H::sRFCCompactToken; };
 
     static KxSipHeader* sCreate() { return new H; }
     H& self() { return static_cast<H&>(*this); }

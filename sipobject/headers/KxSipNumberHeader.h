@@ -5,10 +5,12 @@
 #include "sipobject/headers/KxSipNumberText.h"
 #include "util/KxOutputStream.h"
 
+#include <limits>
+
 /** The headers whose value is one unsigned number, with parameters after it if Base is KxSipParameterHeader. A class H
     that requires a digit defines the error text for other values (kNoDigitError); in other classes a missing number
-    reads as 0. A number that is too large reads as 4294967295. In the RFC grammar, a class with a largest number (kMost)
-    refuses values that are no number up to that one, with the error text kRangeError. */
+    reads as 0. A number that is too large reads as 4294967295. In the RFC grammar, all classes refuse values that are no
+    number up to the largest one (kMost, or else 4294967295), with the error text kRangeError, or else kNoDigitError. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipNumberHeader : public Base {
 protected:
@@ -22,10 +24,8 @@ protected:
                 return fault;
             }
         }
-        if constexpr (requires { H::kMost; }) {
-            if (KxSipGrammar::sChecksNumbers()) {
-                return KxSipNumberText::sRead(line, H::kMost, m_number, H::kRangeError);
-            }
+        if (KxSipGrammar::sChecksNumbers()) {
+            return KxSipNumberText::sRead(line, sMost(), m_number, sRangeError());
         }
         m_number = KxStreamTokenizer::sGetUnsigned(line);
         return {};
@@ -35,6 +35,21 @@ protected:
 
 private:
     friend class KxSipHeaderOf<H>;
+
+    static constexpr std::uint32_t sMost() {
+        if constexpr (requires { H::kMost; }) {
+            return H::kMost;
+        } else {
+            return std::numeric_limits<std::uint32_t>::max();
+        }
+    }
+    static constexpr const char* sRangeError() {
+        if constexpr (requires { H::kRangeError; }) {
+            return H::kRangeError;
+        } else {
+            return H::kNoDigitError;
+        }
+    }
 
     KxSipFault parseValue(KxSipLine& line) {
         const KxSipFault fault = parseNumber(line);

@@ -4,7 +4,7 @@
 
 /** RSeq: the sequence number of a reliable provisional response in its transaction.
     RSeq = "RSeq" HCOLON response-num                                         [RFC 3262 7.1]
-    A value that is not a number reads as 0.      "RSeq: 988" -> the same */
+    A value that is not a number reads as 0; in the RFC grammar it is kept as text.      "RSeq: 988" -> the same */
 class KX_SIP_API KxSipRSeqHeader final : public KxSipNumberHeader<KxSipRSeqHeader> {
 public:
     explicit KxSipRSeqHeader(std::uint32_t number) : KxSipNumberHeader(number) {}
@@ -15,4 +15,5 @@ public:
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRSeqHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kRSeq;
+    static constexpr const char* kRangeError = "Invalid RSeq header";
 };

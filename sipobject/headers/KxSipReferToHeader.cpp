@@ -3,6 +3,7 @@
 #include "util/KxOutputStream.h"
 
 constinit const KxConstString KxSipReferToHeader::sToken{"Refer-To"};
+constinit const KxConstString KxSipReferToHeader::sRFCCompactToken{"r"};
 
 static const KxSipReferToHeader::Registration s_registration;
 

@@ -6,7 +6,7 @@
 /** Refer-To: the URI that the recipient is asked to contact.
     Refer-To = ( "Refer-To" / "r" ) HCOLON ( name-addr / addr-spec ) *(SEMI generic-param)   [RFC 3515 2.1]
     Only the URI is kept, and it is written without brackets. A reader of the written header, including this class,
-    therefore takes the parameters of the URI for header parameters. The compact name "r" is not recognised.
+    therefore takes the parameters of the URI for header parameters. Only the RFC grammar knows the compact name.
     "Refer-To: Bob <sip:h?Replaces=x>" -> "Refer-To: sip:h?Replaces%3Dx" */
 class KX_SIP_API KxSipReferToHeader final : public KxSipHeaderOf<KxSipReferToHeader> {
 public:
@@ -23,6 +23,7 @@ public:
     KxHandle<KxSipURL> getURL() const;
 
     static const KxConstString sToken;
+    static const KxConstString sRFCCompactToken;
     static constexpr char kClassName[] = "KxSipReferToHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kReferTo;
 

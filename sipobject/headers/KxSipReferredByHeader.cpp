@@ -1,6 +1,7 @@
 #include "sipobject/headers/KxSipReferredByHeader.h"
 
 constinit const KxConstString KxSipReferredByHeader::sToken{"Referred-By"};
+constinit const KxConstString KxSipReferredByHeader::sRFCCompactToken{"b"};
 
 static const KxSipReferredByHeader::Registration s_registration;
 

@@ -4,7 +4,7 @@
 
 /** Referred-By: the party that asked for this request.
     Referred-By = ( "Referred-By" / "b" ) HCOLON referrer-uri *(SEMI param)   [RFC 3892 3]
-    The compact name "b" is not recognised.      "Referred-By: sip:h;a=1" -> "Referred-By: <sip:h>;a=1" */
+    Only the RFC grammar knows the compact name.      "Referred-By: sip:h;a=1" -> "Referred-By: <sip:h>;a=1" */
 class KX_SIP_API KxSipReferredByHeader final : public KxSipParameterAddressHeader<KxSipReferredByHeader> {
 public:
     /** Both hold copies; nil gives an empty name-address or list. */
@@ -16,6 +16,7 @@ public:
     explicit KxSipReferredByHeader(KxSipText text) { parseText(text.checked()); }
 
     static const KxConstString sToken;
+    static const KxConstString sRFCCompactToken;
     static constexpr char kClassName[] = "KxSipReferredByHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kReferredBy;
 

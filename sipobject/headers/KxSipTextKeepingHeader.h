@@ -76,6 +76,10 @@ protected:
 
 private:
     [[gnu::cold, gnu::noinline]] KxSipFault keep(KxSipLine& line, const KxSipFault& fault) {
+        if (line.isReadTwice()) {
+            return fault;
+        }
+        line.noteKept(fault);
         KxStreamTokenizer::sDiscardWhite(line);
         const std::string_view text = sTextOf(line.window());
         if (KxAscii::trim(text).empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "util/KxOutputStream.h"
 
@@ -7,7 +8,7 @@
     where the token ends and whether it may be empty:
 
         static constexpr const KxCharSet& kTokenEnd = ...;      // ends the token and stays unread
-        static constexpr const char* kEmptyError = "...";       // the error for an empty token; null accepts it
+        static constexpr const char* kEmptyError = "...";       // the error for an empty token; null accepts it, except in the RFC grammar
         static constexpr bool kIsTrimmed = true;                // optional: white space at its end is dropped
 
     KxSipHeader skips any other text between the token and the next comma. */
@@ -33,9 +34,11 @@ private:
         if constexpr (requires { H::kIsTrimmed; }) {
             token = KxAscii::trimEnd(token);
         }
-        if constexpr (H::kEmptyError != nullptr) {
-            if (token.empty()) {
+        if (token.empty()) [[unlikely]] {
+            if constexpr (H::kEmptyError != nullptr) {
                 return KxSipFault(H::kEmptyError);
+            } else if (KxSipGrammar::sReadsLinesByValue()) {
+                return KxSipFault("Empty option tag");
             }
         }
         m_value = KxString(token);

@@ -28,6 +28,14 @@ KxSipBody::KxSipBody(const void* bytes, std::size_t length) : m_length(length) {
     m_bytes.get()[length] = '\0';
 }
 
+/** Removes a Content-Type that could not be read, which belongs to the old body. */
+static void dropUnreadType(KxSipHeaderSlots& headers) {
+    if (headers.firstRead(KxHeaderIDs::kContentType).isNil()) {
+        while (headers.removeFirst(KxHeaderIDs::kContentType)) {
+        }
+    }
+}
+
 /** Allocates memory first, so that a failed allocation changes nothing. */
 void KxSipBody::set(KxSipHeaderSlots& headers, const void* bytes, const char* contentType, std::uint32_t length) {
     const bool isComplete = length != 0 && bytes != nullptr && contentType != nullptr;
@@ -55,6 +63,7 @@ void KxSipBody::set(KxSipHeaderSlots& headers, const void* bytes, const char* co
     if (isComplete) {
         *this = std::move(fresh);
         if (!freshType.isNil()) {
+            dropUnreadType(headers);
             headers.add(std::move(freshType), false);
         }
     } else if (length != 0) {

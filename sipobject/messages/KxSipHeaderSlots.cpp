@@ -1,10 +1,17 @@
 #include "sipobject/messages/KxSipHeaderSlots.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/headers/KxSipCompactNames.h"
 #include "sipobject/headers/KxSipUnknownHeader.h"
+#include "sipobject/headers/KxSipUnreadHeader.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
 #include <new>
+
+static bool isUnread(const KxSipHeader& header) {
+    return typeid(header) == typeid(KxSipUnreadHeader);
+}
 
 KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
     m_order[kEnd] = {kEnd, kEnd};
@@ -248,16 +255,22 @@ void KxSipHeaderSlots::updateNameIndex(Change change) {
     }
 }
 
+/** Whether an unknown header of that name is one of the full name. */
+static bool isSameName(std::string_view name, std::string_view full) {
+    return KxAscii::equalsNoCase(KxSipCompactNames::sFull(name), full);
+}
+
 KxSipNameIndex::Found KxSipHeaderSlots::findUnknown(std::string_view name, bool exact) const {
-    const auto isNamed = [name, exact](const KxSipHeader& header) {
-        return exact ? header.getToken() == name : header.getToken().equalsNoCase(name);
+    const std::string_view full = KxSipCompactNames::sFull(name);
+    const auto isNamed = [name, full, exact](const KxSipHeader& header) {
+        return exact ? header.getToken() == name : isSameName(header.getToken(), full);
     };
     const bool hasIndex = m_longChains != nullptr && m_longChains->names != nullptr;
     Found found{nullptr, first(KxHeaderIDs::kUnknown).get()};
     for (int steps = hasIndex ? kMaxWalk : 0; found.header != nullptr; ++steps) {
         if (steps == kMaxWalk) {
             if (const KxSipNameIndex* const index = nameIndex(exact)) {
-                return index->find(name, exact);
+                return index->find(exact ? name : full, exact);
             }
         }
         if (isNamed(*found.header)) {
@@ -296,12 +309,32 @@ HeaderID KxSipHeaderSlots::findKind(std::string_view name) const {
         found = isNamed ? id : found;
         return isNamed;
     });
+    if (found == KxHeaderIDs::kUnknown && KxSipGrammar::sFindsHeadersByKind()) {
+        const KxHandle<KxSipHeader> sample = KxSipHeader::sSample(name);
+        found = sample.isNil() || first(sample->getHeaderID()).isNil() ? found : sample->getHeaderID();
+    }
     return found;
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::find(std::string_view name) const {
     const HeaderID id = findKind(name);
-    return id == KxHeaderIDs::kUnknown ? KxHandle<KxSipHeader>(findUnknown(name, true).header) : first(id);
+    return id == KxHeaderIDs::kUnknown
+               ? KxHandle<KxSipHeader>(findUnknown(name, !KxSipGrammar::sFindsHeadersByKind()).header)
+               : first(id);
+}
+
+const KxHandle<KxSipHeader>& KxSipHeaderSlots::firstRead(HeaderID id) const {
+    const KxHandle<KxSipHeader>* value = &first(id);
+    while (!value->isNil() && isUnread(*value->get())) {
+        value = &value->get()->m_next;
+    }
+    return *value;
+}
+
+/** The header of firstRead if it is of the class; else null. */
+KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& type) const {
+    KxSipHeader* const header = firstRead(id).get();
+    return header != nullptr && typeid(*header) == type ? header : nullptr;
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
@@ -311,9 +344,14 @@ void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
 
 // ---- all headers of a name ----
 
-/** Whether the header is of the class and, if that is the one of unknown headers, has the name. */
-static bool isLike(const KxSipHeader& header, const std::type_info& type, std::string_view name) {
-    return typeid(header) == type && (type != typeid(KxSipUnknownHeader) || header.getToken().equalsNoCase(name));
+/** Whether the header is of the same class as the other, or one is kept as text of the class of the other; unknown headers
+    must have the same name. Both are of one kind. */
+static bool isLike(const KxSipHeader& header, const KxSipHeader& other) {
+    if (typeid(header) == typeid(other) && !isUnread(header)) {
+        return typeid(header) != typeid(KxSipUnknownHeader) ||
+               isSameName(header.getToken(), KxSipCompactNames::sFull(other.getToken()));
+    }
+    return (isUnread(header) || isUnread(other)) && header.getExpandedToken() == other.getExpandedToken();
 }
 
 static bool isOneOfTheUnknown(const KxSipHeader& header) {
@@ -323,10 +361,8 @@ static bool isOneOfTheUnknown(const KxSipHeader& header) {
 KxSipHeaderSlots::Named KxSipHeaderSlots::named(std::string_view name) const {
     const KxHandle<KxSipHeader> sample = KxSipHeader::sSample(name);
     if (!sample.isNil() && !isOneOfTheUnknown(*sample)) {
-        const KxSipHeader& made = *sample;
-        const std::type_info& type = typeid(made);
-        KxSipHeader* value = first(made.getHeaderID()).get();
-        while (value != nullptr && !isLike(*value, type, name)) {
+        KxSipHeader* value = first(sample->getHeaderID()).get();
+        while (value != nullptr && !isLike(*value, *sample)) {
             value = value->m_next.get();
         }
         return {value, nullptr};
@@ -338,7 +374,7 @@ KxSipHeaderSlots::Named KxSipHeaderSlots::named(std::string_view name) const {
 
 KxSipHeader* KxSipHeaderSlots::nextLike(const KxSipHeader& header) const {
     KxSipHeader* next = header.m_next.get();
-    for (int steps = 0; next != nullptr && !isLike(*next, typeid(header), header.getToken()); ++steps) {
+    for (int steps = 0; next != nullptr && !isLike(*next, header); ++steps) {
         if (steps == kMaxWalk && isOneOfTheUnknown(header)) {
             if (KxSipNameIndex* const index = nameIndex(false)) {
                 return index->next(header);
@@ -353,9 +389,9 @@ std::size_t KxSipHeaderSlots::removeNamed(std::string_view given) {
     const KxString name(given); // it may be the name of a header that is removed
     const Named found = named(name);
     std::size_t removed = 0;
-    for (const KxSipHeader* const part : {found.first, found.then}) {
+    for (KxSipHeader* const part : {found.first, found.then}) {
         if (part != nullptr && !isOneOfTheUnknown(*part)) {
-            removed += removeLike(part->getHeaderID(), typeid(*part), name);
+            removed += removeLike(KxHandle<KxSipHeader>(part));
         } else if (part != nullptr) {
             while (removeUnknown(name)) {
                 ++removed;
@@ -365,7 +401,9 @@ std::size_t KxSipHeaderSlots::removeNamed(std::string_view given) {
     return removed;
 }
 
-std::size_t KxSipHeaderSlots::removeLike(HeaderID id, const std::type_info& type, std::string_view name) {
+/** Holds the header, which is removed too. */
+std::size_t KxSipHeaderSlots::removeLike(const KxHandle<KxSipHeader>& like) {
+    const HeaderID id = like->getHeaderID();
     if (id == KxHeaderIDs::kUnknown && m_longChains != nullptr) {
         m_longChains->names = nullptr; // a host's class has the identifier of the unknown headers
     }
@@ -373,7 +411,7 @@ std::size_t KxSipHeaderSlots::removeLike(HeaderID id, const std::type_info& type
     KxSipHeader* before = nullptr;
     for (KxSipHeader* value = first(id).get(); value != nullptr;) {
         KxSipHeader* const next = value->m_next.get();
-        if (isLike(*value, type, name)) {
+        if (isLike(*value, *like)) {
             removeAfter(id, before);
             ++removed;
         } else {

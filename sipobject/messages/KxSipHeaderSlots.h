@@ -29,15 +29,21 @@ public:
     const KxHandle<KxSipHeader>& first(HeaderID id) const {
         return id < KxHeaderIDs::kCount ? slot(m_slotOf[id]) : firstOwn(id);
     }
-    /** The first value of the kind of H; nil when there is none, or if it is of another class. */
+    /** The first value of a kind that is no KxSipUnreadHeader; nil when there is none. */
+    const KxHandle<KxSipHeader>& firstRead(HeaderID id) const;
+    /** The first value of the kind of H, apart from each KxSipUnreadHeader; nil when there is none, or if it is of
+        another class. */
     template <class H>
     KxHandle<H> typed() const {
         KxSipHeader* const header = first(H::kHeaderID).get();
-        return KxHandle<H>(header != nullptr && typeid(*header) == typeid(H) ? static_cast<H*>(header) : nullptr);
+        const bool isOther = header != nullptr && typeid(*header) != typeid(H);
+        return KxHandle<H>(static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header));
     }
-    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. */
+    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the RFC
+        grammar also the kind in this message whose class is registered for the name. */
     HeaderID findKind(std::string_view name) const;
-    /** The first value of that kind; if there is none, the first unknown header with exactly that name, or nil. */
+    /** The first value of that kind; if there is none, the first unknown header with exactly that name, or nil. In the
+        RFC grammar letter case does not matter, and the name may be the full or the compact one. */
     KxHandle<KxSipHeader> find(std::string_view name) const;
 
     /** Adds the value as the first of its kind (existing values then replace its own chain), or after the last one,
@@ -63,17 +69,20 @@ public:
     /** Adds a copy of the value, without its chain. Returns false and changes nothing if the value is the first one
         under its name here. */
     bool addSingle(const KxSipHeader& value, bool first);
-    /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind. */
-    void addRead(KxHandle<KxSipHeader>&& header) {
+    /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind.
+        Returns its kind if that is one of the library's and there was one; else kNone. */
+    HeaderID addRead(KxHandle<KxSipHeader>&& header) {
         if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
-            return addOwnRead(std::move(header));
+            return addOwnRead(std::move(header)), KxHeaderIDs::kNone;
         }
-        KxHandle<KxSipHeader>& present = slotFor(header.get()->getHeaderID());
+        const HeaderID id = header.get()->getHeaderID();
+        KxHandle<KxSipHeader>& present = slotFor(id);
         if (!present.isNil()) {
             extendChain(present, std::move(header), false);
-        } else {
-            startChain(present, std::move(header));
+            return id;
         }
+        startChain(present, std::move(header));
+        return KxHeaderIDs::kNone;
     }
     /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
@@ -88,10 +97,10 @@ public:
     void replace(KxHandle<KxSipHeader> header);
     /** Removes the first value of a kind. The values after it stay. Returns false if there is none. */
     bool removeFirst(HeaderID id);
-    /** Removes the first value of the kind that findKind returns, or the first unknown header of that name, ignoring
-        letter case. The values after it stay. Returns false if there is none. */
+    /** Removes the first value of the kind that findKind returns, or the first unknown header of that name (see
+        nextLike). The values after it stay. Returns false if there is none. */
     bool remove(std::string_view name);
-    /** Removes all values of the header's kind; for an unknown header, all with its name, ignoring letter case. */
+    /** Removes all values of the header's kind; for an unknown header, all with its name (see nextLike). */
     void removeAllLike(const KxSipHeader& header);
 
     /** Writes all values, one line each, in the order of the kinds, and an empty line. */
@@ -102,11 +111,12 @@ public:
         KxSipHeader* first = nullptr; ///< The first value, from which nextLike leads to the others.
         KxSipHeader* then = nullptr;  ///< The first one after those, from which nextLike continues.
     };
-    /** The values of the class that is registered for the name; for other names, those written under it, ignoring
-        letter case: the values of a class that is not registered, then the unknown headers. */
+    /** The values of the class that is registered for the name, with what is kept as text of them; for other names, those
+        written under it: the values of a class that is not registered, then the unknown headers. Letter case is ignored,
+        and in the RFC grammar a compact name is its full name. */
     Named named(std::string_view name) const;
-    /** The next header of the chain with the class of this one and, if it is an unknown header, with its name, ignoring
-        letter case; null if there is none. */
+    /** The next header of the chain with the class of this one, or kept as text of one, and, if it is an unknown header,
+        with its name, compared as by `named`; null if there is none. */
     KxSipHeader* nextLike(const KxSipHeader& header) const;
     /** Removes what `named` returns, and returns how many that were. */
     std::size_t removeNamed(std::string_view name);
@@ -167,6 +177,7 @@ private:
         return m_near[m_slotCount++];
     }
     KxHandle<KxSipHeader>& knownOrFarSlot(HeaderID id);
+    KxSipHeader* firstReadAs(HeaderID id, const std::type_info& type) const;
     /** The slot of a host's own kind; a kind without values becomes the last one in the order. */
     KxHandle<KxSipHeader>& ownSlotFor(HeaderID id) { return m_own.findOrAppend(id, m_order[kEnd].previous).first; }
     [[gnu::noinline]] const KxHandle<KxSipHeader>& firstOwn(HeaderID id) const {
@@ -198,7 +209,7 @@ private:
     KxSipNameIndex* nameIndex(bool exact) const;
     Found findUnknown(std::string_view name, bool exact) const;
     bool removeUnknown(std::string_view name);
-    std::size_t removeLike(HeaderID id, const std::type_info& type, std::string_view name);
+    std::size_t removeLike(const KxHandle<KxSipHeader>& like);
     template <class Change>
     void updateNameIndex(Change change);
 

@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/Logger.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
@@ -37,6 +38,10 @@ constexpr int kLogLine = 179; // log configurations identify the events of logMe
         s_logger.log(Oskan::LogLevel::Debug,
                      std::string(operation).append(" : adding a header twice : ").append(header.getToken().view()));
     }
+}
+
+bool isTag(const KxString& listed, std::string_view optionTag) {
+    return KxSipGrammar::sFindsHeadersByKind() ? listed.equalsNoCase(optionTag) : listed == optionTag;
 }
 
 } // namespace
@@ -210,7 +215,7 @@ bool KxSipMessage::listsTag(std::string_view optionTag) const {
     const Lock lock(*this);
     const KxHandle<KxSipHeader> first = m_headers.find(H::sToken);
     for (const KxSipHeader* value = first.get(); value != nullptr; value = value->getNext().get()) {
-        if (typeid(*value) == typeid(H) && static_cast<const H*>(value)->getOptionTag() == optionTag) {
+        if (typeid(*value) == typeid(H) && isTag(static_cast<const H*>(value)->getOptionTag(), optionTag)) {
             return true;
         }
     }

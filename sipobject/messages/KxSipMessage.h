@@ -85,7 +85,9 @@ public:
         return dynamic_cast<const M*>(this);
     }
 
-    /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
+    /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1. (In the RFC
+        grammar each value that can't be read is kept as text, see KxSipUnreadHeader, except of headers with which
+        proxies work: then the error is thrown. [RFC 3261 16.3]) A body
         type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
         a Content-Length the rest of the stream is the body.
         Throws the errors of checkValidity, if the status is still 0 after reading; KxSipParseKeepAliveException if the
@@ -109,11 +111,12 @@ public:
     /** The kinds of header in this message, in the order in which serialize writes them. */
     std::vector<HeaderID> getHeaderOrder() const;
     /** The kind whose first header is written under the name, ignoring letter case; KxHeaderIDs::kUnknown if there is
-        none. Does not lock. */
+        none. In the RFC grammar also the kind whose full or compact name it is. Does not lock. */
     HeaderID mTokenToID(std::string_view name) const;
     /** The first header written under the name, ignoring letter case; so a header received under its compact name is
         not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
-        none. getNext continues from the returned header. */
+        none. In the RFC grammar it is the first header with that name in any letter case, full or compact. getNext
+        continues from the returned header. */
     KxHandle<KxSipHeader> getHeader(std::string_view name) const;
 
     /** All values of a header class: for (KxSipContactHeader& contact : message->values<KxSipContactHeader>()). A const
@@ -183,7 +186,8 @@ public:
     KxHandle<KxSipSubjectHeader> getSubjectHeader() const;
     KxHandle<KxSipSupportedHeader> getSupportedHeader() const;
 
-    /** Whether Supported (or Require) lists exactly this option tag. */
+    /** Whether Supported (or Require) lists exactly this option tag, when it is written under its full name. In the RFC
+        grammar the name and the letter case do not matter. */
     [[nodiscard]] bool isSupported(std::string_view optionTag) const;
     [[nodiscard]] bool isRequired(std::string_view optionTag) const;
 
@@ -207,8 +211,8 @@ public:
     void addHeader(const KxHandle<KxSipHeader>& header, bool first);
     /** As addHeader, but always adds a copy of this one value. */
     void addSingleHeader(const KxHandle<KxSipHeader>& header, bool first);
-    /** Removes the first value of the header written under the name, ignoring letter case; returns false if there is
-        none. A caller that still holds the value holds it without the values that followed it, and may add it to any
+    /** Removes the first value of the header written under the name, ignoring letter case (in the RFC grammar also under
+        its other name); returns false if there is none. A caller that still holds the value holds it without the values that followed it, and may add it to any
         message. */
     bool removeHeader(std::string_view name);
 
@@ -296,6 +300,8 @@ protected:
     void asynchAddHeader(KxHandle<KxSipHeader> header, bool first);
     /** Adds the header to the slot of its kind, which must be empty; not checked. */
     void addHeaderByID(const KxHandle<KxSipHeader>& header);
+    /** The first value of a kind that was read, so is no KxSipUnreadHeader; nil when there is none. Does not lock. */
+    const KxHandle<KxSipHeader>& firstRead(HeaderID id) const { return m_headers.firstRead(id); }
     /** Appends copies of the other's headers of a kind: the first value, or all values in order. Does not lock. */
     void addCopyOf(const KxSipMessage& other, HeaderID id);
     void addCopiesOf(const KxSipMessage& other, HeaderID id);

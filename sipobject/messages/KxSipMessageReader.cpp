@@ -9,6 +9,7 @@
 #include "sipobject/headers/KxSipAcceptHeader.h"
 #include "sipobject/headers/KxSipContentLengthHeader.h"
 #include "sipobject/headers/KxSipContentTypeHeader.h"
+#include "sipobject/headers/KxSipHeaderKinds.h"
 #include "sipobject/messages/KxSipReportedBytes.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
 #include "util/KxErrorStream.h"
@@ -17,7 +18,6 @@
 #include "util/KxScannedText.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <string>
 
@@ -42,25 +42,19 @@ const StartToken* findStartToken(std::string_view text) {
     return token;
 }
 
-/** Whether the name is one of a header with which every proxy works. [RFC 3261 16.3] */
-bool isNeededByProxies(std::string_view name) {
-    static constexpr std::array<std::string_view, 15> kNames = {"Via",
-                                                                "v",
-                                                                "From",
-                                                                "f",
-                                                                "To",
-                                                                "t",
-                                                                "Call-ID",
-                                                                "i",
-                                                                "CSeq",
-                                                                "Max-Forwards",
-                                                                "Content-Length",
-                                                                "l",
-                                                                "Route",
-                                                                "Require",
-                                                                "Proxy-Require"};
-    return std::any_of(kNames.begin(), kNames.end(),
-                       [name](std::string_view known) { return KxAscii::equalsNoCase(name, known); });
+constexpr KxSipFault kRepeated{"SIP Header parse error : header repeated"};
+
+/** Whether a kind of which there are two may have only one. */
+bool isRepeated(HeaderID id) {
+    return KxSipGrammar::sChecksRepetition() && KxSipHeaderKinds::sIsOnce(id);
+}
+
+std::string textOf(const KxSipFault& fault) {
+    return fault.message();
+}
+
+std::string_view textOf(const KxHandle<KxException>& failure) {
+    return failure->getExceptionMessage().view();
 }
 
 /** Whether the stream still has that many bytes. */
@@ -166,21 +160,11 @@ void KxSipMessageReader::read(KxInputStream& in) {
 
 void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
-    KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in);
     KxSipLine line;
-    const auto drop = [this, report, &line](const char* start, const auto& fault, const auto& why) {
-        if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-            s_logger.log(Oskan::LogLevel::Debug,
-                         std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(why()));
-        }
-        setStatusIfValid(KX_STATUS_INCOMPLETE);
-        if (KxSipGrammar::sRefusesWithoutRequired() && m_refusal.isNil() && isNeededByProxies(line.key())) {
-            m_refusal = KxMake<KxSipParseError>(why());
-        }
-        if (report != nullptr) [[unlikely]] {
-            report->noteDropped(start, fault);
-        }
-    };
+    if (KxSipGrammar::sReadsLinesByValue()) {
+        line.setReadTwice();
+    }
+    const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr;
     KxSipHeaderSlots& headers = m_message.m_headers;
     for (int c = in.peek(); c >= 0; c = in.peek()) {
         if (c == '\r' || c == '\n') {
@@ -196,12 +180,17 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
             const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
             if (!fault) [[likely]] {
                 const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");
-                headers.addRead(std::move(header));
+                const HeaderID again = headers.addRead(std::move(header));
+                if (again != KxHeaderIDs::kNone && isRepeated(again)) {
+                    note(in, line, start, true, kRepeated);
+                }
+            } else if (isNoted || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+                note(in, line, start, addIfKept(header), fault);
             } else {
-                drop(start, fault, [&fault] { return fault.message(); });
+                setStatusIfValid(KX_STATUS_INCOMPLETE);
             }
         } catch (const KxHandle<KxException>& failure) {
-            drop(start, failure, [&failure] { return failure->getExceptionMessage().view(); });
+            note(in, line, start, line.isReadTwice() && keepByValue(line), failure);
         }
     }
     if (KxSipGrammar::sMergesEqualLengths()) {
@@ -209,6 +198,41 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     }
     if (m_message.m_status == KX_STATUS_VALID && KxSipGrammar::sAppliesAcceptToOwnBody() && !acceptsOwnBodyType()) {
         m_message.m_status = KX_STATUS_UNUSABLE;
+    }
+}
+
+/** Adds a header that was read by value, if it is not nil; returns whether it was. */
+[[gnu::noinline]] bool KxSipMessageReader::addIfKept(KxHandle<KxSipHeader>& header) {
+    const bool isKept = !header.isNil();
+    if (isKept) {
+        m_message.m_headers.addRead(std::move(header));
+    }
+    return isKept;
+}
+
+/** Adds what can be read of a line for which a header class threw an error, and the rest as text. Returns false for a line
+    that can't be kept. */
+[[gnu::noinline]] bool KxSipMessageReader::keepByValue(const KxSipLine& line) {
+    KxHandle<KxSipHeader> header;
+    static_cast<void>(KxSipHeader::sReadByValue(line, header));
+    return addIfKept(header);
+}
+
+/** Notes that something in the line from `start` on can't be read. If it is not kept, and the line has a name, this may
+    be a reason to refuse the message. */
+template <class Why>
+[[gnu::noinline]] void KxSipMessageReader::note(KxInputStream& in, const KxSipLine& line, const char* start,
+                                                bool isKept, const Why& why) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+        s_logger.log(Oskan::LogLevel::Debug,
+                     std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(textOf(why)));
+    }
+    setStatusIfValid(KX_STATUS_INCOMPLETE);
+    if (line.isReadTwice() && !isKept && m_refusal.isNil() && !line.key().empty()) {
+        m_refusal = KxMake<KxSipParseError>(textOf(why));
+    }
+    if (KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in)) {
+        report->noteDropped(start, why);
     }
 }
 

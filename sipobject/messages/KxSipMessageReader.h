@@ -8,6 +8,8 @@
 
 class KxException;
 class KxInputStream;
+class KxSipHeader;
+class KxSipLine;
 class KxSipMessage;
 
 /** Reads a message, which is untrusted input. A fault of a header line or of the body type is not thrown: it becomes
@@ -28,8 +30,8 @@ public:
     void salvage(KxInputStream& headerSection);
     /** Reads the message after its first token and checks it. Throws the errors of start line, body and check. */
     void read(KxInputStream& in);
-    /** Reads the header lines and the empty line after them. Drops lines that can't be read; a KxSipReportedBytes gets
-        a note of each. */
+    /** Reads the header lines and the empty line after them. Drops lines that can't be read, or in the RFC grammar keeps
+        the values that can't be read as text; a KxSipReportedBytes gets a note of each line. */
     void readHeaders(KxInputStream& in);
     /** Reads the body, of as many bytes as Content-Length says. Without a Content-Length, reads the rest of the stream
         and adds one. Throws KxSipParseError. */
@@ -39,6 +41,10 @@ public:
 
 private:
     bool acceptsOwnBodyType() const;
+    bool addIfKept(KxHandle<KxSipHeader>& header);
+    bool keepByValue(const KxSipLine& line);
+    template <class Why>
+    void note(KxInputStream& in, const KxSipLine& line, const char* start, bool isKept, const Why& why);
     void mergeEqualLengths();
 
     KxSipMessage& m_message;

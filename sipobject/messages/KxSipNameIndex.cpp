@@ -1,8 +1,14 @@
 #include "sipobject/messages/KxSipNameIndex.h"
 
+#include "sipobject/headers/KxSipCompactNames.h"
 #include "sipobject/headers/KxSipHeader.h"
 
 #include <memory>
+
+static KxString nameOf(const KxSipHeader& header) {
+    const std::string_view full = KxSipCompactNames::sFull(header.getToken());
+    return full.data() == header.getToken().c_str() ? header.getToken() : KxString(full);
+}
 
 struct KxSipNameIndex::Node {
     KxSipHeader* header;
@@ -24,7 +30,7 @@ void KxSipNameIndex::addLast(KxSipHeader* header) {
 }
 
 void KxSipNameIndex::add(KxSipHeader& header, bool first) {
-    auto node = std::unique_ptr<Node>(new Node{&header, header.getToken(), {}});
+    auto node = std::unique_ptr<Node>(new Node{&header, nameOf(header), {}});
     Pair& noCase = m_noCase[node->name];
     if (m_hasExact) {
         link(m_exact[node->name], *node, kExact, first);
@@ -94,7 +100,7 @@ KxSipHeader* KxSipNameIndex::next(const KxSipHeader& header) {
         }
         return node;
     };
-    const KxString& name = header.getToken();
+    const KxString name = nameOf(header);
     const Node* node = m_lastNext == nullptr || !name.equalsNoCase(m_lastNext->name) ? nullptr : findFrom(m_lastNext);
     if (node == nullptr) {
         const auto group = m_noCase.find(name);
@@ -105,7 +111,7 @@ KxSipHeader* KxSipNameIndex::next(const KxSipHeader& header) {
 }
 
 void KxSipNameIndex::remove(const KxSipHeader& header) {
-    const KxString& name = header.getToken();
+    const KxString name = nameOf(header);
     const std::unique_ptr<Node> gone(removeFirst(m_noCase, name, kNoCase));
     if (m_hasExact) {
         removeFirst(m_exact, name, kExact);

@@ -15,7 +15,7 @@ class KxSipHeader;
 /** Finds the headers of a long chain by name, and the header before each. For messages with many headers that have no
     class: finding, adding and removing a header take constant time. The index stores only the addresses of the
     headers: code that changes the chain must update the index or drop it. The functions that add may throw
-    std::bad_alloc; the index must then be dropped. */
+    std::bad_alloc; the index must then be dropped. A compact name that the grammar knows is its full name. */
 class KxSipNameIndex {
 public:
     /** A header and the one before it in the chain; each is null if there is none. */
@@ -37,7 +37,7 @@ public:
 
     /** Prepares for exact look-ups. The first call takes time for all headers. */
     void prepareExact();
-    /** The first header with exactly that name (after prepareExact), or with that name ignoring letter case. */
+    /** The first header with exactly that full name (after prepareExact), or with that name ignoring letter case. */
     Found find(std::string_view name, bool exact) const;
     /** The next header with the name of this one, ignoring letter case; null if there is none, or if this one is not in
         the index. Constant time for one after the other. */

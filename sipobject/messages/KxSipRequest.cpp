@@ -164,8 +164,8 @@ const KxSipURL* KxSipRequest::sipURL() const {
 
 KxHandle<KxSipAuthorizationHeader> KxSipRequest::getAuthorizationHeader() const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::getAuthorizationHeader");
-    const KxHandle<KxSipHeader>& own = getHeaderByID(KxHeaderIDs::kAuthorization);
-    return KxHandleCast<KxSipAuthorizationHeader>(own.isNil() ? getHeaderByID(KxHeaderIDs::kProxyAuthorization) : own);
+    const KxHandle<KxSipHeader>& own = firstRead(KxHeaderIDs::kAuthorization);
+    return KxHandleCast<KxSipAuthorizationHeader>(own.isNil() ? firstRead(KxHeaderIDs::kProxyAuthorization) : own);
 }
 
 const char* KxSipRequest::getRequestURIHost() const {

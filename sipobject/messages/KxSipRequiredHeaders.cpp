@@ -1,5 +1,6 @@
 #include "sipobject/messages/KxSipRequiredHeaders.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipContentLengthHeader.h"
 #include "sipobject/messages/KxSipHeaderSlots.h"
@@ -48,6 +49,12 @@ std::string KxSipRequiredHeaders::sFault(const KxSipHeaderSlots& headers, const 
         }
         if (id == KxHeaderIDs::kContentLength && hasUntypedBody(headers)) {
             return "SIP Message has body but no Content-Type header";
+        }
+    }
+    if (KxSipGrammar::sChecksRepetition()) {
+        const KxSipHeader* const hops = headers.first(KxHeaderIDs::kMaxForwards).get();
+        if (hops != nullptr && !hops->getNext().isNil()) {
+            return "multiple Max-Forwards headers detected";
         }
     }
     return {};

@@ -291,8 +291,8 @@ KxHandle<KxSipAuthenticateHeader> KxSipResponse::getAuthenticateHeader() const {
             }
         }
     }
-    const KxHandle<KxSipHeader>& own = getHeaderByID(KxHeaderIDs::kWWWAuthenticate);
-    return KxHandleCast<KxSipAuthenticateHeader>(own.isNil() ? getHeaderByID(KxHeaderIDs::kProxyAuthenticate) : own);
+    const KxHandle<KxSipHeader>& own = firstRead(KxHeaderIDs::kWWWAuthenticate);
+    return KxHandleCast<KxSipAuthenticateHeader>(own.isNil() ? firstRead(KxHeaderIDs::kProxyAuthenticate) : own);
 }
 
 void KxSipResponse::removeViaHeader() {
