@@ -174,7 +174,7 @@ rtp_ports 20000-21000
 module_path /usr/lib/baresip/modules
 module g711.so
 module aubridge.so
-module_tmp uuid.so
+{uuid}
 module_tmp account.so
 module_app menu.so
 """
@@ -184,7 +184,8 @@ module_app menu.so
         executed = [part for command in commands for part in ("-e", command)]
         super().__init__(folder, "baresip", "-f", ".", "-v", "-s", version, *executed)
         with open(os.path.join(self.folder, "config"), "w", encoding="ascii") as out:
-            out.write(self.CONFIG.format(at=site.alice, address=site.address))
+            uuid = "module_tmp uuid.so" if proxy else ""  # without it, "Supported" has no value
+            out.write(self.CONFIG.format(at=site.alice, address=site.address, uuid=uuid))
         account = f"<sip:{USER}@{site.registrar.at()};transport={transport}>;auth_user={USER};auth_pass={PASSWORD}"
         if proxy:
             account += f";sipnat=outbound;outbound=\"sip:{proxy.at()};transport={transport}\""

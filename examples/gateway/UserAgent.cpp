@@ -94,12 +94,13 @@ void UserAgent::reply(const KxHandle<KxSipResponse>& response, const Request& re
 /** Gives the response to a retransmitted request the same To tag again, unless the request has one. */
 void UserAgent::setTag(KxSipResponse& response, const KxSipMessage& request) const {
     const auto to = request.getToHeader();
-    if (!to.isNil() && !to->isTagPresent()) {
+    const auto ours = response.getToHeader(); // nil if that of the request is unfit to be sent back
+    if (!to.isNil() && !ours.isNil() && !to->isTagPresent()) {
         const auto callId = request.getCallIdHeader();
         const std::string_view branch = request.getViaHeader()->getBranch();
         const std::size_t hash = std::hash<std::string>()(
             std::string(m_secret).append(callId.isNil() ? KxString() : callId->getCallId()).append(branch));
-        response.getToHeader()->setTag(std::to_string(hash));
+        ours->setTag(std::to_string(hash));
     }
 }
 

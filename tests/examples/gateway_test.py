@@ -162,6 +162,7 @@ def check_strangers(client):
         ("another scheme", request(uri="sips:g@h"), r"SIP/2.0 416 .*;branch=z9hG4bK\d+;received="
          + re.escape(client.host.address) + r"\r\n"),
         ("another version", request().replace(b"SIP/2.0\r", b"SIP/3.0\r", 1), "SIP/2.0 505 "),
+        ("a bell in To", request('To: "\a" <sip:g@h>', "CSeq: 2 ACK", without="To: <"), "SIP/2.0 400 "),
         ("two To headers", request("To: <sip:b@h>"), "SIP/2.0 400 "),
         ("another method in CSeq", request().replace(b"1 OPTIONS", b"1 BYE"), "SIP/2.0 400 "),
         ("its own type not accepted", request("Accept: a/b", "Content-Type: c/d"),
