@@ -34,8 +34,8 @@ function(kx_add_library name)
 endfunction()
 
 # kx_add_tests(<name> <subfolder> LIBRARIES <targets>... [ENVIRONMENT <NAME=value>...] [CLASSIC_ONLY <patterns>...])
-# Makes one GoogleTest executable of all sources under tests/<subfolder>. Every TEST is a test of ctest. With CLASSIC_ONLY,
-# every TEST runs a second time with --grammar=rfc, as rfc.<name>, except those that match one of the patterns.
+# Makes one GoogleTest executable of all sources under tests/<subfolder>. Every TEST is a test of ctest. With
+# CLASSIC_ONLY, every TEST runs a second time with --grammar=rfc, as rfc.<name>, except those that match a pattern.
 function(kx_add_tests name subfolder)
     cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "LIBRARIES;ENVIRONMENT;CLASSIC_ONLY")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${subfolder}/*.cpp")

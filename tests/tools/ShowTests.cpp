@@ -49,7 +49,7 @@ TEST(ShowJsonTest, TellsEachMessageOfAFile) {
         {"nothing but a keep-alive", "\r\n\r\n", 2, keepAlive},
         {"blank in front", " \r\n" + kRequest + kNoBody, 2, keepAlive + "," + request},
         {"headers and body of a refused message pass", notOne + kResponse + kNoBody, 2,
-         refused("Invalid Start-Line for SIP request") + "," + response},
+         refused("Invalid Start-Line for SIP request: does not contain 1 or 2 spaces") + "," + response},
         {"next one inside a body that is cut", kRequest + cut, 2, cutShort + "," + response},
         {"next one may be broken itself", kRequest + cutTwice, 2, cutShort + "," + noCr + "," + noEnd},
     };

@@ -50,7 +50,7 @@ void addGrammarOption(CLI::App& app) {
         command
             ->add_option_function<std::string>(
                 "--grammar", [](const std::string& name) { KxSipGrammar::sChoose(s_choices.at(name)); },
-                "How messages are read and written: rfc (the default), or classic as a host without another choice")
+                "How messages are read and written: rfc (the default) or classic")
             ->check(CLI::IsMember(s_choices).description(""))
             ->type_name("NAME");
     }

@@ -13,8 +13,8 @@ static std::string readWritten(KxInputStream& in) {
 }
 
 /** Messages with the expected dump in a file next to each: NAME.dump, and NAME.rfc.dump if that of the RFC grammar is
-    another. Those of RFC 4475 and 5118 are in the folder "torture". KX_WRITE_DUMPS=1, which the
-    target update_expected sets, writes the expected dumps of the grammar again; check them before you commit them. */
+    another. Those of RFC 4475 and 5118 are in the folder "torture". KX_WRITE_DUMPS=1, which the target update_expected
+    sets, writes the expected dumps of the grammar again; check them before you commit them. */
 TEST(MessageParseTest, GoldenMessages) {
     std::vector<std::filesystem::path> files = filesOf("tests/messages", ".sip");
     std::ranges::copy(filesOf("tests/messages/torture", ".sip"), std::back_inserter(files));
@@ -25,15 +25,13 @@ TEST(MessageParseTest, GoldenMessages) {
             const std::string rest = readRest(in);
             return result + (rest.empty() ? "" : "unread " + std::to_string(rest.size()) + ": " + escaped(rest) + '\n');
         });
+        const bool isWriting = std::getenv("KX_WRITE_DUMPS") != nullptr;
         std::filesystem::path expected = std::filesystem::path(path).replace_extension(".dump");
         const std::filesystem::path other = std::filesystem::path(path).replace_extension(".rfc.dump");
-        const bool isWriting = std::getenv("KX_WRITE_DUMPS") != nullptr;
-        if (isRFC()) {
-            if (isWriting) {
-                std::filesystem::remove(other);
-            }
-            const bool isOther = isWriting ? dump != fileText(expected) + "@" : std::filesystem::exists(other);
-            expected = isOther ? other : expected;
+        if (isRFC() && (isWriting ? dump != fileText(expected) + "@" : std::filesystem::exists(other))) {
+            expected = other;
+        } else if (isRFC() && isWriting) {
+            std::filesystem::remove(other);
         }
         if (isWriting) {
             std::ofstream(expected, std::ios::binary) << dump.substr(0, dump.size() - 1);
