@@ -107,7 +107,10 @@ public:
 private:
     enum State : std::uint8_t { kClassic, kRFC, kOpen };
 
-    static bool sIsRFC() { return s_state.load(std::memory_order_relaxed) != kClassic && sDecide(); }
+    static bool sIsRFC() {
+        const std::uint8_t state = s_state.load(std::memory_order_relaxed);
+        return state != kClassic && (state == kRFC || sDecide());
+    }
     static bool sDecide();
     static void sFixChoice();
 
