@@ -32,7 +32,7 @@ constexpr std::size_t kNameLimit = 48;
 /** As findCreator, for a name that the classic grammar does not know. */
 [[gnu::noinline]] KxSipHeader::Creator findRFCCreator(std::string_view name) {
     const KxSipHeader::Creator creator = s_rfcRegistry.find(name);
-    return creator == nullptr ? s_registry.find(KxSipCompactNames::sFull(name)) : creator;
+    return creator != nullptr || name.size() != 1 ? creator : s_registry.find(KxSipCompactNames::sFull(name));
 }
 
 /** The creator of the class registered for the name; null if there is none. */
