@@ -86,6 +86,15 @@ public:
         moveTo(at);
         return at != end() && (*at > ' ' || KxAscii::skipSpace(at, end()) != end());
     }
+    /** Skips white space and the comma after it; returns false, without moving, if there is something else. */
+    bool skipComma() {
+        const char* const at = KxAscii::skipSpace(begin(), end());
+        if (at == end() || *at != ',') {
+            return false;
+        }
+        moveTo(at + 1);
+        return true;
+    }
     /** Skips what is left of a value, and the comma after it; returns false, without moving, if there is no comma. */
     bool skipToNextValue() {
         const char* at = begin();

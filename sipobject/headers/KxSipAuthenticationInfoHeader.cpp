@@ -13,7 +13,11 @@ static const KxSipAuthenticationInfoHeader::Registration s_registration;
 KxSipFault KxSipAuthenticationInfoHeader::parseValue(KxSipLine& line) {
     const KxSipSchemeLine value(line);
     KxSipLine properties(value.line());
-    return KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
+    const KxSipFault fault =
+        KxSipPropertyScanner(m_parameters.write(), KxSipPropertyScanner::kLenient).scan(properties);
+    return !fault && KxSipGrammar::sReadsAuthParams() && m_parameters.empty()
+               ? KxSipFault("Invalid Authentication-Info header")
+               : fault;
 }
 
 void KxSipAuthenticationInfoHeader::writeAll(KxOutputStream& out) const {

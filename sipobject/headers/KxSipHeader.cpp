@@ -32,7 +32,7 @@ constexpr std::size_t kNameLimit = 48;
 /** As findCreator, for a name that the classic grammar does not know. */
 [[gnu::noinline]] KxSipHeader::Creator findRFCCreator(std::string_view name) {
     const KxSipHeader::Creator creator = s_rfcRegistry.find(name);
-    return creator == nullptr ? s_registry.find(KxSipCompactNames::sFull(name)) : creator;
+    return creator != nullptr || name.size() != 1 ? creator : s_registry.find(KxSipCompactNames::sFull(name));
 }
 
 /** The creator of the class registered for the name; null if there is none. */
@@ -243,39 +243,26 @@ void KxSipHeader::parse(KxInputStream& in) {
     return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true>(line) : parseFurther<false>(line);
 }
 
-/** Returns a fault if there is text between the value and the comma after it, or a comma that the kind does not have, or
-    an empty value after the comma. */
-KxSipFault KxSipHeader::checkRest(KxSipLine& line) const {
-    const char* const end = line.window().data() + line.window().size();
-    const char* const rest = KxAscii::skipSpace(line.window().data(), end);
-    if (rest == end) {
-        return {};
-    }
-    if (*rest != ',' || !KxSipHeaderKinds::sIsList(m_headerID)) {
-        return kTextAfterValue;
-    }
-    const char* const further = KxAscii::skipSpace(rest + 1, end);
-    return further != end && *further == ',' ? kNothingAfterColon : KxSipFault();
+/** As parseRest, for other files. */
+KxSipFault KxSipHeader::parseValues(KxSipLine& line) {
+    return parseRest(line);
 }
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
     thousands of values. */
 template <bool kIsExact>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxSipLine& line) {
-    if (const KxSipFault fault = kIsExact ? checkRest(line) : KxSipFault()) {
-        return fault;
-    }
-    if (!line.skipToNextValue()) {
-        return {};
+    if (kIsExact && !KxSipHeaderKinds::sIsList(m_headerID)) {
+        return line.skipToText() ? kTextAfterValue : KxSipFault();
     }
     const std::string_view name = getExpandedToken();
     const Creator creator = findCreator(name);
     KxHandle<KxSipHeader> further;
     KxHandle<KxSipHeader>* link = &further;
-    do {
+    while (kIsExact ? line.skipComma() : line.skipToNextValue()) {
         *link = sConstruct(name, creator);
         const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
-        if (!line.skipToText()) {
+        if (!line.skipToText() || (kIsExact && line.peek() == ',')) {
             return kNothingAfterColon;
         }
         KxSipHeader* const last = link->get();
@@ -283,11 +270,11 @@ template <bool kIsExact>
         if (const KxSipFault fault = last->readValue(line)) {
             return fault;
         }
-        if (const KxSipFault fault = kIsExact ? checkRest(line) : KxSipFault()) {
-            return fault;
-        }
         link = &last->m_next;
-    } while (line.skipToNextValue());
+    }
+    if (kIsExact && line.skipToText()) {
+        return kTextAfterValue;
+    }
     lastOfChain().m_next = std::move(further);
     return {};
 }

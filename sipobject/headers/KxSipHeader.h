@@ -145,10 +145,10 @@ private:
     KxSipFault parse(KxSipLine& line);
     /** Reads the values in the line, the first one into this object. */
     KxSipFault parseRest(KxSipLine& line);
+    KxSipFault parseValues(KxSipLine& line);
     /** Reads the rest of the line, after its first value; exactly, or skipping what is between values and commas. */
     template <bool kIsExact>
     KxSipFault parseFurther(KxSipLine& line);
-    KxSipFault checkRest(KxSipLine& line) const;
     void setToken(std::string_view name);
 
     /** As serialize, within an operation that is open. */

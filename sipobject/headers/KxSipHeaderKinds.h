@@ -12,6 +12,8 @@ public:
 
     /** Whether a comma ends a value. */
     static constexpr bool sIsList(HeaderID id) { return !sHas(kOnce | kAlone, id); }
+    /** Whether every comma ends a value, as in a list of tokens; else not one in quotes or "<>". */
+    static constexpr bool sIsTokenList(HeaderID id) { return sHas(kTokenLists, id); }
     /** Whether a list may have no element, or a text no character. [RFC 3261 20.1, 20.2, 20.3, 20.5, 20.25, 20.36, 20.37;
         25.1 extension-header] */
     static constexpr bool sMayBeEmptyList(HeaderID id) { return sHas(kEmptyLists, id); }
@@ -33,7 +35,7 @@ private:
         return id < KxHeaderIDs::kCount && (set >> id & 1) != 0;
     }
 
-    static const std::uint64_t kOnce, kAlone, kEmptyLists, kEmptyTexts, kNeeded;
+    static const std::uint64_t kOnce, kAlone, kTokenLists, kEmptyLists, kEmptyTexts, kNeeded;
 };
 
 inline constexpr std::uint64_t KxSipHeaderKinds::kOnce = sSet({KxHeaderIDs::kContentDisposition,
@@ -62,6 +64,10 @@ inline constexpr std::uint64_t KxSipHeaderKinds::kAlone =
     sSet({KxHeaderIDs::kFrom, KxHeaderIDs::kTo, KxHeaderIDs::kCallId, KxHeaderIDs::kCSeq, KxHeaderIDs::kContentLength,
           KxHeaderIDs::kMaxForwards, KxHeaderIDs::kAuthorization, KxHeaderIDs::kProxyAuthorization,
           KxHeaderIDs::kWWWAuthenticate, KxHeaderIDs::kProxyAuthenticate, KxHeaderIDs::kAuthenticationInfo});
+inline constexpr std::uint64_t KxSipHeaderKinds::kTokenLists =
+    sSet({KxHeaderIDs::kAllow, KxHeaderIDs::kAllowEvents, KxHeaderIDs::kContentEncoding, KxHeaderIDs::kInReplyTo,
+          KxHeaderIDs::kProxyRequire, KxHeaderIDs::kRequire, KxHeaderIDs::kSession, KxHeaderIDs::kSupported,
+          KxHeaderIDs::kUnsupported});
 inline constexpr std::uint64_t KxSipHeaderKinds::kEmptyLists =
     sSet({KxHeaderIDs::kAccept, KxHeaderIDs::kAcceptEncoding, KxHeaderIDs::kAcceptLanguage, KxHeaderIDs::kAllow,
           KxHeaderIDs::kSupported});

@@ -6,6 +6,7 @@
 #include "sipobject/headers/KxSipUnreadHeader.h"
 #include "util/KxException.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -35,20 +36,23 @@ KxSipLineValues::KxSipLineValues(std::string_view name, std::string_view text)
     : m_key(name), m_name(name), m_rest(text), m_keeps(false) {}
 
 /** The next value, without white space around it; empty for an empty element of a list. */
-std::string_view KxSipLineValues::takeValue(bool isList) {
-    const std::size_t end = isList ? findComma(m_rest) : m_rest.size();
+std::string_view KxSipLineValues::takeValue(HeaderID id) {
+    const std::size_t end = KxSipHeaderKinds::sIsTokenList(id) ? std::min(m_rest.find(','), m_rest.size())
+                            : KxSipHeaderKinds::sIsList(id)    ? findComma(m_rest)
+                                                               : m_rest.size();
     const std::string_view value = KxAscii::trim(m_rest.substr(0, end));
     m_rest.remove_prefix(end == m_rest.size() ? end : end + 1);
     return value;
 }
 
-KxSipFault KxSipLineValues::readValue(KxSipHeader& header, std::string_view value) {
+/** Reads a value, or in a line as usual also further ones. */
+KxSipFault KxSipLineValues::readValue(KxSipHeader& header, std::string_view text, bool isLine) {
     m_single.clear();
-    m_single.append(value);
+    m_single.append(text);
     m_single.append("\r\n", 2);
     KxSipLine line(m_single.view());
     try {
-        if (const KxSipFault fault = header.readValue(line)) {
+        if (const KxSipFault fault = isLine ? header.parseValues(line) : header.readValue(line)) {
             return fault;
         }
     } catch (const KxHandle<KxException>&) {
@@ -64,60 +68,67 @@ KxSipFault KxSipLineValues::readValue(KxSipHeader& header, std::string_view valu
     return {};
 }
 
+void KxSipLineValues::append(KxHandle<KxSipHeader>&& value) {
+    (m_last == nullptr ? m_first : m_last->m_next) = std::move(value);
+    m_last = &(m_last == nullptr ? m_first : m_last->m_next)->lastOfChain();
+}
+
+/** Appends the text of values that can't be read, for the first of which `fault` is the reason; or the values, if it can be
+    read as a line: then it will be read so when it is written. */
+void KxSipLineValues::appendUnread(const KxSipHeader& sample, const KxSipFault& fault) {
+    if (m_unread.empty()) {
+        return;
+    }
+    const KxString& name = m_last == nullptr ? sample.getToken() : sample.getExpandedToken();
+    KxHandle<KxSipHeader> values = KxSipHeader::sMake(m_last == nullptr ? m_key : name.view());
+    if (readValue(*values, m_unread, true)) {
+        values = KxHandle<KxSipHeader>::sOfNew(new KxSipUnreadHeader(sample, m_unread));
+        m_kept = m_kept ? m_kept : fault;
+    }
+    values->m_token = name;
+    append(std::move(values));
+    m_unread = {};
+}
+
 KxSipFault KxSipLineValues::read(KxHandle<KxSipHeader>& header) {
     const KxHandle<KxSipHeader> sample = KxSipHeader::sMake(m_key);
     sample->setToken(m_name);
     const HeaderID id = sample->getHeaderID();
-    const bool isList = KxSipHeaderKinds::sIsList(id);
     const bool keeps = m_keeps && !KxSipHeaderKinds::sIsNeededByProxies(id);
     const std::string_view whole = KxAscii::trim(m_rest);
-
-    KxHandle<KxSipHeader> first;
-    KxHandle<KxSipHeader>* link = &first;
-    const auto append = [&](KxHandle<KxSipHeader>&& value) {
-        if (link == &first) {
-            value->m_token = sample->getToken();
-        }
-        *link = std::move(value);
-        link = &(*link)->m_next;
-    };
-    std::string_view unread;
-    const auto appendUnread = [&] {
-        if (!unread.empty()) {
-            auto value = KxHandle<KxSipHeader>::sOfNew(new KxSipUnreadHeader(*sample, unread));
-            value->m_token = sample->getExpandedToken();
-            append(std::move(value));
-            unread = {};
-        }
-    };
+    KxSipFault unreadFault;
     while (!m_rest.empty()) {
-        const std::string_view text = takeValue(isList);
+        const std::string_view text = takeValue(id);
         if (text.empty()) {
             continue;
         }
-        KxHandle<KxSipHeader> value = KxSipHeader::sMake(link == &first ? m_key : sample->getExpandedToken().view());
-        const KxSipFault fault = readValue(*value, text);
+        const bool isFirst = m_last == nullptr && m_unread.empty();
+        KxHandle<KxSipHeader> value = KxSipHeader::sMake(isFirst ? m_key : sample->getExpandedToken().view());
+        const KxSipFault fault = readValue(*value, text, false);
         if (!fault) {
-            appendUnread();
+            appendUnread(*sample, unreadFault);
+            if (m_last == nullptr) {
+                value->m_token = sample->getToken();
+            }
             append(std::move(value));
         } else if (!keeps) {
             return fault;
         } else {
-            m_kept = m_kept ? m_kept : fault;
-            const char* const begin = unread.empty() ? text.data() : unread.data();
-            unread = std::string_view(begin, static_cast<std::size_t>(text.data() + text.size() - begin));
+            unreadFault = m_unread.empty() ? fault : unreadFault;
+            const char* const begin = m_unread.empty() ? text.data() : m_unread.data();
+            m_unread = std::string_view(begin, static_cast<std::size_t>(text.data() + text.size() - begin));
         }
     }
-    appendUnread();
-    if (first.isNil()) {
-        const bool isText = KxSipHeaderKinds::sMayBeEmptyText(id) && !readValue(*sample, {});
+    appendUnread(*sample, unreadFault);
+    if (m_first.isNil()) {
+        const bool isText = KxSipHeaderKinds::sMayBeEmptyText(id) && !readValue(*sample, {}, false);
         const bool mayBeEmpty = isText || KxSipHeaderKinds::sMayBeEmptyList(id);
         if (!mayBeEmpty && !keeps) {
             return KxSipHeader::kNothingAfterColon;
         }
         m_kept = mayBeEmpty ? KxSipFault() : KxSipHeader::kNothingAfterColon;
-        first = isText ? sample : KxHandle<KxSipHeader>::sOfNew(new KxSipUnreadHeader(*sample, whole));
+        m_first = isText ? sample : KxHandle<KxSipHeader>::sOfNew(new KxSipUnreadHeader(*sample, whole));
     }
-    header = std::move(first);
+    header = std::move(m_first);
     return m_keeps ? m_kept : KxSipFault();
 }

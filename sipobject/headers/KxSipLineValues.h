@@ -2,6 +2,7 @@
 
 #include "core/FastString.h"
 #include "sipobject/KxSipFault.h"
+#include "sipobject/headers/HeaderID.h"
 #include "util/KxHandle.h"
 
 #include <string_view>
@@ -25,12 +26,17 @@ public:
     KxSipFault read(KxHandle<KxSipHeader>& header);
 
 private:
-    std::string_view takeValue(bool isList);
-    KxSipFault readValue(KxSipHeader& header, std::string_view value);
+    std::string_view takeValue(HeaderID id);
+    KxSipFault readValue(KxSipHeader& header, std::string_view text, bool isLine);
+    void append(KxHandle<KxSipHeader>&& value);
+    void appendUnread(const KxSipHeader& sample, const KxSipFault& fault);
 
-    std::string_view m_key;  ///< The name that selects the class.
-    std::string_view m_name; ///< The name as received.
-    std::string_view m_rest; ///< What has not been read yet.
+    std::string_view m_key;        ///< The name that selects the class.
+    std::string_view m_name;       ///< The name as received.
+    std::string_view m_rest;       ///< What has not been read yet.
+    std::string_view m_unread;     ///< The last values, which can't be read; empty if the last one can.
+    KxHandle<KxSipHeader> m_first; ///< The values before these.
+    KxSipHeader* m_last = nullptr; ///< The last one of them.
     bool m_keeps;
     KxSipFault m_kept;               ///< The first fault of a value that is kept as text.
     Oskan::FastString<256> m_single; ///< The value as a line.

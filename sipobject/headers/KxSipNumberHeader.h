@@ -10,7 +10,8 @@
 /** The headers whose value is one unsigned number, with parameters after it if Base is KxSipParameterHeader. A class H
     that requires a digit defines the error text for other values (kNoDigitError); in other classes a missing number
     reads as 0. A number that is too large reads as 4294967295. In the RFC grammar, all classes refuse values that are no
-    number up to the largest one (kMost, or else 4294967295), with the error text kRangeError, or else kNoDigitError. */
+    number up to the largest one (kMost, or else 4294967295), with the error text kRangeError, or else kNoDigitError, if
+    the class has one. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipNumberHeader : public Base {
 protected:
@@ -46,8 +47,10 @@ private:
     static constexpr const char* sRangeError() {
         if constexpr (requires { H::kRangeError; }) {
             return H::kRangeError;
-        } else {
+        } else if constexpr (requires { H::kNoDigitError; }) {
             return H::kNoDigitError;
+        } else {
+            return "SIP Header parse error : not a number in its range";
         }
     }
 

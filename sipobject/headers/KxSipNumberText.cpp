@@ -1,20 +1,21 @@
 #include "sipobject/headers/KxSipNumberText.h"
 
-#include "util/KxStreamTokenizer.h"
-
-#include <charconv>
+#include <algorithm>
 
 KxSipFault KxSipNumberText::sRead(KxSipLine& line, std::uint32_t most, std::uint32_t& number, const char* otherwise) {
     static constexpr KxCharSet kEnd(" \t\r\n;(");
-    KxStreamTokenizer::sDiscardWhite(line);
+    line.skipSpace();
     const std::string_view text = line.window();
-    const char* const last = text.data() + text.size();
-    std::uint32_t read = 0;
-    const auto [end, error] = std::from_chars(text.data(), last, read);
-    if (error != std::errc() || (end != last && !kEnd.contains(*end)) || read > most) {
+    const std::uint64_t tooMuch = std::uint64_t{most} + 1;
+    std::uint64_t read = 0;
+    std::size_t count = 0;
+    for (; count < text.size() && KxAscii::isDigit(text[count]); ++count) {
+        read = std::min(read * 10 + static_cast<unsigned>(text[count] - '0'), tooMuch);
+    }
+    if (count == 0 || read == tooMuch || (count < text.size() && !kEnd.contains(text[count]))) {
         return KxSipFault(otherwise);
     }
-    line.consume(static_cast<std::size_t>(end - text.data()));
-    number = read;
+    line.consume(count);
+    number = static_cast<std::uint32_t>(read);
     return {};
 }

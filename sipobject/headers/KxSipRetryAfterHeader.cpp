@@ -1,5 +1,7 @@
 #include "sipobject/headers/KxSipRetryAfterHeader.h"
 
+#include "sipobject/KxSipGrammar.h"
+
 constinit const KxConstString KxSipRetryAfterHeader::sToken{"Retry-After"};
 
 static const KxSipRetryAfterHeader::Registration s_registration;
@@ -34,13 +36,16 @@ KxSipFault KxSipRetryAfterHeader::parseValue(KxSipLine& line) {
     }
     if (KxStreamTokenizer::sDiscardWhite(line) == '(') {
         line.read();
-        parseComment(line);
+        if (!parseComment(line) && KxSipGrammar::sReadsLinesByValue()) {
+            return KxSipFault(kNoDigitError);
+        }
     }
     parseParameters(line);
     return {};
 }
 
-void KxSipRetryAfterHeader::parseComment(KxSipLine& line) {
+/** Returns false for a comment that is not closed. */
+bool KxSipRetryAfterHeader::parseComment(KxSipLine& line) {
     const std::string_view text = line.window();
     const std::size_t length =
         static_cast<std::size_t>(closingParenthesis(text.data(), text.data() + text.size()) - text.data());
@@ -48,7 +53,7 @@ void KxSipRetryAfterHeader::parseComment(KxSipLine& line) {
         m_comment = KxString(text.substr(0, length));
     }
     line.consume(length);
-    line.read();
+    return line.read() == ')';
 }
 
 void KxSipRetryAfterHeader::serializeValue(KxOutputStream& out) const {

@@ -7,7 +7,8 @@
 /** Retry-After: the number of seconds after which the service or the callee should be available again.
     Retry-After = "Retry-After" HCOLON delta-seconds [ comment ] *( SEMI retry-param )   [RFC 3261 20.33]
     A value that does not begin with a digit, such as a date, is kept as text, including commas. Comments may be nested
-    and may contain commas; an unclosed comment is dropped.
+    and may contain commas; an unclosed comment is dropped; in the RFC grammar
+    the value is then kept as text.
     "Retry-After: 120(in (or near) a meeting);duration=60" -> "Retry-After: 120 (in (or near) a meeting);duration=60" */
 class KX_SIP_API KxSipRetryAfterHeader final
     : public KxSipNumberHeader<
@@ -48,7 +49,7 @@ private:
     void forgetValue();
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
-    void parseComment(KxSipLine& line);
+    bool parseComment(KxSipLine& line);
 
     KxString m_comment;
 };

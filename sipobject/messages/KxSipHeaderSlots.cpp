@@ -1,17 +1,11 @@
 #include "sipobject/messages/KxSipHeaderSlots.h"
 
 #include "sipobject/KxSipGrammar.h"
-#include "sipobject/headers/KxSipCompactNames.h"
-#include "sipobject/headers/KxSipUnknownHeader.h"
-#include "sipobject/headers/KxSipUnreadHeader.h"
+#include "sipobject/messages/KxSipLikeness.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
 #include <new>
-
-static bool isUnread(const KxSipHeader& header) {
-    return typeid(header) == typeid(KxSipUnreadHeader);
-}
 
 KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
     m_order[kEnd] = {kEnd, kEnd};
@@ -255,15 +249,10 @@ void KxSipHeaderSlots::updateNameIndex(Change change) {
     }
 }
 
-/** Whether an unknown header of that name is one of the full name. */
-static bool isSameName(std::string_view name, std::string_view full) {
-    return KxAscii::equalsNoCase(KxSipCompactNames::sFull(name), full);
-}
-
 KxSipNameIndex::Found KxSipHeaderSlots::findUnknown(std::string_view name, bool exact) const {
     const std::string_view full = KxSipCompactNames::sFull(name);
     const auto isNamed = [name, full, exact](const KxSipHeader& header) {
-        return exact ? header.getToken() == name : isSameName(header.getToken(), full);
+        return exact ? header.getToken() == name : KxSipLikeness::sIsNamed(header, full);
     };
     const bool hasIndex = m_longChains != nullptr && m_longChains->names != nullptr;
     Found found{nullptr, first(KxHeaderIDs::kUnknown).get()};
@@ -325,7 +314,7 @@ KxHandle<KxSipHeader> KxSipHeaderSlots::find(std::string_view name) const {
 
 const KxHandle<KxSipHeader>& KxSipHeaderSlots::firstRead(HeaderID id) const {
     const KxHandle<KxSipHeader>* value = &first(id);
-    while (!value->isNil() && isUnread(*value->get())) {
+    while (!value->isNil() && KxSipLikeness::sIsUnread(*value->get())) {
         value = &value->get()->m_next;
     }
     return *value;
@@ -344,25 +333,11 @@ void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
 
 // ---- all headers of a name ----
 
-/** Whether the header is of the same class as the other, or one is kept as text of the class of the other; unknown headers
-    must have the same name. Both are of one kind. */
-static bool isLike(const KxSipHeader& header, const KxSipHeader& other) {
-    if (typeid(header) == typeid(other) && !isUnread(header)) {
-        return typeid(header) != typeid(KxSipUnknownHeader) ||
-               isSameName(header.getToken(), KxSipCompactNames::sFull(other.getToken()));
-    }
-    return (isUnread(header) || isUnread(other)) && header.getExpandedToken() == other.getExpandedToken();
-}
-
-static bool isOneOfTheUnknown(const KxSipHeader& header) {
-    return header.getHeaderID() == KxHeaderIDs::kUnknown && typeid(header) == typeid(KxSipUnknownHeader);
-}
-
 KxSipHeaderSlots::Named KxSipHeaderSlots::named(std::string_view name) const {
     const KxHandle<KxSipHeader> sample = KxSipHeader::sSample(name);
-    if (!sample.isNil() && !isOneOfTheUnknown(*sample)) {
+    if (!sample.isNil() && !KxSipLikeness::sIsUnknown(*sample)) {
         KxSipHeader* value = first(sample->getHeaderID()).get();
-        while (value != nullptr && !isLike(*value, *sample)) {
+        while (value != nullptr && !KxSipLikeness::sAreLike(*value, *sample)) {
             value = value->m_next.get();
         }
         return {value, nullptr};
@@ -374,8 +349,8 @@ KxSipHeaderSlots::Named KxSipHeaderSlots::named(std::string_view name) const {
 
 KxSipHeader* KxSipHeaderSlots::nextLike(const KxSipHeader& header) const {
     KxSipHeader* next = header.m_next.get();
-    for (int steps = 0; next != nullptr && !isLike(*next, header); ++steps) {
-        if (steps == kMaxWalk && isOneOfTheUnknown(header)) {
+    for (int steps = 0; next != nullptr && !KxSipLikeness::sAreLike(*next, header); ++steps) {
+        if (steps == kMaxWalk && KxSipLikeness::sIsUnknown(header)) {
             if (KxSipNameIndex* const index = nameIndex(false)) {
                 return index->next(header);
             }
@@ -390,7 +365,7 @@ std::size_t KxSipHeaderSlots::removeNamed(std::string_view given) {
     const Named found = named(name);
     std::size_t removed = 0;
     for (KxSipHeader* const part : {found.first, found.then}) {
-        if (part != nullptr && !isOneOfTheUnknown(*part)) {
+        if (part != nullptr && !KxSipLikeness::sIsUnknown(*part)) {
             removed += removeLike(KxHandle<KxSipHeader>(part));
         } else if (part != nullptr) {
             while (removeUnknown(name)) {
@@ -411,7 +386,7 @@ std::size_t KxSipHeaderSlots::removeLike(const KxHandle<KxSipHeader>& like) {
     KxSipHeader* before = nullptr;
     for (KxSipHeader* value = first(id).get(); value != nullptr;) {
         KxSipHeader* const next = value->m_next.get();
-        if (isLike(*value, *like)) {
+        if (KxSipLikeness::sAreLike(*value, *like)) {
             removeAfter(id, before);
             ++removed;
         } else {

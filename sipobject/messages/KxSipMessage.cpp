@@ -40,10 +40,6 @@ constexpr int kLogLine = 179; // log configurations identify the events of logMe
     }
 }
 
-bool isTag(const KxString& listed, std::string_view optionTag) {
-    return KxSipGrammar::sFindsHeadersByKind() ? listed.equalsNoCase(optionTag) : listed == optionTag;
-}
-
 } // namespace
 
 constinit Oskan::MemAccount KxSipMessage::s_account{"KxSipMessage"};
@@ -213,9 +209,11 @@ template <class H>
 bool KxSipMessage::listsTag(std::string_view optionTag) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
-    const KxHandle<KxSipHeader> first = m_headers.find(H::sToken);
-    for (const KxSipHeader* value = first.get(); value != nullptr; value = value->getNext().get()) {
-        if (typeid(*value) == typeid(H) && isTag(static_cast<const H*>(value)->getOptionTag(), optionTag)) {
+    if (KxSipGrammar::sFindsHeadersByKind()) {
+        return lists<H>(optionTag);
+    }
+    for (const KxSipHeader* value = m_headers.find(H::sToken).get(); value != nullptr; value = value->getNext().get()) {
+        if (typeid(*value) == typeid(H) && static_cast<const H*>(value)->getOptionTag() == optionTag) {
             return true;
         }
     }

@@ -166,6 +166,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     }
     const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr;
     KxSipHeaderSlots& headers = m_message.m_headers;
+    KxHandle<KxSipHeader> header; // nil before each line
     for (int c = in.peek(); c >= 0; c = in.peek()) {
         if (c == '\r' || c == '\n') {
             in.consume(1);
@@ -176,7 +177,6 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
         }
         const char* const start = in.window().data();
         try {
-            KxHandle<KxSipHeader> header;
             const KxSipFault fault = KxSipHeader::sConstructFrom(in, line, header);
             if (!fault) [[likely]] {
                 const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");

@@ -102,6 +102,7 @@ TEST(RFCLineTest, Lines) {
         {"x: 90;refresher=uac\r\nMin-SE: -1", "1 | x: 90;refresher=uac | ?Min-SE: -1 @8 Invalid Minimum SE header"},
         {"Retry-After: 120(in (or near) a meeting);duration=60\r\nRSeq: x",
          "1 | Retry-After: 120 (in (or near) a meeting);duration=60 | ?RSeq: x @8 Invalid RSeq header"},
+        {"Retry-After: 5 (", "1 | Retry-After: 5 ( @7 Invalid Retry-After header"},
         {"Retry-After: soon, or not", "1 | Retry-After: soon, or not @7 Invalid Retry-After header"},
         {"RAck: 1 x INVITE\r\nTimestamp: 5.4 0.1 x",
          "1 | ?RAck: 1 x INVITE | ?Timestamp: 5.4 0.1 x @7 Invalid RAck header @8 " + kRest},
