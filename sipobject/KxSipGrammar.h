@@ -47,6 +47,18 @@ public:
     /** Whether Content-Length, CSeq and Max-Forwards must be numbers in their range. [RFC 3261 8.1.1.5, 20.14, 20.22] */
     [[nodiscard]] static bool sChecksNumbers() { return sIsRFC(); }
 
+    // ---- name-addresses, header parameters ----
+
+    /** Display names are tokens or quoted strings of any length, and what else is not a name-address is refused; one that
+        an application gives is quoted if it has to be. [RFC 3261 20.10, 25.1] */
+    [[nodiscard]] static bool sReadsNameAddressesStrictly() { return sIsRFC(); }
+    /** From and To keep all of their URL, Route and Record-Route their parameters, and Refer-To its display name,
+        brackets and parameters. [RFC 3261 20.30, 20.34, RFC 3515 2.1] */
+    [[nodiscard]] static bool sKeepsWholeAddresses() { return sIsRFC(); }
+    /** Header parameters are what KxSipParameterText reads, and text after a value is refused; a comma within quotes
+        never separates values. [RFC 3261 7.3.1, 25.1] */
+    [[nodiscard]] static bool sReadsParametersStrictly() { return sIsRFC(); }
+
     // ---- authentication, numbers that are made ----
 
     /** Authentication: properties are read as auth-params: quoted strings with escapes, also empty [RFC 7235 2.1]. */
@@ -89,7 +101,10 @@ public:
 private:
     enum State : std::uint8_t { kClassic, kRFC, kOpen };
 
-    static bool sIsRFC() { return s_state.load(std::memory_order_relaxed) != kClassic && sDecide(); }
+    static bool sIsRFC() {
+        const std::uint8_t state = s_state.load(std::memory_order_relaxed);
+        return state != kClassic && (state == kRFC || sDecide());
+    }
     static bool sDecide();
     static void sFixChoice();
 

@@ -1,8 +1,10 @@
 #include "sipobject/KxSipLine.h"
 
+#include "sipobject/KxSipGrammar.h"
 #include "util/KxBytes.h"
 #include "util/KxStreamTokenizer.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace {
@@ -111,6 +113,25 @@ std::string_view KxSipLine::takeUnfolded(KxInputStream& in) {
     }
     m_unfolded.append("\r\n", 2);
     return m_unfolded.view();
+}
+
+/** The first comma that separates values, or the end: in the RFC grammar, one that is not in a quoted string. A quote that
+    is not closed has no meaning. */
+const char* KxSipLine::findUnquotedComma(const char* firstComma) {
+    if (!KxSipGrammar::sReadsParametersStrictly()) {
+        return firstComma;
+    }
+    const auto next = [this](const char* from) { return KxBytes::findAny<',', '"'>(from, end()); };
+    const char* at = next(begin());
+    while (at != end() && *at == '"' && !m_hasOpenQuote) {
+        const char* closing = at + 1;
+        for (; closing != end() && *closing != '"'; ++closing) {
+            closing += *closing == '\\' && end() - closing > 1 ? 1 : 0;
+        }
+        m_hasOpenQuote = closing == end(); // kept, so that the further values are not searched, too
+        at = m_hasOpenQuote ? at : next(closing + 1);
+    }
+    return m_hasOpenQuote ? std::find(at, end(), ',') : at;
 }
 
 bool KxSipLine::hasUserPart(const char* at) {

@@ -68,11 +68,15 @@ public:
         moveTo(at);
         return at != end() && (*at > ' ' || KxAscii::skipSpace(at, end()) != end());
     }
-    /** Skips what is left of a value, and the comma after it; returns false, without moving, if there is no comma. */
+    /** Skips what is left of a value, and the comma after it; returns false, without moving, if there is no comma. In the
+        RFC grammar, a comma in a quoted string is none. */
     bool skipToNextValue() {
         const char* at = begin();
         while (at != end() && *at != ',') {
             ++at;
+        }
+        if (at != end() && at != begin()) {
+            at = findUnquotedComma(at);
         }
         if (at == end()) {
             return false;
@@ -119,6 +123,7 @@ private:
     void moveTo(const char* begin, const char* end, const char* readable) {
         setWindow(begin, end, readable);
         m_userParts.at = nullptr;
+        m_hasOpenQuote = false;
     }
     void moveTo(const char* at) { consume(static_cast<std::size_t>(at - begin())); }
     std::string_view takeTo(const char* stop) {
@@ -130,6 +135,7 @@ private:
     static bool sEndsPlainly(const char* at, const char* end) {
         return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
     }
+    const char* findUnquotedComma(const char* firstComma);
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);
     void consumeFromSource();
@@ -137,6 +143,7 @@ private:
     std::string_view m_name;
     std::string_view m_key;
     UserParts m_userParts;
+    bool m_hasOpenQuote = false;       ///< Whether findUnquotedComma has found a quote that is not closed in this line.
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.
 };

@@ -38,10 +38,7 @@ private:
 
     KxSipFault parseValue(KxSipLine& line) {
         const KxSipFault fault = parseNumber(line);
-        if (!fault) {
-            this->parseParameters(line);
-        }
-        return fault;
+        return fault ? fault : this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out << m_number;

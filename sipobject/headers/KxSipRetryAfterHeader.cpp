@@ -36,8 +36,7 @@ KxSipFault KxSipRetryAfterHeader::parseValue(KxSipLine& line) {
         line.read();
         parseComment(line);
     }
-    parseParameters(line);
-    return {};
+    return parseParameters(line);
 }
 
 void KxSipRetryAfterHeader::parseComment(KxSipLine& line) {

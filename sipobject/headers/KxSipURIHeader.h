@@ -56,12 +56,12 @@ private:
         if (text.empty() || line.read() != '>') {
             return KxSipFault(H::kInvalid);
         }
+        if (KxSipGrammar::sReadsNameAddressesStrictly() && text.find_first_of(" \t\"<") != std::string_view::npos) {
+            return KxSipFault(H::kInvalid);
+        }
         KxSipLine uri(text);
         const KxSipFault fault = KxURI::sConstructFrom(uri, true, m_URI);
-        if (!fault) {
-            this->parseParameters(line);
-        }
-        return fault;
+        return fault ? fault : this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out.write('<');
