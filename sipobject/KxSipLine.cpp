@@ -82,6 +82,7 @@ KxSipFault KxSipLine::takeUnnamed(KxInputStream& in) {
         KxSipLine whole(in);
         return takeUnnamed(whole);
     }
+    m_openQuoteEnd = nullptr; // a copied line may end where the last one did
     const std::string_view line = takeUnfolded(in);
     const std::size_t colon = line.find(':');
     const char* const end = line.data() + line.size();
@@ -123,15 +124,18 @@ const char* KxSipLine::findUnquotedComma(const char* firstComma) {
     }
     const auto next = [this](const char* from) { return KxBytes::findAny<',', '"'>(from, end()); };
     const char* at = next(begin());
-    while (at != end() && *at == '"' && !m_hasOpenQuote) {
+    while (at != end() && *at == '"' && m_openQuoteEnd != end()) {
         const char* closing = at + 1;
         for (; closing != end() && *closing != '"'; ++closing) {
             closing += *closing == '\\' && end() - closing > 1 ? 1 : 0;
         }
-        m_hasOpenQuote = closing == end(); // kept, so that the further values are not searched, too
-        at = m_hasOpenQuote ? at : next(closing + 1);
+        if (closing == end()) {
+            m_openQuoteEnd = end(); // so that the same is not searched for again after each value
+        } else {
+            at = next(closing + 1);
+        }
     }
-    return m_hasOpenQuote ? std::find(at, end(), ',') : at;
+    return m_openQuoteEnd == end() ? std::find(at, end(), ',') : at;
 }
 
 bool KxSipLine::hasUserPart(const char* at) {

@@ -123,7 +123,6 @@ private:
     void moveTo(const char* begin, const char* end, const char* readable) {
         setWindow(begin, end, readable);
         m_userParts.at = nullptr;
-        m_hasOpenQuote = false;
     }
     void moveTo(const char* at) { consume(static_cast<std::size_t>(at - begin())); }
     std::string_view takeTo(const char* stop) {
@@ -143,7 +142,7 @@ private:
     std::string_view m_name;
     std::string_view m_key;
     UserParts m_userParts;
-    bool m_hasOpenQuote = false;       ///< Whether findUnquotedComma has found a quote that is not closed in this line.
-    KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
-    Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.
+    const char* m_openQuoteEnd = nullptr; ///< The end of the line, if it has a quote that is not closed; else another.
+    KxInputStream* m_source = nullptr;    ///< Where the text is consumed from in the end; null for none.
+    Oskan::FastString<256> m_unfolded;    ///< The line, if it was folded.
 };

@@ -83,7 +83,7 @@ protected:
         }
     }
     /** In the RFC grammar. A refused value changes nothing. */
-    KxSipFault parseStrictly(KxSipLine& line) {
+    [[gnu::noinline]] KxSipFault parseStrictly(KxSipLine& line) {
         KxHandle<KxSipNameAddress> address;
         KxSipFault fault = KxSipNameAddress::sConstructFrom(line, address);
         if (!fault) {

@@ -68,7 +68,7 @@ private:
         }
         return {};
     }
-    KxSipFault parseStrictly(KxSipLine& line) {
+    [[gnu::noinline]] KxSipFault parseStrictly(KxSipLine& line) {
         const std::string_view type = line.token(KxSipHeader::sDelimeters);
         const bool hasSlash = KxStreamTokenizer::sDiscardWhite(line) == '/';
         line.consume(hasSlash ? 1 : 0);

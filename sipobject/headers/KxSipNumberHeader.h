@@ -37,8 +37,10 @@ private:
     friend class KxSipHeaderOf<H>;
 
     KxSipFault parseValue(KxSipLine& line) {
-        const KxSipFault fault = parseNumber(line);
-        return fault ? fault : this->parseParameters(line);
+        if (const KxSipFault fault = parseNumber(line)) {
+            return fault;
+        }
+        return this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out << m_number;

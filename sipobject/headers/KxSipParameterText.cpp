@@ -1,7 +1,15 @@
 #include "sipobject/headers/KxSipParameterText.h"
 
-KxSipFault KxSipParameterText::sReadMore(KxSipLine& line, KxSharedParameters& parameters) {
-    if (!parameters.empty()) {
+#include "util/KxStreamTokenizer.h"
+
+namespace {
+
+constexpr KxSipFault kInvalid{"Invalid text after the value of a header"};
+
+} // namespace
+
+KxSipFault KxSipParameterText::sRead(KxSipLine& line, KxSharedParameters& parameters) {
+    if (!parameters.empty()) [[unlikely]] {
         KxSharedParameters read;
         const KxSipFault fault = sRead(line, read);
         if (!fault) {
@@ -9,14 +17,15 @@ KxSipFault KxSipParameterText::sReadMore(KxSipLine& line, KxSharedParameters& pa
         }
         return fault;
     }
-    if (line.peek() != ';') {
-        return KxSipFault(kInvalid);
+    const int c = KxStreamTokenizer::sDiscardWhite(line);
+    if (c != ';') {
+        return c < 0 || c == ',' || c == '\r' || c == '\n' ? KxSipFault() : kInvalid;
     }
     line.read();
     KxParameters& list = parameters.write();
     if (!list.parseExactly(line)) {
         list.clear();
-        return KxSipFault(kInvalid);
+        return kInvalid;
     }
     return {};
 }
