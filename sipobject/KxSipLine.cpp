@@ -33,6 +33,14 @@ bool findAt(const char* from, const char* end, const char*& stop) {
     return false;
 }
 
+/** The quote that closes the quoted string before `at`, or `end`. */
+const char* closingQuote(const char* at, const char* end) {
+    for (; at != end && *at != '"'; ++at) {
+        at += *at == '\\' && end - at > 1 ? 1 : 0;
+    }
+    return at;
+}
+
 } // namespace
 
 KxSipLine::KxSipLine(KxInputStream& source) : KxSipLine() {
@@ -116,26 +124,27 @@ std::string_view KxSipLine::takeUnfolded(KxInputStream& in) {
     return m_unfolded.view();
 }
 
-/** The first comma that separates values, or the end: in the RFC grammar, one that is not in a quoted string. A quote that
-    is not closed has no meaning. */
-const char* KxSipLine::findUnquotedComma(const char* firstComma) {
-    if (!KxSipGrammar::sReadsParametersStrictly()) {
-        return firstComma;
-    }
-    const auto next = [this](const char* from) { return KxBytes::findAny<',', '"'>(from, end()); };
-    const char* at = next(begin());
-    while (at != end() && *at == '"' && m_openQuoteEnd != end()) {
-        const char* closing = at + 1;
-        for (; closing != end() && *closing != '"'; ++closing) {
-            closing += *closing == '\\' && end() - closing > 1 ? 1 : 0;
+/** As skipToNextValue, if there is text before the first comma. A quote that is not closed has no meaning. */
+bool KxSipLine::skipToNextValueFrom(const char* firstComma) {
+    const char* at = firstComma;
+    if (KxSipGrammar::sReadsParametersStrictly()) {
+        const auto next = [this](const char* from) { return KxBytes::findAny<',', '"'>(from, end()); };
+        at = next(begin());
+        while (at != end() && *at == '"' && m_openQuoteEnd != end()) {
+            const char* const closing = closingQuote(at + 1, end());
+            if (closing == end()) {
+                m_openQuoteEnd = end(); // so that the same is not searched for again after each value
+            } else {
+                at = next(closing + 1);
+            }
         }
-        if (closing == end()) {
-            m_openQuoteEnd = end(); // so that the same is not searched for again after each value
-        } else {
-            at = next(closing + 1);
-        }
+        at = std::find(at, end(), ',');
     }
-    return m_openQuoteEnd == end() ? std::find(at, end(), ',') : at;
+    if (at == end()) {
+        return false;
+    }
+    moveTo(at + 1);
+    return true;
 }
 
 bool KxSipLine::hasUserPart(const char* at) {

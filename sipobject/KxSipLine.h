@@ -72,17 +72,14 @@ public:
         RFC grammar, a comma in a quoted string is none. */
     bool skipToNextValue() {
         const char* at = begin();
+        if (at != end() && *at == ',') {
+            moveTo(at + 1);
+            return true;
+        }
         while (at != end() && *at != ',') {
             ++at;
         }
-        if (at != end() && at != begin()) {
-            at = findUnquotedComma(at);
-        }
-        if (at == end()) {
-            return false;
-        }
-        moveTo(at + 1);
-        return true;
+        return at != end() && skipToNextValueFrom(at);
     }
 
     /** Takes the characters up to the first delimiter (which stays unread) or the end. */
@@ -134,7 +131,7 @@ private:
     static bool sEndsPlainly(const char* at, const char* end) {
         return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
     }
-    const char* findUnquotedComma(const char* firstComma);
+    [[gnu::cold]] bool skipToNextValueFrom(const char* firstComma);
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);
     void consumeFromSource();

@@ -60,7 +60,7 @@ protected:
     }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 
-    KxSipFault parseValue(KxSipLine& line) {
+    [[gnu::always_inline]] KxSipFault parseValue(KxSipLine& line) {
         if (KxSipGrammar::sReadsParametersStrictly()) [[unlikely]] {
             return parseStrictly(line);
         }

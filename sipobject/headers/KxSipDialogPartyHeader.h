@@ -62,7 +62,7 @@ private:
     }
     /** In the classic grammar only: removes from a URL that has parameters those that only a Request-URI or Contact may have, and its headers. A URL
         without parameters keeps its headers. [RFC 3261 19.1.1, table 1] */
-    KxSipFault checkValidity() {
+    [[gnu::always_inline]] KxSipFault checkValidity() {
         if (this->m_nameAddress.isNil() || this->m_nameAddress->getURI().isNil()) {
             return KxSipFault(H::kInvalid);
         }

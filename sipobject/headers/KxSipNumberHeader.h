@@ -36,7 +36,7 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
-    KxSipFault parseValue(KxSipLine& line) {
+    [[gnu::always_inline]] KxSipFault parseValue(KxSipLine& line) {
         if (const KxSipFault fault = parseNumber(line)) {
             return fault;
         }

@@ -29,7 +29,7 @@ protected:
     KxSipParameterHeader(const KxSipParameterHeader&) = default;
 
     /** Reads the list if a ";" follows. */
-    KxSipFault parseParameters(KxSipLine& line) {
+    [[gnu::always_inline]] KxSipFault parseParameters(KxSipLine& line) {
         if (KxSipGrammar::sReadsParametersStrictly()) [[unlikely]] {
             return KxSipParameterText::sRead(line, m_parameters);
         }
