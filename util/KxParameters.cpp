@@ -51,35 +51,19 @@ bool isPlain(std::string_view text) {
     });
 }
 
-/** Where the parts of a pair are; null for those that it lacks. Reading that is not exact needs only `equals`. */
-struct Parts {
-    const char* equals = nullptr;
-    const char* quote = nullptr; ///< The last quoted text.
-    const char* quoteEnd = nullptr;
-    bool isOdd = false; ///< Whether there are characters that need quotes, or several quoted texts.
-
-    void addQuoted(const char* begin, const char* end) {
-        isOdd = isOdd || quote != nullptr;
-        quote = begin;
-        quoteEnd = end;
+/** Whether the text is a name, or a name and a value that is a quoted text or has no characters that need quotes.
+    `equals` is null if there is no value. */
+[[gnu::noinline]] bool isExact(const char* begin, const char* equals, const char* end) {
+    const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
+    const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
+    if (name.empty() || !isPlain(name)) {
+        return false;
     }
-    /** Whether the pair is a name, or a name and a value that is a quoted text or has no characters that need quotes. */
-    bool areExact(const char* begin, const char* end) const {
-        const bool isUsual = !isOdd && begin != (equals == nullptr ? end : equals) &&
-                             (quote == nullptr || (quote - 1 == equals && quoteEnd == end));
-        return isUsual || areExactWithBlanks(begin, end);
-    }
-    [[gnu::noinline]] bool areExactWithBlanks(const char* begin, const char* end) const {
-        const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
-        if (name.empty() || !isPlain(name)) {
-            return false;
-        }
-        if (quote == nullptr) {
-            return equals == nullptr || isPlain(KxAscii::trim(textOf(equals + 1, end)));
-        }
-        return KxAscii::skipSpace(equals + 1, quote) == quote && KxAscii::skipSpace(quoteEnd, end) == end;
-    }
-};
+    const char* const last = value.data() + value.size() - 1;
+    return !value.empty() && value.front() == '"'
+               ? last != value.data() && findQuoteEnd<true>(value.data() + 1, last) == last
+               : isPlain(value);
+}
 
 } // namespace
 
@@ -313,28 +297,32 @@ const char* KxParameters::parsePairs(const char* begin, const char* const end, c
         return kExact ? c != ';' && c != ',' && c != '\r' && c != '\n' : c == '=' || c == '"';
     };
     while (true) {
-        Parts parts;
+        const char* equals = nullptr;
+        [[maybe_unused]] bool isUsual = true; // a name, or a name, "=" and a plain or quoted value
         const char* at = specials.next();
         for (; at != end && isInPair(*at); at = specials.next()) {
             if (*at == '=') {
-                parts.equals = parts.equals == nullptr ? at : parts.equals;
+                equals = equals == nullptr ? at : equals;
             } else if (!kExact || *at == '"') {
-                const char* const quote = at;
+                isUsual = isUsual && at - 1 == equals;
                 at = findQuoteEnd<kInStream>(at + 1, end);
                 if (kExact && (at == end || *at != '"')) {
                     return nullptr;
                 }
-                const char* const quoteEnd = at != end && *at == '"' ? at + 1 : at;
-                specials.skipTo(quoteEnd);
-                parts.addQuoted(quote, quoteEnd);
+                at = at != end && *at == '"' ? at + 1 : at;
+                isUsual = isUsual && (at == end || !isInPair(*at));
+                specials.skipTo(at);
             } else {
-                parts.isOdd = true;
+                isUsual = false;
             }
         }
-        if (kExact && !parts.areExact(begin, at)) {
-            return nullptr;
+        if constexpr (kExact) {
+            isUsual = isUsual && begin != (equals == nullptr ? at : equals);
+            if (!isUsual && !isExact(begin, equals, at)) {
+                return nullptr;
+            }
         }
-        parsePair(begin, parts.equals, at);
+        parsePair(begin, equals, at);
         if (at == end || *at != ';') {
             return at;
         }

@@ -101,7 +101,7 @@ KxSipFault takeDisplayName(KxSipLine& line, std::string_view& name) {
     if (at == end || *at == '\r' || *at == '\n') {
         return KxSipFault("URL not specified");
     }
-    if (*at == ':' && at == nameEnd && std::none_of(begin, at, isBlank)) { // a scheme
+    if (*at == ':' && at != begin && *begin != '"' && std::none_of(begin, at, isBlank)) { // a scheme
         return {};
     }
     if (*at != '<') {

@@ -217,20 +217,25 @@ template <bool kStrict>
     m_url.m_parameters.write().parse(KxSipLineText::sWithoutReturns(parameters).view());
 }
 
+/** If kStrict, returns false for quotes, blanks and tabs. */
 template <bool kStrict>
 [[gnu::noinline]] bool KxSipURLParser<kStrict>::parameters() {
-    const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_line.readableEnd());
+    const char* stop = kStrict
+                           ? KxBytes::findAny<'\n', '>', '?', '\r', '"', ' ', '\t'>(m_at, m_end, m_line.readableEnd())
+                           : KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_line.readableEnd());
     if (stop != m_end && *stop == '\r') [[unlikely]] {
         stop = KxBytes::findAny<'\n', '>', '?'>(stop, m_end);
+        if (kStrict && textTo(stop).find_first_of("\" \t") != std::string_view::npos) {
+            return false;
+        }
         parseWithoutReturns(textTo(stop));
     } else if (stop != m_at) {
         m_url.m_parameters.write().parse(textTo(stop), m_line.readableEnd());
     }
-    const bool isAllowed = !kStrict || (KxBytes::findAny<'"', ' ', '\t'>(m_at, stop, m_line.readableEnd()) == stop);
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
     m_previous = stop == m_end ? kEndOfInput : *stop;
-    return isAllowed;
+    return !kStrict || (m_previous != '"' && m_previous != ' ' && m_previous != '\t');
 }
 
 template <bool kStrict>

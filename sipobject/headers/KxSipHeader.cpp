@@ -197,8 +197,10 @@ void KxSipHeader::parse(KxInputStream& in) {
     if (!line.skipToText()) {
         return kNothingAfterColon;
     }
-    const KxSipFault fault = readValue(line);
-    return fault || !line.skipToNextValue() ? fault : parseFurther(line);
+    if (const KxSipFault fault = readValue(line)) {
+        return fault;
+    }
+    return line.skipToNextValue() ? parseFurther(line) : KxSipFault();
 }
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
