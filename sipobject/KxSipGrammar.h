@@ -65,6 +65,18 @@ public:
     /** Whether dates are those of RFC 1123, in GMT, with the right weekday. [RFC 3261 20.17] */
     [[nodiscard]] static bool sChecksDates() { return sIsRFC(); }
 
+    // ---- name-addresses, header parameters ----
+
+    /** Display names are tokens or quoted strings of any length, and what else is not a name-address is refused; one that
+        an application gives is quoted if it has to be. [RFC 3261 20.10, 25.1] */
+    [[nodiscard]] static bool sReadsNameAddressesStrictly() { return sIsRFC(); }
+    /** From and To keep all of their URL, Route and Record-Route their parameters, and Refer-To its display name,
+        brackets and parameters. [RFC 3261 20.30, 20.34, RFC 3515 2.1] */
+    [[nodiscard]] static bool sKeepsWholeAddresses() { return sIsRFC(); }
+    /** Header parameters are what KxSipParameterText reads; a comma within quotes
+        never separates values. [RFC 3261 7.3.1, 25.1] */
+    [[nodiscard]] static bool sReadsParametersStrictly() { return sIsRFC(); }
+
     // ---- authentication, numbers that are made ----
 
     /** Authentication: properties are read as auth-params: quoted strings with escapes, also empty [RFC 7235 2.1]. */

@@ -19,9 +19,11 @@ namespace {
 
 constinit Oskan::MemAccount s_account{"KxParameters"};
 
-/** The characters at which a part of a pair ends. Line ends and commas end the list only in a stream. */
-template <bool kInStream>
-using Specials = std::conditional_t<kInStream, KxByteScan<'=', ';', '"', ',', '\r', '\n'>, KxByteScan<'=', ';', '"'>>;
+/** The characters at which a part of a pair ends. Line ends and commas end the list only in a stream. The exact ones
+    include those that need quotes. */
+using InText = KxByteScan<'=', ';', '"'>;
+using InStream = KxByteScan<'=', ';', '"', ',', '\r', '\n'>;
+using Exact = KxByteScanOf<true, '=', ';', '"', ',', '<', '>'>;
 
 /** Returns where the quoted text that begins at `at` ends: at its closing quote or, in a stream, at the line end. */
 template <bool kInStream>
@@ -36,6 +38,31 @@ const char* findQuoteEnd(const char* at, const char* end) {
     for (at = next(at); at != end && *at == '\\'; at = next(afterEscape(at))) {
     }
     return at;
+}
+
+constexpr std::string_view textOf(const char* begin, const char* end) {
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+/** Whether no character of the text needs quotes. */
+bool isPlain(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) <= ' ' || c == '"' || c == '<' || c == '>';
+    });
+}
+
+/** Whether the text is a name, or a name and a value that is a quoted text or has no characters that need quotes.
+    `equals` is null if there is no value. */
+[[gnu::noinline]] bool isExact(const char* begin, const char* equals, const char* end) {
+    const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
+    const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
+    if (name.empty() || !isPlain(name)) {
+        return false;
+    }
+    const char* const last = value.data() + value.size() - 1;
+    return !value.empty() && value.front() == '"'
+               ? last != value.data() && findQuoteEnd<true>(value.data() + 1, last) == last
+               : isPlain(value);
 }
 
 } // namespace
@@ -246,11 +273,8 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
 }
 
 [[gnu::always_inline]] inline void KxParameters::parsePair(const char* begin, const char* equals, const char* end) {
-    const auto text = [](const char* from, const char* to) {
-        return KxAscii::trim(std::string_view(from, static_cast<std::size_t>(to - from)));
-    };
-    const std::string_view name = text(begin, equals == nullptr ? end : equals);
-    const std::string_view value = equals == nullptr ? std::string_view() : text(equals + 1, end);
+    const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
+    const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
     if (name.empty() && value.empty()) {
         return;
     }
@@ -263,19 +287,39 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
     }
 }
 
-/** Reads the pairs in one pass; returns where it stopped. */
-template <bool kInStream>
+/** Reads the pairs in one pass; returns where it stopped, or null for a pair that is not exact. */
+template <KxParameters::Reading kReading>
 const char* KxParameters::parsePairs(const char* begin, const char* const end, const char* readable) {
-    Specials<kInStream> specials(begin, end, readable);
+    constexpr bool kInStream = kReading != Reading::Text;
+    constexpr bool kExact = kReading == Reading::Exact;
+    std::conditional_t<kExact, Exact, std::conditional_t<kInStream, InStream, InText>> specials(begin, end, readable);
+    const auto isInPair = [](char c) {
+        return kExact ? c != ';' && c != ',' && c != '\r' && c != '\n' : c == '=' || c == '"';
+    };
     while (true) {
         const char* equals = nullptr;
+        [[maybe_unused]] bool isUsual = true; // a name, or a name, "=" and a plain or quoted value
         const char* at = specials.next();
-        for (; at != end && (*at == '=' || *at == '"'); at = specials.next()) {
+        for (; at != end && isInPair(*at); at = specials.next()) {
             if (*at == '=') {
                 equals = equals == nullptr ? at : equals;
-            } else {
+            } else if (!kExact || *at == '"') {
+                isUsual = isUsual && at - 1 == equals;
                 at = findQuoteEnd<kInStream>(at + 1, end);
-                specials.skipTo(at != end && *at == '"' ? at + 1 : at);
+                if (kExact && (at == end || *at != '"')) {
+                    return nullptr;
+                }
+                at = at != end && *at == '"' ? at + 1 : at;
+                isUsual = isUsual && (at == end || !isInPair(*at));
+                specials.skipTo(at);
+            } else {
+                isUsual = false;
+            }
+        }
+        if constexpr (kExact) {
+            isUsual = isUsual && begin != (equals == nullptr ? at : equals);
+            if (!isUsual && !isExact(begin, equals, at)) {
+                return nullptr;
             }
         }
         parsePair(begin, equals, at);
@@ -287,14 +331,22 @@ const char* KxParameters::parsePairs(const char* begin, const char* const end, c
 }
 
 void KxParameters::parse(std::string_view text, const char* readable) {
-    parsePairs<false>(text.data(), text.data() + text.size(), readable);
+    parsePairs<Reading::Text>(text.data(), text.data() + text.size(), readable);
 }
 
 void KxParameters::parse(KxInputStream& in) {
     const std::size_t length = in.fillLine();
     const char* const begin = in.window().data();
-    const char* const end = parsePairs<true>(begin, begin + length, in.readableEnd());
+    const char* const end = parsePairs<Reading::Stream>(begin, begin + length, in.readableEnd());
     in.consume(static_cast<std::size_t>(end - begin));
+}
+
+bool KxParameters::parseExactly(KxInputStream& in) {
+    const std::size_t length = in.fillLine();
+    const char* const begin = in.window().data();
+    const char* const end = parsePairs<Reading::Exact>(begin, begin + length, in.readableEnd());
+    in.consume(end == nullptr ? 0 : static_cast<std::size_t>(end - begin));
+    return end != nullptr;
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {

@@ -94,6 +94,10 @@ public:
     void parse(const char* text) { parse(text == nullptr ? std::string_view() : std::string_view(text)); }
     /** As above from a stream, up to an unquoted comma, a CR or a LF, which stays unread, or up to the end. */
     void parse(KxInputStream& in);
+    /** As above, but every pair must have a name, and its value must be a quoted text, or text without quotes. Outside
+        quotes, no name or value may contain white space, control characters, "<" or ">". Returns false for other text,
+        which is not consumed then; the pairs before it have been added. */
+    [[nodiscard]] bool parseExactly(KxInputStream& in);
 
     /** Writes the pairs in order, separated by ";". There is no ";" before the first pair. */
     void serialize(KxOutputStream& out) const;
@@ -134,8 +138,10 @@ private:
     std::uint32_t places() const;
     Pair* find(std::string_view name);
     Pair* findIndexed(std::string_view name);
+    /** What is read: all of a text, a stream up to the end of the list, or the same as exactly as possible. */
+    enum class Reading { Text, Stream, Exact };
     void parsePair(const char* begin, const char* equals, const char* end);
-    template <bool kInStream>
+    template <Reading kReading>
     const char* parsePairs(const char* begin, const char* end, const char* readable);
     void append(KxString&& name, KxString&& value);
     void appendToLong(KxString&& name, KxString&& value);

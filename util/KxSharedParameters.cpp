@@ -99,9 +99,7 @@ void KxSharedParameters::replace(KxParameters* list) {
     }
 }
 
-void KxSharedParameters::serializeWithSemicolon(KxOutputStream& out) const {
-    if (!empty()) {
-        out.write(';');
-        peek()->serialize(out);
-    }
+void KxSharedParameters::serializeAll(KxOutputStream& out) const {
+    out.write(';');
+    peek()->serialize(out);
 }

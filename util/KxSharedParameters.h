@@ -58,7 +58,11 @@ public:
     KxParameters::Iterator end() const { return peek() == nullptr ? KxParameters::Iterator() : peek()->end(); }
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
     /** Writes ";" and the pairs, or nothing when there are none. */
-    void serializeWithSemicolon(KxOutputStream& out) const;
+    void serializeWithSemicolon(KxOutputStream& out) const {
+        if (!empty()) {
+            serializeAll(out);
+        }
+    }
 
 private:
     // The word is the list's address. Its lowest bits tell who may hold the list.
@@ -72,6 +76,7 @@ private:
     bool isOurs(const KxParameters& list) const {
         return list.isUnshared() || (m_word.load(std::memory_order_relaxed) & kOwn) != 0;
     }
+    void serializeAll(KxOutputStream& out) const;
     std::uintptr_t share() const;
     KxParameters& lend() const;
     KxParameters& makeOurs();

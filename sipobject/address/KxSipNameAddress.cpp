@@ -3,6 +3,7 @@
 #include "core/AceCleanupLogger.h"
 #include "core/DynCastAssert.h"
 #include "core/TraceScope.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
 #include "util/KxByteArrayInputStream.h"
 #include "util/KxOutputStream.h"
@@ -28,6 +29,112 @@ const char* closingQuote(const char* at, const char* end) {
 
 constexpr KxSipFault kTooLong{"Invalid SIP Name Address"};
 
+// ---- the RFC grammar ----
+
+constexpr KxSipFault kInvalid{"Invalid SIP Name Address"};
+constexpr KxCharSet kToken("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.!%*_+`'~");
+constexpr KxCharSet kTokens = kToken | KxCharSet(" \t");
+/** Control characters other than the tab, which may be in a quoted string only after a backslash. */
+constexpr KxCharSet kControls(std::string_view("\0\1\2\3\4\5\6\7\b\n\v\f\r\16\17\20\21\22\23\24\25\26\27\30"
+                                               "\31\32\33\34\35\36\37\177",
+                                               32));
+constexpr KxCharSet kInQuotes = kControls | KxCharSet("\"\\");
+constexpr KxCharSet kURIEnd = kControls | KxCharSet(" \t\"<>");
+constexpr KxCharSet kBareURIEnd = kURIEnd | KxCharSet(",;?");
+
+constexpr KxCharSet kAfterBareURI(" \t\r\n,;");
+
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+/** The end of the quoted string that begins at `at`; null if there is none. [RFC 3261 25.1] */
+const char* quotedEnd(const char* at, const char* end, const char* readable) {
+    for (at = kInQuotes.find(at + 1, end, readable); at != end && *at == '\\'; at = kInQuotes.find(at, end, readable)) {
+        if (end - at < 2 || at[1] == '\r' || at[1] == '\n') {
+            return nullptr;
+        }
+        at += 2;
+    }
+    return at != end && *at == '"' ? at + 1 : nullptr;
+}
+
+/** Whether the text is written as it is, and reads as a display name. */
+bool isDisplayName(std::string_view text) {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    if (text.empty() || *begin == '"') {
+        return text.empty() || quotedEnd(begin, end, end) == end;
+    }
+    return kToken.contains(text.front()) && kToken.contains(text.back()) &&
+           std::all_of(begin, end, [](char c) { return kTokens.contains(c); });
+}
+
+/** The display name as a quoted string. */
+KxString quoted(const KxString& name) {
+    std::string text(1, '"');
+    for (const char c : KxSipText(name).checked().view()) {
+        if (kInQuotes.contains(c)) {
+            text += '\\';
+        }
+        text += c;
+    }
+    return KxString(text.append(1, '"'));
+}
+
+/** Takes what comes before the URI: a display name before a "<", or nothing. */
+KxSipFault takeDisplayName(KxSipLine& line, std::string_view& name) {
+    const std::string_view text = line.window();
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const char* nameEnd = begin;
+    const char* at = begin;
+    if (at != end && *at == '"') {
+        nameEnd = quotedEnd(begin, end, line.readableEnd());
+        if (nameEnd == nullptr) {
+            return KxSipFault("Invalid quote in KxSipNameAddress");
+        }
+        at = std::find_if_not(nameEnd, end, isBlank);
+    } else {
+        at = nameEnd = std::find_if_not(begin, end, [](char c) { return kTokens.contains(c); });
+    }
+    if (at == end || *at == '\r' || *at == '\n') {
+        return KxSipFault("URL not specified");
+    }
+    if (*at == ':' && at != begin && *begin != '"' && std::none_of(begin, at, isBlank)) { // a scheme
+        return {};
+    }
+    if (*at != '<') {
+        return KxSipFault::sAbout(*at, "Invalid Character (?) in name-addr");
+    }
+    name = KxAscii::trimEnd(std::string_view(begin, static_cast<std::size_t>(nameEnd - begin)));
+    line.consume(static_cast<std::size_t>(at - begin));
+    return {};
+}
+
+/** Takes a URI, and its brackets if it has any. */
+KxSipFault takeURI(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
+    const std::string_view text = line.window();
+    if (text.substr(0, 4) == "<sip") { // the class of the URI sees to its end
+        return KxURI::sConstructFrom(line, standalone, uri);
+    }
+    const bool brackets = text.front() == '<';
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const char* const stop = brackets || standalone ? kURIEnd.find(begin + 1, end) : kBareURIEnd.find(begin + 1, end);
+    if (brackets ? stop == end || *stop != '>' : stop != end && !kAfterBareURI.contains(*stop)) {
+        return kInvalid;
+    }
+    KxSipLine own(std::string_view(begin, static_cast<std::size_t>(stop - begin) + (brackets ? 1 : 0)));
+    line.consume(own.window().size());
+    const KxSipFault fault = KxURI::sConstructFrom(own, standalone, uri);
+    return fault || own.peek() < 0 || own.peek() == '>' ? fault : kInvalid;
+}
+
+KxString displayNameOf(const KxString& name) {
+    return KxSipGrammar::sReadsNameAddressesStrictly() && !isDisplayName(name) ? quoted(name) : name;
+}
+
 } // namespace
 
 constinit Oskan::MemAccount KxSipNameAddress::s_account{"KxSipNameAddress"};
@@ -37,7 +144,7 @@ KxSipNameAddress::KxSipNameAddress() : m_URI(new KxURI(nullptr)) {}
 KxSipNameAddress::KxSipNameAddress(const KxString& displayName, const KxHandle<KxURI>& uri)
     : m_brackets(!displayName.empty()),
       m_standalone(true),
-      m_displayName(displayName),
+      m_displayName(displayNameOf(displayName)),
       m_URI(uri.isNil() ? nullptr : uri->clone()) {}
 
 KxSipNameAddress::KxSipNameAddress(const char* text) : m_standalone(true) {
@@ -123,6 +230,9 @@ void KxSipNameAddress::parse(KxInputStream& in) {
 
 KxSipFault KxSipNameAddress::parse(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipNameAddress::parse(1)");
+    if (KxSipGrammar::sReadsNameAddressesStrictly()) [[unlikely]] {
+        return parseStrictly(line);
+    }
     KxStreamTokenizer::sDiscardWhite(line);
     const std::string_view text = line.window();
     const char* const end = text.data() + text.size();
@@ -170,6 +280,24 @@ inline KxSipFault KxSipNameAddress::parseDisplayName(const char* begin, const ch
         }
     }
     return {};
+}
+
+/** In the RFC grammar: name-addr / addr-spec. [RFC 3261 25.1] */
+KxSipFault KxSipNameAddress::parseStrictly(KxSipLine& line) {
+    line.skipSpace();
+    std::string_view name;
+    KxHandle<KxURI> uri;
+    KxSipFault fault = takeDisplayName(line, name);
+    const bool brackets = !fault && line.peek() == '<';
+    if (!fault) {
+        fault = takeURI(line, m_standalone, uri);
+    }
+    if (!fault) {
+        m_displayName = KxString(name);
+        m_URI = std::move(uri);
+        m_brackets = brackets;
+    }
+    return fault;
 }
 
 void KxSipNameAddress::setDisplayName(const char* begin, const char* end) {

@@ -6,12 +6,19 @@
     name-addr = [ display-name ] LAQUOT addr-spec RAQUOT, or a bare addr-spec  [RFC 3261 25.1]
     A quoted display name keeps its quotes; an unquoted one may contain only letters, digits, blanks and "-.!%*_+`'~".
     Always written in brackets.      "Bob <sip:h>" -> the same; "sip:h" -> "<sip:h>"
+
+    In the RFC grammar, a display name is a quoted string, with escapes and any UTF-8, or tokens with blanks or tabs
+    between them. A URI may have no blanks around or inside it, and one without brackets, in a header, has no "?" and ends
+    at ",", ";" and white space. Other text is refused. [RFC 3261 20.10]
+    "Bob<sip:h>" -> "Bob <sip:h>"; "Bell, Alexander <sip:h>" -> refused
+
     The parameters after it belong to the header that contains it. Used by one thread at a time. */
 class KX_SIP_API KxSipNameAddress final : public KxObject {
 public:
     /** Without display name, and with a URI without scheme. */
     KxSipNameAddress();
-    /** Holds a copy of the URI; nil stays nil. */
+    /** Holds a copy of the URI; nil stays nil. In the RFC grammar, a display name that is neither a quoted string nor
+        tokens is quoted: {Bell, Alexander} is {"Bell, Alexander"}. Throws KxSipParseError if it has CR, LF or NUL. */
     KxSipNameAddress(const KxString& displayName, const KxHandle<KxURI>& uri);
     KxSipNameAddress(KxSipStdText displayName, const KxHandle<KxURI>& uri)
         : KxSipNameAddress(displayName.line(), uri) {}
@@ -34,6 +41,7 @@ public:
         return a fault are parts of larger operations, and use the log levels of the operation that they are part of. */
     static KxSipFault sConstructFrom(KxSipLine& line, KxHandle<KxSipNameAddress>& address);
 
+    /** As it is written: with its quotes and escapes, if it has any. */
     const KxString& getDisplayName() const { return m_displayName; }
     /** The URI itself, shared. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
@@ -45,7 +53,7 @@ public:
     void setBrackets(bool brackets) { m_brackets = brackets; }
 
     /** Reads display name and URI, and stops after the URI; the class of the URI decides whether a ">" and a ";" after
-        it are consumed. Throws KxSipParseError "Invalid SIP Name Address" for a display name of 1024 or more
+        it are consumed; in the RFC grammar, only the ">" is, and a refused text changes nothing. Throws KxSipParseError "Invalid SIP Name Address" for a display name of 1024 or more
         characters, "URL not specified", "Invalid quote in KxSipNameAddress", "Invalid Character (c) in name-addr" with
         the character in place of c, and the errors of the URI's class. */
     void parse(KxInputStream& in);
@@ -65,6 +73,7 @@ private:
     explicit KxSipNameAddress(Unset) {}
 
     static bool isLegalDisplayNameChar(char c);
+    KxSipFault parseStrictly(KxSipLine& line);
     KxSipFault parseDisplayName(const char* begin, const char* end, const char*& uri);
     void setDisplayName(const char* begin, const char* end);
 

@@ -13,8 +13,8 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
-constexpr KxCharSet kClassicSpecials(" \r\n\"%;=>");  // in "?name=value;name=value"
-constexpr KxCharSet kStrictSpecials(" \r\n\"&,;=>@"); // in "?name=value&name=value"
+constexpr KxCharSet kClassicSpecials(" \r\n\"%;=>");    // in "?name=value;name=value"
+constexpr KxCharSet kStrictSpecials(" \t\r\n\"&,;=>@"); // in "?name=value&name=value"
 
 } // namespace
 
@@ -65,7 +65,7 @@ KxSipFault KxSipURLHeadersParser<kStrict>::parse() {
         } else if (kStrict && m_isBare && (c == ',' || c == ';')) {
             m_at -= c == ',' ? 1 : 0; // the next value of the header begins there
             break;
-        } else if (kStrict && (c == '"' || c == '@')) {
+        } else if (kStrict && (c == '"' || c == '@' || c == ' ' || c == '\t')) {
             return KxSipFault("Sip URL wrong format");
         } else if (c != '\r' && (c != ' ' || quoted)) {
             quoted ^= c == '"';

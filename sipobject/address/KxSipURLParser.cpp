@@ -16,6 +16,7 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kDelimiters(" \r\":@;,<&\n>?");
+constexpr KxCharSet kStrictDelimiters = kDelimiters | KxCharSet("\t");
 constexpr KxCharSet kBareUserEnd("@,;?\"<> \t\r\n");
 constexpr char kEndOfInput = '\x04'; // like NUL, has no meaning as a delimiter before a token
 constexpr char kInPassword = '\x05'; // a colon came after the user
@@ -31,7 +32,7 @@ void debug(const char* what, const KxSharedParameters& list) {
 
 template <bool kStrict>
 inline const char* KxSipURLParser<kStrict>::findDelimiter(const char* from) const {
-    return kDelimiters.find(from, m_end, m_line.readableEnd());
+    return (kStrict ? kStrictDelimiters : kDelimiters).find(from, m_end, m_line.readableEnd());
 }
 
 template <bool kStrict>
@@ -158,20 +159,25 @@ template <bool kStrict>
     m_url.m_parameters.write().parse(KxSipLineText::sWithoutReturns(parameters).view());
 }
 
+/** If kStrict, returns false for quotes, blanks and tabs. */
 template <bool kStrict>
 [[gnu::noinline]] bool KxSipURLParser<kStrict>::parameters() {
-    const char* stop = KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_line.readableEnd());
+    const char* stop = kStrict
+                           ? KxBytes::findAny<'\n', '>', '?', '\r', '"', ' ', '\t'>(m_at, m_end, m_line.readableEnd())
+                           : KxBytes::findAny<'\n', '>', '?', '\r'>(m_at, m_end, m_line.readableEnd());
     if (stop != m_end && *stop == '\r') [[unlikely]] {
         stop = KxBytes::findAny<'\n', '>', '?'>(stop, m_end);
+        if (kStrict && textTo(stop).find_first_of("\" \t") != std::string_view::npos) {
+            return false;
+        }
         parseWithoutReturns(textTo(stop));
     } else if (stop != m_at) {
         m_url.m_parameters.write().parse(textTo(stop), m_line.readableEnd());
     }
-    const bool isQuoted = kStrict && KxBytes::findAny<'"'>(m_at, stop, m_line.readableEnd()) != stop;
     debug("Parsed SipURL parameters (1): ", m_url.m_parameters);
     m_at = stop;
     m_previous = stop == m_end ? kEndOfInput : *stop;
-    return !isQuoted;
+    return !kStrict || (m_previous != '"' && m_previous != ' ' && m_previous != '\t');
 }
 
 template <bool kStrict>
@@ -265,9 +271,15 @@ template <bool kStrict>
             return refuse(kWrongFormat);
         }
         m_fault = parseHeaders();
-        return m_fault ? Next::Refused : doneWithHost();
+        if (m_fault) {
+            return Next::Refused;
+        }
+        return kStrict && m_bracket && m_at[-1] != '>' ? refuse(kWrongFormat) : doneWithHost();
     }
-    if (c == '>') {
+    if (kStrict && m_bracket && c != '>') {
+        return refuse(kWrongFormat);
+    }
+    if (!kStrict && c == '>') {
         m_at = std::find_if_not(m_at, m_end, [](char b) { return b == ' ' || b == '\t' || b == '\r' || b == '\n'; });
         m_at += m_at != m_end && *m_at == ';' ? 1 : 0;
     }
@@ -302,6 +314,8 @@ template <bool kStrict>
     const int c = stop == m_end ? -1 : static_cast<unsigned char>(*m_at++);
     switch (c) {
     case ' ':
+    case '\t':
+        return kStrict && m_bracket ? refuse(kWrongFormat) : Next::More;
     case '\r':
         return Next::More;
     case '"':

@@ -6,8 +6,8 @@
 /** Accept: a media range that the sender accepts. One object per range; a comma-separated line becomes a chain.
     Accept = "Accept" HCOLON [ accept-range *(COMMA accept-range) ]           [RFC 3261 20.1]
     accept-range = media-range *(SEMI accept-param)
-    A range without type or subtype, or with a comma in quotes, is kept as text up to the next comma outside quotes;
-    its type and subtype are then empty. The q value is one of the parameters.
+    A range without type or subtype, or in the classic grammar with a comma in quotes, is kept as text up to the next
+    comma outside quotes; its type and subtype are then empty. The q value is one of the parameters.
     "Accept: application/sdp;level=1, text / *;q=0.5" -> two values, written as two lines */
 class KX_SIP_API KxSipAcceptHeader final
     : public KxSipMediaTypeHeader<KxSipAcceptHeader,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/address/KxSipNameAddress.h"
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
@@ -41,7 +42,8 @@ private:
 };
 
 /** The address headers with header parameters after the name-address: name-addr *(SEMI parameter). A class H with
-    further requirements on a value provides checkValidity(), which is called after the value is read. */
+    further requirements on a value provides checkValidity(), which is called after the value is read in the classic
+    grammar. In the RFC grammar, text after a value that is no parameter is refused. */
 template <class H>
 class KxSipParameterAddressHeader : public KxSipParameterHeader<H, KxSipAddressHeader<H>> {
 protected:
@@ -58,7 +60,10 @@ protected:
     }
     KxSipParameterAddressHeader(const KxSipParameterAddressHeader&) = default;
 
-    KxSipFault parseValue(KxSipLine& line) {
+    [[gnu::always_inline]] KxSipFault parseValue(KxSipLine& line) {
+        if (KxSipGrammar::sReadsParametersStrictly()) [[unlikely]] {
+            return parseStrictly(line);
+        }
         if (const KxSipFault fault = KxSipNameAddress::sConstructFrom(line, this->m_nameAddress)) {
             return fault;
         }
@@ -76,6 +81,18 @@ protected:
         } else {
             return {};
         }
+    }
+    /** In the RFC grammar. A refused value changes nothing. */
+    [[gnu::noinline]] KxSipFault parseStrictly(KxSipLine& line) {
+        KxHandle<KxSipNameAddress> address;
+        KxSipFault fault = KxSipNameAddress::sConstructFrom(line, address);
+        if (!fault) {
+            fault = KxSipParameterText::sRead(line, this->m_parameters);
+        }
+        if (!fault) {
+            this->m_nameAddress = std::move(address);
+        }
+        return fault;
     }
     void serializeValue(KxOutputStream& out) const {
         out << this->m_nameAddress;

@@ -26,7 +26,7 @@ KxSipFault KxSipContactHeader::parseValue(KxSipLine& line) {
     if (m_wildCard) {
         line.read();
         m_nameAddress = KxMake<KxSipNameAddress>();
-        return {};
+        return KxSipGrammar::sReadsParametersStrictly() ? KxSipParameterText::sRead(line, m_parameters) : KxSipFault();
     }
     return Base::parseValue(line);
 }

@@ -4,7 +4,7 @@
 
 /** From: the sender of the request, with the tag that is the caller's part of the dialog identifier.
     From = ( "From" / "f" ) HCOLON ( name-addr / addr-spec ) *(SEMI from-param)   [RFC 3261 20.20]
-    From a URL with parameters, transport, maddr, ttl and the headers are removed.
+    In the classic grammar, transport, maddr, ttl and the headers are removed from a URL with parameters.
     "From: Bob <sip:h>;tag=1" -> the same */
 class KX_SIP_API KxSipFromHeader final : public KxSipDialogPartyHeader<KxSipFromHeader> {
 public:

@@ -101,7 +101,7 @@ protected:
     }
 
     /** The default for the part after the value: nothing. KxSipParameterHeader replaces both functions. */
-    void parseParameters(KxSipLine&) {}
+    KxSipFault parseParameters(KxSipLine&) { return {}; }
     void serializeParameters(KxOutputStream&) const {}
 
     static const Oskan::AceCleanupLogger& sLogger() { return KxClassLogger<H>; }

@@ -3,8 +3,9 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "util/KxOutputStream.h"
 
-/** The headers whose value is a media type: type "/" subtype *(";" parameter). A comma ends the parameters even inside
-    quotes. If the class is built on KxSipTextKeepingHeader, a value with a comma inside quotes is kept as text. */
+/** The headers whose value is a media type: type "/" subtype *(";" parameter). In the classic grammar, a comma ends the
+    parameters even inside quotes; if the class is built on KxSipTextKeepingHeader, a value with a comma inside quotes is
+    kept as text. */
 template <class H, class Base = KxSipParameterHeader<H>>
 class KxSipMediaTypeHeader : public Base {
 public:
@@ -39,9 +40,12 @@ private:
     friend class KxSipHeaderOf<H>;
 
     static constexpr KxCharSet kSlash{"/"};
+    static constexpr const char* kInvalid = "Invalid Accept header";
 
     KxSipFault parseValue(KxSipLine& line) {
-        constexpr const char* kInvalid = "Invalid Accept header";
+        if (KxSipGrammar::sReadsParametersStrictly()) [[unlikely]] {
+            return parseStrictly(line);
+        }
         const std::string_view whole = line.window();
         m_type = KxString(KxAscii::trim(line.token(kSlash)));
         line.read();
@@ -63,6 +67,21 @@ private:
             }
         }
         return {};
+    }
+    [[gnu::noinline]] KxSipFault parseStrictly(KxSipLine& line) {
+        const std::string_view type = line.token(KxSipHeader::sDelimeters);
+        const bool hasSlash = KxStreamTokenizer::sDiscardWhite(line) == '/';
+        line.consume(hasSlash ? 1 : 0);
+        const std::string_view subType = line.token(KxSipHeader::sDelimeters);
+        if (!hasSlash || type.empty() || subType.empty()) {
+            return KxSipFault(kInvalid);
+        }
+        const KxSipFault fault = KxSipParameterText::sRead(line, this->m_parameters);
+        if (!fault) {
+            m_type = KxString(type);
+            m_subType = KxString(subType);
+        }
+        return fault;
     }
     void serializeValue(KxOutputStream& out) const {
         out.write(m_type.view());

@@ -54,12 +54,11 @@ private:
         }
     }
 
-    KxSipFault parseValue(KxSipLine& line) {
-        const KxSipFault fault = parseNumber(line);
-        if (!fault) {
-            this->parseParameters(line);
+    [[gnu::always_inline]] KxSipFault parseValue(KxSipLine& line) {
+        if (const KxSipFault fault = parseNumber(line)) {
+            return fault;
         }
-        return fault;
+        return this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out << m_number;

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
+#include "sipobject/headers/KxSipParameterText.h"
 #include "util/KxSharedParameters.h"
 #include "util/KxStreamTokenizer.h"
 
 /** Adds a list of parameters after the value of a header or of a group of headers (Base): *( SEMI generic-param ), kept
-    in order. A comma outside quotes ends the list. [RFC 3261 25.1] */
+    in order. A comma outside quotes ends the list. In the RFC grammar, they are what KxSipParameterText reads, and other
+    text after the value is refused. [RFC 3261 25.1] */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipParameterHeader : public Base {
 public:
@@ -26,11 +29,15 @@ protected:
     KxSipParameterHeader(const KxSipParameterHeader&) = default;
 
     /** Reads the list if a ";" follows. */
-    void parseParameters(KxSipLine& line) {
+    [[gnu::always_inline]] KxSipFault parseParameters(KxSipLine& line) {
+        if (KxSipGrammar::sReadsParametersStrictly()) [[unlikely]] {
+            return KxSipParameterText::sRead(line, m_parameters);
+        }
         if (KxStreamTokenizer::sDiscardWhite(line) == ';') {
             line.read();
             m_parameters.write().parse(line);
         }
+        return {};
     }
     void serializeParameters(KxOutputStream& out) const { m_parameters.serializeWithSemicolon(out); }
 

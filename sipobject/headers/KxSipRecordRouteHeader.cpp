@@ -5,12 +5,13 @@ constinit const KxConstString KxSipRecordRouteHeader::sToken{"Record-Route"};
 static const KxSipRecordRouteHeader::Registration s_registration;
 
 KxSipRecordRouteHeader::KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>& address)
-    : KxSipAddressHeader(address) {
+    : KxSipParameterAddressHeader(address, {}) {
     const Oskan::EntryTraceScope trace(sLogger(), "KxSipRecordRouteHeader ctor");
 }
 
 KxSipFault KxSipRecordRouteHeader::parseValue(KxSipLine& line) {
-    if (const KxSipFault fault = parseNameAddress(line)) {
+    const KxSipFault fault = KxSipGrammar::sKeepsWholeAddresses() ? Base::parseStrictly(line) : parseNameAddress(line);
+    if (fault) {
         return fault.in(KxSipFault::Place::RecordRoute);
     }
     if (getSipURL().isNil()) {

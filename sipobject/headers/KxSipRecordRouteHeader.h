@@ -5,10 +5,10 @@
 /** Record-Route: a proxy that stays in the path of the dialog. One object per proxy.
     Record-Route = "Record-Route" HCOLON name-addr *(SEMI rr-param) *(COMMA ...)   [RFC 3261 20.30]
     Any URI but a SIP URL throws "Invalid SIP URL in Name-Address for Record-Route". A value that can't be read throws
-    "Exception when parsing Name-Address in KxSipRecordRouteHeader: " and the cause. Header parameters after the ">" are
-    dropped.
+    "Exception when parsing Name-Address in KxSipRecordRouteHeader: " and the cause. In the classic grammar, header
+    parameters after the ">" are not read.
     "Record-Route: <sip:p;lr>" -> the same */
-class KX_SIP_API KxSipRecordRouteHeader final : public KxSipAddressHeader<KxSipRecordRouteHeader> {
+class KX_SIP_API KxSipRecordRouteHeader final : public KxSipParameterAddressHeader<KxSipRecordRouteHeader> {
 public:
     /** Holds a copy; nil gives an empty name-address. */
     explicit KxSipRecordRouteHeader(const KxHandle<KxSipNameAddress>& address);
@@ -25,6 +25,7 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipRecordRouteHeader>;
+    using Base = KxSipParameterAddressHeader<KxSipRecordRouteHeader>;
 
     KxSipRecordRouteHeader() = default;
     KxSipFault parseValue(KxSipLine& line);

@@ -1,5 +1,7 @@
 #include "sipobject/headers/KxSipReplacesHeader.h"
 
+#include "sipobject/KxSipGrammar.h"
+#include "sipobject/headers/KxSipParameterText.h"
 #include "util/KxOutputStream.h"
 
 constinit const KxConstString KxSipReplacesHeader::sToken{"Replaces"};
@@ -17,8 +19,12 @@ KxSipFault KxSipReplacesHeader::parseValue(KxSipLine& line) {
     if (m_callId.empty()) {
         return KxSipFault("SIP Replaces header must contain a callid");
     }
-    line.read();
-    m_parameters.write().parse(KxAscii::trim(line.until<'\r', '\n'>()));
+    if (!KxSipGrammar::sReadsParametersStrictly()) {
+        line.read();
+        m_parameters.write().parse(KxAscii::trim(line.until<'\r', '\n'>()));
+    } else if (const KxSipFault fault = KxSipParameterText::sRead(line, m_parameters)) {
+        return fault;
+    }
     if (getToTag().empty()) {
         return KxSipFault("SIP Replaces header must contain a to-tag");
     }

@@ -40,8 +40,7 @@ KxSipFault KxSipRetryAfterHeader::parseValue(KxSipLine& line) {
             return KxSipFault(kNoDigitError);
         }
     }
-    parseParameters(line);
-    return {};
+    return parseParameters(line);
 }
 
 /** Returns false for a comment that is not closed. */

@@ -4,10 +4,10 @@
 
 /** Route: a hop that the request must visit. One object per hop.
     Route = "Route" HCOLON name-addr *(SEMI rr-param) *(COMMA ...)            [RFC 3261 20.34]
-    Header parameters after the ">" are dropped. A value that can't be read throws
+    In the classic grammar, header parameters after the ">" are not read. A value that can't be read throws
     "Invalid Name-Address in KxSipRouteHeader".
-    "Route: <sip:p;lr>, <sip:q;lr>;x" -> "Route: <sip:p;lr>", "Route: <sip:q;lr>" */
-class KX_SIP_API KxSipRouteHeader final : public KxSipAddressHeader<KxSipRouteHeader> {
+    "Route: <sip:p;lr>, <sip:q;lr>;x" -> "Route: <sip:p;lr>", "Route: <sip:q;lr>" (RFC grammar: "<sip:q;lr>;x") */
+class KX_SIP_API KxSipRouteHeader final : public KxSipParameterAddressHeader<KxSipRouteHeader> {
 public:
     /** Holds a copy; nil gives an empty name-address. */
     explicit KxSipRouteHeader(const KxHandle<KxSipNameAddress>& address);
@@ -24,6 +24,7 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipRouteHeader>;
+    using Base = KxSipParameterAddressHeader<KxSipRouteHeader>;
 
     KxSipRouteHeader() = default;
     KxSipFault parseValue(KxSipLine& line);

@@ -4,7 +4,7 @@
 
 /** To: the recipient of the request, with the tag that is the callee's part of the dialog identifier.
     To = ( "To" / "t" ) HCOLON ( name-addr / addr-spec ) *(SEMI to-param)     [RFC 3261 20.39]
-    From a URL with parameters, transport, maddr, ttl and the headers are removed.
+    In the classic grammar, transport, maddr, ttl and the headers are removed from a URL with parameters.
     "To: Bob <sip:h>;tag=1" -> the same */
 class KX_SIP_API KxSipToHeader final : public KxSipDialogPartyHeader<KxSipToHeader> {
 public:

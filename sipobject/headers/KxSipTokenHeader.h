@@ -42,8 +42,7 @@ private:
             }
         }
         m_value = KxString(token);
-        this->parseParameters(line);
-        return {};
+        return this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out.write(m_value.view());

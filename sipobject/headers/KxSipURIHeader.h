@@ -49,19 +49,22 @@ private:
     KxSipFault parseValue(KxSipLine& line) {
         KxStreamTokenizer::sDiscardWhite(line);
         const bool isOpened = line.read() == '<';
-        line.skipSpace();
+        const bool isStrict = KxSipGrammar::sReadsNameAddressesStrictly();
+        if (!isStrict) {
+            line.skipSpace();
+        }
         // trailing white space is part of the URI: a host may end in a tab, and trimming would drop that tab when
         // the written header is read again
         const std::string_view text = isOpened ? line.until<'>'>() : std::string_view();
         if (text.empty() || line.read() != '>') {
             return KxSipFault(H::kInvalid);
         }
+        if (isStrict && text.find_first_of(" \t\"<") != std::string_view::npos) {
+            return KxSipFault(H::kInvalid);
+        }
         KxSipLine uri(text);
         const KxSipFault fault = KxURI::sConstructFrom(uri, true, m_URI);
-        if (!fault) {
-            this->parseParameters(line);
-        }
-        return fault;
+        return fault ? fault : this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out.write('<');

@@ -67,7 +67,7 @@ TEST(URLTest, ReadsStandalone) {
         // parameters and headers
         {"sip:h;a=[/:&+$];B?c=d&e=&%46=%3d", "||h||a=[/:&+$];B|c=d;e;%46=%3d  sip:h;a=[/:&+$];B?c=d&e=&%46=%3d"},
         {"<sip:h?to=a%40b;c,d>x", "||h|||to=a%40b;c,d  sip:h?to=a%40b%3Bc%2Cd", "x"},
-        {"sip:h;a=\"b;c\"", kWrong},
+        {"sip:h;a=\"b;c\"", kWrong, "\"b;c\""},
         {"sip:h?a=\"b", kWrong, "b"},
         {"sip:h?a=1&b=2&A=&a=%33", "||h|||a=1%2C%2C%33;b=2  sip:h?a=1%2C%2C%33&b=2"},
         {"sip:h?", "KxSipParseError: SIP URL Header doesn't have Key/Value pair (1)\n"},
@@ -82,7 +82,7 @@ TEST(URLTest, EndsInAHeaderWithoutBrackets) {
         {"sip:h?a=1;tag=2", "||h|||a=1  sip:h?a=1", "tag=2"},
         {"sip:h?a=1,sip:b", "||h|||a=1  sip:h?a=1", ",sip:b"},
         {"SIPS:a&b@[::1]:5 ;tag=2", "a&b||::1|5||  sips:a&b@[::1]:5", "tag=2"},
-        {" < SIP:a;b@h;c>;tag=2", "a;b||h||c|  sip:a;b@h;c", "tag=2"},
+        {" <SIP:a;b@h;c>;tag=2", "a;b||h||c|  sip:a;b@h;c", ";tag=2"},
         {"<sip:h,x>", kWrong, "x>"},
     });
     EXPECT_EQ(linesOf(*readHeader("Contact: sip:a, sips:b@[::1];expires=5,<sip:c;lr?x=y&z=>;q=1")),
