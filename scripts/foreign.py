@@ -14,7 +14,7 @@ from functools import partial
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "examples"))
 import gateway_test  # pylint: disable=wrong-import-position
-from hosts import Host, Sipp, family, free_port  # pylint: disable=wrong-import-position
+from hosts import Host, Sipp, family, free_port, loopback6  # pylint: disable=wrong-import-position
 
 SECONDS = 20  # for each case
 ALL_SECONDS = 270
@@ -342,7 +342,7 @@ def main():
     signal.signal(signal.SIGALRM, interrupt)
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     table = {}
-    columns = [("classic", "127.0.0.1"), ("rfc", "127.0.0.1"), ("rfc", "::1")]
+    columns = list(dict.fromkeys([("classic", "127.0.0.1"), ("rfc", "127.0.0.1"), ("rfc", loopback6())]))
     for column in columns:
         def report(name, outcome, column=column):
             print(f"{', '.join(column)}: {name}: {outcome}", flush=True)

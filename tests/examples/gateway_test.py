@@ -13,7 +13,7 @@ import sys
 import tempfile
 import time
 
-from hosts import PATIENCE, Host, Sipp, family
+from hosts import PATIENCE, Host, Sipp, family, loopback6
 
 SDP = "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\nm=audio 9 RTP/AVP 0\r\n"
 TIMER = ("Supported: timer", "Session-Expires: 1800")
@@ -65,8 +65,8 @@ RELIABLE = [("INVITE", 1, "Require: 100rel", *TIMER), 100, 180, ("PRACK", 2, "RA
 SCENARIOS = {
     "call, UDP": (CALL, []),
     "call, TCP, one connection": (CALL, ["-t", "t1"]),
-    "call, UDP, IPv6": (CALL, []),
-    "call, TCP, IPv6": (CALL, ["-t", "t1"]),
+    "call, UDP, RFC grammar": (CALL, []),
+    "call, TCP, RFC grammar": (CALL, ["-t", "t1"]),
     "call, TCP, one each": (CALL, ["-t", "tn", "-max_socket", "400"]),
     "reliable, re-INVITE with session timer": (RELIABLE, []),
     "reliable, re-INVITE, TCP": (RELIABLE, ["-t", "t1"]),
@@ -385,9 +385,9 @@ def main():
                      if not how and name != "CANCEL"}
     with tempfile.TemporaryDirectory() as folder, Host(options.gateway, folder) as gateway, \
             Host(options.gateway, folder, "--ring", "60000") as ringing, \
-            Host(options.gateway, folder, address="::1") as sixth:
+            Host(options.gateway, folder, address=loopback6(), is_rfc=True) as sixth:
         patient = ["-default_behaviors", "all,-abortunexp"]  # retransmissions may arrive in between
-        hosts = {"CANCEL": ringing, "call, UDP, IPv6": sixth, "call, TCP, IPv6": sixth}
+        hosts = {"CANCEL": ringing, "call, UDP, RFC grammar": sixth, "call, TCP, RFC grammar": sixth}
         runs = {name: Sipp(hosts.get(name, gateway), folder, name, scenario(steps), options.calls, options.rate, *how,
                            *patient)
                 for name, (steps, how) in scenarios.items()}

@@ -66,6 +66,17 @@ def family(address):
     return socket.AF_INET6 if ":" in address else socket.AF_INET
 
 
+def loopback6():
+    """The IPv6 loopback address; the IPv4 one where there is no IPv6."""
+    try:
+        with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as probe:
+            probe.bind(("::1", 0))
+            return "::1"
+    except OSError:
+        print("there is no IPv6: over IPv4 instead")
+        return "127.0.0.1"
+
+
 ports = itertools.count(10000 + os.getpid() % 20000)  # below the ports that the kernel assigns
 
 

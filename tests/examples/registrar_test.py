@@ -11,7 +11,7 @@ import socket
 import sys
 import tempfile
 
-from hosts import PATIENCE, Host, Sipp, family
+from hosts import PATIENCE, Host, Sipp, family, loopback6
 
 REALM = "kx.example"
 PASSWORD = "correct horse"
@@ -163,10 +163,10 @@ def check_bindings(client):
     assert ",stale=TRUE," in then(0xA2), "a flood of requests pushes out the oldest nonces"
 
 
-def check(folder, address, *options):
-    with Host(sys.argv[1], folder, *options, address=address) as registrar:
+def check(folder, address, is_rfc, *options):
+    with Host(sys.argv[1], folder, *options, address=address, is_rfc=is_rfc) as registrar:
         client = Client(registrar)
-        with Host(sys.argv[1], folder, *options, address=address) as other:
+        with Host(sys.argv[1], folder, *options, address=address, is_rfc=is_rfc) as other:
             tags = [re.search(r"\r\nTo: .*;tag=([^-\r]+)", one.ask(one.message()))[1]  # the random half
                     for one in (client, Client(other))]
         assert tags[0] != tags[1], f"the first tag is the same in each run: {tags}"
@@ -190,8 +190,8 @@ def main():
         users = os.path.join(folder, "users")
         with open(users, "w", encoding="ascii") as out:
             out.write(f"# a comment\nalice:{PASSWORD}\n\nbob:{PASSWORD}\r\n{WEAK}:{PASSWORD}\n")
-        for address in ("127.0.0.1", "::1"):
-            check(folder, address, "--realm", REALM, "--users", users)
+        for address, is_rfc in (("127.0.0.1", False), (loopback6(), True)):
+            check(folder, address, is_rfc, "--realm", REALM, "--users", users)
     return 0
 
 
