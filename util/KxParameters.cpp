@@ -59,10 +59,11 @@ bool isPlain(std::string_view text) {
     if (name.empty() || !isPlain(name)) {
         return false;
     }
-    const char* const last = value.data() + value.size() - 1;
-    return !value.empty() && value.front() == '"'
-               ? last != value.data() && findQuoteEnd<true>(value.data() + 1, last) == last
-               : isPlain(value);
+    if (value.empty() || value.front() != '"') {
+        return isPlain(value);
+    }
+    const char* const last = &value.back(); // every quoted text is known to be closed
+    return last != value.data() && findQuoteEnd<true>(value.data() + 1, last) == last;
 }
 
 } // namespace

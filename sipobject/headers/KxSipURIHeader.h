@@ -7,7 +7,7 @@
 
 /** The headers whose value is a URI in angle brackets, without a display name, and parameters:
     LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). The URI is the whole text between the brackets, including commas
-    and its own parameters. A class H defines the error text for missing, unclosed or empty brackets:
+    and its own parameters; in the RFC grammar, it has no blanks. A class H defines the error text for missing, unclosed or empty brackets:
 
         static constexpr const char* kInvalid = "...";
 
@@ -63,8 +63,10 @@ private:
             return KxSipFault(H::kInvalid);
         }
         KxSipLine uri(text);
-        const KxSipFault fault = KxURI::sConstructFrom(uri, true, m_URI);
-        return fault ? fault : this->parseParameters(line);
+        if (const KxSipFault fault = KxURI::sConstructFrom(uri, true, m_URI)) {
+            return fault;
+        }
+        return isStrict && uri.fill() ? KxSipFault(H::kInvalid) : this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
         out.write('<');

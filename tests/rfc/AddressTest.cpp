@@ -189,6 +189,7 @@ TEST(RFCAddressTest, CommasInQuotesSeparateNoValues) {
         {"Min-SE: 90 x", kAfter},
         {"Retry-After: 5 (a, b) ;x=\",\"", "Retry-After: 5 (a, b);x=\",\""},
         {"Retry-After: 5 (a) b, c", "Retry-After: 5 (a) b, c"},
+        {"Error-Info: <sip:a,b>, <sip:c>", "Error-Info: <sip:a,b> & Error-Info: <sip:c>"},
         {"Alert-Info: <sip:a,b@h>;x=\"<,\", < sip:a>;y, <sip:b>",
          "Alert-Info: <sip:a,b@h>;x=\"<,\" & Alert-Info: < sip:a>;y & Alert-Info: <sip:b>"},
         {"Warning: 301 h \"a, \\\"b\\\"\", 302 h \"c\"", "Warning: 301 h \"a, \\\"b\\\"\" & Warning: 302 h \"c\""},
