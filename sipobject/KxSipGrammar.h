@@ -39,8 +39,7 @@ public:
 
     /** Whether a message that does not accept the type of its own body is unusable. */
     [[nodiscard]] static bool sAppliesAcceptToOwnBody() { return !sIsRFC(); }
-    /** Whether required headers are checked even if a line was dropped, and a line of a header with which proxies work
-        can't be dropped. [RFC 3261 16.3] */
+    /** Whether required headers are checked even if something in a line can't be read. [RFC 3261 16.3] */
     [[nodiscard]] static bool sRefusesWithoutRequired() { return sIsRFC(); }
     /** Whether equal Content-Lengths are one. */
     [[nodiscard]] static bool sMergesEqualLengths() { return sIsRFC(); }

@@ -85,11 +85,12 @@ public:
         return dynamic_cast<const M*>(this);
     }
 
-    /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1. (In the RFC
-        grammar each value that can't be read is kept as text, see KxSipUnreadHeader, except of headers with which
-        proxies work: then the error is thrown. [RFC 3261 16.3]) A body
+    /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
         type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
         a Content-Length the rest of the stream is the body.
+        In the RFC grammar each value that can't be read is kept as text, see KxSipUnreadHeader. But if proxies work with
+        the header, its error is thrown [RFC 3261 16.3]; and for more than 1000 lines with such values, KxSipParseError
+        "Too many header lines can't be read".
         Throws the errors of checkValidity, if the status is still 0 after reading; KxSipParseKeepAliveException if the
         stream starts with white space or "/"; KxSipParseError "SIP Method Token Expected" for an empty stream,
         "message body is shorter than Content-Length", and the errors of parseStartLine. [RFC 3261 7, 18.3] */

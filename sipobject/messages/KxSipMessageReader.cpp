@@ -42,6 +42,9 @@ const StartToken* findStartToken(std::string_view text) {
     return token;
 }
 
+/** Typed access walks over values that are kept as text, so that a loop of edits would take too long for more lines. */
+constexpr std::size_t kMostKept = 1000;
+
 constexpr KxSipFault kRepeated{"SIP Header parse error : header repeated"};
 
 /** Whether a kind of which there are two may have only one. */
@@ -228,8 +231,12 @@ template <class Why>
                      std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(textOf(why)));
     }
     setStatusIfValid(KX_STATUS_INCOMPLETE);
-    if (line.isReadTwice() && !isKept && m_refusal.isNil() && !line.key().empty()) {
-        m_refusal = KxMake<KxSipParseError>(textOf(why));
+    if (line.isReadTwice() && m_refusal.isNil() && !line.key().empty()) {
+        if (!isKept) {
+            m_refusal = KxMake<KxSipParseError>(textOf(why));
+        } else if (++m_keptLines > kMostKept) {
+            m_refusal = KxMake<KxSipParseError>("Too many header lines can't be read");
+        }
     }
     if (KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in)) {
         report->noteDropped(start, why);

@@ -4,6 +4,7 @@
 #include "util/KxHandle.h"
 #include "util/KxString.h"
 
+#include <cstddef>
 #include <string_view>
 
 class KxException;
@@ -48,6 +49,7 @@ private:
     void mergeEqualLengths();
 
     KxSipMessage& m_message;
+    std::size_t m_keptLines = 0; ///< The number of lines of which something is kept as text.
     KxHandle<KxException>
         m_refusal; ///< The error of a line without which the message is refused; nil if there is none.
 };
