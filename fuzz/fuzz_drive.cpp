@@ -410,9 +410,9 @@ private:
         same("a message of whose parts another is built stays as it is", m_text, written(*m_message));
     }
 
-    /** Checks that an edited message is read again, unless mandatory headers are missing now. Three kinds of messages are
-        not checked: one without a Content-Length gets a new one, one whose Content-Length exceeds the body is invalid,
-        and the RFC grammar reads several Content-Lengths as one, or not at all. */
+    /** Checks that an edited message is read again, unless mandatory headers are missing now. Three kinds of messages
+        are not checked: one without a Content-Length gets a new one, one whose Content-Length exceeds the body is
+        invalid, and the RFC grammar reads several Content-Lengths as one, or not at all. */
     static void checkEdited(const KxSipMessage& message, std::string_view text) {
         checkWriting(message, text, 1);
         const KxHandle<KxSipHeader> length = message.getHeaderByID(KxHeaderIDs::kContentLength);

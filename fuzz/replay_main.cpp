@@ -1,5 +1,5 @@
-// Runs a fuzz target over stored inputs: every file of the folders (or every file) given as arguments; in the RFC grammar
-// if --grammar=rfc comes before them.
+// Runs a fuzz target over stored inputs: every file of the folders (or every file) given as arguments; in the RFC
+// grammar if --grammar=rfc comes before them.
 
 #include "tests/sipobject/support/Grammar.h"
 

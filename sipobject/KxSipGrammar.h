@@ -6,8 +6,8 @@
 #include <cstdint>
 
 /** The grammar by which the process reads and writes messages. The classic one is the default, and is what
-    docs/behaviour.md lists first. The RFC grammar follows RFC 3261 and its updates. The grammar is chosen once, before the
-    first message is read: by the configuration parameter "tandril.sip.rfcGrammar", or by sChoose, which wins.
+    docs/behaviour.md lists first. The RFC grammar follows RFC 3261 and its updates. The grammar is chosen once, before
+    the first message is read: by the configuration parameter "tandril.sip.rfcGrammar", or by sChoose, which wins.
 
     Each function below is one rule in which the two differ; the code asks for the rule where it applies. They may be
     called on any thread. */
@@ -56,8 +56,8 @@ public:
     /** Whether the compact names that RFC 3261 does not list, and Call-Info, are known.
         [RFC 3261 20.9, RFC 3515, 3841, 3892, 4474, 6665, 8224] */
     [[nodiscard]] static bool sKnowsAllCompactNames() { return sIsRFC(); }
-    /** Whether headers are looked up by their kind: their names in any letter case, full and compact; and option tags in
-        any letter case. [RFC 3261 7.3.1, 7.3.3] */
+    /** Whether headers are looked up by their kind: their names in any letter case, full and compact; and option tags
+        in any letter case. [RFC 3261 7.3.1, 7.3.3] */
     [[nodiscard]] static bool sFindsHeadersByKind() { return sIsRFC(); }
     /** Whether a header of which there may be one must not be repeated. [RFC 3261 7.3.1] */
     [[nodiscard]] static bool sChecksRepetition() { return sIsRFC(); }
@@ -66,14 +66,14 @@ public:
 
     // ---- name-addresses, header parameters ----
 
-    /** Display names are tokens or quoted strings of any length, and what else is not a name-address is refused; one that
-        an application gives is quoted if it has to be. [RFC 3261 20.10, 25.1] */
+    /** Display names are tokens or quoted strings of any length, and what else is not a name-address is refused; one
+        that an application gives is quoted if it has to be. [RFC 3261 20.10, 25.1] */
     [[nodiscard]] static bool sReadsNameAddressesStrictly() { return sIsRFC(); }
     /** From and To keep all of their URL, Route and Record-Route their parameters, and Refer-To its display name,
         brackets and parameters. [RFC 3261 20.30, 20.34, RFC 3515 2.1] */
     [[nodiscard]] static bool sKeepsWholeAddresses() { return sIsRFC(); }
-    /** Header parameters are what KxSipParameterText reads; a comma within quotes
-        never separates values. [RFC 3261 7.3.1, 25.1] */
+    /** Header parameters are what KxSipParameterText reads; a comma within quotes never separates values.
+        [RFC 3261 7.3.1, 25.1] */
     [[nodiscard]] static bool sReadsParametersStrictly() { return sIsRFC(); }
 
     // ---- authentication, numbers that are made ----

@@ -58,15 +58,15 @@ public:
     KxSipFault takeUnnamed(KxInputStream& in);
     /** The name before the colon, without white space around it. */
     std::string_view name() const { return m_name; }
-    /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name. Empty
-        for a line without name or colon. */
+    /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name.
+        Empty for a line without name or colon. */
     std::string_view key() const { return m_key; }
 
     /** The text after the colon of a line that was taken, without CR LF, however much of it has been read. */
     std::string_view values() const;
 
     /** Makes a value that is kept as text a fault, for a reader that reads a faulty line again, value by value. */
-    void setReadTwice() { m_isReadTwice = true; }
+    void setReadTwice(bool isReadTwice) { m_isReadTwice = isReadTwice; }
     bool isReadTwice() const { return m_isReadTwice; }
     /** Notes why a value is kept as text. The first note is kept. */
     void noteKept(const KxSipFault& why) { m_kept = m_kept.value_or(why); }

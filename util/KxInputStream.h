@@ -47,9 +47,9 @@ public:
     bool fill() { return m_cursor != m_end || extendWindow(); }
     /** Adds bytes after the window without consuming any; returns false at the end. Moves the window. */
     bool extendWindow();
-    /** Makes sure that the window holds the first logical line, which ends at a LF that no blank or tab follows; returns
-        the length of that line. For a whole stream, whose parsers find the line end themselves, returns the length of
-        the window. */
+    /** Makes sure that the window holds the first logical line, which ends at a LF that no blank or tab follows;
+        returns the length of that line. For a whole stream, whose parsers find the line end themselves, returns the
+        length of the window. */
     std::size_t fillLine();
     /** Whether the window holds all bytes and does not move. */
     bool isWhole() const { return m_whole; }

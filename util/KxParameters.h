@@ -112,8 +112,8 @@ public:
     void setValue(std::string_view name, const KxString& value);
     /** As setValue for each pair. When there is no memory, none is set. */
     void setValues(std::initializer_list<Pair> values);
-    /** Appends to the value of a name; returns false, without a change, when the name is absent. Many calls for one name
-        cost as much as the text is long. */
+    /** Appends to the value of a name; returns false, without a change, when the name is absent. Many calls for one
+        name cost as much as the text is long. */
     bool appendToValue(std::string_view name, std::string_view text);
     /** Returns false when the name is absent. */
     bool removeValue(std::string_view name);

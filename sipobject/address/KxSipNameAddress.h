@@ -8,8 +8,8 @@
     Always written in brackets.      "Bob <sip:h>" -> the same; "sip:h" -> "<sip:h>"
 
     In the RFC grammar, a display name is a quoted string, with escapes and any UTF-8, or tokens with blanks or tabs
-    between them. A URI may have no blanks around or inside it, and one without brackets, in a header, has no "?" and ends
-    at ",", ";" and white space. Other text is refused. [RFC 3261 20.10]
+    between them. A URI may have no blanks around or inside it, and one without brackets, in a header, has no "?" and
+    ends at ",", ";" and white space. Other text is refused. [RFC 3261 20.10]
     "Bob<sip:h>" -> "Bob <sip:h>"; "Bell, Alexander <sip:h>" -> refused
 
     The parameters after it belong to the header that contains it. Used by one thread at a time. */
@@ -53,9 +53,9 @@ public:
     void setBrackets(bool brackets) { m_brackets = brackets; }
 
     /** Reads display name and URI, and stops after the URI; the class of the URI decides whether a ">" and a ";" after
-        it are consumed; in the RFC grammar, only the ">" is, and a refused text changes nothing. Throws KxSipParseError "Invalid SIP Name Address" for a display name of 1024 or more
-        characters, "URL not specified", "Invalid quote in KxSipNameAddress", "Invalid Character (c) in name-addr" with
-        the character in place of c, and the errors of the URI's class. */
+        it are consumed; in the RFC grammar, only the ">" is, and a refused text changes nothing. Throws KxSipParseError
+        "Invalid SIP Name Address" for a display name of 1024 or more characters, "URL not specified", "Invalid quote in
+        KxSipNameAddress", "Invalid Character (c) in name-addr" with the character in place of c, and the errors of the URI's class. */
     void parse(KxInputStream& in);
     /** As parse, but returns the fault instead of throwing it. */
     KxSipFault parse(KxSipLine& line);

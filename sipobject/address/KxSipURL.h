@@ -96,8 +96,8 @@ public:
 
     // Parts that are set are written, and read again as the same part. Other text throws KxSipParseError "Invalid user
     // in SIP URL" (or password, host, port), and the URL is unchanged. No part may contain blanks, control characters
-    // and any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them. In the RFC grammar, no
-    // part may contain quotes, and user and password may contain "&".
+    // and any of <>&:@ ; quotes are allowed in pairs in the user only, and hide &:@ between them. In the RFC grammar,
+    // no part may contain quotes, and user and password may contain "&".
 
     /** No text removes the user, and the password with it. */
     void setUser(KxSipText user);

@@ -11,8 +11,8 @@ class KxSipURL;
 /** The state machine that reads a KxSipURL, in one pass over its characters. The text between two
     delimiters is a token, and the delimiter before a token determines its meaning.
 
-    If kStrict, the parts are those of RFC 3261 25.1 and RFC 5954 4.1, and what does not fit is refused. Which of the two
-    machines reads is decided once for each URL, by KxSipGrammar::sReadsURLsStrictly. */
+    If kStrict, the parts are those of RFC 3261 25.1 and RFC 5954 4.1, and what does not fit is refused. Which of the
+    two machines reads is decided once for each URL, by KxSipGrammar::sReadsURLsStrictly. */
 template <bool kStrict>
 class KxSipURLParser {
 public:

@@ -41,7 +41,7 @@ struct Prefix {
     Prefix(const char* at, const char* end) {
         if (end - at >= 4 && KxAscii::isAlpha(at[0]) && KxAscii::isAlpha(at[1]) && KxAscii::isAlpha(at[2])) {
             std::copy_n(at, 3, letters);
-            isWhole = at[3] == ':';
+            after = at + 3;
             return;
         }
         for (char& letter : letters) {
@@ -51,7 +51,7 @@ struct Prefix {
             }
             letter = *at++;
         }
-        isWhole = at != end && *at == ':';
+        after = at;
     }
     /** Compares with `scheme`, which is in lower case, ignoring letter case. */
     bool is(const char (&scheme)[4]) const {
@@ -59,12 +59,12 @@ struct Prefix {
                KxAscii::toLower(letters[2]) == scheme[2];
     }
     char letters[3] = {};
-    bool isWhole = false; ///< Whether it is known that a colon follows.
+    const char* after; ///< The place after the last letter.
 };
 
 /** The text before the colon, without leading blanks and an opening bracket; empty unless it is a valid scheme.
     scheme = ALPHA *( ALPHA / DIGIT / "+" / "-" / "." )                       [RFC 3261 25.1] */
-std::string_view schemeOf(std::string_view text) {
+[[gnu::always_inline]] inline std::string_view schemeOf(std::string_view text) {
     const char* const end = text.data() + text.size();
     const char* const begin = nextOf(text.data(), end);
     const char* const stop = std::find_if_not(begin, end, [](char c) { return kSchemeCharacters.contains(c); });
@@ -72,10 +72,17 @@ std::string_view schemeOf(std::string_view text) {
     return {begin, isScheme ? static_cast<std::size_t>(stop - begin) : 0};
 }
 
-/** Whether the scheme is one of the two. In the classic grammar its first letters decide, so that it is. */
 [[gnu::cold, gnu::noinline]] bool isScheme(std::string_view text, const KxString& one, const KxString& other) {
     const std::string_view scheme = schemeOf(text);
-    return !KxSipGrammar::sReadsURLsStrictly() || one.equalsNoCase(scheme) || other.equalsNoCase(scheme);
+    return one.equalsNoCase(scheme) || other.equalsNoCase(scheme);
+}
+
+/** Whether the scheme, of which the first letters are known, is one of the two. In the classic grammar these letters
+    decide. */
+[[gnu::always_inline]] inline bool isWhole(const Prefix& prefix, std::string_view text, const KxString& one,
+                                           const KxString& other) {
+    return !KxSipGrammar::sReadsURLsStrictly() || (prefix.after != text.data() + text.size() && *prefix.after == ':') ||
+           isScheme(text, one, other);
 }
 
 void debug(const char* what, const KxString& value) {
@@ -208,10 +215,10 @@ KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxUR
     };
     const std::string_view text = line.window();
     const Prefix prefix(text.data(), text.data() + text.size());
-    if (prefix.is("sip") && (prefix.isWhole || isScheme(text, KxSipURL::sToken, KxSipURL::sSecureToken))) {
+    if (prefix.is("sip") && isWhole(prefix, text, KxSipURL::sToken, KxSipURL::sSecureToken)) {
         return construct(KxMake<KxSipURL>(), "KxURI: parsed sip URL: ");
     }
-    if (prefix.is("tel") && (prefix.isWhole || isScheme(text, KxTelURL::sToken, KxTelURL::sToken))) {
+    if (prefix.is("tel") && isWhole(prefix, text, KxTelURL::sToken, KxTelURL::sToken)) {
         return construct(KxMake<KxTelURL>(), "KxURI: parsed tel URL");
     }
     constexpr const char* kOther = "KxURI: parsed URL of unknown scheme";

@@ -65,8 +65,8 @@ public:
         return dynamic_cast<const U*>(this);
     }
 
-    /** Compares scheme and text byte by byte, so that any two SIP URLs are equal here: compare them as KxSipURLs. In the
-        RFC grammar, URIs of one class compare as that class does, and others ignore the letter case of the scheme. */
+    /** Compares scheme and text byte by byte, so that any two SIP URLs are equal here: compare them as KxSipURLs. In
+        the RFC grammar, URIs of one class compare as that class does, others without the letter case of the scheme. */
     [[nodiscard]] bool operator==(const KxURI& other) const;
 
     /** Registers the class of a scheme, ignoring letter case; the first registration of a scheme is kept. Call this at

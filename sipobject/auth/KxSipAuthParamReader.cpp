@@ -15,8 +15,8 @@ const char* skipSpaceAndCommas(const char* at, const char* end) {
     return at;
 }
 
-/** Reads a quoted string from the character after its first quote. Returns the place after the last quote, null if there
-    is none. `value` becomes a view of the text, or of `unescaped` if it has escapes. */
+/** Reads a quoted string from the character after its first quote. Returns the place after the last quote, null if
+    there is none. `value` becomes a view of the text, or of `unescaped` if it has escapes. */
 const char* takeQuoted(const char* at, const char* end, const char* readable, std::string& unescaped,
                        std::string_view& value) {
     unescaped.clear();

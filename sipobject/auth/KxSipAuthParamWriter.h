@@ -30,8 +30,8 @@ public:
             m_out.writeAll(name, kQuote, value, kQuote.substr(1));
         }
     }
-    /** Writes a property as the RFCs say for its name: algorithm, stale, nc, userhash, charset and names that end in "*"
-        bare, all others quoted. [RFC 7616 3.3, 3.4] */
+    /** Writes a property as the RFCs say for its name: algorithm, stale, nc, userhash, charset and names that end in
+        "*" bare, all others quoted. [RFC 7616 3.3, 3.4] */
     void byName(std::string_view name, std::string_view value) {
         constexpr std::string_view kBare[] = {"algorithm", "stale", "nc", "userhash", "charset"};
         const bool isBare = name.ends_with('*') || std::any_of(std::begin(kBare), std::end(kBare), [&](auto known) {

@@ -10,8 +10,8 @@
 
 class KxURI;
 
-/** The credentials of the Digest scheme: MD5 and MD5-sess, in the RFC grammar also SHA-256, SHA-512-256 and their "-sess"
-    forms; with qop auth, auth-int, or none as in RFC 2069.
+/** The credentials of the Digest scheme: MD5 and MD5-sess, in the RFC grammar also SHA-256, SHA-512-256 and their
+    "-sess" forms; with qop auth, auth-int, or none as in RFC 2069.
     digest-response = 1#( username / realm / nonce / digest-uri / response / [algorithm] / [cnonce] / [opaque] /
                           [message-qop] / [nonce-count] / [auth-param] )      [RFC 2617 3.2.2]
     A client creates them from a challenge and adds the details of its request:
@@ -26,17 +26,17 @@ class KxURI;
     is the one it offered: an attacker who may choose MD5-sess needs no password for a user whose raw digest begins with
     a zero byte (one user in 256).
 
-    The classic grammar differs from the RFC on purpose: an algorithm must be given, and is compared case-sensitively; the MD5-sess text
-    ends before its first zero byte, although the raw digest at its start may contain one; for auth-int without a body,
-    the digest of the body is an empty text.
+    The classic grammar differs from the RFC on purpose: an algorithm must be given, and is compared case-sensitively;
+    the MD5-sess text ends before its first zero byte, although the raw digest at its start may contain one; for
+    auth-int without a body, the digest of the body is an empty text.
     Read in the same way as KxSipDigestChallengeInfo. Only the properties of the grammar above are written, except
     auth-param; the password is never written.
 
     In the RFC grammar none of this holds: no algorithm means MD5, the names of algorithms are compared ignoring letter
     case, A1 of a session is made from the digits of the first digest [RFC 7616 3.4.2], and auth-int without a body is
     computed with the digest of an empty text. All properties are written; received credentials without a response are
-    written without one. The properties password, method, qopoptions and entity-body are only set by the host, never read.
-    The digests are made of values without escapes. */
+    written without one. The properties password, method, qopoptions and entity-body are only set by the host, never
+    read. The digests are made of values without escapes. */
 class KX_SIP_API KxSipDigestCredentialsInfo final : public KxSipCredentialsInfo {
 public:
     KxSipDigestCredentialsInfo() = default;
@@ -107,7 +107,8 @@ public:
     /** Stores the text of the URI. */
     void setDigestURI(const KxHandle<KxURI>& uri);
     /** Sets qop, cnonce and nonce count if the qop options of the challenge contain the text `qop` ("auth" is also
-        contained in "auth-int", except in the RFC grammar); otherwise changes nothing. The nonce count is written as eight hexadecimal digits. */
+        contained in "auth-int", except in the RFC grammar); otherwise changes nothing. The nonce count is written as
+        eight hexadecimal digits. */
     void setQop(const KxString& qop, const KxString& cnonce, std::int32_t nc);
     template <class A, class B>
     requires(KxSipHasStdText<A, B>) void setQop(const A& qop, const B& cnonce, std::int32_t nc) {

@@ -3,8 +3,8 @@
 #include "sipobject/KxSipText.h"
 #include "sipobject/auth/KxSipChallengeInfo.h"
 
-/** The challenge of a scheme that the library does not compute, such as Basic or Bearer: the text after the scheme, kept
-    as it is. Such challenges are only read in the RFC grammar. A host may build one in both grammars.
+/** The challenge of a scheme that the library does not compute, such as Basic or Bearer: the text after the scheme,
+    kept as it is. Such challenges are only read in the RFC grammar. A host may build one in both grammars.
     challenge = auth-scheme [ 1*SP ( token68 / #auth-param ) ]                [RFC 7235 2.1]
     `Bearer realm="a", scope="b"` -> `Bearer realm="a", scope="b"` */
 class KX_SIP_API KxSipOtherChallengeInfo final : public KxSipChallengeInfo {

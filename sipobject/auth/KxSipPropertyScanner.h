@@ -36,8 +36,9 @@ public:
     KxSipPropertyScanner(KxParameters& properties, const Options& options)
         : m_properties(properties), m_options(options) {}
 
-    /** Reads the list as the chosen grammar says; the classic one reads to the end, or to a line feed that ends a value,
-        which is consumed. The faults are "Buffer overflew !!!" and "Failed to parse Proxy-Authenticate SIP header". */
+    /** Reads the list as the chosen grammar says; the classic one reads to the end, or to a line feed that ends a
+        value, which is consumed. The faults are "Buffer overflew !!!" and "Failed to parse Proxy-Authenticate SIP
+        header". */
     KxSipFault scan(KxInputStream& in);
     /** Whether the whole text was read without a fault. */
     bool reachedEnd() const { return m_reachedEnd; }

@@ -64,8 +64,8 @@ public:
     }
 
 private:
-    /** Keeps a scheme and the text after it in a new object. Returns false, without one, if the scheme is no token, or the
-        text has more than one line. */
+    /** Keeps a scheme and the text after it in a new object. Returns false, without one, if the scheme is no token, or
+        the text has more than one line. */
     template <class Other, class Info>
     [[gnu::noinline]] static bool sKeep(std::string_view scheme, KxInputStream& text, KxHandle<Info>& info) {
         while (!text.isWhole() && text.extendWindow()) {

@@ -4,8 +4,8 @@
 
 /** Contact: an address at which the sender can be reached, or "*" for all. One object per address.
     Contact = ( "Contact" / "m" ) HCOLON ( STAR / (contact-param *(COMMA contact-param)) )   [RFC 3261 20.10]
-    For a wildcard the name-address is empty and getURL returns nil. Parameters of a wildcard are read in the RFC grammar
-    only.
+    For a wildcard the name-address is empty and getURL returns nil. Parameters of a wildcard are read in the RFC
+    grammar only.
     "m: Bob <sip:h>;expires=60;q=0.5" -> the same; "Contact: *" -> "Contact: *" */
 class KX_SIP_API KxSipContactHeader final : public KxSipParameterAddressHeader<KxSipContactHeader> {
 public:

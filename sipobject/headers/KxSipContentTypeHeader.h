@@ -4,8 +4,9 @@
 
 /** Content-Type: the media type of the body.
     Content-Type = ( "Content-Type" / "c" ) HCOLON m-type SLASH m-subtype *(SEMI m-parameter)   [RFC 3261 20.15]
-    In the classic grammar, a comma ends the value even inside quotes. A value without type or subtype throws "Invalid Accept header", the same
-    error text as for Accept.      "c: text / plain ;charset=utf-8" -> "c: text/plain;charset=utf-8" */
+    In the classic grammar, a comma ends the value even inside quotes. A value without type or subtype throws "Invalid
+    Accept header", the same error text as for Accept.
+    "c: text / plain ;charset=utf-8" -> "c: text/plain;charset=utf-8" */
 class KX_SIP_API KxSipContentTypeHeader : public KxSipMediaTypeHeader<KxSipContentTypeHeader> {
 public:
     KxSipContentTypeHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}

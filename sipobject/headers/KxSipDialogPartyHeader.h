@@ -2,8 +2,8 @@
 
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** From and To: address headers with a tag. In the classic grammar, their SIP URL has no part that would route a request.
-    A class H defines
+/** From and To: address headers with a tag. In the classic grammar, their SIP URL has no part that would route a
+    request. A class H defines
 
         static constexpr const char* kInvalid = "...";              // the fault if there is no URI
         static constexpr KxLiteral kTraceAddress, kTraceURL, kTraceText, kTraceCopy;  // names of its constructors */
@@ -60,8 +60,8 @@ private:
             this->m_nameAddress->setBrackets(true);
         }
     }
-    /** In the classic grammar only: removes from a URL that has parameters those that only a Request-URI or Contact may have, and its headers. A URL
-        without parameters keeps its headers. [RFC 3261 19.1.1, table 1] */
+    /** In the classic grammar only: removes from a URL that has parameters those that only a Request-URI or Contact may
+        have, and its headers. A URL without parameters keeps its headers. [RFC 3261 19.1.1, table 1] */
     [[gnu::always_inline]] KxSipFault checkValidity() {
         if (this->m_nameAddress.isNil() || this->m_nameAddress->getURI().isNil()) {
             return KxSipFault(H::kInvalid);

@@ -8,9 +8,9 @@
 
 /** Expires: when a registration, subscription or offer ends, as a number of seconds or as a date.
     Expires = "Expires" HCOLON delta-seconds                                  [RFC 3261 20.19]
-    A date is accepted too, as in RFC 2543 6.20, but not in the RFC grammar. Throws "Invalid Expires header" for an empty value, and "un-expecting
-    end of file when parsing KxSipExpiresHeader" if the value starts with a digit and has no blank or line end within 64
-    characters.
+    A date is accepted too, as in RFC 2543 6.20, but not in the RFC grammar. Throws "Invalid Expires header" for an
+    empty value, and "un-expecting end of file when parsing KxSipExpiresHeader" if the value starts with a digit and has
+    no blank or line end within 64 characters.
     "Expires: 3600  " -> "Expires: 3600"; "Expires: Thu, 01 Dec 1994 16:00:00 GMT" -> the same */
 class KX_SIP_API KxSipExpiresHeader final : public KxSipHeaderOf<KxSipExpiresHeader> {
 public:

@@ -74,7 +74,7 @@ public:
         KxSipHeaderOf. May be called by several threads.
         Throws KxException "No header identifier is left" after KxHeaderIDs::kLast. */
     static HeaderID sNewHeaderID();
-    /** Whether a header of a message may have this identifier: it is below KxHeaderIDs::kCount, or from sNewHeaderID. */
+    /** Whether a header of a message may have this identifier: below KxHeaderIDs::kCount, or from sNewHeaderID. */
     static bool sIsHeaderID(HeaderID id);
 
     /** Reads one header line into this object and its chain. Throws as sConstructFrom does. */

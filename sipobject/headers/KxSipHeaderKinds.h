@@ -14,8 +14,8 @@ public:
     static constexpr bool sIsList(HeaderID id) { return !sHas(kOnce | kAlone, id); }
     /** Whether every comma ends a value, as in a list of tokens; else not one in quotes or "<>". */
     static constexpr bool sIsTokenList(HeaderID id) { return sHas(kTokenLists, id); }
-    /** Whether a list may have no element, or a text no character. [RFC 3261 20.1, 20.2, 20.3, 20.5, 20.25, 20.36, 20.37;
-        25.1 extension-header] */
+    /** Whether a list may have no element, or a text no character. [RFC 3261 20.1, 20.2, 20.3, 20.5, 20.25, 20.36,
+        20.37; 25.1 extension-header] */
     static constexpr bool sMayBeEmptyList(HeaderID id) { return sHas(kEmptyLists, id); }
     static constexpr bool sMayBeEmptyText(HeaderID id) { return sHas(kEmptyTexts, id); }
     /** Whether proxies work with it, so that a message in which it can't be read is refused. [RFC 3261 16.3] */

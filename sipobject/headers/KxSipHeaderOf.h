@@ -21,8 +21,9 @@
         KxSipFault parseValue(KxSipLine& line);       // the grammar of one value
         void serializeValue(KxOutputStream& out) const;
 
-    and a default and a copy constructor. If only the RFC grammar knows sToken, there is a kIsRFCOnly. If several headers share a grammar, the class that reads and writes it is
-    their Base: H then has no parseValue and serializeValue, and Base has a constructor from name and identifier.
+    and a default and a copy constructor. If only the RFC grammar knows sToken, there is a kIsRFCOnly. If several
+    headers share a grammar, the class that reads and writes it is their Base: H then has no parseValue and
+    serializeValue, and Base has a constructor from name and identifier.
 
     A class of a host's own gets its identifier at start-up:
 

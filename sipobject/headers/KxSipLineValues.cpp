@@ -73,8 +73,8 @@ void KxSipLineValues::append(KxHandle<KxSipHeader>&& value) {
     m_last = &(m_last == nullptr ? m_first : m_last->m_next)->lastOfChain();
 }
 
-/** Appends the text of values that can't be read, for the first of which `fault` is the reason; or the values, if it can be
-    read as a line: then it will be read so when it is written. */
+/** Appends the text of values that can't be read, for the first of which `fault` is the reason; or the values, if it
+    can be read as a line: then it will be read so when it is written. */
 void KxSipLineValues::appendUnread(const KxSipHeader& sample, const KxSipFault& fault) {
     if (m_unread.empty()) {
         return;

@@ -10,9 +10,9 @@
 class KxSipHeader;
 class KxSipLine;
 
-/** Reads a header line a second time, value by value, after a fault in it. Each value is read as if it had a line of its
-    own, so that a line which is written with one value is read the same. Empty elements of a list are skipped. For the
-    RFC grammar. The time is proportional to the length of the line. [RFC 3261 7.3.1] */
+/** Reads a header line a second time, value by value, after a fault in it. Each value is read as if it had a line of
+    its own, so that a line which is written with one value is read the same. Empty elements of a list are skipped. For
+    the RFC grammar. The time is proportional to the length of the line. [RFC 3261 7.3.1] */
 class KxSipLineValues {
 public:
     /** Reads the text after the colon of a line that was taken. Whether values that can't be read are kept as
@@ -21,8 +21,8 @@ public:
     /** Reads a value without its name. Values that can't be read are not kept. */
     KxSipLineValues(std::string_view name, std::string_view text);
 
-    /** Stores the first value in `header`, with the others chained after it. Returns the first fault. If `header` is not
-        nil then, there are values that are kept as text. */
+    /** Stores the first value in `header`, with the others chained after it. Returns the first fault. If `header` is
+        not nil then, there are values that are kept as text. */
     KxSipFault read(KxHandle<KxSipHeader>& header);
 
 private:

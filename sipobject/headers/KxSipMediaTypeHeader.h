@@ -4,8 +4,8 @@
 #include "util/KxOutputStream.h"
 
 /** The headers whose value is a media type: type "/" subtype *(";" parameter). In the classic grammar, a comma ends the
-    parameters even inside quotes; if the class is built on KxSipTextKeepingHeader, a value with a comma inside quotes is
-    kept as text. */
+    parameters even inside quotes; if the class is built on KxSipTextKeepingHeader, a value with a comma inside quotes
+    is kept as text. */
 template <class H, class Base = KxSipParameterHeader<H>>
 class KxSipMediaTypeHeader : public Base {
 public:

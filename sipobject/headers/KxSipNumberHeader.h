@@ -9,9 +9,9 @@
 
 /** The headers whose value is one unsigned number, with parameters after it if Base is KxSipParameterHeader. A class H
     that requires a digit defines the error text for other values (kNoDigitError); in other classes a missing number
-    reads as 0. A number that is too large reads as 4294967295. In the RFC grammar, all classes refuse values that are no
-    number up to the largest one (kMost, or else 4294967295), with the error text kRangeError, or else kNoDigitError, if
-    the class has one. */
+    reads as 0. A number that is too large reads as 4294967295. In the RFC grammar, all classes refuse values that are
+    no number up to the largest one (kMost, or else 4294967295), with the error text kRangeError, or else kNoDigitError,
+    if the class has one. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipNumberHeader : public Base {
 protected:

@@ -7,8 +7,8 @@
 #include "util/KxStreamTokenizer.h"
 
 /** Adds a list of parameters after the value of a header or of a group of headers (Base): *( SEMI generic-param ), kept
-    in order. A comma outside quotes ends the list. In the RFC grammar, they are what KxSipParameterText reads, and other
-    text after the value is refused. [RFC 3261 25.1] */
+    in order. A comma outside quotes ends the list. In the RFC grammar, they are what KxSipParameterText reads, and
+    other text after the value is refused. [RFC 3261 25.1] */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipParameterHeader : public Base {
 public:

@@ -11,8 +11,8 @@
         void forgetValue();                                 // makes the object as empty as a new one
 
     Without kHidesCommas, commas are part of the text, which ends with the line. Leading blanks are dropped; other
-    leading white space is kept, since it may be the reason for the refusal. A text of only white space is refused. In the
-    RFC grammar white space at the end is dropped, and the message gets the status 1. */
+    leading white space is kept, since it may be the reason for the refusal. A text of only white space is refused. In
+    the RFC grammar white space at the end is dropped, and the message gets the status 1. */
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipTextKeepingHeader : public Base {
 public:

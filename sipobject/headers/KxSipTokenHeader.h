@@ -8,8 +8,9 @@
     where the token ends and whether it may be empty:
 
         static constexpr const KxCharSet& kTokenEnd = ...;      // ends the token and stays unread
-        static constexpr const char* kEmptyError = "...";       // the error for an empty token; null accepts it, except in the RFC grammar
-        static constexpr bool kIsTrimmed = true;                // optional: white space at its end is dropped
+        static constexpr const char* kEmptyError = "...";       // the error for an empty token; null accepts it, except
+        in the RFC grammar static constexpr bool kIsTrimmed = true;                // optional: white space at its end
+        is dropped
 
     KxSipHeader skips any other text between the token and the next comma. */
 template <class H, class Base = KxSipHeaderOf<H>>

@@ -7,7 +7,8 @@
 
 /** The headers whose value is a URI in angle brackets, without a display name, and parameters:
     LAQUOT absoluteURI RAQUOT *( SEMI generic-param ). The URI is the whole text between the brackets, including commas
-    and its own parameters; in the RFC grammar, it has no blanks. A class H defines the error text for missing, unclosed or empty brackets:
+    and its own parameters; in the RFC grammar, it has no blanks. A class H defines the error text for missing, unclosed
+    or empty brackets:
 
         static constexpr const char* kInvalid = "...";
 

@@ -39,8 +39,8 @@ public:
         const bool isOther = header != nullptr && typeid(*header) != typeid(H);
         return KxHandle<H>(static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header));
     }
-    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the RFC
-        grammar also the kind in this message whose class is registered for the name. */
+    /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the
+        RFC grammar also the kind in this message whose class is registered for the name. */
     HeaderID findKind(std::string_view name) const;
     /** The first value of that kind; if there is none, the first unknown header with exactly that name, or nil. In the
         RFC grammar letter case does not matter, and the name may be the full or the compact one. */
@@ -111,12 +111,12 @@ public:
         KxSipHeader* first = nullptr; ///< The first value, from which nextLike leads to the others.
         KxSipHeader* then = nullptr;  ///< The first one after those, from which nextLike continues.
     };
-    /** The values of the class that is registered for the name, with what is kept as text of them; for other names, those
-        written under it: the values of a class that is not registered, then the unknown headers. Letter case is ignored,
-        and in the RFC grammar a compact name is its full name. */
+    /** The values of the class that is registered for the name, with what is kept as text of them; for other names,
+        those written under it: the values of a class that is not registered, then the unknown headers. Letter case is
+        ignored, and in the RFC grammar a compact name is its full name. */
     Named named(std::string_view name) const;
-    /** The next header of the chain with the class of this one, or kept as text of one, and, if it is an unknown header,
-        with its name, compared as by `named`; null if there is none. */
+    /** The next header of the chain with the class of this one, or kept as text of one, and, if it is an unknown
+        header, with its name, compared as by `named`; null if there is none. */
     KxSipHeader* nextLike(const KxSipHeader& header) const;
     /** Removes what `named` returns, and returns how many that were. */
     std::size_t removeNamed(std::string_view name);

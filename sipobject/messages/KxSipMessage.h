@@ -88,9 +88,9 @@ public:
     /** Reads and returns one message. A header line that can't be read is dropped, and the status becomes 1; a body
         type that the message's own Accept does not list makes the status 2. Bytes after the body stay unread; without
         a Content-Length the rest of the stream is the body.
-        In the RFC grammar each value that can't be read is kept as text, see KxSipUnreadHeader. But if proxies work with
-        the header, its error is thrown [RFC 3261 16.3]; and for more than 1000 lines with such values, KxSipParseError
-        "Too many header lines can't be read".
+        In the RFC grammar each value that can't be read is kept as text, see KxSipUnreadHeader. But if proxies work
+        with the header, its error is thrown [RFC 3261 16.3]; and for more than 1000 lines with such values,
+        KxSipParseError "Too many header lines can't be read".
         Throws the errors of checkValidity, if the status is still 0 after reading; KxSipParseKeepAliveException if the
         stream starts with white space or "/"; KxSipParseError "SIP Method Token Expected" for an empty stream,
         "message body is shorter than Content-Length", and the errors of parseStartLine. [RFC 3261 7, 18.3] */
@@ -212,9 +212,9 @@ public:
     void addHeader(const KxHandle<KxSipHeader>& header, bool first);
     /** As addHeader, but always adds a copy of this one value. */
     void addSingleHeader(const KxHandle<KxSipHeader>& header, bool first);
-    /** Removes the first value of the header written under the name, ignoring letter case (in the RFC grammar also under
-        its other name); returns false if there is none. A caller that still holds the value holds it without the values that followed it, and may add it to any
-        message. */
+    /** Removes the first value of the header written under the name, ignoring letter case (in the RFC grammar also
+        under its other name); returns false if there is none. A caller that still holds the value holds it without the
+        values that followed it, and may add it to any message. */
     bool removeHeader(std::string_view name);
 
     /** Sets Content-Length, the body (copied) and Content-Type, in this order. A length of 0 leaves the old body in

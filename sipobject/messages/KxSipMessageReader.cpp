@@ -165,7 +165,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
     KxSipLine line;
     if (KxSipGrammar::sReadsLinesByValue()) {
-        line.setReadTwice();
+        line.setReadTwice(true);
     }
     const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr;
     KxSipHeaderSlots& headers = m_message.m_headers;
@@ -213,8 +213,8 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     return isKept;
 }
 
-/** Adds what can be read of a line for which a header class threw an error, and the rest as text. Returns false for a line
-    that can't be kept. */
+/** Adds what can be read of a line for which a header class threw an error, and the rest as text. Returns false for a
+    line that can't be kept. */
 [[gnu::noinline]] bool KxSipMessageReader::keepByValue(const KxSipLine& line) {
     KxHandle<KxSipHeader> header;
     static_cast<void>(KxSipHeader::sReadByValue(line, header));
@@ -224,8 +224,8 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
 /** Notes that something in the line from `start` on can't be read. If it is not kept, and the line has a name, this may
     be a reason to refuse the message. */
 template <class Why>
-[[gnu::noinline]] void KxSipMessageReader::note(KxInputStream& in, const KxSipLine& line, const char* start,
-                                                bool isKept, const Why& why) {
+[[gnu::noinline]] void KxSipMessageReader::note(KxInputStream& in, KxSipLine& line, const char* start, bool isKept,
+                                                const Why& why) {
     if (s_logger.isEnabled(Oskan::LogLevel::Debug)) {
         s_logger.log(Oskan::LogLevel::Debug,
                      std::string("Caught KxException from KxSipHeader::sConstructFrom(): ").append(textOf(why)));
@@ -237,6 +237,7 @@ template <class Why>
         } else if (++m_keptLines > kMostKept) {
             m_refusal = KxMake<KxSipParseError>("Too many header lines can't be read");
         }
+        line.setReadTwice(m_refusal.isNil()); // nothing is kept of a message that is refused
     }
     if (KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in)) {
         report->noteDropped(start, why);

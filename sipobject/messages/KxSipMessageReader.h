@@ -31,8 +31,8 @@ public:
     void salvage(KxInputStream& headerSection);
     /** Reads the message after its first token and checks it. Throws the errors of start line, body and check. */
     void read(KxInputStream& in);
-    /** Reads the header lines and the empty line after them. Drops lines that can't be read, or in the RFC grammar keeps
-        the values that can't be read as text; a KxSipReportedBytes gets a note of each line. */
+    /** Reads the header lines and the empty line after them. Drops lines that can't be read, or in the RFC grammar
+        keeps the values that can't be read as text; a KxSipReportedBytes gets a note of each line. */
     void readHeaders(KxInputStream& in);
     /** Reads the body, of as many bytes as Content-Length says. Without a Content-Length, reads the rest of the stream
         and adds one. Throws KxSipParseError. */
@@ -45,7 +45,7 @@ private:
     bool addIfKept(KxHandle<KxSipHeader>& header);
     bool keepByValue(const KxSipLine& line);
     template <class Why>
-    void note(KxInputStream& in, const KxSipLine& line, const char* start, bool isKept, const Why& why);
+    void note(KxInputStream& in, KxSipLine& line, const char* start, bool isKept, const Why& why);
     void mergeEqualLengths();
 
     KxSipMessage& m_message;

@@ -40,8 +40,8 @@ struct KX_SIP_API KxSipReading {
         KeepAlive,   ///< KxSipParseKeepAliveException: there are only line ends, or a blank, "/" or NUL comes first.
         Other        ///< KxException, mostly of KxSipMessage::checkValidity; or a class of the host.
     };
-    /** A header line that can't be read and so is missing in the message. In the RFC grammar, a line of which at least one
-        value can't be read; unless the message is refused for it, the value is kept in the message as text. */
+    /** A header line that can't be read and so is missing in the message. In the RFC grammar, a line of which at least
+        one value can't be read; unless the message is refused for it, the value is kept in the message as text. */
     class DroppedLine {
     public:
         /** For the reader. The text reaches from the first byte of the line to the first byte after it. */

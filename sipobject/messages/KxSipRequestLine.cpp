@@ -14,7 +14,8 @@ namespace {
 constexpr KxCharSet kLineFeed("\n");
 constexpr const char* kWrongScheme = "Unsupported Uri Scheme";
 
-/** Whether the scheme begins with "sip" but is longer, and is not known. The parser of SIP URLs would report it as a syntax error. */
+/** Whether the scheme begins with "sip" but is longer, and is not known. The parser of SIP URLs would report it as a
+    syntax error. */
 bool onlyBeginsLikeSip(std::string_view uri) {
     const std::size_t begin = std::min(uri.find_first_not_of(" <\t"), uri.size());
     const std::string_view scheme = KxAscii::trim(uri.substr(begin, uri.find(':') - begin));

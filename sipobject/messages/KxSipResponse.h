@@ -41,8 +41,8 @@ public:
     void setReasonPhrase(const char* phrase);
     void setReasonPhrase(KxSipText phrase) { setReasonPhrase(phrase.line().c_str()); }
 
-    /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. In the RFC grammar, the
-        topmost that KxSipDigestCredentialsInfo::sCanAnswer comes before the others of these. [RFC 8760 2.4] */
+    /** The first WWW-Authenticate, else the first Proxy-Authenticate; nil when there is neither. In the RFC grammar,
+        the topmost that KxSipDigestCredentialsInfo::sCanAnswer comes before the others of these. [RFC 8760 2.4] */
     KxHandle<KxSipAuthenticateHeader> getAuthenticateHeader() const;
 
     /** Remove all headers written under the full name, ignoring letter case. A Via received as "v" is kept. */
