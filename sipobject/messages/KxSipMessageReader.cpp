@@ -143,7 +143,7 @@ void KxSipMessageReader::read(KxInputStream& in) {
     }
     if (!m_refusal.isNil()) {
         m_message.m_status = KX_STATUS_UNUSABLE;
-        KxException::sThrow(m_refusal.detach());
+        KxSipParseError::sThrow(m_refusal->getExceptionMessage());
     }
     try {
         readBody(in);
