@@ -75,7 +75,12 @@ std::size_t KxSipLine::readSome(char*, std::size_t) {
     }
     const char* const colon = KxBytes::findAny<':'>(raw, in.window().data());
     m_key = trimLineEnd(std::string_view(raw, static_cast<std::size_t>(colon - raw)));
-    return m_name.empty() || m_key.empty() ? kNoToken : KxSipFault();
+    const bool isNone = m_name.empty() || m_key.empty();
+    if (isNone || (KxSipGrammar::sReadsLinesByValue() && m_key != m_name)) { // "Vi\r\n a", or control characters
+        m_key = {};
+        return kNoToken;
+    }
+    return {};
 }
 
 KxSipFault KxSipLine::takeUnnamed(KxInputStream& in) {

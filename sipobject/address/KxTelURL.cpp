@@ -6,9 +6,23 @@
 #include "sipobject/address/KxURIEquivalence.h"
 #include "util/KxByteArrayOutputStream.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::size_t kLongest = 1023;
+
+/** Whether a number follows the scheme, and no character up to the ">" or the line end is white space, a control
+    character or one of <". [RFC 3966 3] */
+bool isTelURL(std::string_view text) {
+    std::string_view url = text.substr(0, text.find_first_of(">\n"));
+    url = url.substr(0, url.size() - (url.ends_with('\r') ? 1 : 0));
+    url.remove_prefix(url.starts_with('<') ? 1 : 0);
+    const std::string_view number = url.substr(std::min(url.find(':'), url.size()));
+    return number.size() > 1 && number[1] != ';' && std::all_of(url.begin(), url.end(), [](char c) {
+               return static_cast<unsigned char>(c) > ' ' && c != 0x7f && c != '<' && c != '"';
+           });
+}
 
 KxURI* makeTelURL() {
     return new KxTelURL;
@@ -67,6 +81,10 @@ void KxTelURL::parse(KxInputStream& in) {
 }
 
 KxSipFault KxTelURL::parse(KxSipLine& line) {
+    constexpr KxSipFault kInvalid("Invalid TelURL");
+    if (KxSipGrammar::sReadsURLsStrictly() && !isTelURL(line.window())) {
+        return kInvalid;
+    }
     Oskan::FastString<256> text;
     std::size_t begin = 0; // of the current token
     char previous = '\0';
@@ -105,7 +123,7 @@ KxSipFault KxTelURL::parse(KxSipLine& line) {
         }
         if (keep) {
             if (text.length() == kLongest) {
-                return KxSipFault("Invalid TelURL");
+                return kInvalid;
             }
             text.append(static_cast<char>(c));
         }

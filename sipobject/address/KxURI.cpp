@@ -72,6 +72,16 @@ struct Prefix {
     return {begin, isScheme ? static_cast<std::size_t>(stop - begin) : 0};
 }
 
+/** Whether the text, up to a ">" or a line end, is a scheme, a colon, and characters that a URI may have.
+    absoluteURI = scheme ":" ( hier-part / opaque-part )                      [RFC 3261 25.1] */
+bool isAbsolute(std::string_view text) {
+    const char* const last = text.data() + text.size();
+    const char* const end = kDataEnd.find(text.data(), last, last);
+    const std::string_view scheme = schemeOf(text);
+    return !scheme.empty() && scheme.data() + scheme.size() + 1 < end &&
+           std::all_of(scheme.data(), end, [](char c) { return c > ' ' && c != 0x7f && c != '<' && c != '"'; });
+}
+
 [[gnu::cold, gnu::noinline]] bool isScheme(std::string_view text, const KxString& one, const KxString& other) {
     const std::string_view scheme = schemeOf(text);
     return one.equalsNoCase(scheme) || other.equalsNoCase(scheme);
@@ -140,12 +150,16 @@ void KxURI::parse(KxInputStream& in) {
 }
 
 KxSipFault KxURI::parse(KxSipLine& line) {
+    constexpr KxSipFault kInvalid("INVALID URI", KxSipFault::Error::Other);
+    if (KxSipGrammar::sReadsURLsStrictly() && !isAbsolute(line.window())) {
+        return kInvalid;
+    }
     if (line.peek() == '<') {
         line.read();
     }
     m_Scheme = KxSipLineText::sOf(KxAscii::trim(line.token(kColon)));
     if (line.read() < 0) {
-        return KxSipFault("INVALID URI", KxSipFault::Error::Other);
+        return kInvalid;
     }
     m_SchemeData = KxString(KxAscii::trim(line.until(kDataEnd)));
     if (line.peek() == '>') {

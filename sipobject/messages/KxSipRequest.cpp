@@ -126,6 +126,9 @@ void KxSipRequest::build(const KxHandle<KxSipFromHeader>& from, const KxHandle<K
     required(uri, "Can't build SIP request without Request-URI");
     setURI(uri);
     if (requestUri != nullptr) {
+        if (KxSipGrammar::sHasExactStartLines()) {
+            m_URI = KxHandle<KxURI>(uri->clone()); // with the headers
+        }
         stripSipURLHeaders();
     }
     asynchAddHeader(contact, false);
@@ -142,6 +145,9 @@ void KxSipRequest::setURI(const KxHandle<KxURI>& uri) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipRequest::setURI");
     KxHandle<KxURI> fresh(uri.isNil() ? nullptr : uri->clone());
     stripBrackets(fresh);
+    if (!fresh.isNil() && fresh->isSipURL() && KxSipGrammar::sHasExactStartLines()) {
+        static_cast<KxSipURL&>(*fresh).clearHeaders();
+    }
     const Lock lock(*this);
     m_URI.swap(fresh);
 }
