@@ -58,14 +58,16 @@ public:
         std::erase_if(m_kinds, [](const Kind& left) { return left.lines.empty(); });
         return true;
     }
-    /** The line that is found by a name, "" if there is none. Names of unknown headers are case-sensitive. */
+    /** The line that is found by a name, "" if there is none. Names of unknown headers are case-sensitive, except in the
+        RFC grammar. */
     std::string line(std::string_view name) {
         Kind* const kind = findToken(name);
         if (kind == nullptr) {
             return "";
         }
         for (const Line& candidate : kind->lines) {
-            if (kind->id != KxHeaderIDs::kUnknown || candidate.token == name) {
+            if (kind->id != KxHeaderIDs::kUnknown || candidate.token == name ||
+                (isRFC() && KxAscii::equalsNoCase(candidate.token, name))) {
                 return candidate.text;
             }
         }
@@ -99,6 +101,8 @@ private:
     struct Line {
         std::string token; ///< The name as written, by which the line is found.
         std::string text;
+        std::string full;    ///< In the RFC grammar, a known kind is also found by its other names.
+        std::string compact; ///< As above.
     };
     struct Kind {
         HeaderID id;
@@ -109,7 +113,9 @@ private:
         std::vector<Line> lines;
         for (const KxSipHeader* value = &chain; value != nullptr; value = value->getNext().get()) {
             const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
-            lines.push_back({std::string(value->getToken().view()), ::written(*alone)});
+            lines.push_back({std::string(value->getToken().view()), ::written(*alone),
+                             std::string(value->getExpandedToken().view()),
+                             std::string(value->getCompactToken().view())});
         }
         return lines;
     }
@@ -119,7 +125,11 @@ private:
     }
     Kind* findToken(std::string_view name) {
         const auto kind = std::find_if(m_kinds.begin(), m_kinds.end(), [name](const Kind& candidate) {
-            return KxAscii::equalsNoCase(candidate.lines[0].token, name);
+            const Line& first = candidate.lines[0];
+            const bool hasNames = isRFC() && candidate.id != KxHeaderIDs::kUnknown;
+            return KxAscii::equalsNoCase(first.token, name) ||
+                   (hasNames &&
+                    (KxAscii::equalsNoCase(first.full, name) || KxAscii::equalsNoCase(first.compact, name)));
         });
         return kind == m_kinds.end() ? find(KxHeaderIDs::kUnknown) : &*kind;
     }

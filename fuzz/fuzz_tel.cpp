@@ -101,6 +101,9 @@ void checkAnyScheme(std::string_view text) {
         uri.parse(in);
         return written(uri);
     });
+    if (isRFC() && read == "! INVALID URI") { // it reads absolute URIs only
+        return;
+    }
     text.remove_prefix(text.starts_with('<') ? 1 : 0);
     const std::size_t colon = text.find(':');
     std::string plain = "! INVALID URI";

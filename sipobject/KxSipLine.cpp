@@ -59,11 +59,11 @@ std::size_t KxSipLine::readSome(char*, std::size_t) {
 /** Takes any other line: folded, without CR LF at its end, with blanks around its name, faulty, or of a stream that is
     not whole. */
 [[gnu::noinline]] KxSipFault KxSipLine::takeUnplain(KxInputStream& in) {
+    m_key = {}; // a faulty line has none, and neither has one that the stream fails to deliver
     if (!in.isWhole()) {
         KxSipLine whole(in);
         return take(whole);
     }
-    m_key = {}; // a faulty line has none
     const int first = KxStreamTokenizer::sDiscardWhite(in);
     if (first < 0 || first == ':') {
         KxStreamTokenizer::sDiscardLine(in);

@@ -208,10 +208,10 @@ std::size_t KxSipMessage::removeAllNamed(std::string_view name) {
 template <class H>
 bool KxSipMessage::listsTag(std::string_view optionTag) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
-    const Lock lock(*this);
     if (KxSipGrammar::sFindsHeadersByKind()) {
         return lists<H>(optionTag);
     }
+    const Lock lock(*this);
     for (const KxSipHeader* value = m_headers.find(H::sToken).get(); value != nullptr; value = value->getNext().get()) {
         if (typeid(*value) == typeid(H) && static_cast<const H*>(value)->getOptionTag() == optionTag) {
             return true;

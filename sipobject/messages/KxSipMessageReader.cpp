@@ -193,7 +193,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
                 setStatusIfValid(KX_STATUS_INCOMPLETE);
             }
         } catch (const KxHandle<KxException>& failure) {
-            note(in, line, start, line.isReadTwice() && keepByValue(line), failure);
+            note(in, line, start, line.isReadTwice() && !line.key().empty() && keepByValue(line), failure);
         }
     }
     if (KxSipGrammar::sMergesEqualLengths()) {

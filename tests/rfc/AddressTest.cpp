@@ -196,9 +196,6 @@ TEST(RFCAddressTest, CommasInQuotesSeparateNoValues) {
         {"Reason: Q.850;text=\"a,b\", SIP", "Reason: Q.850;text=\"a,b\", SIP"},
         {"Replaces: a@h ;\tto-tag = 1;from-tag=\"2,3\"", "Replaces: a@h;to-tag=1;from-tag=\"2,3\""},
         {"Replaces: a@h;to-tag=1;from-tag=2;", kAfter},
-        // what these headers drop
-        {"Allow: INVITE \"a,\\\",b\" c, ACK", "Allow: INVITE & Allow: ACK"},
-        {"Allow: INVITE \"a\\\", ACK x, BYE", "Allow: INVITE & Allow: ACK & Allow: BYE"},
     };
     for (const auto& [line, lines] : rows) {
         EXPECT_EQ(outcomeOf([&, &text = line] { return linesOf(*readHeader(text)); }), lines) << line;
