@@ -269,7 +269,9 @@ private:
             same("what is set is there", kURIs[with % kURIs.size()], as<KxSipResponse>(m_message)->getReasonPhrase());
             return;
         }
-        KxByteArrayInputStream in{std::string_view(kURIs[with % kURIs.size()])};
+        std::string text = kURIs[with % kURIs.size()];
+        std::erase_if(text, [](char c) { return isRFC() && (c == '<' || c == '>'); }); // which it refuses in a URN
+        KxByteArrayInputStream in{std::string_view(text)};
         const KxHandle<KxURI> uri = in.peek() < 0 ? KxHandle<KxURI>() : KxURI::sConstructFrom(in, true);
         PlainMessage plain(*m_message);
         request->setURI(uri);

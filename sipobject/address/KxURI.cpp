@@ -19,6 +19,7 @@ namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxURI"};
 constinit KxNameRegistry<KxURI::Creator> s_registry;
+constexpr KxSipFault kInvalid("INVALID URI", KxSipFault::Error::Other);
 constexpr KxCharSet kColon(":");
 constexpr KxCharSet kDataEnd(">\r\n");
 constexpr KxCharSet kSchemeCharacters("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.");
@@ -150,10 +151,6 @@ void KxURI::parse(KxInputStream& in) {
 }
 
 KxSipFault KxURI::parse(KxSipLine& line) {
-    constexpr KxSipFault kInvalid("INVALID URI", KxSipFault::Error::Other);
-    if (KxSipGrammar::sReadsURLsStrictly() && !isAbsolute(line.window())) {
-        return kInvalid;
-    }
     if (line.peek() == '<') {
         line.read();
     }
@@ -234,6 +231,9 @@ KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxUR
     }
     if (prefix.is("tel") && isWhole(prefix, text, KxTelURL::sToken, KxTelURL::sToken)) {
         return construct(KxMake<KxTelURL>(), "KxURI: parsed tel URL");
+    }
+    if (KxSipGrammar::sReadsURLsStrictly() && !isAbsolute(text)) {
+        return kInvalid;
     }
     constexpr const char* kOther = "KxURI: parsed URL of unknown scheme";
     const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
