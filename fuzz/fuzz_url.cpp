@@ -44,7 +44,8 @@ Outcome readWith(KxInputStream& in, Reader reader, bool standalone) {
 void check(const Outcome& first, Reader reader) {
     const KxURI& uri = *first.uri;
     checkWriting(uri, first.text);
-    if (!isRFC() && changes(uri, first.text)) {
+    const bool isExact = isRFC() && reader != Reader::URI; // which takes any text
+    if (!isExact && changes(uri, first.text)) {
         return;
     }
     const Block block(first.text);
