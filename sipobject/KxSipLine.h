@@ -66,8 +66,11 @@ public:
     std::string_view values() const;
 
     /** Makes a value that is kept as text a fault, for a reader that reads a faulty line again, value by value. */
-    void setReadTwice(bool isReadTwice) { m_isReadTwice = isReadTwice; }
+    void setReadTwice() { m_isReadTwice = true; }
     bool isReadTwice() const { return m_isReadTwice; }
+    /** From now on no faulty line is read again, since the message will be refused. */
+    void setLost() { m_isLost = true; }
+    bool isLost() const { return m_isLost; }
     /** Notes why a value is kept as text. The first note is kept. */
     void noteKept(const KxSipFault& why) { m_kept = m_kept.value_or(why); }
     KxSipFault kept() const { return m_kept.value_or(KxSipFault()); }
@@ -168,5 +171,6 @@ private:
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
     std::optional<KxSipFault> m_kept;  ///< Why a value is kept as text.
     bool m_isReadTwice = false;
+    bool m_isLost = false;
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.
 };

@@ -203,7 +203,10 @@ void KxSipURL::parse(KxInputStream& in) {
 
 KxSipFault KxSipURL::parse(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
-    return KxSipGrammar::sReadsURLsStrictly() ? parseStrictly(line) : KxSipURLParser<false>(*this, line).parse();
+    if (KxSipGrammar::sReadsURLsStrictly()) [[unlikely]] {
+        return parseStrictly(line);
+    }
+    return KxSipURLParser<false>(*this, line).parse();
 }
 
 /** Apart, so that the two parsers do not share a frame. */

@@ -83,6 +83,11 @@ bool isAbsolute(std::string_view text) {
            std::all_of(scheme.data(), end, [](char c) { return c > ' ' && c != 0x7f && c != '<' && c != '"'; });
 }
 
+/** Whether the RFC grammar refuses the text as a URI of any scheme. */
+[[gnu::noinline]] bool isUnreadable(const KxSipLine& line) {
+    return KxSipGrammar::sReadsURLsStrictly() && !isAbsolute(line.window());
+}
+
 [[gnu::cold, gnu::noinline]] bool isScheme(std::string_view text, const KxString& one, const KxString& other) {
     const std::string_view scheme = schemeOf(text);
     return one.equalsNoCase(scheme) || other.equalsNoCase(scheme);
@@ -232,15 +237,12 @@ KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxUR
     if (prefix.is("tel") && isWhole(prefix, text, KxTelURL::sToken, KxTelURL::sToken)) {
         return construct(KxMake<KxTelURL>(), "KxURI: parsed tel URL");
     }
-    if (KxSipGrammar::sReadsURLsStrictly() && !isAbsolute(text)) {
-        return kInvalid;
-    }
     constexpr const char* kOther = "KxURI: parsed URL of unknown scheme";
     const std::string_view scheme = prefix.letters[0] == '\0' ? std::string_view() : schemeOf(text);
     KxHandle<KxURI> made = scheme.empty() ? KxMake<KxURI>(nullptr) : sConstruct(scheme);
     KxURI& object = *made;
     if (typeid(object) == typeid(KxURI)) {
-        return construct(std::move(made), kOther);
+        return isUnreadable(line) ? kInvalid : construct(std::move(made), kOther);
     }
     object.m_standalone = standalone;
     object.parse(static_cast<KxInputStream&>(line)); // an application's own class, which may throw

@@ -165,7 +165,7 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
     const KxSipFault fault = made.get()->parse(line);
     if (!fault) [[likely]] {
         header.swap(made);
-    } else if (KxSipGrammar::sReadsLinesByValue()) {
+    } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
         return sReadByValue(line, header);
     }
     return fault;

@@ -195,7 +195,7 @@ private:
         m_order[kEnd].previous = static_cast<std::uint8_t>(id);
     }
     void startChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header) {
-        slot = std::move(header);
+        slot.swap(header); // the slot is empty
         appendToOrder(slot.get()->getHeaderID());
     }
     void adoptIntoChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);

@@ -165,9 +165,10 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     const Oskan::TraceScope trace(s_logger, "KxSipMessage::parseHeaders");
     KxSipLine line;
     if (KxSipGrammar::sReadsLinesByValue()) {
-        line.setReadTwice(true);
+        line.setReadTwice();
     }
-    const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr;
+    const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr ||
+                         s_logger.isEnabled(Oskan::LogLevel::Debug);
     KxSipHeaderSlots& headers = m_message.m_headers;
     KxHandle<KxSipHeader> header; // nil before each line
     for (int c = in.peek(); c >= 0; c = in.peek()) {
@@ -184,16 +185,17 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
             if (!fault) [[likely]] {
                 const Oskan::TraceScope adding(s_logger, "KxSipMessage::asynchAddHeader");
                 const HeaderID again = headers.addRead(std::move(header));
-                if (again != KxHeaderIDs::kNone && isRepeated(again)) {
+                if (again != KxHeaderIDs::kNone && isRepeated(again)) [[unlikely]] {
                     note(in, line, start, true, kRepeated);
                 }
-            } else if (isNoted || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
+            } else if (isNoted) {
                 note(in, line, start, addIfKept(header), fault);
             } else {
                 setStatusIfValid(KX_STATUS_INCOMPLETE);
             }
         } catch (const KxHandle<KxException>& failure) {
-            note(in, line, start, line.isReadTwice() && !line.key().empty() && keepByValue(line), failure);
+            note(in, line, start, line.isReadTwice() && !line.isLost() && !line.key().empty() && keepByValue(line),
+                 failure);
         }
     }
     if (KxSipGrammar::sMergesEqualLengths()) {
@@ -237,7 +239,9 @@ template <class Why>
         } else if (++m_keptLines > kMostKept) {
             m_refusal = KxMake<KxSipParseError>("Too many header lines can't be read");
         }
-        line.setReadTwice(m_refusal.isNil()); // nothing is kept of a message that is refused
+        if (!m_refusal.isNil()) {
+            line.setLost();
+        }
     }
     if (KxSipReportedBytes* const report = KxSipReportedBytes::sOf(in)) {
         report->noteDropped(start, why);
