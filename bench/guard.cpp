@@ -93,10 +93,11 @@ void countAll() {
         refused += "no colon\r\nt:<\r\nv:x\r\nAuthorization: x\r\n"; // refused by the framework and by grammars
     }
     refused = requestWith(refused);
-    count("parse 100 refused lines", [&] {
+    // because of "t:<" and "v:x" the RFC grammar refuses the message, which costs an exception
+    count(s_prefix.empty() ? "parse 100 refused lines" : "refuse 100 lines", [&] {
         try {
             parseMessage(refused);
-        } catch (const KxHandle<KxException>&) { // the RFC grammar refuses the whole message
+        } catch (const KxHandle<KxException>&) {
         }
     });
 #ifdef KX_BENCH_HAS_DIGEST
