@@ -167,8 +167,8 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     if (KxSipGrammar::sReadsLinesByValue()) {
         line.setReadTwice();
     }
-    const bool isNoted = line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr ||
-                         s_logger.isEnabled(Oskan::LogLevel::Debug);
+    const bool isNoted =
+        line.isReadTwice() || KxSipReportedBytes::sOf(in) != nullptr || s_logger.isEnabled(Oskan::LogLevel::Debug);
     KxSipHeaderSlots& headers = m_message.m_headers;
     KxHandle<KxSipHeader> header; // nil before each line
     for (int c = in.peek(); c >= 0; c = in.peek()) {
