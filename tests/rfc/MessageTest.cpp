@@ -20,16 +20,8 @@ static std::string requestWith(const std::string& lines) {
 TEST(RFCMessageTest, StartLines) {
     const std::string parse = "KxSipParseError: ";
     const std::pair<std::string, std::string> rows[] = {
-        {"OPTIONS sip:b SIP/2.0", "OPTIONS sip:b SIP/2.0"},
-        {"OPTIONS sip:b sIp/2.0", "OPTIONS sip:b SIP/2.0"},
-        {"OPTIONS sip:b SIP/2.1", parse + "Invalid SIP Version"},
-        {"OPTIONS  sip:b SIP/2.0", parse + "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces"},
         {"OPTIONS sip:b  SIP/2.0", parse + "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces"},
         {"OPTIONS\tsip:b SIP/2.0", parse + "Invalid Start-Line for SIP request: does not contain 1 or 2 spaces"},
-        {"OPTIONS <sip:b> SIP/2.0", parse + "Invalid SIP URI"},
-        {"OPTIONS sip:b?Subject=x SIP/2.0", parse + "Invalid SIP URI"},
-        {"OPTIONS mailto:b SIP/2.0", parse + "Unsupported Uri Scheme"},
-        {"SIP/2.0 200 OK", "SIP/2.0 200 OK"},
         {"sip/2.0 200 OK", "SIP/2.0 200 OK"},
         {"SIP/2.0 99 Odd", parse + "Invalid Response code"},
         {"SIP/2.0 700 Odd", parse + "Invalid Response code"},
