@@ -1,3 +1,4 @@
+#include "sipobject/messages/KxSipOptionsMessage.h"
 #include "sipobject/messages/KxSipReading.h"
 #include "sipobject/messages/KxSipResponse.h"
 #include "tests/sipobject/support/MessageSupport.h"
@@ -69,4 +70,11 @@ TEST(RFCMessageTest, ReasonPhrases) {
                                        {499, "Unknown 400 Class Response"}}) {
         EXPECT_EQ(KxMake<KxSipResponse>(code, request, nullptr, nullptr, 0U)->getReasonPhrase(), phrase);
     }
+}
+
+/** Else it could not be read again. A To keeps its URL's headers. */
+TEST(RFCMessageTest, ARequestURIThatIsBuiltHasNoHeaders) {
+    const KxSipOptionsMessage built("<sip:a@h>", "<sip:b@h;x?Subject=s>", "", "c", 1, nullptr, nullptr, 0U);
+    EXPECT_EQ(startLineOf(built), "OPTIONS sip:b@h;x SIP/2.0");
+    EXPECT_EQ(written(*built.getToHeader()), "To: <sip:b@h;x?Subject=s>\r\n");
 }
