@@ -3,9 +3,9 @@
 
 Runs kx_guard under callgrind and compares with bench/ceilings.tsv, whose ceilings are 5 % above the values reached, and
 for the RFC grammar (rows "rfc ...") 10 % above those of the classic one, if it has the row. It measures no times, so a
-busy machine changes nothing. The counts are for the build of the tests (preset dev: -O2,
-assertions on) by one major version of one compiler on one architecture, which the file names. For other builds, and
-without valgrind, the guard is skipped (exit status 77).
+busy machine changes nothing. The counts are for the build of the tests (preset dev: -O2, assertions on) by one major
+version of one compiler on one architecture, which the file names. For other builds, and without valgrind, the guard is
+skipped (exit status 77).
 
   bench/guard.py             compares
   bench/guard.py --update    writes the values reached now, and their ceilings, into bench/ceilings.tsv

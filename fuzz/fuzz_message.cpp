@@ -1,10 +1,10 @@
 // Whole messages. Laws: a message that is accepted can be written (except with credentials that have no response and do
 // not name an MD5 algorithm). The written text is read again and written as the same bytes, in the classic grammar
 // except for the changes that a header line or a URI undergoes when it is read and written on its own (see fuzz_header
-// and fuzz_url). A copy is
-// written as its original. Every stream gets the same bytes and is flushed once. A stream that delivers one byte at a
-// time reads as memory does. Full logging does not change the result. KxSipReading reads as sConstructFrom does; the
-// response that it makes is read without a fault if it is complete, and is at most 512 bytes longer than the request.
+// and fuzz_url). A copy is written as its original. Every stream gets the same bytes and is flushed once. A stream that
+// delivers one byte at a time reads as memory does. Full logging does not change the result. KxSipReading reads as
+// sConstructFrom does; the response that it makes is read without a fault if it is complete, and is at most 512 bytes
+// longer than the request.
 
 #include "fuzz/MessageRound.h"
 #include "fuzz/Traced.h"
