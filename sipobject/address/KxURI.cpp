@@ -207,7 +207,11 @@ void KxURI::sAddConstructor(const char* scheme, Creator creator) {
 
 KxHandle<KxURI> KxURI::sConstruct(std::string_view scheme) {
     const Creator creator = s_registry.find(scheme);
-    return KxHandle<KxURI>::sOfNew(creator != nullptr ? creator() : new KxURI(KxString(scheme), false));
+    if (creator != nullptr) {
+        return KxHandle<KxURI>::sOfNew(creator());
+    }
+    const KxString held(scheme);
+    return KxHandle<KxURI>::sOfNew(new KxURI(held, false));
 }
 
 KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
