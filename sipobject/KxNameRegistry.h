@@ -17,7 +17,7 @@ public:
     /** `name` must live as long as the process. */
     void add(const char* name, Creator creator) {
         const std::string_view text(name);
-        if (find(text) == nullptr) {
+        if (find(text).creator == nullptr) {
             const KxBytes::Ends ends(text.data(), text.size());
             const Entry*& head = m_buckets[bucket(ends.folded())];
             // never freed, since static destructors may look names up
@@ -25,13 +25,21 @@ public:
         }
     }
 
+    /** What is registered for a name. */
+    struct Found {
+        Creator creator = nullptr;         ///< Null if nothing is.
+        const char* registered = nullptr; ///< The text that was registered, if the name is exactly that; may be null.
+    };
+
     /** The creator function of a name, or null. Faster if the name is in the letter case that was registered. */
-    [[gnu::always_inline]] Creator find(std::string_view name) const {
+    [[gnu::always_inline]] Found find(std::string_view name) const {
         const KxBytes::Ends ends(name.data(), name.size());
         const Entry* const first = m_buckets[bucket(ends.folded())];
-        const bool exact = first != nullptr && first->ends == ends &&
-                           (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()));
-        return exact ? first->creator : findInAnyCase(name, first);
+        if (first != nullptr && first->ends == ends &&
+            (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()))) [[likely]] {
+            return {first->creator, first->name.data()};
+        }
+        return {findInAnyCase(name, first)};
     }
 
     /** Calls f with every name, in no particular order. */

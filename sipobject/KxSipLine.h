@@ -2,6 +2,7 @@
 
 #include "core/FastString.h"
 #include "sipobject/KxSipFault.h"
+#include "sipobject/KxSipLineScan.h"
 #include "sipobject/SipApi.h"
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
@@ -41,17 +42,14 @@ public:
         const char* const begin = in.window().data();
         const char* const end = begin + in.window().size();
         const char* const readable = in.readableEnd();
-        const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end, readable);
-        if (colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ' || !in.isWhole()) {
+        const KxSipLineScan scan(begin, readable);
+        if (scan.stop == nullptr || scan.colon == begin || *begin <= ' ' || scan.colon[-1] <= ' ' ||
+            end - scan.stop <= 2 || !sIsPlainBreak(scan.stop) || !in.isWhole()) {
             return takeUnplain(in);
         }
-        const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end, readable);
-        if (!sEndsPlainly(stop, end)) {
-            return takeUnplain(in);
-        }
-        in.consume(static_cast<std::size_t>(stop - begin) + 2);
-        m_key = m_name = std::string_view(begin, static_cast<std::size_t>(colon - begin));
-        moveTo(colon + 1, stop + 2, readable);
+        in.consume(static_cast<std::size_t>(scan.stop - begin) + 2);
+        m_key = m_name = std::string_view(begin, static_cast<std::size_t>(scan.colon - begin));
+        moveTo(scan.colon + 1, scan.stop + 2, readable);
         return {};
     }
     /** As take, for a line that may have an empty name. A line without a colon is all name. */
@@ -158,7 +156,11 @@ private:
     }
     /** Whether the line break at `at` is CR LF and the line is not continued. */
     static bool sEndsPlainly(const char* at, const char* end) {
-        return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
+        return end - at > 2 ? sIsPlainBreak(at) : end - at == 2 && at[0] == '\r' && at[1] == '\n';
+    }
+    /** As above, for a place that is followed by two bytes at least. */
+    static bool sIsPlainBreak(const char* at) {
+        return at[0] == '\r' && at[1] == '\n' && at[2] != ' ' && at[2] != '\t';
     }
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -69,6 +70,19 @@ inline bool equal(const char* a, const char* b, std::size_t count) {
         }
     }
     return load<std::uint64_t>(a + count - 8) == load<std::uint64_t>(b + count - 8);
+}
+
+/** Whether the text begins with a literal. */
+template <std::size_t kSize>
+bool startsWith(std::string_view text, const char (&literal)[kSize]) {
+    return text.size() >= kSize - 1 && __builtin_memcmp(text.data(), literal, kSize - 1) == 0;
+}
+
+/** Whether the text ends with a literal. */
+template <std::size_t kSize>
+bool endsWith(std::string_view text, const char (&literal)[kSize]) {
+    return text.size() >= kSize - 1 &&
+           __builtin_memcmp(text.data() + text.size() - (kSize - 1), literal, kSize - 1) == 0;
 }
 
 /** The first and last four bytes of a run, and its length. For a run of up to eight bytes these are all its bytes. */

@@ -29,19 +29,24 @@ constinit std::atomic<HeaderID> s_nextID{KxHeaderIDs::kCount};
 /** A name of this length or longer is treated as unregistered. */
 constexpr std::size_t kNameLimit = 48;
 
-/** As findCreator, for a name that the classic grammar does not know. */
+using Found = KxNameRegistry<KxSipHeader::Creator>::Found;
+
+/** As findClass, for a name that the classic grammar does not know. */
 [[gnu::noinline]] KxSipHeader::Creator findRFCCreator(std::string_view name) {
-    const KxSipHeader::Creator creator = s_rfcRegistry.find(name);
-    return creator != nullptr || name.size() != 1 ? creator : s_registry.find(KxSipCompactNames::sFull(name));
+    const KxSipHeader::Creator creator = s_rfcRegistry.find(name).creator;
+    return creator != nullptr || name.size() != 1 ? creator : s_registry.find(KxSipCompactNames::sFull(name)).creator;
 }
 
-/** The creator of the class registered for the name; null if there is none. */
-[[gnu::always_inline]] inline KxSipHeader::Creator findCreator(std::string_view name) {
+/** The class registered for the name, if there is one. */
+[[gnu::always_inline]] inline Found findClass(std::string_view name) {
     if (name.size() >= kNameLimit) {
-        return nullptr;
+        return {};
     }
-    const KxSipHeader::Creator creator = s_registry.find(name);
-    return creator == nullptr && KxSipGrammar::sKnowsAllCompactNames() ? findRFCCreator(name) : creator;
+    const Found found = s_registry.find(name);
+    if (found.creator == nullptr && KxSipGrammar::sKnowsAllCompactNames()) [[unlikely]] {
+        return {findRFCCreator(name)};
+    }
+    return found;
 }
 
 } // namespace
@@ -129,7 +134,7 @@ bool KxSipHeader::sIsHeaderID(HeaderID id) {
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sSample(std::string_view name) {
-    const Creator creator = findCreator(name);
+    const Creator creator = findClass(name).creator;
     return creator == nullptr ? KxHandle<KxSipHeader>() : KxHandle<KxSipHeader>::sOfNew(creator());
 }
 
@@ -160,9 +165,10 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
     if (const KxSipFault fault = line.take(in)) [[unlikely]] {
         return fault;
     }
-    KxHandle<KxSipHeader> made = sConstruct(line.key(), findCreator(line.key()));
+    const Found found = findClass(line.key());
+    KxHandle<KxSipHeader> made = sConstruct(line.key(), found.creator);
     made.get()->setInMessage(true);
-    const KxSipFault fault = made.get()->parse(line);
+    const KxSipFault fault = made.get()->parse(line, found.registered);
     if (!fault) [[likely]] {
         header.swap(made);
     } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
@@ -200,7 +206,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::st
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view name) {
-    return sConstruct(name, findCreator(name));
+    return sConstruct(name, findClass(name).creator);
 }
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
@@ -222,10 +228,9 @@ void KxSipHeader::parse(KxInputStream& in) {
     parseRest(line).raiseIfAny();
 }
 
-[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* registered) {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::parse");
-    const std::string_view name = line.name();
-    if (m_token.length() != name.size() || !KxBytes::equal(m_token.c_str(), name.data(), name.size())) {
+    if (m_token.c_str() != registered) {
         setToken(line.name());
     }
     return parseRest(line);
@@ -256,7 +261,7 @@ template <bool kIsExact>
         return line.skipToText() ? kTextAfterValue : KxSipFault();
     }
     const std::string_view name = getExpandedToken();
-    const Creator creator = findCreator(name);
+    const Creator creator = findClass(name).creator;
     KxHandle<KxSipHeader> further;
     KxHandle<KxSipHeader>* link = &further;
     while (kIsExact ? line.skipComma() : line.skipToNextValue()) {

@@ -141,8 +141,9 @@ private:
     static KxHandle<KxSipHeader> sMake(std::string_view name);
     /** Reads the line that was taken again, value by value. */
     static KxSipFault sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header);
-    /** Reads the name and the values of the line that was taken. */
-    KxSipFault parse(KxSipLine& line);
+    /** Reads the name and the values of the line that was taken.
+        @param registered the registered text that the name is equal to, if that is known; else null. */
+    KxSipFault parse(KxSipLine& line, const char* registered);
     /** Reads the values in the line, the first one into this object. */
     KxSipFault parseRest(KxSipLine& line);
     KxSipFault parseValues(KxSipLine& line);

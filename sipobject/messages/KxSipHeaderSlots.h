@@ -35,9 +35,14 @@ public:
         another class. */
     template <class H>
     KxHandle<H> typed() const {
+        return KxHandle<H>(findTyped<H>());
+    }
+    /** As typed, without a reference; null when there is none. */
+    template <class H>
+    H* findTyped() const {
         KxSipHeader* const header = first(H::kHeaderID).get();
         const bool isOther = header != nullptr && typeid(*header) != typeid(H);
-        return KxHandle<H>(static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header));
+        return static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header);
     }
     /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the
         RFC grammar also the kind in this message whose class is registered for the name. */
