@@ -43,13 +43,15 @@ public:
         const char* const end = begin + in.window().size();
         const char* const readable = in.readableEnd();
         const KxSipLineScan scan(begin, readable);
-        if (scan.stop == nullptr || scan.colon == begin || *begin <= ' ' || scan.colon[-1] <= ' ' ||
-            end - scan.stop <= 2 || !sIsPlainBreak(scan.stop) || !in.isWhole()) {
+        const char* const stop = scan.stop();
+        if (stop == nullptr || end - stop <= 2 || !sIsPlainBreak(stop) || *begin <= ' ' || scan.colon() == begin ||
+            scan.colon()[-1] <= ' ' || !in.isWhole()) [[unlikely]] {
             return takeUnplain(in);
         }
-        in.consume(static_cast<std::size_t>(scan.stop - begin) + 2);
-        m_key = m_name = std::string_view(begin, static_cast<std::size_t>(scan.colon - begin));
-        moveTo(scan.colon + 1, scan.stop + 2, readable);
+        in.consume(static_cast<std::size_t>(stop - begin) + 2);
+        m_name = std::string_view(begin, static_cast<std::size_t>(scan.colon() - begin));
+        m_isPlain = true;
+        moveTo(scan.colon() + 1, stop + 2, readable);
         return {};
     }
     /** As take, for a line that may have an empty name. A line without a colon is all name. */
@@ -58,7 +60,7 @@ public:
     std::string_view name() const { return m_name; }
     /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name.
         Empty for a line without name or colon. */
-    std::string_view key() const { return m_key; }
+    std::string_view key() const { return m_isPlain ? m_name : m_key; }
 
     /** The text after the colon of a line that was taken, without CR LF, however much of it has been read. */
     std::string_view values() const;
@@ -81,6 +83,10 @@ public:
     /** Skips blanks; returns false if only white space follows. */
     bool skipToText() {
         const char* at = begin();
+        if (end() - at >= 2 && at[0] == ' ' && at[1] > ' ') [[likely]] {
+            moveTo(at + 1);
+            return true;
+        }
         while (at != end() && (*at == ' ' || *at == '\t')) {
             ++at;
         }
@@ -160,7 +166,7 @@ private:
     }
     /** As above, for a place that is followed by two bytes at least. */
     static bool sIsPlainBreak(const char* at) {
-        return at[0] == '\r' && at[1] == '\n' && at[2] != ' ' && at[2] != '\t';
+        return KxBytes::load<std::uint16_t>(at) == KxBytes::load<std::uint16_t>("\r\n") && at[2] != ' ' && at[2] != '\t';
     }
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);
@@ -168,10 +174,11 @@ private:
     void consumeFromSource();
 
     std::string_view m_name;
-    std::string_view m_key;
+    std::string_view m_key; ///< Not set if the line is plain.
     UserParts m_userParts;
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
     std::optional<KxSipFault> m_kept;  ///< Why a value is kept as text.
+    bool m_isPlain = false;
     bool m_isReadTwice = false;
     bool m_isLost = false;
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.

@@ -161,16 +161,28 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
 }
 
 KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
+    return s_logger.isEnabled(Oskan::LogLevel::Trace) ? sReadLineTraced(in, line, header)
+                                                      : sReadLine<Oskan::NoTraceScope>(in, line, header);
+}
+
+[[gnu::cold, gnu::noinline]] KxSipFault KxSipHeader::sReadLineTraced(KxInputStream& in, KxSipLine& line,
+                                                                     KxHandle<KxSipHeader>& header) {
+    return sReadLine<Oskan::TraceScope>(in, line, header);
+}
+
+template <class Scope>
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::sReadLine(KxInputStream& in, KxSipLine& line,
+                                                                KxHandle<KxSipHeader>& header) {
+    const Scope trace(s_logger, "KxSipHeader::sConstructFrom");
     if (const KxSipFault fault = line.take(in)) [[unlikely]] {
         return fault;
     }
     const Found found = findClass(line.key());
-    KxHandle<KxSipHeader> made = sConstruct(line.key(), found.creator);
+    KxHandle<KxSipHeader> made = sConstruct<Scope>(line.key(), found.creator);
     made.get()->setInMessage(true);
-    const KxSipFault fault = made.get()->parse(line, found.registered);
+    const KxSipFault fault = made.get()->parse<Scope>(line, found.registered);
     if (!fault) [[likely]] {
-        header.swap(made);
+        header = KxHandle<KxSipHeader>(made.detach(), KxUncounted{});
     } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
         return sReadByValue(line, header);
     }
@@ -185,8 +197,9 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
     return fault;
 }
 
+template <class Scope>
 [[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name, Creator creator) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstruct");
+    const Scope trace(s_logger, "KxSipHeader::sConstruct");
     return creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sConstructUnknown(name);
 }
 
@@ -197,7 +210,7 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::string_view value) {
     KxHandle<KxSipHeader> header = sMake(name);
     KxSipLine line(value);
-    KxSipFault fault = header->parseRest(line);
+    KxSipFault fault = header->parseValues(line);
     if (fault && KxSipGrammar::sReadsLinesByValue()) {
         fault = KxSipLineValues(name, value).read(header);
     }
@@ -206,7 +219,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::st
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view name) {
-    return sConstruct(name, findClass(name).creator);
+    return sConstruct<Oskan::TraceScope>(name, findClass(name).creator);
 }
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
@@ -225,19 +238,21 @@ void KxSipHeader::parse(KxInputStream& in) {
     const KxSipFault fault = line.takeUnnamed(in);
     setToken(line.name());
     fault.raiseIfAny();
-    parseRest(line).raiseIfAny();
+    parseValues(line).raiseIfAny();
 }
 
+template <class Scope>
 [[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* registered) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::parse");
+    const Scope trace(s_logger, "KxSipHeader::parse");
     if (m_token.c_str() != registered) {
         setToken(line.name());
     }
-    return parseRest(line);
+    return parseRest<Scope>(line);
 }
 
+template <class Scope>
 [[gnu::always_inline]] inline KxSipFault KxSipHeader::parseRest(KxSipLine& line) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
+    const Scope trace(s_logger, "KxSipHeader::parseRest");
     if (!line.skipToText()) {
         return kNothingAfterColon;
     }
@@ -248,9 +263,9 @@ void KxSipHeader::parse(KxInputStream& in) {
     return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true>(line) : parseFurther<false>(line);
 }
 
-/** As parseRest, for other files. */
+/** As parseRest, for what is not part of reading a line of a message. */
 KxSipFault KxSipHeader::parseValues(KxSipLine& line) {
-    return parseRest(line);
+    return parseRest<Oskan::TraceScope>(line);
 }
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
@@ -265,7 +280,7 @@ template <bool kIsExact>
     KxHandle<KxSipHeader> further;
     KxHandle<KxSipHeader>* link = &further;
     while (kIsExact ? line.skipComma() : line.skipToNextValue()) {
-        *link = sConstruct(name, creator);
+        *link = sConstruct<Oskan::TraceScope>(name, creator);
         const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
         if (!line.skipToText() || (kIsExact && line.peek() == ',')) {
             return kNothingAfterColon;

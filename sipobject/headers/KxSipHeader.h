@@ -132,7 +132,12 @@ private:
     static KxSipFault sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Returns a header with this name and the values in the text after the colon. Throws as sConstructFrom does. */
     static KxHandle<KxSipHeader> sConstructFrom(std::string_view name, std::string_view value);
+    // In the following functions, Scope is NoTraceScope where the logger of this class is known not to trace.
+    template <class Scope>
+    static KxSipFault sReadLine(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
+    static KxSipFault sReadLineTraced(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. */
+    template <class Scope>
     static KxHandle<KxSipHeader> sConstruct(std::string_view name, Creator creator);
     static KxHandle<KxSipHeader> sConstructUnknown(std::string_view name);
     /** An empty header of the class that is registered for the name; nil if there is none. */
@@ -143,8 +148,10 @@ private:
     static KxSipFault sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Reads the name and the values of the line that was taken.
         @param registered the registered text that the name is equal to, if that is known; else null. */
+    template <class Scope>
     KxSipFault parse(KxSipLine& line, const char* registered);
     /** Reads the values in the line, the first one into this object. */
+    template <class Scope>
     KxSipFault parseRest(KxSipLine& line);
     KxSipFault parseValues(KxSipLine& line);
     /** Reads the rest of the line, after its first value; exactly, or skipping what is between values and commas. */

@@ -12,8 +12,12 @@ KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
 }
 
 KxSipHeaderSlots::~KxSipHeaderSlots() {
-    for (std::size_t place = 1; place < std::min<std::size_t>(m_slotCount, kNear); ++place) {
-        emptySlot(m_near[place]);
+    const std::size_t count = std::min<std::size_t>(m_slotCount, kNear);
+    for (std::size_t place = 1; place < count; ++place) {
+        if (KxSipHeader* const header = m_near[place].get()) {
+            leaveIfShared(*header);
+            header->Release(true);
+        }
     }
     if (m_far != nullptr) {
         std::for_each(m_far->begin(), m_far->end(), emptySlot);
@@ -23,12 +27,19 @@ KxSipHeaderSlots::~KxSipHeaderSlots() {
     }
 }
 
-/** Empties a slot. Headers that the application still holds are then no longer part of a message. */
+/** Empties a slot. */
 inline void KxSipHeaderSlots::emptySlot(KxHandle<KxSipHeader>& first) {
-    if (!first.isNil() && !first.get()->isUnshared()) {
-        first.get()->leaveMessage();
+    if (!first.isNil()) {
+        leaveIfShared(*first.get());
+        first = nullptr;
     }
-    first = nullptr;
+}
+
+/** Headers that the application still holds are then no longer part of a message. */
+inline void KxSipHeaderSlots::leaveIfShared(KxSipHeader& first) {
+    if (!first.isUnshared()) [[unlikely]] {
+        first.leaveMessage();
+    }
 }
 
 /** The slot of the kind; a kind without one gets a far slot. */

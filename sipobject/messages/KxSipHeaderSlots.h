@@ -206,6 +206,7 @@ private:
     void adoptIntoChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     void extendChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     static void emptySlot(KxHandle<KxSipHeader>& first);
+    static void leaveIfShared(KxSipHeader& first);
     bool isInOrder(HeaderID id) const { return m_order[m_order[id].previous].next == id; }
     void removeFromOrder(HeaderID id);
     void removeAfter(HeaderID id, KxSipHeader* before);
