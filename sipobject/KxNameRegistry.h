@@ -39,7 +39,7 @@ public:
             (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()))) [[likely]] {
             return {first->creator, first->name.data()};
         }
-        return {findInAnyCase(name, first)};
+        return first == nullptr ? Found() : findInBucket(name, first);
     }
 
     /** Calls f with every name, in no particular order. */
@@ -62,17 +62,17 @@ private:
         const Entry* next;
     };
 
-    [[gnu::noinline]] static Creator findInAnyCase(std::string_view name, const Entry* first) {
+    [[gnu::noinline]] static Found findInBucket(std::string_view name, const Entry* first) {
         const KxBytes::Ends folded = KxBytes::Ends(name.data(), name.size()).folded();
         for (const Entry* entry = first; entry != nullptr; entry = entry->next) {
             if (entry->folded == folded && KxAscii::equalsNoCase(entry->name, name)) {
-                return entry->creator;
+                return {entry->creator, entry->name == name ? entry->name.data() : nullptr};
             }
         }
-        return nullptr;
+        return {};
     }
 
-    static constexpr int kBucketBits = 8;
+    static constexpr int kBucketBits = 9;
 
     static std::size_t bucket(const KxBytes::Ends& ends) { return ends.hash(kBucketBits); }
 

@@ -29,8 +29,6 @@ constinit std::atomic<HeaderID> s_nextID{KxHeaderIDs::kCount};
 /** A name of this length or longer is treated as unregistered. */
 constexpr std::size_t kNameLimit = 48;
 
-using Found = KxNameRegistry<KxSipHeader::Creator>::Found;
-
 /** As findClass, for a name that the classic grammar does not know. */
 [[gnu::noinline]] KxSipHeader::Creator findRFCCreator(std::string_view name) {
     const KxSipHeader::Creator creator = s_rfcRegistry.find(name).creator;
@@ -38,11 +36,11 @@ using Found = KxNameRegistry<KxSipHeader::Creator>::Found;
 }
 
 /** The class registered for the name, if there is one. */
-[[gnu::always_inline]] inline Found findClass(std::string_view name) {
+[[gnu::always_inline]] inline KxNameRegistry<KxSipHeader::Creator>::Found findClass(std::string_view name) {
     if (name.size() >= kNameLimit) {
         return {};
     }
-    const Found found = s_registry.find(name);
+    const auto found = s_registry.find(name);
     if (found.creator == nullptr && KxSipGrammar::sKnowsAllCompactNames()) [[unlikely]] {
         return {findRFCCreator(name)};
     }
@@ -177,12 +175,14 @@ template <class Scope>
     if (const KxSipFault fault = line.take(in)) [[unlikely]] {
         return fault;
     }
-    const Found found = findClass(line.key());
-    KxHandle<KxSipHeader> made = sConstruct<Scope>(line.key(), found.creator);
-    made.get()->setInMessage(true);
-    const KxSipFault fault = made.get()->parse<Scope>(line, found.registered);
+    const auto found = findClass(line.key());
+    KxSipHeader& read = sConstruct<Scope>(line.name(), found.creator);
+    KxHandle<KxSipHeader> made(&read, KxUncounted{});
+    read.setInMessage(true);
+    const bool isUnknown = found.creator == nullptr; // it was given its name
+    const KxSipFault fault = read.parse<Scope>(line, isUnknown ? read.m_token.c_str() : found.registered);
     if (!fault) [[likely]] {
-        header = KxHandle<KxSipHeader>(made.detach(), KxUncounted{});
+        header.swap(made);
     } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
         return sReadByValue(line, header);
     }
@@ -198,13 +198,15 @@ template <class Scope>
 }
 
 template <class Scope>
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name, Creator creator) {
+[[gnu::always_inline]] inline KxSipHeader& KxSipHeader::sConstruct(std::string_view name, Creator creator) {
     const Scope trace(s_logger, "KxSipHeader::sConstruct");
-    return creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sConstructUnknown(name);
+    KxSipHeader& made = creator != nullptr ? *creator() : sConstructUnknown(name);
+    KxHandle<KxSipHeader>::sOfNew(made).detach();
+    return made;
 }
 
-[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sConstructUnknown(std::string_view name) {
-    return KxHandle<KxSipHeader>::sOfNew(new KxSipUnknownHeader(KxString(name), KxString()));
+[[gnu::noinline]] KxSipHeader& KxSipHeader::sConstructUnknown(std::string_view name) {
+    return *new KxSipUnknownHeader(KxString(name), KxString());
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::string_view value) {
@@ -219,7 +221,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::st
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view name) {
-    return sConstruct<Oskan::TraceScope>(name, findClass(name).creator);
+    return KxHandle<KxSipHeader>(&sConstruct<Oskan::TraceScope>(name, findClass(name).creator), KxUncounted{});
 }
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
@@ -242,9 +244,9 @@ void KxSipHeader::parse(KxInputStream& in) {
 }
 
 template <class Scope>
-[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* registered) {
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* known) {
     const Scope trace(s_logger, "KxSipHeader::parse");
-    if (m_token.c_str() != registered) {
+    if (m_token.c_str() != known) {
         setToken(line.name());
     }
     return parseRest<Scope>(line);
@@ -260,7 +262,7 @@ template <class Scope>
     if (fault || line.isAtEnd()) {
         return fault;
     }
-    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true>(line) : parseFurther<false>(line);
+    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true, Scope>(line) : parseFurther<false, Scope>(line);
 }
 
 /** As parseRest, for what is not part of reading a line of a message. */
@@ -270,7 +272,7 @@ KxSipFault KxSipHeader::parseValues(KxSipLine& line) {
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
     thousands of values. */
-template <bool kIsExact>
+template <bool kIsExact, class Scope>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxSipLine& line) {
     if (kIsExact && !KxSipHeaderKinds::sIsList(m_headerID)) {
         return line.skipToText() ? kTextAfterValue : KxSipFault();
@@ -280,17 +282,17 @@ template <bool kIsExact>
     KxHandle<KxSipHeader> further;
     KxHandle<KxSipHeader>* link = &further;
     while (kIsExact ? line.skipComma() : line.skipToNextValue()) {
-        *link = sConstruct<Oskan::TraceScope>(name, creator);
-        const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
+        KxSipHeader& value = sConstruct<Scope>(name, creator);
+        *link = KxHandle<KxSipHeader>(&value, KxUncounted{});
+        const Scope trace(s_logger, "KxSipHeader::parseRest");
         if (!line.skipToText() || (kIsExact && line.peek() == ',')) {
             return kNothingAfterColon;
         }
-        KxSipHeader* const last = link->get();
-        last->setInMessage(isInMessage());
-        if (const KxSipFault fault = last->readValue(line)) {
+        value.setInMessage(isInMessage());
+        if (const KxSipFault fault = value.readValue(line)) {
             return fault;
         }
-        link = &last->m_next;
+        link = &value.m_next;
     }
     if (kIsExact && line.skipToText()) {
         return kTextAfterValue;

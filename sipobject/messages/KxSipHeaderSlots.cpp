@@ -155,6 +155,7 @@ void KxSipHeaderSlots::replace(KxHandle<KxSipHeader> header) {
     KxHandle<KxSipHeader>& present = isOwn ? ownSlotFor(id) : slotFor(id);
     header->joinMessage();
     emptySlot(present);
+    m_lastRead = nullptr;
     present = std::move(header);
     if (KxSipHeader** const known = nearEnd(id)) {
         *known = nullptr;
@@ -174,6 +175,9 @@ KxSipHeader** KxSipHeaderSlots::nearEnd(HeaderID id) {
 
 /** The last value of a chain: found by walking along a short chain, cached for a long one. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
+    if (m_lastRead != nullptr && m_lastRead->getHeaderID() == id && m_lastRead->m_next.isNil()) {
+        return m_lastRead;
+    }
     KxSipHeader** cache = nearEnd(id);
     KxSipHeader* const known = cache == nullptr ? nullptr : *cache;
     KxSipHeader* last = known == nullptr ? first(id).get() : known;
@@ -197,6 +201,7 @@ void KxSipHeaderSlots::removeAfter(HeaderID id, KxSipHeader* before) {
     const KxHandle<KxSipHeader> removed = std::move(link);
     link = std::move(removed->m_next);
     removed->setInMessage(false);
+    m_lastRead = m_lastRead == removed.get() ? nullptr : m_lastRead;
     if (KxSipHeader** const known = nearEnd(id); known != nullptr && *known == removed.get()) {
         *known = before;
     }

@@ -82,11 +82,14 @@ public:
         }
         const HeaderID id = header.get()->getHeaderID();
         KxHandle<KxSipHeader>& present = slotFor(id);
+        KxSipHeader* const read = header.get();
         if (!present.isNil()) {
             extendChain(present, std::move(header), false);
+            m_lastRead = read;
             return id;
         }
         startChain(present, std::move(header));
+        m_lastRead = read;
         return KxHeaderIDs::kNone;
     }
     /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
@@ -227,6 +230,7 @@ private:
     };
     std::unique_ptr<Far> m_far;
     KxSipOwnKinds m_own;
+    KxSipHeader* m_lastRead = nullptr;                   // the value that addRead added last, while it is here
     mutable std::unique_ptr<LongChains> m_longChains;    // created for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd
 };
