@@ -124,6 +124,10 @@ public:
     [[gnu::always_inline]] std::string_view until() {
         return takeTo(KxBytes::findAny<kDelimiters...>(begin(), end(), readableEnd()));
     }
+    /** Takes the characters up to the first CR or LF, or the end. */
+    std::string_view untilBreak() {
+        return m_isPlain && end() - begin() >= 2 ? takeTo(end() - 2) : until<'\r', '\n'>();
+    }
     /** Skips white space, then as `until`. */
     [[gnu::always_inline]] std::string_view token(const KxCharSet& delimiters) {
         skipSpace();
@@ -178,7 +182,7 @@ private:
     UserParts m_userParts;
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
     std::optional<KxSipFault> m_kept;  ///< Why a value is kept as text.
-    bool m_isPlain = false;
+    bool m_isPlain = false; ///< Whether the text is a plain line: its only control characters are CR LF at its end.
     bool m_isReadTwice = false;
     bool m_isLost = false;
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.

@@ -54,12 +54,17 @@ constinit std::atomic<std::uint32_t> KxSipHeader::s_changes{0};
 
 /** A loop, not recursion, since a long chain would overflow the stack. */
 void KxSipHeader::releaseChain() {
-    KxHandle<KxSipHeader> next = std::move(m_next);
-    while (!next.isNil() && next->isUnshared()) {
-        next = KxHandle<KxSipHeader>(std::move(next->m_next));
+    KxSipHeader* next = m_next.detach();
+    while (next != nullptr && next->isUnshared()) {
+        KxSipHeader* const after = next->m_next.detach();
+        next->Release(true);
+        next = after;
     }
-    if (isInMessage() && !next.isNil()) { // an application still holds one of them, which outlives the message
-        next->leaveMessage();
+    if (next != nullptr) { // an application still holds it, so that it outlives the message
+        if (isInMessage()) {
+            next->leaveMessage();
+        }
+        next->Release(true);
     }
 }
 
