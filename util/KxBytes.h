@@ -83,7 +83,7 @@ struct Ends {
     }
     /** A hash of `bits` bits. */
     std::size_t hash(int bits) const {
-        return static_cast<std::size_t>(((both ^ count) * 0x9E3779B97F4A7C15ULL) >> (64 - bits));
+        return static_cast<std::size_t>((both * 0x9E3779B97F4A7C15ULL) >> (64 - bits));
     }
     /** A form in which texts that differ only in letter case are equal. Some other texts become equal, too. */
     Ends folded() const {

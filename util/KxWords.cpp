@@ -71,15 +71,10 @@ private:
 
 Table s_table;
 
-/** The constant for exactly this text, or null. */
-[[gnu::always_inline]] inline KxStringBuffer* find(std::string_view text) {
-    if (text.size() > kLongestWord) {
-        return nullptr;
-    }
-    const KxBytes::Ends ends(text.data(), text.size());
+/** The constant with these ends, or null. */
+[[gnu::always_inline]] inline KxStringBuffer* find(const KxBytes::Ends& ends) {
     for (const Table::Way& way : s_table.bucket(ends)) {
-        if (way.ends == ends && way.word != nullptr &&
-            (text.size() <= 8 || KxBytes::equal(way.word->c_str(), text.data(), text.size()))) {
+        if (way.ends == ends) {
             return way.word;
         }
     }
@@ -89,6 +84,15 @@ Table s_table;
 } // namespace
 
 KxStringBuffer* KxWords::findOrCopy(std::string_view text) {
-    KxStringBuffer* const known = find(text);
+    KxStringBuffer* known = nullptr;
+    if (text.size() >= 4 && text.size() <= 8) { // most words: the first and last four bytes are all, without a question
+        known = find(KxBytes::Ends(text.data(), text.size()));
+    } else if (text.size() <= kLongestWord) {
+        const KxBytes::Ends ends(text.data(), text.size());
+        known = find(ends);
+        if (!ends.areWhole() && known != nullptr && !KxBytes::equal(known->c_str(), text.data(), text.size())) {
+            known = nullptr;
+        }
+    }
     return known != nullptr ? known : KxStringBuffer::createHeld(text);
 }
