@@ -21,7 +21,7 @@ struct MemClasses {
     static constexpr std::size_t kMaxBlock = kSlabPayload / 2 / 16 * 16; ///< Larger blocks get slabs of their own.
     static constexpr std::size_t kGranule = 8;
     static constexpr std::size_t kMaxStep = 256; ///< Up to here every multiple of a granule is a class.
-    static constexpr std::size_t kClasses = 64; ///< Class 0 is never used.
+    static constexpr std::size_t kClasses = 64;  ///< Class 0 is never used.
     static constexpr std::size_t kCellBytes = 16;
 
     std::array<std::uint16_t, kClasses> blockBytes{};
@@ -53,7 +53,9 @@ struct MemClasses {
     }
 
     /** For a multiple of a granule from 16 to kMaxStep. */
-    static constexpr std::size_t cellOffsetOfStep(std::size_t bytes) { return (bytes / kGranule - 1) * kCellBytes; }
+    static constexpr std::size_t cellOffsetOfStep(std::size_t bytes) {
+        return bytes * (kCellBytes / kGranule) - kCellBytes;
+    }
     constexpr std::size_t bytesOfCell(std::size_t offset) const { return blockBytes[offset / kCellBytes]; }
 };
 
