@@ -19,6 +19,8 @@ namespace {
 
 constinit Oskan::MemAccount s_account{"KxParameters"};
 
+constinit KxConstString s_nothing("");
+
 /** Finds all characters at which a part of a pair may end, white space and characters that need quotes. What else it
     finds is rare. */
 using Marks = KxByteScan<',', ';', '>'>;
@@ -51,7 +53,7 @@ bool isPlain(std::string_view text) {
 
 /** Whether the text is a name, or a name and a value that is a quoted text or has no characters that need quotes.
     `equals` is null if there is no value. */
-[[gnu::noinline]] bool isExact(const char* begin, const char* equals, const char* end) {
+bool isExact(const char* begin, const char* equals, const char* end) {
     const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
     const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
     if (name.empty() || !isPlain(name)) {
@@ -163,9 +165,7 @@ void KxParameters::destroySelf() {
         delete this;
         return;
     }
-    for (Pair* pair = m_inline; pair != m_inline + m_size; ++pair) {
-        pair->~Pair();
-    }
+    std::destroy_n(m_inline, m_size);
     s_account.deallocate(this, sizeof *this);
 }
 
@@ -295,8 +295,8 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
     if (name.empty() && value.empty()) {
         return;
     }
-    static constinit const KxConstString kNothing("");
-    KxString held = value.empty() ? KxString(kNothing) : KxString(value);
+    KxString held =
+        value.empty() ? KxString(KxHandle<KxStringBuffer>(s_nothing.constant(), KxUncounted{})) : KxString(value);
     Pair* const present = m_size == 0 ? nullptr : find(name);
     if (present != nullptr) {
         present->value = std::move(held);
@@ -305,42 +305,25 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
     }
 }
 
-/** Reads the pairs in one pass; returns where it stopped, or null for a pair that is not exact. */
+/** Reads the pairs in one pass; returns where it stopped, or null for a pair that is not exact. A usual pair is a name,
+    or a name, "=" and a value, with nothing else in it that Marks finds. */
 template <KxParameters::Reading kReading>
 const char* KxParameters::parsePairs(const char* begin, const char* const end, const char* readable) {
-    constexpr bool kInStream = kReading != Reading::Text;
-    constexpr bool kExact = kReading == Reading::Exact;
-    const auto endsPair = [](char c) { return c == ';' || (kInStream && (c == '\r' || c == ',' || c == '\n')); };
     Marks marks(begin, end, readable);
     while (true) {
-        const char* equals = nullptr;
-        bool isUsual = true; // a name, or a name, "=" and a plain or quoted value, without blanks around them
         const char* at = marks.next();
-        for (; at != end && !endsPair(*at); at = marks.next()) {
-            if (*at == '=') {
-                equals = equals == nullptr ? at : equals;
-            } else if (*at == '"') {
-                const bool beginsValue = at - 1 == equals;
-                at = findQuoteEnd<kInStream>(at + 1, end);
-                const bool isClosed = at != end && *at == '"';
-                if (kExact && !isClosed) {
-                    return nullptr;
-                }
-                at = isClosed ? at + 1 : at;
-                isUsual = isUsual && beginsValue && isClosed && (at == end || endsPair(*at));
-                marks.skipTo(at);
-            } else if (static_cast<unsigned char>(*at) <= ' ' || *at == '<' || *at == '>') {
-                isUsual = false;
-            }
+        const char* const nameEnd = at;
+        if (at != end && *at == '=') {
+            at = marks.next();
         }
-        const char* const nameEnd = equals == nullptr ? at : equals;
-        const char* const value = equals == nullptr ? at : equals + 1;
-        if (isUsual && (!kExact || begin != nameEnd)) [[likely]] {
-            store(textOf(begin, nameEnd), textOf(value, at));
-        } else if (kExact && !isExact(begin, equals, at)) {
-            return nullptr;
+        if ((at == end || endsPair<kReading>(*at)) && (kReading != Reading::Exact || nameEnd != begin)) [[likely]] {
+            store(textOf(begin, nameEnd), textOf(at == nameEnd ? at : nameEnd + 1, at));
         } else {
-            storeTrimmed(textOf(begin, nameEnd), textOf(value, at));
+            at = parseUnusualPair<kReading>(begin, end, readable);
+            if (kReading == Reading::Exact && at == nullptr) {
+                return nullptr;
+            }
+            marks.skipTo(at == end ? at : at + 1);
         }
         if (at == end || *at != ';') {
             return at;
@@ -349,8 +332,34 @@ const char* KxParameters::parsePairs(const char* begin, const char* const end, c
     }
 }
 
-void KxParameters::storeTrimmed(std::string_view name, std::string_view value) {
-    store(KxAscii::trim(name), KxAscii::trim(value));
+/** Reads one pair of any kind; returns where it ends, or null if it is not exact. */
+template <KxParameters::Reading kReading>
+[[gnu::noinline]] const char* KxParameters::parseUnusualPair(const char* begin, const char* const end,
+                                                             const char* readable) {
+    constexpr bool kInStream = kReading != Reading::Text;
+    constexpr bool kExact = kReading == Reading::Exact;
+    Marks marks(begin, end, readable);
+    const char* equals = nullptr;
+    const char* at = marks.next();
+    for (; at != end && !endsPair<kReading>(*at); at = marks.next()) {
+        if (*at == '=') {
+            equals = equals == nullptr ? at : equals;
+        } else if (*at == '"') {
+            at = findQuoteEnd<kInStream>(at + 1, end);
+            const bool isClosed = at != end && *at == '"';
+            if (kExact && !isClosed) {
+                return nullptr;
+            }
+            at = isClosed ? at + 1 : at;
+            marks.skipTo(at);
+        }
+    }
+    if (kExact && !isExact(begin, equals, at)) {
+        return nullptr;
+    }
+    store(KxAscii::trim(textOf(begin, equals == nullptr ? at : equals)),
+          KxAscii::trim(textOf(equals == nullptr ? at : equals + 1, at)));
+    return at;
 }
 
 void KxParameters::parse(std::string_view text, const char* readable) {

@@ -157,9 +157,14 @@ private:
     enum class Reading { Text, Stream, Exact };
     /** Adds a pair, or sets the value of a name that is there; does nothing if both are empty. */
     void store(std::string_view name, std::string_view value);
-    [[gnu::noinline]] void storeTrimmed(std::string_view name, std::string_view value);
+    template <Reading kReading>
+    static bool endsPair(char c) {
+        return c == ';' || (kReading != Reading::Text && (c == '\r' || c == ',' || c == '\n'));
+    }
     template <Reading kReading>
     const char* parsePairs(const char* begin, const char* end, const char* readable);
+    template <Reading kReading>
+    const char* parseUnusualPair(const char* begin, const char* end, const char* readable);
     void append(KxString&& name, KxString&& value);
     void appendToLong(KxString&& name, KxString&& value);
     std::uint32_t capacity() const;

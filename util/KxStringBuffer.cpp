@@ -27,8 +27,8 @@ void KxStringBuffer::operator delete(void* block) {
 /** Does what `delete this` does, without a virtual call. Apart from the block itself, only text outside the block has
     to be freed. */
 void KxStringBuffer::destroySelf() {
-    const std::size_t block = kTextOffset + m_capacity + 1;
-    if (block > Oskan::MemClasses::kMaxStep || !s_account.deallocateAtHand(this, block)) [[unlikely]] {
+    constexpr std::size_t kMostAtHand = Oskan::MemClasses::kMaxStep - kTextOffset - 1;
+    if (m_capacity > kMostAtHand || !s_account.deallocateAtHand(this, kTextOffset + m_capacity + 1)) [[unlikely]] {
         destroySlowly();
     }
 }

@@ -73,6 +73,7 @@ Table s_table;
 
 /** The constant with these ends, or null. */
 [[gnu::always_inline]] inline KxStringBuffer* find(const KxBytes::Ends& ends) {
+#pragma GCC unroll 2
     for (const Table::Way& way : s_table.bucket(ends)) {
         if (way.ends == ends) {
             return way.word;
@@ -84,13 +85,15 @@ Table s_table;
 } // namespace
 
 KxStringBuffer* KxWords::findOrCopy(std::string_view text) {
+    const std::size_t size = text.size();
     KxStringBuffer* known = nullptr;
-    if (text.size() >= 4 && text.size() <= 8) { // most words: the first and last four bytes are all, without a question
-        known = find(KxBytes::Ends(text.data(), text.size()));
-    } else if (text.size() <= kLongestWord) {
-        const KxBytes::Ends ends(text.data(), text.size());
-        known = find(ends);
-        if (!ends.areWhole() && known != nullptr && !KxBytes::equal(known->c_str(), text.data(), text.size())) {
+    if (size >= 4 && size <= 8) { // Ends has no other branch then; see KxBytes
+        known = find(KxBytes::Ends(text.data(), size));
+    } else if (size >= 1 && size <= 3) {
+        known = find(KxBytes::Ends(text.data(), size));
+    } else if (size <= kLongestWord) {
+        known = find(KxBytes::Ends(text.data(), size));
+        if (known != nullptr && !KxBytes::equal(known->c_str(), text.data(), size)) {
             known = nullptr;
         }
     }
