@@ -101,6 +101,8 @@ public:
 
     /** Writes the pairs in order, separated by ";". There is no ";" before the first pair. */
     void serialize(KxOutputStream& out) const;
+    /** Writes the pairs in order, with ";" before each. */
+    void serializeEach(KxOutputStream& out) const;
     KxString getString() const;
 
     /** The value; nil when the name is absent, empty when the name has no value. */
@@ -140,6 +142,8 @@ private:
     Pair* findIndexed(std::string_view name);
     /** What is read: all of a text, a stream up to the end of the list, or the same as exactly as possible. */
     enum class Reading { Text, Stream, Exact };
+    [[gnu::noinline]] void serializeFrom(KxOutputStream& out, Iterator pair) const;
+    static void write(KxOutputStream& out, const Pair& pair);
     void parsePair(const char* begin, const char* equals, const char* end);
     template <Reading kReading>
     const char* parsePairs(const char* begin, const char* end, const char* readable);

@@ -1,7 +1,6 @@
 #include "util/KxSharedParameters.h"
 
 #include "core/ForkLock.h"
-#include "util/KxOutputStream.h"
 
 #include <array>
 #include <mutex>
@@ -97,9 +96,4 @@ void KxSharedParameters::replace(KxParameters* list) {
     if (old != nullptr) {
         old->Release(true);
     }
-}
-
-void KxSharedParameters::serializeAll(KxOutputStream& out) const {
-    out.write(';');
-    peek()->serialize(out);
 }

@@ -59,8 +59,8 @@ public:
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
     /** Writes ";" and the pairs, or nothing when there are none. */
     void serializeWithSemicolon(KxOutputStream& out) const {
-        if (!empty()) {
-            serializeAll(out);
+        if (const KxParameters* const list = peek()) {
+            list->serializeEach(out);
         }
     }
 
@@ -76,7 +76,6 @@ private:
     bool isOurs(const KxParameters& list) const {
         return list.isUnshared() || (m_word.load(std::memory_order_relaxed) & kOwn) != 0;
     }
-    void serializeAll(KxOutputStream& out) const;
     std::uintptr_t share() const;
     KxParameters& lend() const;
     KxParameters& makeOurs();

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] bool empty() const { return length() == 0; }
     std::size_t length() const { return isNil() ? 0 : m_buffer.get()->length(); }
     const char* c_str() const { return isNil() ? "" : m_buffer.get()->c_str(); }
+    /** As KxStringBuffer::copyTo; nothing for nil. */
+    char* copyTo(char* to) const { return isNil() ? to : m_buffer.get()->copyTo(to); }
     std::string_view view() const { return isNil() ? std::string_view("", 0) : m_buffer.get()->view(); }
     operator std::string_view() const { return view(); }
     char operator[](std::size_t index) const { return view()[index]; }

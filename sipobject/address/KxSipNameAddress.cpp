@@ -305,12 +305,16 @@ void KxSipNameAddress::setDisplayName(const char* begin, const char* end) {
 }
 
 void KxSipNameAddress::display(KxOutputStream& out, bool) const {
-    if (!m_displayName.empty()) {
-        out.write(m_displayName.view());
-        out.write(' ');
+    if (m_displayName.empty()) {
+        out.write('<');
+    } else {
+        out.writeAll(m_displayName, std::string_view(" <", 2));
     }
-    out.write('<');
-    out << m_URI;
+    if (!m_URI.isNil() && m_URI->isSipURL()) {
+        static_cast<const KxSipURL*>(m_URI.get())->display(out, false);
+    } else {
+        out << m_URI;
+    }
     out.write('>');
 }
 

@@ -33,12 +33,18 @@ protected:
                                      : m_nameAddress->parse(line);
     }
 
+    void serializeAddress(KxOutputStream& out) const {
+        if (!m_nameAddress.isNil()) {
+            m_nameAddress->display(out, false);
+        }
+    }
+
     KxHandle<KxSipNameAddress> m_nameAddress;
 
 private:
     friend class KxSipHeaderOf<H>;
 
-    void serializeValue(KxOutputStream& out) const { out << m_nameAddress; }
+    void serializeValue(KxOutputStream& out) const { serializeAddress(out); }
 };
 
 /** The address headers with header parameters after the name-address: name-addr *(SEMI parameter). A class H with
@@ -95,7 +101,7 @@ protected:
         return fault;
     }
     void serializeValue(KxOutputStream& out) const {
-        out << this->m_nameAddress;
+        this->serializeAddress(out);
         this->serializeParameters(out);
     }
 

@@ -301,7 +301,7 @@ KxString KxSipHeader::getValueText() const {
 void KxSipHeader::serializeLines(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::serialize");
     for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
-        out.writeAll(value->m_token.view(), std::string_view(": ", 2));
+        out.writeAll(value->m_token, std::string_view(": ", 2));
         value->doSerialize(out);
         out.write(std::string_view("\r\n", 2));
     }

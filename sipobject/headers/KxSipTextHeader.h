@@ -23,5 +23,5 @@ private:
         m_text = KxString(line.until<'\r', '\n'>());
         return {};
     }
-    void serializeValue(KxOutputStream& out) const { out.write(m_text.view()); }
+    void serializeValue(KxOutputStream& out) const { out.writeAll(m_text); }
 };

@@ -106,6 +106,7 @@ private:
     KxSipViaHeader();
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
+    void serializeUnusual(KxOutputStream& out) const;
     KxSipFault parseStrictly(KxSipLine& line);
     template <bool kStrict>
     KxSipFault parseAfterTransport(KxSipLine& line);
