@@ -50,16 +50,16 @@ public:
     /** The number of characters that fit without growing. */
     std::size_t capacity() const { return m_capacity & ~kOutside; }
     std::string_view view() const { return {c_str(), m_length}; }
-    /** Copies the text, of at most KxBytes::kMediumCopy bytes, and returns the end of the copy. After it, up to
-        KxBytes::kSlack more bytes may be overwritten. */
-    char* copyTo(char* to) const {
-        if (m_length <= kInObject && (m_capacity & kOutside) == 0) { // copy all that is in the object
+    /** Copies the text, whose length is given and at most KxBytes::kMediumCopy, and returns the end of the copy. After
+        it, up to KxBytes::kSlack more bytes may be overwritten. */
+    [[gnu::always_inline]] char* copyTo(char* to, std::size_t length) const {
+        if (length <= kInObject && (m_capacity & kOutside) == 0) { // copy all that is in the object
             static_assert(kInObject == KxBytes::kSlack);
             __builtin_memcpy(to, inlineText(), 8);
             __builtin_memcpy(to + 8, inlineText() + 8, kInObject - 8);
-            return to + m_length;
+            return to + length;
         }
-        return KxBytes::copyMedium(to, c_str(), m_length);
+        return KxBytes::copyMedium(to, c_str(), length);
     }
 
     void assign(const char* text);

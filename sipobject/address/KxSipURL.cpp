@@ -286,13 +286,11 @@ void KxSipURL::display(KxOutputStream& out, bool) const {
     if (m_form != 0 || !m_headers.empty() || !m_password.empty()) [[unlikely]] {
         return displaySeldom(out);
     }
+    const KxOutputStream::SeparateNumber port{m_hasPort, ':', m_port};
     if (m_user.empty()) {
-        out.writeAll(kScheme, m_host);
+        out.writeAll(kScheme, m_host, port);
     } else {
-        out.writeAll(kScheme, m_user, '@', m_host);
-    }
-    if (m_hasPort) {
-        out.writeAll(':', m_port);
+        out.writeAll(kScheme, m_user, '@', m_host, port);
     }
     m_parameters.serializeWithSemicolon(out);
 }

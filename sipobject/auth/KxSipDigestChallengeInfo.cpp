@@ -19,8 +19,9 @@ constinit Oskan::AceCleanupLogger s_logger{kName};
 
 bool isBare(const KxString& name) {
     constexpr std::string_view kBare[] = {"algorithm", "stale", "uri"};
-    return std::any_of(std::begin(kBare), std::end(kBare),
-                       [&name](std::string_view bare) { return name.equalsNoCase(bare); });
+    return std::any_of(std::begin(kBare), std::end(kBare), [&name](std::string_view bare) {
+        return name.length() == bare.size() && name.equalsNoCase(bare);
+    });
 }
 
 void writeAll(KxOutputStream& out, const KxParameters& properties) {

@@ -209,11 +209,7 @@ void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
     if (!isUsual || !m_comment.empty()) [[unlikely]] {
         return serializeUnusual(out);
     }
-    if (m_hasPort) {
-        out.writeAll(kUsual, m_transport, ' ', m_host, ':', m_port);
-    } else {
-        out.writeAll(kUsual, m_transport, ' ', m_host);
-    }
+    out.writeAll(kUsual, m_transport, ' ', m_host, KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
     m_parameters.serializeWithSemicolon(out);
 }
 

@@ -327,8 +327,14 @@ KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& ty
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
-    findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
-    out.write(std::string_view("\r\n", 2));
+    std::string_view lineEnd;
+    if (KxSipHeader::sTracesLines()) [[unlikely]] {
+        findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
+    } else {
+        findInOrder([&](HeaderID, const KxSipHeader& first)
+                        __attribute__((always_inline)) { return first.writeLines(out, lineEnd), false; });
+    }
+    out.writeAll(lineEnd, std::string_view("\r\n", 2));
 }
 
 // ---- all headers of a name ----
