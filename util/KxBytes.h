@@ -24,7 +24,7 @@ Word load(const char* at) {
 inline constexpr std::size_t kShortCopy = 32;
 
 /** Copies up to kShortCopy bytes; returns the end of the copy. */
-inline char* copyShort(char* to, const char* from, std::size_t count) {
+[[gnu::always_inline]] inline char* copyShort(char* to, const char* from, std::size_t count) {
     if (count >= 16) {
         __builtin_memcpy(to, from, 16);
         __builtin_memcpy(to + count - 16, from + count - 16, 16);

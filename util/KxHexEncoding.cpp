@@ -35,6 +35,15 @@ inline void toHex16(const char* bytes, char* out) {
     std::memcpy(out, digits, sizeof digits);
 }
 
+/** Apart, so that the usual length needs no saved registers. */
+[[gnu::noinline]] char* toHexEach(std::string_view bytes, char* out) {
+    for (const char byte : bytes) {
+        *out++ = kDigits[static_cast<unsigned char>(byte) >> 4];
+        *out++ = kDigits[byte & 15];
+    }
+    return out;
+}
+
 } // namespace
 
 char* KxHexEncoding::toHex(std::string_view bytes, char* out) {
@@ -42,11 +51,7 @@ char* KxHexEncoding::toHex(std::string_view bytes, char* out) {
         toHex16(bytes.data(), out);
         out += 2 * sizeof(Bytes);
     }
-    for (const char byte : bytes) {
-        *out++ = kDigits[static_cast<unsigned char>(byte) >> 4];
-        *out++ = kDigits[byte & 15];
-    }
-    return out;
+    return bytes.empty() ? out : toHexEach(bytes, out);
 }
 
 KxString KxHexEncoding::toHex(const KxHandle<KxByteArray>& bytes) {

@@ -14,7 +14,7 @@ public:
     /** Holds the list itself, not a copy: other holders of the list may go on changing it. Nil for none. */
     explicit KxSharedParameters(const KxHandle<KxParameters>& list)
         : m_word(list.isNil() ? 0 : wordOf(KxHandle<KxParameters>(list).detach()) | kLent | kOwn) {}
-    KxSharedParameters(const KxSharedParameters& other) : m_word(other.share()) {}
+    KxSharedParameters(const KxSharedParameters& other) : m_word(other.peek() == nullptr ? 0 : other.share()) {}
     KxSharedParameters& operator=(const KxSharedParameters& other) {
         KxSharedParameters copy(other);
         m_word.store(copy.m_word.exchange(m_word.load()));

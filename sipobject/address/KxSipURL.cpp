@@ -111,9 +111,7 @@ KxSipURL::KxSipURL(const KxSipURL& other)
       m_hasPort(other.m_hasPort),
       m_form(other.m_form),
       m_parameters(other.m_parameters),
-      m_headers(other.m_headers) {
-    m_isSipURL = true;
-}
+      m_headers(other.m_headers) {}
 
 KxSipURL* KxSipURL::clone() const {
     return new KxSipURL(*this);

@@ -22,7 +22,7 @@ protected:
     explicit KxSipAddressHeader(const KxHandle<KxSipURL>& url)
         : m_nameAddress(new KxSipNameAddress(KxString(""), url)) {}
     KxSipAddressHeader(const KxSipAddressHeader& other)
-        : KxSipHeaderOf<H>(other), m_nameAddress(other.m_nameAddress->clone()) {}
+        : KxSipHeaderOf<H>(other), m_nameAddress(KxMake<KxSipNameAddress>(*other.m_nameAddress)) {}
 
     /** The SIP URL of the name-address; nil when there is none. */
     KxHandle<KxSipURL> getSipURL() const { return m_nameAddress->getURL(); }
