@@ -25,7 +25,7 @@ Word load(const char* at) {
 inline constexpr std::size_t kShortCopy = 32;
 
 /** Copies up to kShortCopy bytes; returns the end of the copy. */
-inline char* copyShort(char* to, const char* from, std::size_t count) {
+[[gnu::always_inline]] inline char* copyShort(char* to, const char* from, std::size_t count) {
     if (count >= 16) {
         __builtin_memcpy(to, from, 16);
         __builtin_memcpy(to + count - 16, from + count - 16, 16);
@@ -42,6 +42,22 @@ inline char* copyShort(char* to, const char* from, std::size_t count) {
     }
     return to + count;
 }
+
+/** The most bytes that copyMedium copies. */
+inline constexpr std::size_t kMediumCopy = 63;
+
+/** Copies up to kMediumCopy bytes; returns the end of the copy. Needs no call. */
+[[gnu::always_inline]] inline char* copyMedium(char* to, const char* from, std::size_t count) {
+    if (count > kShortCopy) {
+        __builtin_memcpy(to, from, kShortCopy);
+        __builtin_memcpy(to + count - kShortCopy, from + count - kShortCopy, kShortCopy);
+        return to + count;
+    }
+    return copyShort(to, from, count);
+}
+
+/** How many bytes after the end of a text writers may overwrite where there is room. */
+inline constexpr std::size_t kSlack = 12;
 
 /** Copies `count` bytes; returns the end of the copy. */
 inline char* copy(char* to, const char* from, std::size_t count) {

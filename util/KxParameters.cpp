@@ -382,15 +382,39 @@ bool KxParameters::parseExactly(KxInputStream& in) {
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {
-    const Iterator last = end();
-    for (Iterator pair = begin(); pair != last;) {
-        if (pair->value.empty()) {
-            out.write(pair->name.view());
-        } else {
-            out.writeAll(pair->name.view(), std::string_view("=", 1), pair->value.view());
-        }
-        if (++pair != last) {
-            out.write(';');
+    if (m_size != 0) {
+        Iterator first = begin();
+        write(out, *first);
+        serializeFrom(out, ++first);
+    }
+}
+
+/** A pair without the ";" before it. */
+void KxParameters::write(KxOutputStream& out, const Pair& pair) {
+    if (pair.value.empty()) {
+        out.writeAll(pair.name);
+    } else {
+        out.writeAll(pair.name, '=', pair.value);
+    }
+}
+
+void KxParameters::serializeFrom(KxOutputStream& out, Iterator pair) const {
+    for (const Iterator last = end(); pair != last; ++pair) {
+        out.write(';');
+        write(out, *pair);
+    }
+}
+
+void KxParameters::serializeEach(KxOutputStream& out) const {
+    if (hasIndex()) [[unlikely]] {
+        return serializeFrom(out, begin());
+    }
+    const Pair* pair = pairs();
+    for (const Pair* const last = pair + m_size; pair != last; ++pair) {
+        const bool isWritten = pair->value.empty() ? out.writeIfRoom(';', pair->name)
+                                                   : out.writeIfRoom(';', pair->name, '=', pair->value);
+        if (!isWritten) [[unlikely]] {
+            return serializeFrom(out, Iterator(pair, nullptr)); // in the tail, so that the loop needs no frame
         }
     }
 }

@@ -109,6 +109,8 @@ public:
 
     /** Writes the pairs in order, separated by ";". There is no ";" before the first pair. */
     void serialize(KxOutputStream& out) const;
+    /** Writes the pairs in order, with ";" before each. */
+    void serializeEach(KxOutputStream& out) const;
     KxString getString() const;
 
     /** The value; nil when the name is absent, empty when the name has no value. */
@@ -155,6 +157,8 @@ private:
     Pair* findIndexed(std::string_view name);
     /** What is read: all of a text, a stream up to the end of the list, or the same as exactly as possible. */
     enum class Reading { Text, Stream, Exact };
+    [[gnu::noinline]] void serializeFrom(KxOutputStream& out, Iterator pair) const;
+    static void write(KxOutputStream& out, const Pair& pair);
     /** Adds a pair, or sets the value of a name that is there; does nothing if both are empty. */
     void store(std::string_view name, std::string_view value);
     template <Reading kReading>

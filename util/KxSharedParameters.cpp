@@ -1,7 +1,6 @@
 #include "util/KxSharedParameters.h"
 
 #include "core/ForkLock.h"
-#include "util/KxOutputStream.h"
 
 #include <array>
 #include <mutex>
@@ -105,9 +104,4 @@ void KxSharedParameters::replace(KxParameters* list) {
     if (old != nullptr) {
         old->Release(true);
     }
-}
-
-void KxSharedParameters::serializeAll(KxOutputStream& out) const {
-    out.write(';');
-    peek()->serialize(out);
 }

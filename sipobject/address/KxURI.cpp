@@ -117,11 +117,6 @@ constinit Oskan::MemAccount KxURI::s_account{"KxURI"};
 
 KxURI::KxURI(const char* scheme) : m_Scheme(scheme) {}
 
-KxURI::KxURI(const KxURI& other)
-    : KxObject(other), m_standalone(other.m_standalone), m_SchemeData(other.m_SchemeData), m_Scheme(other.m_Scheme) {}
-
-KxURI::~KxURI() = default;
-
 KxURI* KxURI::clone() const {
     return new KxURI(*this);
 }

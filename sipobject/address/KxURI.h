@@ -26,7 +26,7 @@ public:
     explicit KxURI(KxSipText scheme) : KxURI(scheme.line(), false) {}
     /** Not assignable, since the class of a URI depends on its scheme. */
     KxURI& operator=(const KxURI&) = delete;
-    ~KxURI() override;
+    ~KxURI() override = default;
     [[nodiscard]] KxURI* clone() const override;
 
     [[nodiscard]] virtual bool hasParameters() const;
@@ -85,7 +85,12 @@ public:
     static KxSipFault sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
 
 protected:
-    KxURI(const KxURI& other);
+    KxURI(const KxURI& other)
+        : KxObject(other),
+          m_isSipURL(other.m_isSipURL),
+          m_standalone(other.m_standalone),
+          m_SchemeData(other.m_SchemeData),
+          m_Scheme(other.m_Scheme) {}
     KxURI(const KxString& scheme, bool isSipURL) : m_isSipURL(isSipURL), m_Scheme(scheme) {}
 
     bool m_isSipURL = false;

@@ -23,5 +23,5 @@ KxSipFault KxSipCallIdHeader::parseValue(KxSipLine& line) {
 }
 
 void KxSipCallIdHeader::serializeValue(KxOutputStream& out) const {
-    out << m_callId;
+    out.writeAll(m_callId);
 }

@@ -327,11 +327,13 @@ KxString KxSipHeader::getValueText() const {
 
 void KxSipHeader::serializeLines(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::serialize");
-    for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
-        out.writeAll(value->m_token.view(), std::string_view(": ", 2));
-        value->doSerialize(out);
-        out.write(std::string_view("\r\n", 2));
-    }
+    std::string_view lineEnd;
+    writeLines(out, lineEnd);
+    out.write(lineEnd);
+}
+
+bool KxSipHeader::sTracesLines() {
+    return s_logger.isEnabled(Oskan::LogLevel::Trace);
 }
 
 void KxSipHeader::display(KxOutputStream& out, bool) const {

@@ -162,6 +162,22 @@ private:
 
     /** As serialize, within an operation that is open. */
     void serializeLines(KxOutputStream& out) const;
+    /** As serializeLines, without the trace scope. First writes `lineEnd`, the end of the line before, and leaves its
+        own last one there. A template, so that this file needs no KxOutputStream. */
+    template <class Out>
+    [[gnu::always_inline]] void writeLines(Out& out, std::string_view& lineEnd) const {
+        for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
+            if (lineEnd.empty()) {
+                out.writeAll(value->m_token, std::string_view(": ", 2));
+            } else {
+                out.writeAll(std::string_view("\r\n", 2), value->m_token, std::string_view(": ", 2));
+            }
+            lineEnd = std::string_view("\r\n", 2);
+            value->doSerialize(out);
+        }
+    }
+    /** Whether serializeLines has a trace scope that is on. */
+    static bool sTracesLines();
 
     bool isInMessage() const { return m_inMessage.load(std::memory_order_relaxed); }
     void setInMessage(bool isPart) { m_inMessage.store(isPart, std::memory_order_relaxed); }

@@ -23,5 +23,5 @@ private:
         m_text = KxString(line.untilBreak());
         return {};
     }
-    void serializeValue(KxOutputStream& out) const { out.write(m_text.view()); }
+    void serializeValue(KxOutputStream& out) const { out.writeAll(m_text); }
 };

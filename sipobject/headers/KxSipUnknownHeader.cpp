@@ -34,5 +34,5 @@ KxSipFault KxSipUnknownHeader::readValue(KxSipLine& line) {
 
 void KxSipUnknownHeader::doSerialize(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doSerialize");
-    out << m_value;
+    out.writeAll(m_value);
 }

@@ -18,6 +18,7 @@ constinit const KxConstString kUdp{"UDP"};
 constinit const KxConstString kNothing{""};
 
 constexpr KxCharSet kSlash("/");
+constexpr std::string_view kUsual = "SIP/2.0/";
 constexpr std::size_t kUuidLength = 36;
 constexpr std::uint32_t kLastPort = 65535;
 constexpr const char* kInvalid = "Invalid Via header";
@@ -220,17 +221,24 @@ KxSipFault KxSipViaHeader::checkValidity() const {
 }
 
 void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
-    constexpr std::string_view kBetween("/", 1);
-    if (m_isHostIPv6) [[unlikely]] {
-        out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view());
+    const bool isUsual = m_protocolName.sharesWith(kSip) && m_protocolVersion.sharesWith(kVersion) && !m_isHostIPv6;
+    if (!isUsual || !m_comment.empty()) [[unlikely]] {
+        return serializeUnusual(out);
+    }
+    out.writeAll(kUsual, m_transport, ' ', m_host, KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
+    m_parameters.serializeWithSemicolon(out);
+}
+
+/** Of any protocol, with a comment, or to an IPv6 address. */
+[[gnu::noinline]] void KxSipViaHeader::serializeUnusual(KxOutputStream& out) const {
+    out.writeAll(m_protocolName, '/', m_protocolVersion, '/', m_transport);
+    if (m_isHostIPv6) {
         out << " [" << m_host << ']';
     } else {
-        out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view(),
-                     std::string_view(" ", 1), m_host.view());
+        out << ' ' << m_host;
     }
     if (m_hasPort) {
-        out.write(':');
-        out << m_port;
+        out << ':' << m_port;
     }
     m_parameters.serializeWithSemicolon(out);
     if (!m_comment.empty()) {

@@ -107,6 +107,7 @@ private:
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
     void parseProtocol(KxSipLine& line);
+    void serializeUnusual(KxOutputStream& out) const;
     KxSipFault parseStrictly(KxSipLine& line);
     template <bool kStrict>
     KxSipFault parseAfterTransport(KxSipLine& line);

@@ -59,22 +59,31 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
         if (!other.first(id).isNil()) { // including one that is not in the order
             KxHandle<KxSipHeader>& first = slotFor(id);
             first = other.copyOf(id);
-            first->joinMessage();
         }
     }
-    m_own.copyFrom(other.m_own, [&other](HeaderID id) {
-        KxHandle<KxSipHeader> first = other.copyOf(id);
-        first->joinMessage();
-        return first;
-    });
+    m_own.copyFrom(other.m_own, [&other](HeaderID id) { return other.copyOf(id); });
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
+    KxHandle<KxSipHeader> copy = copyOfFirst(id);
+    if (copy.isNil()) {
+        return copy;
+    }
+    KxSipHeader* last = copy.get();
+    for (const KxSipHeader* value = first(id).get()->m_next.get(); value != nullptr; value = value->m_next.get()) {
+        last->m_next = sCopyOne(*value);
+        last = last->m_next.get();
+        last->setInMessage(true);
+    }
+    return copy;
+}
+
+KxHandle<KxSipHeader> KxSipHeaderSlots::copyOfFirst(HeaderID id) const {
+    const KxSipHeader* const value = first(id).get();
     KxHandle<KxSipHeader> copy;
-    KxHandle<KxSipHeader>* end = &copy;
-    for (const KxSipHeader* value = first(id).get(); value != nullptr; value = value->m_next.get()) {
-        *end = sCopyOne(*value);
-        end = &(*end)->m_next;
+    if (value != nullptr) {
+        copy = sCopyOne(*value);
+        copy.get()->setInMessage(true);
     }
     return copy;
 }
@@ -343,8 +352,14 @@ KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& ty
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
-    findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
-    out.write(std::string_view("\r\n", 2));
+    std::string_view lineEnd;
+    if (KxSipHeader::sTracesLines()) [[unlikely]] {
+        findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
+    } else {
+        findInOrder([&](HeaderID, const KxSipHeader& first)
+                        __attribute__((always_inline)) { return first.writeLines(out, lineEnd), false; });
+    }
+    out.writeAll(lineEnd, std::string_view("\r\n", 2));
 }
 
 // ---- all headers of a name ----

@@ -74,7 +74,7 @@ public:
     /** Adds a copy of the value, without its chain. Returns false and changes nothing if the value is the first one
         under its name here. */
     bool addSingle(const KxSipHeader& value, bool first);
-    /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind.
+    /** Adds a header that was just read or copied, and is already marked as part of a message, after the last of its kind.
         Returns its kind if that is one of the library's and there was one; else kNone. */
     HeaderID addRead(KxHandle<KxSipHeader>&& header) {
         if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
@@ -96,10 +96,13 @@ public:
     void addUnlisted(KxHandle<KxSipHeader> header);
     /** A deep copy of the value, without its chain. */
     static KxHandle<KxSipHeader> sCopyOne(const KxSipHeader& value) {
-        return KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value.clone()));
+        return KxHandle<KxSipHeader>::sOfNew(static_cast<KxSipHeader*>(value.clone()));
     }
-    /** A deep copy of all values of a kind, chained in their order; nil when there are none. */
+    /** A deep copy of all values of a kind, chained in their order; nil when there are none. The copies are already
+        marked as part of a message. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
+    /** As copyOf, of the first value only. */
+    KxHandle<KxSipHeader> copyOfFirst(HeaderID id) const;
 
     /** Adds the value, or a copy of one that is part of a message, in place of all values of its kind. */
     void replace(KxHandle<KxSipHeader> header);

@@ -266,14 +266,22 @@ void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
 }
 
 void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
-    const KxHandle<KxSipHeader>& first = other.m_headers.first(id);
-    if (!first.isNil()) {
-        asynchAddHeader(KxSipHeaderSlots::sCopyOne(*first), false);
+    KxHandle<KxSipHeader> copy = other.m_headers.copyOfFirst(id);
+    if (!copy.isNil()) {
+        adopt(std::move(copy));
     }
 }
 
 void KxSipMessage::addCopiesOf(const KxSipMessage& other, HeaderID id) {
-    asynchAddHeader(other.m_headers.copyOf(id), false);
+    adopt(other.m_headers.copyOf(id));
+}
+
+/** As asynchAddHeader, for copies that are already marked as part of this message. */
+void KxSipMessage::adopt(KxHandle<KxSipHeader>&& copies) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
+    if (!copies.isNil()) {
+        m_headers.addRead(std::move(copies));
+    }
 }
 
 void KxSipMessage::copyConnection(const KxSipMessage& other) {

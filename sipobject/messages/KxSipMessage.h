@@ -328,6 +328,7 @@ private:
     void replaceByID(KxHandle<KxSipHeader> header);
     template <class H>
     bool listsTag(std::string_view optionTag) const;
+    void adopt(KxHandle<KxSipHeader>&& copies);
 
     static Oskan::MemAccount s_account;
 

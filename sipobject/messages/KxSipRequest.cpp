@@ -286,9 +286,9 @@ void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
     if (m_Method.empty() || m_URI.isNil()) {
         return;
     }
-    out << m_Method << ' ';
+    out.writeAll(m_Method, ' ');
     m_URI->serialize(out);
-    out << " SIP/" << getVersionHigh() << '.' << getVersionLow() << std::string_view("\r\n", 2);
+    out.writeAll(std::string_view(" SIP/", 5), getVersionHigh(), '.', getVersionLow(), std::string_view("\r\n", 2));
 }
 
 /** Moves the headers after the "?" of a SIP Request-URI to the request, where they replace those of the same kind;

@@ -328,6 +328,6 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
 
 void KxSipResponse::serializeStartLine(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipResponse::serializeStartLine");
-    out << "SIP/" << getVersionHigh() << '.' << getVersionLow() << ' ' << getStatusCode() << ' ' << m_reasonPhrase
-        << std::string_view("\r\n", 2);
+    out.writeAll(std::string_view("SIP/", 4), getVersionHigh(), '.', getVersionLow(), ' ', getStatusCode(), ' ',
+                 m_reasonPhrase, std::string_view("\r\n", 2));
 }
