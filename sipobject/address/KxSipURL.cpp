@@ -213,13 +213,14 @@ template KxSipFault KxSipURL::parseUnusual<false>(KxSipLine& line);
 void KxSipURL::parse(const char* text) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(pSipURLString)");
     const std::string_view view(text == nullptr ? "" : text);
-    KxSipFault fault;
-    const bool mayBeUsual = !KxSipGrammar::sReadsURLsStrictly() && !s_logger.isEnabled(Oskan::LogLevel::Debug);
-    if (!mayBeUsual || KxSipUsualURL<false>::sRead(*this, view, view.data() + view.size(), fault) == nullptr) {
-        KxSipLine line(view);
-        fault = parse(line);
+    if (!KxSipGrammar::sReadsURLsStrictly() && !s_logger.isEnabled(Oskan::LogLevel::Debug) && m_user.empty()) {
+        KxSipUsualURL<false> usual(view, view.data() + view.size(), m_standalone);
+        if (usual.find()) {
+            return usual.store(*this).raiseIfAny();
+        }
     }
-    fault.raiseIfAny();
+    KxSipLine line(view);
+    parse(line).raiseIfAny();
 }
 
 void KxSipURL::parse(KxSipText text) {

@@ -21,10 +21,19 @@
 template <bool kStrict>
 class KxSipUsualURL {
 public:
-    /** Reads the URL at the begin of the text; the bytes up to `readable` may be loaded, too. Returns where it ends, or
-        null, without a change, for text of another form. Sets `fault` if the headers have one. */
-    static const char* sRead(KxSipURL& url, std::string_view text, const char* readable, KxSipFault& fault);
-    /** As above; consumes the text. Returns false for text of another form. */
+    /** The URL at the begin of the text. The bytes up to `readable` may be loaded, too. Whether it is standalone matters
+        only without brackets: in a header, ";" then ends it. [RFC 3261 20.10] */
+    KxSipUsualURL(std::string_view text, const char* readable, bool standalone)
+        : m_at(text.data()), m_end(m_at + text.size()), m_readable(readable), m_isBare(!standalone) {}
+
+    /** Finds the parts. Returns false for text of another form. */
+    bool find();
+    /** Stores the parts that were found, into a URL without a user. Returns the fault of the headers. */
+    KxSipFault store(KxSipURL& url);
+    /** The end of what was read. */
+    const char* end() const { return m_at; }
+
+    /** Reads a URL; returns false, without a change, for text of another form. */
     static bool sTake(KxSipURL& url, KxSipLine& line, KxSipFault& fault);
 
 private:
@@ -32,14 +41,9 @@ private:
     static constexpr KxCharSet kDelimiters{" \t\r\n\":@;,<&>?"};
     static constexpr std::ptrdiff_t kMostDigits = 5; // of a port
 
-    KxSipUsualURL(const KxSipURL& url, std::string_view text, const char* readable)
-        : m_at(text.data()), m_end(m_at + text.size()), m_readable(readable), m_isBare(!url.m_standalone) {}
-
-    bool find();
     bool findStart();
     bool findUserAndHost();
     bool findRest();
-    KxSipFault store(KxSipURL& url);
 
     const char* findDelimiter(const char* from) const;
     const char* findPortEnd(const char* colon);
@@ -50,7 +54,7 @@ private:
     const char* const m_end;
     const char* const m_readable;
     bool m_bracket = false;
-    bool m_isBare; ///< In a header, without brackets: ";" then ends the URL. [RFC 3261 20.10]
+    bool m_isBare; ///< Neither standalone nor in brackets.
     bool m_hasPort = false;
     bool m_hasHeaders = false;
     std::uint32_t m_port = 0;
@@ -61,22 +65,14 @@ private:
 };
 
 template <bool kStrict>
-[[gnu::always_inline]] inline const char* KxSipUsualURL<kStrict>::sRead(KxSipURL& url, std::string_view text,
-                                                                        const char* readable, KxSipFault& fault) {
-    KxSipUsualURL usual(url, text, readable);
+[[gnu::always_inline]] inline bool KxSipUsualURL<kStrict>::sTake(KxSipURL& url, KxSipLine& line, KxSipFault& fault) {
+    KxSipUsualURL usual(line.window(), line.readableEnd(), url.m_standalone);
     if (!url.m_user.empty() || !usual.find()) {
-        return nullptr;
+        return false;
     }
     fault = usual.store(url);
-    return usual.m_at;
-}
-
-template <bool kStrict>
-[[gnu::always_inline]] inline bool KxSipUsualURL<kStrict>::sTake(KxSipURL& url, KxSipLine& line, KxSipFault& fault) {
-    const std::string_view text = line.window();
-    const char* const end = sRead(url, text, line.readableEnd(), fault);
-    line.consume(end == nullptr ? 0 : static_cast<std::size_t>(end - text.data()));
-    return end != nullptr;
+    line.consume(static_cast<std::size_t>(usual.end() - line.window().data()));
+    return true;
 }
 
 template <bool kStrict>
@@ -144,8 +140,9 @@ template <bool kStrict>
     }
     m_host = textTo(stop);
     m_at = end;
-    return !m_host.empty() && (!m_hasPort || (end - stop > 1 && end - stop <= 1 + kMostDigits)) &&
-           (!kStrict || (KxSipHost::sIsName(m_host) && Parts::sIsPort(m_port)));
+    const auto digits = end - stop - 1;
+    const bool isPort = !m_hasPort || (digits > 0 && digits <= kMostDigits && (!kStrict || Parts::sIsPort(m_port)));
+    return isPort && !m_host.empty() && (!kStrict || KxSipHost::sIsName(m_host));
 }
 
 /** Finds what is after host and port. */

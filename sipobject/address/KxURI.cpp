@@ -9,7 +9,6 @@
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/address/KxSipUsualURL.h"
 #include "sipobject/address/KxTelURL.h"
-#include "util/KxBytes.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
@@ -38,13 +37,6 @@ constexpr KxCharSet kSchemeCharacters("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNO
 [[gnu::always_inline]] inline const char* nextOf(const char* at, const char* end) {
     at = skip(at, end, ' ', ' ');
     return at != end && *at == '<' ? skip(at + 1, end, ' ', '\t') : at;
-}
-
-/** Whether the text begins with "sip:", "<sip:" or " sip:", as most URIs do. */
-[[gnu::always_inline]] inline bool beginsAsUsual(std::string_view text) {
-    return text.size() >= 5 &&
-           KxBytes::load<std::uint32_t>(text.data() + (text.front() == '<' || text.front() == ' ' ? 1 : 0)) ==
-               KxBytes::load<std::uint32_t>("sip:");
 }
 
 /** The first three letters of a URI, without blanks and opening brackets; NUL if it is shorter. */
@@ -228,18 +220,19 @@ KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
 }
 
 KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
-    const bool isLogged =
-        s_logger.isEnabled(Oskan::LogLevel::Debug) || s_sipURLLogger.isEnabled(Oskan::LogLevel::Debug);
-    if (!beginsAsUsual(line.window()) || isLogged || KxSipGrammar::sReadsURLsStrictly()) [[unlikely]] {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug) || s_sipURLLogger.isEnabled(Oskan::LogLevel::Debug) ||
+        KxSipGrammar::sReadsURLsStrictly()) [[unlikely]] {
+        return sConstructByScheme(line, standalone, uri);
+    }
+    KxSipUsualURL<false> usual(line.window(), line.readableEnd(), standalone);
+    if (!usual.find()) [[unlikely]] {
         return sConstructByScheme(line, standalone, uri);
     }
     KxHandle<KxSipURL> made(new KxSipURL(Held::Tag), KxUncounted{});
     KxSipURL& url = *made.get();
     url.m_standalone = standalone;
-    KxSipFault fault;
-    if (!KxSipUsualURL<false>::sTake(url, line, fault)) {
-        fault = url.parseUnusual<false>(line);
-    }
+    const KxSipFault fault = usual.store(url);
+    line.consume(static_cast<std::size_t>(usual.end() - line.window().data()));
     if (!fault) {
         uri = std::move(made);
     }

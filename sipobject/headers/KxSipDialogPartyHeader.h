@@ -66,9 +66,9 @@ private:
         if (this->m_nameAddress.isNil() || this->m_nameAddress->getURI().isNil()) {
             return KxSipFault(H::kInvalid);
         }
-        const KxHandle<KxURI>& uri = this->m_nameAddress->getURI();
-        if (uri->isSipURL() && uri->hasParameters()) {
-            auto& url = static_cast<KxSipURL&>(*uri);
+        KxURI& uri = *this->m_nameAddress->getURI();
+        if (uri.isSipURL() && static_cast<KxSipURL&>(uri).hasParameters()) {
+            auto& url = static_cast<KxSipURL&>(uri);
             url.removeParameter("transport");
             url.removeParameter("maddr");
             url.removeParameter("ttl");
