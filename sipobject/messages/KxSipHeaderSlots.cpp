@@ -54,25 +54,12 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
-    KxHandle<KxSipHeader> copy = copyOfFirst(id);
-    if (copy.isNil()) {
-        return copy;
-    }
-    KxSipHeader* last = copy.get();
-    for (const KxSipHeader* value = first(id).get()->m_next.get(); value != nullptr; value = value->m_next.get()) {
-        last->m_next = sCopyOne(*value);
-        last = last->m_next.get();
-        last->setInMessage(true);
-    }
-    return copy;
-}
-
-KxHandle<KxSipHeader> KxSipHeaderSlots::copyOfFirst(HeaderID id) const {
-    const KxSipHeader* const value = first(id).get();
     KxHandle<KxSipHeader> copy;
-    if (value != nullptr) {
-        copy = sCopyOne(*value);
-        copy.get()->setInMessage(true);
+    KxHandle<KxSipHeader>* end = &copy;
+    for (const KxSipHeader* value = first(id).get(); value != nullptr; value = value->m_next.get()) {
+        KxHandle<KxSipHeader> next = sMarkedCopy(*value);
+        end->swap(next); // it is nil
+        end = &end->get()->m_next;
     }
     return copy;
 }
