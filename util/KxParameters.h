@@ -80,6 +80,14 @@ public:
     KxParameters& operator=(const KxParameters& other);
     ~KxParameters() override;
 
+    std::uint32_t Release(bool destroy) override {
+        if (destroy && count() == 1) {
+            destroySelf();
+            return 0;
+        }
+        return releaseShared(destroy);
+    }
+
     [[nodiscard]] KxParameters* clone() const override { return new KxParameters(*this); }
     /** Compares the written forms. */
     int compareWith(const KxObject& other) const override;
@@ -131,8 +139,15 @@ public:
     void operator delete(void* block, std::size_t size);
 
 private:
+    friend class KxSharedParameters;
+
     static constexpr std::uint32_t kInline = 2;
     struct Block;
+
+    explicit KxParameters(Held held) : KxObject(held) {}
+    /** An empty list with one reference. */
+    static KxParameters* sCreateHeld();
+    void destroySelf();
 
     Pair* pairs();
     const Pair* pairs() const { return const_cast<KxParameters*>(this)->pairs(); }
@@ -144,9 +159,16 @@ private:
     enum class Reading { Text, Stream, Exact };
     [[gnu::noinline]] void serializeFrom(KxOutputStream& out, Iterator pair) const;
     static void write(KxOutputStream& out, const Pair& pair);
-    void parsePair(const char* begin, const char* equals, const char* end);
+    /** Adds a pair, or sets the value of a name that is there; does nothing if both are empty. */
+    void store(std::string_view name, std::string_view value);
+    template <Reading kReading>
+    static bool endsPair(char c) {
+        return c == ';' || (kReading != Reading::Text && (c == '\r' || c == ',' || c == '\n'));
+    }
     template <Reading kReading>
     const char* parsePairs(const char* begin, const char* end, const char* readable);
+    template <Reading kReading>
+    const char* parseUnusualPair(const char* begin, const char* end, const char* readable);
     void append(KxString&& name, KxString&& value);
     void appendToLong(KxString&& name, KxString&& value);
     std::uint32_t capacity() const;

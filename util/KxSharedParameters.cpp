@@ -87,8 +87,16 @@ KxParameters& KxSharedParameters::lend() const {
 }
 
 KxParameters& KxSharedParameters::makeOurs() {
-    const KxParameters* const shared = peek();
-    KxHandle<KxParameters> own(shared == nullptr ? new KxParameters : shared->clone());
+    if (const KxParameters* const shared = peek()) {
+        return copyOurs(*shared);
+    }
+    KxParameters* const list = KxParameters::sCreateHeld();
+    m_word.store(wordOf(list), std::memory_order_release);
+    return *list;
+}
+
+KxParameters& KxSharedParameters::copyOurs(const KxParameters& shared) {
+    KxHandle<KxParameters> own(shared.clone());
     KxParameters& list = *own;
     replace(own.detach());
     return list;

@@ -79,6 +79,7 @@ private:
     std::uintptr_t share() const;
     KxParameters& lend() const;
     KxParameters& makeOurs();
+    [[gnu::noinline]] KxParameters& copyOurs(const KxParameters& shared);
     void replace(KxParameters* list);
 
     mutable std::atomic<std::uintptr_t> m_word{0};

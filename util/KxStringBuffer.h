@@ -111,11 +111,14 @@ private:
     KxStringBuffer(std::uint32_t capacity, std::size_t length)
         : KxObject(Held::Tag), m_length(static_cast<std::uint32_t>(length)), m_capacity(capacity) {}
 
+    static constexpr std::size_t blockFor(std::size_t capacity);
+    static KxStringBuffer* create(void* block, std::size_t bytes, std::size_t length);
     static KxStringBuffer* create(std::size_t length, std::size_t capacity);
     /** A copy of the text, with one reference. */
     static KxStringBuffer* createHeld(std::string_view text);
-    [[gnu::noinline]] static KxStringBuffer* createHeldLong(std::string_view text);
+    [[gnu::noinline]] static KxStringBuffer* createHeldSlowly(std::string_view text);
     void destroySelf();
+    [[gnu::noinline]] void destroySlowly();
     /** Returns the length; throws if it is too long for a string. */
     static std::size_t checked(std::size_t length);
     [[noreturn]] static void throwTooLong();

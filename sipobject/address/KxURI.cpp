@@ -201,7 +201,7 @@ void KxURI::sAddConstructor(const char* scheme, Creator creator) {
 }
 
 KxHandle<KxURI> KxURI::sConstruct(std::string_view scheme) {
-    const Creator creator = s_registry.find(scheme);
+    const Creator creator = s_registry.find(scheme).creator;
     if (creator != nullptr) {
         return KxHandle<KxURI>::sOfNew(creator());
     }

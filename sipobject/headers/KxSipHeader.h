@@ -132,22 +132,31 @@ private:
     static KxSipFault sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Returns a header with this name and the values in the text after the colon. Throws as sConstructFrom does. */
     static KxHandle<KxSipHeader> sConstructFrom(std::string_view name, std::string_view value);
-    /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. */
-    static KxHandle<KxSipHeader> sConstruct(std::string_view name, Creator creator);
-    static KxHandle<KxSipHeader> sConstructUnknown(std::string_view name);
+    // In the following functions, Scope is NoTraceScope where the logger of this class is known not to trace.
+    template <class Scope>
+    static KxSipFault sReadLine(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
+    static KxSipFault sReadLineTraced(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
+    /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. The caller
+        takes over its first reference. */
+    template <class Scope>
+    static KxSipHeader& sConstruct(std::string_view name, Creator creator);
+    static KxSipHeader& sConstructUnknown(std::string_view name);
     /** An empty header of the class that is registered for the name; nil if there is none. */
     static KxHandle<KxSipHeader> sSample(std::string_view name);
     /** Creates an empty header of the class that the name selects. */
     static KxHandle<KxSipHeader> sMake(std::string_view name);
     /** Reads the line that was taken again, value by value. */
     static KxSipFault sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header);
-    /** Reads the name and the values of the line that was taken. */
-    KxSipFault parse(KxSipLine& line);
+    /** Reads the name and the values of the line that was taken.
+        @param known the text of the name, if it is the registered one or that of this header; else null. */
+    template <class Scope>
+    KxSipFault parse(KxSipLine& line, const char* known);
     /** Reads the values in the line, the first one into this object. */
+    template <class Scope>
     KxSipFault parseRest(KxSipLine& line);
     KxSipFault parseValues(KxSipLine& line);
     /** Reads the rest of the line, after its first value; exactly, or skipping what is between values and commas. */
-    template <bool kIsExact>
+    template <bool kIsExact, class Scope>
     KxSipFault parseFurther(KxSipLine& line);
     void setToken(std::string_view name);
 

@@ -28,7 +28,7 @@ void KxSipUnknownHeader::doParse(KxInputStream& in) {
 KxSipFault KxSipUnknownHeader::readValue(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doParse");
     line.skipSpace();
-    m_value = KxString(line.until<'\r', '\n'>());
+    m_value = KxString(line.untilBreak());
     return {};
 }
 

@@ -131,10 +131,28 @@ std::string_view KxSipViaHeader::sTakeHost(KxSipLine& line) {
 
 KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
     line.skipSpace();
-    if (line.window().substr(0, kUsual.size()) == kUsual) {
+    constexpr char kUsual[] = "SIP/2.0/UDP ";
+    if (KxBytes::startsWith(line.window(), kUsual)) {
         m_protocolName = kSip;
         m_protocolVersion = kVersion;
-        line.consume(kUsual.size());
+        m_transport = kUdp;
+        line.consume(sizeof kUsual - 1);
+    } else {
+        parseProtocol(line);
+    }
+    if (KxSipGrammar::sReadsViasStrictly()) [[unlikely]] {
+        return parseStrictly(line);
+    }
+    return parseAfterTransport<false>(line);
+}
+
+/** Reads protocol name, version and transport. */
+[[gnu::noinline]] void KxSipViaHeader::parseProtocol(KxSipLine& line) {
+    constexpr char kUsual[] = "SIP/2.0/";
+    if (KxBytes::startsWith(line.window(), kUsual)) {
+        m_protocolName = kSip;
+        m_protocolVersion = kVersion;
+        line.consume(sizeof kUsual - 1);
     } else {
         m_protocolName = KxString(KxAscii::trimEnd(line.until(kSlash)));
         line.read();
@@ -142,10 +160,6 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
         line.read();
     }
     m_transport = KxString(KxAscii::trimEnd(line.token(sDelimeters))).upper();
-    if (KxSipGrammar::sReadsViasStrictly()) [[unlikely]] {
-        return parseStrictly(line);
-    }
-    return parseAfterTransport<false>(line);
 }
 
 /** Apart, so that the usual reading needs no more registers. */
@@ -189,11 +203,13 @@ template <bool kStrict>
 
 KxSipFault KxSipViaHeader::checkValidity() const {
     const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader::checkValidity");
-    if (m_transport.empty()) {
-        return KxSipFault("Invalid Via header, no transport");
-    }
-    if (!KxSocketImpl::parseTransport(m_transport).isValid() && !KxSipGrammar::sReadsViasStrictly()) {
-        return KxSipFault("Invalid Via header transport");
+    if (!m_transport.sharesWith(kUdp)) {
+        if (m_transport.empty()) {
+            return KxSipFault("Invalid Via header, no transport");
+        }
+        if (!KxSocketImpl::parseTransport(m_transport).isValid() && !KxSipGrammar::sReadsViasStrictly()) {
+            return KxSipFault("Invalid Via header transport");
+        }
     }
     if (m_protocolName.empty() || m_protocolVersion.empty() || m_host.empty()) {
         return KxSipFault(kInvalid);

@@ -12,8 +12,12 @@ KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
 }
 
 KxSipHeaderSlots::~KxSipHeaderSlots() {
-    for (std::size_t place = 1; place < std::min<std::size_t>(m_slotCount, kNear); ++place) {
-        emptySlot(m_near[place]);
+    const std::size_t count = std::min<std::size_t>(m_slotCount, kNear);
+    for (std::size_t place = 1; place < count; ++place) {
+        if (KxSipHeader* const header = m_near[place].get()) {
+            leaveIfShared(*header);
+            header->Release(true);
+        }
     }
     if (m_far != nullptr) {
         std::for_each(m_far->begin(), m_far->end(), emptySlot);
@@ -23,12 +27,19 @@ KxSipHeaderSlots::~KxSipHeaderSlots() {
     }
 }
 
-/** Empties a slot. Headers that the application still holds are then no longer part of a message. */
+/** Empties a slot. */
 inline void KxSipHeaderSlots::emptySlot(KxHandle<KxSipHeader>& first) {
-    if (!first.isNil() && !first.get()->isUnshared()) {
-        first.get()->leaveMessage();
+    if (!first.isNil()) {
+        leaveIfShared(*first.get());
+        first = nullptr;
     }
-    first = nullptr;
+}
+
+/** Headers that the application still holds are then no longer part of a message. */
+inline void KxSipHeaderSlots::leaveIfShared(KxSipHeader& first) {
+    if (!first.isUnshared()) [[unlikely]] {
+        first.leaveMessage();
+    }
 }
 
 /** The slot of the kind; a kind without one gets a far slot. */
@@ -140,6 +151,7 @@ void KxSipHeaderSlots::replace(KxHandle<KxSipHeader> header) {
     KxHandle<KxSipHeader>& present = isOwn ? ownSlotFor(id) : slotFor(id);
     header->joinMessage();
     emptySlot(present);
+    m_lastRead = nullptr;
     present = std::move(header);
     if (KxSipHeader** const known = nearEnd(id)) {
         *known = nullptr;
@@ -159,6 +171,9 @@ KxSipHeader** KxSipHeaderSlots::nearEnd(HeaderID id) {
 
 /** The last value of a chain: found by walking along a short chain, cached for a long one. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
+    if (m_lastRead != nullptr && m_lastRead->getHeaderID() == id && m_lastRead->m_next.isNil()) {
+        return m_lastRead;
+    }
     KxSipHeader** cache = nearEnd(id);
     KxSipHeader* const known = cache == nullptr ? nullptr : *cache;
     KxSipHeader* last = known == nullptr ? first(id).get() : known;
@@ -182,6 +197,7 @@ void KxSipHeaderSlots::removeAfter(HeaderID id, KxSipHeader* before) {
     const KxHandle<KxSipHeader> removed = std::move(link);
     link = std::move(removed->m_next);
     removed->setInMessage(false);
+    m_lastRead = m_lastRead == removed.get() ? nullptr : m_lastRead;
     if (KxSipHeader** const known = nearEnd(id); known != nullptr && *known == removed.get()) {
         *known = before;
     }

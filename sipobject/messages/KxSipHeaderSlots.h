@@ -35,9 +35,14 @@ public:
         another class. */
     template <class H>
     KxHandle<H> typed() const {
+        return KxHandle<H>(findTyped<H>());
+    }
+    /** As typed, without a reference; null when there is none. */
+    template <class H>
+    H* findTyped() const {
         KxSipHeader* const header = first(H::kHeaderID).get();
         const bool isOther = header != nullptr && typeid(*header) != typeid(H);
-        return KxHandle<H>(static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header));
+        return static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header);
     }
     /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the
         RFC grammar also the kind in this message whose class is registered for the name. */
@@ -77,11 +82,14 @@ public:
         }
         const HeaderID id = header.get()->getHeaderID();
         KxHandle<KxSipHeader>& present = slotFor(id);
+        KxSipHeader* const read = header.get();
         if (!present.isNil()) {
             extendChain(present, std::move(header), false);
+            m_lastRead = read;
             return id;
         }
         startChain(present, std::move(header));
+        m_lastRead = read;
         return KxHeaderIDs::kNone;
     }
     /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
@@ -213,6 +221,7 @@ private:
     void adoptIntoChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     void extendChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     static void emptySlot(KxHandle<KxSipHeader>& first);
+    static void leaveIfShared(KxSipHeader& first);
     bool isInOrder(HeaderID id) const { return m_order[m_order[id].previous].next == id; }
     void removeFromOrder(HeaderID id);
     void removeAfter(HeaderID id, KxSipHeader* before);
@@ -233,6 +242,7 @@ private:
     };
     std::unique_ptr<Far> m_far;
     KxSipOwnKinds m_own;
+    KxSipHeader* m_lastRead = nullptr;                   // the value that addRead added last, while it is here
     mutable std::unique_ptr<LongChains> m_longChains;    // created for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd
 };

@@ -351,8 +351,8 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
 }
 
 std::uint32_t KxSipMessage::getBodyLength() const {
-    const KxHandle<KxSipContentLengthHeader> header = getContentLengthHeader();
-    return header.isNil() ? 0 : header->getContentLength();
+    const auto* const header = m_headers.findTyped<KxSipContentLengthHeader>();
+    return header == nullptr ? 0 : header->getContentLength();
 }
 
 KxString KxSipMessage::getBodyType() const {
