@@ -339,14 +339,15 @@ KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& ty
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
-    std::string_view lineEnd;
+    bool isFirst = true;
     if (KxSipHeader::sTracesLines()) [[unlikely]] {
         findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
     } else {
         findInOrder([&](HeaderID, const KxSipHeader& first)
-                        __attribute__((always_inline)) { return first.writeLines(out, lineEnd), false; });
+                        __attribute__((always_inline)) { return first.writeLines(out, isFirst), false; });
     }
-    out.writeAll(lineEnd, std::string_view("\r\n", 2));
+    constexpr std::string_view kEnds("\r\n\r\n", 4);
+    out.write(isFirst ? kEnds.substr(2) : kEnds);
 }
 
 // ---- all headers of a name ----
