@@ -18,7 +18,7 @@ public:
     /** No fault. */
     constexpr KxSipFault() = default;
     constexpr explicit KxSipFault(const char* text, Error error = Error::Parse)
-        : m_text(text), m_details(static_cast<std::uint32_t>(error)) {}
+        : m_text(text), m_details(static_cast<std::uint64_t>(error)) {}
     /** A fault with a text in which the first "?" is replaced by the character. */
     static constexpr KxSipFault sAbout(char character, const char* text) {
         KxSipFault fault(text);
@@ -54,5 +54,5 @@ private:
     bool has(std::uint32_t detail) const { return (m_details & detail) != 0; }
 
     const char* m_text = nullptr;
-    std::uint32_t m_details = 0;
+    std::uint64_t m_details = 0; ///< As wide as a register, so that a fault is returned without masks.
 };

@@ -140,15 +140,21 @@ KxParameters& KxParameters::operator=(const KxParameters& other) {
     return *this;
 }
 
-KxParameters::~KxParameters() {
-    releaseAll();
+inline void KxParameters::releaseAll() {
+    if (m_block != nullptr) [[unlikely]] {
+        releaseBlock();
+    } else {
+        std::destroy_n(m_inline, m_size);
+    }
 }
 
-void KxParameters::releaseAll() {
-    std::destroy_n(pairs(), places());
-    if (m_block != nullptr) {
-        Block::free(m_block);
-    }
+void KxParameters::releaseBlock() {
+    std::destroy_n(m_block->pairs(), places());
+    Block::free(m_block);
+}
+
+KxParameters::~KxParameters() {
+    releaseAll();
 }
 
 KxParameters* KxParameters::sCreateHeld() {
@@ -161,11 +167,7 @@ KxParameters* KxParameters::sCreateHeld() {
 
 /** Does what `delete this` does, without a virtual call. */
 void KxParameters::destroySelf() {
-    if (m_block != nullptr) [[unlikely]] {
-        delete this;
-        return;
-    }
-    std::destroy_n(m_inline, m_size);
+    releaseAll();
     s_account.deallocate(this, sizeof *this);
 }
 
@@ -264,11 +266,11 @@ void KxParameters::grow() {
         Block::free(larger);
         throw;
     }
-    std::uninitialized_move_n(pairs(), m_size, larger->pairs());
-    const std::uint32_t size = m_size;
-    releaseAll();
+    std::uninitialized_move_n(pairs(), m_size, larger->pairs()); // leaves nothing to destroy
+    if (m_block != nullptr) {
+        Block::free(m_block);
+    }
     m_block = larger;
-    m_size = size;
 }
 
 inline void KxParameters::append(KxString&& name, KxString&& value) {

@@ -176,6 +176,7 @@ private:
     void closeGaps();
     void grow();
     void releaseAll();
+    [[gnu::noinline]] void releaseBlock();
 
     std::uint32_t m_size = 0;
     Block* m_block = nullptr; // holds all pairs when they are more than fit here

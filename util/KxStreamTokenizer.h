@@ -4,6 +4,7 @@
 #include "util/KxInputStream.h"
 #include "util/KxString.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -47,14 +48,18 @@ public:
     /** Skips white space and reads decimal digits. Returns 0 when there are none (the next character stays unread), and
         4294967295 when the number is larger. */
     static std::uint32_t sGetUnsigned(KxInputStream& in) {
-        int c = sDiscardWhite(in);
+        sDiscardWhite(in);
         std::uint64_t value = 0;
-        for (; c >= '0' && c <= '9'; c = in.peek()) {
-            value = value * 10 + static_cast<std::uint64_t>(c - '0');
-            if (value > 0xFFFFFFFFU) {
-                value = 0xFFFFFFFFU;
+        bool isMore = true;
+        while (isMore && in.fill()) {
+            const std::string_view window = in.window();
+            const char* const end = window.data() + window.size();
+            const char* at = window.data();
+            for (; at != end && KxAscii::isDigit(*at); ++at) {
+                value = std::min<std::uint64_t>(value * 10 + static_cast<unsigned char>(*at - '0'), 0xFFFFFFFFU);
             }
-            in.consume(1);
+            isMore = at == end;
+            in.consume(static_cast<std::size_t>(at - window.data()));
         }
         return static_cast<std::uint32_t>(value);
     }

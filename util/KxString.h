@@ -6,11 +6,15 @@
 #include <iosfwd>
 #include <string_view>
 
+class KxConstString;
+
 /** The string value of the library: a handle to a KxStringBuffer that is no longer changed. Copies share the buffer. A
     nil string reads as empty everywhere. Strings compare byte by byte. */
 class KX_UTIL_API KxString {
 public:
     constexpr KxString() = default;
+    /** Holds the constant, which is not counted. */
+    KxString(const KxConstString& constant);
     /** Copies the text; null gives nil. */
     KxString(const char* text);
     /** Copies the text; words that recur in signalling ("INVITE", "branch", "udp") share one constant. */
@@ -110,3 +114,6 @@ public:
     KxConstString(const KxConstString&) = delete;
     KxConstString& operator=(const KxConstString&) = delete;
 };
+
+inline KxString::KxString(const KxConstString& constant)
+    : m_buffer(const_cast<KxConstString&>(constant).constant(), KxUncounted{}) {}

@@ -6,6 +6,7 @@
 #include "sipobject/KxSipGrammar.h"
 #include "sipobject/KxSipLine.h"
 #include "util/KxByteArrayInputStream.h"
+#include "util/KxBytes.h"
 #include "util/KxOutputStream.h"
 #include "util/KxStreamTokenizer.h"
 
@@ -18,11 +19,13 @@ namespace {
 constinit Oskan::AceCleanupLogger s_logger{"KxSipNameAddress"};
 
 constexpr std::ptrdiff_t kNameLimit = 1024;
+constinit const KxConstString kNoName("");
 constexpr KxCharSet kLegalInName("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 -.!%*_+`'~");
 
 /** The quote that closes the string opened before `at`, or `end`: the next quote that does not follow a backslash. */
-const char* closingQuote(const char* at, const char* end) {
-    for (at = std::find(at, end, '"'); at != end && at[-1] == '\\'; at = std::find(at + 1, end, '"')) {
+[[gnu::always_inline]] inline const char* closingQuote(const char* at, const char* end, const char* readable) {
+    const auto next = [=](const char* from) { return KxBytes::findAny<'"'>(from, end, readable); };
+    for (at = next(at); at != end && at[-1] == '\\'; at = next(at + 1)) {
     }
     return at;
 }
@@ -183,8 +186,9 @@ KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
 }
 
 KxSipFault KxSipNameAddress::sConstructFrom(KxSipLine& line, KxHandle<KxSipNameAddress>& address) {
-    KxHandle<KxSipNameAddress> made = KxHandle<KxSipNameAddress>::sOfNew(new KxSipNameAddress(Unset::Tag));
-    const KxSipFault fault = made.get()->parse(line);
+    KxHandle<KxSipNameAddress> made(new KxSipNameAddress(Held::Tag), KxUncounted{});
+    const bool isUsual = !s_logger.isEnabled(Oskan::LogLevel::Trace) && !KxSipGrammar::sReadsNameAddressesStrictly();
+    const KxSipFault fault = isUsual ? made.get()->parseClassically(line) : made.get()->parse(line);
     if (!fault) {
         address = std::move(made);
     }
@@ -239,28 +243,51 @@ KxSipFault KxSipNameAddress::parse(KxSipLine& line) {
     if (KxSipGrammar::sReadsNameAddressesStrictly()) [[unlikely]] {
         return parseStrictly(line);
     }
+    return parseClassically(line);
+}
+
+[[gnu::always_inline]] inline KxSipFault KxSipNameAddress::parseClassically(KxSipLine& line) {
     KxStreamTokenizer::sDiscardWhite(line);
     const std::string_view text = line.window();
     const char* const end = text.data() + text.size();
-    const char* uri = text.data();
-    if (const KxSipFault fault = parseDisplayName(text.data(), end, uri)) {
-        return fault;
-    }
-    if (m_brackets) {
-        uri = std::find(uri, end, '<');
+    const char* uri = takeUsualName(text.data(), end, line.readableEnd());
+    if (uri == nullptr) {
+        uri = text.data();
+        if (const KxSipFault fault = parseDisplayName(text.data(), end, uri)) {
+            return fault;
+        }
     }
     line.consume(static_cast<std::size_t>(uri - text.data()));
     return KxURI::sConstructFrom(line, m_standalone, m_URI);
 }
 
-/** Reads the display name, up to the "<", colon or line end that shows where the URI is. Sets `uri` to the last quote
-    if there is one; the search for the URI starts there. */
-inline KxSipFault KxSipNameAddress::parseDisplayName(const char* begin, const char* end, const char*& uri) {
+/** Reads the display name of most name-addresses: none, or a quoted one with a blank after it, and then a "<". Returns
+    the place of the "<"; or null, without a change, if there is something else. */
+[[gnu::always_inline]] inline const char* KxSipNameAddress::takeUsualName(const char* begin, const char* end,
+                                                                          const char* readable) {
+    const char* at = begin;
+    if (at != end && *at == '"') {
+        at = closingQuote(at + 1, end, readable);
+        at += end - at > 2 && at[1] == ' ' ? 2 : 0;
+    }
+    if (at == end || *at != '<' || at - begin >= kNameLimit) {
+        return nullptr;
+    }
+    const std::string_view name(begin, static_cast<std::size_t>(at == begin ? 0 : at - 1 - begin));
+    m_displayName = name.empty() ? KxString(kNoName) : KxString(name);
+    m_brackets = true;
+    return at;
+}
+
+/** Reads the display name, up to the "<", colon or line end that shows where the URI is. Sets `uri` to the place of the
+    URI: the "<", or the last quote if there is one. */
+[[gnu::noinline]] KxSipFault KxSipNameAddress::parseDisplayName(const char* begin, const char* end, const char*& uri) {
     for (const char* at = begin; at != end && *at != ':'; ++at) {
         if (*at == '<') {
             setDisplayName(begin, at);
             m_brackets = true;
-            break;
+            uri = at;
+            return {};
         }
         if (*at == '\n') {
             if (!m_brackets) {
@@ -270,7 +297,7 @@ inline KxSipFault KxSipNameAddress::parseDisplayName(const char* begin, const ch
             break;
         }
         if (*at == '"') {
-            at = closingQuote(at + 1, end);
+            at = closingQuote(at + 1, end, end);
             if (at - begin >= kNameLimit) {
                 return kTooLong;
             }
@@ -284,6 +311,9 @@ inline KxSipFault KxSipNameAddress::parseDisplayName(const char* begin, const ch
         if (at + 1 - begin >= kNameLimit) {
             return kTooLong;
         }
+    }
+    if (m_brackets) { // of the value that was read into this object before
+        uri = std::find(uri, end, '<');
     }
     return {};
 }

@@ -71,9 +71,13 @@ public:
 private:
     enum class Unset { Tag };
     explicit KxSipNameAddress(Unset) {}
+    /** Has one reference, which a handle takes over. */
+    explicit KxSipNameAddress(Held held) : KxObject(held) {}
 
     static bool isLegalDisplayNameChar(char c);
     KxSipFault parseStrictly(KxSipLine& line);
+    KxSipFault parseClassically(KxSipLine& line);
+    const char* takeUsualName(const char* begin, const char* end, const char* readable);
     KxSipFault parseDisplayName(const char* begin, const char* end, const char*& uri);
     void setDisplayName(const char* begin, const char* end);
 

@@ -7,6 +7,7 @@
 #include "sipobject/KxSipHost.h"
 #include "sipobject/KxSipParseError.h"
 #include "sipobject/address/KxSipURLParser.h"
+#include "sipobject/address/KxSipUsualURL.h"
 #include "sipobject/address/KxURIEquivalence.h"
 #include "util/KxByteArrayOutputStream.h"
 
@@ -95,13 +96,6 @@ constinit const KxConstString KxSipURL::sToken{"sip"};
 constinit const KxConstString KxSipURL::sSecureToken{"sips"};
 constinit const KxConstString KxSipURL::DEFAULT_PORT_STRING{"5060"};
 
-KxSipURL::KxSipURL() : KxURI(sToken, true) {}
-
-KxSipURL::KxSipURL(const char* text) : KxSipURL() {
-    m_standalone = true;
-    parse(text);
-}
-
 KxSipURL::KxSipURL(const KxSipURL& other)
     : KxURI(other),
       m_user(other.m_user),
@@ -115,14 +109,6 @@ KxSipURL::KxSipURL(const KxSipURL& other)
 
 KxSipURL* KxSipURL::clone() const {
     return new KxSipURL(*this);
-}
-
-bool KxSipURL::hasParameters() const {
-    return !m_parameters.empty();
-}
-
-bool KxSipURL::hasHeaders() const {
-    return !m_headers.empty();
 }
 
 std::size_t KxSipURL::numParameters() const {
@@ -200,22 +186,40 @@ void KxSipURL::parse(KxInputStream& in) {
 }
 
 KxSipFault KxSipURL::parse(KxSipLine& line) {
-    const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
     if (KxSipGrammar::sReadsURLsStrictly()) [[unlikely]] {
-        return parseStrictly(line);
+        return parseBy<true>(line);
     }
-    return KxSipURLParser<false>(*this, line).parse();
+    return parseBy<false>(line);
 }
 
-/** Apart, so that the two parsers do not share a frame. */
-[[gnu::noinline]] KxSipFault KxSipURL::parseStrictly(KxSipLine& line) {
-    return KxSipURLParser<true>(*this, line).parse();
+/** When something is logged, no URL is usual. */
+template <bool kStrict>
+[[gnu::noinline]] KxSipFault KxSipURL::parseBy(KxSipLine& line) {
+    KxSipFault fault;
+    if (!s_logger.isEnabled(Oskan::LogLevel::Debug) && KxSipUsualURL<kStrict>::sTake(*this, line, fault)) {
+        return fault;
+    }
+    return parseUnusual<kStrict>(line);
 }
+
+template <bool kStrict>
+[[gnu::noinline]] KxSipFault KxSipURL::parseUnusual(KxSipLine& line) {
+    const Oskan::TraceScope trace(s_logger, "KxSipURL::parse(rInputStream)");
+    return KxSipURLParser<kStrict>(*this, line).parse();
+}
+
+template KxSipFault KxSipURL::parseUnusual<false>(KxSipLine& line);
 
 void KxSipURL::parse(const char* text) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(pSipURLString)");
-    KxSipLine line(std::string_view(text == nullptr ? "" : text));
-    parse(line).raiseIfAny();
+    const std::string_view view(text == nullptr ? "" : text);
+    KxSipFault fault;
+    const bool mayBeUsual = !KxSipGrammar::sReadsURLsStrictly() && !s_logger.isEnabled(Oskan::LogLevel::Debug);
+    if (!mayBeUsual || KxSipUsualURL<false>::sRead(*this, view, view.data() + view.size(), fault) == nullptr) {
+        KxSipLine line(view);
+        fault = parse(line);
+    }
+    fault.raiseIfAny();
 }
 
 void KxSipURL::parse(KxSipText text) {
@@ -355,33 +359,8 @@ bool KxSipURL::operator==(const KxSipURL& other) const {
     }
     return m_user == other.m_user && m_host == other.m_host && m_port == other.getPort() &&
            getTransportParam() == other.getTransportParam() && m_password == other.m_password &&
-           parametersMatch(other) && headersMatch(other);
-}
-
-bool KxSipURL::parametersMatch(const KxSipURL& other) const {
-    const bool otherHasMore = other.numParameters() > numParameters();
-    const KxSharedParameters& longer = otherHasMore ? other.m_parameters : m_parameters;
-    const KxSharedParameters& shorter = otherHasMore ? m_parameters : other.m_parameters;
-    if (longer.size() >= shorter.size() + 2) {
-        return false;
-    }
-    return std::all_of(shorter.begin(), shorter.end(), [&](const KxParameters::Pair& pair) {
-        const KxString* const twin = longer.findValue(pair.name);
-        return pair.name.equalsNoCase("transport") || (twin != nullptr && twin->equalsNoCase(pair.value));
-    });
-}
-
-bool KxSipURL::headersMatch(const KxSipURL& other) const {
-    if (hasHeaders() != other.hasHeaders()) {
-        return false;
-    }
-    const bool otherHasMore = other.numHeaders() > numHeaders();
-    const KxSharedParameters& longer = otherHasMore ? other.m_headers : m_headers;
-    const KxSharedParameters& shorter = otherHasMore ? m_headers : other.m_headers;
-    return std::all_of(shorter.begin(), shorter.end(), [&](const KxParameters::Pair& pair) {
-        const KxString* const twin = longer.findValue(pair.name);
-        return twin != nullptr && *twin == pair.value;
-    });
+           KxURIEquivalence::sMatchParameters(m_parameters, other.m_parameters) &&
+           KxURIEquivalence::sMatchHeaders(m_headers, other.m_headers);
 }
 
 KxOutputStream& operator<<(KxOutputStream& out, const KxHandle<KxSipURL>& url) {

@@ -30,9 +30,12 @@ public:
     static const KxConstString sSecureToken;
     static const KxConstString DEFAULT_PORT_STRING;
 
-    KxSipURL();
+    KxSipURL() : KxURI(sToken, true) {}
     /** Reads a standalone URL. Throws KxSipParseError. */
-    explicit KxSipURL(const char* text);
+    explicit KxSipURL(const char* text) : KxSipURL() {
+        m_standalone = true;
+        parse(text);
+    }
     explicit KxSipURL(KxSipText text) : KxSipURL() {
         m_standalone = true;
         parse(text);
@@ -40,8 +43,8 @@ public:
     KxSipURL(const KxSipURL& other);
     [[nodiscard]] KxSipURL* clone() const override;
 
-    [[nodiscard]] bool hasParameters() const override;
-    [[nodiscard]] bool hasHeaders() const override;
+    [[nodiscard]] bool hasParameters() const override { return !m_parameters.empty(); }
+    [[nodiscard]] bool hasHeaders() const override { return !m_headers.empty(); }
     KxString getString() const override;
     /** Reads one URL. Reading stops before a comma outside the user, which stays unread; one ";" after a ">" is
         consumed; if the URL is neither in brackets nor standalone, a ";" after the host is consumed and ends it.
@@ -132,6 +135,8 @@ public:
     [[nodiscard]] bool operator==(const KxSipURL& other) const;
 
 private:
+    /** Has one reference, which a handle takes over. */
+    explicit KxSipURL(Held held) : KxURI(sToken, held) {}
     friend class KxURI;
     friend class KxSipRequest;
     template <bool kStrict>
@@ -140,18 +145,22 @@ private:
     friend class KxSipURLHeadersParser;
     template <bool kStrict>
     friend class KxSipURLParts;
+    template <bool kStrict>
+    friend class KxSipUsualURL;
 
     /** What is seldom, and of the RFC grammar only. Bits of one number, so that writing asks once. */
     enum Form : std::uint8_t { kSecure = 1, kIPv6Host = 2, kEmptyPassword = 4 };
 
     void setForm(Form form, bool on) { m_form = static_cast<std::uint8_t>(on ? m_form | form : m_form & ~form); }
-    KxSipFault parseStrictly(KxSipLine& line);
+    template <bool kStrict>
+    KxSipFault parseBy(KxSipLine& line);
+    /** Reads any URL; the usual ones are read by KxSipUsualURL. */
+    template <bool kStrict>
+    KxSipFault parseUnusual(KxSipLine& line);
     void displaySeldom(KxOutputStream& out) const;
     void displayHeaders(KxOutputStream& out) const;
     static KxParameters::Pair sDecoded(const KxParameters::Pair& header);
     bool isEquivalentTo(const KxSipURL& other) const;
-    bool parametersMatch(const KxSipURL& other) const;
-    bool headersMatch(const KxSipURL& other) const;
 
     KxString m_user;
     KxString m_password;

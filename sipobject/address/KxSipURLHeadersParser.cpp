@@ -1,9 +1,9 @@
 #include "sipobject/address/KxSipURLHeadersParser.h"
 
 #include "core/AceCleanupLogger.h"
-#include "core/FastString.h"
 #include "core/TraceScope.h"
 #include "sipobject/address/KxSipURL.h"
+#include "sipobject/address/KxSipURLToken.h"
 #include "util/KxCharSet.h"
 #include "util/KxHexEncoding.h"
 
@@ -15,6 +15,10 @@ constinit Oskan::AceCleanupLogger s_logger{"KxSipURL"};
 
 constexpr KxCharSet kClassicSpecials(" \r\n\"%;=>");    // in "?name=value;name=value"
 constexpr KxCharSet kStrictSpecials(" \t\r\n\"&,;=>@"); // in "?name=value&name=value"
+
+constexpr std::string_view textOf(const char* begin, const char* end) {
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
 
 } // namespace
 
@@ -35,14 +39,32 @@ inline int KxSipURLHeadersParser<kStrict>::nextCharacter() {
 template <bool kStrict>
 KxSipFault KxSipURLHeadersParser<kStrict>::parse() {
     const Oskan::TraceScope trace(s_logger, "KxSipURL::parseHeader");
+    const auto findSpecial = [this](const char* from) {
+        return (kStrict ? kStrictSpecials : kClassicSpecials).find(from, m_end, m_readable);
+    };
+    const char* const equals = findSpecial(m_at);
+    if (equals != m_end && *equals == '=') { // usually this is the only header
+        const char* const stop = findSpecial(equals + 1);
+        if (stop == m_end || *stop == '>') {
+            const char* const begin = m_at;
+            m_at = stop + (stop == m_end ? 0 : 1);
+            return store(textOf(begin, equals), textOf(equals + 1, stop), true);
+        }
+    }
+    return parseSeveral();
+}
+
+template <bool kStrict>
+[[gnu::noinline]] KxSipFault KxSipURLHeadersParser<kStrict>::parseSeveral() {
     constexpr char kSeparator = kStrict ? '&' : ';';
-    Oskan::FastString<256> name;
-    Oskan::FastString<256> value;
+    KxSipURLToken name;
+    KxSipURLToken value;
     bool inValue = false;
     bool quoted = false;
     while (true) {
         const char* const stop = (kStrict ? kStrictSpecials : kClassicSpecials).find(m_at, m_end, m_readable);
-        (inValue ? value : name).append(m_at, static_cast<std::size_t>(stop - m_at));
+        KxSipURLToken& part = inValue ? value : name;
+        part.add(m_at, stop);
         m_at = stop;
         const int c = nextCharacter();
         if (c < 0 || c == '>') {
@@ -69,7 +91,11 @@ KxSipFault KxSipURLHeadersParser<kStrict>::parse() {
             return KxSipFault("Sip URL wrong format");
         } else if (c != '\r' && (c != ' ' || quoted)) {
             quoted ^= c == '"';
-            (inValue ? value : name).append(static_cast<char>(c));
+            if (m_at - stop == 1) {
+                part.add(stop, m_at);
+            } else {
+                part.addCopy(static_cast<char>(c)); // it was escaped
+            }
         }
     }
     return store(inValue ? name.view() : std::string_view(), value.view(), true);

@@ -23,6 +23,7 @@ public:
     const char* end() const { return m_at; }
 
 private:
+    KxSipFault parseSeveral();
     int nextCharacter();
     /** Refuses an empty name, which a pair without "=" has, too. */
     KxSipFault store(std::string_view name, std::string_view value, bool last);

@@ -58,78 +58,6 @@ inline bool KxSipURLParser<kStrict>::findUserPart() {
     return m_line.hasUserPart(m_at);
 }
 
-/** Reads the usual start of a URL, as far as it is present: "<", "sip:", "user@" or "user:password@", and "host:port".
-    Returns the first delimiter after the part that was read, or nullptr, without reading anything, if not even the
-    scheme is as usual. */
-template <bool kStrict>
-[[gnu::noinline]] const char* KxSipURLParser<kStrict>::takeUsualStart() {
-    const bool bracket = m_at != m_end && *m_at == '<';
-    const bool blank = m_at != m_end && *m_at == ' '; // as before a Request-URI
-    const char* const scheme = m_at + (bracket || blank ? 1 : 0);
-    if (m_end - scheme < 5 || KxBytes::load<std::uint32_t>(scheme) != KxBytes::load<std::uint32_t>("sip:") ||
-        !m_url.m_user.empty() || s_logger.isEnabled(Oskan::LogLevel::Debug)) {
-        return nullptr;
-    }
-    m_bracket = bracket;
-    m_at = scheme + 4;
-    if (!m_url.m_Scheme.sharesWith(KxSipURL::sToken)) {
-        m_url.m_Scheme = KxSipURL::sToken;
-    }
-    m_previous = ':';
-    const char* const stop = findDelimiter(m_at);
-    if (stop == m_end || *stop == '>' || *stop == '\n') {
-        return takeUsualHost(stop);
-    }
-    if ((*stop == '@' || *stop == ':') && stop != m_at && takeUsualUser(stop)) {
-        return takeUsualHost(findDelimiter(m_at));
-    }
-    m_hasUserPart = findUserPart();
-    return m_hasUserPart ? stop : takeUsualHost(stop);
-}
-
-/** Reads a user that ends at `stop`, and a password after it, if an "@" ends the two. */
-template <bool kStrict>
-inline bool KxSipURLParser<kStrict>::takeUsualUser(const char* stop) {
-    const char* const end = *stop == '@' ? stop : findDelimiter(stop + 1);
-    if (end == m_end || *end != '@') {
-        return false;
-    }
-    m_hasUserPart = !kStrict;
-    m_url.m_user = KxString(textTo(stop));
-    if (end != stop) {
-        m_at = stop + 1;
-        Parts::sSetPassword(m_url, textTo(end));
-    }
-    m_previous = '@';
-    m_at = end + 1;
-    return true;
-}
-
-/** Reads a host that ends at `stop`, and the digits of a port after it, if they end as usual; the state is then as
-    after a colon without a port. Otherwise reads nothing. Returns the first delimiter after the part that was read. */
-template <bool kStrict>
-[[gnu::noinline]] const char* KxSipURLParser<kStrict>::takeUsualHost(const char* stop) {
-    const bool hasPort = stop != m_end && *stop == ':';
-    const char* const end =
-        hasPort ? std::find_if_not(stop + 1, m_end, [](char c) { return KxAscii::isDigit(c); }) : stop;
-    if (stop == m_at || (end != m_end && *end != ';' && *end != '>' && *end != '?')) {
-        return stop;
-    }
-    const auto digits = [=] { return std::string_view(stop + 1, static_cast<std::size_t>(end - stop - 1)); };
-    if (kStrict &&
-        (!KxSipHost::sIsName(textTo(stop)) || (hasPort && (digits().empty() || !Parts::sSetPort(m_url, digits()))))) {
-        return stop;
-    }
-    m_url.m_host = KxString(textTo(stop));
-    if (!kStrict && hasPort) {
-        Parts::sSetPort(m_url, digits());
-    }
-    m_hostSeen = true;
-    m_previous = ':';
-    m_at = end;
-    return end;
-}
-
 /** Returns false if the token can't be what it must be. */
 template <bool kStrict>
 [[gnu::always_inline]] inline bool KxSipURLParser<kStrict>::closeToken() {
@@ -341,14 +269,9 @@ KxSipFault KxSipURLParser<kStrict>::parse() {
     if constexpr (kStrict) {
         m_url.m_form = 0;
     }
-    const char* stop = takeUsualStart();
-    if (stop == nullptr) {
-        m_url.m_Scheme = KxString();
-        m_hasUserPart = m_line.hasUserPart(m_at);
-        stop = findDelimiter(m_at);
-    }
-    while (take(stop) == Next::More) {
-        stop = findDelimiter(m_at);
+    m_url.m_Scheme = KxString();
+    m_hasUserPart = m_line.hasUserPart(m_at);
+    while (take(findDelimiter(m_at)) == Next::More) {
     }
     return m_fault;
 }

@@ -32,9 +32,6 @@ private:
     using Parts = KxSipURLParts<kStrict>;
     enum class Next { More, Done, Refused };
 
-    const char* takeUsualStart();
-    bool takeUsualUser(const char* stop);
-    const char* takeUsualHost(const char* stop);
     const char* findDelimiter(const char* from) const;
     bool isBare() const;
     bool findUserPart();

@@ -11,6 +11,8 @@
 template <bool kStrict>
 class KxSipURLParts {
 public:
+    static constexpr KxSipFault kWrongFormat{"Sip URL wrong format"};
+
     KxSipURLParts() = delete;
 
     /** An empty password is written, too, if kStrict. */
@@ -41,7 +43,7 @@ public:
             return true;
         }
         const std::int64_t port = KxAscii::toNumber(digits);
-        if (kStrict && (port > kLastPort || !sAreDigits(digits))) {
+        if (kStrict && (!sIsPort(port) || !sAreDigits(digits))) {
             return false;
         }
         url.m_port = static_cast<std::uint32_t>(port);
@@ -49,9 +51,9 @@ public:
         return true;
     }
 
-private:
-    static constexpr std::int64_t kLastPort = 65535;
+    static constexpr bool sIsPort(std::int64_t number) { return number <= 65535; }
 
+private:
     static bool sAreDigits(std::string_view text) {
         return std::all_of(text.begin(), text.end(), [](char c) { return KxAscii::isDigit(c); });
     }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 /** A token of a SIP URL while it is read: a view of the text. It becomes a copy if characters are dropped from its
-    middle. */
+    middle or come from elsewhere. */
 class KxSipURLToken {
 public:
     void add(const char* begin, const char* end) {
@@ -16,11 +16,18 @@ public:
             addMore(begin, end);
         }
     }
+    /** Adds a character that is not in the text. */
+    void addCopy(char c) {
+        copy();
+        m_copy.append(c);
+        m_view = m_copy.view();
+    }
     void clear() { m_view = {}; }
     std::string_view view() const { return m_view; }
 
 private:
     void addMore(const char* begin, const char* end);
+    void copy();
 
     std::string_view m_view;
     Oskan::FastString<256> m_copy;

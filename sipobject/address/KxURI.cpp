@@ -7,7 +7,9 @@
 #include "sipobject/KxSipLine.h"
 #include "sipobject/KxSipLineText.h"
 #include "sipobject/address/KxSipURL.h"
+#include "sipobject/address/KxSipUsualURL.h"
 #include "sipobject/address/KxTelURL.h"
+#include "util/KxBytes.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
@@ -18,6 +20,7 @@
 namespace {
 
 constinit Oskan::AceCleanupLogger s_logger{"KxURI"};
+constinit Oskan::AceCleanupLogger s_sipURLLogger{"KxSipURL"};
 constinit KxNameRegistry<KxURI::Creator> s_registry;
 constexpr KxSipFault kInvalid("INVALID URI", KxSipFault::Error::Other);
 constexpr KxCharSet kColon(":");
@@ -35,6 +38,13 @@ constexpr KxCharSet kSchemeCharacters("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNO
 [[gnu::always_inline]] inline const char* nextOf(const char* at, const char* end) {
     at = skip(at, end, ' ', ' ');
     return at != end && *at == '<' ? skip(at + 1, end, ' ', '\t') : at;
+}
+
+/** Whether the text begins with "sip:", "<sip:" or " sip:", as most URIs do. */
+[[gnu::always_inline]] inline bool beginsAsUsual(std::string_view text) {
+    return text.size() >= 5 &&
+           KxBytes::load<std::uint32_t>(text.data() + (text.front() == '<' || text.front() == ' ' ? 1 : 0)) ==
+               KxBytes::load<std::uint32_t>("sip:");
 }
 
 /** The first three letters of a URI, without blanks and opening brackets; NUL if it is shorter. */
@@ -218,6 +228,25 @@ KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
 }
 
 KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
+    const bool isLogged =
+        s_logger.isEnabled(Oskan::LogLevel::Debug) || s_sipURLLogger.isEnabled(Oskan::LogLevel::Debug);
+    if (!beginsAsUsual(line.window()) || isLogged || KxSipGrammar::sReadsURLsStrictly()) [[unlikely]] {
+        return sConstructByScheme(line, standalone, uri);
+    }
+    KxHandle<KxSipURL> made(new KxSipURL(Held::Tag), KxUncounted{});
+    KxSipURL& url = *made.get();
+    url.m_standalone = standalone;
+    KxSipFault fault;
+    if (!KxSipUsualURL<false>::sTake(url, line, fault)) {
+        fault = url.parseUnusual<false>(line);
+    }
+    if (!fault) {
+        uri = std::move(made);
+    }
+    return fault;
+}
+
+[[gnu::noinline]] KxSipFault KxURI::sConstructByScheme(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
     const Oskan::TraceScope trace(s_logger, "KxURI::sConstructFrom");
     const auto construct = [&]<class T>(KxHandle<T> made, const char* kind) {
         made.get()->m_standalone = standalone;

@@ -92,6 +92,8 @@ protected:
           m_SchemeData(other.m_SchemeData),
           m_Scheme(other.m_Scheme) {}
     KxURI(const KxString& scheme, bool isSipURL) : m_isSipURL(isSipURL), m_Scheme(scheme) {}
+    /** A SIP URL that has one reference, which a handle takes over. */
+    KxURI(const KxString& scheme, Held held) : KxObject(held), m_isSipURL(true), m_Scheme(scheme) {}
 
     bool m_isSipURL = false;
     bool m_standalone = false;
@@ -105,6 +107,7 @@ private:
     static Oskan::MemAccount s_account;
     /** An empty URI of the class registered for the scheme, or a KxURI with that scheme. */
     static KxHandle<KxURI> sConstruct(std::string_view scheme);
+    static KxSipFault sConstructByScheme(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }
     void setSchemeData(const KxString& data) { m_SchemeData = data; }
 };

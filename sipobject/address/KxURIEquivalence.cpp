@@ -55,6 +55,13 @@ bool mayLackNone(std::string_view) {
     return false;
 }
 
+/** The two lists, the shorter one first; if they are equally long, the other one. */
+std::pair<const KxSharedParameters&, const KxSharedParameters&> inOrder(const KxSharedParameters& one,
+                                                                        const KxSharedParameters& other) {
+    using Lists = std::pair<const KxSharedParameters&, const KxSharedParameters&>;
+    return other.size() > one.size() ? Lists(one, other) : Lists(other, one);
+}
+
 } // namespace
 
 bool KxURIEquivalence::sOfUsers(std::string_view one, std::string_view other) {
@@ -92,4 +99,26 @@ bool KxURIEquivalence::sOfTelParameters(const KxSharedParameters& one, const KxS
         return isNumber ? sOfNumbers(a.value, b.value) : KxAscii::equalsNoCase(a.value, b.value);
     };
     return match(one, other, isEqual, mayLackNone);
+}
+
+bool KxURIEquivalence::sMatchParameters(const KxSharedParameters& one, const KxSharedParameters& other) {
+    const auto& [shorter, longer] = inOrder(one, other);
+    if (longer.size() >= shorter.size() + 2) {
+        return false;
+    }
+    return std::all_of(shorter.begin(), shorter.end(), [&longer = longer](const KxParameters::Pair& pair) {
+        const KxString* const twin = longer.findValue(pair.name);
+        return pair.name.equalsNoCase("transport") || (twin != nullptr && twin->equalsNoCase(pair.value));
+    });
+}
+
+bool KxURIEquivalence::sMatchHeaders(const KxSharedParameters& one, const KxSharedParameters& other) {
+    const auto& [shorter, longer] = inOrder(one, other);
+    if (shorter.empty() != longer.empty()) {
+        return false;
+    }
+    return std::all_of(shorter.begin(), shorter.end(), [&longer = longer](const KxParameters::Pair& pair) {
+        const KxString* const twin = longer.findValue(pair.name);
+        return twin != nullptr && *twin == pair.value;
+    });
 }

@@ -16,4 +16,12 @@ struct KxURIEquivalence {
     static bool sOfNumbers(std::string_view one, std::string_view other);
     /** Every parameter must be in both. */
     static bool sOfTelParameters(const KxSharedParameters& one, const KxSharedParameters& other);
+
+    // ---- SIP URLs in the classic grammar ----
+
+    /** One list may have one parameter more than the other. Each parameter of the shorter list except transport must
+        have an equal one in the longer list, ignoring letter case. */
+    static bool sMatchParameters(const KxSharedParameters& one, const KxSharedParameters& other);
+    /** Both lists or none have headers, and each header of the shorter list has an equal one in the longer list. */
+    static bool sMatchHeaders(const KxSharedParameters& one, const KxSharedParameters& other);
 };

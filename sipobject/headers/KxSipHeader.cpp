@@ -154,23 +154,34 @@ void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
 
 // ---- reading ----
 
-KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
-    const Oskan::EntryDepth entry;
-    KxSipLine line;
-    KxHandle<KxSipHeader> header;
-    sConstructFrom(in, line, header).raiseIfAny();
-    header->leaveMessage();
-    return header;
+template <class Scope>
+[[gnu::always_inline]] inline KxSipHeader& KxSipHeader::sConstruct(std::string_view name, Creator creator) {
+    const Scope trace(s_logger, "KxSipHeader::sConstruct");
+    KxSipHeader& made = creator != nullptr ? *creator() : sConstructUnknown(name);
+    KxHandle<KxSipHeader>::sOfNew(made).detach();
+    return made;
 }
 
-KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header) {
-    return s_logger.isEnabled(Oskan::LogLevel::Trace) ? sReadLineTraced(in, line, header)
-                                                      : sReadLine<Oskan::NoTraceScope>(in, line, header);
+template <class Scope>
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parseRest(KxSipLine& line) {
+    const Scope trace(s_logger, "KxSipHeader::parseRest");
+    if (!line.skipToText()) {
+        return kNothingAfterColon;
+    }
+    const KxSipFault fault = readValue(line);
+    if (fault || line.isAtEnd()) {
+        return fault;
+    }
+    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true, Scope>(line) : parseFurther<false, Scope>(line);
 }
 
-[[gnu::cold, gnu::noinline]] KxSipFault KxSipHeader::sReadLineTraced(KxInputStream& in, KxSipLine& line,
-                                                                     KxHandle<KxSipHeader>& header) {
-    return sReadLine<Oskan::TraceScope>(in, line, header);
+template <class Scope>
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* known) {
+    const Scope trace(s_logger, "KxSipHeader::parse");
+    if (m_token.c_str() != known) {
+        setToken(line.name());
+    }
+    return parseRest<Scope>(line);
 }
 
 template <class Scope>
@@ -194,20 +205,31 @@ template <class Scope>
     return fault;
 }
 
+KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
+    const Oskan::EntryDepth entry;
+    KxSipLine line;
+    KxHandle<KxSipHeader> header;
+    sConstructFrom(in, line, header).raiseIfAny();
+    header->leaveMessage();
+    return header;
+}
+
+KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header) {
+    return s_logger.isEnabled(Oskan::LogLevel::Trace) ? sReadLineTraced(in, line, header)
+                                                      : sReadLine<Oskan::NoTraceScope>(in, line, header);
+}
+
+[[gnu::cold, gnu::noinline]] KxSipFault KxSipHeader::sReadLineTraced(KxInputStream& in, KxSipLine& line,
+                                                                     KxHandle<KxSipHeader>& header) {
+    return sReadLine<Oskan::TraceScope>(in, line, header);
+}
+
 [[gnu::noinline]] KxSipFault KxSipHeader::sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header) {
     const KxSipFault fault = KxSipLineValues(line).read(header);
     if (!header.isNil()) {
         header->joinMessage();
     }
     return fault;
-}
-
-template <class Scope>
-[[gnu::always_inline]] inline KxSipHeader& KxSipHeader::sConstruct(std::string_view name, Creator creator) {
-    const Scope trace(s_logger, "KxSipHeader::sConstruct");
-    KxSipHeader& made = creator != nullptr ? *creator() : sConstructUnknown(name);
-    KxHandle<KxSipHeader>::sOfNew(made).detach();
-    return made;
 }
 
 [[gnu::noinline]] KxSipHeader& KxSipHeader::sConstructUnknown(std::string_view name) {
@@ -246,28 +268,6 @@ void KxSipHeader::parse(KxInputStream& in) {
     setToken(line.name());
     fault.raiseIfAny();
     parseValues(line).raiseIfAny();
-}
-
-template <class Scope>
-[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* known) {
-    const Scope trace(s_logger, "KxSipHeader::parse");
-    if (m_token.c_str() != known) {
-        setToken(line.name());
-    }
-    return parseRest<Scope>(line);
-}
-
-template <class Scope>
-[[gnu::always_inline]] inline KxSipFault KxSipHeader::parseRest(KxSipLine& line) {
-    const Scope trace(s_logger, "KxSipHeader::parseRest");
-    if (!line.skipToText()) {
-        return kNothingAfterColon;
-    }
-    const KxSipFault fault = readValue(line);
-    if (fault || line.isAtEnd()) {
-        return fault;
-    }
-    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true, Scope>(line) : parseFurther<false, Scope>(line);
 }
 
 /** As parseRest, for what is not part of reading a line of a message. */

@@ -18,7 +18,7 @@ constinit const KxConstString kUdp{"UDP"};
 constinit const KxConstString kNothing{""};
 
 constexpr KxCharSet kSlash("/");
-constexpr std::string_view kUsual = "SIP/2.0/";
+constexpr char kUsualProtocol[] = "SIP/2.0/";
 constexpr std::size_t kUuidLength = 36;
 constexpr std::uint32_t kLastPort = 65535;
 constexpr const char* kInvalid = "Invalid Via header";
@@ -148,11 +148,10 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
 
 /** Reads protocol name, version and transport. */
 [[gnu::noinline]] void KxSipViaHeader::parseProtocol(KxSipLine& line) {
-    constexpr char kUsual[] = "SIP/2.0/";
-    if (KxBytes::startsWith(line.window(), kUsual)) {
+    if (KxBytes::startsWith(line.window(), kUsualProtocol)) {
         m_protocolName = kSip;
         m_protocolVersion = kVersion;
-        line.consume(sizeof kUsual - 1);
+        line.consume(sizeof kUsualProtocol - 1);
     } else {
         m_protocolName = KxString(KxAscii::trimEnd(line.until(kSlash)));
         line.read();
@@ -225,7 +224,7 @@ void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
     if (!isUsual || !m_comment.empty()) [[unlikely]] {
         return serializeUnusual(out);
     }
-    out.writeAll(kUsual, m_transport, ' ', m_host, KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
+    out.writeAll(kUsualProtocol, m_transport, ' ', m_host, KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
     m_parameters.serializeWithSemicolon(out);
 }
 

@@ -181,7 +181,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     KxSipHeaderSlots& headers = m_message.m_headers;
     KxHandle<KxSipHeader> header; // nil before each line
     for (int c = in.peek(); c >= 0; c = in.peek()) {
-        if (c == '\r' || c == '\n') {
+        if (c <= '\r' && (c == '\r' || c == '\n')) {
             in.consume(1);
             if (c == '\n') {
                 break;
