@@ -87,7 +87,8 @@ protected:
     /** Takes bytes for which the window has no room. */
     virtual void writeBeyondWindow(const char* bytes, std::size_t count) = 0;
 
-    /** Offers [begin, end) as free room. Later, the bytes from `begin` to cursor() have been written. */
+    /** Offers [begin, end) as free room. Later, the bytes from `begin` to cursor() have been written; those after it may
+        have been overwritten. */
     void setWindow(char* begin, char* end) {
         m_cursor = begin;
         m_end = end;
@@ -111,6 +112,14 @@ private:
     static constexpr std::size_t sLengthOf(char) { return 1; }
     static constexpr std::size_t sLengthOf(std::uint32_t) { return KxDigits::kMost; }
     static constexpr std::size_t sLengthOf(SeparateNumber) { return KxDigits::kMost + 1; }
+    /** The length if it is not known to be short. */
+    template <class Piece>
+    static std::size_t sTextLengthOf(const Piece& piece) {
+        return requires {
+            piece.length();
+        }
+        ? sLengthOf(piece) : 0;
+    }
     [[gnu::always_inline]] static char* sPut(char* at, std::string_view text) {
         return KxBytes::copyMedium(at, text.data(), text.size());
     }
@@ -125,7 +134,7 @@ private:
     }
     template <std::size_t kSlack, class... Sources>
     [[gnu::always_inline]] bool putIfRoom(const Sources&... pieces) {
-        const bool isEachMedium = (sLengthOf(pieces) | ...) <= KxBytes::kMediumCopy;
+        const bool isEachMedium = (sTextLengthOf(pieces) | ...) <= KxBytes::kMediumCopy;
         const std::size_t most = (sLengthOf(pieces) + ... + kSlack);
         if (!isEachMedium || most > static_cast<std::size_t>(m_end - m_cursor)) [[unlikely]] {
             return false;

@@ -29,6 +29,19 @@ std::mutex& mutexOf(const KxSharedParameters& parameters) {
     return s_mutexes.all[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % s_mutexes.all.size()];
 }
 
+// These two are apart, so that sharing needs no saved registers.
+
+/** A copy with one reference. */
+[[gnu::noinline]] KxParameters* copyOf(const KxParameters& list) {
+    return KxHandle<KxParameters>(list.clone()).detach();
+}
+
+/** As copyOf; drops a reference to the list. */
+[[gnu::noinline]] KxParameters* copyAndRelease(KxParameters* list) {
+    const KxHandle<KxParameters> held(list, KxUncounted{});
+    return copyOf(*list);
+}
+
 } // namespace
 
 /** Returns the word for a copy. Another thread may be about to hand the list out. That thread marks the word and then
@@ -44,9 +57,9 @@ std::uintptr_t KxSharedParameters::share() const {
         if (m_word.fetch_add(0, std::memory_order_acq_rel) == word) {
             return word;
         }
-        list->Release(true);
+        return wordOf(copyAndRelease(list));
     }
-    return wordOf(KxHandle<KxParameters>(list->clone()).detach());
+    return wordOf(copyOf(*list));
 }
 
 /** Makes a list of this object's own, and marks it as handed out. It is a new list if there was none, and a copy if the

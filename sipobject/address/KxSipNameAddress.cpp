@@ -166,7 +166,8 @@ KxSipNameAddress::KxSipNameAddress(const KxSipNameAddress& rNameAddress)
       m_displayName(rNameAddress.m_displayName) {
     const Oskan::LeafTraceScope trace(s_logger, "KxSipNameAddress copy ctor");
     if (!rNameAddress.m_URI.isNil()) {
-        m_URI = copyOf(*rNameAddress.m_URI);
+        KxHandle<KxURI> copy = copyOf(*rNameAddress.m_URI);
+        m_URI.swap(copy); // it is nil
     }
 }
 

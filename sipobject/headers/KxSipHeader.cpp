@@ -327,9 +327,9 @@ KxString KxSipHeader::getValueText() const {
 
 void KxSipHeader::serializeLines(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::serialize");
-    std::string_view lineEnd;
-    writeLines(out, lineEnd);
-    out.write(lineEnd);
+    bool isFirst = true;
+    writeLines(out, isFirst);
+    out.write(std::string_view("\r\n", 2));
 }
 
 bool KxSipHeader::sTracesLines() {

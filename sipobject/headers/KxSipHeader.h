@@ -164,17 +164,17 @@ private:
 
     /** As serialize, within an operation that is open. */
     void serializeLines(KxOutputStream& out) const;
-    /** As serializeLines, without the trace scope. First writes `lineEnd`, the end of the line before, and leaves its
-        own last one there. A template, so that this file needs no KxOutputStream. */
+    /** As serializeLines, without the trace scope and the end of the last line. Unless `isFirst`, which is then false,
+        writes the end of the line before. A template, so that this file needs no KxOutputStream. */
     template <class Out>
-    [[gnu::always_inline]] void writeLines(Out& out, std::string_view& lineEnd) const {
+    [[gnu::always_inline]] void writeLines(Out& out, bool& isFirst) const {
         for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
-            if (lineEnd.empty()) {
+            if (isFirst) {
                 out.writeAll(value->m_token, std::string_view(": ", 2));
+                isFirst = false;
             } else {
                 out.writeAll(std::string_view("\r\n", 2), value->m_token, std::string_view(": ", 2));
             }
-            lineEnd = std::string_view("\r\n", 2);
             value->doSerialize(out);
         }
     }

@@ -33,6 +33,10 @@ KxSipFault KxSipUnknownHeader::readValue(KxSipLine& line) {
 }
 
 void KxSipUnknownHeader::doSerialize(KxOutputStream& out) const {
-    const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doSerialize");
-    out.writeAll(m_value);
+    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+        const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doSerialize");
+        out << m_value;
+    } else {
+        out.writeAll(m_value);
+    }
 }

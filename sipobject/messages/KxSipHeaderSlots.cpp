@@ -65,25 +65,12 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
-    KxHandle<KxSipHeader> copy = copyOfFirst(id);
-    if (copy.isNil()) {
-        return copy;
-    }
-    KxSipHeader* last = copy.get();
-    for (const KxSipHeader* value = first(id).get()->m_next.get(); value != nullptr; value = value->m_next.get()) {
-        last->m_next = sCopyOne(*value);
-        last = last->m_next.get();
-        last->setInMessage(true);
-    }
-    return copy;
-}
-
-KxHandle<KxSipHeader> KxSipHeaderSlots::copyOfFirst(HeaderID id) const {
-    const KxSipHeader* const value = first(id).get();
     KxHandle<KxSipHeader> copy;
-    if (value != nullptr) {
-        copy = sCopyOne(*value);
-        copy.get()->setInMessage(true);
+    KxHandle<KxSipHeader>* end = &copy;
+    for (const KxSipHeader* value = first(id).get(); value != nullptr; value = value->m_next.get()) {
+        KxHandle<KxSipHeader> next = sMarkedCopy(*value);
+        end->swap(next); // it is nil
+        end = &end->get()->m_next;
     }
     return copy;
 }
@@ -352,14 +339,15 @@ KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& ty
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
-    std::string_view lineEnd;
+    bool isFirst = true;
     if (KxSipHeader::sTracesLines()) [[unlikely]] {
         findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
     } else {
         findInOrder([&](HeaderID, const KxSipHeader& first)
-                        __attribute__((always_inline)) { return first.writeLines(out, lineEnd), false; });
+                        __attribute__((always_inline)) { return first.writeLines(out, isFirst), false; });
     }
-    out.writeAll(lineEnd, std::string_view("\r\n", 2));
+    constexpr std::string_view kEnds("\r\n\r\n", 4);
+    out.write(isFirst ? kEnds.substr(2) : kEnds);
 }
 
 // ---- all headers of a name ----

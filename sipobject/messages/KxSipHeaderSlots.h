@@ -102,7 +102,10 @@ public:
         marked as part of a message. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
     /** As copyOf, of the first value only. */
-    KxHandle<KxSipHeader> copyOfFirst(HeaderID id) const;
+    KxHandle<KxSipHeader> copyOfFirst(HeaderID id) const {
+        const KxSipHeader* const value = first(id).get();
+        return value == nullptr ? KxHandle<KxSipHeader>() : sMarkedCopy(*value);
+    }
 
     /** Adds the value, or a copy of one that is part of a message, in place of all values of its kind. */
     void replace(KxHandle<KxSipHeader> header);
@@ -173,6 +176,12 @@ private:
     static constexpr std::size_t kNear = 20;
     using Far = std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount + 1 - kNear>;
 
+    /** A copy of the value that is already marked as part of a message. */
+    static KxHandle<KxSipHeader> sMarkedCopy(const KxSipHeader& value) {
+        KxHandle<KxSipHeader> copy = sCopyOne(value);
+        copy.get()->setInMessage(true);
+        return copy;
+    }
     const KxHandle<KxSipHeader>& slot(std::size_t place) const {
         return place < kNear ? m_near[place] : (*m_far)[place - kNear];
     }

@@ -170,10 +170,6 @@ KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
     return m_headers.typed<KxSipSupportedHeader>();
 }
 
-HeaderID KxSipMessage::mTokenToID(std::string_view name) const {
-    return m_headers.findKind(name);
-}
-
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
@@ -261,8 +257,12 @@ void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader> header, bool first) {
     }
 }
 
-void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
-    m_headers.add(KxHandle<KxSipHeader>(header), false);
+/** As asynchAddHeader, for copies that are already marked as part of this message. */
+[[gnu::always_inline]] inline void KxSipMessage::adopt(KxHandle<KxSipHeader>&& copies) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
+    if (!copies.isNil()) {
+        m_headers.addRead(std::move(copies));
+    }
 }
 
 void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
@@ -274,14 +274,6 @@ void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
 
 void KxSipMessage::addCopiesOf(const KxSipMessage& other, HeaderID id) {
     adopt(other.m_headers.copyOf(id));
-}
-
-/** As asynchAddHeader, for copies that are already marked as part of this message. */
-void KxSipMessage::adopt(KxHandle<KxSipHeader>&& copies) {
-    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
-    if (!copies.isNil()) {
-        m_headers.addRead(std::move(copies));
-    }
 }
 
 void KxSipMessage::copyConnection(const KxSipMessage& other) {

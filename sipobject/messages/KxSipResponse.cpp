@@ -196,8 +196,8 @@ void KxSipResponse::answer(int statusCode, const KxSipRequest& request) {
     addCopyOf(request, KxHeaderIDs::kTo);
     addCopyOf(request, KxHeaderIDs::kCallId);
     addCopyOf(request, KxHeaderIDs::kCSeq);
-    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
-    if (!cseq.isNil() && cseq->getMethod().empty()) {
+    auto* const cseq = first<KxSipCSeqHeader>();
+    if (cseq != nullptr && cseq->getMethod().empty()) {
         cseq->setMethod(KxString(request.getMethod()));
     }
 }
