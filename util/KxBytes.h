@@ -42,6 +42,16 @@ inline char* copyShort(char* to, const char* from, std::size_t count) {
     return to + count;
 }
 
+/** The most bytes that copyMedium copies. */
+inline constexpr std::size_t kMediumCopy = 64;
+
+/** Copies from kShortCopy to kMediumCopy bytes; returns the end of the copy. */
+inline char* copyMedium(char* to, const char* from, std::size_t count) {
+    __builtin_memcpy(to, from, 32);
+    __builtin_memcpy(to + count - 32, from + count - 32, 32);
+    return to + count;
+}
+
 /** Copies `count` bytes; returns the end of the copy. */
 inline char* copy(char* to, const char* from, std::size_t count) {
     if (count <= kShortCopy) {
