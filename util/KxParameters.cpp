@@ -211,16 +211,22 @@ KxParameters::Iterator KxParameters::end() const {
 }
 
 inline KxParameters::Pair* KxParameters::find(std::string_view name) {
-    if (hasIndex()) {
+    if (hasIndex()) [[unlikely]] {
         return findIndexed(name);
     }
     Pair* const end = pairs() + m_size;
     for (Pair* pair = pairs(); pair != end; ++pair) {
-        if (pair->name.length() == name.size() && pair->name.equalsNoCase(name)) {
-            return pair;
+        if (pair->name.length() == name.size()) {
+            return findFrom(pair, end, name);
         }
     }
     return nullptr;
+}
+
+/** Apart, so that the usual search calls nothing. */
+KxParameters::Pair* KxParameters::findFrom(Pair* begin, Pair* end, std::string_view name) {
+    Pair* const found = std::find_if(begin, end, [name](const Pair& pair) { return pair.name.equalsNoCase(name); });
+    return found == end ? nullptr : found;
 }
 
 KxParameters::Pair* KxParameters::findIndexed(std::string_view name) {

@@ -154,6 +154,7 @@ private:
     bool hasIndex() const;
     std::uint32_t places() const;
     Pair* find(std::string_view name);
+    [[gnu::noinline]] static Pair* findFrom(Pair* begin, Pair* end, std::string_view name);
     Pair* findIndexed(std::string_view name);
     /** What is read: all of a text, a stream up to the end of the list, or the same as exactly as possible. */
     enum class Reading { Text, Stream, Exact };

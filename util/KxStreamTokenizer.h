@@ -4,7 +4,6 @@
 #include "util/KxInputStream.h"
 #include "util/KxString.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -50,17 +49,17 @@ public:
     static std::uint32_t sGetUnsigned(KxInputStream& in) {
         sDiscardWhite(in);
         std::uint64_t value = 0;
-        bool isMore = true;
-        while (isMore && in.fill()) {
+        std::size_t taken = 0;
+        do {
             const std::string_view window = in.window();
-            const char* const end = window.data() + window.size();
-            const char* at = window.data();
-            for (; at != end && KxAscii::isDigit(*at); ++at) {
-                value = std::min<std::uint64_t>(value * 10 + static_cast<unsigned char>(*at - '0'), 0xFFFFFFFFU);
+            for (taken = 0; taken != window.size() && KxAscii::isDigit(window[taken]); ++taken) {
+                value = value * 10 + static_cast<std::uint64_t>(window[taken] - '0');
+                if (value > 0xFFFFFFFFU) {
+                    value = 0xFFFFFFFFU;
+                }
             }
-            isMore = at == end;
-            in.consume(static_cast<std::size_t>(at - window.data()));
-        }
+            in.consume(taken);
+        } while (taken != 0 && in.window().empty() && in.extendWindow());
         return static_cast<std::uint32_t>(value);
     }
 

@@ -68,12 +68,36 @@ inline KxStringBuffer* KxStringBuffer::create(std::size_t length, std::size_t ca
     return create(s_account.allocate(bytes), bytes, length);
 }
 
+/** A copy of a text of up to kMost characters in a block at hand, or null. */
+template <std::size_t kMost>
+[[gnu::always_inline]] inline KxStringBuffer* KxStringBuffer::createAtHand(std::string_view text) {
+    const std::size_t bytes = blockFor(text.size());
+    void* const block = s_account.allocateAtHand(bytes);
+    if (block == nullptr) [[unlikely]] {
+        return nullptr;
+    }
+    KxStringBuffer* const made = create(block, bytes, text.size());
+    if constexpr (kMost == KxBytes::kShortCopy) {
+        *KxBytes::copyShort(made->inlineText(), text.data(), text.size()) = '\0';
+    } else {
+        *KxBytes::copyMedium(made->inlineText(), text.data(), text.size()) = '\0';
+    }
+    return made;
+}
+
 KxStringBuffer* KxStringBuffer::createHeld(std::string_view text) {
     if (text.size() <= KxBytes::kShortCopy) [[likely]] {
-        const std::size_t bytes = blockFor(text.size());
-        if (void* const block = s_account.allocateAtHand(bytes)) [[likely]] {
-            KxStringBuffer* const made = create(block, bytes, text.size());
-            *KxBytes::copyShort(made->inlineText(), text.data(), text.size()) = '\0';
+        if (KxStringBuffer* const made = createAtHand<KxBytes::kShortCopy>(text)) [[likely]] {
+            return made;
+        }
+    }
+    return createHeldLong(text);
+}
+
+/** Apart, as its copy is another one. */
+KxStringBuffer* KxStringBuffer::createHeldLong(std::string_view text) {
+    if (text.size() <= KxBytes::kMediumCopy && text.size() > KxBytes::kShortCopy) [[likely]] {
+        if (KxStringBuffer* const made = createAtHand<KxBytes::kMediumCopy>(text)) [[likely]] {
             return made;
         }
     }

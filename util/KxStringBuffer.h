@@ -32,12 +32,12 @@ public:
     }
 
     std::uint32_t Release(bool destroy) override {
-        const std::uint32_t owners = count();
+        const auto owners = static_cast<std::int32_t>(count()); // negative for a constant
         if (owners == 1 && destroy) {
             destroySelf();
             return 0;
         }
-        return isConstant(owners) ? owners : releaseShared(destroy);
+        return owners >= 1 ? releaseShared(destroy) : static_cast<std::uint32_t>(owners);
     }
     KxStringBuffer* clone() const override;
     int compareWith(const KxObject& other) const override;
@@ -116,6 +116,9 @@ private:
     static KxStringBuffer* create(std::size_t length, std::size_t capacity);
     /** A copy of the text, with one reference. */
     static KxStringBuffer* createHeld(std::string_view text);
+    template <std::size_t kMost>
+    static KxStringBuffer* createAtHand(std::string_view text);
+    [[gnu::noinline]] static KxStringBuffer* createHeldLong(std::string_view text);
     [[gnu::noinline]] static KxStringBuffer* createHeldSlowly(std::string_view text);
     void destroySelf();
     [[gnu::noinline]] void destroySlowly();
