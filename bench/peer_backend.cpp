@@ -1,9 +1,11 @@
 // This library as a backend of the comparison of SIP libraries. Every header is typed when it is read, so parse and
-// parse-lazy are the same. The bytes are not kept, so a message cannot be written from cached bytes. Compiled by the
+// parse-lazy are the same. The bytes are not kept, so a message cannot be written from cached bytes. With KX_BENCH_RFC it
+// is "kx-rfc", which reads by the RFC grammar. Compiled by the
 // comparison's own script, not by this build; see scripts/bench.
 #include "bench.h"
 
 #include "bench/DigestExample.h"
+#include "sipobject/KxSipGrammar.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/headers/KxSipCSeqHeader.h"
 #include "sipobject/headers/KxSipCallIdHeader.h"
@@ -49,7 +51,12 @@ int count(const KxSipMessage& message, HeaderID id) {
 
 class Kx : public Backend {
 public:
+#ifdef KX_BENCH_RFC
+    Kx() { KxSipGrammar::sChoose(KxSipGrammar::Choice::RFC); }
+    const char* name() const override { return "kx-rfc"; }
+#else
     const char* name() const override { return "kx"; }
+#endif
     unsigned caps() const override {
         unsigned can = kSerialise | kSerialiseInto | kRespond | kRespondBytes;
 #ifdef KX_BENCH_HAS_DIGEST

@@ -4,6 +4,7 @@ mark their places, and draws docs/performance.svg. Called by scripts/bench.
 
   --own FILE         the output of kx_bench (--benchmark_out, with repetitions: the best one counts)
   --peers FILE       the raw lines of the comparison with other libraries (results.tsv)
+  --floor FILE       the same for the floor: lines and colons found, bytes copied, nothing typed
   --callgrind DIR    the folder with the callgrind dumps of that comparison
 """
 import argparse
@@ -20,6 +21,7 @@ ROOT = Path(__file__).resolve().parent.parent
 DOCUMENT = ROOT / "docs" / "performance.md"
 PLOT = ROOT / "docs" / "performance.svg"
 OURS = "kx"
+RFC = "kx-rfc"  # ours, in the RFC grammar
 LIBRARIES = {"sofia": "libsofia-sip-ua-dev", "osip": "libosip2-dev", "re": "libre-dev", "re-norng": "libre-dev",
              "bellesip": "libbellesip-dev"}
 # If a library has two ways to do the same, the cheaper one counts.
@@ -27,9 +29,12 @@ OPERATIONS = {"parse": ["parse"], "parse and serialise": ["roundtrip"], "seriali
               "200, as an object": ["response"], "200 with its bytes": ["response+bytes"],
               "SIP URL from text": ["uri", "uri-alt"], "digest response": ["digest"]}
 METRICS = {"instr": "Instructions", "ns_min": "Nanoseconds, best of all passes", "allocs": "Allocations, warm"}
-GOAL = 0.5
-LEVEL = {"digest response": 1.0}  # every library has to compute five MD5 blocks
-HELD_GOAL = {"05_invite": 3000, "06_invite_carrier": 8000}  # bytes
+# Our cost, relative to that of the best other library. Every library has to compute five MD5 blocks for a digest, and
+# the best reader of URLs keeps the text in place, with one copy of it.
+GOALS = {"instr": {"": 0.5, "SIP URL from text": 0.6, "digest response": 0.93},
+         "ns_min": {"": 0.6, "SIP URL from text": 0.75, "digest response": 1.0}, "allocs": {"": 0.5}}
+FLOOR = "floor"
+HELD_GOAL = {"05_invite": 3000, "06_invite_carrier": 5800}  # bytes
 HOSTILE_AIM = 20
 
 Measured = dict[tuple[str, str, str, str], float]  # library, message, operation, metric
@@ -57,10 +62,17 @@ def table(head: list[str], rows: Iterable[list[str]]) -> str:
 class Peers:
     """The comparison with other libraries."""
 
-    def __init__(self, path: Path) -> None:
+    def __init__(self, path: Path, floor: Path | None) -> None:
         self.values: Measured = {}
         self.scaled: Scaled = {}
         self.libraries: list[str] = []
+        self.read(path)
+        if floor:
+            self.read(floor)
+        self.libraries = [name for name in self.libraries if name != FLOOR]
+        self.others = [name for name in self.libraries if name not in (OURS, RFC)]
+
+    def read(self, path: Path) -> None:
         for line in path.read_text().splitlines():
             cells = line.split("\t")
             if cells[0] == "scale":
@@ -71,7 +83,12 @@ class Peers:
                 self.libraries.append(cells[0])
             key = (cells[0], cells[1], cells[2], cells[3])
             self.values[key] = min(float(cells[4]), self.values.get(key, float("inf")))
-        self.others = [name for name in self.libraries if name != OURS]
+
+    def columns(self) -> list[str]:
+        return [name for name in (OURS, RFC) if name in self.libraries] + self.others
+
+    def titles(self) -> list[str]:
+        return [{OURS: "ours", RFC: "ours, RFC"}.get(name, name) for name in self.columns()]
 
     def value(self, library: str, message: str, operation: str, metric: str) -> float | None:
         found = [self.values[key] for way in OPERATIONS[operation]
@@ -100,9 +117,18 @@ class Peers:
         def cells(operation: str, message: str, values: dict[str, float | None]) -> list[str]:
             digits = 1 if metric == "allocs" else 0
             ratio = self.ratio(values)
-            return [operation, message, *(show(values[name], digits) for name in (OURS, *self.others)), show(ratio, 2)]
-        head = ["operation", "message", "ours", *self.others, "ours / best"]
+            return [operation, message, *(show(values[name], digits) for name in self.columns()), show(ratio, 2)]
+        head = ["operation", "message", *self.titles(), "ours / best"]
         return table(head, (cells(*row) for row in self.rows(metric)))
+
+    def floor(self) -> str:
+        """Returns what a parse costs, as a multiple of the floor."""
+        def multiple(message: str, metric: str) -> list[str]:
+            floor, ours = (self.values.get((name, message, "parse", metric)) for name in (FLOOR, OURS))
+            return [show(floor), show(ours), show(ours / floor, 1) if floor and ours else "-"]
+        messages = sorted({key[1] for key in self.values if key[0] == FLOOR and key[2] == "parse"})
+        return table(["parse", "floor", "ours, instructions", "times", "floor", "ours, nanoseconds", "times"],
+                     ([message, *multiple(message, "instr"), *multiple(message, "ns_min")] for message in messages))
 
     def verdict(self) -> str:
         """Returns how many rows reach the goal, and which miss it."""
@@ -110,10 +136,11 @@ class Peers:
         for metric, name in METRICS.items():
             rows = [(operation, message, ratio) for operation, message, values in self.rows(metric)
                     if (ratio := self.ratio(values)) is not None]
-            missed = [row for row in rows if row[2] > LEVEL.get(row[0], GOAL) + 0.005]
+            goals = GOALS[metric]
+            missed = [row for row in rows if row[2] > goals.get(row[0], goals[""]) + 0.0005]
             lines.append(f"- {name}: {len(rows) - len(missed)} of {len(rows)} rows reach their goal"
                          + ("." if not missed else "; not yet: " + ", ".join(
-                             f"{operation}{'' if message == '-' else ' ' + message} ({ratio:.2f})"
+                             f"{operation}{'' if message == '-' else ' ' + message} ({ratio:.3f})"
                              for operation, message, ratio in missed) + "."))
         held = {message: value for message in HELD_GOAL
                 if (value := self.values.get((OURS, message, "held", "heap_bytes"))) is not None}
@@ -126,8 +153,8 @@ class Peers:
         rows = []
         for message in messages:
             values = {name: self.values.get((name, message, "held", "heap_bytes")) for name in self.libraries}
-            rows.append([message, *(show(values[name]) for name in (OURS, *self.others)), show(self.ratio(values), 2)])
-        return table(["message", "ours", *self.others, "ours / best"], rows)
+            rows.append([message, *(show(values[name]) for name in self.columns()), show(self.ratio(values), 2)])
+        return table(["message", *self.titles(), "ours / best"], rows)
 
     def growth(self) -> str:
         names = {"route": "one comma-separated line", "routelines": "own lines", "via": "Vias",
@@ -139,8 +166,8 @@ class Peers:
             if at_few is None or at_many is None:
                 return "failed"
             return f"{at_few:,.0f} / {at_many:,.0f} ({at_many / at_few:.1f})"
-        return table(["ns a value, 100 / 10,000 (ratio)", "ours", *self.others],
-                     ([names[kind], *(cell(name, kind) for name in (OURS, *self.others))] for kind in names))
+        return table(["ns a value, 100 / 10,000 (ratio)", *self.titles()],
+                     ([names[kind], *(cell(name, kind) for name in self.columns())] for kind in names))
 
 
 class Own:
@@ -268,7 +295,7 @@ def plot(peers: Peers) -> str:
         parts.append(f'<rect x="{left + 130 * i}" y="30" width="12" height="12" fill="{shade}"/>'
                      f'<text x="{left + 130 * i + 18}" y="40">{labels[metric]}</text>')
     bottom = head + row * len(keys)
-    for value, text in ((GOAL, "half"), (1.0, "level")):
+    for value, text in ((GOALS["instr"][""], "half"), (1.0, "level")):
         parts.append(f'<line x1="{x(value):.1f}" y1="{head - 4}" x2="{x(value):.1f}" y2="{bottom + 4}" '
                      f'stroke="#b23a48" stroke-dasharray="{"none" if value == 1 else "4 3"}"/>'
                      f'<text x="{x(value):.1f}" y="{bottom + 20}" text-anchor="middle" fill="#b23a48">{text}</text>')
@@ -299,29 +326,32 @@ def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--own", type=Path, required=True)
     parser.add_argument("--peers", type=Path)
+    parser.add_argument("--floor", type=Path)
     parser.add_argument("--callgrind", type=Path)
     parser.add_argument("--write", action="store_true")
     arguments = parser.parse_args()
 
     own = Own(arguments.own)
     sections: dict[str, str] = {}
-    peers = Peers(arguments.peers) if arguments.peers else None
+    peers = Peers(arguments.peers, arguments.floor) if arguments.peers else None
     if peers:
         sections["machine"] = machine(peers.libraries)
         sections["verdict"] = peers.verdict()
         for metric in METRICS:
             sections[metric] = peers.comparison(metric)
         sections["held"] = peers.held()
+        if arguments.floor:
+            sections["floor"] = peers.floor()
         if peers.scaled:
             sections["growth-compared"] = peers.growth()
     if arguments.callgrind:
         sections["functions"] = "\n\n".join(functions(arguments.callgrind, message)
                                             for message in ("05_invite", "06_invite_carrier"))
     sections |= {"growth": own.growth(), "threads": own.threads(), "hostile": own.hostile()}
-    titles = {**METRICS, "held": "Bytes held by a message", "growth-compared": "Growth, parse",
+    titles = {**METRICS, "floor": "The floor", "held": "Bytes held by a message", "growth-compared": "Growth, parse",
               "growth": "Growth, ours", "threads": "Two threads", "hostile": "Hostile messages",
               "functions": "Where the instructions go",
-              "machine": "Measured on", "verdict": "Against the goal: half of the best (digest: level)"}
+              "machine": "Measured on", "verdict": "Against the goal: half of the best (SIP URL, digest: see GOALS)"}
     for name, content in sections.items():
         print(f"\n{titles[name]}\n\n{content}")
     if arguments.write:

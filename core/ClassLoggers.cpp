@@ -2,6 +2,7 @@
 
 #include "core/Exception.h"
 #include "core/ForkLock.h"
+#include "core/NotedLogger.h"
 
 #include <ace/Object_Manager.h>
 #include <log4cplus/hierarchy.h>
@@ -21,9 +22,10 @@ namespace {
 
 using Impl = log4cplus::spi::LoggerImpl;
 
-/** log4cplus does not report a change of a level or an appender, so every operation has to look at all loggers. Its
-    public interface copies the appenders of a logger under a lock, which would cost a fifth of reading a message;
-    here they are read where they are, without a lock, as log4cplus itself reads the levels. */
+/** log4cplus does not report a change of a level, nor an appender that is added to the root or to a logger that the host
+    made, so every operation has to look. The public interface copies the appenders of a logger under a lock, which would
+    cost a fifth of reading a message; here they are read where they are, without a lock, as log4cplus itself reads the
+    levels. */
 struct Appenders : Impl {
     Appenders() = delete;
     /** The end of the list, which moves when the first one is added and when the last one is removed; 0 before. */
@@ -78,7 +80,8 @@ struct ClassLoggers::Node {
 
     Logger logger;
     const Node* parent = nullptr;
-    const AceCleanupLogger* owners = nullptr; ///< The first; several files may name one class.
+    std::atomic<const Node*> nextForeign{nullptr}; ///< In the list of those that are no NotedLogger.
+    const AceCleanupLogger* owners = nullptr;      ///< The first; several files may name one class.
 
     // Of the update that is under way.
     int ownLevel = kNotSet;
@@ -94,8 +97,8 @@ struct ClassLoggers::Node {
     void look();
 };
 
-/** Nodes that are looked at together, in two instructions each while there is no appender at all, and three while none
-    has a level or an appender of its own, which is the usual case. */
+/** Nodes that are looked at together, in three instructions each while none has a level or an appender of its own, which
+    is the usual case. */
 struct ClassLoggers::Group {
     static constexpr std::size_t kNodes = 16;
 
@@ -104,15 +107,6 @@ struct ClassLoggers::Group {
     std::atomic<int> seenLevels{kNotSet};         ///< Of all nodes, and-ed.
     std::atomic<std::uintptr_t> seenAppenders{0}; ///< Of all nodes, or-ed.
     std::atomic<Group*> next{nullptr};
-
-    bool hasNoAppender() const {
-        std::uintptr_t appenders = 0;
-#pragma GCC unroll 16
-        for (const Node& node : nodes) {
-            appenders |= Appenders::sEnd(*node.impl.load(std::memory_order_relaxed));
-        }
-        return appenders == 0;
-    }
 
     bool isAsSeen() const {
         int levels = seenLevels.load(std::memory_order_acquire);
@@ -145,11 +139,13 @@ struct ClassLoggers::State {
     Node root;
     Group first;
     Group* last = &first;
+    Node* lastForeign = &root;
+    std::atomic<unsigned> seenAdded{0}; ///< NotedLogger::sAdded() before the cached levels were computed.
     std::atomic<bool> anyIsRead{false}; ///< False while all cached levels are kUnread.
 
     /** Whether the cached levels are those that would be computed now. While no record is read, levels don't matter. */
     bool isAsSeen() const {
-        if (!anyIsRead.load(std::memory_order_acquire) && hasNoAppender()) {
+        if (!anyIsRead.load(std::memory_order_acquire) && hasNoNewAppender()) {
             return true;
         }
         if (!root.isAsSeen() || !isDisabledUpTo(hierarchy, s_disabled.load(std::memory_order_acquire))) {
@@ -162,16 +158,14 @@ struct ClassLoggers::State {
         }
         return true;
     }
-    bool hasNoAppender() const {
-        if (Appenders::sEnd(*root.impl.load(std::memory_order_relaxed)) != 0) {
-            return false;
-        }
-        for (const Group* group = &first; group; group = group->next.load(std::memory_order_acquire)) {
-            if (!group->hasNoAppender()) {
+    bool hasNoNewAppender() const {
+        for (const Node* node = &root; node; node = node->nextForeign.load(std::memory_order_acquire)) {
+            const Impl& now = *node->impl.load(std::memory_order_relaxed);
+            if (Appenders::sEnd(now) != node->appendersEnd.load(std::memory_order_acquire)) {
                 return false;
             }
         }
-        return true;
+        return NotedLogger::sAdded() == seenAdded.load(std::memory_order_acquire);
     }
 
     template <class Function>
@@ -276,7 +270,7 @@ ClassLoggers::State& ClassLoggers::sState() {
 ClassLoggers::Node& ClassLoggers::sNodeNamed(State& state, const std::string& name) {
     const std::size_t dot = name.rfind('.');
     const Node& parent = dot == std::string::npos ? state.root : sNodeNamed(state, name.substr(0, dot));
-    const Logger logger(name);
+    const Logger logger(NotedLogger::sGet(name));
     const Impl* const impl = Handle::sImpl(logger.m_logger);
     Node* found = nullptr;
     state.forEachNode([&](Node& node) { found = node.impl == impl ? &node : found; });
@@ -290,6 +284,10 @@ ClassLoggers::Node& ClassLoggers::sNodeNamed(State& state, const std::string& na
     node.parent = &parent;
     for (Node* each = &node; each != group.nodes + (group.used == 0 ? Group::kNodes : group.used + 1); ++each) {
         each->impl.store(impl, std::memory_order_relaxed);
+    }
+    if (!dynamic_cast<const NotedLogger*>(impl)) {
+        state.lastForeign->nextForeign.store(&node, std::memory_order_release);
+        state.lastForeign = &node;
     }
     ++group.used;
     if (fresh) {
@@ -321,6 +319,7 @@ void ClassLoggers::sUpdate() noexcept {
 void ClassLoggers::sUpdateLocked(State& state) {
     const int disabled = disabledUpTo(state.hierarchy);
     bool anyIsRead = false;
+    state.seenAdded.store(NotedLogger::sAdded(), std::memory_order_release);
     state.forEachNode([&](Node& node) {
         node.look();
         anyIsRead = anyIsRead || node.isRead;

@@ -52,6 +52,27 @@ public:
 #endif
     }
 
+    /** As allocate, but nil if there is no free block at hand; then call allocate. For code that has a longer road for
+        that case anyway, and so needs no registers saved in this one.
+        @param size a multiple of 8 from 16 to 256. */
+    void* allocateAtHand([[maybe_unused]] std::size_t size) noexcept {
+#ifdef KX_PLAIN_MALLOC
+        return nullptr;
+#else
+        return MemPool::allocateAtHand(size, *this);
+#endif
+    }
+
+    /** As deallocate, but false, without a change, if that takes more than a few steps; then call deallocate.
+        @param size a multiple of 8 from 16 to 256: that of the block. */
+    bool deallocateAtHand([[maybe_unused]] void* block, [[maybe_unused]] std::size_t size) noexcept {
+#ifdef KX_PLAIN_MALLOC
+        return false;
+#else
+        return MemPool::deallocateAtHand(block, size, *this);
+#endif
+    }
+
 private:
     friend class MemPool;
 
@@ -69,13 +90,21 @@ inline void* MemPool::allocate(std::size_t size, MemAccount& account) {
     if (size <= MemClasses::kMaxBlock) [[likely]] {
         const std::size_t cellOffset = kMemClasses.cellOffset[(size + MemClasses::kGranule - 1) / MemClasses::kGranule];
         MemCell& cell = t_memCache->cell(account.m_rowOffset.load(std::memory_order_relaxed), cellOffset);
-        if (void* const block = cell.head) [[likely]] {
-            cell.head = *static_cast<void**>(block);
-            cell.live.store(cell.live.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        if (void* const block = pop(cell)) [[likely]] {
             return block;
         }
     }
     return allocateSlow(size, account);
+}
+
+inline void* MemPool::allocateAtHand(std::size_t size, MemAccount& account) noexcept {
+    const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
+    return pop(t_memCache->cell(rowOffset, MemClasses::cellOffsetOfStep(size)));
+}
+
+inline bool MemPool::deallocateAtHand(void* block, std::size_t size, MemAccount& account) noexcept {
+    const std::size_t rowOffset = account.m_rowOffset.load(std::memory_order_relaxed);
+    return push(t_memCache->cell(rowOffset, MemClasses::cellOffsetOfStep(size)), block);
 }
 
 inline void MemPool::deallocate(void* block, MemAccount& account) noexcept {

@@ -20,7 +20,8 @@ struct MemClasses {
     static constexpr std::size_t kSlabPayload = kSlabBytes - kSlabHeaderBytes;
     static constexpr std::size_t kMaxBlock = kSlabPayload / 2 / 16 * 16; ///< Larger blocks get slabs of their own.
     static constexpr std::size_t kGranule = 8;
-    static constexpr std::size_t kClasses = 64; ///< Class 0 is never used.
+    static constexpr std::size_t kMaxStep = 256; ///< Up to here every multiple of a granule is a class.
+    static constexpr std::size_t kClasses = 64;  ///< Class 0 is never used.
     static constexpr std::size_t kCellBytes = 16;
 
     std::array<std::uint16_t, kClasses> blockBytes{};
@@ -28,10 +29,10 @@ struct MemClasses {
     std::size_t count = 1;
 
     constexpr MemClasses() {
-        for (std::size_t bytes = 16; bytes <= 256; bytes += kGranule) {
+        for (std::size_t bytes = 16; bytes <= kMaxStep; bytes += kGranule) {
             blockBytes[count++] = static_cast<std::uint16_t>(bytes);
         }
-        std::size_t last = 256;
+        std::size_t last = kMaxStep;
         for (std::size_t pieces = kSlabPayload / last; pieces >= 2; --pieces) {
             const std::size_t bytes = kSlabPayload / pieces / 16 * 16;
             const std::size_t next = pieces == 2 ? 0 : kSlabPayload / (pieces - 1) / 16 * 16;
@@ -51,11 +52,17 @@ struct MemClasses {
         }
     }
 
+    /** For a multiple of a granule from 16 to kMaxStep. */
+    static constexpr std::size_t cellOffsetOfStep(std::size_t bytes) {
+        return bytes * (kCellBytes / kGranule) - kCellBytes;
+    }
     constexpr std::size_t bytesOfCell(std::size_t offset) const { return blockBytes[offset / kCellBytes]; }
 };
 
 inline constexpr MemClasses kMemClasses;
 static_assert(kMemClasses.blockBytes[kMemClasses.count - 1] == MemClasses::kMaxBlock);
+static_assert(kMemClasses.bytesOfCell(MemClasses::cellOffsetOfStep(16)) == 16);
+static_assert(kMemClasses.bytesOfCell(MemClasses::cellOffsetOfStep(MemClasses::kMaxStep)) == MemClasses::kMaxStep);
 
 /** The free blocks of one size class that one thread holds for one account, and how many blocks it has handed out.
     The cells of row 0, of class 0 and of the empty cache (see t_memCache) are always zero, so that every use of them
@@ -130,6 +137,12 @@ public:
     static void deallocate(void* block, MemAccount& account) noexcept;
     /** @param size as it was given to allocate. */
     static void deallocate(void* block, std::size_t size, MemAccount& account) noexcept;
+    /** As allocate, but nil if the thread has no free block of this size.
+        @param size a multiple of MemClasses::kGranule from 16 to MemClasses::kMaxStep. */
+    static void* allocateAtHand(std::size_t size, MemAccount& account) noexcept;
+    /** As deallocate, but false, without a change, if the thread may not keep the block.
+        @param size as above; it is that of the block. */
+    static bool deallocateAtHand(void* block, std::size_t size, MemAccount& account) noexcept;
 
     /** The live blocks of the row that the threads' caches count; large blocks are not included. */
     static MemUsage sLive(std::size_t row) noexcept;
@@ -144,6 +157,14 @@ public:
     }
 
 private:
+    static void* pop(MemCell& cell) noexcept {
+        void* const block = cell.head;
+        if (block) [[likely]] {
+            cell.head = *static_cast<void**>(block);
+            cell.live.store(cell.live.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        }
+        return block;
+    }
     static bool push(MemCell& cell, void* block) noexcept {
         const std::uint32_t live = cell.live.load(std::memory_order_relaxed);
         if (live == cell.floor) [[unlikely]] {

@@ -31,6 +31,11 @@ private:
     const char* m_functionName;
 };
 
+/** In place of a TraceScope where the level is known to be off: does nothing. */
+struct NoTraceScope {
+    NoTraceScope(const AceCleanupLogger&, const char*) noexcept {}
+};
+
 /** EntryTraceScopes open on this thread. */
 extern KX_CORE_API __thread unsigned t_entryDepth __attribute__((tls_model("initial-exec")));
 

@@ -17,7 +17,7 @@ public:
     /** `name` must live as long as the process. */
     void add(const char* name, Creator creator) {
         const std::string_view text(name);
-        if (find(text) == nullptr) {
+        if (find(text).creator == nullptr) {
             const KxBytes::Ends ends(text.data(), text.size());
             const Entry*& head = m_buckets[bucket(ends.folded())];
             // never freed, since static destructors may look names up
@@ -25,13 +25,21 @@ public:
         }
     }
 
+    /** What is registered for a name. */
+    struct Found {
+        Creator creator = nullptr;         ///< Null if nothing is.
+        const char* registered = nullptr; ///< The text that was registered, if the name is exactly that; may be null.
+    };
+
     /** The creator function of a name, or null. Faster if the name is in the letter case that was registered. */
-    [[gnu::always_inline]] Creator find(std::string_view name) const {
+    [[gnu::always_inline]] Found find(std::string_view name) const {
         const KxBytes::Ends ends(name.data(), name.size());
         const Entry* const first = m_buckets[bucket(ends.folded())];
-        const bool exact = first != nullptr && first->ends == ends &&
-                           (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()));
-        return exact ? first->creator : findInAnyCase(name, first);
+        if (first != nullptr && first->ends == ends &&
+            (ends.areWhole() || KxBytes::equal(first->name.data(), name.data(), name.size()))) [[likely]] {
+            return {first->creator, first->name.data()};
+        }
+        return first == nullptr ? Found() : findInBucket(name, first);
     }
 
     /** Calls f with every name, in no particular order. */
@@ -54,17 +62,17 @@ private:
         const Entry* next;
     };
 
-    [[gnu::noinline]] static Creator findInAnyCase(std::string_view name, const Entry* first) {
+    [[gnu::noinline]] static Found findInBucket(std::string_view name, const Entry* first) {
         const KxBytes::Ends folded = KxBytes::Ends(name.data(), name.size()).folded();
         for (const Entry* entry = first; entry != nullptr; entry = entry->next) {
             if (entry->folded == folded && KxAscii::equalsNoCase(entry->name, name)) {
-                return entry->creator;
+                return {entry->creator, entry->name == name ? entry->name.data() : nullptr};
             }
         }
-        return nullptr;
+        return {};
     }
 
-    static constexpr int kBucketBits = 8;
+    static constexpr int kBucketBits = 9;
 
     static std::size_t bucket(const KxBytes::Ends& ends) { return ends.hash(kBucketBits); }
 

@@ -59,6 +59,7 @@ std::size_t KxSipLine::readSome(char*, std::size_t) {
 /** Takes any other line: folded, without CR LF at its end, with blanks around its name, faulty, or of a stream that is
     not whole. */
 [[gnu::noinline]] KxSipFault KxSipLine::takeUnplain(KxInputStream& in) {
+    m_isPlain = false;
     m_key = {}; // a faulty line has none, and neither has one that the stream fails to deliver
     if (!in.isWhole()) {
         KxSipLine whole(in);

@@ -2,6 +2,7 @@
 
 #include "core/FastString.h"
 #include "sipobject/KxSipFault.h"
+#include "sipobject/KxSipLineScan.h"
 #include "sipobject/SipApi.h"
 #include "util/KxCharSet.h"
 #include "util/KxInputStream.h"
@@ -41,17 +42,16 @@ public:
         const char* const begin = in.window().data();
         const char* const end = begin + in.window().size();
         const char* const readable = in.readableEnd();
-        const char* const colon = KxBytes::findAny<':', '\r', '\n'>(begin, end, readable);
-        if (colon == end || *colon != ':' || colon == begin || *begin <= ' ' || colon[-1] <= ' ' || !in.isWhole()) {
-            return takeUnplain(in);
-        }
-        const char* const stop = KxBytes::findAny<'\r', '\n'>(colon, end, readable);
-        if (!sEndsPlainly(stop, end)) {
+        const KxSipLineScan scan(begin, readable);
+        const char* const stop = scan.stop();
+        if (stop == nullptr || end - stop <= 2 || !sIsPlainBreak(stop) || *begin <= ' ' || scan.colon() == begin ||
+            scan.colon()[-1] <= ' ' || !in.isWhole()) [[unlikely]] {
             return takeUnplain(in);
         }
         in.consume(static_cast<std::size_t>(stop - begin) + 2);
-        m_key = m_name = std::string_view(begin, static_cast<std::size_t>(colon - begin));
-        moveTo(colon + 1, stop + 2, readable);
+        m_name = std::string_view(begin, static_cast<std::size_t>(scan.colon() - begin));
+        m_isPlain = true;
+        moveTo(scan.colon() + 1, stop + 2, readable);
         return {};
     }
     /** As take, for a line that may have an empty name. A line without a colon is all name. */
@@ -60,7 +60,7 @@ public:
     std::string_view name() const { return m_name; }
     /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name.
         Empty for a line without name or colon. */
-    std::string_view key() const { return m_key; }
+    std::string_view key() const { return m_isPlain ? m_name : m_key; }
 
     /** The text after the colon of a line that was taken, without CR LF, however much of it has been read. */
     std::string_view values() const;
@@ -83,6 +83,10 @@ public:
     /** Skips blanks; returns false if only white space follows. */
     bool skipToText() {
         const char* at = begin();
+        if (end() - at >= 2 && at[0] == ' ' && at[1] > ' ') [[likely]] {
+            moveTo(at + 1);
+            return true;
+        }
         while (at != end() && (*at == ' ' || *at == '\t')) {
             ++at;
         }
@@ -119,6 +123,10 @@ public:
     template <char... kDelimiters>
     [[gnu::always_inline]] std::string_view until() {
         return takeTo(KxBytes::findAny<kDelimiters...>(begin(), end(), readableEnd()));
+    }
+    /** Takes the characters up to the first CR or LF, or the end. */
+    std::string_view untilBreak() {
+        return m_isPlain && end() - begin() >= 2 ? takeTo(end() - 2) : until<'\r', '\n'>();
     }
     /** Skips white space, then as `until`. */
     [[gnu::always_inline]] std::string_view token(const KxCharSet& delimiters) {
@@ -158,7 +166,11 @@ private:
     }
     /** Whether the line break at `at` is CR LF and the line is not continued. */
     static bool sEndsPlainly(const char* at, const char* end) {
-        return end - at >= 2 && at[0] == '\r' && at[1] == '\n' && (end - at == 2 || (at[2] != ' ' && at[2] != '\t'));
+        return end - at > 2 ? sIsPlainBreak(at) : end - at == 2 && at[0] == '\r' && at[1] == '\n';
+    }
+    /** As above, for a place that is followed by two bytes at least. */
+    static bool sIsPlainBreak(const char* at) {
+        return KxBytes::load<std::uint16_t>(at) == KxBytes::load<std::uint16_t>("\r\n") && at[2] != ' ' && at[2] != '\t';
     }
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);
@@ -166,10 +178,11 @@ private:
     void consumeFromSource();
 
     std::string_view m_name;
-    std::string_view m_key;
+    std::string_view m_key; ///< Not set if the line is plain.
     UserParts m_userParts;
     KxInputStream* m_source = nullptr; ///< Where the text is consumed from in the end; null for none.
     std::optional<KxSipFault> m_kept;  ///< Why a value is kept as text.
+    bool m_isPlain = false; ///< Whether the text is a plain line: its only control characters are CR LF at its end.
     bool m_isReadTwice = false;
     bool m_isLost = false;
     Oskan::FastString<256> m_unfolded; ///< The line, if it was folded.

@@ -1,5 +1,7 @@
 #include "util/KxAscii.h"
 
+#include "util/KxBytes.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -8,6 +10,9 @@ namespace KxAscii {
 bool equalsNoCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) {
         return false;
+    }
+    if (KxBytes::equal(a.data(), b.data(), a.size())) {
+        return true;
     }
     for (std::size_t i = 0; i < a.size(); ++i) {
         if (a[i] != b[i] && toLower(a[i]) != toLower(b[i])) {

@@ -2,13 +2,13 @@
 
 #include "util/KxBytes.h"
 
-/** Finds the places in [begin, end) that hold one of the given characters or, if kBlanks, a blank or a character below
-    it in ASCII; examines sixteen bytes at a time. */
-template <bool kBlanks, char... kWanted>
-class KxByteScanOf {
+/** Finds the places in [begin, end) that hold a character up to kUpTo or one from kFrom to kTo; examines sixteen bytes
+    at a time. */
+template <unsigned char kUpTo, unsigned char kFrom, unsigned char kTo>
+class KxByteScan {
 public:
     /** The bytes from `end` up to `readable` may be loaded too. */
-    KxByteScanOf(const char* begin, const char* end, const char* readable)
+    KxByteScan(const char* begin, const char* end, const char* readable)
         : m_block(begin), m_end(end), m_readable(readable) {
         look();
     }
@@ -36,36 +36,27 @@ public:
 private:
     static constexpr std::ptrdiff_t kBlock = 16;
 
-    void look() {
 #ifdef __SSE2__
-        if (m_readable - m_block >= kBlock) {
-            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_block));
-            __m128i hits = _mm_setzero_si128();
-            ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(kWanted)))), ...);
-            if constexpr (kBlanks) {
-                hits = _mm_or_si128(hits, _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ')), bytes));
-            }
-            m_hits = static_cast<unsigned>(_mm_movemask_epi8(hits));
-            return;
-        }
-#endif
-        lookSlowly();
+    void look() {
+        const __m128i bytes = KxBytes::loadBlock(m_block, m_end, m_readable);
+        const __m128i from = _mm_sub_epi8(bytes, _mm_set1_epi8(static_cast<char>(kFrom)));
+        const __m128i isLow = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(static_cast<char>(kUpTo))), bytes);
+        const __m128i isBetween =
+            _mm_cmpeq_epi8(_mm_min_epu8(from, _mm_set1_epi8(static_cast<char>(kTo - kFrom))), from);
+        m_hits = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(isLow, isBetween)));
     }
-
-    [[gnu::noinline]] void lookSlowly() {
-        const std::ptrdiff_t count = m_end - m_block < kBlock ? m_end - m_block : kBlock;
+#else
+    void look() {
         m_hits = 0;
-        for (std::ptrdiff_t i = 0; i < count; ++i) {
-            const bool isBlank = kBlanks && static_cast<unsigned char>(m_block[i]) <= ' ';
-            m_hits |= isBlank || ((m_block[i] == kWanted) || ...) ? 1U << i : 0U;
+        for (std::ptrdiff_t i = 0; i < kBlock && i < m_end - m_block; ++i) {
+            const auto c = static_cast<unsigned char>(m_block[i]);
+            m_hits |= c <= kUpTo || (c >= kFrom && c <= kTo) ? 1U << i : 0U;
         }
     }
+#endif
 
     const char* m_block;
     const char* m_end;
     const char* m_readable;
     unsigned m_hits = 0; ///< One bit for each place in the block that next() has not yet returned.
 };
-
-template <char... kWanted>
-using KxByteScan = KxByteScanOf<false, kWanted...>;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -24,7 +25,7 @@ Word load(const char* at) {
 inline constexpr std::size_t kShortCopy = 32;
 
 /** Copies up to kShortCopy bytes; returns the end of the copy. */
-inline char* copyShort(char* to, const char* from, std::size_t count) {
+[[gnu::always_inline]] inline char* copyShort(char* to, const char* from, std::size_t count) {
     if (count >= 16) {
         __builtin_memcpy(to, from, 16);
         __builtin_memcpy(to + count - 16, from + count - 16, 16);
@@ -41,6 +42,22 @@ inline char* copyShort(char* to, const char* from, std::size_t count) {
     }
     return to + count;
 }
+
+/** The most bytes that copyMedium copies. */
+inline constexpr std::size_t kMediumCopy = 63;
+
+/** Copies up to kMediumCopy bytes; returns the end of the copy. Needs no call. */
+[[gnu::always_inline]] inline char* copyMedium(char* to, const char* from, std::size_t count) {
+    if (count > kShortCopy) {
+        __builtin_memcpy(to, from, kShortCopy);
+        __builtin_memcpy(to + count - kShortCopy, from + count - kShortCopy, kShortCopy);
+        return to + count;
+    }
+    return copyShort(to, from, count);
+}
+
+/** How many bytes after the end of a text writers may overwrite where there is room. */
+inline constexpr std::size_t kSlack = 12;
 
 /** Copies `count` bytes; returns the end of the copy. */
 inline char* copy(char* to, const char* from, std::size_t count) {
@@ -71,6 +88,19 @@ inline bool equal(const char* a, const char* b, std::size_t count) {
     return load<std::uint64_t>(a + count - 8) == load<std::uint64_t>(b + count - 8);
 }
 
+/** Whether the text begins with a literal. */
+template <std::size_t kSize>
+bool startsWith(std::string_view text, const char (&literal)[kSize]) {
+    return text.size() >= kSize - 1 && __builtin_memcmp(text.data(), literal, kSize - 1) == 0;
+}
+
+/** Whether the text ends with a literal. */
+template <std::size_t kSize>
+bool endsWith(std::string_view text, const char (&literal)[kSize]) {
+    return text.size() >= kSize - 1 &&
+           __builtin_memcmp(text.data() + text.size() - (kSize - 1), literal, kSize - 1) == 0;
+}
+
 /** The first and last four bytes of a run, and its length. For a run of up to eight bytes these are all its bytes. */
 struct Ends {
     Ends(const char* at, std::size_t length) : count(static_cast<std::uint32_t>(length)) {
@@ -82,9 +112,7 @@ struct Ends {
         }
     }
     /** A hash of `bits` bits. */
-    std::size_t hash(int bits) const {
-        return static_cast<std::size_t>(((both ^ count) * 0x9E3779B97F4A7C15ULL) >> (64 - bits));
-    }
+    std::size_t hash(int bits) const { return static_cast<std::size_t>((both * 0x9E3779B97F4A7C15ULL) >> (64 - bits)); }
     /** A form in which texts that differ only in letter case are equal. Some other texts become equal, too. */
     Ends folded() const {
         Ends lower(*this);
@@ -99,13 +127,37 @@ struct Ends {
     std::uint32_t count;
 };
 
+#ifdef __SSE2__
+/** Loads `count` bytes, at most 15; the bytes after them are 0. */
+[[gnu::noinline]] inline __m128i loadShort(const char* at, std::size_t count) {
+    const auto byte = [at](std::size_t i) { return std::uint64_t{static_cast<unsigned char>(at[i])} << 8 * i; };
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+    if (count >= 8) {
+        low = load<std::uint64_t>(at);
+        high = load<std::uint64_t>(at + count - 8) >> 8 >> 8 * (15 - count);
+    } else if (count >= 4) {
+        low = load<std::uint32_t>(at) | std::uint64_t{load<std::uint32_t>(at + count - 4)} >> 8 * (8 - count) << 32;
+    } else if (count != 0) {
+        low = byte(0) | byte(count / 2) | byte(count - 1);
+    }
+    return _mm_set_epi64x(static_cast<std::int64_t>(high), static_cast<std::int64_t>(low));
+}
+
+/** Loads the 16 bytes from `at` on or, where `readable` does not permit that, those up to `end`, and zeros. */
+[[gnu::always_inline]] inline __m128i loadBlock(const char* at, const char* end, const char* readable) {
+    return readable - at >= 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(at))
+                               : loadShort(at, static_cast<std::size_t>(end - at));
+}
+#endif
+
 /** The first of the given characters in [begin, end), or `end`. The bytes up to `readable` may be loaded too. */
 template <char... kWanted>
 [[gnu::always_inline]] inline const char* findAny(const char* begin, const char* end,
                                                   [[maybe_unused]] const char* readable) {
 #ifdef __SSE2__
-    for (; begin < end && readable - begin >= 16; begin += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
+    for (; begin < end; begin += 16) {
+        const __m128i bytes = loadBlock(begin, end, readable);
         __m128i hits = _mm_setzero_si128();
         ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(kWanted)))), ...);
         const int mask = _mm_movemask_epi8(hits);
@@ -114,12 +166,13 @@ template <char... kWanted>
             return at < end ? at : end;
         }
     }
-    begin = begin < end ? begin : end;
-#endif
+    return end;
+#else
     while (begin != end && ((*begin != kWanted) && ...)) {
         ++begin;
     }
     return begin;
+#endif
 }
 
 /** The first of the given characters in [begin, end), or `end`. */

@@ -37,8 +37,9 @@ public:
                                                       [[maybe_unused]] const char* readable) const {
 #ifdef __SSE2__
         if (!std::is_constant_evaluated() && __builtin_constant_p(m_rangeCount) && m_rangeCount != 0) {
-            for (; begin < end && readable - begin >= 16; begin += 16) {
-                for (unsigned hits = candidates(begin); hits != 0; hits &= hits - 1) {
+            for (; begin < end; begin += 16) {
+                const __m128i bytes = KxBytes::loadBlock(begin, end, readable);
+                for (unsigned hits = candidates(bytes); hits != 0; hits &= hits - 1) {
                     const char* const at = begin + __builtin_ctz(hits);
                     if (at >= end) {
                         return end;
@@ -48,7 +49,7 @@ public:
                     }
                 }
             }
-            begin = begin < end ? begin : end;
+            return end;
         }
 #endif
         while (begin != end && !contains(*begin)) {
@@ -93,8 +94,7 @@ private:
 
 #ifdef __SSE2__
     /** One bit for each of 16 bytes, set if the byte may be in the set. To be inlined where the set is known. */
-    [[gnu::always_inline]] unsigned candidates(const char* at) const {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    [[gnu::always_inline]] unsigned candidates(__m128i bytes) const {
         const __m128i hits =
             addRange<4>(bytes, addRange<3>(bytes, addRange<2>(bytes, addRange<1>(bytes, inRange(bytes, m_ranges[0])))));
         return static_cast<unsigned>(_mm_movemask_epi8(hits));

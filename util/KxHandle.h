@@ -44,6 +44,10 @@ public:
         }
         return KxHandle(object, KxUncounted{});
     }
+    [[nodiscard]] static KxHandle sOfNew(T& object) {
+        KxHandleBase::countFirst(object);
+        return KxHandle(&object, KxUncounted{});
+    }
     /** A handle to the object; `companion` is kept alive at least as long as the object. */
     KxHandle(T* object, KxObject* companion) : KxHandle(object) { this->keepBeside(object, companion); }
 

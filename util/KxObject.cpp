@@ -48,13 +48,10 @@ void KxObject::display(KxOutputStream& out, bool) const {
     out << "KxObject";
 }
 
-std::uint32_t KxObject::releaseShared(bool destroy) {
-    const std::uint32_t left = (m_count.fetch_sub(1, std::memory_order_acq_rel) - 1) & kCountMask;
-    if (left == 0 && destroy) {
-        m_count.fetch_add(1, std::memory_order_relaxed); // a handle made in a destructor must not destroy it again
-        delete this;
-    }
-    return left;
+/** Destroys the object, whose other owners let go while this thread did. */
+void KxObject::destroyShared() {
+    m_count.fetch_add(1, std::memory_order_relaxed); // a handle made in a destructor must not destroy it again
+    delete this;
 }
 
 void KxObject::keepCompanion(KxObject* companion) {

@@ -77,7 +77,13 @@ protected:
     std::uint32_t count() const { return m_count.load(std::memory_order_acquire); }
     /** The rest of Release, for an object that is not a constant. Release itself handles the last reference when
         `destroy` is true. */
-    std::uint32_t releaseShared(bool destroy);
+    std::uint32_t releaseShared(bool destroy) {
+        const std::uint32_t left = (m_count.fetch_sub(1, std::memory_order_acq_rel) - 1) & kCountMask;
+        if (left == 0 && destroy) [[unlikely]] {
+            destroyShared();
+        }
+        return left;
+    }
 
 private:
     friend class KxHandleBase;
@@ -86,6 +92,7 @@ private:
     static constexpr std::uint32_t kHasCompanion = 0x40000000U;
     static constexpr std::uint32_t kCountMask = kHasCompanion - 1;
 
+    [[gnu::cold]] void destroyShared();
     void releaseCompanions();
     void keepCompanion(KxObject* companion);
 

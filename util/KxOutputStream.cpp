@@ -2,14 +2,9 @@
 
 #include <charconv>
 
-/** Writes directly into the window if it has room for a number of any length. */
 template <class Number>
 void KxOutputStream::writeNumber(Number number) {
     char digits[KxBytes::kShortCopy + 1]; // g++ 12 expects a copy to reach that far
-    if (static_cast<std::size_t>(m_end - m_cursor) >= sizeof digits) [[likely]] {
-        m_cursor = std::to_chars(m_cursor, m_end, number).ptr;
-        return;
-    }
     const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     write(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }

@@ -19,11 +19,11 @@ namespace {
 
 constinit Oskan::MemAccount s_account{"KxParameters"};
 
-/** The characters at which a part of a pair ends. Line ends and commas end the list only in a stream. The exact ones
-    include those that need quotes. */
-using InText = KxByteScan<'=', ';', '"'>;
-using InStream = KxByteScan<'=', ';', '"', ',', '\r', '\n'>;
-using Exact = KxByteScanOf<true, '=', ';', '"', ',', '<', '>'>;
+constinit KxConstString s_nothing("");
+
+/** Finds all characters at which a part of a pair may end, white space and characters that need quotes. What else it
+    finds is rare. */
+using Marks = KxByteScan<',', ';', '>'>;
 
 /** Returns where the quoted text that begins at `at` ends: at its closing quote or, in a stream, at the line end. */
 template <bool kInStream>
@@ -53,7 +53,7 @@ bool isPlain(std::string_view text) {
 
 /** Whether the text is a name, or a name and a value that is a quoted text or has no characters that need quotes.
     `equals` is null if there is no value. */
-[[gnu::noinline]] bool isExact(const char* begin, const char* equals, const char* end) {
+bool isExact(const char* begin, const char* equals, const char* end) {
     const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
     const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
     if (name.empty() || !isPlain(name)) {
@@ -140,15 +140,35 @@ KxParameters& KxParameters::operator=(const KxParameters& other) {
     return *this;
 }
 
+inline void KxParameters::releaseAll() {
+    if (m_block != nullptr) [[unlikely]] {
+        releaseBlock();
+    } else {
+        std::destroy_n(m_inline, m_size);
+    }
+}
+
+void KxParameters::releaseBlock() {
+    std::destroy_n(m_block->pairs(), places());
+    Block::free(m_block);
+}
+
 KxParameters::~KxParameters() {
     releaseAll();
 }
 
-void KxParameters::releaseAll() {
-    std::destroy_n(pairs(), places());
-    if (m_block != nullptr) {
-        Block::free(m_block);
+KxParameters* KxParameters::sCreateHeld() {
+    void* const block = s_account.allocateAtHand(sizeof(KxParameters));
+    if (block == nullptr) [[unlikely]] {
+        return KxMake<KxParameters>().detach();
     }
+    return ::new (block) KxParameters(Held::Tag);
+}
+
+/** Does what `delete this` does, without a virtual call. */
+void KxParameters::destroySelf() {
+    releaseAll();
+    s_account.deallocate(this, sizeof *this);
 }
 
 int KxParameters::compareWith(const KxObject& other) const {
@@ -191,16 +211,22 @@ KxParameters::Iterator KxParameters::end() const {
 }
 
 inline KxParameters::Pair* KxParameters::find(std::string_view name) {
-    if (hasIndex()) {
+    if (hasIndex()) [[unlikely]] {
         return findIndexed(name);
     }
     Pair* const end = pairs() + m_size;
     for (Pair* pair = pairs(); pair != end; ++pair) {
-        if (pair->name.length() == name.size() && pair->name.equalsNoCase(name)) {
-            return pair;
+        if (pair->name.length() == name.size()) {
+            return findFrom(pair, end, name);
         }
     }
     return nullptr;
+}
+
+/** Apart, so that the usual search calls nothing. */
+KxParameters::Pair* KxParameters::findFrom(Pair* begin, Pair* end, std::string_view name) {
+    Pair* const found = std::find_if(begin, end, [name](const Pair& pair) { return pair.name.equalsNoCase(name); });
+    return found == end ? nullptr : found;
 }
 
 KxParameters::Pair* KxParameters::findIndexed(std::string_view name) {
@@ -246,19 +272,19 @@ void KxParameters::grow() {
         Block::free(larger);
         throw;
     }
-    std::uninitialized_move_n(pairs(), m_size, larger->pairs());
-    const std::uint32_t size = m_size;
-    releaseAll();
+    std::uninitialized_move_n(pairs(), m_size, larger->pairs()); // leaves nothing to destroy
+    if (m_block != nullptr) {
+        Block::free(m_block);
+    }
     m_block = larger;
-    m_size = size;
 }
 
 inline void KxParameters::append(KxString&& name, KxString&& value) {
-    if (hasIndex() || m_size == capacity()) {
+    if (m_block != nullptr || m_size == kInline) {
         appendToLong(std::move(name), std::move(value));
         return;
     }
-    new (pairs() + m_size) Pair{std::move(name), std::move(value)};
+    new (m_inline + m_size) Pair{std::move(name), std::move(value)};
     ++m_size;
 }
 
@@ -273,57 +299,40 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
     ++m_size;
 }
 
-[[gnu::always_inline]] inline void KxParameters::parsePair(const char* begin, const char* equals, const char* end) {
-    const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
-    const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
+[[gnu::always_inline]] inline void KxParameters::store(std::string_view name, std::string_view value) {
     if (name.empty() && value.empty()) {
         return;
     }
-    static constinit const KxConstString kNothing("");
-    KxString held = value.empty() ? KxString(kNothing) : KxString(value);
-    if (Pair* const present = find(name)) {
+    KxString held =
+        value.empty() ? KxString(KxHandle<KxStringBuffer>(s_nothing.constant(), KxUncounted{})) : KxString(value);
+    Pair* const present = m_size == 0 ? nullptr : find(name);
+    if (present != nullptr) {
         present->value = std::move(held);
     } else {
         append(KxString(name), std::move(held));
     }
 }
 
-/** Reads the pairs in one pass; returns where it stopped, or null for a pair that is not exact. */
+/** Reads the pairs in one pass; returns where it stopped, or null for a pair that is not exact. A usual pair is a name,
+    or a name, "=" and a value, with nothing else in it that Marks finds. */
 template <KxParameters::Reading kReading>
 const char* KxParameters::parsePairs(const char* begin, const char* const end, const char* readable) {
-    constexpr bool kInStream = kReading != Reading::Text;
-    constexpr bool kExact = kReading == Reading::Exact;
-    std::conditional_t<kExact, Exact, std::conditional_t<kInStream, InStream, InText>> specials(begin, end, readable);
-    const auto isInPair = [](char c) {
-        return kExact ? c != ';' && c != ',' && c != '\r' && c != '\n' : c == '=' || c == '"';
-    };
+    Marks marks(begin, end, readable);
     while (true) {
-        const char* equals = nullptr;
-        [[maybe_unused]] bool isUsual = true; // a name, or a name, "=" and a plain or quoted value
-        const char* at = specials.next();
-        for (; at != end && isInPair(*at); at = specials.next()) {
-            if (*at == '=') {
-                equals = equals == nullptr ? at : equals;
-            } else if (!kExact || *at == '"') {
-                isUsual = isUsual && at - 1 == equals;
-                at = findQuoteEnd<kInStream>(at + 1, end);
-                if (kExact && (at == end || *at != '"')) {
-                    return nullptr;
-                }
-                at = at != end && *at == '"' ? at + 1 : at;
-                isUsual = isUsual && (at == end || !isInPair(*at));
-                specials.skipTo(at);
-            } else {
-                isUsual = false;
-            }
+        const char* at = marks.next();
+        const char* const nameEnd = at;
+        if (at != end && *at == '=') {
+            at = marks.next();
         }
-        if constexpr (kExact) {
-            isUsual = isUsual && begin != (equals == nullptr ? at : equals);
-            if (!isUsual && !isExact(begin, equals, at)) {
+        if ((at == end || endsPair<kReading>(*at)) && (kReading != Reading::Exact || nameEnd != begin)) [[likely]] {
+            store(textOf(begin, nameEnd), textOf(at == nameEnd ? at : nameEnd + 1, at));
+        } else {
+            at = parseUnusualPair<kReading>(begin, end, readable);
+            if (kReading == Reading::Exact && at == nullptr) {
                 return nullptr;
             }
+            marks.skipTo(at == end ? at : at + 1);
         }
-        parsePair(begin, equals, at);
         if (at == end || *at != ';') {
             return at;
         }
@@ -331,12 +340,42 @@ const char* KxParameters::parsePairs(const char* begin, const char* const end, c
     }
 }
 
+/** Reads one pair of any kind; returns where it ends, or null if it is not exact. */
+template <KxParameters::Reading kReading>
+[[gnu::noinline]] const char* KxParameters::parseUnusualPair(const char* begin, const char* const end,
+                                                             const char* readable) {
+    constexpr bool kInStream = kReading != Reading::Text;
+    constexpr bool kExact = kReading == Reading::Exact;
+    Marks marks(begin, end, readable);
+    const char* equals = nullptr;
+    const char* at = marks.next();
+    for (; at != end && !endsPair<kReading>(*at); at = marks.next()) {
+        if (*at == '=') {
+            equals = equals == nullptr ? at : equals;
+        } else if (*at == '"') {
+            at = findQuoteEnd<kInStream>(at + 1, end);
+            const bool isClosed = at != end && *at == '"';
+            if (kExact && !isClosed) {
+                return nullptr;
+            }
+            at = isClosed ? at + 1 : at;
+            marks.skipTo(at);
+        }
+    }
+    if (kExact && !isExact(begin, equals, at)) {
+        return nullptr;
+    }
+    store(KxAscii::trim(textOf(begin, equals == nullptr ? at : equals)),
+          KxAscii::trim(textOf(equals == nullptr ? at : equals + 1, at)));
+    return at;
+}
+
 void KxParameters::parse(std::string_view text, const char* readable) {
     parsePairs<Reading::Text>(text.data(), text.data() + text.size(), readable);
 }
 
 void KxParameters::parse(KxInputStream& in) {
-    const std::size_t length = in.fillLine();
+    const std::size_t length = in.isWhole() ? in.window().size() : in.fillLine();
     const char* const begin = in.window().data();
     const char* const end = parsePairs<Reading::Stream>(begin, begin + length, in.readableEnd());
     in.consume(static_cast<std::size_t>(end - begin));
@@ -351,15 +390,39 @@ bool KxParameters::parseExactly(KxInputStream& in) {
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {
-    const Iterator last = end();
-    for (Iterator pair = begin(); pair != last;) {
-        if (pair->value.empty()) {
-            out.write(pair->name.view());
-        } else {
-            out.writeAll(pair->name.view(), std::string_view("=", 1), pair->value.view());
-        }
-        if (++pair != last) {
-            out.write(';');
+    if (m_size != 0) {
+        Iterator first = begin();
+        write(out, *first);
+        serializeFrom(out, ++first);
+    }
+}
+
+/** A pair without the ";" before it. */
+void KxParameters::write(KxOutputStream& out, const Pair& pair) {
+    if (pair.value.empty()) {
+        out.writeAll(pair.name);
+    } else {
+        out.writeAll(pair.name, '=', pair.value);
+    }
+}
+
+void KxParameters::serializeFrom(KxOutputStream& out, Iterator pair) const {
+    for (const Iterator last = end(); pair != last; ++pair) {
+        out.write(';');
+        write(out, *pair);
+    }
+}
+
+void KxParameters::serializeEach(KxOutputStream& out) const {
+    if (hasIndex()) [[unlikely]] {
+        return serializeFrom(out, begin());
+    }
+    const Pair* pair = pairs();
+    for (const Pair* const last = pair + m_size; pair != last; ++pair) {
+        const bool isWritten = pair->value.empty() ? out.writeIfRoom(';', pair->name)
+                                                   : out.writeIfRoom(';', pair->name, '=', pair->value);
+        if (!isWritten) [[unlikely]] {
+            return serializeFrom(out, Iterator(pair, nullptr)); // in the tail, so that the loop needs no frame
         }
     }
 }

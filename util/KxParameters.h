@@ -80,6 +80,14 @@ public:
     KxParameters& operator=(const KxParameters& other);
     ~KxParameters() override;
 
+    std::uint32_t Release(bool destroy) override {
+        if (destroy && count() == 1) {
+            destroySelf();
+            return 0;
+        }
+        return releaseShared(destroy);
+    }
+
     [[nodiscard]] KxParameters* clone() const override { return new KxParameters(*this); }
     /** Compares the written forms. */
     int compareWith(const KxObject& other) const override;
@@ -101,6 +109,8 @@ public:
 
     /** Writes the pairs in order, separated by ";". There is no ";" before the first pair. */
     void serialize(KxOutputStream& out) const;
+    /** Writes the pairs in order, with ";" before each. */
+    void serializeEach(KxOutputStream& out) const;
     KxString getString() const;
 
     /** The value; nil when the name is absent, empty when the name has no value. */
@@ -129,20 +139,37 @@ public:
     void operator delete(void* block, std::size_t size);
 
 private:
+    friend class KxSharedParameters;
+
     static constexpr std::uint32_t kInline = 2;
     struct Block;
+
+    explicit KxParameters(Held held) : KxObject(held) {}
+    /** An empty list with one reference. */
+    static KxParameters* sCreateHeld();
+    void destroySelf();
 
     Pair* pairs();
     const Pair* pairs() const { return const_cast<KxParameters*>(this)->pairs(); }
     bool hasIndex() const;
     std::uint32_t places() const;
     Pair* find(std::string_view name);
+    [[gnu::noinline]] static Pair* findFrom(Pair* begin, Pair* end, std::string_view name);
     Pair* findIndexed(std::string_view name);
     /** What is read: all of a text, a stream up to the end of the list, or the same as exactly as possible. */
     enum class Reading { Text, Stream, Exact };
-    void parsePair(const char* begin, const char* equals, const char* end);
+    [[gnu::noinline]] void serializeFrom(KxOutputStream& out, Iterator pair) const;
+    static void write(KxOutputStream& out, const Pair& pair);
+    /** Adds a pair, or sets the value of a name that is there; does nothing if both are empty. */
+    void store(std::string_view name, std::string_view value);
+    template <Reading kReading>
+    static bool endsPair(char c) {
+        return c == ';' || (kReading != Reading::Text && (c == '\r' || c == ',' || c == '\n'));
+    }
     template <Reading kReading>
     const char* parsePairs(const char* begin, const char* end, const char* readable);
+    template <Reading kReading>
+    const char* parseUnusualPair(const char* begin, const char* end, const char* readable);
     void append(KxString&& name, KxString&& value);
     void appendToLong(KxString&& name, KxString&& value);
     std::uint32_t capacity() const;
@@ -150,6 +177,7 @@ private:
     void closeGaps();
     void grow();
     void releaseAll();
+    [[gnu::noinline]] void releaseBlock();
 
     std::uint32_t m_size = 0;
     Block* m_block = nullptr; // holds all pairs when they are more than fit here

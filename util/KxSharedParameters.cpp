@@ -1,7 +1,6 @@
 #include "util/KxSharedParameters.h"
 
 #include "core/ForkLock.h"
-#include "util/KxOutputStream.h"
 
 #include <array>
 #include <mutex>
@@ -30,6 +29,19 @@ std::mutex& mutexOf(const KxSharedParameters& parameters) {
     return s_mutexes.all[reinterpret_cast<std::uintptr_t>(&parameters) / 64 % s_mutexes.all.size()];
 }
 
+// These two are apart, so that sharing needs no saved registers.
+
+/** A copy with one reference. */
+[[gnu::noinline]] KxParameters* copyOf(const KxParameters& list) {
+    return KxHandle<KxParameters>(list.clone()).detach();
+}
+
+/** As copyOf; drops a reference to the list. */
+[[gnu::noinline]] KxParameters* copyAndRelease(KxParameters* list) {
+    const KxHandle<KxParameters> held(list, KxUncounted{});
+    return copyOf(*list);
+}
+
 } // namespace
 
 /** Returns the word for a copy. Another thread may be about to hand the list out. That thread marks the word and then
@@ -45,9 +57,9 @@ std::uintptr_t KxSharedParameters::share() const {
         if (m_word.fetch_add(0, std::memory_order_acq_rel) == word) {
             return word;
         }
-        list->Release(true);
+        return wordOf(copyAndRelease(list));
     }
-    return wordOf(KxHandle<KxParameters>(list->clone()).detach());
+    return wordOf(copyOf(*list));
 }
 
 /** Makes a list of this object's own, and marks it as handed out. It is a new list if there was none, and a copy if the
@@ -75,8 +87,16 @@ KxParameters& KxSharedParameters::lend() const {
 }
 
 KxParameters& KxSharedParameters::makeOurs() {
-    const KxParameters* const shared = peek();
-    KxHandle<KxParameters> own(shared == nullptr ? new KxParameters : shared->clone());
+    if (const KxParameters* const shared = peek()) {
+        return copyOurs(*shared);
+    }
+    KxParameters* const list = KxParameters::sCreateHeld();
+    m_word.store(wordOf(list), std::memory_order_release);
+    return *list;
+}
+
+KxParameters& KxSharedParameters::copyOurs(const KxParameters& shared) {
+    KxHandle<KxParameters> own(shared.clone());
     KxParameters& list = *own;
     replace(own.detach());
     return list;
@@ -97,9 +117,4 @@ void KxSharedParameters::replace(KxParameters* list) {
     if (old != nullptr) {
         old->Release(true);
     }
-}
-
-void KxSharedParameters::serializeAll(KxOutputStream& out) const {
-    out.write(';');
-    peek()->serialize(out);
 }

@@ -14,7 +14,7 @@ public:
     /** Holds the list itself, not a copy: other holders of the list may go on changing it. Nil for none. */
     explicit KxSharedParameters(const KxHandle<KxParameters>& list)
         : m_word(list.isNil() ? 0 : wordOf(KxHandle<KxParameters>(list).detach()) | kLent | kOwn) {}
-    KxSharedParameters(const KxSharedParameters& other) : m_word(other.share()) {}
+    KxSharedParameters(const KxSharedParameters& other) : m_word(other.peek() == nullptr ? 0 : other.share()) {}
     KxSharedParameters& operator=(const KxSharedParameters& other) {
         KxSharedParameters copy(other);
         m_word.store(copy.m_word.exchange(m_word.load()));
@@ -59,8 +59,8 @@ public:
     KxString getString() const { return peek() == nullptr ? KxString("") : peek()->getString(); }
     /** Writes ";" and the pairs, or nothing when there are none. */
     void serializeWithSemicolon(KxOutputStream& out) const {
-        if (!empty()) {
-            serializeAll(out);
+        if (const KxParameters* const list = peek()) {
+            list->serializeEach(out);
         }
     }
 
@@ -76,10 +76,10 @@ private:
     bool isOurs(const KxParameters& list) const {
         return list.isUnshared() || (m_word.load(std::memory_order_relaxed) & kOwn) != 0;
     }
-    void serializeAll(KxOutputStream& out) const;
     std::uintptr_t share() const;
     KxParameters& lend() const;
     KxParameters& makeOurs();
+    [[gnu::noinline]] KxParameters& copyOurs(const KxParameters& shared);
     void replace(KxParameters* list);
 
     mutable std::atomic<std::uintptr_t> m_word{0};

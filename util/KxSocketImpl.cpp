@@ -32,14 +32,16 @@ constexpr Names kNames[] = {{s_upperUdp, s_lowerUdp},   {s_upperTcp, s_lowerTcp}
 constexpr Names kUnknown = {s_upperUnknown, s_lowerUnknown};
 
 /** The characters in one number, with letters as lower case: setting bit 0x20 gives a lower-case letter only for that
-    letter in either case. 0 for names that are too long. */
+    letter in either case. 0 for names that are too short or too long. */
 constexpr std::uint32_t keyOf(std::string_view name) {
-    std::uint32_t key = 0;
-    for (std::size_t i = 0; i < name.size() && name.size() <= sizeof key; ++i) {
-        key = key << 8 | static_cast<unsigned char>(name[i]) | 0x20U;
+    if (name.size() < 2 || name.size() > 4) {
+        return 0;
     }
-    return key;
+    const auto byte = [name](std::size_t i) { return static_cast<unsigned char>(name[i]) | 0x20U; };
+    const std::uint32_t ends = byte(0) << 16 | byte(1) << 8 | byte(name.size() - 1);
+    return name.size() < 4 ? ends : ends | byte(2) << 24;
 }
+/** By transport. In a name of two, the last character is twice in the key. */
 constexpr std::uint32_t kKeys[] = {keyOf("udp"), keyOf("tcp"), keyOf("tls"), keyOf("sctp"), keyOf("ws"), keyOf("wss")};
 
 } // namespace

@@ -47,15 +47,19 @@ public:
     /** Skips white space and reads decimal digits. Returns 0 when there are none (the next character stays unread), and
         4294967295 when the number is larger. */
     static std::uint32_t sGetUnsigned(KxInputStream& in) {
-        int c = sDiscardWhite(in);
+        sDiscardWhite(in);
         std::uint64_t value = 0;
-        for (; c >= '0' && c <= '9'; c = in.peek()) {
-            value = value * 10 + static_cast<std::uint64_t>(c - '0');
-            if (value > 0xFFFFFFFFU) {
-                value = 0xFFFFFFFFU;
+        std::size_t taken = 0;
+        do {
+            const std::string_view window = in.window();
+            for (taken = 0; taken != window.size() && KxAscii::isDigit(window[taken]); ++taken) {
+                value = value * 10 + static_cast<std::uint64_t>(window[taken] - '0');
+                if (value > 0xFFFFFFFFU) {
+                    value = 0xFFFFFFFFU;
+                }
             }
-            in.consume(1);
-        }
+            in.consume(taken);
+        } while (taken != 0 && in.window().empty() && in.extendWindow());
         return static_cast<std::uint32_t>(value);
     }
 

@@ -24,7 +24,12 @@ namespace {
 
 template <char (*Change)(char)>
 KxString changed(const KxString& text) {
-    if (std::all_of(text.view().begin(), text.view().end(), [](char c) { return Change(c) == c; })) {
+    const std::string_view old = text.view();
+    std::size_t same = 0;
+    while (same != old.size() && Change(old[same]) == old[same]) {
+        ++same;
+    }
+    if (same == old.size()) {
         return text;
     }
     const KxHandle<KxStringBuffer> copy = KxStringBuffer::sCreate(text.c_str(), text.length());

@@ -6,11 +6,15 @@
 #include <iosfwd>
 #include <string_view>
 
+class KxConstString;
+
 /** The string value of the library: a handle to a KxStringBuffer that is no longer changed. Copies share the buffer. A
     nil string reads as empty everywhere. Strings compare byte by byte. */
 class KX_UTIL_API KxString {
 public:
     constexpr KxString() = default;
+    /** Holds the constant, which is not counted. */
+    KxString(const KxConstString& constant);
     /** Copies the text; null gives nil. */
     KxString(const char* text);
     /** Copies the text; words that recur in signalling ("INVITE", "branch", "udp") share one constant. */
@@ -23,6 +27,20 @@ public:
     [[nodiscard]] bool empty() const { return length() == 0; }
     std::size_t length() const { return isNil() ? 0 : m_buffer.get()->length(); }
     const char* c_str() const { return isNil() ? "" : m_buffer.get()->c_str(); }
+    /** The text for a copy. The length is kept here, so that it is read once although the copy stores bytes. */
+    class Source {
+    public:
+        explicit Source(const KxString& text) : m_buffer(text.m_buffer.get()), m_length(text.length()) {}
+        std::size_t length() const { return m_length; }
+        /** As KxStringBuffer::copyTo. */
+        [[gnu::always_inline]] char* copyTo(char* to) const {
+            return m_buffer == nullptr ? to : m_buffer->copyTo(to, m_length);
+        }
+
+    private:
+        const KxStringBuffer* m_buffer;
+        std::size_t m_length;
+    };
     std::string_view view() const { return isNil() ? std::string_view("", 0) : m_buffer.get()->view(); }
     operator std::string_view() const { return view(); }
     char operator[](std::size_t index) const { return view()[index]; }
@@ -96,3 +114,6 @@ public:
     KxConstString(const KxConstString&) = delete;
     KxConstString& operator=(const KxConstString&) = delete;
 };
+
+inline KxString::KxString(const KxConstString& constant)
+    : m_buffer(const_cast<KxConstString&>(constant).constant(), KxUncounted{}) {}

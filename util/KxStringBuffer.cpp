@@ -27,6 +27,13 @@ void KxStringBuffer::operator delete(void* block) {
 /** Does what `delete this` does, without a virtual call. Apart from the block itself, only text outside the block has
     to be freed. */
 void KxStringBuffer::destroySelf() {
+    constexpr std::size_t kMostAtHand = Oskan::MemClasses::kMaxStep - kTextOffset - 1;
+    if (m_capacity > kMostAtHand || !s_account.deallocateAtHand(this, kTextOffset + m_capacity + 1)) [[unlikely]] {
+        destroySlowly();
+    }
+}
+
+void KxStringBuffer::destroySlowly() {
     if ((m_capacity & kOutside) != 0) {
         freeOutside();
     }
@@ -44,25 +51,60 @@ inline std::size_t KxStringBuffer::checked(std::size_t length) {
     return length;
 }
 
-/** A new buffer with one reference; the caller has still to write the text and its NUL. */
-inline KxStringBuffer* KxStringBuffer::create(std::size_t length, std::size_t capacity) {
-    // a multiple of 8 bytes, so that the bytes that the pool would add are room for text
+/** The size of the block for a text. It is a multiple of 8, so that the bytes that the pool would add are room for
+    text. */
+constexpr std::size_t KxStringBuffer::blockFor(std::size_t capacity) {
     static_assert(sizeof(KxStringBuffer) == 32);
-    const std::size_t block = std::max(sizeof(KxStringBuffer), (kTextOffset + capacity + 1 + 7) & ~std::size_t{7});
-    return ::new (s_account.allocate(block))
-        KxStringBuffer(static_cast<std::uint32_t>(block - kTextOffset - 1), length);
+    return std::max(sizeof(KxStringBuffer), (kTextOffset + capacity + 1 + 7) & ~std::size_t{7});
 }
 
-KxStringBuffer* KxStringBuffer::createHeld(std::string_view text) {
-    if (text.size() > KxBytes::kShortCopy) [[unlikely]] {
-        return createHeldLong(text);
+/** A new buffer with one reference; the caller has still to write the text and its NUL. */
+inline KxStringBuffer* KxStringBuffer::create(void* block, std::size_t bytes, std::size_t length) {
+    return ::new (block) KxStringBuffer(static_cast<std::uint32_t>(bytes - kTextOffset - 1), length);
+}
+
+inline KxStringBuffer* KxStringBuffer::create(std::size_t length, std::size_t capacity) {
+    const std::size_t bytes = blockFor(capacity);
+    return create(s_account.allocate(bytes), bytes, length);
+}
+
+/** A copy of a text of up to kMost characters in a block at hand, or null. */
+template <std::size_t kMost>
+[[gnu::always_inline]] inline KxStringBuffer* KxStringBuffer::createAtHand(std::string_view text) {
+    const std::size_t bytes = blockFor(text.size());
+    void* const block = s_account.allocateAtHand(bytes);
+    if (block == nullptr) [[unlikely]] {
+        return nullptr;
     }
-    KxStringBuffer* const made = create(text.size(), text.size());
-    *KxBytes::copyShort(made->inlineText(), text.data(), text.size()) = '\0';
+    KxStringBuffer* const made = create(block, bytes, text.size());
+    if constexpr (kMost == KxBytes::kShortCopy) {
+        *KxBytes::copyShort(made->inlineText(), text.data(), text.size()) = '\0';
+    } else {
+        *KxBytes::copyMedium(made->inlineText(), text.data(), text.size()) = '\0';
+    }
     return made;
 }
 
+KxStringBuffer* KxStringBuffer::createHeld(std::string_view text) {
+    if (text.size() <= KxBytes::kShortCopy) [[likely]] {
+        if (KxStringBuffer* const made = createAtHand<KxBytes::kShortCopy>(text)) [[likely]] {
+            return made;
+        }
+    }
+    return createHeldLong(text);
+}
+
+/** Apart, as its copy is another one. */
 KxStringBuffer* KxStringBuffer::createHeldLong(std::string_view text) {
+    if (text.size() <= KxBytes::kMediumCopy && text.size() > KxBytes::kShortCopy) [[likely]] {
+        if (KxStringBuffer* const made = createAtHand<KxBytes::kMediumCopy>(text)) [[likely]] {
+            return made;
+        }
+    }
+    return createHeldSlowly(text);
+}
+
+KxStringBuffer* KxStringBuffer::createHeldSlowly(std::string_view text) {
     KxStringBuffer* const made = create(text.size(), checked(text.size()));
     *KxBytes::copy(made->inlineText(), text.data(), text.size()) = '\0';
     return made;

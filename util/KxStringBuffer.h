@@ -2,10 +2,12 @@
 
 #include "core/Assertion.h"
 #include "core/MemAccount.h"
+#include "util/KxBytes.h"
 #include "util/KxCharSet.h"
 #include "util/KxHandle.h"
 #include "util/KxWords.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -30,12 +32,12 @@ public:
     }
 
     std::uint32_t Release(bool destroy) override {
-        const std::uint32_t owners = count();
+        const auto owners = static_cast<std::int32_t>(count()); // negative for a constant
         if (owners == 1 && destroy) {
             destroySelf();
             return 0;
         }
-        return isConstant(owners) ? owners : releaseShared(destroy);
+        return owners >= 1 ? releaseShared(destroy) : static_cast<std::uint32_t>(owners);
     }
     KxStringBuffer* clone() const override;
     int compareWith(const KxObject& other) const override;
@@ -48,6 +50,17 @@ public:
     /** The number of characters that fit without growing. */
     std::size_t capacity() const { return m_capacity & ~kOutside; }
     std::string_view view() const { return {c_str(), m_length}; }
+    /** Copies the text, whose length is given and at most KxBytes::kMediumCopy, and returns the end of the copy. After
+        it, up to KxBytes::kSlack more bytes may be overwritten. */
+    [[gnu::always_inline]] char* copyTo(char* to, std::size_t length) const {
+        if (length <= kInObject && (m_capacity & kOutside) == 0) { // copy all that is in the object
+            static_assert(kInObject == KxBytes::kSlack);
+            __builtin_memcpy(to, inlineText(), 8);
+            __builtin_memcpy(to + 8, inlineText() + 8, kInObject - 8);
+            return to + length;
+        }
+        return KxBytes::copyMedium(to, c_str(), length);
+    }
 
     void assign(const char* text);
     void assign(const char* text, std::size_t length);
@@ -89,20 +102,26 @@ private:
     static constexpr std::uint32_t kOutside = 0x80000000U;
     static constexpr std::size_t kLongest = kOutside - 64;
 
-    /** A constant made from a literal. */
+    /** A constant made from a literal, which it refers to if it has no room for the text. */
     constexpr KxStringBuffer(const char* literal, std::size_t length, Immortal immortal)
         : KxObject(immortal),
           m_length(static_cast<std::uint32_t>(length)),
-          m_capacity(static_cast<std::uint32_t>(length) | kOutside),
-          m_tail(literal) {}
+          m_capacity(static_cast<std::uint32_t>(length) | (length < kInObject ? 0 : kOutside)),
+          m_tail(literal, length) {}
     KxStringBuffer(std::uint32_t capacity, std::size_t length)
         : KxObject(Held::Tag), m_length(static_cast<std::uint32_t>(length)), m_capacity(capacity) {}
 
+    static constexpr std::size_t blockFor(std::size_t capacity);
+    static KxStringBuffer* create(void* block, std::size_t bytes, std::size_t length);
     static KxStringBuffer* create(std::size_t length, std::size_t capacity);
     /** A copy of the text, with one reference. */
     static KxStringBuffer* createHeld(std::string_view text);
+    template <std::size_t kMost>
+    static KxStringBuffer* createAtHand(std::string_view text);
     [[gnu::noinline]] static KxStringBuffer* createHeldLong(std::string_view text);
+    [[gnu::noinline]] static KxStringBuffer* createHeldSlowly(std::string_view text);
     void destroySelf();
+    [[gnu::noinline]] void destroySlowly();
     /** Returns the length; throws if it is too long for a string. */
     static std::size_t checked(std::size_t length);
     [[noreturn]] static void throwTooLong();
@@ -125,10 +144,17 @@ private:
         std::uint32_t unused;
         const char* text;
     };
+    static constexpr std::size_t kInObject = sizeof(Outside); // bytes of the text that are part of each object
     union Tail {
         Tail() {}
-        explicit constexpr Tail(const char* literal) : outside{0, literal} {}
-        char first[sizeof(Outside)]; // the text begins here and may extend to the end of the block
+        constexpr Tail(const char* literal, std::size_t length) : first{} {
+            if (length < kInObject) {
+                std::copy_n(literal, length, first);
+            } else {
+                outside = {0, literal};
+            }
+        }
+        char first[kInObject]; // the text begins here and may extend to the end of the block
         Outside outside;
     };
 

@@ -71,15 +71,11 @@ private:
 
 Table s_table;
 
-/** The constant for exactly this text, or null. */
-[[gnu::always_inline]] inline KxStringBuffer* find(std::string_view text) {
-    if (text.size() > kLongestWord) {
-        return nullptr;
-    }
-    const KxBytes::Ends ends(text.data(), text.size());
+/** The constant with these ends, or null. */
+[[gnu::always_inline]] inline KxStringBuffer* find(const KxBytes::Ends& ends) {
+#pragma GCC unroll 2
     for (const Table::Way& way : s_table.bucket(ends)) {
-        if (way.ends == ends && way.word != nullptr &&
-            (text.size() <= 8 || KxBytes::equal(way.word->c_str(), text.data(), text.size()))) {
+        if (way.ends == ends) {
             return way.word;
         }
     }
@@ -89,6 +85,17 @@ Table s_table;
 } // namespace
 
 KxStringBuffer* KxWords::findOrCopy(std::string_view text) {
-    KxStringBuffer* const known = find(text);
+    const std::size_t size = text.size();
+    KxStringBuffer* known = nullptr;
+    if (size >= 4 && size <= 8) { // Ends has no other branch then; see KxBytes
+        known = find(KxBytes::Ends(text.data(), size));
+    } else if (size >= 1 && size <= 3) {
+        known = find(KxBytes::Ends(text.data(), size));
+    } else if (size <= kLongestWord) {
+        known = find(KxBytes::Ends(text.data(), size));
+        if (known != nullptr && !KxBytes::equal(known->c_str(), text.data(), size)) {
+            known = nullptr;
+        }
+    }
     return known != nullptr ? known : KxStringBuffer::createHeld(text);
 }

@@ -65,6 +65,20 @@ template <std::size_t... kSteps>
     (step<kSteps>(r, block), ...);
 }
 
+/** Clears a block from `end` to the length that is stored in its last 8 bytes, and some bytes of that. */
+[[gnu::always_inline]] inline void clearFrom(char* block, std::size_t end) {
+    constexpr char kZeros[16] = {};
+    constexpr std::size_t kLast = 64 - sizeof kZeros;
+    if (end > kLast) {
+        __builtin_memcpy(block + end, kZeros, 8);
+        return;
+    }
+    for (; end < kLast; end += sizeof kZeros) {
+        __builtin_memcpy(block + end, kZeros, sizeof kZeros);
+    }
+    __builtin_memcpy(block + kLast, kZeros, sizeof kZeros);
+}
+
 } // namespace
 
 void MD5::addBlocks(std::array<std::uint32_t, 4>& state, const char* bytes, std::size_t count) {
@@ -83,14 +97,14 @@ void MD5::updateBlocks(std::string_view piece) {
     const std::size_t waiting = m_length % kBlock;
     m_length += piece.size();
     if (waiting != 0) {
-        std::memcpy(m_rest + waiting, piece.data(), kBlock - waiting);
+        KxBytes::copyMedium(m_rest + waiting, piece.data(), kBlock - waiting);
         addBlocks(m_state, m_rest, 1);
         piece.remove_prefix(kBlock - waiting);
     }
     const std::size_t blocks = piece.size() / kBlock;
     addBlocks(m_state, piece.data(), blocks);
     piece.remove_prefix(blocks * kBlock);
-    KxBytes::copy(m_rest, piece.data(), piece.size());
+    KxBytes::copyMedium(m_rest, piece.data(), piece.size());
 }
 
 MD5::Raw MD5::finish() {
@@ -101,7 +115,7 @@ MD5::Raw MD5::finish() {
         addBlocks(m_state, m_rest, 1);
         end = 0;
     }
-    std::memset(m_rest + end, 0, kBlock - 8 - end);
+    clearFrom(m_rest, end);
     const std::uint64_t bits = m_length * 8;
     store(m_rest + kBlock - 8, static_cast<std::uint32_t>(bits));
     store(m_rest + kBlock - 4, static_cast<std::uint32_t>(bits >> 32));

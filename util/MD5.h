@@ -34,7 +34,7 @@ public:
     void update(std::string_view piece) {
         const std::size_t waiting = m_length % kBlock;
         if (piece.size() < kBlock - waiting) {
-            KxBytes::copy(m_rest + waiting, piece.data(), piece.size());
+            KxBytes::copyMedium(m_rest + waiting, piece.data(), piece.size());
             m_length += piece.size();
         } else {
             updateBlocks(piece);

@@ -134,6 +134,11 @@ KxSipFault takeURI(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
     return fault || own.peek() < 0 || own.peek() == '>' ? fault : kInvalid;
 }
 
+KxHandle<KxURI> copyOf(const KxURI& uri) {
+    return KxHandle<KxURI>::sOfNew(uri.isSipURL() ? new KxSipURL(static_cast<const KxSipURL&>(uri))
+                                                  : OSKAN_DYNCAST_ASSERT(KxURI, uri.clone()));
+}
+
 KxString displayNameOf(const KxString& name) {
     return KxSipGrammar::sReadsNameAddressesStrictly() && !isDisplayName(name) ? quoted(name) : name;
 }
@@ -161,7 +166,8 @@ KxSipNameAddress::KxSipNameAddress(const KxSipNameAddress& rNameAddress)
       m_displayName(rNameAddress.m_displayName) {
     const Oskan::LeafTraceScope trace(s_logger, "KxSipNameAddress copy ctor");
     if (!rNameAddress.m_URI.isNil()) {
-        m_URI = KxHandle<KxURI>(OSKAN_DYNCAST_ASSERT(KxURI, rNameAddress.m_URI->clone()));
+        KxHandle<KxURI> copy = copyOf(*rNameAddress.m_URI);
+        m_URI.swap(copy); // it is nil
     }
 }
 
@@ -335,12 +341,16 @@ void KxSipNameAddress::setDisplayName(const char* begin, const char* end) {
 }
 
 void KxSipNameAddress::display(KxOutputStream& out, bool) const {
-    if (!m_displayName.empty()) {
-        out.write(m_displayName.view());
-        out.write(' ');
+    if (m_displayName.empty()) {
+        out.write('<');
+    } else {
+        out.writeAll(m_displayName, std::string_view(" <", 2));
     }
-    out.write('<');
-    out << m_URI;
+    if (!m_URI.isNil() && m_URI->isSipURL()) {
+        static_cast<const KxSipURL*>(m_URI.get())->display(out, false);
+    } else {
+        out << m_URI;
+    }
     out.write('>');
 }
 

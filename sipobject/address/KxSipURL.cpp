@@ -105,9 +105,7 @@ KxSipURL::KxSipURL(const KxSipURL& other)
       m_hasPort(other.m_hasPort),
       m_form(other.m_form),
       m_parameters(other.m_parameters),
-      m_headers(other.m_headers) {
-    m_isSipURL = true;
-}
+      m_headers(other.m_headers) {}
 
 KxSipURL* KxSipURL::clone() const {
     return new KxSipURL(*this);
@@ -288,28 +286,20 @@ KxString KxSipURL::getString() const {
 
 void KxSipURL::display(KxOutputStream& out, bool) const {
     constexpr std::string_view kScheme("sip:", 4);
-    constexpr std::string_view kBehindUser("@", 1);
-    if (m_form != 0) [[unlikely]] {
-        displaySeldom(out);
-    } else if (m_user.empty()) {
-        out.writeAll(kScheme, m_host.view());
-    } else if (m_password.empty()) {
-        out.writeAll(kScheme, m_user.view(), kBehindUser, m_host.view());
-    } else {
-        out.writeAll(kScheme, m_user.view(), std::string_view(":", 1), m_password.view(), kBehindUser, m_host.view());
+    if (m_form != 0 || !m_headers.empty() || !m_password.empty()) [[unlikely]] {
+        return displaySeldom(out);
     }
-    if (m_hasPort) {
-        out.write(':');
-        out << m_port;
+    const KxOutputStream::SeparateNumber port{m_hasPort, ':', m_port};
+    if (m_user.empty()) {
+        out.writeAll(kScheme, m_host, port);
+    } else {
+        out.writeAll(kScheme, m_user, '@', m_host, port);
     }
     m_parameters.serializeWithSemicolon(out);
-    if (!m_headers.empty()) {
-        displayHeaders(out);
-    }
 }
 
-/** Writes what is before the port. */
-[[gnu::cold]] void KxSipURL::displaySeldom(KxOutputStream& out) const {
+/** Writes a URL with headers, a password or a part of the RFC grammar. */
+[[gnu::noinline]] void KxSipURL::displaySeldom(KxOutputStream& out) const {
     out << (isSecure() ? "sips:" : "sip:") << m_user;
     if (!m_user.empty()) {
         if (!m_password.empty() || (m_form & kEmptyPassword) != 0) {
@@ -321,6 +311,13 @@ void KxSipURL::display(KxOutputStream& out, bool) const {
         out << '[' << m_host << ']';
     } else {
         out << m_host;
+    }
+    if (m_hasPort) {
+        out << ':' << m_port;
+    }
+    m_parameters.serializeWithSemicolon(out);
+    if (!m_headers.empty()) {
+        displayHeaders(out);
     }
 }
 

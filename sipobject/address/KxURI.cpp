@@ -119,9 +119,6 @@ constinit Oskan::MemAccount KxURI::s_account{"KxURI"};
 
 KxURI::KxURI(const char* scheme) : m_Scheme(scheme) {}
 
-KxURI::KxURI(const KxURI& other)
-    : KxObject(other), m_standalone(other.m_standalone), m_SchemeData(other.m_SchemeData), m_Scheme(other.m_Scheme) {}
-
 KxURI* KxURI::clone() const {
     return new KxURI(*this);
 }
@@ -206,7 +203,7 @@ void KxURI::sAddConstructor(const char* scheme, Creator creator) {
 }
 
 KxHandle<KxURI> KxURI::sConstruct(std::string_view scheme) {
-    const Creator creator = s_registry.find(scheme);
+    const Creator creator = s_registry.find(scheme).creator;
     if (creator != nullptr) {
         return KxHandle<KxURI>::sOfNew(creator());
     }

@@ -85,7 +85,12 @@ public:
     static KxSipFault sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
 
 protected:
-    KxURI(const KxURI& other);
+    KxURI(const KxURI& other)
+        : KxObject(other),
+          m_isSipURL(other.m_isSipURL),
+          m_standalone(other.m_standalone),
+          m_SchemeData(other.m_SchemeData),
+          m_Scheme(other.m_Scheme) {}
     KxURI(const KxString& scheme, bool isSipURL) : m_isSipURL(isSipURL), m_Scheme(scheme) {}
     /** A SIP URL that has one reference, which a handle takes over. */
     KxURI(const KxString& scheme, Held held) : KxObject(held), m_isSipURL(true), m_Scheme(scheme) {}

@@ -7,6 +7,7 @@
 #include "sipobject/auth/KxSipPropertyScanner.h"
 #include "sipobject/auth/KxSipPropertyWriter.h"
 #include "util/KxByteArrayInputStream.h"
+#include "util/KxBytes.h"
 
 #include <algorithm>
 #include <iterator>
@@ -19,8 +20,10 @@ constinit Oskan::AceCleanupLogger s_logger{kName};
 
 bool isBare(const KxString& name) {
     constexpr std::string_view kBare[] = {"algorithm", "stale", "uri"};
-    return std::any_of(std::begin(kBare), std::end(kBare),
-                       [&name](std::string_view bare) { return name.equalsNoCase(bare); });
+    return std::any_of(std::begin(kBare), std::end(kBare), [&name](std::string_view bare) {
+        return name.length() == bare.size() &&
+               (KxBytes::equal(name.c_str(), bare.data(), bare.size()) || name.equalsNoCase(bare));
+    });
 }
 
 void writeAll(KxOutputStream& out, const KxParameters& properties) {

@@ -166,21 +166,21 @@ void KxSipDigestCredentialsInfo::serialize(KxOutputStream& out) const {
             return writeAll(out, fields, m_properties, response);
         }
         KxSipPropertyWriter writer(out);
-        writer.quoted("username", fields.username);
-        writer.quoted("realm", fields.realm);
-        writer.quoted("nonce", fields.nonce);
-        writer.quoted("response", response);
-        writer.quoted("uri", fields.uri);
+        writer.quoted(std::string_view("username"), fields.username);
+        writer.quoted(std::string_view("realm"), fields.realm);
+        writer.quoted(std::string_view("nonce"), fields.nonce);
+        writer.quoted(std::string_view("response"), response);
+        writer.quoted(std::string_view("uri"), fields.uri);
         if (isPresent(fields.algorithm)) {
-            writer.bare("algorithm", fields.algorithm);
+            writer.bare(std::string_view("algorithm"), fields.algorithm);
         }
         if (isPresent(fields.opaque)) {
-            writer.quoted("opaque", fields.opaque);
+            writer.quoted(std::string_view("opaque"), fields.opaque);
         }
         if (isPresent(fields.qop)) { // in quotes, unlike in the RFC and in Authentication-Info
-            writer.quoted("qop", fields.qop);
-            writer.bare("nc", fields.nc);
-            writer.quoted("cnonce", fields.cnonce);
+            writer.quoted(std::string_view("qop"), fields.qop);
+            writer.bare(std::string_view("nc"), fields.nc);
+            writer.quoted(std::string_view("cnonce"), fields.cnonce);
         }
     };
     // received credentials without a response stay as they are

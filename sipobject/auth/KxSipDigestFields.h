@@ -160,7 +160,8 @@ private:
             constexpr std::size_t kLength = sizeof known - 1;
             // Ends covers all of a name of up to eight letters, so equal ends mean an equal name
             const bool matches =
-                ends == KxBytes::Ends(known, kLength).folded() && (kLength <= 8 || KxAscii::equalsNoCase(name, known));
+                ends == KxBytes::Ends(known, kLength).folded() &&
+                (kLength <= 8 || KxBytes::equal(name.data(), known, kLength) || KxAscii::equalsNoCase(name, known));
             if (matches) {
                 field = property.value;
             }

@@ -22,7 +22,7 @@ protected:
     explicit KxSipAddressHeader(const KxHandle<KxSipURL>& url)
         : m_nameAddress(new KxSipNameAddress(KxString(""), url)) {}
     KxSipAddressHeader(const KxSipAddressHeader& other)
-        : KxSipHeaderOf<H>(other), m_nameAddress(other.m_nameAddress->clone()) {}
+        : KxSipHeaderOf<H>(other), m_nameAddress(KxMake<KxSipNameAddress>(*other.m_nameAddress)) {}
 
     /** The SIP URL of the name-address; nil when there is none. */
     KxHandle<KxSipURL> getSipURL() const { return m_nameAddress->getURL(); }
@@ -33,12 +33,18 @@ protected:
                                      : m_nameAddress->parse(line);
     }
 
+    void serializeAddress(KxOutputStream& out) const {
+        if (!m_nameAddress.isNil()) {
+            m_nameAddress->display(out, false);
+        }
+    }
+
     KxHandle<KxSipNameAddress> m_nameAddress;
 
 private:
     friend class KxSipHeaderOf<H>;
 
-    void serializeValue(KxOutputStream& out) const { out << m_nameAddress; }
+    void serializeValue(KxOutputStream& out) const { serializeAddress(out); }
 };
 
 /** The address headers with header parameters after the name-address: name-addr *(SEMI parameter). A class H with
@@ -95,7 +101,7 @@ protected:
         return fault;
     }
     void serializeValue(KxOutputStream& out) const {
-        out << this->m_nameAddress;
+        this->serializeAddress(out);
         this->serializeParameters(out);
     }
 

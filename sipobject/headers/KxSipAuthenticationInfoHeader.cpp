@@ -33,13 +33,13 @@ void KxSipAuthenticationInfoHeader::serializeValue(KxOutputStream& out) const {
         return writeAll(out);
     }
     KxSipPropertyWriter writer(out);
-    writer.quoted("nextnonce", getNextnonce());
+    writer.quoted(std::string_view("nextnonce"), getNextnonce());
     if (m_parameters.isPresent("rspauth")) {
-        writer.quoted("rspauth", getRspauth());
+        writer.quoted(std::string_view("rspauth"), getRspauth());
     }
     if (m_parameters.isPresent("qop")) {
-        writer.bare("qop", getQop());
-        writer.bare("nc", getNc());
-        writer.quoted("cnonce", getCnonce());
+        writer.bare(std::string_view("qop"), getQop());
+        writer.bare(std::string_view("nc"), getNc());
+        writer.quoted(std::string_view("cnonce"), getCnonce());
     }
 }

@@ -24,5 +24,5 @@ KxSipFault KxSipCSeqHeader::parseValue(KxSipLine& line) {
 }
 
 void KxSipCSeqHeader::serializeValue(KxOutputStream& out) const {
-    out << m_seqNumber << ' ' << m_method;
+    out.writeAll(m_seqNumber, ' ', m_method);
 }

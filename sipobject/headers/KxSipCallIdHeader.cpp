@@ -14,7 +14,7 @@ constinit const KxConstString KxSipCallIdHeader::sCompactToken{"i"};
 static const KxSipCallIdHeader::Registration s_registration;
 
 KxSipFault KxSipCallIdHeader::parseValue(KxSipLine& line) {
-    const std::string_view callId = KxAscii::trim(line.token(kWhite));
+    const std::string_view callId = KxAscii::trimEnd(line.token(kWhite));
     if (callId.empty()) {
         return KxSipFault("Invalid Call-ID header");
     }
@@ -23,5 +23,5 @@ KxSipFault KxSipCallIdHeader::parseValue(KxSipLine& line) {
 }
 
 void KxSipCallIdHeader::serializeValue(KxOutputStream& out) const {
-    out << m_callId;
+    out.writeAll(m_callId);
 }

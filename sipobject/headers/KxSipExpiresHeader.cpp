@@ -68,6 +68,6 @@ void KxSipExpiresHeader::serializeValue(KxOutputStream& out) const {
     if (m_isDate) {
         m_date.getKxDate(out);
     } else {
-        out << m_deltaSeconds;
+        out.writeAll(m_deltaSeconds);
     }
 }

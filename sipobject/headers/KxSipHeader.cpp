@@ -29,19 +29,22 @@ constinit std::atomic<HeaderID> s_nextID{KxHeaderIDs::kCount};
 /** A name of this length or longer is treated as unregistered. */
 constexpr std::size_t kNameLimit = 48;
 
-/** As findCreator, for a name that the classic grammar does not know. */
+/** As findClass, for a name that the classic grammar does not know. */
 [[gnu::noinline]] KxSipHeader::Creator findRFCCreator(std::string_view name) {
-    const KxSipHeader::Creator creator = s_rfcRegistry.find(name);
-    return creator != nullptr || name.size() != 1 ? creator : s_registry.find(KxSipCompactNames::sFull(name));
+    const KxSipHeader::Creator creator = s_rfcRegistry.find(name).creator;
+    return creator != nullptr || name.size() != 1 ? creator : s_registry.find(KxSipCompactNames::sFull(name)).creator;
 }
 
-/** The creator of the class registered for the name; null if there is none. */
-[[gnu::always_inline]] inline KxSipHeader::Creator findCreator(std::string_view name) {
+/** The class registered for the name, if there is one. */
+[[gnu::always_inline]] inline KxNameRegistry<KxSipHeader::Creator>::Found findClass(std::string_view name) {
     if (name.size() >= kNameLimit) {
-        return nullptr;
+        return {};
     }
-    const KxSipHeader::Creator creator = s_registry.find(name);
-    return creator == nullptr && KxSipGrammar::sKnowsAllCompactNames() ? findRFCCreator(name) : creator;
+    const auto found = s_registry.find(name);
+    if (found.creator == nullptr && KxSipGrammar::sKnowsAllCompactNames()) [[unlikely]] {
+        return {findRFCCreator(name)};
+    }
+    return found;
 }
 
 } // namespace
@@ -51,12 +54,17 @@ constinit std::atomic<std::uint32_t> KxSipHeader::s_changes{0};
 
 /** A loop, not recursion, since a long chain would overflow the stack. */
 void KxSipHeader::releaseChain() {
-    KxHandle<KxSipHeader> next = std::move(m_next);
-    while (!next.isNil() && next->isUnshared()) {
-        next = KxHandle<KxSipHeader>(std::move(next->m_next));
+    KxSipHeader* next = m_next.detach();
+    while (next != nullptr && next->isUnshared()) {
+        KxSipHeader* const after = next->m_next.detach();
+        next->Release(true);
+        next = after;
     }
-    if (isInMessage() && !next.isNil()) { // an application still holds one of them, which outlives the message
-        next->leaveMessage();
+    if (next != nullptr) { // an application still holds it, so that it outlives the message
+        if (isInMessage()) {
+            next->leaveMessage();
+        }
+        next->Release(true);
     }
 }
 
@@ -129,7 +137,7 @@ bool KxSipHeader::sIsHeaderID(HeaderID id) {
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sSample(std::string_view name) {
-    const Creator creator = findCreator(name);
+    const Creator creator = findClass(name).creator;
     return creator == nullptr ? KxHandle<KxSipHeader>() : KxHandle<KxSipHeader>::sOfNew(creator());
 }
 
@@ -146,6 +154,57 @@ void KxSipHeader::addNext(KxHandle<KxSipHeader> header) {
 
 // ---- reading ----
 
+template <class Scope>
+[[gnu::always_inline]] inline KxSipHeader& KxSipHeader::sConstruct(std::string_view name, Creator creator) {
+    const Scope trace(s_logger, "KxSipHeader::sConstruct");
+    KxSipHeader& made = creator != nullptr ? *creator() : sConstructUnknown(name);
+    KxHandle<KxSipHeader>::sOfNew(made).detach();
+    return made;
+}
+
+template <class Scope>
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parseRest(KxSipLine& line) {
+    const Scope trace(s_logger, "KxSipHeader::parseRest");
+    if (!line.skipToText()) {
+        return kNothingAfterColon;
+    }
+    const KxSipFault fault = readValue(line);
+    if (fault || line.isAtEnd()) {
+        return fault;
+    }
+    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true, Scope>(line) : parseFurther<false, Scope>(line);
+}
+
+template <class Scope>
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line, const char* known) {
+    const Scope trace(s_logger, "KxSipHeader::parse");
+    if (m_token.c_str() != known) {
+        setToken(line.name());
+    }
+    return parseRest<Scope>(line);
+}
+
+template <class Scope>
+[[gnu::always_inline]] inline KxSipFault KxSipHeader::sReadLine(KxInputStream& in, KxSipLine& line,
+                                                                KxHandle<KxSipHeader>& header) {
+    const Scope trace(s_logger, "KxSipHeader::sConstructFrom");
+    if (const KxSipFault fault = line.take(in)) [[unlikely]] {
+        return fault;
+    }
+    const auto found = findClass(line.key());
+    KxSipHeader& read = sConstruct<Scope>(line.name(), found.creator);
+    KxHandle<KxSipHeader> made(&read, KxUncounted{});
+    read.setInMessage(true);
+    const bool isUnknown = found.creator == nullptr; // it was given its name
+    const KxSipFault fault = read.parse<Scope>(line, isUnknown ? read.m_token.c_str() : found.registered);
+    if (!fault) [[likely]] {
+        header.swap(made);
+    } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
+        return sReadByValue(line, header);
+    }
+    return fault;
+}
+
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
     const Oskan::EntryDepth entry;
     KxSipLine line;
@@ -156,19 +215,13 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(KxInputStream& in) {
 }
 
 KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstructFrom");
-    if (const KxSipFault fault = line.take(in)) [[unlikely]] {
-        return fault;
-    }
-    KxHandle<KxSipHeader> made = sConstruct(line.key(), findCreator(line.key()));
-    made.get()->setInMessage(true);
-    const KxSipFault fault = made.get()->parse(line);
-    if (!fault) [[likely]] {
-        header.swap(made);
-    } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
-        return sReadByValue(line, header);
-    }
-    return fault;
+    return s_logger.isEnabled(Oskan::LogLevel::Trace) ? sReadLineTraced(in, line, header)
+                                                      : sReadLine<Oskan::NoTraceScope>(in, line, header);
+}
+
+[[gnu::cold, gnu::noinline]] KxSipFault KxSipHeader::sReadLineTraced(KxInputStream& in, KxSipLine& line,
+                                                                     KxHandle<KxSipHeader>& header) {
+    return sReadLine<Oskan::TraceScope>(in, line, header);
 }
 
 [[gnu::noinline]] KxSipFault KxSipHeader::sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header) {
@@ -179,19 +232,14 @@ KxSipFault KxSipHeader::sConstructFrom(KxInputStream& in, KxSipLine& line, KxHan
     return fault;
 }
 
-[[gnu::always_inline]] inline KxHandle<KxSipHeader> KxSipHeader::sConstruct(std::string_view name, Creator creator) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::sConstruct");
-    return creator != nullptr ? KxHandle<KxSipHeader>::sOfNew(creator()) : sConstructUnknown(name);
-}
-
-[[gnu::noinline]] KxHandle<KxSipHeader> KxSipHeader::sConstructUnknown(std::string_view name) {
-    return KxHandle<KxSipHeader>::sOfNew(new KxSipUnknownHeader(KxString(name), KxString()));
+[[gnu::noinline]] KxSipHeader& KxSipHeader::sConstructUnknown(std::string_view name) {
+    return *new KxSipUnknownHeader(KxString(name), KxString());
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::string_view value) {
     KxHandle<KxSipHeader> header = sMake(name);
     KxSipLine line(value);
-    KxSipFault fault = header->parseRest(line);
+    KxSipFault fault = header->parseValues(line);
     if (fault && KxSipGrammar::sReadsLinesByValue()) {
         fault = KxSipLineValues(name, value).read(header);
     }
@@ -200,7 +248,7 @@ KxHandle<KxSipHeader> KxSipHeader::sConstructFrom(std::string_view name, std::st
 }
 
 KxHandle<KxSipHeader> KxSipHeader::sMake(std::string_view name) {
-    return sConstruct(name, findCreator(name));
+    return KxHandle<KxSipHeader>(&sConstruct<Oskan::TraceScope>(name, findClass(name).creator), KxUncounted{});
 }
 
 [[gnu::noinline]] void KxSipHeader::setToken(std::string_view name) {
@@ -219,58 +267,37 @@ void KxSipHeader::parse(KxInputStream& in) {
     const KxSipFault fault = line.takeUnnamed(in);
     setToken(line.name());
     fault.raiseIfAny();
-    parseRest(line).raiseIfAny();
+    parseValues(line).raiseIfAny();
 }
 
-[[gnu::always_inline]] inline KxSipFault KxSipHeader::parse(KxSipLine& line) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::parse");
-    const std::string_view name = line.name();
-    if (m_token.length() != name.size() || !KxBytes::equal(m_token.c_str(), name.data(), name.size())) {
-        setToken(line.name());
-    }
-    return parseRest(line);
-}
-
-[[gnu::always_inline]] inline KxSipFault KxSipHeader::parseRest(KxSipLine& line) {
-    const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
-    if (!line.skipToText()) {
-        return kNothingAfterColon;
-    }
-    const KxSipFault fault = readValue(line);
-    if (fault || line.isAtEnd()) {
-        return fault;
-    }
-    return KxSipGrammar::sReadsLinesByValue() ? parseFurther<true>(line) : parseFurther<false>(line);
-}
-
-/** As parseRest, for other files. */
+/** As parseRest, for what is not part of reading a line of a message. */
 KxSipFault KxSipHeader::parseValues(KxSipLine& line) {
-    return parseRest(line);
+    return parseRest<Oskan::TraceScope>(line);
 }
 
 /** Reads the values after the first comma, each into an object of its own. A loop, not recursion: a line may have
     thousands of values. */
-template <bool kIsExact>
+template <bool kIsExact, class Scope>
 [[gnu::noinline]] KxSipFault KxSipHeader::parseFurther(KxSipLine& line) {
     if (kIsExact && !KxSipHeaderKinds::sIsList(m_headerID)) {
         return line.skipToText() ? kTextAfterValue : KxSipFault();
     }
     const std::string_view name = getExpandedToken();
-    const Creator creator = findCreator(name);
+    const Creator creator = findClass(name).creator;
     KxHandle<KxSipHeader> further;
     KxHandle<KxSipHeader>* link = &further;
     while (kIsExact ? line.skipComma() : line.skipToNextValue()) {
-        *link = sConstruct(name, creator);
-        const Oskan::TraceScope trace(s_logger, "KxSipHeader::parseRest");
+        KxSipHeader& value = sConstruct<Scope>(name, creator);
+        *link = KxHandle<KxSipHeader>(&value, KxUncounted{});
+        const Scope trace(s_logger, "KxSipHeader::parseRest");
         if (!line.skipToText() || (kIsExact && line.peek() == ',')) {
             return kNothingAfterColon;
         }
-        KxSipHeader* const last = link->get();
-        last->setInMessage(isInMessage());
-        if (const KxSipFault fault = last->readValue(line)) {
+        value.setInMessage(isInMessage());
+        if (const KxSipFault fault = value.readValue(line)) {
             return fault;
         }
-        link = &last->m_next;
+        link = &value.m_next;
     }
     if (kIsExact && line.skipToText()) {
         return kTextAfterValue;
@@ -300,11 +327,13 @@ KxString KxSipHeader::getValueText() const {
 
 void KxSipHeader::serializeLines(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipHeader::serialize");
-    for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
-        out.writeAll(value->m_token.view(), std::string_view(": ", 2));
-        value->doSerialize(out);
-        out.write(std::string_view("\r\n", 2));
-    }
+    bool isFirst = true;
+    writeLines(out, isFirst);
+    out.write(std::string_view("\r\n", 2));
+}
+
+bool KxSipHeader::sTracesLines() {
+    return s_logger.isEnabled(Oskan::LogLevel::Trace);
 }
 
 void KxSipHeader::display(KxOutputStream& out, bool) const {

@@ -108,6 +108,8 @@ protected:
 
     explicit KxSipHeader(const KxString& token) : m_token(token) {}
     explicit KxSipHeader(HeaderID id) : KxSipHeader(KxString(""), id) {}
+    KxSipHeader(const KxConstString& token, HeaderID id)
+        : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
     KxSipHeader(const KxString& token, HeaderID id) : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
     /** Copies this value only, not the rest of its chain. */
     KxSipHeader(const KxSipHeader& other) : KxObject(other), m_headerID(other.m_headerID), m_token(other.m_token) {}
@@ -132,27 +134,52 @@ private:
     static KxSipFault sConstructFrom(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
     /** Returns a header with this name and the values in the text after the colon. Throws as sConstructFrom does. */
     static KxHandle<KxSipHeader> sConstructFrom(std::string_view name, std::string_view value);
-    /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. */
-    static KxHandle<KxSipHeader> sConstruct(std::string_view name, Creator creator);
-    static KxHandle<KxSipHeader> sConstructUnknown(std::string_view name);
+    // In the following functions, Scope is NoTraceScope where the logger of this class is known not to trace.
+    template <class Scope>
+    static KxSipFault sReadLine(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
+    static KxSipFault sReadLineTraced(KxInputStream& in, KxSipLine& line, KxHandle<KxSipHeader>& header);
+    /** Creates an empty header by the function registered for the name; null gives a KxSipUnknownHeader. The caller
+        takes over its first reference. */
+    template <class Scope>
+    static KxSipHeader& sConstruct(std::string_view name, Creator creator);
+    static KxSipHeader& sConstructUnknown(std::string_view name);
     /** An empty header of the class that is registered for the name; nil if there is none. */
     static KxHandle<KxSipHeader> sSample(std::string_view name);
     /** Creates an empty header of the class that the name selects. */
     static KxHandle<KxSipHeader> sMake(std::string_view name);
     /** Reads the line that was taken again, value by value. */
     static KxSipFault sReadByValue(const KxSipLine& line, KxHandle<KxSipHeader>& header);
-    /** Reads the name and the values of the line that was taken. */
-    KxSipFault parse(KxSipLine& line);
+    /** Reads the name and the values of the line that was taken.
+        @param known the text of the name, if it is the registered one or that of this header; else null. */
+    template <class Scope>
+    KxSipFault parse(KxSipLine& line, const char* known);
     /** Reads the values in the line, the first one into this object. */
+    template <class Scope>
     KxSipFault parseRest(KxSipLine& line);
     KxSipFault parseValues(KxSipLine& line);
     /** Reads the rest of the line, after its first value; exactly, or skipping what is between values and commas. */
-    template <bool kIsExact>
+    template <bool kIsExact, class Scope>
     KxSipFault parseFurther(KxSipLine& line);
     void setToken(std::string_view name);
 
     /** As serialize, within an operation that is open. */
     void serializeLines(KxOutputStream& out) const;
+    /** As serializeLines, without the trace scope and the end of the last line. Unless `isFirst`, which is then false,
+        writes the end of the line before. A template, so that this file needs no KxOutputStream. */
+    template <class Out>
+    [[gnu::always_inline]] void writeLines(Out& out, bool& isFirst) const {
+        for (const KxSipHeader* value = this; value != nullptr; value = value->m_next.get()) {
+            if (isFirst) {
+                out.writeAll(value->m_token, std::string_view(": ", 2));
+                isFirst = false;
+            } else {
+                out.writeAll(std::string_view("\r\n", 2), value->m_token, std::string_view(": ", 2));
+            }
+            value->doSerialize(out);
+        }
+    }
+    /** Whether serializeLines has a trace scope that is on. */
+    static bool sTracesLines();
 
     bool isInMessage() const { return m_inMessage.load(std::memory_order_relaxed); }
     void setInMessage(bool isPart) { m_inMessage.store(isPart, std::memory_order_relaxed); }

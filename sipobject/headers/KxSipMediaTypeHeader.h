@@ -84,9 +84,7 @@ private:
         return fault;
     }
     void serializeValue(KxOutputStream& out) const {
-        out.write(m_type.view());
-        out.write('/');
-        out.write(m_subType.view());
+        out.writeAll(m_type, '/', m_subType);
         this->serializeParameters(out);
     }
 };

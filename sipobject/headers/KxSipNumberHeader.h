@@ -61,7 +61,7 @@ private:
         return this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
-        out << m_number;
+        out.writeAll(m_number);
         this->serializeParameters(out);
     }
 };

@@ -26,5 +26,5 @@ KxSipFault KxSipRAckHeader::parseValue(KxSipLine& line) {
 }
 
 void KxSipRAckHeader::serializeValue(KxOutputStream& out) const {
-    out << m_responseNumber << ' ' << m_seqNumber << ' ' << m_method;
+    out.writeAll(m_responseNumber, ' ', m_seqNumber, ' ', m_method);
 }

@@ -20,8 +20,8 @@ private:
 
     KxSipFault parseValue(KxSipLine& line) {
         line.skipSpace();
-        m_text = KxString(line.until<'\r', '\n'>());
+        m_text = KxString(line.untilBreak());
         return {};
     }
-    void serializeValue(KxOutputStream& out) const { out.write(m_text.view()); }
+    void serializeValue(KxOutputStream& out) const { out.writeAll(m_text); }
 };

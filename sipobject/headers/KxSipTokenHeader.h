@@ -46,7 +46,7 @@ private:
         return this->parseParameters(line);
     }
     void serializeValue(KxOutputStream& out) const {
-        out.write(m_value.view());
+        out.writeAll(m_value);
         this->serializeParameters(out);
     }
 };

@@ -28,11 +28,15 @@ void KxSipUnknownHeader::doParse(KxInputStream& in) {
 KxSipFault KxSipUnknownHeader::readValue(KxSipLine& line) {
     const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doParse");
     line.skipSpace();
-    m_value = KxString(line.until<'\r', '\n'>());
+    m_value = KxString(line.untilBreak());
     return {};
 }
 
 void KxSipUnknownHeader::doSerialize(KxOutputStream& out) const {
-    const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doSerialize");
-    out << m_value;
+    if (s_logger.isEnabled(Oskan::LogLevel::Trace)) [[unlikely]] {
+        const Oskan::TraceScope trace(s_logger, "KxSipUnknownHeader::doSerialize");
+        out << m_value;
+    } else {
+        out.writeAll(m_value);
+    }
 }

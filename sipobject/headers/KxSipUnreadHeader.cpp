@@ -32,5 +32,5 @@ KxSipFault KxSipUnreadHeader::readValue(KxSipLine& line) {
 
 void KxSipUnreadHeader::doSerialize(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipUnreadHeader::doSerialize");
-    out.write(m_text.view());
+    out.writeAll(m_text);
 }

@@ -18,6 +18,7 @@ constinit const KxConstString kUdp{"UDP"};
 constinit const KxConstString kNothing{""};
 
 constexpr KxCharSet kSlash("/");
+constexpr char kUsualProtocol[] = "SIP/2.0/";
 constexpr std::size_t kUuidLength = 36;
 constexpr std::uint32_t kLastPort = 65535;
 constexpr const char* kInvalid = "Invalid Via header";
@@ -130,11 +131,27 @@ std::string_view KxSipViaHeader::sTakeHost(KxSipLine& line) {
 
 KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
     line.skipSpace();
-    constexpr std::string_view kUsual = "SIP/2.0/";
-    if (line.window().substr(0, kUsual.size()) == kUsual) {
+    constexpr char kUsual[] = "SIP/2.0/UDP ";
+    if (KxBytes::startsWith(line.window(), kUsual)) {
         m_protocolName = kSip;
         m_protocolVersion = kVersion;
-        line.consume(kUsual.size());
+        m_transport = kUdp;
+        line.consume(sizeof kUsual - 1);
+    } else {
+        parseProtocol(line);
+    }
+    if (KxSipGrammar::sReadsViasStrictly()) [[unlikely]] {
+        return parseStrictly(line);
+    }
+    return parseAfterTransport<false>(line);
+}
+
+/** Reads protocol name, version and transport. */
+[[gnu::noinline]] void KxSipViaHeader::parseProtocol(KxSipLine& line) {
+    if (KxBytes::startsWith(line.window(), kUsualProtocol)) {
+        m_protocolName = kSip;
+        m_protocolVersion = kVersion;
+        line.consume(sizeof kUsualProtocol - 1);
     } else {
         m_protocolName = KxString(KxAscii::trimEnd(line.until(kSlash)));
         line.read();
@@ -142,10 +159,6 @@ KxSipFault KxSipViaHeader::parseValue(KxSipLine& line) {
         line.read();
     }
     m_transport = KxString(KxAscii::trimEnd(line.token(sDelimeters))).upper();
-    if (KxSipGrammar::sReadsViasStrictly()) [[unlikely]] {
-        return parseStrictly(line);
-    }
-    return parseAfterTransport<false>(line);
 }
 
 /** Apart, so that the usual reading needs no more registers. */
@@ -189,11 +202,13 @@ template <bool kStrict>
 
 KxSipFault KxSipViaHeader::checkValidity() const {
     const Oskan::TraceScope trace(sLogger(), "KxSipViaHeader::checkValidity");
-    if (m_transport.empty()) {
-        return KxSipFault("Invalid Via header, no transport");
-    }
-    if (!KxSocketImpl::parseTransport(m_transport).isValid() && !KxSipGrammar::sReadsViasStrictly()) {
-        return KxSipFault("Invalid Via header transport");
+    if (!m_transport.sharesWith(kUdp)) {
+        if (m_transport.empty()) {
+            return KxSipFault("Invalid Via header, no transport");
+        }
+        if (!KxSocketImpl::parseTransport(m_transport).isValid() && !KxSipGrammar::sReadsViasStrictly()) {
+            return KxSipFault("Invalid Via header transport");
+        }
     }
     if (m_protocolName.empty() || m_protocolVersion.empty() || m_host.empty()) {
         return KxSipFault(kInvalid);
@@ -205,17 +220,24 @@ KxSipFault KxSipViaHeader::checkValidity() const {
 }
 
 void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
-    constexpr std::string_view kBetween("/", 1);
-    if (m_isHostIPv6) [[unlikely]] {
-        out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view());
+    const bool isUsual = m_protocolName.sharesWith(kSip) && m_protocolVersion.sharesWith(kVersion) && !m_isHostIPv6;
+    if (!isUsual || !m_comment.empty()) [[unlikely]] {
+        return serializeUnusual(out);
+    }
+    out.writeAll(std::string_view(kUsualProtocol, sizeof kUsualProtocol - 1), m_transport, ' ', m_host, KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
+    m_parameters.serializeWithSemicolon(out);
+}
+
+/** Of any protocol, with a comment, or to an IPv6 address. */
+[[gnu::noinline]] void KxSipViaHeader::serializeUnusual(KxOutputStream& out) const {
+    out.writeAll(m_protocolName, '/', m_protocolVersion, '/', m_transport);
+    if (m_isHostIPv6) {
         out << " [" << m_host << ']';
     } else {
-        out.writeAll(m_protocolName.view(), kBetween, m_protocolVersion.view(), kBetween, m_transport.view(),
-                     std::string_view(" ", 1), m_host.view());
+        out << ' ' << m_host;
     }
     if (m_hasPort) {
-        out.write(':');
-        out << m_port;
+        out << ':' << m_port;
     }
     m_parameters.serializeWithSemicolon(out);
     if (!m_comment.empty()) {

@@ -106,6 +106,8 @@ private:
     KxSipViaHeader();
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
+    void parseProtocol(KxSipLine& line);
+    void serializeUnusual(KxOutputStream& out) const;
     KxSipFault parseStrictly(KxSipLine& line);
     template <bool kStrict>
     KxSipFault parseAfterTransport(KxSipLine& line);

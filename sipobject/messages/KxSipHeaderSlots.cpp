@@ -12,8 +12,12 @@ KxSipHeaderSlots::KxSipHeaderSlots() : m_near{} {
 }
 
 KxSipHeaderSlots::~KxSipHeaderSlots() {
-    for (std::size_t place = 1; place < std::min<std::size_t>(m_slotCount, kNear); ++place) {
-        emptySlot(m_near[place]);
+    const std::size_t count = std::min<std::size_t>(m_slotCount, kNear);
+    for (std::size_t place = 1; place < count; ++place) {
+        if (KxSipHeader* const header = m_near[place].get()) {
+            leaveIfShared(*header);
+            header->Release(true);
+        }
     }
     if (m_far != nullptr) {
         std::for_each(m_far->begin(), m_far->end(), emptySlot);
@@ -23,12 +27,19 @@ KxSipHeaderSlots::~KxSipHeaderSlots() {
     }
 }
 
-/** Empties a slot. Headers that the application still holds are then no longer part of a message. */
+/** Empties a slot. */
 inline void KxSipHeaderSlots::emptySlot(KxHandle<KxSipHeader>& first) {
-    if (!first.isNil() && !first.get()->isUnshared()) {
-        first.get()->leaveMessage();
+    if (!first.isNil()) {
+        leaveIfShared(*first.get());
+        first = nullptr;
     }
-    first = nullptr;
+}
+
+/** Headers that the application still holds are then no longer part of a message. */
+inline void KxSipHeaderSlots::leaveIfShared(KxSipHeader& first) {
+    if (!first.isUnshared()) [[unlikely]] {
+        first.leaveMessage();
+    }
 }
 
 /** The slot of the kind; a kind without one gets a far slot. */
@@ -48,22 +59,18 @@ void KxSipHeaderSlots::copyFrom(const KxSipHeaderSlots& other) {
         if (!other.first(id).isNil()) { // including one that is not in the order
             KxHandle<KxSipHeader>& first = slotFor(id);
             first = other.copyOf(id);
-            first->joinMessage();
         }
     }
-    m_own.copyFrom(other.m_own, [&other](HeaderID id) {
-        KxHandle<KxSipHeader> first = other.copyOf(id);
-        first->joinMessage();
-        return first;
-    });
+    m_own.copyFrom(other.m_own, [&other](HeaderID id) { return other.copyOf(id); });
 }
 
 KxHandle<KxSipHeader> KxSipHeaderSlots::copyOf(HeaderID id) const {
     KxHandle<KxSipHeader> copy;
     KxHandle<KxSipHeader>* end = &copy;
     for (const KxSipHeader* value = first(id).get(); value != nullptr; value = value->m_next.get()) {
-        *end = sCopyOne(*value);
-        end = &(*end)->m_next;
+        KxHandle<KxSipHeader> next = sMarkedCopy(*value);
+        end->swap(next); // it is nil
+        end = &end->get()->m_next;
     }
     return copy;
 }
@@ -144,6 +151,7 @@ void KxSipHeaderSlots::replace(KxHandle<KxSipHeader> header) {
     KxHandle<KxSipHeader>& present = isOwn ? ownSlotFor(id) : slotFor(id);
     header->joinMessage();
     emptySlot(present);
+    m_lastRead = nullptr;
     present = std::move(header);
     if (KxSipHeader** const known = nearEnd(id)) {
         *known = nullptr;
@@ -163,6 +171,9 @@ KxSipHeader** KxSipHeaderSlots::nearEnd(HeaderID id) {
 
 /** The last value of a chain: found by walking along a short chain, cached for a long one. */
 KxSipHeader* KxSipHeaderSlots::lastOf(HeaderID id) {
+    if (m_lastRead != nullptr && m_lastRead->getHeaderID() == id && m_lastRead->m_next.isNil()) {
+        return m_lastRead;
+    }
     KxSipHeader** cache = nearEnd(id);
     KxSipHeader* const known = cache == nullptr ? nullptr : *cache;
     KxSipHeader* last = known == nullptr ? first(id).get() : known;
@@ -186,6 +197,7 @@ void KxSipHeaderSlots::removeAfter(HeaderID id, KxSipHeader* before) {
     const KxHandle<KxSipHeader> removed = std::move(link);
     link = std::move(removed->m_next);
     removed->setInMessage(false);
+    m_lastRead = m_lastRead == removed.get() ? nullptr : m_lastRead;
     if (KxSipHeader** const known = nearEnd(id); known != nullptr && *known == removed.get()) {
         *known = before;
     }
@@ -327,8 +339,15 @@ KxSipHeader* KxSipHeaderSlots::firstReadAs(HeaderID id, const std::type_info& ty
 }
 
 void KxSipHeaderSlots::serializeHeaders(KxOutputStream& out) const {
-    findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
-    out.write(std::string_view("\r\n", 2));
+    bool isFirst = true;
+    if (KxSipHeader::sTracesLines()) [[unlikely]] {
+        findInOrder([&out](HeaderID, const KxSipHeader& first) { return first.serializeLines(out), false; });
+    } else {
+        findInOrder([&](HeaderID, const KxSipHeader& first)
+                        __attribute__((always_inline)) { return first.writeLines(out, isFirst), false; });
+    }
+    constexpr std::string_view kEnds("\r\n\r\n", 4);
+    out.write(isFirst ? kEnds.substr(2) : kEnds);
 }
 
 // ---- all headers of a name ----

@@ -35,9 +35,14 @@ public:
         another class. */
     template <class H>
     KxHandle<H> typed() const {
+        return KxHandle<H>(findTyped<H>());
+    }
+    /** As typed, without a reference; null when there is none. */
+    template <class H>
+    H* findTyped() const {
         KxSipHeader* const header = first(H::kHeaderID).get();
         const bool isOther = header != nullptr && typeid(*header) != typeid(H);
-        return KxHandle<H>(static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header));
+        return static_cast<H*>(isOther ? firstReadAs(H::kHeaderID, typeid(H)) : header);
     }
     /** The kind whose first value is written under the name, ignoring letter case; kUnknown if there is none. In the
         RFC grammar also the kind in this message whose class is registered for the name. */
@@ -69,7 +74,7 @@ public:
     /** Adds a copy of the value, without its chain. Returns false and changes nothing if the value is the first one
         under its name here. */
     bool addSingle(const KxSipHeader& value, bool first);
-    /** Adds a header that was just read, and is already marked as part of a message, after the last of its kind.
+    /** Adds a header that was just read or copied, and is already marked as part of a message, after the last of its kind.
         Returns its kind if that is one of the library's and there was one; else kNone. */
     HeaderID addRead(KxHandle<KxSipHeader>&& header) {
         if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
@@ -77,21 +82,30 @@ public:
         }
         const HeaderID id = header.get()->getHeaderID();
         KxHandle<KxSipHeader>& present = slotFor(id);
+        KxSipHeader* const read = header.get();
         if (!present.isNil()) {
             extendChain(present, std::move(header), false);
+            m_lastRead = read;
             return id;
         }
         startChain(present, std::move(header));
+        m_lastRead = read;
         return KxHeaderIDs::kNone;
     }
     /** Puts the value into an empty slot but does not add its kind to the order, so that it is not written. */
     void addUnlisted(KxHandle<KxSipHeader> header);
     /** A deep copy of the value, without its chain. */
     static KxHandle<KxSipHeader> sCopyOne(const KxSipHeader& value) {
-        return KxHandle<KxSipHeader>(static_cast<KxSipHeader*>(value.clone()));
+        return KxHandle<KxSipHeader>::sOfNew(static_cast<KxSipHeader*>(value.clone()));
     }
-    /** A deep copy of all values of a kind, chained in their order; nil when there are none. */
+    /** A deep copy of all values of a kind, chained in their order; nil when there are none. The copies are already
+        marked as part of a message. */
     KxHandle<KxSipHeader> copyOf(HeaderID id) const;
+    /** As copyOf, of the first value only. */
+    KxHandle<KxSipHeader> copyOfFirst(HeaderID id) const {
+        const KxSipHeader* const value = first(id).get();
+        return value == nullptr ? KxHandle<KxSipHeader>() : sMarkedCopy(*value);
+    }
 
     /** Adds the value, or a copy of one that is part of a message, in place of all values of its kind. */
     void replace(KxHandle<KxSipHeader> header);
@@ -162,6 +176,12 @@ private:
     static constexpr std::size_t kNear = 20;
     using Far = std::array<KxHandle<KxSipHeader>, KxHeaderIDs::kCount + 1 - kNear>;
 
+    /** A copy of the value that is already marked as part of a message. */
+    static KxHandle<KxSipHeader> sMarkedCopy(const KxSipHeader& value) {
+        KxHandle<KxSipHeader> copy = sCopyOne(value);
+        copy.get()->setInMessage(true);
+        return copy;
+    }
     const KxHandle<KxSipHeader>& slot(std::size_t place) const {
         return place < kNear ? m_near[place] : (*m_far)[place - kNear];
     }
@@ -201,6 +221,7 @@ private:
     void adoptIntoChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     void extendChain(KxHandle<KxSipHeader>& slot, KxHandle<KxSipHeader>&& header, bool first);
     static void emptySlot(KxHandle<KxSipHeader>& first);
+    static void leaveIfShared(KxSipHeader& first);
     bool isInOrder(HeaderID id) const { return m_order[m_order[id].previous].next == id; }
     void removeFromOrder(HeaderID id);
     void removeAfter(HeaderID id, KxSipHeader* before);
@@ -221,6 +242,7 @@ private:
     };
     std::unique_ptr<Far> m_far;
     KxSipOwnKinds m_own;
+    KxSipHeader* m_lastRead = nullptr;                   // the value that addRead added last, while it is here
     mutable std::unique_ptr<LongChains> m_longChains;    // created for the first long chain
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd
 };

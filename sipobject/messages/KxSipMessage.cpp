@@ -170,10 +170,6 @@ KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
     return m_headers.typed<KxSipSupportedHeader>();
 }
 
-HeaderID KxSipMessage::mTokenToID(std::string_view name) const {
-    return m_headers.findKind(name);
-}
-
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
@@ -261,19 +257,23 @@ void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader> header, bool first) {
     }
 }
 
-void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
-    m_headers.add(KxHandle<KxSipHeader>(header), false);
+/** As asynchAddHeader, for copies that are already marked as part of this message. */
+[[gnu::always_inline]] inline void KxSipMessage::adopt(KxHandle<KxSipHeader>&& copies) {
+    const Oskan::TraceScope trace(s_logger, "KxSipMessage::asynchAddHeader");
+    if (!copies.isNil()) {
+        m_headers.addRead(std::move(copies));
+    }
 }
 
 void KxSipMessage::addCopyOf(const KxSipMessage& other, HeaderID id) {
-    const KxHandle<KxSipHeader>& first = other.m_headers.first(id);
-    if (!first.isNil()) {
-        asynchAddHeader(KxSipHeaderSlots::sCopyOne(*first), false);
+    KxHandle<KxSipHeader> copy = other.m_headers.copyOfFirst(id);
+    if (!copy.isNil()) {
+        adopt(std::move(copy));
     }
 }
 
 void KxSipMessage::addCopiesOf(const KxSipMessage& other, HeaderID id) {
-    asynchAddHeader(other.m_headers.copyOf(id), false);
+    adopt(other.m_headers.copyOf(id));
 }
 
 void KxSipMessage::copyConnection(const KxSipMessage& other) {
@@ -351,8 +351,8 @@ void KxSipMessage::setBodyOrNone(const void* body, const char* contentType, std:
 }
 
 std::uint32_t KxSipMessage::getBodyLength() const {
-    const KxHandle<KxSipContentLengthHeader> header = getContentLengthHeader();
-    return header.isNil() ? 0 : header->getContentLength();
+    const auto* const header = m_headers.findTyped<KxSipContentLengthHeader>();
+    return header == nullptr ? 0 : header->getContentLength();
 }
 
 KxString KxSipMessage::getBodyType() const {

@@ -12,12 +12,14 @@
 #include "sipobject/headers/KxSipHeaderKinds.h"
 #include "sipobject/messages/KxSipReportedBytes.h"
 #include "sipobject/messages/KxSipUnknownRequest.h"
+#include "util/KxBytes.h"
 #include "util/KxErrorStream.h"
 #include "util/KxInputStream.h"
 #include "util/KxOutputStream.h"
 #include "util/KxScannedText.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 
@@ -32,11 +34,17 @@ struct StartToken {
     KxSipMessage::Creator creator;
     const StartToken* next;
 };
-constinit const StartToken* s_startTokens = nullptr;
+constexpr int kBucketBits = 5;
+constinit std::array<const StartToken*, std::size_t{1} << kBucketBits> s_startTokens{};
+
+const StartToken*& bucketOf(std::string_view text) {
+    return s_startTokens[KxBytes::Ends(text.data(), text.size()).hash(kBucketBits)];
+}
 
 const StartToken* findStartToken(std::string_view text) {
-    const StartToken* token = s_startTokens;
-    while (token != nullptr && token->text != text) {
+    const StartToken* token = bucketOf(text);
+    while (token != nullptr && (token->text.length() != text.size() ||
+                                !KxBytes::equal(token->text.c_str(), text.data(), text.size()))) {
         token = token->next;
     }
     return token;
@@ -77,7 +85,8 @@ void noteFault(const char* what, const KxException& why) {
 
 void KxSipMessageReader::sAddConstructor(const KxString& token, KxSipMessage* (*creator)()) {
     if (findStartToken(token) == nullptr) {
-        s_startTokens = new StartToken{token, creator, s_startTokens}; // never freed
+        const StartToken*& first = bucketOf(token);
+        first = new StartToken{token, creator, first}; // never freed
     }
 }
 
@@ -172,7 +181,7 @@ void KxSipMessageReader::readHeaders(KxInputStream& in) {
     KxSipHeaderSlots& headers = m_message.m_headers;
     KxHandle<KxSipHeader> header; // nil before each line
     for (int c = in.peek(); c >= 0; c = in.peek()) {
-        if (c == '\r' || c == '\n') {
+        if (c <= '\r' && (c == '\r' || c == '\n')) {
             in.consume(1);
             if (c == '\n') {
                 break;
@@ -264,9 +273,12 @@ void KxSipMessageReader::mergeEqualLengths() {
 /** False if the message has Accept headers and none of them is exactly the type of its own body; wildcards do not
     match. */
 bool KxSipMessageReader::acceptsOwnBodyType() const {
-    const KxHandle<KxSipContentTypeHeader> type = m_message.getContentTypeHeader();
     const KxSipHeader* value = m_message.getHeaderByID(KxHeaderIDs::kAccept).get();
-    if (type.isNil() || value == nullptr) {
+    if (value == nullptr) {
+        return true;
+    }
+    const KxHandle<KxSipContentTypeHeader> type = m_message.getContentTypeHeader();
+    if (type.isNil()) {
         return true;
     }
     for (; value != nullptr; value = value->getNext().get()) {

@@ -286,16 +286,19 @@ void KxSipRequest::serializeStartLine(KxOutputStream& out) const {
     if (m_Method.empty() || m_URI.isNil()) {
         return;
     }
-    out << m_Method << ' ';
+    out.writeAll(m_Method, ' ');
     m_URI->serialize(out);
-    out << " SIP/" << getVersionHigh() << '.' << getVersionLow() << std::string_view("\r\n", 2);
+    out.writeAll(std::string_view(" SIP/", 5), getVersionHigh(), '.', getVersionLow(), std::string_view("\r\n", 2));
 }
 
 /** Moves the headers after the "?" of a SIP Request-URI to the request, where they replace those of the same kind;
     "body" becomes the body. [RFC 3261 19.1.5] */
 void KxSipRequest::stripSipURLHeaders() {
-    auto* const url = dynamic_cast<KxSipURL*>(m_URI.get());
-    if (url == nullptr || !url->hasHeaders()) {
+    if (m_URI.isNil() || !m_URI->isSipURL()) {
+        return;
+    }
+    KxSipURL* const url = static_cast<KxSipURL*>(m_URI.get());
+    if (!url->hasHeaders()) {
         return;
     }
     const KxHandle<KxParameters> entries = url->getHeaders();
@@ -333,7 +336,7 @@ KxString KxSipRequest::clearBrackets(const KxString& text) {
 
 void KxSipRequest::stripBrackets(const KxHandle<KxURI>& uri) {
     constexpr std::string_view kBrackets = "<>";
-    if (uri.isNil()) {
+    if (uri.isNil() || uri->isSipURL()) { // a SIP URL was read without them
         return;
     }
     if (uri->getScheme().view().find_first_of(kBrackets) != std::string_view::npos) {

@@ -22,8 +22,12 @@ constexpr Required kRequired[] = {
 };
 
 bool hasUntypedBody(const KxSipHeaderSlots& headers) {
-    const KxHandle<KxSipContentLengthHeader> length = headers.typed<KxSipContentLengthHeader>();
-    return !length.isNil() && length->getContentLength() != 0 && headers.first(KxHeaderIDs::kContentType).isNil();
+    const auto* const length = headers.findTyped<KxSipContentLengthHeader>();
+    return length != nullptr && length->getContentLength() != 0 && headers.first(KxHeaderIDs::kContentType).isNil();
+}
+
+bool isOther(const KxString& method, const KxString& expected) {
+    return !method.sharesWith(expected) && !method.equalsNoCase(expected);
 }
 
 } // namespace
@@ -35,8 +39,8 @@ std::string KxSipRequiredHeaders::sFault(const KxSipHeaderSlots& headers, const 
             return std::string("missing ").append(name).append(" header");
         }
         if (id == KxHeaderIDs::kCSeq && method != nullptr) {
-            const KxHandle<KxSipCSeqHeader> cseq = headers.typed<KxSipCSeqHeader>();
-            if (!cseq.isNil() && !cseq->getMethod().equalsNoCase(*method)) {
+            const auto* const cseq = headers.findTyped<KxSipCSeqHeader>();
+            if (cseq != nullptr && isOther(cseq->getMethod(), *method)) {
                 return std::string("invalid method in CSeq header (got=\"")
                     .append(cseq->getMethod().view())
                     .append("\" expected=\"")

@@ -196,8 +196,8 @@ void KxSipResponse::answer(int statusCode, const KxSipRequest& request) {
     addCopyOf(request, KxHeaderIDs::kTo);
     addCopyOf(request, KxHeaderIDs::kCallId);
     addCopyOf(request, KxHeaderIDs::kCSeq);
-    const KxHandle<KxSipCSeqHeader> cseq = getCSeqHeader();
-    if (!cseq.isNil() && cseq->getMethod().empty()) {
+    auto* const cseq = first<KxSipCSeqHeader>();
+    if (cseq != nullptr && cseq->getMethod().empty()) {
         cseq->setMethod(KxString(request.getMethod()));
     }
 }
@@ -328,6 +328,6 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
 
 void KxSipResponse::serializeStartLine(KxOutputStream& out) const {
     const Oskan::TraceScope trace(s_logger, "KxSipResponse::serializeStartLine");
-    out << "SIP/" << getVersionHigh() << '.' << getVersionLow() << ' ' << getStatusCode() << ' ' << m_reasonPhrase
-        << std::string_view("\r\n", 2);
+    out.writeAll(std::string_view("SIP/", 4), getVersionHigh(), '.', getVersionLow(), ' ', getStatusCode(), ' ',
+                 m_reasonPhrase, std::string_view("\r\n", 2));
 }

@@ -118,19 +118,28 @@ TEST(InputStreamTest, FillLineShowsTheFoldedLineAndTakesNothing) {
 }
 
 TEST(OutputStreamTest, EverySinkGetsTheSameBytes) {
+    static constinit const KxConstString kConstant("eleven char");
+    constexpr std::uint32_t kNumbers[] = {0,    9,     10,    99,     100,       999,     1000,
+                                          9999, 10000, 99999, 100000, 999999999, 1000000, UINT_MAX};
     for (const std::size_t capacity : {0U, 1U, 15U, 16U, 17U, 1000U}) {
         PlainSink plain;
         KxByteArrayOutputStream memory(capacity);
         std::string expected;
-        for (std::size_t length = 0; length <= 40; ++length) {
+        for (std::size_t length = 0; length <= 70; ++length) {
+            const std::uint32_t number = kNumbers[length % std::size(kNumbers)];
             const HeapText piece(Dice().text("abcdefghijklmn\0"sv, length));
             for (KxOutputStream* const out :
                  {static_cast<KxOutputStream*>(&plain), static_cast<KxOutputStream*>(&memory)}) {
                 out->write(piece.view());
                 out->write(piece.view().data(), length / 2, length - length / 2);
                 *out << KxString(piece.view()) << 'c' << static_cast<const char*>(nullptr) << KxString() << endl;
+                out->writeAll(KxString(piece.view()), '=', number, KxString(), piece.view());
+                out->writeAll(KxOutputStream::SeparateNumber{length % 3 == 0, ':', number}, kConstant);
             }
+            const std::string digits = std::to_string(number);
             expected.append(piece.view()).append(piece.view().substr(length / 2)).append(piece.view()).append("c\r\n");
+            expected.append(piece.view()).append("=" + digits).append(piece.view());
+            expected.append(length % 3 == 0 ? ":" + digits : "").append("eleven char");
         }
         EXPECT_EQ(plain.bytes, expected);
         EXPECT_EQ(memory.view(), expected);
