@@ -1,7 +1,8 @@
 // URIs. The first byte chooses the reader: bit 0 standalone; bits 1 and 2 the factory, KxSipURL, KxTelURL or KxURI.
 // Laws: the printed text is read and printed as itself. A copy is printed as its original. A stream that delivers one
-// byte at a time reads as memory does.
+// byte at a time reads as memory does. Logging changes nothing, although no URL is then read the short way.
 
+#include "fuzz/Traced.h"
 #include "fuzz/URIRound.h"
 
 namespace {
@@ -67,6 +68,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!hasAnyOf(block.view(), "\n")) { // a stream that is not whole is read one line at a time
         Dribble dribble(block.view());
         same("a stream that dribbles reads as memory", first.text, readWith(dribble, reader, standalone).text);
+    }
+    if (size % 8 == 0) { // logging is slow
+        const Traced traced;
+        KxByteArrayInputStream again(block.view());
+        same("logging changes nothing", first.text, readWith(again, reader, standalone).text);
     }
     if (!first.uri.isNil()) {
         check(first, reader);

@@ -74,11 +74,10 @@ public:
         return *this;
     }
     KxHandle& operator=(KxHandle&& other) noexcept {
-        if (this != &other) {
-            T* old = pointer();
-            this->m_object = std::exchange(other.m_object, nullptr);
-            drop(old);
-        }
+        T* const taken = other.detach(); // before the old object is read: the two handles may be one
+        T* const old = pointer();
+        this->m_object = taken;
+        drop(old);
         return *this;
     }
     KxHandle& operator=(std::nullptr_t) {

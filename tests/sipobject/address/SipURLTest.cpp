@@ -131,6 +131,31 @@ TEST(SipURLTest, SaysWhatItReads) {
                                              "SipURL headers now (3): x=1;y=2"));
 }
 
+/** The results of reading a URL standalone and in a header, and how many bytes each left. */
+static std::string readBoth(std::string_view text) {
+    KxByteArrayInputStream alone(text);
+    KxByteArrayInputStream inHeader(text);
+    const std::string results = readURL<true>(alone) + readURL<false>(inHeader);
+    return joined(results, alone.available(), inHeader.available());
+}
+
+TEST(SipURLTest, ReadsTheSameWhenLogged) { // then no URL takes the short way of the usual ones
+    std::vector<std::string> texts = {"sip", "<sip:", " sip:h", "<SIP:a@h>", "sip:a:@h", "sip::b@h", "sip:a b@h"};
+    for (const char* const begin : {"sip:h", "<sip:h", "sip:a@h", "<sip:a:1@h", "sip:a:b1@[h]", "<sip:a;b@h"}) {
+        for (const char* const port : {"", ":", ":1", ":65535", ":65536", ":123456", ":1:2", ":1x", ":@h"}) {
+            for (const char* const end : {"", ">", ";x=y>\t;z", ";x=\"y\">", ";x @h>", "?b=c>d", ";x?b=c;d=%41@h",
+                                          "?b=\n c", "?b>", "\r\n@h", "\rh", "\n", ",x", ">@h", "&>", "%41"}) {
+                texts.push_back(std::string(begin) + port + end);
+            }
+        }
+    }
+    for (const std::string& text : texts) {
+        const std::string quiet = readBoth(text);
+        ClassLog capture("tandril.kx.KxSipURL");
+        EXPECT_EQ(readBoth(text), quiet) << text;
+    }
+}
+
 TEST(SipURLTest, Compares) {
     const std::tuple<const char*, const char*, bool, bool> rows[] = {
         {"sip:a:b@h:5060;x=1", "SIP:a:b@h;X=1", true, true},
