@@ -261,7 +261,13 @@ void KxParameters::closeGaps() {
 
 /** Doubles the capacity of a list without gaps. */
 void KxParameters::grow() {
-    const std::uint32_t capacity = this->capacity();
+    if (m_block == nullptr) {
+        Block* const first = Block::make(2 * kInline);
+        std::uninitialized_move_n(m_inline, m_size, first->pairs()); // leaves nothing to destroy
+        m_block = first;
+        return;
+    }
+    const std::uint32_t capacity = m_block->capacity;
     if (capacity > std::numeric_limits<std::uint32_t>::max() / 4) {
         throw std::bad_alloc();
     }
@@ -272,10 +278,8 @@ void KxParameters::grow() {
         Block::free(larger);
         throw;
     }
-    std::uninitialized_move_n(pairs(), m_size, larger->pairs()); // leaves nothing to destroy
-    if (m_block != nullptr) {
-        Block::free(m_block);
-    }
+    std::uninitialized_move_n(pairs(), m_size, larger->pairs());
+    Block::free(m_block);
     m_block = larger;
 }
 
