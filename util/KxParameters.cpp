@@ -2,69 +2,20 @@
 
 #include "core/DefaultStaticMemAllocator.h"
 #include "util/KxByteArrayOutputStream.h"
-#include "util/KxByteScan.h"
-#include "util/KxInputStream.h"
 #include "util/KxNameHash.h"
 #include "util/KxPairIndex.h"
+#include "util/KxParametersStore.h"
 
 #include <algorithm>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <new>
-#include <type_traits>
 #include <utility>
 
 namespace {
 
 constinit Oskan::MemAccount s_account{"KxParameters"};
-
-constinit KxConstString s_nothing("");
-
-/** Finds all characters at which a part of a pair may end, white space and characters that need quotes. What else it
-    finds is rare. */
-using Marks = KxByteScan<',', ';', '>'>;
-
-/** Returns where the quoted text that begins at `at` ends: at its closing quote or, in a stream, at the line end. */
-template <bool kInStream>
-const char* findQuoteEnd(const char* at, const char* end) {
-    const auto next = [end](const char* from) {
-        return kInStream ? KxBytes::findAny<'"', '\\', '\r', '\n'>(from, end) : KxBytes::findAny<'"', '\\'>(from, end);
-    };
-    const auto afterEscape = [end](const char* backslash) { // in a stream, a line end cannot be quoted
-        const char* const quoted = backslash + 1;
-        return quoted == end || (kInStream && (*quoted == '\r' || *quoted == '\n')) ? quoted : quoted + 1;
-    };
-    for (at = next(at); at != end && *at == '\\'; at = next(afterEscape(at))) {
-    }
-    return at;
-}
-
-constexpr std::string_view textOf(const char* begin, const char* end) {
-    return {begin, static_cast<std::size_t>(end - begin)};
-}
-
-/** Whether no character of the text needs quotes. */
-bool isPlain(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), [](char c) {
-        return static_cast<unsigned char>(c) <= ' ' || c == '"' || c == '<' || c == '>';
-    });
-}
-
-/** Whether the text is a name, or a name and a value that is a quoted text or has no characters that need quotes.
-    `equals` is null if there is no value. */
-bool isExact(const char* begin, const char* equals, const char* end) {
-    const std::string_view name = KxAscii::trim(textOf(begin, equals == nullptr ? end : equals));
-    const std::string_view value = equals == nullptr ? std::string_view() : KxAscii::trim(textOf(equals + 1, end));
-    if (name.empty() || !isPlain(name)) {
-        return false;
-    }
-    if (value.empty() || value.front() != '"') {
-        return isPlain(value);
-    }
-    const char* const last = &value.back(); // every quoted text is known to be closed
-    return last != value.data() && findQuoteEnd<true>(value.data() + 1, last) == last;
-}
 
 } // namespace
 
@@ -210,27 +161,20 @@ KxParameters::Iterator KxParameters::end() const {
     return {pairs() + last, hasIndex() ? m_block->index->gaps() + last : nullptr};
 }
 
-inline KxParameters::Pair* KxParameters::find(std::string_view name) {
-    if (hasIndex()) [[unlikely]] {
-        return findIndexed(name);
-    }
-    Pair* const end = pairs() + m_size;
-    for (Pair* pair = pairs(); pair != end; ++pair) {
-        if (pair->name.length() == name.size()) {
-            return findFrom(pair, end, name);
-        }
-    }
-    return nullptr;
-}
-
 /** Apart, so that the usual search calls nothing. */
 KxParameters::Pair* KxParameters::findFrom(Pair* begin, Pair* end, std::string_view name) {
-    Pair* const found = std::find_if(begin, end, [name](const Pair& pair) { return pair.name.equalsNoCase(name); });
+    Pair* const found = std::find_if(begin, end, [name](const Pair& pair) {
+        return pair.name.length() == name.size() && pair.name.equalsNoCase(name);
+    });
     return found == end ? nullptr : found;
 }
 
+/** Finds a name in a block; only a long list has an index. */
 KxParameters::Pair* KxParameters::findIndexed(std::string_view name) {
     Pair* const all = pairs();
+    if (!hasIndex()) {
+        return findFrom(all, all + m_size, name);
+    }
     const std::uint32_t found =
         m_block->index->find(KxNameHash::noCase(name), [&](std::uint32_t i) { return all[i].name.equalsNoCase(name); });
     return found == 0 ? nullptr : all + (found - 1);
@@ -261,7 +205,13 @@ void KxParameters::closeGaps() {
 
 /** Doubles the capacity of a list without gaps. */
 void KxParameters::grow() {
-    const std::uint32_t capacity = this->capacity();
+    if (m_block == nullptr) {
+        Block* const first = Block::make(2 * kInline);
+        std::uninitialized_move_n(m_inline, m_size, first->pairs()); // leaves nothing to destroy
+        m_block = first;
+        return;
+    }
+    const std::uint32_t capacity = m_block->capacity;
     if (capacity > std::numeric_limits<std::uint32_t>::max() / 4) {
         throw std::bad_alloc();
     }
@@ -272,20 +222,9 @@ void KxParameters::grow() {
         Block::free(larger);
         throw;
     }
-    std::uninitialized_move_n(pairs(), m_size, larger->pairs()); // leaves nothing to destroy
-    if (m_block != nullptr) {
-        Block::free(m_block);
-    }
+    std::uninitialized_move_n(pairs(), m_size, larger->pairs());
+    Block::free(m_block);
     m_block = larger;
-}
-
-inline void KxParameters::append(KxString&& name, KxString&& value) {
-    if (m_block != nullptr || m_size == kInline) {
-        appendToLong(std::move(name), std::move(value));
-        return;
-    }
-    new (m_inline + m_size) Pair{std::move(name), std::move(value)};
-    ++m_size;
 }
 
 void KxParameters::appendToLong(KxString&& name, KxString&& value) {
@@ -297,96 +236,6 @@ void KxParameters::appendToLong(KxString&& name, KxString&& value) {
         m_block->index->append(KxNameHash::noCase(added->name));
     }
     ++m_size;
-}
-
-[[gnu::always_inline]] inline void KxParameters::store(std::string_view name, std::string_view value) {
-    if (name.empty() && value.empty()) {
-        return;
-    }
-    KxString held =
-        value.empty() ? KxString(KxHandle<KxStringBuffer>(s_nothing.constant(), KxUncounted{})) : KxString(value);
-    Pair* const present = m_size == 0 ? nullptr : find(name);
-    if (present != nullptr) {
-        present->value = std::move(held);
-    } else {
-        append(KxString(name), std::move(held));
-    }
-}
-
-/** Reads the pairs in one pass; returns where it stopped, or null for a pair that is not exact. A usual pair is a name,
-    or a name, "=" and a value, with nothing else in it that Marks finds. */
-template <KxParameters::Reading kReading>
-const char* KxParameters::parsePairs(const char* begin, const char* const end, const char* readable) {
-    Marks marks(begin, end, readable);
-    while (true) {
-        const char* at = marks.next();
-        const char* const nameEnd = at;
-        if (at != end && *at == '=') {
-            at = marks.next();
-        }
-        if ((at == end || endsPair<kReading>(*at)) && (kReading != Reading::Exact || nameEnd != begin)) [[likely]] {
-            store(textOf(begin, nameEnd), textOf(at == nameEnd ? at : nameEnd + 1, at));
-        } else {
-            at = parseUnusualPair<kReading>(begin, end, readable);
-            if (kReading == Reading::Exact && at == nullptr) {
-                return nullptr;
-            }
-            marks.skipTo(at == end ? at : at + 1);
-        }
-        if (at == end || *at != ';') {
-            return at;
-        }
-        begin = at + 1;
-    }
-}
-
-/** Reads one pair of any kind; returns where it ends, or null if it is not exact. */
-template <KxParameters::Reading kReading>
-[[gnu::noinline]] const char* KxParameters::parseUnusualPair(const char* begin, const char* const end,
-                                                             const char* readable) {
-    constexpr bool kInStream = kReading != Reading::Text;
-    constexpr bool kExact = kReading == Reading::Exact;
-    Marks marks(begin, end, readable);
-    const char* equals = nullptr;
-    const char* at = marks.next();
-    for (; at != end && !endsPair<kReading>(*at); at = marks.next()) {
-        if (*at == '=') {
-            equals = equals == nullptr ? at : equals;
-        } else if (*at == '"') {
-            at = findQuoteEnd<kInStream>(at + 1, end);
-            const bool isClosed = at != end && *at == '"';
-            if (kExact && !isClosed) {
-                return nullptr;
-            }
-            at = isClosed ? at + 1 : at;
-            marks.skipTo(at);
-        }
-    }
-    if (kExact && !isExact(begin, equals, at)) {
-        return nullptr;
-    }
-    store(KxAscii::trim(textOf(begin, equals == nullptr ? at : equals)),
-          KxAscii::trim(textOf(equals == nullptr ? at : equals + 1, at)));
-    return at;
-}
-
-void KxParameters::parse(std::string_view text, const char* readable) {
-    parsePairs<Reading::Text>(text.data(), text.data() + text.size(), readable);
-}
-
-void KxParameters::parse(KxInputStream& in) {
-    const std::size_t length = in.isWhole() ? in.window().size() : in.fillLine();
-    const char* const begin = in.window().data();
-    const char* const end = parsePairs<Reading::Stream>(begin, begin + length, in.readableEnd());
-    in.consume(static_cast<std::size_t>(end - begin));
-}
-
-bool KxParameters::parseExactly(KxInputStream& in) {
-    const std::size_t length = in.fillLine();
-    const char* const begin = in.window().data();
-    const char* const end = parsePairs<Reading::Exact>(begin, begin + length, in.readableEnd());
-    in.consume(end == nullptr ? 0 : static_cast<std::size_t>(end - begin));
-    return end != nullptr;
 }
 
 void KxParameters::serialize(KxOutputStream& out) const {

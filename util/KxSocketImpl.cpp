@@ -39,9 +39,8 @@ constexpr std::uint32_t keyOf(std::string_view name) {
     }
     const auto byte = [name](std::size_t i) { return static_cast<unsigned char>(name[i]) | 0x20U; };
     const std::uint32_t ends = byte(0) << 16 | byte(1) << 8 | byte(name.size() - 1);
-    return name.size() < 4 ? ends : ends | byte(2) << 24;
+    return ends | (name.size() < 4 ? static_cast<std::uint32_t>(name.size()) : byte(2)) << 24;
 }
-/** By transport. In a name of two, the last character is twice in the key. */
 constexpr std::uint32_t kKeys[] = {keyOf("udp"), keyOf("tcp"), keyOf("tls"), keyOf("sctp"), keyOf("ws"), keyOf("wss")};
 
 } // namespace

@@ -23,6 +23,7 @@ namespace {
 constinit AceCleanupLogger s_logger{"KxAlpha"};
 constinit AceCleanupLogger s_childLogger{"KxAlpha.UnknownTransportInContact"};
 constinit AceCleanupLogger s_quietLogger{"KxQuiet"};
+constinit AceCleanupLogger s_hostMadeLogger{"KxHostMade"};
 
 void openEntry() {
     EntryTraceScope scope(s_quietLogger, "entry");
@@ -124,6 +125,11 @@ TEST(AceCleanupLoggerTest, WithoutAnAppenderAllIsOffAndNothingIsComplainedAbout)
         s_logger.log(LogLevel::Debug, "to its own appenders only");
         EXPECT_EQ(capture.texts().size(), std::string(name) == "tandril.kx.KxAlpha" ? 1U : 0U);
     }
+    log4("tandril.kx.KxHostMade"); // made by the host, before its class uses it
+    EXPECT_FALSE(s_hostMadeLogger.isEnabled(LogLevel::Fatal));
+    const LogCapture capture(log4("tandril.kx.KxHostMade"));
+    openEntry();
+    EXPECT_TRUE(s_hostMadeLogger.isEnabled(LogLevel::Fatal));
 }
 
 TEST_F(AceCleanupLoggerDeathTest, UseAfterReleaseDoesNothing) {
