@@ -6,6 +6,7 @@ set(KX_PRIVATE_HEADERS
     core/MemRows.h
     core/MemSlabTree.h
     core/MemSlabs.h
+    core/NotedLogger.h
     sipobject/KxNameRegistry.h
     sipobject/KxSipEscapes.h
     sipobject/KxSipHost.h
@@ -15,6 +16,7 @@ set(KX_PRIVATE_HEADERS
     sipobject/address/KxSipURLParser.h
     sipobject/address/KxSipURLParts.h
     sipobject/address/KxSipURLToken.h
+    sipobject/address/KxSipUsualURL.h
     sipobject/address/KxURIEquivalence.h
     sipobject/auth/KxSipAuthParamReader.h
     sipobject/auth/KxSipAuthParamWriter.h
@@ -32,7 +34,8 @@ set(KX_PRIVATE_HEADERS
     sipobject/messages/KxSipTokenText.h
     sipobject/messages/KxSipTransactionKey.h
     util/KxByteScan.h
-    util/KxPairIndex.h)
+    util/KxPairIndex.h
+    util/KxParametersStore.h)
 
 set(KX_GENERATED_DIR "${PROJECT_BINARY_DIR}/generated")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/KxSipVersion.h.in" "${KX_GENERATED_DIR}/sipobject/KxSipVersion.h" @ONLY)
