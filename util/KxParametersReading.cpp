@@ -6,7 +6,7 @@
 
 namespace {
 
-constinit KxConstString s_nothing("");
+constinit const KxConstString s_nothing("");
 
 /** Finds all characters at which a part of a pair may end, white space and characters that need quotes. What else it
     finds is rare. */
@@ -59,8 +59,7 @@ bool isExact(const char* begin, const char* equals, const char* end) {
     if (name.empty() && value.empty()) {
         return;
     }
-    KxString held =
-        value.empty() ? KxString(KxHandle<KxStringBuffer>(s_nothing.constant(), KxUncounted{})) : KxString(value);
+    KxString held = value.empty() ? KxString(s_nothing) : KxString(value);
     Pair* const present = m_size == 0 ? nullptr : find(name);
     if (present != nullptr) {
         present->value = std::move(held);
