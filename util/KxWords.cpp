@@ -35,6 +35,7 @@ constexpr std::string_view kWords =
 constexpr std::size_t kLongestWord = 13; // longer texts are rarely words, and are not looked up
 constexpr int kBucketBits = 9;
 constexpr std::size_t kWays = 2;
+constexpr std::uint64_t kSpread = 0xCB71FB3D7EEBD501ULL; // hashes these words so that no bucket gets a third one
 
 /** The words by their KxBytes::Ends; a bucket holds up to two. Filled when the library is loaded; a string made before
     that is copied like any other text. */
@@ -52,7 +53,9 @@ public:
         }
     }
 
-    std::array<Way, kWays>& bucket(const KxBytes::Ends& ends) { return m_buckets[ends.hash(kBucketBits)]; }
+    std::array<Way, kWays>& bucket(const KxBytes::Ends& ends) {
+        return m_buckets[ends.both * kSpread >> (64 - kBucketBits)];
+    }
 
 private:
     void add(const char* text, std::size_t length) {
