@@ -224,7 +224,8 @@ void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
     if (!isUsual || !m_comment.empty()) [[unlikely]] {
         return serializeUnusual(out);
     }
-    out.writeAll(std::string_view(kUsualProtocol, sizeof kUsualProtocol - 1), m_transport, ' ', m_host, KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
+    out.writeAll(std::string_view(kUsualProtocol, sizeof kUsualProtocol - 1), m_transport, ' ', m_host,
+                 KxOutputStream::SeparateNumber{m_hasPort, ':', m_port});
     m_parameters.serializeWithSemicolon(out);
 }
 

@@ -64,15 +64,6 @@ KxSipMessage::~KxSipMessage() {
     KxMutex::sRecycle(m_mutex);
 }
 
-bool KxSipMessage::isValid() const {
-    return m_status == KX_STATUS_VALID;
-}
-
-void KxSipMessage::setVersion(unsigned high, unsigned low) {
-    m_versionHigh = static_cast<std::uint8_t>(high);
-    m_versionLow = static_cast<std::uint8_t>(low);
-}
-
 // ---- reading and checking ----
 
 void KxSipMessage::sAddConstructor(const KxString& token, Creator creator) {
@@ -170,6 +161,10 @@ KxHandle<KxSipSupportedHeader> KxSipMessage::getSupportedHeader() const {
     return m_headers.typed<KxSipSupportedHeader>();
 }
 
+HeaderID KxSipMessage::mTokenToID(std::string_view name) const {
+    return m_headers.findKind(name);
+}
+
 KxHandle<KxSipHeader> KxSipMessage::getHeader(std::string_view name) const {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipMessage::getHeader");
     const Lock lock(*this);
@@ -255,6 +250,10 @@ void KxSipMessage::asynchAddHeader(KxHandle<KxSipHeader> header, bool first) {
     if (!m_headers.add(std::move(header), first)) {
         logAddedTwice(value, "KxSipMessage::asynchAddHeader");
     }
+}
+
+void KxSipMessage::addHeaderByID(const KxHandle<KxSipHeader>& header) {
+    m_headers.add(KxHandle<KxSipHeader>(header), false);
 }
 
 /** As asynchAddHeader, for copies that are already marked as part of this message. */

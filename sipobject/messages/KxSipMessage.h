@@ -54,7 +54,7 @@ public:
     ~KxSipMessage() override;
 
     /** Whether the status is 0. Derived classes add conditions. */
-    [[nodiscard]] virtual bool isValid() const;
+    [[nodiscard]] virtual bool isValid() const { return m_status == KX_STATUS_VALID; }
     virtual bool isRequest() const = 0;
 
 protected:
@@ -113,7 +113,7 @@ public:
     std::vector<HeaderID> getHeaderOrder() const;
     /** The kind whose first header is written under the name, ignoring letter case; KxHeaderIDs::kUnknown if there is
         none. In the RFC grammar also the kind whose full or compact name it is. Does not lock. */
-    HeaderID mTokenToID(std::string_view name) const { return m_headers.findKind(name); }
+    HeaderID mTokenToID(std::string_view name) const;
     /** The first header written under the name, ignoring letter case; so a header received under its compact name is
         not found by its full name. For unregistered names, the first header with exactly that name. Nil when there is
         none. In the RFC grammar it is the first header with that name in any letter case, full or compact. getNext
@@ -300,7 +300,7 @@ protected:
     /** addHeader without the lock, while no other thread can access the message. */
     void asynchAddHeader(KxHandle<KxSipHeader> header, bool first);
     /** Adds the header to the slot of its kind, which must be empty; not checked. */
-    void addHeaderByID(const KxHandle<KxSipHeader>& header) { m_headers.add(KxHandle<KxSipHeader>(header), false); }
+    void addHeaderByID(const KxHandle<KxSipHeader>& header);
     /** The first value of a kind that was read, so is no KxSipUnreadHeader; nil when there is none. Does not lock. */
     const KxHandle<KxSipHeader>& firstRead(HeaderID id) const { return m_headers.firstRead(id); }
     /** Appends copies of the other's headers of a kind: the first value, or all values in order. Does not lock. */
@@ -313,7 +313,10 @@ protected:
     void copyConnection(const KxSipMessage& other);
     /** Removes all headers of the header's kind; for an unknown header, all with its name. */
     void removeAllLike(const KxSipHeader& header);
-    void setVersion(unsigned high, unsigned low);
+    void setVersion(unsigned high, unsigned low) {
+        m_versionHigh = static_cast<std::uint8_t>(high);
+        m_versionLow = static_cast<std::uint8_t>(low);
+    }
     void setStatus(KxStatus status) { m_status = status; }
 
 private:
