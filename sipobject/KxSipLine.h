@@ -61,6 +61,8 @@ public:
     /** The name that selects the class: taken from the raw bytes, so that a folded name matches no registered name.
         Empty for a line without name or colon. */
     std::string_view key() const { return m_isPlain ? m_name : m_key; }
+    /** Whether the line that was taken is plain; the key is then the name. */
+    bool isPlain() const { return m_isPlain; }
 
     /** The text after the colon of a line that was taken, without CR LF, however much of it has been read. */
     std::string_view values() const;

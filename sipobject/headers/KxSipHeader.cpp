@@ -192,11 +192,11 @@ template <class Scope>
         return fault;
     }
     const auto found = findClass(line.key());
-    KxSipHeader& read = sConstruct<Scope>(line.name(), found.creator);
+    KxSipHeader& read = sConstruct<Scope>(line.key(), found.creator);
     KxHandle<KxSipHeader> made(&read, KxUncounted{});
     read.setInMessage(true);
-    const bool isUnknown = found.creator == nullptr; // it was given its name
-    const KxSipFault fault = read.parse<Scope>(line, isUnknown ? read.m_token.c_str() : found.registered);
+    const bool hasName = found.creator == nullptr && line.isPlain(); // an unknown header was given the key
+    const KxSipFault fault = read.parse<Scope>(line, hasName ? read.m_token.c_str() : found.registered);
     if (!fault) [[likely]] {
         header.swap(made);
     } else if (KxSipGrammar::sReadsLinesByValue() && !line.isLost()) {
