@@ -52,10 +52,16 @@ int count(const KxSipMessage& message, HeaderID id) {
 class Kx : public Backend {
 public:
 #ifdef KX_BENCH_RFC
-    Kx() { KxSipGrammar::sChoose(KxSipGrammar::Choice::RFC); }
-    const char* name() const override { return "kx-rfc"; }
+    Kx() {
+        KxSipGrammar::sChoose(KxSipGrammar::Choice::RFC);
+    }
+    const char* name() const override {
+        return "kx-rfc";
+    }
 #else
-    const char* name() const override { return "kx"; }
+    const char* name() const override {
+        return "kx";
+    }
 #endif
     unsigned caps() const override {
         unsigned can = kSerialise | kSerialiseInto | kRespond | kRespondBytes;

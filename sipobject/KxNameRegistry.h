@@ -27,7 +27,7 @@ public:
 
     /** What is registered for a name. */
     struct Found {
-        Creator creator = nullptr;         ///< Null if nothing is.
+        Creator creator = nullptr;        ///< Null if nothing is.
         const char* registered = nullptr; ///< The text that was registered, if the name is exactly that; may be null.
     };
 

@@ -172,7 +172,8 @@ private:
     }
     /** As above, for a place that is followed by two bytes at least. */
     static bool sIsPlainBreak(const char* at) {
-        return KxBytes::load<std::uint16_t>(at) == KxBytes::load<std::uint16_t>("\r\n") && at[2] != ' ' && at[2] != '\t';
+        return KxBytes::load<std::uint16_t>(at) == KxBytes::load<std::uint16_t>("\r\n") && at[2] != ' ' &&
+               at[2] != '\t';
     }
     KxSipFault takeUnplain(KxInputStream& in);
     std::string_view takeUnfolded(KxInputStream& in);

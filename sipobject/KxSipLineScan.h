@@ -51,16 +51,22 @@ public:
     }
 
     /** The first colon. Valid if there is a stop. */
-    const char* colon() const { return m_colon; }
+    const char* colon() const {
+        return m_colon;
+    }
     /** The first control character up to CR after the colon: a line break, if the line is as usual. Null if such a
         character comes before the first colon, if there is none, or if there are less than 16 bytes. */
-    const char* stop() const { return m_stop; }
+    const char* stop() const {
+        return m_stop;
+    }
 
 private:
 #ifdef __SSE2__
     static constexpr std::ptrdiff_t kBlock = 16;
 
-    static __m128i sBlock(const char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
+    static __m128i sBlock(const char* at) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    }
 
     /** One bit for each colon, and for each stop, of a block. */
     struct Hits {
@@ -76,7 +82,9 @@ private:
         unsigned stops;
     };
 #else
-    static bool sIsStop(char c) { return static_cast<unsigned char>(c) <= '\r'; }
+    static bool sIsStop(char c) {
+        return static_cast<unsigned char>(c) <= '\r';
+    }
 #endif
 
     const char* m_colon = nullptr;

@@ -268,8 +268,8 @@ void KxParameters::serializeEach(KxOutputStream& out) const {
     }
     const Pair* pair = pairs();
     for (const Pair* const last = pair + m_size; pair != last; ++pair) {
-        const bool isWritten = pair->value.empty() ? out.writeIfRoom(';', pair->name)
-                                                   : out.writeIfRoom(';', pair->name, '=', pair->value);
+        const bool isWritten =
+            pair->value.empty() ? out.writeIfRoom(';', pair->name) : out.writeIfRoom(';', pair->name, '=', pair->value);
         if (!isWritten) [[unlikely]] {
             return serializeFrom(out, Iterator(pair, nullptr)); // in the tail, so that the loop needs no frame
         }

@@ -108,8 +108,7 @@ protected:
 
     explicit KxSipHeader(const KxString& token) : m_token(token) {}
     explicit KxSipHeader(HeaderID id) : KxSipHeader(KxString(""), id) {}
-    KxSipHeader(const KxConstString& token, HeaderID id)
-        : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
+    KxSipHeader(const KxConstString& token, HeaderID id) : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
     KxSipHeader(const KxString& token, HeaderID id) : m_headerID(static_cast<std::uint16_t>(id)), m_token(token) {}
     /** Copies this value only, not the rest of its chain. */
     KxSipHeader(const KxSipHeader& other) : KxObject(other), m_headerID(other.m_headerID), m_token(other.m_token) {}

@@ -267,17 +267,17 @@ KxSipNameIndex::Found KxSipHeaderSlots::findUnknown(std::string_view name, bool 
         return exact ? header.getToken() == name : KxSipLikeness::sIsNamed(header, full);
     };
     const bool hasIndex = m_longChains != nullptr && m_longChains->names != nullptr;
-    Found found{nullptr, first(KxHeaderIDs::kUnknown).get()};
+    Found found{nullptr, first(KxHeaderIDs::kUnknown).get(), {}};
     for (int steps = hasIndex ? kMaxWalk : 0; found.header != nullptr; ++steps) {
         if (steps == kMaxWalk) {
-            if (const KxSipNameIndex* const index = nameIndex(exact)) {
+            if (KxSipNameIndex* const index = nameIndex(exact)) {
                 return index->find(exact ? name : full, exact);
             }
         }
         if (isNamed(*found.header)) {
             break;
         }
-        found = {found.header, found.header->m_next.get()};
+        found.before = std::exchange(found.header, found.header->m_next.get());
     }
     return found;
 }
@@ -287,7 +287,7 @@ bool KxSipHeaderSlots::removeUnknown(std::string_view name) {
     if (found.header == nullptr) {
         return false;
     }
-    updateNameIndex([&found](KxSipNameIndex& names) { names.remove(*found.header); });
+    updateNameIndex([&found](KxSipNameIndex& names) { names.remove(found); });
     removeAfter(KxHeaderIDs::kUnknown, found.before);
     return true;
 }

@@ -235,8 +235,8 @@ private:
     void updateNameIndex(Change change);
 
     std::array<std::uint8_t, KxHeaderIDs::kCount>
-        m_slotOf{};               // the slot of each kind; 0, whose slot is always nil, for none
-    std::uint8_t m_slotCount = 1; // number of slots, including the nil one
+        m_slotOf{};                                      // the slot of each kind; 0, whose slot is always nil, for none
+    std::uint8_t m_slotCount = 1;                        // number of slots, including the nil one
     std::array<Link, KxHeaderIDs::kCount + 1> m_order{}; // a ring that includes kEnd; here, so that nothing is padded
     union {
         std::array<KxHandle<KxSipHeader>, kNear> m_near; // in a union, so that unused slots are not destroyed

@@ -43,8 +43,8 @@ const StartToken*& bucketOf(std::string_view text) {
 
 const StartToken* findStartToken(std::string_view text) {
     const StartToken* token = bucketOf(text);
-    while (token != nullptr && (token->text.length() != text.size() ||
-                                !KxBytes::equal(token->text.c_str(), text.data(), text.size()))) {
+    while (token != nullptr &&
+           (token->text.length() != text.size() || !KxBytes::equal(token->text.c_str(), text.data(), text.size()))) {
         token = token->next;
     }
     return token;

@@ -56,10 +56,9 @@ void KxSipNameIndex::unlink(Pair& ends, Node& node, Order order) {
     (after == nullptr ? ends.last : after->neighbours[order].first) = before;
 }
 
-/** Takes the first node of the name out of its group. */
+/** Takes the first node out of a group. */
 template <class Groups>
-KxSipNameIndex::Node* KxSipNameIndex::removeFirst(Groups& groups, std::string_view name, Order order) {
-    const auto group = groups.find(name);
+KxSipNameIndex::Node* KxSipNameIndex::removeFirst(Groups& groups, typename Groups::iterator group, Order order) {
     Node* const node = group->second.first;
     unlink(group->second, *node, order);
     if (group->second.first == nullptr) {
@@ -80,17 +79,24 @@ void KxSipNameIndex::prepareExact() {
     m_hasExact = true;
 }
 
-KxSipNameIndex::Found KxSipNameIndex::find(std::string_view name, bool exact) const {
-    const auto firstIn = [name](const auto& groups) {
-        const auto group = groups.find(name);
-        return group == groups.end() ? nullptr : group->second.first;
-    };
-    const Node* const node = exact ? firstIn(m_exact) : firstIn(m_noCase);
+/** Headers and nodes are spread over the memory, so the processor is told early what will be looked at. */
+KxSipNameIndex::Found KxSipNameIndex::find(std::string_view name, bool exact) {
+    NoCase::iterator group{};
+    const Node* node = nullptr;
+    if (exact) {
+        const auto found = m_exact.find(name);
+        node = found == m_exact.end() ? nullptr : found->second.first;
+    } else {
+        group = m_noCase.find(name);
+        node = group == m_noCase.end() ? nullptr : group->second.first;
+    }
     if (node == nullptr) {
         return {};
     }
-    const Node* const before = node->neighbours[kChain].first;
-    return {before == nullptr ? nullptr : before->header, node->header};
+    const auto [before, after] = node->neighbours[kChain];
+    __builtin_prefetch(node->header);
+    __builtin_prefetch(after);
+    return {before == nullptr ? nullptr : before->header, node->header, group};
 }
 
 KxSipHeader* KxSipNameIndex::next(const KxSipHeader& header) {
@@ -110,11 +116,10 @@ KxSipHeader* KxSipNameIndex::next(const KxSipHeader& header) {
     return m_lastNext == nullptr ? nullptr : m_lastNext->header;
 }
 
-void KxSipNameIndex::remove(const KxSipHeader& header) {
-    const KxString name = nameOf(header);
-    const std::unique_ptr<Node> gone(removeFirst(m_noCase, name, kNoCase));
+void KxSipNameIndex::remove(const Found& found) {
+    const std::unique_ptr<Node> gone(removeFirst(m_noCase, found.group, kNoCase));
     if (m_hasExact) {
-        removeFirst(m_exact, name, kExact);
+        removeFirst(m_exact, m_exact.find(gone->name), kExact);
     }
     unlink(m_chain, *gone, kChain);
     m_lastNext = m_lastNext == gone.get() ? nullptr : m_lastNext;
