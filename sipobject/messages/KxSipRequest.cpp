@@ -302,6 +302,10 @@ void KxSipRequest::stripSipURLHeaders() {
         return;
     }
     const KxHandle<KxParameters> entries = url->getHeaders();
+    // No name is twice in the list, so only headers that were here before can have the name of an unknown one. With
+    // escapes, two names may be one.
+    const bool mayReplaceUnknown =
+        !getHeaderByID(KxHeaderIDs::kUnknown).isNil() || KxSipGrammar::sReadsURLsStrictly();
     for (const KxParameters::Pair& written : *entries) {
         const KxParameters::Pair entry = KxSipURL::sDecoded(written);
         if (entry.name.equalsNoCase("body")) {
@@ -309,7 +313,9 @@ void KxSipRequest::stripSipURLHeaders() {
             parseBody(body);
         } else {
             const KxHandle<KxSipHeader> header = headerFrom(entry.name, entry.value);
-            removeAllLike(*header);
+            if (mayReplaceUnknown || header->getHeaderID() != KxHeaderIDs::kUnknown) {
+                removeAllLike(*header);
+            }
             addHeader(header, false);
         }
     }
