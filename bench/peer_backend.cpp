@@ -1,7 +1,7 @@
 // This library as a backend of the comparison of SIP libraries. Every header is typed when it is read, so parse and
-// parse-lazy are the same. The bytes are not kept, so a message cannot be written from cached bytes. With KX_BENCH_RFC it
-// is "kx-rfc", which reads by the RFC grammar. Compiled by the
-// comparison's own script, not by this build; see scripts/bench.
+// parse-lazy are the same. The bytes are not kept, so a message cannot be written from cached bytes. With KX_BENCH_RFC
+// it is "kx-rfc", which reads by the RFC grammar. Compiled by the comparison's own script, not by this build; see
+// scripts/bench.
 #include "bench.h"
 
 #include "bench/DigestExample.h"

@@ -22,10 +22,10 @@ namespace {
 
 using Impl = log4cplus::spi::LoggerImpl;
 
-/** log4cplus does not report a change of a level, nor an appender that is added to the root or to a logger that the host
-    made, so every operation has to look. The public interface copies the appenders of a logger under a lock, which would
-    cost a fifth of reading a message; here they are read where they are, without a lock, as log4cplus itself reads the
-    levels. */
+/** log4cplus does not report a change of a level, nor an appender that is added to the root or to a logger that the
+    host made, so every operation has to look. The public interface copies the appenders of a logger under a lock, which
+    would cost a fifth of reading a message; here they are read where they are, without a lock, as log4cplus itself
+    reads the levels. */
 struct Appenders : Impl {
     Appenders() = delete;
     /** The end of the list, which moves when the first one is added and when the last one is removed; 0 before. */
@@ -97,8 +97,8 @@ struct ClassLoggers::Node {
     void look();
 };
 
-/** Nodes that are looked at together, in three instructions each while none has a level or an appender of its own, which
-    is the usual case. */
+/** Nodes that are looked at together, in three instructions each while none has a level or an appender of its own,
+    which is the usual case. */
 struct ClassLoggers::Group {
     static constexpr std::size_t kNodes = 16;
 

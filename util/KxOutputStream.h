@@ -87,8 +87,8 @@ protected:
     /** Takes bytes for which the window has no room. */
     virtual void writeBeyondWindow(const char* bytes, std::size_t count) = 0;
 
-    /** Offers [begin, end) as free room. Later, the bytes from `begin` to cursor() have been written; those after it may
-        have been overwritten. */
+    /** Offers [begin, end) as free room. Later, the bytes from `begin` to cursor() have been written; those after it
+        may have been overwritten. */
     void setWindow(char* begin, char* end) {
         m_cursor = begin;
         m_end = end;

@@ -21,8 +21,8 @@
 template <bool kStrict>
 class KxSipUsualURL {
 public:
-    /** The URL at the begin of the text. The bytes up to `readable` may be loaded, too. Whether it is standalone matters
-        only without brackets: in a header, ";" then ends it. [RFC 3261 20.10] */
+    /** The URL at the begin of the text. The bytes up to `readable` may be loaded, too. Whether it is standalone
+        matters only without brackets: in a header, ";" then ends it. [RFC 3261 20.10] */
     KxSipUsualURL(std::string_view text, const char* readable, bool standalone)
         : m_at(text.data()), m_end(m_at + text.size()), m_readable(readable), m_isBare(!standalone) {}
 

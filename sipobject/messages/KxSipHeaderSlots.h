@@ -74,8 +74,8 @@ public:
     /** Adds a copy of the value, without its chain. Returns false and changes nothing if the value is the first one
         under its name here. */
     bool addSingle(const KxSipHeader& value, bool first);
-    /** Adds a header that was just read or copied, and is already marked as part of a message, after the last of its kind.
-        Returns its kind if that is one of the library's and there was one; else kNone. */
+    /** Adds a header that was just read or copied, and is already marked as part of a message, after the last of its
+        kind. Returns its kind if that is one of the library's and there was one; else kNone. */
     HeaderID addRead(KxHandle<KxSipHeader>&& header) {
         if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
             return addOwnRead(std::move(header)), KxHeaderIDs::kNone;

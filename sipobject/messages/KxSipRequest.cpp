@@ -304,8 +304,7 @@ void KxSipRequest::stripSipURLHeaders() {
     const KxHandle<KxParameters> entries = url->getHeaders();
     // No name is twice in the list, so only headers that were here before can have the name of an unknown one. With
     // escapes, two names may be one.
-    const bool mayReplaceUnknown =
-        !getHeaderByID(KxHeaderIDs::kUnknown).isNil() || KxSipGrammar::sReadsURLsStrictly();
+    const bool mayReplaceUnknown = !getHeaderByID(KxHeaderIDs::kUnknown).isNil() || KxSipGrammar::sReadsURLsStrictly();
     for (const KxParameters::Pair& written : *entries) {
         const KxParameters::Pair entry = KxSipURL::sDecoded(written);
         if (entry.name.equalsNoCase("body")) {
