@@ -27,6 +27,8 @@ SKIPPED = 77
 MARGIN = 1.05
 RFC = "rfc "  # before the names of operations in the RFC grammar
 RFC_MARGIN = 1.10
+# Here the RFC grammar has to look at every value that it quotes; the classic one writes them as they are.
+RFC_LOOKS_AT_VALUES = {"rfc serialise register": 1.25}
 # The C library chooses its string functions by the processor's features; without these, they are always the same.
 PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX,-AVX512F,-AVX512VL,-AVX512BW,-ERMS,-FSRM"
 
@@ -76,7 +78,7 @@ def write(counts: Counts, build: str) -> None:
              "# operation\tunit\treached\tceiling"]
     for (name, unit), value in sorted(counts.items(), key=lambda row: (row[0][1], row[0][0])):
         classic = counts.get((name.removeprefix(RFC), unit)) if name.startswith(RFC) else None
-        ceiling = value * MARGIN if classic is None else classic * RFC_MARGIN
+        ceiling = value * MARGIN if classic is None else classic * RFC_LOOKS_AT_VALUES.get(name, RFC_MARGIN)
         lines.append(f"{name}\t{unit}\t{value:.1f}\t{ceiling:.1f}")
     CEILINGS.write_text("\n".join(lines) + "\n")
     print(f"{len(counts)} ceilings in {CEILINGS.relative_to(ROOT)}")

@@ -90,6 +90,9 @@ KxSipFault takeDisplayName(KxSipLine& line, std::string_view& name) {
     const std::string_view text = line.window();
     const char* const begin = text.data();
     const char* const end = begin + text.size();
+    if (begin != end && *begin == '<') {
+        return {};
+    }
     const char* nameEnd = begin;
     const char* at = begin;
     if (at != end && *at == '"') {
@@ -118,7 +121,7 @@ KxSipFault takeDisplayName(KxSipLine& line, std::string_view& name) {
 /** Takes a URI, and its brackets if it has any. */
 KxSipFault takeURI(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
     const std::string_view text = line.window();
-    if (text.substr(0, 4) == "<sip") { // the class of the URI sees to its end
+    if (KxBytes::startsWith(text, "<sip")) { // the class of the URI sees to its end
         return KxURI::sConstructFrom(line, standalone, uri);
     }
     const bool brackets = text.front() == '<';
@@ -187,8 +190,10 @@ KxHandle<KxSipNameAddress> KxSipNameAddress::sConstructFrom(KxInputStream& in) {
 
 KxSipFault KxSipNameAddress::sConstructFrom(KxSipLine& line, KxHandle<KxSipNameAddress>& address) {
     KxHandle<KxSipNameAddress> made(new KxSipNameAddress(Held::Tag), KxUncounted{});
-    const bool isUsual = !s_logger.isEnabled(Oskan::LogLevel::Trace) && !KxSipGrammar::sReadsNameAddressesStrictly();
-    const KxSipFault fault = isUsual ? made.get()->parseClassically(line) : made.get()->parse(line);
+    const bool isStrict = KxSipGrammar::sReadsNameAddressesStrictly();
+    const KxSipFault fault = s_logger.isEnabled(Oskan::LogLevel::Trace) ? made.get()->parse(line)
+                             : isStrict                                 ? made.get()->parseStrictly(line)
+                                                                        : made.get()->parseClassically(line);
     if (!fault) {
         address = std::move(made);
     }
@@ -329,7 +334,7 @@ KxSipFault KxSipNameAddress::parseStrictly(KxSipLine& line) {
         fault = takeURI(line, m_standalone, uri);
     }
     if (!fault) {
-        m_displayName = KxString(name);
+        m_displayName = name.empty() ? KxString(kNoName) : KxString(name);
         m_URI = std::move(uri);
         m_brackets = brackets;
     }

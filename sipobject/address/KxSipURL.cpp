@@ -210,14 +210,23 @@ template <bool kStrict>
 
 template KxSipFault KxSipURL::parseUnusual<false>(KxSipLine& line);
 
+/** Reads a URL of the usual form; returns false, without a change, for another one. */
+template <bool kStrict>
+[[gnu::always_inline]] inline bool KxSipURL::parseUsual(std::string_view text) {
+    KxSipUsualURL<kStrict> usual(text, text.data() + text.size(), m_standalone);
+    const bool isUsual = usual.find();
+    if (isUsual) {
+        usual.store(*this).raiseIfAny();
+    }
+    return isUsual;
+}
+
 void KxSipURL::parse(const char* text) {
     const Oskan::EntryTraceScope trace(s_logger, "KxSipURL::parse(pSipURLString)");
     const std::string_view view(text == nullptr ? "" : text);
-    if (!KxSipGrammar::sReadsURLsStrictly() && !s_logger.isEnabled(Oskan::LogLevel::Debug) && m_user.empty()) {
-        KxSipUsualURL<false> usual(view, view.data() + view.size(), m_standalone);
-        if (usual.find()) {
-            return usual.store(*this).raiseIfAny();
-        }
+    const bool mayBeUsual = !s_logger.isEnabled(Oskan::LogLevel::Debug) && m_user.empty();
+    if (mayBeUsual && (KxSipGrammar::sReadsURLsStrictly() ? parseUsual<true>(view) : parseUsual<false>(view))) {
+        return;
     }
     KxSipLine line(view);
     parse(line).raiseIfAny();

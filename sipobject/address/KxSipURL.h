@@ -156,6 +156,8 @@ private:
     KxSipFault parseBy(KxSipLine& line);
     /** Reads any URL; the usual ones are read by KxSipUsualURL. */
     template <bool kStrict>
+    bool parseUsual(std::string_view text);
+    template <bool kStrict>
     KxSipFault parseUnusual(KxSipLine& line);
     void displaySeldom(KxOutputStream& out) const;
     void displayHeaders(KxOutputStream& out) const;

@@ -219,12 +219,11 @@ KxHandle<KxURI> KxURI::sConstructFrom(KxInputStream& in, bool standalone) {
     return uri;
 }
 
-KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
-    if (s_logger.isEnabled(Oskan::LogLevel::Debug) || s_sipURLLogger.isEnabled(Oskan::LogLevel::Debug) ||
-        KxSipGrammar::sReadsURLsStrictly()) [[unlikely]] {
-        return sConstructByScheme(line, standalone, uri);
-    }
-    KxSipUsualURL<false> usual(line.window(), line.readableEnd(), standalone);
+/** Reads a SIP URL of the usual form, or what else there is. */
+template <bool kStrict>
+[[gnu::always_inline]] inline KxSipFault KxURI::sConstructUsual(KxSipLine& line, bool standalone,
+                                                                KxHandle<KxURI>& uri) {
+    KxSipUsualURL<kStrict> usual(line.window(), line.readableEnd(), standalone);
     if (!usual.find()) [[unlikely]] {
         return sConstructByScheme(line, standalone, uri);
     }
@@ -237,6 +236,18 @@ KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxUR
         uri = std::move(made);
     }
     return fault;
+}
+
+[[gnu::noinline]] KxSipFault KxURI::sConstructStrictly(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
+    return sConstructUsual<true>(line, standalone, uri);
+}
+
+KxSipFault KxURI::sConstructFrom(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {
+    if (s_logger.isEnabled(Oskan::LogLevel::Debug) || s_sipURLLogger.isEnabled(Oskan::LogLevel::Debug)) [[unlikely]] {
+        return sConstructByScheme(line, standalone, uri);
+    }
+    return KxSipGrammar::sReadsURLsStrictly() ? sConstructStrictly(line, standalone, uri)
+                                              : sConstructUsual<false>(line, standalone, uri);
 }
 
 [[gnu::noinline]] KxSipFault KxURI::sConstructByScheme(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri) {

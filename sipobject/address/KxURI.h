@@ -107,6 +107,9 @@ private:
     static Oskan::MemAccount s_account;
     /** An empty URI of the class registered for the scheme, or a KxURI with that scheme. */
     static KxHandle<KxURI> sConstruct(std::string_view scheme);
+    template <bool kStrict>
+    static KxSipFault sConstructUsual(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
+    static KxSipFault sConstructStrictly(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
     static KxSipFault sConstructByScheme(KxSipLine& line, bool standalone, KxHandle<KxURI>& uri);
     void setScheme(const KxString& scheme) { m_Scheme = scheme; }
     void setSchemeData(const KxString& data) { m_SchemeData = data; }

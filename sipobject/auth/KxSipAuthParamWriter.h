@@ -14,20 +14,21 @@ class KxSipAuthParamWriter {
 public:
     explicit KxSipAuthParamWriter(KxOutputStream& out) : m_out(out) {}
 
-    [[gnu::always_inline]] void bare(std::string_view name, std::string_view value) {
+    template <class Value>
+    [[gnu::always_inline]] void bare(std::string_view name, const Value& value) {
         if (!KxSipAuthToken::sIs(value)) [[unlikely]] {
             return quoted(name, value);
         }
-        separate();
-        m_out.writeAll(name, kEquals, value);
+        write(name, kEquals, value, std::string_view());
     }
-    [[gnu::always_inline]] void quoted(std::string_view name, std::string_view value) {
-        const char* const end = value.data() + value.size();
-        if (KxBytes::findAny<'"', '\\'>(value.data(), end) != end) [[unlikely]] {
+    template <class Value>
+    [[gnu::always_inline]] void quoted(std::string_view name, const Value& value) {
+        const std::string_view text(value);
+        const char* const end = text.data() + text.size();
+        if (KxBytes::findAny<'"', '\\'>(text.data(), end) != end) [[unlikely]] {
             writeEscaped(name, value);
         } else {
-            separate();
-            m_out.writeAll(name, kQuote, value, kQuote.substr(1));
+            write(name, kQuote, value, kQuote.substr(1));
         }
     }
     /** Writes a property as the RFCs say for its name: algorithm, stale, nc, userhash, charset and names that end in
@@ -48,6 +49,16 @@ private:
     static constexpr std::string_view kEquals{"="};
     static constexpr std::string_view kQuote{"=\""};
 
+    template <class Value>
+    [[gnu::always_inline]] void write(std::string_view name, std::string_view equals, const Value& value,
+                                      std::string_view end) {
+        if (m_first) {
+            m_out.writeAll(name, equals, value, end);
+        } else {
+            m_out.writeAll(',', name, equals, value, end);
+        }
+        m_first = false;
+    }
     [[gnu::noinline]] void writeEscaped(std::string_view name, std::string_view value) {
         separate();
         m_out.writeAll(name, kQuote);
