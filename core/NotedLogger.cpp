@@ -22,13 +22,12 @@ struct Factory : log4cplus::DefaultLoggerFactory {
 constinit std::atomic<unsigned> NotedLogger::s_added{0};
 
 log4cplus::Logger NotedLogger::sGet(const std::string& name) {
-    const log4cplus::tstring text = LOG4CPLUS_STRING_TO_TSTRING(name);
     const log4cplus::spi::LoggerFactory& chosen = *log4cplus::Logger::getDefaultHierarchy().getLoggerFactory();
     if (typeid(chosen) != typeid(log4cplus::DefaultLoggerFactory)) {
-        return log4cplus::Logger::getInstance(text);
+        return log4cplus::Logger::getInstance(LOG4CPLUS_STRING_TO_TSTRING(name));
     }
     Factory factory;
-    return log4cplus::Logger::getInstance(text, factory);
+    return log4cplus::Logger::getInstance(LOG4CPLUS_STRING_TO_TSTRING(name), factory);
 }
 
 void NotedLogger::addAppender(log4cplus::SharedAppenderPtr added) {
