@@ -73,7 +73,8 @@ bool isDisabledUpTo(log4cplus::Hierarchy& hierarchy, int level) {
 
 /** A logger that has a say in the level of a class: its own, an ancestor's, the root. */
 struct ClassLoggers::Node {
-    // What refreshLogLevels reads: the logger, and what the cached levels were computed from. Written after them.
+    // What refreshLogLevels reads: the logger, which another thread may have made only just now, and what the cached
+    // levels were computed from. Written after them.
     std::atomic<const Impl*> impl{nullptr};
     std::atomic<int> level{kNotSet};
     std::atomic<std::uintptr_t> appendersEnd{0};
@@ -90,7 +91,7 @@ struct ClassLoggers::Node {
     bool isRead = false;
 
     bool isAsSeen() const {
-        const Impl& now = *impl.load(std::memory_order_relaxed);
+        const Impl& now = *impl.load(std::memory_order_acquire);
         return now.getLogLevel() == level.load(std::memory_order_acquire) &&
                Appenders::sEnd(now) == appendersEnd.load(std::memory_order_acquire);
     }
@@ -113,7 +114,7 @@ struct ClassLoggers::Group {
         std::uintptr_t appenders = seenAppenders.load(std::memory_order_acquire);
 #pragma GCC unroll 16
         for (const Node& node : nodes) {
-            const Impl& now = *node.impl.load(std::memory_order_relaxed);
+            const Impl& now = *node.impl.load(std::memory_order_acquire);
             levels &= now.getLogLevel();
             appenders |= Appenders::sEnd(now);
         }
@@ -124,7 +125,7 @@ struct ClassLoggers::Group {
         std::uintptr_t otherAppender = 0;
 #pragma GCC unroll 16
         for (const Node& node : nodes) {
-            const Impl& now = *node.impl.load(std::memory_order_relaxed);
+            const Impl& now = *node.impl.load(std::memory_order_acquire);
             otherLevel |= now.getLogLevel() ^ node.level.load(std::memory_order_acquire);
             otherAppender |= Appenders::sEnd(now) ^ node.appendersEnd.load(std::memory_order_acquire);
         }
@@ -160,7 +161,7 @@ struct ClassLoggers::State {
     }
     bool hasNoNewAppender() const {
         for (const Node* node = &root; node; node = node->nextForeign.load(std::memory_order_acquire)) {
-            const Impl& now = *node->impl.load(std::memory_order_relaxed);
+            const Impl& now = *node->impl.load(std::memory_order_acquire);
             if (Appenders::sEnd(now) != node->appendersEnd.load(std::memory_order_acquire)) {
                 return false;
             }
@@ -205,7 +206,7 @@ const ReleaseAtUnload s_releaseAtUnload;
 
 /** Reads the level once, so that what is published is what the cached levels were computed from. */
 void ClassLoggers::Node::look() {
-    const Impl& now = *impl.load(std::memory_order_relaxed);
+    const Impl& now = *impl.load(std::memory_order_acquire);
     ownLevel = now.getLogLevel();
     ownAppendersEnd = Appenders::sEnd(now);
     chainedLevel = parent && ownLevel == kNotSet ? parent->chainedLevel : ownLevel;
@@ -262,7 +263,7 @@ ClassLoggers::State& ClassLoggers::sState() {
     }
     s_state = new State;
     s_state->root.logger = Logger(log4cplus::Logger::getRoot());
-    s_state->root.impl.store(Handle::sImpl(s_state->root.logger.m_logger), std::memory_order_relaxed);
+    s_state->root.impl.store(Handle::sImpl(s_state->root.logger.m_logger), std::memory_order_release);
     return *s_state;
 }
 
@@ -283,7 +284,7 @@ ClassLoggers::Node& ClassLoggers::sNodeNamed(State& state, const std::string& na
     node.logger = logger;
     node.parent = &parent;
     for (Node* each = &node; each != group.nodes + (group.used == 0 ? Group::kNodes : group.used + 1); ++each) {
-        each->impl.store(impl, std::memory_order_relaxed);
+        each->impl.store(impl, std::memory_order_release);
     }
     if (!dynamic_cast<const NotedLogger*>(impl)) {
         state.lastForeign->nextForeign.store(&node, std::memory_order_release);
