@@ -40,11 +40,19 @@ set(KX_PRIVATE_HEADERS
 set(KX_GENERATED_DIR "${PROJECT_BINARY_DIR}/generated")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/KxSipVersion.h.in" "${KX_GENERATED_DIR}/sipobject/KxSipVersion.h" @ONLY)
 
-# KxSipObject.h includes every public header of sipobject/ and the streams that a host needs.
-file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/sipobject/*.h")
-list(REMOVE_ITEM headers ${KX_PRIVATE_HEADERS})
-list(APPEND headers sipobject/KxSipVersion.h util/KxByteArrayInputStream.h util/KxByteArrayOutputStream.h)
-list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"\n")
-list(JOIN headers "" headers)
-file(CONFIGURE OUTPUT "${KX_GENERATED_DIR}/sipobject/KxSipObject.h"
-    CONTENT "#pragma once\n\n// The whole library. It takes longer to compile than the headers that a file needs.\n\n${headers}")
+# kx_add_umbrella(<folder> <file> <further headers>...)
+# Makes the header <folder>/<file>, which includes every public header of the folder, and the further ones.
+function(kx_add_umbrella folder file)
+    file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/${folder}/*.h")
+    list(REMOVE_ITEM headers ${KX_PRIVATE_HEADERS})
+    list(APPEND headers ${ARGN})
+    list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"\n")
+    list(JOIN headers "" headers)
+    file(CONFIGURE OUTPUT "${KX_GENERATED_DIR}/${folder}/${file}"
+        CONTENT "#pragma once\n\n// The whole library. It takes longer to compile than the headers that a file needs.\n\n${headers}")
+endfunction()
+
+# The first one has the streams that a host needs, too.
+kx_add_umbrella(sipobject KxSipObject.h sipobject/KxSipVersion.h util/KxByteArrayInputStream.h
+    util/KxByteArrayOutputStream.h)
+kx_add_umbrella(sipheaders KxSipHeaders.h)
