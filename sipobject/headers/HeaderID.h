@@ -7,6 +7,14 @@
     are a host's own, which KxSipHeader::sNewHeaderID hands out. */
 using HeaderID = std::uint32_t;
 
+/** What a message may have of a kind of header, in the RFC grammar. A second header of a kind that may be there once
+    makes the message incomplete. [RFC 3261 7.3.1] */
+enum class KxSipHeaderUse : std::uint8_t {
+    List,  ///< Any number of lines, with commas between values that are not in quotes or "<>".
+    Alone, ///< Any number of lines, with one value each.
+    Once   ///< One line, with one value.
+};
+
 /** All identifiers of the library. Numbers not listed are unused. */
 namespace KxHeaderIDs {
 

@@ -7,8 +7,8 @@
 
 /** The headers whose value is a name-address. In a header, the ";" after a URL without brackets starts the header's own
     parameters. [RFC 3261 20] This base holds the name-address; the derived classes define the rest of the value. */
-template <class H>
-class KxSipAddressHeader : public KxSipHeaderOf<H> {
+template <class H, class Base = KxSipHeaderOf<H>>
+class KxSipAddressHeader : public Base {
 public:
     /** The name-address itself, shared; never nil, and empty in a wildcard Contact. */
     const KxHandle<KxSipNameAddress>& getNameAddress() const { return m_nameAddress; }
@@ -22,7 +22,7 @@ protected:
     explicit KxSipAddressHeader(const KxHandle<KxSipURL>& url)
         : m_nameAddress(new KxSipNameAddress(KxString(""), url)) {}
     KxSipAddressHeader(const KxSipAddressHeader& other)
-        : KxSipHeaderOf<H>(other), m_nameAddress(KxMake<KxSipNameAddress>(*other.m_nameAddress)) {}
+        : Base(other), m_nameAddress(KxMake<KxSipNameAddress>(*other.m_nameAddress)) {}
 
     /** The SIP URL of the name-address; nil when there is none. */
     KxHandle<KxSipURL> getSipURL() const { return m_nameAddress->getURL(); }
@@ -50,10 +50,10 @@ private:
 /** The address headers with header parameters after the name-address: name-addr *(SEMI parameter). A class H with
     further requirements on a value provides checkValidity(), which is called after the value is read in the classic
     grammar. In the RFC grammar, text after a value that is no parameter is refused. */
-template <class H>
-class KxSipParameterAddressHeader : public KxSipParameterHeader<H, KxSipAddressHeader<H>> {
+template <class H, class Under = KxSipHeaderOf<H>>
+class KxSipParameterAddressHeader : public KxSipParameterHeader<H, KxSipAddressHeader<H, Under>> {
 protected:
-    using Base = KxSipParameterHeader<H, KxSipAddressHeader<H>>;
+    using Base = KxSipParameterHeader<H, KxSipAddressHeader<H, Under>>;
 
     KxSipParameterAddressHeader() = default;
     /** Holds copies; nil gives empty ones. */

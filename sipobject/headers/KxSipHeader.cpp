@@ -122,13 +122,14 @@ std::vector<std::string_view> KxSipHeader::sNames() {
     return names;
 }
 
-HeaderID KxSipHeader::sNewHeaderID() {
+HeaderID KxSipHeader::sNewHeaderID(KxSipHeaderUse use) {
     HeaderID id = s_nextID.load(std::memory_order_relaxed);
     do {
         if (id > KxHeaderIDs::kLast) {
             KxException::sThrow("No header identifier is left");
         }
     } while (!s_nextID.compare_exchange_weak(id, id + 1, std::memory_order_relaxed));
+    KxSipHeaderKinds::sNoteOwn(id, use);
     return id;
 }
 

@@ -73,7 +73,7 @@ public:
     /** A new identifier, KxHeaderIDs::kCount or more, for a header class of a host's own. For static initialisers: see
         KxSipHeaderOf. May be called by several threads.
         Throws KxException "No header identifier is left" after KxHeaderIDs::kLast. */
-    static HeaderID sNewHeaderID();
+    static HeaderID sNewHeaderID(KxSipHeaderUse use = KxSipHeaderUse::List);
     /** Whether a header of a message may have this identifier: below KxHeaderIDs::kCount, or from sNewHeaderID. */
     static bool sIsHeaderID(HeaderID id);
 

@@ -2,16 +2,17 @@
 
 #include "sipobject/headers/HeaderID.h"
 
+#include <array>
 #include <initializer_list>
 
-/** What the RFCs say about kinds of header, for the RFC grammar. A kind of a host's own, and one of which nothing is
-    known here, is a list that must not be empty and may be repeated. */
+/** What the RFCs say about kinds of header, for the RFC grammar. A kind of which nothing is known here is a list that
+    must not be empty and may be repeated. */
 class KxSipHeaderKinds {
 public:
     KxSipHeaderKinds() = delete;
 
     /** Whether a comma ends a value. */
-    static constexpr bool sIsList(HeaderID id) { return !sHas(kOnce | kAlone, id); }
+    static bool sIsList(HeaderID id) { return sIsOwn(id) ? sUse(id) == Use::List : !sHas(kOnce | kAlone, id); }
     /** Whether every comma ends a value, as in a list of tokens; else not one in quotes or "<>". */
     static constexpr bool sIsTokenList(HeaderID id) { return sHas(kTokenLists, id); }
     /** Whether a list may have no element, or a text no character. [RFC 3261 20.1, 20.2, 20.3, 20.5, 20.25, 20.36,
@@ -21,9 +22,16 @@ public:
     /** Whether proxies work with it, so that a message in which it can't be read is refused. [RFC 3261 16.3] */
     static constexpr bool sIsNeededByProxies(HeaderID id) { return sHas(kNeeded, id); }
     /** Whether a message has at most one, which proxies do not need. [RFC 3261 7.3.1, 20] */
-    static constexpr bool sIsOnce(HeaderID id) { return sHas(kOnce, id); }
+    static bool sIsOnce(HeaderID id) { return sIsOwn(id) ? sUse(id) == Use::Once : sHas(kOnce, id); }
+
+    /** Notes what a host says about a kind of its own, before a header of that kind is read. */
+    static void sNoteOwn(HeaderID id, KxSipHeaderUse use) { s_uses[id - KxHeaderIDs::kCount] = use; }
 
 private:
+    using Use = KxSipHeaderUse;
+
+    static constexpr bool sIsOwn(HeaderID id) { return id >= KxHeaderIDs::kCount; }
+    static Use sUse(HeaderID id) { return id <= KxHeaderIDs::kLast ? s_uses[id - KxHeaderIDs::kCount] : Use::List; }
     static constexpr std::uint64_t sSet(std::initializer_list<HeaderID> ids) {
         std::uint64_t set = 0;
         for (const HeaderID id : ids) {
@@ -34,6 +42,8 @@ private:
     static constexpr bool sHas(std::uint64_t set, HeaderID id) {
         return id < KxHeaderIDs::kCount && (set >> id & 1) != 0;
     }
+
+    static std::array<Use, KxHeaderIDs::kLast + 1 - KxHeaderIDs::kCount> s_uses; ///< Of own kinds.
 
     static const std::uint64_t kOnce, kAlone, kTokenLists, kEmptyLists, kEmptyTexts, kNeeded;
 };

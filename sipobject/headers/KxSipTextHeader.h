@@ -5,8 +5,8 @@
 
 /** The headers whose value is a text for people or logs: the whole line, byte for byte, including commas and trailing
     blanks. Only leading white space is dropped. */
-template <class H>
-class KxSipTextHeader : public KxSipHeaderOf<H> {
+template <class H, class Base = KxSipHeaderOf<H>>
+class KxSipTextHeader : public Base {
 protected:
     KxSipTextHeader() = default;
     /** Stored as given, unchecked. */

@@ -92,13 +92,15 @@ void KxSipHeaderSlots::addOwn(KxHandle<KxSipHeader>&& header, bool first) {
     }
 }
 
-void KxSipHeaderSlots::addOwnRead(KxHandle<KxSipHeader>&& header) {
-    KxHandle<KxSipHeader>& present = ownSlotFor(header->getHeaderID());
+HeaderID KxSipHeaderSlots::addOwnRead(KxHandle<KxSipHeader>&& header) {
+    const HeaderID id = header->getHeaderID();
+    KxHandle<KxSipHeader>& present = ownSlotFor(id);
     if (!present.isNil()) {
         extendChain(present, std::move(header), false);
-    } else {
-        present = std::move(header);
+        return id;
     }
+    present = std::move(header);
+    return KxHeaderIDs::kNone;
 }
 
 bool KxSipHeaderSlots::addCopyUnlessFirst(const KxSipHeader& value, bool first) {

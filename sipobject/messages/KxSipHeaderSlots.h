@@ -75,10 +75,10 @@ public:
         under its name here. */
     bool addSingle(const KxSipHeader& value, bool first);
     /** Adds a header that was just read or copied, and is already marked as part of a message, after the last of its
-        kind. Returns its kind if that is one of the library's and there was one; else kNone. */
+        kind. Returns its kind if there was one; else kNone. */
     HeaderID addRead(KxHandle<KxSipHeader>&& header) {
         if (header.get()->getHeaderID() >= KxHeaderIDs::kCount) [[unlikely]] {
-            return addOwnRead(std::move(header)), KxHeaderIDs::kNone;
+            return addOwnRead(std::move(header));
         }
         const HeaderID id = header.get()->getHeaderID();
         KxHandle<KxSipHeader>& present = slotFor(id);
@@ -206,7 +206,7 @@ private:
         return kind == nullptr ? m_near[0] : kind->first;
     }
     void addOwn(KxHandle<KxSipHeader>&& header, bool first);
-    void addOwnRead(KxHandle<KxSipHeader>&& header);
+    HeaderID addOwnRead(KxHandle<KxSipHeader>&& header);
     bool addCopyUnlessFirst(const KxSipHeader& value, bool first);
     void appendToOrder(HeaderID id) {
         const std::uint8_t last = m_order[kEnd].previous;

@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipPAssertedIdentityHeader.h"
+
+constinit const KxConstString KxSipPAssertedIdentityHeader::sToken{"P-Asserted-Identity"};
+
+const HeaderID KxSipPAssertedIdentityHeader::kHeaderID = KxSipHeader::sNewHeaderID();

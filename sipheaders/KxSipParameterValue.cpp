@@ -1,0 +1,56 @@
+#include "sipheaders/KxSipParameterValue.h"
+
+#include "util/KxAscii.h"
+#include "util/KxCharSet.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string>
+
+namespace {
+
+/** What is no part of a token. [RFC 3261 25.1] */
+bool isNoTokenChar(char c) {
+    return !KxAscii::isAlpha(c) && !KxAscii::isDigit(c) &&
+           std::string_view("-.!%*_+`'~").find(c) == std::string_view::npos;
+}
+
+} // namespace
+
+KxString KxSipParameterValue::sText(const KxString& value) {
+    const std::string_view text = value.view();
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        return value;
+    }
+    std::string plain;
+    for (std::size_t at = 1; at < text.size() - 1; ++at) {
+        at += text[at] == '\\' && at + 2 < text.size() ? 1 : 0;
+        plain += text[at];
+    }
+    return KxString(plain);
+}
+
+KxString KxSipParameterValue::sQuoted(KxSipText text) {
+    std::string quoted = "\"";
+    for (const char c : text.checked().view()) {
+        quoted.append(c == '"' || c == '\\' ? 1 : 0, '\\').append(1, c);
+    }
+    return KxString(quoted.append(1, '"'));
+}
+
+KxString KxSipParameterValue::sTokenOrQuoted(KxSipText text) {
+    const std::string_view view = text.view();
+    return view.empty() || std::any_of(view.begin(), view.end(), isNoTokenChar) ? sQuoted(text) : text.line();
+}
+
+std::optional<std::uint32_t> KxSipParameterValue::sNumber(const KxString& value) {
+    const KxString text = sText(value);
+    const char* const end = text.c_str() + text.length();
+    std::uint32_t number = 0;
+    const auto [stop, error] = std::from_chars(text.c_str(), end, number);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+KxString KxSipParameterValue::sOfNumber(std::uint32_t number) {
+    return KxString(std::to_string(number));
+}

@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipReasonHeader.h"
+
+constinit const KxConstString KxSipReasonHeader::sToken{"Reason"};
+
+const HeaderID KxSipReasonHeader::kHeaderID = KxSipHeader::sNewHeaderID();

@@ -1,0 +1,3 @@
+#include "sipobject/headers/KxSipHeaderKinds.h"
+
+constinit decltype(KxSipHeaderKinds::s_uses) KxSipHeaderKinds::s_uses{};
