@@ -3,6 +3,7 @@
 
 #include "bench/BenchSupport.h"
 #include "bench/DigestExample.h"
+#include "sipheaders/KxSipHeaderLibrary.h"
 #include "sipobject/KxSipGrammar.h"
 #include "sipobject/address/KxSipURL.h"
 #include "sipobject/messages/KxSipResponse.h"
@@ -118,11 +119,17 @@ int main(int argc, char** argv) {
     if (argc == 3 && std::string_view(argv[1]) == "hold") { // needs no callgrind, and would be slow under it
         countHeld(argv[2], readSample(std::string(argv[2]) + ".sip"));
     } else {
-        if (argc == 2 && std::string_view(argv[1]) == "rfc") {
+        const std::string_view mode = argc == 2 ? argv[1] : "";
+        if (!mode.empty()) {
             KxSipGrammar::sChoose(KxSipGrammar::Choice::RFC);
             s_prefix = "rfc ";
         }
-        countAll();
+        if (mode == "headers") {
+            KxSipHeaderLibrary::sEnable();
+            countMessage("ims_invite", readSample("ims_invite.sip"));
+        } else {
+            countAll();
+        }
     }
     return 0;
 }

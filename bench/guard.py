@@ -68,7 +68,7 @@ def count(program: Path) -> Counts:
     """As above, for all runs. What is held is counted in processes of their own: memory that another operation left would
     be reused and not counted."""
     counts: Counts = {}
-    for arguments in ([], ["rfc"], ["hold", "invite"], ["hold", "carrier_invite"]):
+    for arguments in ([], ["rfc"], ["headers"], ["hold", "invite"], ["hold", "carrier_invite"]):
         counts |= count_run(program, arguments)
     return counts
 

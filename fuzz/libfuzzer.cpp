@@ -1,8 +1,8 @@
 // What libFuzzer calls before the first input.
 
-#include "tests/sipobject/support/Grammar.h"
+#include "fuzz/StartUp.h"
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
-    chooseGrammar(*argc, *argv);
+    startUp(*argc, *argv);
     return 0;
 }

@@ -1,7 +1,7 @@
 // Runs a fuzz target over stored inputs: every file of the folders (or every file) given as arguments; in the RFC
 // grammar if --grammar=rfc comes before them.
 
-#include "tests/sipobject/support/Grammar.h"
+#include "fuzz/StartUp.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,7 +33,7 @@ bool replayFile(const std::filesystem::path& path) {
 } // namespace
 
 int main(int argc, char** argv) {
-    chooseGrammar(argc, argv);
+    startUp(argc, argv);
     std::size_t replayed = 0;
     for (int i = 1; i < argc; ++i) {
         const std::filesystem::path argument(argv[i]);

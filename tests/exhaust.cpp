@@ -2,7 +2,7 @@
 // random bytes; without files, over every short text of an alphabet and over random texts. The first byte of an input
 // tells the target what to do.
 
-#include "tests/sipobject/support/Grammar.h"
+#include "fuzz/StartUp.h"
 #include "tests/util/Streams.h"
 
 #include <cstdint>
@@ -18,7 +18,7 @@ static void run(char choice, const std::string& text) {
 
 int main(int argc, char** argv) {
     using namespace std::string_literals;
-    chooseGrammar(argc, argv);
+    startUp(argc, argv);
     const std::string name = argc > 1 ? argv[1] : "";
     const std::string alphabet = name == "digest" ? "aB=\", \n" : "a=;\",\\\n";
     std::string bytes;

@@ -28,6 +28,9 @@ has() {
 has libkxsipobject1 /libkx{core,util,sipobject}'\.so\.1(\.[0-9.]+)?'
 has libkxsipobject-dev /libkx{core,util,sipobject}'\.so' /kxsipobject/core/Logger.h \
     /kxsipobject/sipobject/messages/KxSipMessage.h /cmake/KxSipObject/KxSipObjectConfig.cmake /pkgconfig/kxsipobject.pc
+has libkxsipheaders1 /libkxsipheaders'\.so\.1(\.[0-9.]+)?'
+has libkxsipheaders-dev /libkxsipheaders.so /kxsipobject/sipheaders/KxSip{Headers,ReasonHeader}.h \
+    /cmake/KxSipObject/KxSipHeadersTargets.cmake /pkgconfig/kxsipheaders.pc
 has kxsip /usr/bin/kxsip /man1/kxsip.1 /bash-completion/completions/kxsip
 
 # Every library that a program or library needs comes with our packages or with one that is declared.
@@ -38,12 +41,19 @@ while read -r needed; do
     owners=$(dpkg-query -S "*/$needed" | cut -d: -f1 | sort -u)
     grep -qwF "$owners" <<<"$declared" || { echo "$needed of $owners is not declared" >&2; exit 1; }
 done < <(objdump -p "$libraries"/*.so.1 "$root/usr/bin/kxsip" | awk '$1 == "NEEDED" { print $2 }' | sort -u)
-for package in libkxsipobject-dev kxsip; do
-    dpkg-deb -f "$stage/$package"_*.deb Depends | grep -q 'libkxsipobject1 (= ' || {
-        echo "$package does without the libraries" >&2
+while read -r package library; do
+    dpkg-deb -f "$stage/$package"_*.deb Depends | grep -q "$library (= " || {
+        echo "$package does without $library" >&2
         exit 1
     }
-done
+done <<'EOF'
+libkxsipobject-dev libkxsipobject1
+libkxsipheaders1 libkxsipobject1
+libkxsipheaders-dev libkxsipheaders1
+libkxsipheaders-dev libkxsipobject-dev
+kxsip libkxsipobject1
+kxsip libkxsipheaders1
+EOF
 
 LD_LIBRARY_PATH=$libraries "$root/usr/bin/kxsip" show samples/invite.sip >/dev/null
 # shellcheck disable=SC1091

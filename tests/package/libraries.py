@@ -14,7 +14,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-LIBRARIES = ["kxcore", "kxutil", "kxsipobject"]
+LIBRARIES = ["kxcore", "kxutil", "kxsipobject", "kxsipheaders"]
 LIST = Path(__file__).with_name("exports.txt")
 NAMESPACES = {"Oskan", "Sip", "KxSipObject"}
 

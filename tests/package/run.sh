@@ -7,7 +7,7 @@ stage=$build/package/$way
 programs=$stage/build
 
 rm -rf "$stage"
-for component in runtime development tool; do
+for component in runtime development headers headers_development tool; do
     cmake --install "$build" --prefix "$stage/staged" --component $component >/dev/null
 done
 mv "$stage/staged" "$stage/installed" # what is installed finds its parts wherever it is
@@ -20,7 +20,7 @@ case $way in
         ;;
     pkg-config)
         found=$(find "$stage/installed" -name kxsipobject.pc)
-        read -ra flags <<<"$(PKG_CONFIG_PATH=$(dirname "$found") pkg-config --cflags --libs kxsipobject)"
+        read -ra flags <<<"$(PKG_CONFIG_PATH=$(dirname "$found") pkg-config --cflags --libs kxsipheaders)"
         mkdir "$programs"
         for program in "$source"/tests/package/*.cpp; do
             "${CXX:-c++}" -std=c++20 "$program" -o "$programs/$(basename "$program" .cpp)" "${flags[@]}" \

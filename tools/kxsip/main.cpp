@@ -1,3 +1,4 @@
+#include "sipheaders/KxSipHeaderLibrary.h"
 #include "sipobject/KxSipGrammar.h"
 #include "tools/kxsip/CheckCommand.h"
 #include "tools/kxsip/DeriveCommands.h"
@@ -69,6 +70,11 @@ int run(int argc, char** argv) {
     addDeriveCommands(app, outcome);
     addDigestCommands(app, outcome);
     addGrammarOption(app);
+    app.parse_complete_callback([] { // comes after all options, and before the command
+        if (KxSipGrammar::sChosen() == KxSipGrammar::Choice::RFC) {
+            KxSipHeaderLibrary::sEnable();
+        }
+    });
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
