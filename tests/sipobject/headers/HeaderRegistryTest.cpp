@@ -145,3 +145,18 @@ TEST(HeaderRegistryTest, LongNamesAreNotLookedUp) {
         EXPECT_EQ(linesOf(*header), line);
     }
 }
+
+template <class... H>
+static std::map<std::size_t, std::size_t> sizesOf(Classes<H...>) {
+    std::map<std::size_t, std::size_t> sizes;
+    (++sizes[sizeof(H)], ...);
+    return sizes;
+}
+
+/** A message has twenty and more of them, so that each byte counts: size, and how many classes have it. */
+TEST(HeaderRegistryTest, SizesOfTheClasses) {
+    const auto sizes = sizesOf(EveryHeader());
+    EXPECT_EQ(sizes, (sizeof(void*) == 8
+                          ? std::map<std::size_t, std::size_t>{{32, 1}, {40, 24}, {48, 23}, {56, 5}, {64, 4}, {88, 1}}
+                          : sizes));
+}
