@@ -149,7 +149,7 @@ class Runner:
 
 def source_of(blocks, work):
     """One program of all C++ blocks except programs, and the number of the function of each block."""
-    headers = [path.relative_to(SOURCE).as_posix() for folder in ("core", "util", "sipobject")
+    headers = [path.relative_to(SOURCE).as_posix() for folder in ("core", "util", "sipobject", "sipheaders")
                for path in sorted((SOURCE / folder).rglob("*.h"))]
     top = [f"#include {header}\n" for header in ("<cstdlib>", "<fstream>", "<iostream>", "<string>", "<vector>")]
     top += [f'#include "{header}"\n' for header in headers if header not in PRIVATE]
