@@ -1,5 +1,7 @@
 #include "sipobject/messages/KxSipOwnKinds.h"
 
+constinit Oskan::MemAccount KxSipOwnKinds::s_account{"KxSipOwnKinds"};
+
 KxSipOwnKinds::Kind& KxSipOwnKinds::findOrAppend(HeaderID id, std::uint8_t after) {
     OSKAN_ASSERT(KxSipHeader::sIsHeaderID(id));
     auto last = m_kinds.before_begin();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/AccountAllocator.h"
 #include "sipobject/headers/KxSipHeader.h"
 
 #include <cstdint>
@@ -53,5 +54,7 @@ public:
     }
 
 private:
-    std::forward_list<Kind> m_kinds;
+    KX_SIP_API static Oskan::MemAccount s_account;
+
+    std::forward_list<Kind, Oskan::AccountAllocator<Kind, s_account>> m_kinds;
 };
