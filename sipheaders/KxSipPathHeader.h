@@ -3,7 +3,7 @@
 #include "sipheaders/KxSipAddressFieldHeader.h"
 
 /** Path: a proxy between the user agent that registers and its registrar, through which requests come back. One object
-    per proxy; the last one is the nearest to the registrar.
+    per proxy; the first one is the nearest to the registrar.
     Path = "Path" HCOLON path-value *(COMMA path-value)                       [RFC 3327 4]
     path-value = name-addr *(SEMI rr-param)
     "Path: <sip:p1;lr;ob> , <sip:p2;lr>" -> two values, "<sip:p1;lr;ob>" and "<sip:p2;lr>" */

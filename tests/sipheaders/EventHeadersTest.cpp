@@ -4,6 +4,12 @@
 #include "sipheaders/KxSipSubscriptionStateHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
+namespace {
+
+constexpr const char* kTextAfterValue = "KxSipParseError: SIP Header parse error : text after the value";
+
+} // namespace
+
 TEST(SubscriptionStateHeaderTest, Reads) {
     expectRows<KxSipSubscriptionStateHeader>(
         [](const KxSipSubscriptionStateHeader& header) {
@@ -16,8 +22,7 @@ TEST(SubscriptionStateHeaderTest, Reads) {
              "terminated|0|0|1|no resource|99|60"},
             {"Subscription-State: pending;expires=4294967295", "pending|0|1|0||4294967295|99"},
             {"Subscription-State: ;reason=x", "", "KxSipParseError: Invalid Subscription-State header"},
-            {"Subscription-State: active, pending", "",
-             "KxSipParseError: SIP Header parse error : text after the value"},
+            {"Subscription-State: active, pending", "", kTextAfterValue},
         });
 }
 
@@ -37,18 +42,18 @@ TEST(SubscriptionStateHeaderTest, IsBuiltFromItsParts) {
 TEST(EntityTagHeadersTest, ReadAToken) {
     expectRows<KxSipSIPETagHeader, &KxSipSIPETagHeader::getEntityTag>({
         {"SIP-ETag:dx.200_xyz \r\n ", "dx.200_xyz", "SIP-ETag: dx.200_xyz"},
+        {"SIP-ETag: a, b", "", kTextAfterValue},
         {"SIP-ETag: \"a\"", "", "KxSipParseError: Invalid SIP-ETag header"},
     });
     expectRows<KxSipSIPIfMatchHeader, &KxSipSIPIfMatchHeader::getEntityTag>({
         {"SIP-If-Match: 12a", "12a"},
-        {"SIP-If-Match: 12a b", "", "KxSipParseError: SIP Header parse error : text after the value"},
+        {"SIP-If-Match: 12a, b", "", kTextAfterValue},
     });
     const auto tag = KxMake<KxSipSIPETagHeader>("a");
     tag->setEntityTag("b");
-    const auto match = KxMake<KxSipSIPIfMatchHeader>(tag->getEntityTag());
+    const auto match = KxMake<KxSipSIPIfMatchHeader>("a");
+    match->setEntityTag(tag->getEntityTag());
     EXPECT_EQ(linesOf(*tag) + linesOf(*match), "SIP-ETag: bSIP-If-Match: b");
-    match->setEntityTag("c");
-    EXPECT_EQ(linesOf(*match), "SIP-If-Match: c");
 }
 
 TEST(ReferSubHeaderTest, ReadsAndWritesABoolean) {
@@ -60,6 +65,7 @@ TEST(ReferSubHeaderTest, ReadsAndWritesABoolean) {
             {"Refer-Sub: FALSE ;x=y", "FALSE|0|1|y"},
             {"Refer-Sub: true", "true|1|0|"},
             {"Refer-Sub: maybe", "maybe|0|0|"},
+            {"Refer-Sub: true, false", "", kTextAfterValue},
             {"Refer-Sub: ;x", "", "KxSipParseError: Invalid Refer-Sub header"},
         });
     const auto header = KxMake<KxSipReferSubHeader>(false);
