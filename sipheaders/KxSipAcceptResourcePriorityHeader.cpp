@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipAcceptResourcePriorityHeader.h"
+
+constinit const KxConstString KxSipAcceptResourcePriorityHeader::sToken{"Accept-Resource-Priority"};
+
+const HeaderID KxSipAcceptResourcePriorityHeader::kHeaderID = KxSipHeader::sNewHeaderID();

@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipGeolocationHeader.h"
+
+constinit const KxConstString KxSipGeolocationHeader::sToken{"Geolocation"};
+
+const HeaderID KxSipGeolocationHeader::kHeaderID = KxSipHeader::sNewHeaderID();

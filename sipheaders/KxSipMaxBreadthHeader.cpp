@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipMaxBreadthHeader.h"
+
+constinit const KxConstString KxSipMaxBreadthHeader::sToken{"Max-Breadth"};
+
+const HeaderID KxSipMaxBreadthHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::Once);

@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipReferSubHeader.h"
+
+constinit const KxConstString KxSipReferSubHeader::sToken{"Refer-Sub"};
+
+const HeaderID KxSipReferSubHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::Once);

@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipSIPETagHeader.h"
+
+constinit const KxConstString KxSipSIPETagHeader::sToken{"SIP-ETag"};
+
+const HeaderID KxSipSIPETagHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::Once);
