@@ -56,6 +56,7 @@
 #include "sipobject/messages/KxSipResponse.h"
 
 #include <concepts>
+#include <optional>
 #include <string>
 
 /** Calls the getters of a message and of its headers and collects what they return: "value|value|...". */
@@ -87,6 +88,10 @@ private:
     template <class Number>
     requires(std::integral<Number> || std::is_enum_v<Number>) void takeOne(Number value) {
         (m_text += std::to_string(+value)) += '|';
+    }
+    template <class Number>
+    void takeOne(const std::optional<Number>& number) {
+        take(number.has_value(), number.value_or(0));
     }
     void takeOne(const KxDate& date) { takeOne(date.getSeconds()); }
     void takeOne(const KxSipURL& url) {
@@ -134,7 +139,7 @@ private:
                 take(typed->getURL());
             }
             if constexpr (requires { typed->getQValue(); }) {
-                take(typed->getQValue());
+                take(typed->getQValue(), typed->getQValueInThousandths());
             }
         }
     }
@@ -243,11 +248,14 @@ private:
         readAs<KxSipPriorityHeader>(header, &KxSipPriorityHeader::getPriority);
         readAs<KxSipResponseKeyHeader>(header, &KxSipResponseKeyHeader::getScheme);
         readAs<KxSipRetryAfterHeader>(header, &KxSipRetryAfterHeader::getDeltaSeconds,
-                                      &KxSipRetryAfterHeader::getComment, &KxSipRetryAfterHeader::getDuration);
+                                      &KxSipRetryAfterHeader::getComment, &KxSipRetryAfterHeader::getDuration,
+                                      &KxSipRetryAfterHeader::getDurationInSeconds);
         readAs<KxSipServerHeader>(header, &KxSipServerHeader::getServer);
         readAs<KxSipSessionHeader>(header, &KxSipSessionHeader::getType);
         readAs<KxSipSubjectHeader>(header, &KxSipSubjectHeader::getSubject);
-        readAs<KxSipTimestampHeader>(header, &KxSipTimestampHeader::getTimestamp, &KxSipTimestampHeader::getDelay);
+        readAs<KxSipTimestampHeader>(header, &KxSipTimestampHeader::getTimestamp, &KxSipTimestampHeader::getDelay,
+                                     &KxSipTimestampHeader::getTimestampInMicroseconds,
+                                     &KxSipTimestampHeader::getDelayInMicroseconds);
         readAs<KxSipUserAgentHeader>(header, &KxSipUserAgentHeader::getUserAgent);
         readAs<KxSipWarningHeader>(header, &KxSipWarningHeader::getCode, &KxSipWarningHeader::getAgent,
                                    &KxSipWarningHeader::getText);

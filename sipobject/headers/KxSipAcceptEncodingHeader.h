@@ -15,6 +15,7 @@ public:
     explicit KxSipAcceptEncodingHeader(KxSipText coding) : KxSipTokenHeader(coding) {}
 
     const KxString& getContentEncoding() const { return m_value; }
+    void setContentEncoding(KxSipText coding) { setTokenText(coding); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAcceptEncodingHeader";

@@ -15,6 +15,7 @@ public:
     explicit KxSipAcceptLanguageHeader(KxSipText language) : KxSipTokenHeader(language) {}
 
     const KxString& getLanguage() const { return m_value; }
+    void setLanguage(KxSipText language) { setTokenText(language); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAcceptLanguageHeader";

@@ -12,12 +12,13 @@ class KxSipAddressHeader : public Base {
 public:
     /** The name-address itself, shared; never nil, and empty in a wildcard Contact. */
     const KxHandle<KxSipNameAddress>& getNameAddress() const { return m_nameAddress; }
+    /** Holds a copy; nil gives an empty name-address. The parameters of the header stay. */
+    void setNameAddress(const KxHandle<KxSipNameAddress>& address) { m_nameAddress = copyOf(address); }
 
 protected:
     KxSipAddressHeader() = default;
     /** Holds a copy; nil gives an empty one. */
-    explicit KxSipAddressHeader(const KxHandle<KxSipNameAddress>& address)
-        : m_nameAddress(address.isNil() ? new KxSipNameAddress : address->clone()) {}
+    explicit KxSipAddressHeader(const KxHandle<KxSipNameAddress>& address) : m_nameAddress(copyOf(address)) {}
     /** Wraps a copy of the URL, without a display name. */
     explicit KxSipAddressHeader(const KxHandle<KxSipURL>& url)
         : m_nameAddress(new KxSipNameAddress(KxString(""), url)) {}
@@ -44,6 +45,9 @@ protected:
 private:
     friend class KxSipHeaderOf<H>;
 
+    static KxHandle<KxSipNameAddress> copyOf(const KxHandle<KxSipNameAddress>& address) {
+        return KxHandle<KxSipNameAddress>(address.isNil() ? new KxSipNameAddress : address->clone());
+    }
     void serializeValue(KxOutputStream& out) const { serializeAddress(out); }
 };
 

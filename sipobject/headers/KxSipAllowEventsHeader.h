@@ -12,6 +12,7 @@ public:
     explicit KxSipAllowEventsHeader(KxSipText event) : KxSipTokenHeader(event) {}
 
     const KxString& getEvent() const { return m_value; }
+    void setEvent(KxSipText event) { setTokenText(event); }
 
     static const KxConstString sToken;
     static const KxConstString sRFCCompactToken;

@@ -12,6 +12,7 @@ public:
     explicit KxSipAllowHeader(KxSipText method) : KxSipTokenHeader(method) {}
 
     const KxString& getMethod() const { return m_value; }
+    void setMethod(KxSipText method) { setTokenText(method); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAllowHeader";

@@ -18,12 +18,18 @@ public:
 
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
-    /** These are nil when absent. */
+    /** The getters return nil for what is absent. The setters throw KxSipParseError if the text is empty or contains CR,
+        LF or NUL; it has no quotes around it. */
     KxString getNextnonce() const { return m_parameters.getValue("nextnonce"); }
+    void setNextnonce(KxSipText nonce) { setProperty("nextnonce", nonce); }
     KxString getRspauth() const { return m_parameters.getValue("rspauth"); }
+    void setRspauth(KxSipText response) { setProperty("rspauth", response); }
     KxString getQop() const { return m_parameters.getValue("qop"); }
+    void setQop(KxSipText qop) { setProperty("qop", qop); }
     KxString getNc() const { return m_parameters.getValue("nc"); }
+    void setNc(KxSipText count) { setProperty("nc", count); }
     KxString getCnonce() const { return m_parameters.getValue("cnonce"); }
+    void setCnonce(KxSipText nonce) { setProperty("cnonce", nonce); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAuthenticationInfoHeader";
@@ -32,6 +38,9 @@ public:
 private:
     friend class KxSipHeaderOf<KxSipAuthenticationInfoHeader>;
 
+    void setProperty(std::string_view name, KxSipText value) {
+        m_parameters.write().setValue(name, value.needed(name));
+    }
     KxSipFault parseValue(KxSipLine& line);
     void writeAll(KxOutputStream& out) const;
     void serializeValue(KxOutputStream& out) const;

@@ -12,6 +12,8 @@ public:
     explicit KxSipCallIdHeader(KxSipStdText callId) : KxSipCallIdHeader(callId.needed("Call-ID")) {}
 
     const KxString& getCallId() const { return m_callId; }
+    /** Throws KxSipParseError if the text is empty or contains CR, LF or NUL. */
+    void setCallId(KxSipAnyText callId) { m_callId = callId.needed("Call-ID"); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;

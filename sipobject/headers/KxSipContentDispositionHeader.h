@@ -15,10 +15,16 @@ public:
 
     /** "session", "render", "icon", "alert" or another. */
     const KxString& getType() const { return m_value; }
+    void setType(KxSipText type) { setTokenText(type); }
+    /** Whether the type is this one. Letter case is ignored. */
+    [[nodiscard]] bool isType(KxSipText type) const { return isTokenText(type); }
     /** "required" or "optional"; nil when absent, which means "required". */
     KxString getHandling() const { return getParameter("handling"); }
     void setHandling(const KxString& handling) { setParameter("handling", handling); }
     void setHandling(KxSipStdText handling) { setHandling(handling.line()); }
+    /** Whether a recipient that can't process the body has to refuse the message: always, except for "optional" in any
+        letter case. [RFC 3261 20.11] */
+    [[nodiscard]] bool isHandlingRequired() const { return !getHandling().equalsNoCase("optional"); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipContentDispositionHeader";

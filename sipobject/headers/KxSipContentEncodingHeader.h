@@ -11,6 +11,7 @@ public:
     explicit KxSipContentEncodingHeader(KxSipText coding) : KxSipTokenHeader(coding) {}
 
     const KxString& getContentEncoding() const { return m_value; }
+    void setContentEncoding(KxSipText coding) { setTokenText(coding); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;

@@ -15,6 +15,8 @@ public:
     explicit KxSipContentTypeHeader(const char* mediaType) { setMediaType(mediaType); }
     explicit KxSipContentTypeHeader(KxSipText mediaType) { setMediaType(mediaType.needed("media type")); }
 
+    using KxSipMediaTypeHeader::setMediaType;
+
     static const KxConstString sToken;
     static const KxConstString sCompactToken;
     static constexpr char kClassName[] = "KxSipContentTypeHeader";

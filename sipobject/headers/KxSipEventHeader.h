@@ -14,6 +14,7 @@ public:
     explicit KxSipEventHeader(KxSipText event) : KxSipTokenHeader(event) {}
 
     const KxString& getEvent() const { return m_value; }
+    void setEvent(KxSipText event) { setTokenText(event); }
     /** Nil when absent. */
     KxString getId() const { return getParameter("id"); }
     void setId(const KxString& id) { setParameter("id", id); }

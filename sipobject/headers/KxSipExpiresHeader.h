@@ -19,14 +19,18 @@ public:
     template <std::integral Number>
     explicit KxSipExpiresHeader(Number deltaSeconds) : KxSipExpiresHeader(static_cast<std::uint32_t>(deltaSeconds)) {}
     /** Sets a date; null reads as empty. */
-    explicit KxSipExpiresHeader(const char* date) { setDate(date == nullptr ? "" : date); }
-    explicit KxSipExpiresHeader(KxSipText date) { setDate(date.needed("date").view()); }
+    explicit KxSipExpiresHeader(const char* date) { readDate(date == nullptr ? "" : date); }
+    explicit KxSipExpiresHeader(KxSipText date) { readDate(date.needed("date").view()); }
 
     /** Whether the value is a date. */
     bool isSipDate() const { return m_isDate; }
     const KxDate& getDate() const { return m_date; }
+    /** Makes the value a date, which the RFC grammar does not read. */
+    void setDate(const KxDate& date);
     /** 0 when the value is a date. */
     std::uint32_t getDeltaSeconds() const { return m_deltaSeconds; }
+    /** Makes the value a number of seconds. */
+    void setDeltaSeconds(std::uint32_t seconds);
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipExpiresHeader";
@@ -36,7 +40,7 @@ private:
     friend class KxSipHeaderOf<KxSipExpiresHeader>;
 
     KxSipExpiresHeader() = default;
-    void setDate(std::string_view text);
+    void readDate(std::string_view text);
     KxSipFault parseSeconds(KxSipLine& line, bool& taken);
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;

@@ -12,6 +12,7 @@ public:
     explicit KxSipInReplyToHeader(KxSipText callId) : KxSipTokenHeader(callId) {}
 
     const KxString& getCallId() const { return m_value; }
+    void setCallId(KxSipAnyText callId) { setTokenText(callId); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipInReplyToHeader";

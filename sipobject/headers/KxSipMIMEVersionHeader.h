@@ -16,6 +16,10 @@ public:
     std::uint32_t getVersionHigh() const { return m_high; }
     /** The number after the point. */
     std::uint32_t getVersionLow() const { return m_low; }
+    void setVersion(std::uint32_t high, std::uint32_t low) {
+        m_high = high;
+        m_low = low;
+    }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipMIMEVersionHeader";

@@ -11,6 +11,20 @@ class KxSipMediaTypeHeader : public Base {
 public:
     const KxString& getType() const { return m_type; }
     const KxString& getSubType() const { return m_subType; }
+    /** The parameters stay. Replaces a value that was kept as text, too. Throws KxSipParseError if a text is empty or
+        contains CR, LF or NUL; the header is then unchanged. */
+    void setMediaType(KxSipAnyText type, KxSipAnyText subType) {
+        KxString newType = type.needed("media type");
+        m_subType = subType.needed("media subtype");
+        m_type = std::move(newType);
+        if constexpr (requires { this->forgetText(); }) {
+            this->forgetText();
+        }
+    }
+    /** Whether type and subtype are these. Letter case is ignored, and the parameters are. [RFC 3261 7.3.1] */
+    [[nodiscard]] bool isMediaType(KxSipText type, KxSipText subType) const {
+        return !m_type.empty() && m_type.equalsNoCase(type.view()) && m_subType.equalsNoCase(subType.view());
+    }
     /** Type, "/" and subtype, as a new string. */
     [[nodiscard]] KxString getMediaType() const {
         KxString text(

@@ -1,5 +1,7 @@
 #include "sipobject/headers/KxSipNumberText.h"
 
+#include "sipobject/headers/KxSipDecimal.h"
+
 #include <algorithm>
 
 KxSipFault KxSipNumberText::sRead(KxSipLine& line, std::uint32_t most, std::uint32_t& number, const char* otherwise) {
@@ -18,4 +20,15 @@ KxSipFault KxSipNumberText::sRead(KxSipLine& line, std::uint32_t most, std::uint
     line.consume(count);
     number = static_cast<std::uint32_t>(read);
     return {};
+}
+
+std::optional<std::uint32_t> KxSipNumberText::sSeconds(std::string_view text) {
+    const std::optional<std::uint64_t> number =
+        text.find('.') == std::string_view::npos ? KxSipDecimal::sRead(text, 0) : std::nullopt;
+    return number ? std::optional(static_cast<std::uint32_t>(std::min<std::uint64_t>(*number, UINT32_MAX)))
+                  : std::nullopt;
+}
+
+KxString KxSipNumberText::sText(std::uint32_t number) {
+    return KxSipDecimal::sWrite(number, 0);
 }

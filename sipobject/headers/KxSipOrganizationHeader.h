@@ -11,6 +11,7 @@ public:
     explicit KxSipOrganizationHeader(KxSipStdText organization) : KxSipTextHeader(organization.line()) {}
 
     const KxString& getOrganization() const { return m_text; }
+    void setOrganization(KxSipText organization) { m_text = organization.line(); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipOrganizationHeader";

@@ -3,6 +3,7 @@
 #include "sipobject/KxSipGrammar.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 #include "sipobject/headers/KxSipParameterText.h"
+#include "sipobject/headers/KxSipQValue.h"
 #include "util/KxSharedParameters.h"
 #include "util/KxStreamTokenizer.h"
 
@@ -54,4 +55,16 @@ public:
     void setQValue(const KxString& q) { this->setParameter("q", q); }
     void setQValue(KxSipStdText q) { setQValue(q.line()); }
     void removeQValue() { this->removeParameter("q"); }
+    /** The preference in thousandths, 0 to 1000: 1000 when absent. None if it is not a qvalue, or if the value was kept as
+        text and no q was set since. [RFC 3261 25.1] */
+    [[nodiscard]] std::optional<std::uint32_t> getQValueInThousandths() const {
+        if constexpr (requires { this->getText(); }) {
+            if (!this->getText().empty() && !this->isParameterPresent("q")) {
+                return std::nullopt;
+            }
+        }
+        return KxSipQValue::sOf(this->m_parameters);
+    }
+    /** Writes the shortest form: 500 is "0.5". Throws KxSipParseError "Invalid q value" above 1000. */
+    void setQValueInThousandths(std::uint32_t q) { setQValue(KxSipQValue::sWrite(q)); }
 };

@@ -15,6 +15,11 @@ public:
 
     /** "emergency", "urgent", "normal", "non-urgent" or another; empty if the value was kept as text. */
     const KxString& getPriority() const { return m_value; }
+    /** Replaces a value that was kept as text, too. */
+    void setPriority(KxSipText priority) { setTokenText(priority); }
+    /** Whether the priority is this one. Letter case is ignored. */
+    [[nodiscard]] bool isPriority(KxSipText priority) const { return isTokenText(priority); }
+    [[nodiscard]] bool isEmergency() const { return isPriority("emergency"); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipPriorityHeader";

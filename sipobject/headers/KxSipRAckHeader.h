@@ -16,9 +16,13 @@ public:
 
     /** The RSeq number of the response. */
     std::uint32_t getResponseNumber() const { return m_responseNumber; }
+    void setResponseNumber(std::uint32_t number) { m_responseNumber = number; }
     /** The CSeq number of the response. */
     std::uint32_t getSeqNumber() const { return m_seqNumber; }
+    void setSeqNumber(std::uint32_t number) { m_seqNumber = number; }
     const KxString& getMethod() const { return m_method; }
+    /** Throws KxSipParseError if the text is empty or contains CR, LF or NUL. */
+    void setMethod(KxSipText method) { m_method = method.needed("method"); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRAckHeader";

@@ -11,6 +11,7 @@ public:
     KxSipRSeqHeader() = default;
 
     std::uint32_t getResponseNumber() const { return m_number; }
+    void setResponseNumber(std::uint32_t number) { m_number = number; }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRSeqHeader";

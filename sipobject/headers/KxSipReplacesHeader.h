@@ -24,6 +24,12 @@ public:
     KxString getToTag() const { return m_parameters.getValue(sToTag); }
     void setToTag(const KxString& tag) { setParameter(sToTag, tag); }
     void setToTag(KxSipStdText tag) { setToTag(tag.needed(sToTag)); }
+    /** Whether the dialog may be replaced only before it is confirmed. [RFC 3891 6.1] */
+    [[nodiscard]] bool isEarlyOnly() const { return isParameterPresent(sEarlyOnly); }
+    void setEarlyOnly(bool isEarlyOnly);
+    /** Nil when absent. */
+    KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
+    [[nodiscard]] bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
     void setParameter(std::string_view name, KxSipStdText value) {
         setParameter(KxSipText(name).checked().view(), value.line());
@@ -31,6 +37,7 @@ public:
 
     static constexpr const char* sToTag = "to-tag";
     static constexpr const char* sFromTag = "from-tag";
+    static constexpr const char* sEarlyOnly = "early-only";
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipReplacesHeader";
     static constexpr HeaderID kHeaderID = KxHeaderIDs::kReplaces;

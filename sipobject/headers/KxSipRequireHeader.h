@@ -11,6 +11,7 @@ public:
     explicit KxSipRequireHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
+    void setOptionTag(KxSipText optionTag) { setTokenText(optionTag); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRequireHeader";

@@ -13,6 +13,8 @@ public:
     explicit KxSipResponseKeyHeader(KxSipStdText scheme) : KxSipResponseKeyHeader(scheme.needed("scheme")) {}
 
     const KxString& getScheme() const { return m_scheme; }
+    /** Throws KxSipParseError if the text is empty or contains CR, LF or NUL. */
+    void setScheme(KxSipText scheme) { m_scheme = scheme.needed("scheme"); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipResponseKeyHeader";

@@ -4,6 +4,8 @@
 #include "sipobject/headers/KxSipParameterHeader.h"
 #include "sipobject/headers/KxSipTextKeepingHeader.h"
 
+#include <optional>
+
 /** Retry-After: the number of seconds after which the service or the callee should be available again.
     Retry-After = "Retry-After" HCOLON delta-seconds [ comment ] *( SEMI retry-param )   [RFC 3261 20.33]
     A value that does not begin with a digit, such as a date, is kept as text, including commas. Comments may be nested
@@ -35,6 +37,11 @@ public:
     KxString getDuration() const { return getParameter("duration"); }
     void setDuration(const KxString& seconds) { setParameter("duration", seconds); }
     void setDuration(KxSipStdText seconds) { setDuration(seconds.line()); }
+    /** The same as a number, at most 4294967295; none when absent or not a number. */
+    [[nodiscard]] std::optional<std::uint32_t> getDurationInSeconds() const {
+        return KxSipNumberText::sSeconds(getDuration());
+    }
+    void setDurationInSeconds(std::uint32_t seconds);
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRetryAfterHeader";

@@ -11,6 +11,7 @@ public:
     explicit KxSipServerHeader(KxSipStdText server) : KxSipTextHeader(server.line()) {}
 
     const KxString& getServer() const { return m_text; }
+    void setServer(KxSipText server) { m_text = server.line(); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipServerHeader";

@@ -15,6 +15,7 @@ public:
     explicit KxSipSessionHeader(KxSipText type) : KxSipTokenHeader(type) {}
 
     const KxString& getType() const { return m_value; }
+    void setType(KxSipText type) { setTokenText(type); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipSessionHeader";

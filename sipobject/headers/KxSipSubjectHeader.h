@@ -11,6 +11,7 @@ public:
     explicit KxSipSubjectHeader(KxSipStdText subject) : KxSipTextHeader(subject.line()) {}
 
     const KxString& getSubject() const { return m_text; }
+    void setSubject(KxSipText subject) { m_text = subject.line(); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;

@@ -12,6 +12,7 @@ public:
     explicit KxSipSupportedHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
+    void setOptionTag(KxSipText optionTag) { setTokenText(optionTag); }
 
     static const KxConstString sToken;
     static const KxConstString sCompactToken;

@@ -2,6 +2,9 @@
 
 #include "sipobject/headers/KxSipHeaderOf.h"
 
+#include <cstdint>
+#include <optional>
+
 /** Timestamp: when the request was sent, by the sender's clock, and the delay before it was answered.
     Timestamp = "Timestamp" HCOLON 1*(DIGIT) [ "." *(DIGIT) ] [ LWS delay ]   [RFC 3261 20.38]
     delay = *(DIGIT) [ "." *(DIGIT) ]
@@ -15,12 +18,24 @@ public:
     requires(KxSipHasStdText<A, B>) explicit KxSipTimestampHeader(const A& timestamp, const B& delay = B())
         : KxSipTimestampHeader(KxSipAnyText(timestamp).needed("Timestamp"), KxSipAnyText(delay).line()) {}
 
+    /** A header with this time, without a delay. */
+    static KxHandle<KxSipTimestampHeader> sOfMicroseconds(std::uint64_t timestamp);
+
     const KxString& getTimestamp() const { return m_timestamp; }
+    /** Throws KxSipParseError if the text is empty or contains CR, LF or NUL. */
+    void setTimestamp(KxSipText timestamp) { m_timestamp = timestamp.needed("Timestamp"); }
+    /** The time in microseconds, without the digits after the sixth decimal place, at most 2^64 - 1. None if the text is
+        not a decimal number, which only an application can set. */
+    [[nodiscard]] std::optional<std::uint64_t> getTimestampInMicroseconds() const;
+    void setTimestampInMicroseconds(std::uint64_t timestamp);
     /** Empty when absent. */
     const KxString& getDelay() const { return m_delay; }
     /** Stored as given, unchecked; an empty text removes the delay. */
     void setDelay(const KxString& delay) { m_delay = delay; }
     void setDelay(KxSipStdText delay) { setDelay(delay.line()); }
+    /** As getTimestampInMicroseconds; none also when the delay is absent or has no digit. */
+    [[nodiscard]] std::optional<std::uint64_t> getDelayInMicroseconds() const;
+    void setDelayInMicroseconds(std::uint64_t delay);
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipTimestampHeader";

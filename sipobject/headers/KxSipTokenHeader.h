@@ -22,6 +22,17 @@ protected:
     explicit KxSipTokenHeader(KxSipText token) : m_value(token.neededIf(H::kEmptyError != nullptr, H::sToken)) {}
     KxSipTokenHeader(const KxSipTokenHeader&) = default;
 
+    /** Replaces the token, and a value that was kept as text. Classes make it public under the name of their getter.
+        Throws KxSipParseError for a text with CR, LF or NUL and, if the class refuses empty tokens, for an empty one. */
+    void setTokenText(KxSipText token) {
+        m_value = token.neededIf(H::kEmptyError != nullptr, H::sToken);
+        if constexpr (requires { this->forgetText(); }) {
+            this->forgetText();
+        }
+    }
+    /** Whether the token is this one, ignoring letter case; never if it is empty. [RFC 3261 7.3.1] */
+    bool isTokenText(KxSipText token) const { return !m_value.empty() && m_value.equalsNoCase(token.view()); }
+
     /** The characters that end an option tag: comma, blank, tab and line end. More lenient than RFC 3261 25.1. */
     static constexpr KxCharSet kOptionTagEnd{", \t\r\n"};
 

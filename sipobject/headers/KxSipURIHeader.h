@@ -21,6 +21,11 @@ class KxSipURIHeader : public KxSipParameterHeader<H, KxSipTextKeepingHeader<H>>
 public:
     /** The URI itself, shared; nil if the constructor was given nil or the value was kept as text. */
     const KxHandle<KxURI>& getURI() const { return m_URI; }
+    /** Holds a copy; nil stays nil. Replaces a value that was kept as text, too. The parameters stay. */
+    void setURI(const KxHandle<KxURI>& uri) {
+        m_URI = copyOf(uri);
+        this->forgetText();
+    }
     /** The URI as a SIP URL; nil if it is not one. */
     KxHandle<KxSipURL> getURL() const {
         const bool isURL = !m_URI.isNil() && m_URI->isSipURL();

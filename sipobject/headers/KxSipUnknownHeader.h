@@ -19,6 +19,8 @@ public:
     const KxString& getExpandedToken() const override { return m_name; }
 
     const KxString& getValue() const { return m_value; }
+    /** Throws KxSipParseError if the text contains CR, LF or NUL. */
+    void setValue(KxSipText value) { m_value = value.line(); }
 
 protected:
     void doParse(KxInputStream& in) override;

@@ -12,6 +12,7 @@ public:
     explicit KxSipUnsupportedHeader(KxSipText optionTag) : KxSipTokenHeader(optionTag) {}
 
     const KxString& getOptionTag() const { return m_value; }
+    void setOptionTag(KxSipText optionTag) { setTokenText(optionTag); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipUnsupportedHeader";

@@ -11,6 +11,7 @@ public:
     explicit KxSipUserAgentHeader(KxSipStdText userAgent) : KxSipTextHeader(userAgent.line()) {}
 
     const KxString& getUserAgent() const { return m_text; }
+    void setUserAgent(KxSipText userAgent) { m_text = userAgent.line(); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipUserAgentHeader";

@@ -73,10 +73,12 @@ public:
         there; and the port as the value of "rport", if that is there. [RFC 3261 18.2.1, RFC 3581 4] */
     void setSource(KxSipText address, std::uint32_t port);
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
+    [[nodiscard]] bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }
     void setParameter(std::string_view name, const KxString& value) { m_parameters.write().setValue(name, value); }
     void setParameter(std::string_view name, KxSipStdText value) {
         setParameter(KxSipText(name).checked().view(), value.line());
     }
+    void removeParameter(std::string_view name) { m_parameters.removeValue(name); }
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
 

@@ -20,10 +20,14 @@ public:
 
     /** Should be 300 to 399; not checked. */
     std::uint32_t getCode() const { return m_code; }
+    void setCode(std::uint32_t code) { m_code = code; }
     /** The host, with its port, or the pseudonym of the server that added the warning. */
     const KxString& getAgent() const { return m_agent; }
+    /** This and setText throw KxSipParseError if the text contains CR, LF or NUL. */
+    void setAgent(KxSipText agent) { m_agent = agent.line(); }
     /** The text without quotes and escapes. */
     const KxString& getText() const { return m_text; }
+    void setText(KxSipText text) { m_text = text.line(); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipWarningHeader";
