@@ -20,6 +20,10 @@ public:
 
     /** Nil if the URI is no SIP URL; see getNameAddress for others, such as tel. */
     KxHandle<KxSipURL> getURL() const { return this->getSipURL(); }
+    /** Holds a copy of another name-address; nil gives an empty one. */
+    void setNameAddress(const KxHandle<KxSipNameAddress>& address) {
+        this->m_nameAddress = KxHandle<KxSipNameAddress>(address.isNil() ? new KxSipNameAddress : address->clone());
+    }
     /** Without quotes and escapes; empty if there is none. */
     KxString getDisplayText() const { return KxSipParameterValue::sText(this->m_nameAddress->getDisplayName()); }
 

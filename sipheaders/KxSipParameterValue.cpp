@@ -1,5 +1,6 @@
 #include "sipheaders/KxSipParameterValue.h"
 
+#include "sipobject/KxSipLine.h"
 #include "util/KxAscii.h"
 #include "util/KxCharSet.h"
 
@@ -39,8 +40,29 @@ KxString KxSipParameterValue::sQuoted(KxSipText text) {
 }
 
 KxString KxSipParameterValue::sTokenOrQuoted(KxSipText text) {
-    const std::string_view view = text.view();
-    return view.empty() || std::any_of(view.begin(), view.end(), isNoTokenChar) ? sQuoted(text) : text.line();
+    return sIsToken(text.view()) ? text.line() : sQuoted(text);
+}
+
+bool KxSipParameterValue::sIsToken(std::string_view text) {
+    return !text.empty() && std::none_of(text.begin(), text.end(), isNoTokenChar);
+}
+
+std::string_view KxSipParameterValue::sTake(KxSipLine& line) {
+    static constexpr KxCharSet kEnd{" \t\r\n,;\"<>"};
+    line.skipSpace();
+    if (line.peek() != '"') {
+        return line.until(kEnd);
+    }
+    const std::string_view text = line.window();
+    std::size_t end = text.find_first_of("\"\\\r\n", 1);
+    while (end < text.size() && text[end] == '\\') {
+        end = text.find_first_of("\"\\\r\n", end + 2);
+    }
+    if (end >= text.size() || text[end] != '"') {
+        return {};
+    }
+    line.consume(end + 1);
+    return text.substr(0, end + 1);
 }
 
 std::optional<std::uint32_t> KxSipParameterValue::sNumber(const KxString& value) {

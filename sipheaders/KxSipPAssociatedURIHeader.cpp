@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipPAssociatedURIHeader.h"
+
+constinit const KxConstString KxSipPAssociatedURIHeader::sToken{"P-Associated-URI"};
+
+const HeaderID KxSipPAssociatedURIHeader::kHeaderID = KxSipHeader::sNewHeaderID();

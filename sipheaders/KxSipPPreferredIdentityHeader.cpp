@@ -1,0 +1,5 @@
+#include "sipheaders/KxSipPPreferredIdentityHeader.h"
+
+constinit const KxConstString KxSipPPreferredIdentityHeader::sToken{"P-Preferred-Identity"};
+
+const HeaderID KxSipPPreferredIdentityHeader::kHeaderID = KxSipHeader::sNewHeaderID();
