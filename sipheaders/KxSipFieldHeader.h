@@ -1,8 +1,6 @@
 #pragma once
 
-#include "sipheaders/KxSipParameterValue.h"
-#include "sipheaders/KxSipReceivedHeader.h"
-#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipheaders/KxSipTextParameterHeader.h"
 #include "sipobject/headers/KxSipTokenHeader.h"
 
 /** The headers whose value is a token with parameters: token *( SEMI generic-param ). A class H defines the error for a
@@ -10,8 +8,8 @@
 
         static constexpr const char* kEmptyError = "..."; */
 template <class H>
-class KxSipFieldHeader : public KxSipTokenHeader<H, KxSipParameterHeader<H, KxSipReceivedHeader<H>>> {
-    using Base = KxSipTokenHeader<H, KxSipParameterHeader<H, KxSipReceivedHeader<H>>>;
+class KxSipFieldHeader : public KxSipTokenHeader<H, KxSipTextParameterHeader<H>> {
+    using Base = KxSipTokenHeader<H, KxSipTextParameterHeader<H>>;
 
 public:
     static constexpr const KxCharSet& kTokenEnd = KxSipHeader::sDelimeters;

@@ -8,10 +8,11 @@
 constinit const KxConstString KxSipIdentityHeader::sToken{"Identity"};
 constinit const KxConstString KxSipIdentityHeader::sRFCCompactToken{"y"};
 
-const HeaderID KxSipIdentityHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::Alone);
+const HeaderID KxSipIdentityHeader::kHeaderID = KxSipHeader::sNewHeaderID();
 
 namespace {
 
+constexpr std::string_view kInfoEnd(" \t\r\n\"<>\0", 8); ///< What can't be in brackets.
 constexpr KxSipFault kInvalidIdentity{"Invalid Identity header"};
 
 bool isPassport(std::string_view text) {
@@ -21,15 +22,11 @@ bool isPassport(std::string_view text) {
     });
 }
 
-bool isBracketText(std::string_view text) {
-    return !text.empty() && text.find_first_of(std::string_view(" \t\r\n\"<>\0", 8)) == std::string_view::npos;
-}
-
 /** Takes a value in brackets, with these; empty if there is none. */
-std::string_view takeBrackets(KxSipLine& line) {
+std::string_view takeInfoURI(KxSipLine& line) {
     const std::string_view text = line.window();
-    const std::size_t end = text.find('>');
-    if (end == std::string_view::npos || !isBracketText(text.substr(1, end - 1))) {
+    const std::size_t end = text.find_first_of(kInfoEnd, 1);
+    if (end == std::string_view::npos || end == 1 || text[end] != '>') {
         return {};
     }
     line.consume(end + 1);
@@ -70,7 +67,7 @@ KxString KxSipIdentityHeader::getInfo() const {
 }
 
 void KxSipIdentityHeader::setInfo(KxSipText uri) {
-    if (!isBracketText(uri.view())) {
+    if (uri.isNone() || uri.view().find_first_of(kInfoEnd) != std::string_view::npos) {
         kInvalidIdentity.raise();
     }
     setParameter("info", KxString(std::string("<").append(uri.view()).append(">")));
@@ -85,8 +82,9 @@ bool KxSipIdentityHeader::sReadParameter(KxSipLine& line, KxParameters& paramete
     std::string_view value;
     if (KxStreamTokenizer::sDiscardWhite(line) == '=') {
         line.consume(1);
-        value = KxStreamTokenizer::sDiscardWhite(line) == '<' ? takeBrackets(line) : KxSipParameterValue::sTake(line);
-        if (value.empty()) {
+        const int first = KxStreamTokenizer::sDiscardWhite(line);
+        value = first == '<' ? takeInfoURI(line) : KxSipParameterValue::sTake(line);
+        if (value.empty() && (first == '<' || first == '"')) {
             return false;
         }
     }

@@ -1,20 +1,18 @@
 #pragma once
 
-#include "sipheaders/KxSipParameterValue.h"
-#include "sipheaders/KxSipReceivedHeader.h"
-#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipheaders/KxSipTextParameterHeader.h"
 
 #include <string>
 
-/** Identity: a signed token (PASSporT) that proves who calls, and where the certificate of the signer is.
+/** Identity: a signed token (PASSporT) that proves who calls, and where the certificate of the signer is. One object
+    per token.
     Identity = ( "Identity" / "y" ) HCOLON signed-identity-digest SEMI ident-info *(SEMI ident-info-params) [RFC 8224 4]
     signed-identity-digest = 1*(base64-char / ".")
     ident-info = "info" EQUAL LAQUOT absoluteURI RAQUOT
     ident-info-params = "alg" EQUAL token / "ppt" EQUAL token / generic-param
-    The characters of base64 and of base64url are read. The parameters may be in any order, and info absent or without
-    brackets.      "Identity: eyJh.eyJk.sig ;info=<https://h/c;1>;ppt="shaken"" -> the same */
-class KX_HEADERS_API KxSipIdentityHeader final
-    : public KxSipParameterHeader<KxSipIdentityHeader, KxSipReceivedHeader<KxSipIdentityHeader>> {
+    The characters of base64 and of base64url are read, and commas between values. The parameters may be in any order,
+    and info absent or without brackets.      "Identity: eyJh.eyJk.sig ;info=<https://h/c;1>;ppt="shaken"" -> the same */
+class KX_HEADERS_API KxSipIdentityHeader final : public KxSipTextParameterHeader<KxSipIdentityHeader> {
 public:
     /** As setPassport and setInfo. */
     KxSipIdentityHeader(KxSipText passport, KxSipText info) {
@@ -42,11 +40,11 @@ public:
     /** Throws KxSipParseError if the text is empty or can't be in "<>". */
     void setInfo(KxSipText uri);
     /** The signature algorithm; nil when absent, which means "ES256". */
-    KxString getAlgorithm() const { return KxSipParameterValue::sText(getParameter("alg")); }
-    void setAlgorithm(KxSipText algorithm) { setParameter("alg", KxSipParameterValue::sTokenOrQuoted(algorithm)); }
+    KxString getAlgorithm() const { return text("alg"); }
+    void setAlgorithm(KxSipText algorithm) { setText("alg", algorithm); }
     /** The type of the token ("ppt"), such as "shaken" or "div"; nil when absent. [RFC 8225 8] */
-    KxString getPassportType() const { return KxSipParameterValue::sText(getParameter("ppt")); }
-    void setPassportType(KxSipText type) { setParameter("ppt", KxSipParameterValue::sTokenOrQuoted(type)); }
+    KxString getPassportType() const { return text("ppt"); }
+    void setPassportType(KxSipText type) { setText("ppt", type); }
     [[nodiscard]] bool isPassportType(std::string_view type) const { return getPassportType().equalsNoCase(type); }
 
     static const KxConstString sToken;

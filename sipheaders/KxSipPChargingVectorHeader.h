@@ -1,8 +1,6 @@
 #pragma once
 
-#include "sipheaders/KxSipParameterValue.h"
-#include "sipheaders/KxSipReceivedHeader.h"
-#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipheaders/KxSipTextParameterHeader.h"
 
 /** P-Charging-Vector: identifies a call, and the networks it passes, for charging.
     P-Charging-Vector = "P-Charging-Vector" HCOLON icid-value *(SEMI charge-params)    [RFC 7315 5.6]
@@ -10,8 +8,7 @@
     charge-params = "icid-generated-at" EQUAL host / ( "orig-ioi" / "term-ioi" ) EQUAL gen-value /
                     "transit-ioi" EQUAL DQUOTE transit-ioi-param *(COMMA transit-ioi-param) DQUOTE / generic-param
     icid-value may be at any place.      "P-Charging-Vector: icid-value="1,2" ;orig-ioi=home1.net" -> the same */
-class KX_HEADERS_API KxSipPChargingVectorHeader final
-    : public KxSipParameterHeader<KxSipPChargingVectorHeader, KxSipReceivedHeader<KxSipPChargingVectorHeader>> {
+class KX_HEADERS_API KxSipPChargingVectorHeader final : public KxSipTextParameterHeader<KxSipPChargingVectorHeader> {
 public:
     explicit KxSipPChargingVectorHeader(KxSipText icid) { setICIDValue(icid); }
 
@@ -45,10 +42,6 @@ private:
     friend class KxSipHeaderOf<KxSipPChargingVectorHeader>;
 
     KxSipPChargingVectorHeader() = default;
-    KxString text(std::string_view name) const { return KxSipParameterValue::sText(getParameter(name)); }
-    void setText(std::string_view name, KxSipText value) {
-        setParameter(name, KxSipParameterValue::sTokenOrQuoted(value.needed(name)));
-    }
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const { out.writeAll(m_parameters.getString()); }
 };

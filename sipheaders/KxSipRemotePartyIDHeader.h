@@ -14,22 +14,21 @@ public:
     using KxSipAddressFieldHeader::KxSipAddressFieldHeader;
 
     /** "calling", "called" or another; nil when absent: the caller in a request, the callee in a response. */
-    KxString getParty() const { return KxSipParameterValue::sText(getParameter("party")); }
-    void setParty(KxSipText party) { setParameter("party", KxSipParameterValue::sTokenOrQuoted(party)); }
+    KxString getParty() const { return text("party"); }
+    /** As all setters, throws KxSipParseError if the text is empty or has a line end. */
+    void setParty(KxSipText party) { setText("party", party); }
     [[nodiscard]] bool isParty(std::string_view party) const { return getParty().equalsNoCase(party); }
     /** What the URI identifies: "subscriber", "user", "term" or another; nil when absent. */
-    KxString getIDType() const { return KxSipParameterValue::sText(getParameter("id-type")); }
-    void setIDType(KxSipText type) { setParameter("id-type", KxSipParameterValue::sTokenOrQuoted(type)); }
+    KxString getIDType() const { return text("id-type"); }
+    void setIDType(KxSipText type) { setText("id-type", type); }
     /** What is to be hidden: "full", "name", "uri" or "off", with "-network" for the network only; nil when absent,
         which means "off". */
-    KxString getPrivacy() const { return KxSipParameterValue::sText(getParameter("privacy")); }
-    void setPrivacy(KxSipText privacy) { setParameter("privacy", KxSipParameterValue::sTokenOrQuoted(privacy)); }
+    KxString getPrivacy() const { return text("privacy"); }
+    void setPrivacy(KxSipText privacy) { setText("privacy", privacy); }
     /** Whether anything is to be hidden. */
     [[nodiscard]] bool isPrivate() const;
     /** Whether a proxy has verified who the party is. */
-    [[nodiscard]] bool isScreened() const {
-        return KxSipParameterValue::sText(getParameter("screen")).equalsNoCase("yes");
-    }
+    [[nodiscard]] bool isScreened() const { return text("screen").equalsNoCase("yes"); }
     void setScreened(bool isScreened) { setParameter("screen", KxString(isScreened ? "yes" : "no")); }
 
     static const KxConstString sToken;
@@ -40,4 +39,8 @@ private:
     friend class KxSipHeaderOf<KxSipRemotePartyIDHeader>;
 
     KxSipRemotePartyIDHeader() = default;
+    KxString text(std::string_view name) const { return KxSipParameterValue::sText(getParameter(name)); }
+    void setText(std::string_view name, KxSipText value) {
+        setParameter(name, KxSipParameterValue::sTokenOrQuoted(value.needed(name)));
+    }
 };

@@ -10,7 +10,8 @@
                       generic-param
     The mechanism "ipsec-3gpp" has the parameters alg, ealg, prot, mod, spi-c, spi-s, port-c and port-s, in which c is the
     side of the client and s that of the server. [3GPP TS 33.203 Annex H]
-    Texts are without quotes and escapes, and nil when absent; numbers are none when absent or no number. */
+    Texts are without quotes and escapes, and nil when absent; numbers are none when absent or no number. Setters throw
+    KxSipParseError for an empty text or a line end. */
 template <class H>
 class KxSipSecurityHeader : public KxSipFieldHeader<H> {
 public:
@@ -26,49 +27,37 @@ public:
     /** Throws KxSipParseError for more than 1000. */
     void setPreference(std::uint32_t thousandths) { this->setParameter("q", KxSipQValue::sOf(thousandths)); }
 
-    KxString getDigestAlgorithm() const { return text("d-alg"); }
-    void setDigestAlgorithm(KxSipText algorithm) { setText("d-alg", algorithm); }
-    KxString getDigestQop() const { return text("d-qop"); }
-    void setDigestQop(KxSipText qop) { setText("d-qop", qop); }
+    KxString getDigestAlgorithm() const { return this->text("d-alg"); }
+    void setDigestAlgorithm(KxSipText algorithm) { this->setText("d-alg", algorithm); }
+    KxString getDigestQop() const { return this->text("d-qop"); }
+    void setDigestQop(KxSipText qop) { this->setText("d-qop", qop); }
     /** The digest over the Security-Server header: 32 hexadecimal digits. */
-    KxString getDigestVerify() const { return text("d-ver"); }
+    KxString getDigestVerify() const { return this->text("d-ver"); }
     void setDigestVerify(KxSipText digest) { this->setParameter("d-ver", KxSipParameterValue::sQuoted(digest)); }
 
     /** The integrity algorithm, such as "hmac-sha-1-96". */
-    KxString getAlgorithm() const { return text("alg"); }
-    void setAlgorithm(KxSipText algorithm) { setText("alg", algorithm); }
+    KxString getAlgorithm() const { return this->text("alg"); }
+    void setAlgorithm(KxSipText algorithm) { this->setText("alg", algorithm); }
     /** The encryption algorithm, such as "aes-cbc". */
-    KxString getEncryptionAlgorithm() const { return text("ealg"); }
-    void setEncryptionAlgorithm(KxSipText algorithm) { setText("ealg", algorithm); }
+    KxString getEncryptionAlgorithm() const { return this->text("ealg"); }
+    void setEncryptionAlgorithm(KxSipText algorithm) { this->setText("ealg", algorithm); }
     /** "esp" or "ah". */
-    KxString getProtocol() const { return text("prot"); }
-    void setProtocol(KxSipText protocol) { setText("prot", protocol); }
+    KxString getProtocol() const { return this->text("prot"); }
+    void setProtocol(KxSipText protocol) { this->setText("prot", protocol); }
     /** "trans", "tun" or "UDP-enc-tun". */
-    KxString getMode() const { return text("mod"); }
-    void setMode(KxSipText mode) { setText("mod", mode); }
+    KxString getMode() const { return this->text("mod"); }
+    void setMode(KxSipText mode) { this->setText("mod", mode); }
     /** The security parameter indexes and protected ports. */
-    std::optional<std::uint32_t> getClientSPI() const { return number("spi-c"); }
-    void setClientSPI(std::uint32_t spi) { setNumber("spi-c", spi); }
-    std::optional<std::uint32_t> getServerSPI() const { return number("spi-s"); }
-    void setServerSPI(std::uint32_t spi) { setNumber("spi-s", spi); }
-    std::optional<std::uint32_t> getClientPort() const { return number("port-c"); }
-    void setClientPort(std::uint16_t port) { setNumber("port-c", port); }
-    std::optional<std::uint32_t> getServerPort() const { return number("port-s"); }
-    void setServerPort(std::uint16_t port) { setNumber("port-s", port); }
+    std::optional<std::uint32_t> getClientSPI() const { return this->number("spi-c"); }
+    void setClientSPI(std::uint32_t spi) { this->setNumber("spi-c", spi); }
+    std::optional<std::uint32_t> getServerSPI() const { return this->number("spi-s"); }
+    void setServerSPI(std::uint32_t spi) { this->setNumber("spi-s", spi); }
+    std::optional<std::uint32_t> getClientPort() const { return this->number("port-c"); }
+    void setClientPort(std::uint16_t port) { this->setNumber("port-c", port); }
+    std::optional<std::uint32_t> getServerPort() const { return this->number("port-s"); }
+    void setServerPort(std::uint16_t port) { this->setNumber("port-s", port); }
 
 protected:
     KxSipSecurityHeader() = default;
     KxSipSecurityHeader(const KxSipSecurityHeader&) = default;
-
-private:
-    KxString text(std::string_view name) const { return KxSipParameterValue::sText(this->getParameter(name)); }
-    void setText(std::string_view name, KxSipText value) {
-        this->setParameter(name, KxSipParameterValue::sTokenOrQuoted(value));
-    }
-    std::optional<std::uint32_t> number(std::string_view name) const {
-        return KxSipParameterValue::sNumber(this->getParameter(name));
-    }
-    void setNumber(std::string_view name, std::uint32_t value) {
-        this->setParameter(name, KxSipParameterValue::sOfNumber(value));
-    }
 };

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "sipheaders/KxSipParameterValue.h"
-#include "sipheaders/KxSipReceivedHeader.h"
-#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipheaders/KxSipTextParameterHeader.h"
 
 /** Session-ID: identifies a call from end to end, across all back-to-back user agents.
     session-id = "Session-ID" HCOLON local-uuid *(SEMI sess-id-param)         [RFC 7989 5]
@@ -10,8 +8,7 @@
     local-uuid, remote-uuid: 32 digits "0" to "9" or "a" to "f", all of them "0" for none
     Capitals are read, too. Without "remote" it is the older form. [RFC 7329]
     "Session-ID: ab30317f1a784dc48ff824d0d3715d86 ;remote=00000000000000000000000000000000" -> the same */
-class KX_HEADERS_API KxSipSessionIDHeader final
-    : public KxSipParameterHeader<KxSipSessionIDHeader, KxSipReceivedHeader<KxSipSessionIDHeader>> {
+class KX_HEADERS_API KxSipSessionIDHeader final : public KxSipTextParameterHeader<KxSipSessionIDHeader> {
 public:
     /** As setLocalUUID; in the older form. */
     explicit KxSipSessionIDHeader(KxSipText local) { setLocalUUID(local); }
@@ -23,7 +20,7 @@ public:
     /** In lower case. Throws KxSipParseError if the text is not 32 hexadecimal digits. */
     void setLocalUUID(KxSipText uuid) { m_local = sChecked(uuid); }
     /** The UUID of the other end, as its sender wrote it; nil in the older form. */
-    KxString getRemoteUUID() const { return KxSipParameterValue::sText(getParameter("remote")); }
+    KxString getRemoteUUID() const { return text("remote"); }
     /** As setLocalUUID. */
     void setRemoteUUID(KxSipText uuid) { setParameter("remote", sChecked(uuid)); }
     /** Whether the UUID is known to be none. */

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "sipheaders/KxSipParameterValue.h"
-#include "sipheaders/KxSipReceivedHeader.h"
-#include "sipobject/headers/KxSipParameterHeader.h"
+#include "sipheaders/KxSipTextParameterHeader.h"
 
 #include <string>
 
@@ -13,8 +11,7 @@
     uui-param = ( "purpose" / "content" / "encoding" ) EQUAL ( token / quoted-string ) / generic-param
     Data without quotes may have any characters but white space, quotes, "<", ">", "," and ";".
     "User-to-User: 56a390f3;encoding=hex ;purpose=isdn-uui" -> the same */
-class KX_HEADERS_API KxSipUserToUserHeader final
-    : public KxSipParameterHeader<KxSipUserToUserHeader, KxSipReceivedHeader<KxSipUserToUserHeader>> {
+class KX_HEADERS_API KxSipUserToUserHeader final : public KxSipTextParameterHeader<KxSipUserToUserHeader> {
 public:
     /** As setData. */
     explicit KxSipUserToUserHeader(KxSipText data) { setData(data); }
@@ -33,15 +30,15 @@ public:
 
     /** The application that uses the data ("package"), such as "isdn-uui"; nil when absent, which means "isdn-uui".
         [RFC 7434] */
-    KxString getPurpose() const { return KxSipParameterValue::sText(getParameter("purpose")); }
-    void setPurpose(KxSipText purpose) { setParameter("purpose", KxSipParameterValue::sTokenOrQuoted(purpose)); }
+    KxString getPurpose() const { return text("purpose"); }
+    void setPurpose(KxSipText purpose) { setText("purpose", purpose); }
     [[nodiscard]] bool isPurpose(std::string_view name) const { return getPurpose().equalsNoCase(name); }
     /** What the application says the data is; nil when absent. */
-    KxString getContent() const { return KxSipParameterValue::sText(getParameter("content")); }
-    void setContent(KxSipText content) { setParameter("content", KxSipParameterValue::sTokenOrQuoted(content)); }
+    KxString getContent() const { return text("content"); }
+    void setContent(KxSipText content) { setText("content", content); }
     /** "hex" or another; nil when absent, which means "hex". [RFC 7434] */
-    KxString getEncoding() const { return KxSipParameterValue::sText(getParameter("encoding")); }
-    void setEncoding(KxSipText encoding) { setParameter("encoding", KxSipParameterValue::sTokenOrQuoted(encoding)); }
+    KxString getEncoding() const { return text("encoding"); }
+    void setEncoding(KxSipText encoding) { setText("encoding", encoding); }
     [[nodiscard]] bool isHex() const;
 
     static const KxConstString sToken;

@@ -42,16 +42,17 @@ TEST(IdentityHeaderTest, Reads) {
             {"Identity: eyJhIjoxfQ.eyJkZXN0Ijoie30ifQ.s-_ ; info = <https://h/c;1,2?a=\\> ;Alg=ES256;ppt=\"shaken\";x",
              "{\"a\":1}|{\"dest\":\"{}\"}|s-_|0|https://h/c;1,2?a=\\|ES256|shaken|1"},
             {"y: ..s+/=;ppt=div;info=https://h/c", "||s+/=|1|https://h/c||div|0"},
-            {"Identity: a.b.c.d;info=<h>", "-|-||0|h|||0"},
+            {"Identity: a.b.c.d;info=<h>;ppt=", "-|-||0|h|||0"},
             {"Identity: e!.b.c;info=<h>", "", invalid},
             {"Identity: a.b.c;info=<>", "", invalid},
             {"Identity: a.b.c;info=<h h>", "", invalid},
             {"Identity: a.b.c;info=<h", "", invalid},
             {"Identity: a.b.c;x=\"y", "", invalid},
             {"Identity: a.b.c;;x", "", invalid},
+            {"Identity: a.b.c;x=>", "", "KxSipParseError: SIP Header parse error : text after the value"},
             {"Identity: a.b.c;x=<y>z", "", "KxSipParseError: SIP Header parse error : text after the value"},
-            {"Identity: a.b.c;info=<h>, d.e.f;info=<h>", "",
-             "KxSipParseError: SIP Header parse error : text after the value"},
+            {"Identity: a.Z.c;info=<h,> , eyJ9.e30.f", "-|-|c|0|h,|||0 & {\"}|{}|f|0||||0",
+             "Identity: a.Z.c;info=<h,> & Identity: eyJ9.e30.f"},
         });
     EXPECT_EQ(readAs<KxSipIdentityHeader>("Identity: a.b.c")->getJOSEHeader(), std::nullopt);
 }

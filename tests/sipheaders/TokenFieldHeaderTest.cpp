@@ -28,7 +28,8 @@ TEST(PAccessNetworkInfoHeaderTest, Reads) {
          "3GPP-E-UTRAN-FDD|23415D0FCE11||||1 & IEEE-802.11||||0a|0",
          "P-Access-Network-Info: 3GPP-E-UTRAN-FDD; utran-cell-id-3gpp=23415D0FCE11;NP & P-Access-Network-Info: "
          "IEEE-802.11;i-wlan-node-id=0a"},
-        {"P-Access-Network-Info: 3GPP-GERAN;cgi-3gpp=\"2,3\";dsl-location=\"a;\\\"b\"", "3GPP-GERAN||2,3|a;\"b||0"},
+        {"P-Access-Network-Info: 3GPP-GERAN;network-provided;cgi-3gpp=\"2,3\";dsl-location=\"a;\\\"b\"",
+         "3GPP-GERAN||2,3|a;\"b||1"},
         {"P-Access-Network-Info: \"x\"", "", "KxSipParseError: Invalid P-Access-Network-Info header"},
     });
     const auto built = KxMake<H>("ADSL");
@@ -38,9 +39,11 @@ TEST(PAccessNetworkInfoHeaderTest, Reads) {
     built->setUTRANCellID("2");
     built->setWLANNodeID("3");
     built->setAccessType("xDSL");
-    EXPECT_EQ(linesOf(*built), "P-Access-Network-Info: xDSL;np;dsl-location=\"port 5\";cgi-3gpp=1;utran-cell-id-3gpp=2;"
-                               "i-wlan-node-id=3");
+    EXPECT_EQ(linesOf(*built),
+              "P-Access-Network-Info: xDSL;network-provided;dsl-location=\"port 5\";cgi-3gpp=1;utran-cell-id-3gpp=2;"
+              "i-wlan-node-id=3");
     EXPECT_TRUE(built->isAccessType("XDSL"));
+    built->setParameter("np", KxString(""));
     built->setNetworkProvided(false);
     EXPECT_FALSE(built->isNetworkProvided());
 }
