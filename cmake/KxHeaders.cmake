@@ -27,7 +27,6 @@ set(KX_PRIVATE_HEADERS
     sipobject/auth/KxSipPropertyWriter.h
     sipobject/auth/KxSipSchemeLine.h
     sipobject/auth/KxSipSha.h
-    sipobject/headers/KxSipDecimal.h
     sipobject/messages/KxSipMessageReader.h
     sipobject/messages/KxSipRequestLine.h
     sipobject/messages/KxSipRequestOutline.h

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "sipobject/headers/KxSipMediaRange.h"
 #include "sipobject/headers/KxSipMediaTypeHeader.h"
 #include "sipobject/headers/KxSipTextKeepingHeader.h"
-
-class KxSipContentTypeHeader;
 
 /** Accept: a media range that the sender accepts. One object per range; a comma-separated line becomes a chain.
     Accept = "Accept" HCOLON [ accept-range *(COMMA accept-range) ]           [RFC 3261 20.1]
@@ -18,14 +17,15 @@ public:
     KxSipAcceptHeader(const char* type, const char* subType) : KxSipMediaTypeHeader(type, subType) {}
     KxSipAcceptHeader(KxSipAnyText type, KxSipAnyText subType) : KxSipMediaTypeHeader(type, subType) {}
 
-    /** Whether the range includes a media type. Letter case is ignored. As subtype of the range, "*" means any, and as its
-        type too, if the subtype is "*". The parameters of the range before "q" must be those of the media type, which
-        may have others. Their values are compared without letter case and without quotes, except that two quoted
-        strings must be the same. A range that was kept as text includes nothing; one with "q=0" includes what is not
-        acceptable. [RFC 3261 20.1, RFC 2616 14.1] */
-    [[nodiscard]] bool matches(const KxSipContentTypeHeader& contentType) const;
+    /** Whether the range includes a media type, as KxSipMediaRange tells it. A range that was kept as text includes
+        nothing; one with "q=0" includes what is not acceptable. [RFC 3261 20.1] */
+    [[nodiscard]] bool matches(const KxSipContentTypeHeader& contentType) const {
+        return KxSipMediaRange(m_type, m_subType, m_parameters).includes(contentType);
+    }
     /** The same for a media type without parameters. */
-    [[nodiscard]] bool matches(KxSipText type, KxSipText subType) const;
+    [[nodiscard]] bool matches(KxSipText type, KxSipText subType) const {
+        return KxSipMediaRange(m_type, m_subType, m_parameters).includes(type.view(), subType.view());
+    }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipAcceptHeader";
@@ -37,5 +37,4 @@ private:
     friend class KxSipTextKeepingHeader<KxSipAcceptHeader>;
 
     KxSipAcceptHeader() = default;
-    bool includes(std::string_view type, std::string_view subType) const;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/SipApi.h"
 #include "util/KxString.h"
 
 #include <cstdint>
@@ -7,7 +8,7 @@
 #include <string_view>
 
 /** Decimal numbers, as whole numbers of the unit of their last place: with 3 places, "0.5" is 500. */
-class KxSipDecimal {
+class KX_SIP_API KxSipDecimal {
 public:
     KxSipDecimal() = delete;
 

@@ -19,18 +19,6 @@ constinit const KxConstString KxSipExpiresHeader::sToken{"Expires"};
 
 static const KxSipExpiresHeader::Registration s_registration;
 
-void KxSipExpiresHeader::setDate(const KxDate& date) {
-    m_date = date;
-    m_isDate = true;
-    m_deltaSeconds = 0;
-}
-
-void KxSipExpiresHeader::setDeltaSeconds(std::uint32_t seconds) {
-    m_date = KxDate();
-    m_isDate = false;
-    m_deltaSeconds = seconds;
-}
-
 void KxSipExpiresHeader::readDate(std::string_view text) {
     m_date.constructKxDate(text);
     m_isDate = true;

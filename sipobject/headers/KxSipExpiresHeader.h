@@ -26,11 +26,19 @@ public:
     bool isSipDate() const { return m_isDate; }
     const KxDate& getDate() const { return m_date; }
     /** Makes the value a date, which the RFC grammar does not read. */
-    void setDate(const KxDate& date);
+    void setDate(const KxDate& date) {
+        m_date = date;
+        m_isDate = true;
+        m_deltaSeconds = 0;
+    }
     /** 0 when the value is a date. */
     std::uint32_t getDeltaSeconds() const { return m_deltaSeconds; }
     /** Makes the value a number of seconds. */
-    void setDeltaSeconds(std::uint32_t seconds);
+    void setDeltaSeconds(std::uint32_t seconds) {
+        m_date = KxDate();
+        m_isDate = false;
+        m_deltaSeconds = seconds;
+    }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipExpiresHeader";

@@ -14,14 +14,6 @@ KxSipReplacesHeader::KxSipReplacesHeader(const KxString& callId, const KxString&
     setToTag(toTag);
 }
 
-void KxSipReplacesHeader::setEarlyOnly(bool isEarlyOnly) {
-    if (isEarlyOnly) {
-        setParameter(sEarlyOnly, KxString(""));
-    } else {
-        m_parameters.removeValue(sEarlyOnly);
-    }
-}
-
 KxSipFault KxSipReplacesHeader::parseValue(KxSipLine& line) {
     m_callId = KxString(KxAscii::trim(line.until<';'>()));
     if (m_callId.empty()) {

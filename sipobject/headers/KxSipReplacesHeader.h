@@ -26,7 +26,13 @@ public:
     void setToTag(KxSipStdText tag) { setToTag(tag.needed(sToTag)); }
     /** Whether the dialog may be replaced only before it is confirmed. [RFC 3891 6.1] */
     [[nodiscard]] bool isEarlyOnly() const { return isParameterPresent(sEarlyOnly); }
-    void setEarlyOnly(bool isEarlyOnly);
+    void setEarlyOnly(bool isEarlyOnly) {
+        if (isEarlyOnly) {
+            setParameter(sEarlyOnly, KxString(""));
+        } else {
+            m_parameters.removeValue(sEarlyOnly);
+        }
+    }
     /** Nil when absent. */
     KxString getParameter(std::string_view name) const { return m_parameters.getValue(name); }
     [[nodiscard]] bool isParameterPresent(std::string_view name) const { return m_parameters.isPresent(name); }

@@ -24,10 +24,6 @@ const char* closingParenthesis(const char* at, const char* end) {
 
 } // namespace
 
-void KxSipRetryAfterHeader::setDurationInSeconds(std::uint32_t seconds) {
-    setDuration(KxSipNumberText::sText(seconds));
-}
-
 void KxSipRetryAfterHeader::forgetValue() {
     m_number = 0;
     m_comment = KxString();

@@ -41,7 +41,7 @@ public:
     [[nodiscard]] std::optional<std::uint32_t> getDurationInSeconds() const {
         return KxSipNumberText::sSeconds(getDuration());
     }
-    void setDurationInSeconds(std::uint32_t seconds);
+    void setDurationInSeconds(std::uint32_t seconds) { setDuration(KxSipNumberText::sText(seconds)); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipRetryAfterHeader";

@@ -1,6 +1,5 @@
 #include "sipobject/headers/KxSipTimestampHeader.h"
 
-#include "sipobject/headers/KxSipDecimal.h"
 #include "util/KxOutputStream.h"
 
 #include <algorithm>
@@ -10,8 +9,6 @@ constinit const KxConstString KxSipTimestampHeader::sToken{"Timestamp"};
 static const KxSipTimestampHeader::Registration s_registration;
 
 namespace {
-
-constexpr unsigned kPlaces = 6; // of microseconds
 
 /** Reads digits, a point and digits; each of the three may be missing. */
 std::string_view takeDecimal(KxSipLine& line) {
@@ -24,26 +21,6 @@ std::string_view takeDecimal(KxSipLine& line) {
 }
 
 } // namespace
-
-KxHandle<KxSipTimestampHeader> KxSipTimestampHeader::sOfMicroseconds(std::uint64_t timestamp) {
-    return KxMake<KxSipTimestampHeader>(KxSipDecimal::sWrite(timestamp, kPlaces));
-}
-
-std::optional<std::uint64_t> KxSipTimestampHeader::getTimestampInMicroseconds() const {
-    return KxSipDecimal::sRead(m_timestamp, kPlaces);
-}
-
-void KxSipTimestampHeader::setTimestampInMicroseconds(std::uint64_t timestamp) {
-    m_timestamp = KxSipDecimal::sWrite(timestamp, kPlaces);
-}
-
-std::optional<std::uint64_t> KxSipTimestampHeader::getDelayInMicroseconds() const {
-    return KxSipDecimal::sRead(m_delay, kPlaces);
-}
-
-void KxSipTimestampHeader::setDelayInMicroseconds(std::uint64_t delay) {
-    m_delay = KxSipDecimal::sWrite(delay, kPlaces);
-}
 
 KxSipFault KxSipTimestampHeader::parseValue(KxSipLine& line) {
     if (const KxSipFault fault = expectDigit(line, "Invalid Timestamp header")) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipobject/headers/KxSipDecimal.h"
 #include "sipobject/headers/KxSipHeaderOf.h"
 
 #include <cstdint>
@@ -19,23 +20,29 @@ public:
         : KxSipTimestampHeader(KxSipAnyText(timestamp).needed("Timestamp"), KxSipAnyText(delay).line()) {}
 
     /** A header with this time, without a delay. */
-    static KxHandle<KxSipTimestampHeader> sOfMicroseconds(std::uint64_t timestamp);
+    static KxHandle<KxSipTimestampHeader> sOfMicroseconds(std::uint64_t timestamp) {
+        return KxMake<KxSipTimestampHeader>(KxSipDecimal::sWrite(timestamp, kPlaces));
+    }
 
     const KxString& getTimestamp() const { return m_timestamp; }
     /** Throws KxSipParseError if the text is empty or contains CR, LF or NUL. */
     void setTimestamp(KxSipText timestamp) { m_timestamp = timestamp.needed("Timestamp"); }
     /** The time in microseconds, without the digits after the sixth decimal place, at most 2^64 - 1. None if the text is
         not a decimal number, which only an application can set. */
-    [[nodiscard]] std::optional<std::uint64_t> getTimestampInMicroseconds() const;
-    void setTimestampInMicroseconds(std::uint64_t timestamp);
+    [[nodiscard]] std::optional<std::uint64_t> getTimestampInMicroseconds() const {
+        return KxSipDecimal::sRead(m_timestamp, kPlaces);
+    }
+    void setTimestampInMicroseconds(std::uint64_t timestamp) { m_timestamp = KxSipDecimal::sWrite(timestamp, kPlaces); }
     /** Empty when absent. */
     const KxString& getDelay() const { return m_delay; }
     /** Stored as given, unchecked; an empty text removes the delay. */
     void setDelay(const KxString& delay) { m_delay = delay; }
     void setDelay(KxSipStdText delay) { setDelay(delay.line()); }
     /** As getTimestampInMicroseconds; none also when the delay is absent or has no digit. */
-    [[nodiscard]] std::optional<std::uint64_t> getDelayInMicroseconds() const;
-    void setDelayInMicroseconds(std::uint64_t delay);
+    [[nodiscard]] std::optional<std::uint64_t> getDelayInMicroseconds() const {
+        return KxSipDecimal::sRead(m_delay, kPlaces);
+    }
+    void setDelayInMicroseconds(std::uint64_t delay) { m_delay = KxSipDecimal::sWrite(delay, kPlaces); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipTimestampHeader";
@@ -43,6 +50,8 @@ public:
 
 private:
     friend class KxSipHeaderOf<KxSipTimestampHeader>;
+
+    static constexpr unsigned kPlaces = 6; // of microseconds
 
     KxSipTimestampHeader() = default;
     KxSipFault parseValue(KxSipLine& line);
