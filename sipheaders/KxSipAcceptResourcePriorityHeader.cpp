@@ -2,4 +2,4 @@
 
 constinit const KxConstString KxSipAcceptResourcePriorityHeader::sToken{"Accept-Resource-Priority"};
 
-const HeaderID KxSipAcceptResourcePriorityHeader::kHeaderID = KxSipHeader::sNewHeaderID();
+const HeaderID KxSipAcceptResourcePriorityHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::EmptyList);

@@ -15,12 +15,12 @@ public:
 
     /** The access type, or the access class, such as "3GPP-GERAN". */
     const KxString& getAccessType() const { return m_value; }
-    void setAccessType(KxSipText accessType) { m_value = accessType.needed("access-type"); }
+    void setAccessType(KxSipText accessType) { setTokenText(accessType); }
     [[nodiscard]] bool isAccessType(std::string_view accessType) const { return m_value.equalsNoCase(accessType); }
     /** A part of the access information by its name, such as "eth-location" or "local-time-zone", without quotes and
         escapes; nil when absent. */
     KxString getAccessInfo(std::string_view name) const { return text(name); }
-    /** As all setters, throws KxSipParseError if the text is empty or has a line end. */
+    /** As all setters, throws KxSipParseError if the text is no token. */
     void setAccessInfo(KxSipText name, KxSipText value) { setText(name.checked().view(), value); }
     /** The cell of a UTRAN or E-UTRAN: MCC, MNC, area code and cell identity. Nil when absent. */
     KxString getUTRANCellID() const { return text("utran-cell-id-3gpp"); }

@@ -2,4 +2,4 @@
 
 constinit const KxConstString KxSipPEarlyMediaHeader::sToken{"P-Early-Media"};
 
-const HeaderID KxSipPEarlyMediaHeader::kHeaderID = KxSipHeader::sNewHeaderID();
+const HeaderID KxSipPEarlyMediaHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::EmptyList);

@@ -9,12 +9,12 @@
     "P-Early-Media: sendrecv ,gated" -> two values, two lines out */
 class KX_HEADERS_API KxSipPEarlyMediaHeader final : public KxSipPlainTokenHeader<KxSipPEarlyMediaHeader> {
 public:
-    /** @param parameter such as "supported" or "sendrecv". Throws KxSipParseError if it is empty or has a line end. */
+    /** @param parameter such as "supported" or "sendrecv". Throws KxSipParseError if it is no token. */
     explicit KxSipPEarlyMediaHeader(KxSipText parameter) : KxSipPlainTokenHeader(parameter) {}
 
     /** The parameter, in any letter case. */
     const KxString& getEMParam() const { return m_value; }
-    void setEMParam(KxSipText parameter) { m_value = parameter.needed("em-param"); }
+    void setEMParam(KxSipText parameter) { setTokenText(parameter); }
     [[nodiscard]] bool isEMParam(std::string_view name) const { return m_value.equalsNoCase(name); }
     /** Whether it says that the client, or a proxy on its side, knows this header. */
     [[nodiscard]] bool isSupported() const { return isEMParam("supported"); }

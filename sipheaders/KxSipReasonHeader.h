@@ -9,7 +9,7 @@
     "Reason: Q.850 ;cause=16 ;text=\"Terminated\"" -> the same */
 class KX_HEADERS_API KxSipReasonHeader final : public KxSipFieldHeader<KxSipReasonHeader> {
 public:
-    /** @param protocol such as "SIP" or "Q.850". Throws KxSipParseError if it is empty or has a line end. */
+    /** @param protocol such as "SIP" or "Q.850". Throws KxSipParseError if it is no token. */
     explicit KxSipReasonHeader(KxSipText protocol) : KxSipFieldHeader(protocol) {}
     KxSipReasonHeader(KxSipText protocol, std::uint32_t cause) : KxSipReasonHeader(protocol) { setCause(cause); }
 

@@ -9,11 +9,11 @@
     Any token is accepted.      "d: proxy ,no-fork" -> "d: proxy", "Request-Disposition: no-fork" */
 class KX_HEADERS_API KxSipRequestDispositionHeader final : public KxSipPlainTokenHeader<KxSipRequestDispositionHeader> {
 public:
-    /** Throws KxSipParseError if the directive is empty or has a line end. */
+    /** Throws KxSipParseError if the directive is no token. */
     explicit KxSipRequestDispositionHeader(KxSipText directive) : KxSipPlainTokenHeader(directive) {}
 
     const KxString& getDirective() const { return m_value; }
-    void setDirective(KxSipText directive) { m_value = directive.needed(sToken); }
+    void setDirective(KxSipText directive) { setTokenText(directive); }
     /** In any letter case. */
     [[nodiscard]] bool isDirective(std::string_view name) const { return m_value.equalsNoCase(name); }
 

@@ -7,12 +7,12 @@
     "SIP-If-Match: dx200xyz" -> the same */
 class KX_HEADERS_API KxSipSIPIfMatchHeader final : public KxSipPlainTokenHeader<KxSipSIPIfMatchHeader> {
 public:
-    /** Throws KxSipParseError if the tag is empty or has a line end. */
+    /** Throws KxSipParseError if the tag is no token. */
     explicit KxSipSIPIfMatchHeader(KxSipText entityTag) : KxSipPlainTokenHeader(entityTag) {}
 
     /** Compares byte by byte. */
     const KxString& getEntityTag() const { return m_value; }
-    void setEntityTag(KxSipText entityTag) { m_value = entityTag.needed(sToken); }
+    void setEntityTag(KxSipText entityTag) { setTokenText(entityTag); }
 
     static const KxConstString sToken;
     static constexpr char kClassName[] = "KxSipSIPIfMatchHeader";

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sipheaders/KxSipFieldHeader.h"
-#include "sipheaders/KxSipQValue.h"
+#include "sipobject/headers/KxSipQValue.h"
 
 /** The headers whose values are security mechanisms for the connection between a client and its first proxy.
     sec-mechanism = mechanism-name *(SEMI mech-parameters)                    [RFC 3329 2.2]
@@ -15,17 +15,17 @@
 template <class H>
 class KxSipSecurityHeader : public KxSipFieldHeader<H> {
 public:
-    /** @param mechanism such as "tls" or "ipsec-3gpp". Throws KxSipParseError if it is empty or has a line end. */
+    /** @param mechanism such as "tls" or "ipsec-3gpp". Throws KxSipParseError if it is no token. */
     explicit KxSipSecurityHeader(KxSipText mechanism) : KxSipFieldHeader<H>(mechanism) {}
 
     const KxString& getMechanism() const { return this->m_value; }
-    void setMechanism(KxSipText mechanism) { this->m_value = mechanism.needed("mechanism-name"); }
+    void setMechanism(KxSipText mechanism) { this->setTokenText(mechanism); }
     [[nodiscard]] bool isMechanism(std::string_view name) const { return this->m_value.equalsNoCase(name); }
 
     /** The preference "q", from 0 to 1000 thousandths. */
-    std::optional<std::uint32_t> getPreference() const { return KxSipQValue::sThousandths(this->getParameter("q")); }
+    std::optional<std::uint32_t> getPreference() const { return KxSipQValue::sRead(this->getParameter("q").view()); }
     /** Throws KxSipParseError for more than 1000. */
-    void setPreference(std::uint32_t thousandths) { this->setParameter("q", KxSipQValue::sOf(thousandths)); }
+    void setPreference(std::uint32_t thousandths) { this->setParameter("q", KxSipQValue::sWrite(thousandths)); }
 
     KxString getDigestAlgorithm() const { return this->text("d-alg"); }
     void setDigestAlgorithm(KxSipText algorithm) { this->setText("d-alg", algorithm); }

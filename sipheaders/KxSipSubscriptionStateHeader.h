@@ -10,12 +10,12 @@
     "Subscription-State: terminated;reason=probation;retry-after=60" -> the same */
 class KX_HEADERS_API KxSipSubscriptionStateHeader final : public KxSipFieldHeader<KxSipSubscriptionStateHeader> {
 public:
-    /** Throws KxSipParseError if the state is empty or has a line end. */
+    /** Throws KxSipParseError if the state is no token. */
     explicit KxSipSubscriptionStateHeader(KxSipText state) : KxSipFieldHeader(state) {}
 
     /** "active", "pending", "terminated" or another, in any letter case. */
     const KxString& getState() const { return m_value; }
-    void setState(KxSipText state) { m_value = state.needed(sToken); }
+    void setState(KxSipText state) { setTokenText(state); }
     [[nodiscard]] bool isActive() const { return m_value.equalsNoCase("active"); }
     [[nodiscard]] bool isPending() const { return m_value.equalsNoCase("pending"); }
     [[nodiscard]] bool isTerminated() const { return m_value.equalsNoCase("terminated"); }

@@ -10,9 +10,10 @@ using HeaderID = std::uint32_t;
 /** What a message may have of a kind of header, in the RFC grammar. A second header of a kind that may be there once
     makes the message incomplete. [RFC 3261 7.3.1] */
 enum class KxSipHeaderUse : std::uint8_t {
-    List,  ///< Any number of lines, with commas between values that are not in quotes or "<>".
-    Alone, ///< Any number of lines, with one value each.
-    Once   ///< One line, with one value.
+    List,      ///< Any number of lines, with commas between values that are not in quotes or "<>".
+    EmptyList, ///< The same, also without a value.
+    Alone,     ///< Any number of lines, with one value each.
+    Once       ///< One line, with one value.
 };
 
 /** All identifiers of the library. Numbers not listed are unused. */

@@ -6,18 +6,18 @@
 #include <initializer_list>
 
 /** What the RFCs say about kinds of header, for the RFC grammar. A kind of which nothing is known here is a list that
-    must not be empty and may be repeated. */
+    must not be empty and may be repeated. A host says it of kinds of its own. */
 class KxSipHeaderKinds {
 public:
     KxSipHeaderKinds() = delete;
 
     /** Whether a comma ends a value. */
-    static bool sIsList(HeaderID id) { return sIsOwn(id) ? sUse(id) == Use::List : !sHas(kOnce | kAlone, id); }
+    static bool sIsList(HeaderID id) { return sIsOwn(id) ? sUse(id) <= Use::EmptyList : !sHas(kOnce | kAlone, id); }
     /** Whether every comma ends a value, as in a list of tokens; else not one in quotes or "<>". */
     static constexpr bool sIsTokenList(HeaderID id) { return sHas(kTokenLists, id); }
     /** Whether a list may have no element, or a text no character. [RFC 3261 20.1, 20.2, 20.3, 20.5, 20.25, 20.36,
         20.37; 25.1 extension-header] */
-    static constexpr bool sMayBeEmptyList(HeaderID id) { return sHas(kEmptyLists, id); }
+    static bool sMayBeEmptyList(HeaderID id) { return sIsOwn(id) ? sUse(id) == Use::EmptyList : sHas(kEmptyLists, id); }
     static constexpr bool sMayBeEmptyText(HeaderID id) { return sHas(kEmptyTexts, id); }
     /** Whether proxies work with it, so that a message in which it can't be read is refused. [RFC 3261 16.3] */
     static constexpr bool sIsNeededByProxies(HeaderID id) { return sHas(kNeeded, id); }
