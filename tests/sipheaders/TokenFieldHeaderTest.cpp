@@ -87,26 +87,3 @@ TEST(SecurityHeaderTest, Reads) {
     EXPECT_THROW(built->setPreference(1001), KxHandle<KxSipParseError>);
     EXPECT_EQ(built->getPreference(), 100U);
 }
-
-TEST(QValueTest, IsANumberOfThousandths) {
-    for (const auto& [text, thousandths] : std::initializer_list<std::pair<const char*, int>>{{"0", 0},
-                                                                                              {"0.", 0},
-                                                                                              {"0.5", 500},
-                                                                                              {".75", 750},
-                                                                                              {"0.005", 5},
-                                                                                              {"1", 1000},
-                                                                                              {"1.000", 1000},
-                                                                                              {"\"0.1\"", 100},
-                                                                                              {"1.001", -1},
-                                                                                              {"0.0001", -1},
-                                                                                              {"2", -1},
-                                                                                              {"", -1},
-                                                                                              {".", -1},
-                                                                                              {"0.5x", -1},
-                                                                                              {"-0", -1}}) {
-        const auto read = KxSipQValue::sThousandths(KxString(text));
-        EXPECT_EQ(read ? static_cast<int>(*read) : -1, thousandths) << text;
-    }
-    EXPECT_EQ(joined(KxSipQValue::sOf(0), KxSipQValue::sOf(5), KxSipQValue::sOf(750), KxSipQValue::sOf(1000)),
-              "0|0.005|0.75|1");
-}
