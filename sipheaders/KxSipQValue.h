@@ -12,7 +12,7 @@ class KX_HEADERS_API KxSipQValue {
 public:
     KxSipQValue() = delete;
 
-    /** From 0 to 1000, also for a quoted text and one without the 0 before the point. None for nil and anything else. */
+    /** From 0 to 1000, also for a quoted text, and for ".5". None for nil and anything else. */
     static std::optional<std::uint32_t> sThousandths(const KxString& value);
     /** As short as possible: 500 is "0.5". Throws KxSipParseError for more than 1000. */
     static KxString sOf(std::uint32_t thousandths);
