@@ -11,7 +11,8 @@
     ident-info = "info" EQUAL LAQUOT absoluteURI RAQUOT
     ident-info-params = "alg" EQUAL token / "ppt" EQUAL token / generic-param
     The characters of base64 and of base64url are read, and commas between values. The parameters may be in any order,
-    and info absent or without brackets.      "Identity: eyJh.eyJk.sig ;info=<https://h/c;1>;ppt="shaken"" -> the same */
+    and info absent or without brackets.
+    "Identity: eyJh.eyJk.sig ;info=<https://h/c;1>;ppt="shaken"" -> the same */
 class KX_HEADERS_API KxSipIdentityHeader final : public KxSipTextParameterHeader<KxSipIdentityHeader> {
 public:
     /** As setPassport and setInfo. */
@@ -26,13 +27,13 @@ public:
     void setPassport(KxSipText passport);
     /** Whether header and payload are left out, since the receiver makes them from the message. */
     [[nodiscard]] bool isCompactForm() const { return m_passport.view().starts_with(".."); }
-    /** The header of the token as JSON text, such as {"alg":"ES256","ppt":"shaken",...}. Empty in the compact form; none
-        if the token has no three parts, or the part is not base64url. */
+    /** The header of the token as JSON text, such as {"alg":"ES256",...}. Empty in the compact form; none if the token
+        has no three parts, or the part is not base64url. */
     std::optional<std::string> getJOSEHeader() const { return decoded(0); }
     /** The claims about the call, as JSON text; else as getJOSEHeader. */
     std::optional<std::string> getPayload() const { return decoded(1); }
-    /** The signature in base64url, as received; KxSipBase64Url decodes it. Empty if the token has no three parts. What is
-        signed is the text of the two parts before it. */
+    /** The signature in base64url, as received; KxSipBase64Url decodes it. Empty if the token has no three parts. In
+        the full form, it signs the text before the second ".". */
     KxString getSignature() const { return KxString(part(2)); }
 
     /** The URI of the certificate, without brackets; nil when absent. */

@@ -9,8 +9,7 @@
     "P-Access-Network-Info: 3GPP-E-UTRAN-FDD; utran-cell-id-3gpp=23415D0FCE11;network-provided" -> the same */
 class KX_HEADERS_API KxSipPAccessNetworkInfoHeader final : public KxSipFieldHeader<KxSipPAccessNetworkInfoHeader> {
 public:
-    /** @param accessType such as "3GPP-E-UTRAN-FDD" or "IEEE-802.11". Throws KxSipParseError if it is empty or has a line
-        end. */
+    /** @param accessType such as "IEEE-802.11". Throws KxSipParseError if it is empty or has a line end. */
     explicit KxSipPAccessNetworkInfoHeader(KxSipText accessType) : KxSipFieldHeader(accessType) {}
 
     /** The access type, or the access class, such as "3GPP-GERAN". */

@@ -2,8 +2,8 @@
 
 #include "sipheaders/KxSipFieldHeader.h"
 
-/** P-Early-Media: in which directions early media is authorized, and whether the sender knows this header. One object per
-    parameter.
+/** P-Early-Media: in which directions early media is authorized, and whether the sender knows this header. One object
+    per parameter.
     P-Early-Media = "P-Early-Media" HCOLON [ em-param *(COMMA em-param) ]     [RFC 5009 8]
     em-param = "sendrecv" / "sendonly" / "recvonly" / "inactive" / "gated" / "supported" / token
     "P-Early-Media: sendrecv ,gated" -> two values, two lines out */

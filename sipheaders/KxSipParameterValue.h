@@ -25,8 +25,8 @@ public:
 
     /** Whether the text is one or more characters of a token. [RFC 3261 25.1] */
     static bool sIsToken(std::string_view text);
-    /** Skips white space and takes a quoted string, with its quotes, or the text up to white space, a comma, ";", quotes,
-        "<" or ">". Empty if there is none, or the quotes are not closed. */
+    /** Skips white space and takes a quoted string, with its quotes, or the text up to white space, a comma, ";",
+        quotes, "<" or ">". Empty if there is none, or the quotes are not closed. */
     static std::string_view sTake(KxSipLine& line);
 
     /** A number of digits only, up to 4294967295, also if it is quoted. None for nil and for anything else. */

@@ -2,8 +2,8 @@
 
 #include "sipheaders/KxSipAddressFieldHeader.h"
 
-/** Remote-Party-ID: who a party of the call is, whether a proxy has verified this, and what is to be hidden from others.
-    The predecessor of P-Asserted-Identity. One object per party.
+/** Remote-Party-ID: who a party of the call is, whether a proxy has verified this, and what is to be hidden. Older than
+    P-Asserted-Identity. One object per party.
     Remote-Party-ID = "Remote-Party-ID" HCOLON rpi *(COMMA rpi)               [draft-ietf-sip-privacy-04 6]
     rpi = [display-name] LAQUOT addr-spec RAQUOT *(SEMI rpi-token)
     rpi-token = ( "screen" / "party" / "id-type" / "privacy" ) EQUAL token / generic-param

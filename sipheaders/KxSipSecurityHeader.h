@@ -8,8 +8,8 @@
     mechanism-name = "digest" / "tls" / "ipsec-ike" / "ipsec-man" / token
     mech-parameters = "q" EQUAL qvalue / "d-alg" EQUAL token / "d-qop" EQUAL token / "d-ver" EQUAL quoted-string /
                       generic-param
-    The mechanism "ipsec-3gpp" has the parameters alg, ealg, prot, mod, spi-c, spi-s, port-c and port-s, in which c is the
-    side of the client and s that of the server. [3GPP TS 33.203 Annex H]
+    The mechanism "ipsec-3gpp" has the parameters alg, ealg, prot, mod, spi-c, spi-s, port-c and port-s: "c" is the side
+    of the client, "s" that of the server. [3GPP TS 33.203 Annex H]
     Texts are without quotes and escapes, and nil when absent; numbers are none when absent or no number. Setters throw
     KxSipParseError for an empty text or a line end. */
 template <class H>

@@ -2,7 +2,8 @@
 
 #include "sipheaders/KxSipSecurityHeader.h"
 
-/** Security-Server: the security mechanisms that the first proxy supports, in order of preference. In the answer to the client. One object per mechanism.
+/** Security-Server: the security mechanisms that the first proxy supports, in its answer to Security-Client. One object
+    per mechanism.
     security-server = "Security-Server" HCOLON sec-mechanism *(COMMA sec-mechanism)    [RFC 3329 2.2]
     "Security-Server: tls;q=0.2" -> the same */
 class KX_HEADERS_API KxSipSecurityServerHeader final : public KxSipSecurityHeader<KxSipSecurityServerHeader> {

@@ -2,7 +2,8 @@
 
 #include "sipheaders/KxSipSecurityHeader.h"
 
-/** Security-Verify: the list of Security-Server as the client has received it, so that the proxy finds out whether anyone has changed it. One object per mechanism.
+/** Security-Verify: the values of Security-Server as the client has received them, from which the proxy sees whether
+    they were changed on the way. One object per mechanism.
     security-verify = "Security-Verify" HCOLON sec-mechanism *(COMMA sec-mechanism)    [RFC 3329 2.2]
     "Security-Verify: tls;q=0.2" -> the same */
 class KX_HEADERS_API KxSipSecurityVerifyHeader final : public KxSipSecurityHeader<KxSipSecurityVerifyHeader> {

@@ -4,8 +4,8 @@
 #include "sipheaders/KxSipReceivedHeader.h"
 #include "sipobject/headers/KxSipParameterHeader.h"
 
-/** The headers with parameters, *( SEMI generic-param ), for a class H that has accessors for them. H, or a family on top
-    of this one, reads and writes what is before the parameters. */
+/** The headers with parameters, *( SEMI generic-param ), for a class H that has accessors for them. H, or a family over
+    this one, reads and writes what is before the parameters. */
 template <class H>
 class KxSipTextParameterHeader : public KxSipParameterHeader<H, KxSipReceivedHeader<H>> {
 protected:
