@@ -1,48 +1,6 @@
-#include "sipheaders/KxSipPAssociatedURIHeader.h"
-#include "sipheaders/KxSipPCalledPartyIDHeader.h"
-#include "sipheaders/KxSipPPreferredIdentityHeader.h"
 #include "sipheaders/KxSipRemotePartyIDHeader.h"
 #include "sipheaders/KxSipReplyToHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
-
-namespace {
-
-/** Addresses of every kind, in one line of a list or in a line each. */
-template <class H>
-void expectAddresses(bool isList) {
-    const std::string name = std::string(H::sToken.view()) + ": ";
-    const auto fields = [](const H& header) {
-        const auto url = header.getURL();
-        return joined(header.getDisplayText(), url.isNil() ? KxString("-") : url->getHost(), header.getParameter("x"));
-    };
-    const std::vector<std::pair<std::string, std::string>> values{
-        {"\"Bell, \\\"A\\\"\" <sip:a@[2001:db8::1]:5061;lr> ;x=\",\"", "Bell, \"A\"|2001:db8::1|\",\""},
-        {"<sips:h?Reason=SIP%3Bcause%3D302&Privacy=history>", "|h|"},
-        {"tel:+1;x", "|-|"}};
-    HeaderRow list{name, "", ""};
-    for (const auto& [value, expected] : values) {
-        list.line += (list.fields.empty() ? "" : " , ") + value;
-        list.written += (list.written.empty() ? "" : " & ") + name + value;
-        list.fields += (list.fields.empty() ? "" : " & ") + expected;
-        expectRow<H>({name + value, expected}, fields);
-    }
-    if (!isList) {
-        list.written = "KxSipParseError: SIP Header parse error : text after the value";
-    }
-    expectRow<H>(list, fields);
-    const char* const why = isList ? "URL not specified" : "Invalid Character (,) in name-addr";
-    expectRow<H>({name + "Bell, A <sip:h>", "", std::string("KxSipParseError: ") + why}, fields);
-}
-
-} // namespace
-
-TEST(AddressFieldHeaderTest, Reads) {
-    expectAddresses<KxSipPAssociatedURIHeader>(true);
-    expectAddresses<KxSipPCalledPartyIDHeader>(false);
-    expectAddresses<KxSipPPreferredIdentityHeader>(true);
-    expectAddresses<KxSipRemotePartyIDHeader>(true);
-    expectAddresses<KxSipReplyToHeader>(false);
-}
 
 TEST(AddressFieldHeaderTest, AnotherAddressIsWritten) {
     const auto header = readAs<KxSipReplyToHeader>("Reply-To: sip:a@h ;x");

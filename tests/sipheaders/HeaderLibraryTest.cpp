@@ -18,30 +18,46 @@ std::vector<std::string> everyLine() {
     return lines;
 }
 
-/** Expects that each of the values, after a name that is H's, is read with the URL that is expected of it, is written as
-    it was received, and is written anew after its URI has changed. */
+/** Expects that each value is read with its URL, is written as it was received, and anew after the URL has changed; and
+    that a line of all of them is as many values, unless the header may be there once. */
 template <class H>
-void readsAddresses() {
-    const std::string name(H::sToken.view());
-    for (const char* const value :
-         {"\"Bell, \\\"A\\\" <b>\"  <sip:a@[2001:db8::1]:5080;lr> ;x=\"1,2\"", "<sips:a@h> ; y",
-          "<sip:a@h?Reason=SIP%3Bcause%3D302&Privacy=history>;index=1;z", "Ann\t<sip:a@h;x=%2c>"}) {
-        const std::string line = name + ": " + value;
-        const KxHandle<H> header = readAs<H>(line);
-        ASSERT_FALSE(header->getURL().isNil()) << line;
-        EXPECT_EQ(linesOf(*header), line);
-        header->getURL()->setHost("changed");
-        const std::string changed = linesOf(*header);
-        EXPECT_NE(changed.find("@changed"), std::string::npos) << changed;
-        EXPECT_EQ(linesOf(*readAs<H>(changed)), changed);
+void readsAddresses(bool isList) {
+    const std::string name = std::string(H::sToken.view()) + ": ";
+    const auto fields = [](const H& header) {
+        const KxHandle<KxSipURL> url = header.getURL();
+        return joined(header.getDisplayText(), url.isNil() ? KxString("none") : url->getHost(),
+                      url.isNil() ? KxString() : url->getHeader("Reason"), header.getParameter("x"));
+    };
+    HeaderRow list{name, "", ""};
+    for (const auto& [value, expected] : std::initializer_list<std::pair<std::string, std::string>>{
+             {"\"Bell, \\\"A\\\" <b>\"  <sip:a@[2001:db8::1]:5080;lr> ;x=\"1,2\"",
+              "Bell, \"A\" <b>|2001:db8::1||\"1,2\""},
+             {"<sips:a@h?Reason=SIP%3Bcause%3D302&Privacy=history>;index=1", "|h|SIP;cause=302|"},
+             {"sip:a@h ;X = y", "|h||y"},
+             {"<tel:+1-2;ext=3> ; x", "|none||"},
+             {"<urn:a?b,c>", "|none||"}}) {
+        expectRow<H>({name + value, expected}, fields);
+        const KxHandle<H> header = readAs<H>(name + value);
+        if (const KxHandle<KxSipURL> url = header->getURL(); !url.isNil()) {
+            url->setHost("changed");
+            const std::string changed = linesOf(*header);
+            EXPECT_NE(changed.find("@changed"), std::string::npos) << changed;
+            EXPECT_EQ(linesOf(*readAs<H>(changed)), changed);
+        }
+        list.line += (list.fields.empty() ? "" : " , ") + value;
+        list.written += (list.written.empty() ? "" : " & ") + name + value;
+        list.fields += (list.fields.empty() ? "" : " & ") + expected;
     }
-    EXPECT_EQ(linesOf(*readHeader(name + ": <tel:+1-2;ext=3> , sip:a@h;x=1,\"a,b\"<sip:c>")),
-              name + ": <tel:+1-2;ext=3> & " + name + ": sip:a@h;x=1 & " + name + ": \"a,b\"<sip:c>");
+    list.written = isList ? list.written : "KxSipParseError: SIP Header parse error : text after the value";
+    expectRow<H>(list, fields);
+    expectRow<H>({name + "<sip:h>x", "", "KxSipParseError: Invalid text after the value of a header"}, fields);
+    EXPECT_NE(outcomeOf([] { return linesOf(*KxMake<H>(KxSipText("<sip:a>, <sip:b>"))); }).find("text after the value"),
+              std::string::npos);
 }
 
 template <class... H>
-void eachReadsAddresses() {
-    (readsAddresses<H>(), ...);
+void eachReadsAddresses(bool isList) {
+    (readsAddresses<H>(isList), ...);
 }
 
 } // namespace
@@ -57,7 +73,7 @@ TEST(HeaderLibraryTest, EveryNameInEveryLetterCase) {
             for (const std::string& spelled : {std::string(known.upper().view()), std::string(known.lower().view())}) {
                 const std::string text = spelled + line.substr(name.size());
                 const KxHandle<KxSipHeader> read = readHeader(text);
-                EXPECT_EQ(className(*read), theClass);
+                EXPECT_TRUE(KxAscii::equalsNoCase(className(*read), theClass)) << text;
                 EXPECT_EQ(linesOf(*read), text);
                 EXPECT_EQ(joined(read->getExpandedToken(), read->getHeaderID()), joined(name, header->getHeaderID()));
             }
@@ -73,10 +89,6 @@ TEST(HeaderLibraryTest, NoRegisteredNameIsLeftOut) {
     for (const std::string& line : everyLine()) {
         lines += "\n" + line;
     }
-    std::string seeds;
-    for (const std::filesystem::path& seed : filesOf("fuzz/seeds/header", "")) {
-        seeds += "\n" + fileText(seed);
-    }
     const std::string words = fileText(KX_SOURCE_DIR "/fuzz/header.dict");
     const std::string fuzzed = fileText(KX_SOURCE_DIR "/fuzz/fuzz_header.cpp");
     std::size_t known = 0;
@@ -87,18 +99,22 @@ TEST(HeaderLibraryTest, NoRegisteredNameIsLeftOut) {
             continue;
         }
         ++known;
-        EXPECT_NE(seeds.find("\n" + name + ":"), std::string::npos) << name << " has no seed";
+        EXPECT_TRUE(
+            std::filesystem::exists(KX_SOURCE_DIR "/fuzz/seeds/header/" + std::string(KxString(name).lower().view())))
+            << name << " has no seed";
         EXPECT_NE(words.find("\"" + name + ":\""), std::string::npos) << name << " is not in the dictionary";
-        EXPECT_NE(fuzzed.find(" " + name + " "), std::string::npos) << name << " is not in the list of the fuzzer";
+        EXPECT_TRUE(fuzzed.find(" " + name + " ") != std::string::npos ||
+                    fuzzed.find("\"" + name + " ") != std::string::npos)
+            << name << " is not in the list of the fuzzer";
     }
     EXPECT_EQ(known, everyLine().size());
 }
 
 TEST(HeaderLibraryTest, AddressesOfEveryClass) {
     eachReadsAddresses<KxSipDiversionHeader, KxSipGeolocationHeader, KxSipHistoryInfoHeader,
-                       KxSipPAssertedIdentityHeader, KxSipPAssociatedURIHeader, KxSipPCalledPartyIDHeader,
-                       KxSipPPreferredIdentityHeader, KxSipPathHeader, KxSipRemotePartyIDHeader, KxSipReplyToHeader,
-                       KxSipServiceRouteHeader>();
+                       KxSipPAssertedIdentityHeader, KxSipPAssociatedURIHeader, KxSipPPreferredIdentityHeader,
+                       KxSipPathHeader, KxSipRemotePartyIDHeader, KxSipServiceRouteHeader>(true);
+    eachReadsAddresses<KxSipPCalledPartyIDHeader, KxSipReplyToHeader>(false);
 }
 
 /** What was received is written, until a handle, a parameter or a setter changes the value; copies are like their
@@ -147,9 +163,8 @@ TEST(HeaderLibraryTest, InAMessage) {
     EXPECT_EQ(found, "SIP|1 Q.850|0 ");
     EXPECT_EQ(message->removeAllNamed("P-ASSERTED-IDENTITY"), 2U);
     message->addHeader(KxMake<KxSipReasonHeader>("X"), true);
-    EXPECT_NE(
-        written(*message).find("Reason: X\r\nReason: SIP ;cause=1\r\nReason: ;\r\nReason: Q.850\r\nX-A: 1\r\n\r\n"),
-        std::string::npos)
+    EXPECT_NE(written(*message).find("Reason: X\r\nReason: SIP ;cause=1\r\nReason: ;\r\nReason: Q.850\r\nX-A: 1\r\n"),
+              std::string::npos)
         << written(*message);
     // of a header that may be there once, a second one makes the message incomplete
     for (const char* const lines : {"Privacy: id\r\nPrivacy: user\r\n", "Privacy: id\r\n"}) {

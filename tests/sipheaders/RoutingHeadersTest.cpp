@@ -1,33 +1,7 @@
 #include "sipheaders/KxSipDiversionHeader.h"
 #include "sipheaders/KxSipGeolocationHeader.h"
-#include "sipheaders/KxSipHistoryInfoHeader.h"
 #include "sipheaders/KxSipMaxBreadthHeader.h"
-#include "sipheaders/KxSipPathHeader.h"
-#include "sipheaders/KxSipServiceRouteHeader.h"
 #include "tests/sipobject/support/HeaderSupport.h"
-
-template <class H>
-class AddressFieldHeadersTest : public testing::Test {};
-
-using AddressFieldHeaders = testing::Types<KxSipPathHeader, KxSipServiceRouteHeader, KxSipHistoryInfoHeader,
-                                           KxSipDiversionHeader, KxSipGeolocationHeader>;
-TYPED_TEST_SUITE(AddressFieldHeadersTest, AddressFieldHeaders, );
-
-TYPED_TEST(AddressFieldHeadersTest, ReadsAnyURI) {
-    const auto fields = [](const TypeParam& header) {
-        const KxHandle<KxSipURL> url = header.getURL();
-        return joined(header.getDisplayText(), url.isNil() ? KxString("none") : url->getHost(),
-                      url.isNil() ? KxString() : url->getHeader("Reason"), header.getParameter("x"));
-    };
-    const std::string name = std::string(TypeParam::sToken.view()) + ": ";
-    const std::string sip = "\"a, \\\"b\" <sips:u@[2001:db8::1];lr?Reason=SIP%3Bcause%3D302&Privacy=history>;x=\"1,2\"";
-    const std::string line = name + sip + " , <tel:+1;a=b> ;x,sip:h ;X = y,<urn:a?b,c>";
-    expectRow<TypeParam>(
-        {line, "a, \"b|2001:db8::1|SIP;cause=302|\"1,2\" & |none|| & |h||y & |none||",
-         name + sip + " & " + name + "<tel:+1;a=b> ;x & " + name + "sip:h ;X = y & " + name + "<urn:a?b,c>"},
-        fields);
-    expectRow<TypeParam>({name + "<sip:h>x", "", "KxSipParseError: Invalid text after the value of a header"}, fields);
-}
 
 TEST(DiversionHeaderTest, Reads) {
     expectRows<KxSipDiversionHeader>(
