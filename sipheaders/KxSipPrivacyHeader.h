@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sipheaders/HeadersApi.h"
 #include "sipheaders/KxSipReceivedHeader.h"
 #include "sipobject/KxSipText.h"
 
