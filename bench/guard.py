@@ -32,6 +32,9 @@ RFC_LOOKS_AT_VALUES = {"rfc serialise register": 1.25}
 # The C library chooses its string functions by the processor's features; without these, they are always the same.
 PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX,-AVX512F,-AVX512VL,-AVX512BW,-ERMS,-FSRM"
 
+# A message whose headers are those of sipheaders/ may cost so much more a byte than the other one.
+PER_BYTE = ("ims_invite", "carrier_invite", 1.6)
+
 Counts = dict[tuple[str, str], float]
 
 
@@ -111,8 +114,18 @@ def compare(counts: Counts, ceilings: Counts) -> int:
         else:
             verdict = "ok"
         shown = [f"{table[key]:,.1f}" if key in table else "-" for table in (counts, ceilings)]
-        print(f"{name:<26}{unit:<14}{shown[0]:>12}{shown[1]:>12}  {verdict}")
+        print(f"{name:<27}{unit:<14}{shown[0]:>12}{shown[1]:>12}  {verdict}")
     return failures
+
+
+def compare_per_byte(counts: Counts) -> int:
+    """Prints the ratio of PER_BYTE; returns 1 if it is too high."""
+    cost = [counts[f"{RFC}parse {name}", "instructions"] / (ROOT / "samples" / f"{name}.sip").stat().st_size
+            for name in PER_BYTE[:2]]
+    is_high = cost[0] > PER_BYTE[2] * cost[1]
+    print(f"{PER_BYTE[0]}: {cost[0]:.2f} instructions a byte, {cost[0] / cost[1]:.2f} times {PER_BYTE[1]}'s;"
+          f" at most {PER_BYTE[2]}  {'TOO HIGH' if is_high else 'ok'}")
+    return int(is_high)
 
 
 def main() -> int:
@@ -132,7 +145,8 @@ def main() -> int:
     if arguments.build not in (None, build):
         print(f"skipped: the ceilings are of {build}, this is {arguments.build}")
         return SKIPPED
-    failures = compare(count(arguments.program.resolve()), ceilings)
+    counts = count(arguments.program.resolve())
+    failures = compare(counts, ceilings) + compare_per_byte(counts)
     if failures:
         print(f"{failures} of {len(ceilings)} fail. A cost that is meant: bench/guard.py --update, and say why.")
     return 1 if failures else 0

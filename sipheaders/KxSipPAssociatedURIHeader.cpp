@@ -2,4 +2,4 @@
 
 constinit const KxConstString KxSipPAssociatedURIHeader::sToken{"P-Associated-URI"};
 
-const HeaderID KxSipPAssociatedURIHeader::kHeaderID = KxSipHeader::sNewHeaderID();
+const HeaderID KxSipPAssociatedURIHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::EmptyList);

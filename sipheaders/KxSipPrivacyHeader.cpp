@@ -2,14 +2,16 @@
 
 #include "sipheaders/KxSipParameterValue.h"
 
-#include <algorithm>
-
 constinit const KxConstString KxSipPrivacyHeader::sToken{"Privacy"};
 
 const HeaderID KxSipPrivacyHeader::kHeaderID = KxSipHeader::sNewHeaderID(KxSipHeaderUse::Once);
 
-bool KxSipPrivacyHeader::has(std::string_view value) const {
-    return std::any_of(m_values.begin(), m_values.end(), [&](const KxString& it) { return it.equalsNoCase(value); });
+std::vector<KxString> KxSipPrivacyHeader::getValues() const {
+    std::vector<KxString> values;
+    for (const KxParameters::Pair& value : m_values) {
+        values.push_back(value.name);
+    }
+    return values;
 }
 
 void KxSipPrivacyHeader::add(KxSipText value) {
@@ -17,33 +19,31 @@ void KxSipPrivacyHeader::add(KxSipText value) {
         KxSipFault("Invalid Privacy header").raise();
     }
     if (!has(value.view())) {
-        m_values.push_back(value.line());
+        m_values.write().setValue(value.view(), KxString(""));
     }
 }
 
 bool KxSipPrivacyHeader::remove(std::string_view value) {
-    const auto isMeant = [&](const KxString& it) { return it.equalsNoCase(value); };
-    return !std::all_of(m_values.begin(), m_values.end(), isMeant) && std::erase_if(m_values, isMeant) != 0;
+    return m_values.size() > 1 && m_values.removeValue(value);
 }
 
 KxSipFault KxSipPrivacyHeader::parseValue(KxSipLine& line) {
-    std::vector<KxString> values;
+    KxSharedParameters read;
+    KxParameters& values = read.write();
     int end = ';';
     while (end == ';' || end == ',') {
         const std::string_view value = KxAscii::trim(line.until<';', ',', '\r', '\n'>());
         if (!KxSipParameterValue::sIsToken(value)) {
             return KxSipFault("Invalid Privacy header");
         }
-        values.emplace_back(value);
+        values.setValue(value, KxString(""));
         end = line.peek();
         line.consume(end == ';' || end == ',' ? 1 : 0);
     }
-    m_values = std::move(values);
+    m_values = read;
     return {};
 }
 
 void KxSipPrivacyHeader::serializeValue(KxOutputStream& out) const {
-    for (const KxString& value : m_values) {
-        out.writeAll(std::string_view(&value == &m_values.front() ? "" : ";"), value);
-    }
+    out.writeAll(m_values.getString());
 }

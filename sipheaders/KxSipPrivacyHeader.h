@@ -3,6 +3,7 @@
 #include "sipheaders/HeadersApi.h"
 #include "sipheaders/KxSipReceivedHeader.h"
 #include "sipobject/KxSipText.h"
+#include "util/KxSharedParameters.h"
 
 #include <vector>
 
@@ -16,10 +17,10 @@ public:
     /** A header with one value. Throws as add does. */
     explicit KxSipPrivacyHeader(KxSipText value) { add(value); }
 
-    /** The values in their order, as received; never empty. */
-    const std::vector<KxString>& getValues() const { return m_values; }
+    /** The values in their order, without repetitions; never empty. */
+    std::vector<KxString> getValues() const;
     /** Ignores letter case. */
-    [[nodiscard]] bool has(std::string_view value) const;
+    [[nodiscard]] bool has(std::string_view value) const { return m_values.isPresent(value); }
     /** Adds a value at the end, unless it is there. Throws KxSipParseError if it is no token. */
     void add(KxSipText value);
     /** Returns false, without a change, if the value is absent, or if there is no other: remove the header then. */
@@ -45,5 +46,5 @@ private:
     KxSipFault parseValue(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
-    std::vector<KxString> m_values;
+    KxSharedParameters m_values; ///< Names without values: a list that finds them, however many there are.
 };

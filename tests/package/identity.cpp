@@ -40,8 +40,8 @@ std::string diverted(const std::string& bytes) {
     }
     std::cout << "from " << caller->getDisplayText() << ", " << caller->getURL()->getUser() << "\n";
 
-    const auto diversion =
-        KxMake<KxSipDiversionHeader>(reading.message->first<KxSipToHeader>()->getURL(), "unconditional");
+    const auto callee = reading.message->first<KxSipToHeader>()->getNameAddress()->getURL();
+    const auto diversion = KxMake<KxSipDiversionHeader>(callee, "unconditional");
     diversion->setCounter(1);
     reading.message->addHeader(diversion, true);
     KxByteArrayOutputStream out;

@@ -86,7 +86,7 @@ TEST(PrivacyHeaderTest, Reads) {
             return joined(values, header.isNone(), header.isCritical(), header.isID(), header.isHistory());
         },
         {
-            {"Privacy: ID ;\tcritical;history;ID", "ID/critical/history/ID/|0|1|1|1"},
+            {"Privacy: ID ;\tcritical;history;ID", "ID/critical/history/|0|1|1|1"},
             {"Privacy: header,none", "header/none/|1|0|0|0"},
             {"Privacy: id;", "", "KxSipParseError: Invalid Privacy header"},
             {"Privacy: id=1", "", "KxSipParseError: Invalid Privacy header"},
