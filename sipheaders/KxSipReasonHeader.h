@@ -2,8 +2,8 @@
 
 #include "sipheaders/KxSipFieldHeader.h"
 
-/** Reason: why the request was sent, such as the cause of a hang-up. One object per reason; a message has at most one of
-    a protocol, except of SIP [RFC 8606].
+/** Reason: why the request was sent, such as the cause of a hang-up. One object per reason; a message has at most one
+    of a protocol, except of SIP [RFC 8606].
     Reason = "Reason" HCOLON reason-value *(COMMA reason-value)               [RFC 3326 2]
     reason-value = protocol *(SEMI ( protocol-cause / reason-text / generic-param ))
     "Reason: Q.850 ;cause=16 ;text=\"Terminated\"" -> the same */
