@@ -94,8 +94,8 @@ public:
 
     HeaderID getHeaderID() const { return m_headerID; }
     /** For a header that is part of no message.
-        @param id at most 65535. A message takes only headers for which sIsHeaderID is true; others abort the process.
-    */ void setHeaderID(HeaderID id) {
+        @param id at most 65535. A message takes only headers for which sIsHeaderID is true; others abort the process. */
+    void setHeaderID(HeaderID id) {
         OSKAN_ASSERT(id <= UINT16_MAX);
         m_headerID = static_cast<std::uint16_t>(id);
     }

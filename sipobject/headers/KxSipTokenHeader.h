@@ -23,8 +23,8 @@ protected:
     KxSipTokenHeader(const KxSipTokenHeader&) = default;
 
     /** Replaces the token, and a value that was kept as text. Classes make it public under the name of their getter.
-        Throws KxSipParseError for a text with CR, LF or NUL and, if the class refuses empty tokens, for an empty one.
-    */ void setTokenText(KxSipText token) {
+        Throws KxSipParseError for a text with CR, LF or NUL and, if the class refuses empty tokens, for an empty one. */
+    void setTokenText(KxSipText token) {
         m_value = token.neededIf(H::kEmptyError != nullptr, H::sToken);
         if constexpr (requires { this->forgetText(); }) {
             this->forgetText();
