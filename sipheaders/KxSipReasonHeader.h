@@ -15,6 +15,7 @@ public:
 
     /** "SIP", "Q.850" or another, in any letter case. */
     const KxString& getProtocol() const { return m_value; }
+    void setProtocol(KxSipText protocol) { setTokenText(protocol); }
     [[nodiscard]] bool isProtocol(std::string_view name) const { return m_value.equalsNoCase(name); }
     /** A status code for SIP, a cause value for Q.850; none if it is absent or no number. */
     std::optional<std::uint32_t> getCause() const { return KxSipParameterValue::sNumber(getParameter("cause")); }
