@@ -103,6 +103,16 @@ std::string packets(bool isNext, const std::vector<std::string>& messages, std::
     return capture.bytes().substr(begin);
 }
 
+/** A message of a call, from "BRANCH CSEQ METHOD" or "BRANCH CSEQ METHOD CODE" and any header lines. */
+std::string inCall(const std::string& text, const std::string& more) {
+    std::istringstream words(text);
+    std::string branch, number, method, code;
+    words >> branch >> number >> method >> code;
+    const std::string start = code.empty() ? method + " sip:c@d SIP/2.0" : "SIP/2.0 " + code + " x";
+    std::string message = sipMessage(start, "CSeq: " + number + " " + method + "\r\n" + more);
+    return message.replace(message.find("z9hG4bKa"), 8, "z9hG4bK" + branch);
+}
+
 } // namespace
 
 TEST(LiveTest, EachMessageIsShownWhenItHasArrived) {
@@ -180,5 +190,28 @@ TEST(LiveTest, PiecesDoNotChangeWhatIsRead) {
             const ToolRun whole = kxsip(arguments, input);
             EXPECT_EQ(live, (ToolRun{whole.exit, whole.out, ""})) << input;
         }
+    }
+}
+
+TEST(LiveTest, ACallIsDrawnOnceWhenItHasEnded) {
+    const std::vector<const char*> rows[] = {
+        {"a 1 INVITE", "a 1 INVITE 407", "a 1 ACK", "b 2 INVITE", "b 2 INVITE 180", "b 2 INVITE 200", "b 2 INVITE 180",
+         "c 2 ACK", "d 3 INFO", "d 3 INFO 500", "e 4 BYE", "e 4 BYE 200"},
+        {"a 1 INVITE", "b 1 INVITE", "b 1 INVITE 486", "b 1 ACK", "b 1 ACK", "a 1 INVITE 486", "a 1 ACK"},
+        {"a 1 INVITE", "a 1 CANCEL", "a 1 CANCEL 200", "a 1 INVITE 487", "a 1 ACK"},
+        {"a 1 SUBSCRIBE", "a 1 SUBSCRIBE 200", "b 2 NOTIFY", "b 2 NOTIFY 200", "c 3 NOTIFY!", "c 3 NOTIFY 200"},
+    };
+    for (const std::vector<const char*>& row : rows) {
+        SCOPED_TRACE(row[1]);
+        std::vector<std::string> messages;
+        for (std::string text : row) {
+            const bool isLast = text.back() == '!';
+            text.resize(text.size() - (isLast ? 1 : 0));
+            messages.push_back(inCall(text, isLast ? "Subscription-State: terminated;reason=timeout\r\n" : ""));
+        }
+        LiveRun run("flow -");
+        run.write(packets(false, messages, 0));
+        EXPECT_TRUE(run.await("Call-ID x@y, " + std::to_string(row.size()) + " messages"));
+        EXPECT_THAT(run.finish(0).out, Not(HasSubstr("Call-ID")));
     }
 }
