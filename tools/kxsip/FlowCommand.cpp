@@ -26,8 +26,9 @@ each port. Each message has its number and its time (seconds since the call bega
 message 6 (a retransmission) has the remark "repeats 6". Filters select whole calls: those with a matching message. If
 the character set of the terminal is not UTF-8, the ladder is drawn in ASCII.
 From a pipe, a call is drawn when it has ended: all requests have final responses, a refused INVITE has its ACK, the BYE
-of an accepted one is answered, and the last response is not 401 or 407. Later messages that repeat those of a drawn call
-are not drawn; others begin a new ladder. Calls that have not ended are kept in memory, and drawn at the end.
+of an accepted one is answered, and the last response is not 401 or 407. Later messages that repeat those of a drawn
+call are not drawn; others begin a new ladder. Calls that have not ended are kept in memory, and drawn at the end.
+Control-C ends the input.
 With -o the ladders are drawn into a single, self-contained file: FILE.svg is one picture that shows each message when
 pointed at; FILE.html is a page that unfolds each message when clicked on.
 
