@@ -104,10 +104,11 @@ TEST(ShowTest, ExitCodeIsTheWorstOfAllFiles) {
 }
 
 TEST(ShowTextTest, ControlCharactersStayOffTheTerminal) {
-    const std::string text = kRequest + "X-A: \x1B[2J\x7F\xC2\x9B\xC3\xA9\r\n";
+    const std::string text = kRequest + "X-A: \x1B[2J\x7F\xC2\x9B\xC3\xA9\x9B\xE2\x80\xAE\r\n";
     const std::string out = kxsip("show", text + kNoBody + text + "none\r\n" + kNoBody).out;
-    for (const char* const part : {"\\x1B[2J\\x7F\xC2\\x9B\xC3\xA9\n", "verdict   not valid, status 1",
-                                   "request   OPTIONS sip:c@d\n  verdict   valid, status 0\n"}) {
+    for (const char* const part :
+         {"\\x1B[2J\\x7F\\xC2\\x9B\xC3\xA9\\x9B\\xE2\\x80\\xAE\n", "verdict   not valid, status 1",
+          "request   OPTIONS sip:c@d\n  verdict   valid, status 0\n"}) {
         EXPECT_THAT(out, testing::HasSubstr(part));
     }
 }

@@ -21,6 +21,7 @@ and the reason. The verdicts:
   incomplete  a header line was dropped; the reason is the line's number in the message and what is wrong with it
   unusable    the message was kept, but can't be used
   refused     the message was not kept
+From a pipe, each line is printed when its message has arrived; Control-C ends the input.
 At the end the number of messages with each verdict, and the grammar in use, are printed on standard error. If standard
 error is a terminal, it shows progress.
 

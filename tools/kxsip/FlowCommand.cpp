@@ -4,12 +4,14 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Progress.h"
+#include "tools/kxsip/capture/CaptureFile.h"
 #include "tools/kxsip/flow/CallBook.h"
 #include "tools/kxsip/flow/Drawing.h"
 #include "tools/kxsip/flow/TextLadder.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <iostream>
@@ -23,11 +25,16 @@ constexpr const char* kFooter =
 each port. Each message has its number and its time (seconds since the call began). A message with the same bytes as
 message 6 (a retransmission) has the remark "repeats 6". Filters select whole calls: those with a matching message. If
 the character set of the terminal is not UTF-8, the ladder is drawn in ASCII.
+From a pipe, a call is drawn when it has ended: all requests have final responses, a refused INVITE has its ACK, the BYE
+of an accepted one is answered, and the last response is not 401 or 407. Later messages that repeat those of a drawn
+call are not drawn; others begin a new ladder. Calls that have not ended are kept in memory, and drawn at the end.
+Control-C ends the input.
 With -o the ladders are drawn into a single, self-contained file: FILE.svg is one picture that shows each message when
 pointed at; FILE.html is a page that unfolds each message when clicked on.
 
 Examples:
   kxsip flow samples/captures/call_udp.pcap
+  tcpdump -i any -U -w - | kxsip flow -
   kxsip flow --status 486 -o busy.html samples/captures/call_udp.pcap)";
 
 struct Options {
@@ -54,39 +61,59 @@ bool writeFile(const std::string& name, const std::string& bytes) {
     return false;
 }
 
-Outcome draw(const std::vector<Call>& calls, const Options& options) {
-    if (options.output.empty()) {
-        TextLadder ladder(std::cout, Colour(options.colour), canDrawLines());
-        for (const Call& call : calls) {
-            ladder.draw(call);
+/** Draws calls: as text each at once, into a file all at the end. */
+class Drawer {
+public:
+    explicit Drawer(const Options& options)
+        : m_options(options), m_ladder(std::cout, Colour(options.colour), canDrawLines()) {}
+
+    bool isFile() const { return !m_options.output.empty(); }
+
+    /** Draws a call that has ended. Not for a file. */
+    void draw(const Call& call) {
+        m_progress.makeRoom();
+        m_ladder.draw(call);
+        m_hasDrawn = true;
+    }
+
+    /** Draws the remaining calls. */
+    Outcome finish(const std::vector<Call>& calls) {
+        if (calls.empty() && !m_hasDrawn) {
+            std::cerr << "kxsip: no call to draw\n";
         }
+        if (isFile() && !calls.empty()) {
+            const std::string drawing = isHtml(m_options.output) ? htmlDrawing(calls) : svgDrawing(calls);
+            return writeFile(m_options.output, drawing) ? Outcome::Valid : Outcome::Failed;
+        }
+        std::for_each(calls.begin(), calls.end(), [this](const Call& call) { draw(call); });
         return Outcome::Valid;
     }
-    const std::string drawing = isHtml(options.output) ? htmlDrawing(calls) : svgDrawing(calls);
-    return writeFile(options.output, drawing) ? Outcome::Valid : Outcome::Failed;
-}
+
+    Progress& progress() { return m_progress; }
+
+private:
+    const Options& m_options;
+    TextLadder m_ladder;
+    Progress m_progress;
+    bool m_hasDrawn = false;
+};
 
 Outcome flow(const Options& options) {
     CallBook book;
-    Progress progress;
-    std::string noCapture;
-    const Outcome worst = forEachMessage({options.files, nullptr, &progress}, [&](const ReadMessage& read) {
-        if (read.origin) {
-            book.add(read, options.filter.accepts(read));
-        } else {
-            noCapture = read.file;
+    Drawer drawer(options);
+    const Outcome worst = forEachMessage({options.files, nullptr, &drawer.progress()}, [&](const ReadMessage& read) {
+        if (!read.origin) {
+            throw CaptureError(printable(read.file) +
+                               " is no capture: a ladder needs times and addresses; give a pcap or pcapng file");
+        }
+        const bool isWanted = options.filter.accepts(read);
+        if (!read.isLive || drawer.isFile()) {
+            book.add(read, isWanted);
+        } else if (const std::optional<Call> ended = book.addLive(read, isWanted)) {
+            drawer.draw(*ended);
         }
     });
-    if (!noCapture.empty()) {
-        std::cerr << "kxsip: " << printable(noCapture)
-                  << " is no capture: a ladder needs times and addresses; give a pcap or pcapng file\n";
-        return Outcome::Failed;
-    }
-    const std::vector<Call> calls = book.finish();
-    if (calls.empty()) {
-        std::cerr << "kxsip: no call to draw\n";
-    }
-    return worse(worst, calls.empty() ? Outcome::Valid : draw(calls, options));
+    return worse(worst, drawer.finish(book.finish()));
 }
 
 } // namespace

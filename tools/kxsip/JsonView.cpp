@@ -24,7 +24,7 @@ Json blank(const ReadMessage& read) {
     json["error"] = nullptr;
     json["headers"] = Json::array();
     json["body_bytes"] = 0;
-    json["unread_bytes"] = read.unread;
+    json["unread_bytes"] = read.unread ? Json(*read.unread) : Json();
     json["line"] = read.line == 0 ? Json() : Json(read.line);
     for (const char* key : {"time", "transport", "source", "destination"}) {
         json[key] = nullptr;

@@ -15,26 +15,34 @@ class Progress;
     - Line ends before a message are skipped [RFC 3261 7.5]; a file with nothing else is parsed unchanged.
     - After a message that was read, with its body, the next one begins immediately, whatever the bytes there are.
     - After a refused message the next one begins at a line that looks like a start line. This line is neither the first
-      line of the refused message nor before the position where parsing stopped. */
+      line of the refused message nor before the position where parsing stopped.
+
+    A message is returned as soon as no further byte can change it: with the last byte of its body, or with the end of
+    its header section if it is refused for that. Keeps one message at a time, and what follows it in the last block. */
 class MessageReader final : public MessageSource {
 public:
-    /** The file must outlive the reader. */
-    explicit MessageReader(const InputFile& file) : m_name(file.name), m_bytes(file.bytes) {}
+    /** The input must outlive the reader. */
+    explicit MessageReader(Input& input) : m_input(input) {}
 
-    /** Returns the next message, or nothing at the end. Every file has at least one. */
+    /** Returns the next message, or nothing at the end. Every input has at least one, unless
+        it was interrupted before its first byte. */
     std::optional<ReadMessage> next() override;
-    std::size_t position() const override { return m_position; }
 
 private:
+    void skipLineEnds();
+    void findStartLine();
+    void fetchHeaderSection();
+    std::size_t missing(const ReadMessage& read, std::size_t taken) const;
+    std::size_t parseHere(ReadMessage& read);
     ReadMessage readHere();
-    std::size_t lineHere();
+    ReadMessage readNothing();
+    void pass(std::size_t count);
+    std::string_view here() const { return m_input.bytes(); }
 
-    std::string_view m_name;
-    std::string_view m_bytes;
-    std::size_t m_position = 0;
+    Input& m_input;
     std::size_t m_index = 0;
-    std::size_t m_line = 1;        ///< The line number at m_lineCounted.
-    std::size_t m_lineCounted = 0; ///< The position up to which lines are counted.
+    std::size_t m_line = 1; ///< The line number here.
+    bool m_isLost = false;  ///< Whether the next start line must be found, since a message was refused.
 };
 
 /** Returns the message with this number, 0 for the first, or nothing if the file has fewer messages. */

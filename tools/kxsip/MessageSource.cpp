@@ -4,13 +4,15 @@
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/capture/CaptureReader.h"
 
-std::unique_ptr<MessageSource> MessageSource::sOpen(const InputFile& file) {
-    if (CaptureFile::sIsCapture(file.bytes)) {
+std::unique_ptr<MessageSource> MessageSource::sOpen(Input& input) {
+    while (input.bytes().size() < CaptureFile::kMagicLength && input.more()) {
+    }
+    if (CaptureFile::sIsCapture(input.bytes())) {
         try {
-            return std::make_unique<CaptureReader>(file);
+            return std::make_unique<CaptureReader>(input);
         } catch (const CaptureError& why) {
-            throw CaptureError("cannot read " + printable(file.name) + ": " + why.what());
+            throw CaptureError("cannot read " + printable(input.name()) + ": " + why.what());
         }
     }
-    return std::make_unique<MessageReader>(file);
+    return std::make_unique<MessageReader>(input);
 }

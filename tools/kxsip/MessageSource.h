@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/kxsip/InputFile.h"
+#include "tools/kxsip/Input.h"
 #include "tools/kxsip/ReadMessage.h"
 
 #include <memory>
@@ -15,14 +15,13 @@ public:
     MessageSource(const MessageSource&) = delete;
     MessageSource& operator=(const MessageSource&) = delete;
 
-    /** Returns a reader for the file: a CaptureReader for a capture, else a MessageReader. The file must outlive it.
-        Throws CaptureError, with the file's name, for a capture that can't be opened. */
-    static std::unique_ptr<MessageSource> sOpen(const InputFile& file);
+    /** Returns a reader for the input, of which nothing must have been dropped: a CaptureReader for a capture, else a
+        MessageReader. The input must outlive it. Throws CaptureError, with the file's name, for a capture that can't be
+        opened, and std::system_error. */
+    static std::unique_ptr<MessageSource> sOpen(Input& input);
 
-    /** Returns the next message, or nothing at the end. */
+    /** Returns the next message as soon as it has arrived, or nothing at the end. Throws std::system_error. */
     virtual std::optional<ReadMessage> next() = 0;
-    /** Returns about how many bytes of the file have been read. */
-    virtual std::size_t position() const = 0;
     /** Returns notes for the user about the file. To be called after the last message. */
     virtual std::vector<std::string> notes() const { return {}; }
     /** Returns the outcome for the file itself, without its messages. */

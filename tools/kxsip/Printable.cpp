@@ -1,10 +1,21 @@
 #include "tools/kxsip/Printable.h"
 
+#include "tools/kxsip/flow/Utf8.h"
+
+#include <algorithm>
+
 namespace {
 
-/** Whether the byte is a C0 control, DEL, or the second byte of a C1 control in UTF-8, after 0xC2. */
-bool isControl(unsigned char before, unsigned char byte) {
-    return byte < 0x20 || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0);
+/** Whether the character changes the direction of the text around it. [UAX #9 2] */
+bool changesDirection(std::string_view character) {
+    return character == "\u200E" || character == "\u200F" || (character >= "\u202A" && character <= "\u202E") ||
+           (character >= "\u2066" && character <= "\u2069");
+}
+
+/** Returns the length of the first character if it may be shown, else 0. */
+std::size_t shownLength(std::string_view text) {
+    const std::size_t length = Utf8::characterLength(text);
+    return text.front() == '\t' || text.front() == '\n' || changesDirection(text.substr(0, length)) ? 0 : length;
 }
 
 } // namespace
@@ -12,15 +23,15 @@ bool isControl(unsigned char before, unsigned char byte) {
 std::string printable(std::string_view text) {
     constexpr const char* kDigits = "0123456789ABCDEF";
     std::string result;
-    unsigned char before = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (isControl(before, byte)) {
-            result.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
+    while (!text.empty()) {
+        const std::size_t length = shownLength(text);
+        const auto byte = static_cast<unsigned char>(text.front());
+        if (length > 0) {
+            result += text.substr(0, length);
         } else {
-            result.append(1, c);
+            result += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
         }
-        before = byte;
+        text.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return result;
 }

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 
 /** Shows the progress of reading in one line at the bottom of the terminal, on standard error. Shows nothing if
@@ -13,7 +14,8 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void show(const std::string& file, std::size_t done, std::size_t size);
+    /** `done` and `size` are numbers of bytes. Without a size, there is no share to show. */
+    void show(const std::string& file, std::size_t done, std::optional<std::size_t> size);
     /** Removes the line, so that standard error can be written. */
     void wipe();
     /** Removes the line if standard output is a terminal too, so that standard output can be written. */

@@ -28,6 +28,7 @@ std::size_t ReadMessage::parse(std::string_view bytes) {
     message = reading.message;
     salvaged = reading.salvaged;
     error = reading.failure;
+    isIncomplete = reading.kind == KxSipReading::Kind::Incomplete;
     if (isRefused() && error.isNil()) { // only a ping or pong
         error = KxMake<KxSipParseKeepAliveException>("Keep-alive datagram encountered");
     }

@@ -30,9 +30,12 @@ struct ReadMessage {
     KxHandle<KxException> error;      ///< Why the message was refused; else nil.
     std::vector<DroppedLine> dropped; ///< The header lines that could not be read, of a refused message too.
     std::size_t line = 0;             ///< Line of the file where it begins, 1 for the first; 0 in a capture.
-    std::string text;                 ///< Its bytes; those of a refused message reach to the next message.
+    std::string text;                 ///< Its bytes; those of a refused message as far as they were read.
     std::optional<Origin> origin;     ///< Only for a message from a capture.
-    std::size_t unread = 0;           ///< Bytes of the file after this message; in a capture, of the datagram.
+    bool isLive = false;              ///< Whether it was read from a live input.
+    bool isIncomplete = false;        ///< Whether the message was refused because its bytes end too early.
+    /** Bytes of the file after this message; in a capture, of the datagram. Nothing for text from a live input. */
+    std::optional<std::size_t> unread;
 
     /** Parses a message at the beginning of the bytes. Returns the number of bytes that were read; if the message is
         refused, these are the bytes before the position where parsing stopped. */

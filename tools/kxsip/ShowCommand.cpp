@@ -25,18 +25,22 @@ Several messages in one file:
   "SIP/2.0 200"). The search begins where reading stopped, but never in the first line of the refused message. All
   bytes up to there belong to the refused message.
 
+Live input (a pipe, a terminal):
+  Each message is printed when it has arrived. Control-C ends the input; what has arrived is printed.
+
 JSON:
   file, index (0 for the first message of the file), kind ("request", "response" or null), method, uri, code, reason,
   version, status (null when the message was refused), valid, key (of the transaction; null if there is none), error
   (null, or class and text of the exception), headers (in written order, one object for each value: id, name, class,
-  value), body_bytes, unread_bytes (the bytes of the file, or of a capture's datagram, after this message), line (of the
-  file, where the message begins; null in a capture). Null except in a capture: time ("2026-11-21T13:22:21.935691Z"),
-  transport ("UDP" or "TCP"), source and destination (objects of address and port). dropped: the header lines that can't
-  be read, of a refused message too, one object for each: line (1 for the start line of the message), text, why. Bytes
-  that are not UTF-8 become U+FFFD.
+  value), body_bytes, unread_bytes (the bytes of the file, or of a capture's datagram, after this message; null for
+  text from a live input), line (of the file, where the message begins; null in a capture). Null except in a capture:
+  time ("2026-11-21T13:22:21.935691Z"), transport ("UDP" or "TCP"), source and destination (objects of address and
+  port). dropped: the header lines that can't be read, of a refused message too, one object for each: line (1 for the
+  start line of the message), text, why. Bytes that are not UTF-8 become U+FFFD.
 
 Examples:
   kxsip show --status 4xx,5xx samples/captures/call_udp.pcap
+  tcpdump -i any -U -w - | kxsip show -
   kxsip show --json samples/call.sip | jq -r '.method // .code')";
 
 struct Options {

@@ -1,5 +1,7 @@
 #include "tools/kxsip/capture/CaptureFile.h"
 
+#include "tools/kxsip/Interrupt.h"
+
 #include <pcap/pcap.h>
 
 #include <algorithm>
@@ -7,7 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <exception>
 #include <system_error>
 
 namespace {
@@ -38,6 +40,22 @@ std::chrono::microseconds timeOf(const timeval& stamp) {
     return std::chrono::seconds(seconds) + std::chrono::microseconds(fraction);
 }
 
+/** Gives libpcap the bytes of an Input. No exception may pass through libpcap. */
+ssize_t readInput(void* cookie, char* to, std::size_t capacity) {
+    Input& input = *static_cast<Input*>(cookie);
+    try {
+        if (input.bytes().empty() && !input.more()) {
+            return 0;
+        }
+    } catch (const std::exception&) {
+        errno = EIO;
+        return -1;
+    }
+    const std::size_t count = input.bytes().copy(to, capacity);
+    input.drop(count);
+    return static_cast<ssize_t>(count);
+}
+
 } // namespace
 
 bool CaptureFile::sIsCapture(std::string_view bytes) {
@@ -49,11 +67,11 @@ void CaptureFile::Closer::operator()(pcap* capture) const {
     pcap_close(capture);
 }
 
-CaptureFile::CaptureFile(std::string_view bytes) {
-    if (bytes.starts_with(kGzip)) {
+CaptureFile::CaptureFile(Input& input) {
+    if (input.bytes().starts_with(kGzip)) {
         throw CaptureError("it is compressed; unpack it first: gunzip -c FILE | kxsip COMMAND -");
     }
-    std::FILE* const in = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb"); // the buffer is not written
+    std::FILE* const in = fopencookie(&input, "rb", {readInput, nullptr, nullptr, nullptr});
     if (in == nullptr) {
         throw CaptureError(std::generic_category().message(errno));
     }
@@ -77,7 +95,7 @@ std::optional<Frame> CaptureFile::next() {
         const std::string_view text(reinterpret_cast<const char*>(bytes), header->caplen);
         return Frame{timeOf(header->ts), text, header->caplen < header->len};
     }
-    if (result == PCAP_ERROR) {
+    if (result == PCAP_ERROR && !Interrupt::sHasCome()) {
         m_damage = pcap_geterr(m_capture.get());
     }
     return std::nullopt;

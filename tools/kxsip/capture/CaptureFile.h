@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/kxsip/Input.h"
+
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -22,16 +24,19 @@ struct Frame {
     bool isCut = false;               ///< The capture has only the beginning of the frame.
 };
 
-/** Reads the frames of a pcap or pcapng file in memory. */
+/** Reads the frames of a pcap or pcapng file, each when it has arrived. */
 class CaptureFile {
 public:
+    /** Number of bytes at the beginning of a file that sIsCapture looks at. */
+    static constexpr std::size_t kMagicLength = 12;
     /** Whether the bytes begin like a capture, plain or gzipped. */
     static bool sIsCapture(std::string_view bytes);
 
-    /** The bytes must outlive this object. Throws CaptureError. */
-    explicit CaptureFile(std::string_view bytes);
+    /** The input must outlive this object. Throws CaptureError. */
+    explicit CaptureFile(Input& input);
 
-    /** Returns the next frame, or nothing at the end of the file or where the file is damaged. */
+    /** Returns the next frame, or nothing at the end of the file or where the file is damaged. A frame that was cut off
+        by an Interrupt is no damage. */
     std::optional<Frame> next();
 
     /** Returns the link type, one of the DLT_ values of libpcap. */

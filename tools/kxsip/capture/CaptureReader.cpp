@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::uint8_t kTcp = 6;
 constexpr std::uint8_t kUdp = 17;
-constexpr std::size_t kFrameHeader = 16; // bytes that a pcap file adds to each frame
 
 /** Returns the message of a datagram, empty if it is not a message. */
 std::string_view messageOf(const Tins::PDU* payload) {
@@ -29,8 +28,8 @@ std::string counted(std::size_t count, const char* one, const char* many) {
 
 } // namespace
 
-CaptureReader::CaptureReader(const InputFile& file)
-    : m_name(file.name), m_capture(file.bytes), m_streams([this](const Origin& origin, std::string message) {
+CaptureReader::CaptureReader(Input& input)
+    : m_input(input), m_capture(input), m_streams([this](const Origin& origin, std::string message) {
           m_found.push_back({origin, std::move(message)});
       }) {
     if (!IpPacket::sKnowsLinkType(m_capture.linkType())) {
@@ -57,7 +56,6 @@ std::optional<ReadMessage> CaptureReader::next() {
 }
 
 void CaptureReader::take(const Frame& frame) {
-    m_position += frame.bytes.size() + kFrameHeader;
     ++m_packets;
     m_cut += frame.isCut ? 1U : 0U;
     try {
@@ -108,7 +106,8 @@ void CaptureReader::takeTransport(const Tins::PDU& transport, Origin origin) {
 
 ReadMessage CaptureReader::parsed(const Found& found) {
     ReadMessage read;
-    read.file = m_name;
+    read.file = m_input.name();
+    read.isLive = m_input.isLive();
     read.index = m_index++;
     read.origin = found.origin;
     const std::size_t taken = read.parse(found.bytes);

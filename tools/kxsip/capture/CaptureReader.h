@@ -11,11 +11,10 @@
     looks like a start line. A StreamFramer cuts TCP streams. Packets that can't be read are counted and skipped. */
 class CaptureReader final : public MessageSource {
 public:
-    /** The file must outlive the reader. Throws CaptureError. */
-    explicit CaptureReader(const InputFile& file);
+    /** The input must outlive the reader. Throws CaptureError. */
+    explicit CaptureReader(Input& input);
 
     std::optional<ReadMessage> next() override;
-    std::size_t position() const override { return m_position; }
     std::vector<std::string> notes() const override;
     Outcome outcome() const override;
 
@@ -31,13 +30,12 @@ private:
     void takeWhole(const std::string& datagram, std::uint8_t protocol, const Origin& origin);
     ReadMessage parsed(const Found& found);
 
-    std::string_view m_name;
+    const Input& m_input;
     CaptureFile m_capture;
     Fragments m_fragments;
     TcpStreams m_streams;
     std::deque<Found> m_found;
     bool m_ended = false;
-    std::size_t m_position = 0;
     std::size_t m_index = 0;
     std::size_t m_packets = 0;
     std::size_t m_malformed = 0;

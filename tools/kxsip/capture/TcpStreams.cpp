@@ -4,6 +4,8 @@
 
 namespace {
 
+constexpr std::size_t kMostStreams = 65536;
+
 bool has(const Tins::TCP& segment, unsigned flag) {
     return (segment.flags() & flag) != 0;
 }
@@ -28,7 +30,11 @@ void TcpStreams::take(const Tins::TCP& segment, const Origin& origin) {
 }
 
 TcpStreams::Stream& TcpStreams::open(const Key& key, const Origin& origin, std::uint32_t first) {
-    return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}}).first->second;
+    if (m_streams.size() == kMostStreams) {
+        close(Key(m_order.front()));
+    }
+    const auto place = m_order.insert(m_order.end(), key);
+    return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}, place}).first->second;
 }
 
 /** A new stream may have the addresses and ports of an earlier one. The same SYN may come twice. */
@@ -48,6 +54,7 @@ void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin
         return;
     }
     Stream& stream = known == m_streams.end() ? open(key, origin, segment.seq()) : known->second;
+    m_order.splice(m_order.end(), m_order, stream.place);
     stream.origin.time = origin.time;
     stream.segments.put(segment.seq(), {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()});
     read(stream);
@@ -82,6 +89,7 @@ void TcpStreams::close(const Key& key) {
         skipGap(known->second);
     }
     cutOff(known->second);
+    m_order.erase(known->second.place);
     m_streams.erase(known);
 }
 

@@ -7,13 +7,15 @@
 #include <tins/tcp.h>
 
 #include <functional>
+#include <list>
 #include <map>
 #include <utility>
 
 /** Puts the segments of TCP streams in order and cuts the streams into messages. Streams that began before the capture
     are read from their first captured segment. If a segment is missing, reading continues after the gap in three cases:
     the other side has acknowledged bytes after the gap (the segment was not lost, only not captured); more than 256 KiB
-    or 1,024 segments wait; or the connection is reset or opened again, or the capture ends. */
+    or 1,024 segments wait; or the connection is reset or opened again, or the capture ends. At most 65,536 streams are
+    kept, one for each direction of a connection; for a new one, that which was idle longest is given up. */
 class TcpStreams {
 public:
     /** Called with each message that is found. A message with missing bytes is cut off before them. */
@@ -36,6 +38,7 @@ private:
         std::uint32_t first = 0;
         SegmentQueue segments;
         StreamFramer framer;
+        std::list<Key>::iterator place; ///< In m_order.
     };
     using Streams = std::map<Key, Stream>;
 
@@ -50,5 +53,6 @@ private:
 
     Sink m_sink;
     Streams m_streams;
+    std::list<Key> m_order; ///< The keys of all streams; that with the latest data is last.
     std::size_t m_gaps = 0;
 };

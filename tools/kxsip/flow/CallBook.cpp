@@ -1,9 +1,12 @@
 #include "tools/kxsip/flow/CallBook.h"
 
 #include <algorithm>
+#include <functional>
 #include <tuple>
 
 namespace {
+
+constexpr std::size_t kMostPast = 65536;
 
 /** Each host is a column; a host that sends to itself has a column for each port. */
 void findColumns(Call& call) {
@@ -51,16 +54,58 @@ void order(Call& call) {
 
 } // namespace
 
-void CallBook::add(const ReadMessage& read, bool isWanted) {
+CallBook::Entries::iterator CallBook::put(const ReadMessage& read, bool isWanted) {
     MessageFacts facts(read);
-    const auto [known, isNew] = m_index.emplace(facts.callId, m_entries.size());
+    const auto [known, isNew] = m_index.emplace(facts.callId, m_entries.end());
     if (isNew) {
-        m_entries.push_back({{facts.callId, {}, {}}, false});
+        known->second = m_entries.insert(m_entries.end(), Entry{{facts.callId, {}, {}}, false, {}});
     }
-    Entry& entry = m_entries[known->second];
+    Entry& entry = *known->second;
     entry.isWanted = entry.isWanted || isWanted;
+    entry.progress.take(read, facts);
     const std::string error = read.isRefused() ? std::string(read.error->getExceptionMessage().view()) : "";
     entry.call.steps.push_back({std::move(facts), *read.origin, m_count++, read.text, error, 0, 0, {}});
+    return known->second;
+}
+
+void CallBook::add(const ReadMessage& read, bool isWanted) {
+    put(read, isWanted);
+}
+
+std::optional<Call> CallBook::addLive(const ReadMessage& read, bool isWanted) {
+    if (m_past.contains(std::hash<std::string>()(read.text))) {
+        ++m_count;
+        return std::nullopt;
+    }
+    const Entries::iterator entry = put(read, isWanted);
+    const bool hasEnded = !entry->call.id.empty() && entry->progress.hasEnded();
+    return hasEnded ? takeOut(entry) : std::nullopt;
+}
+
+std::optional<Call> CallBook::takeOut(Entries::iterator entry) {
+    for (const Step& step : entry->call.steps) {
+        remember(step.text);
+    }
+    m_index.erase(entry->call.id);
+    std::optional<Call> call;
+    if (entry->isWanted) {
+        order(entry->call);
+        call = std::move(entry->call);
+    }
+    m_entries.erase(entry);
+    return call;
+}
+
+void CallBook::remember(const std::string& text) {
+    const std::size_t hash = std::hash<std::string>()(text);
+    if (!m_past.insert(hash).second) {
+        return;
+    }
+    m_pastOrder.push_back(hash);
+    if (m_pastOrder.size() > kMostPast) {
+        m_past.erase(m_pastOrder.front());
+        m_pastOrder.pop_front();
+    }
 }
 
 std::vector<Call> CallBook::finish() {

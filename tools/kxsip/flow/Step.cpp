@@ -1,10 +1,12 @@
 #include "tools/kxsip/flow/Step.h"
 
+#include "tools/kxsip/Printable.h"
+
 std::string Step::remark() const {
     std::string result;
     const auto add = [&result](const std::string& more) { result += (result.empty() ? "" : ", ") + more; };
     if (facts.isResponse() && facts.method != "INVITE") {
-        add("to " + facts.method); // several requests may be open at once
+        add("to " + printable(facts.method)); // several requests may be open at once
     }
     if (facts.hasSdp) {
         add("SDP");

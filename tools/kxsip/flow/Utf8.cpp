@@ -9,8 +9,26 @@ bool isContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
-/** Returns the number of bytes of the first character, 0 if it is not UTF-8 or XML does not allow it. [RFC 3629 4] */
-std::size_t characterLength(std::string_view text) {
+std::string_view entityOf(char c) {
+    switch (c) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    case '\'':
+        return "&#39;";
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+std::size_t Utf8::characterLength(std::string_view text) {
     const auto first = static_cast<unsigned char>(text.front());
     const std::size_t length = first < 0x80   ? 1
                                : first < 0xC2 ? 0
@@ -31,25 +49,6 @@ std::size_t characterLength(std::string_view text) {
         code < 0xA0 || (code >= 0xD800 && code < 0xE000) || (code & 0xFFFEU) == 0xFFFE || code > 0x10FFFF;
     return isOverlong || isForbidden ? 0 : length;
 }
-
-std::string_view entityOf(char c) {
-    switch (c) {
-    case '&':
-        return "&amp;";
-    case '<':
-        return "&lt;";
-    case '>':
-        return "&gt;";
-    case '"':
-        return "&quot;";
-    case '\'':
-        return "&#39;";
-    default:
-        return {};
-    }
-}
-
-} // namespace
 
 std::size_t Utf8::length(std::string_view text) {
     return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
