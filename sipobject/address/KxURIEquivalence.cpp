@@ -109,8 +109,8 @@ bool KxURIEquivalence::sMatchParameters(const KxSharedParameters& one, const KxS
     if (longer.size() >= shorter.size() + 2) {
         return false;
     }
-    return std::all_of(shorter.begin(), shorter.end(), [&longer = longer](const KxParameters::Pair& pair) {
-        const KxString* const twin = longer.findValue(pair.name);
+    return std::all_of(shorter.begin(), shorter.end(), [&all = longer](const KxParameters::Pair& pair) {
+        const KxString* const twin = all.findValue(pair.name);
         return pair.name.equalsNoCase("transport") || (twin != nullptr && twin->equalsNoCase(pair.value));
     });
 }
@@ -120,8 +120,8 @@ bool KxURIEquivalence::sMatchHeaders(const KxSharedParameters& one, const KxShar
     if (shorter.empty() != longer.empty()) {
         return false;
     }
-    return std::all_of(shorter.begin(), shorter.end(), [&longer = longer](const KxParameters::Pair& pair) {
-        const KxString* const twin = longer.findValue(pair.name);
+    return std::all_of(shorter.begin(), shorter.end(), [&all = longer](const KxParameters::Pair& pair) {
+        const KxString* const twin = all.findValue(pair.name);
         return twin != nullptr && *twin == pair.value;
     });
 }
