@@ -58,8 +58,8 @@ public:
         std::erase_if(m_kinds, [](const Kind& left) { return left.lines.empty(); });
         return true;
     }
-    /** The line that is found by a name, "" if there is none. Names of unknown headers are case-sensitive, except in the
-        RFC grammar. */
+    /** The line that is found by a name, "" if there is none. Names of unknown headers are case-sensitive, except in
+        the RFC grammar. */
     std::string line(std::string_view name) {
         Kind* const kind = findToken(name);
         if (kind == nullptr) {

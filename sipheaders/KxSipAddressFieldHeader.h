@@ -4,8 +4,8 @@
 #include "sipheaders/KxSipReceivedHeader.h"
 #include "sipobject/headers/KxSipAddressHeader.h"
 
-/** The headers whose value is a name-address with parameters: ( name-addr / addr-spec ) *( SEMI generic-param ). A class
-    takes over the constructors with `using`. */
+/** The headers whose value is a name-address with parameters: ( name-addr / addr-spec ) *( SEMI generic-param ). A
+    class takes over the constructors with `using`. */
 template <class H>
 class KxSipAddressFieldHeader : public KxSipParameterAddressHeader<H, KxSipReceivedHeader<H>> {
     using Base = KxSipParameterAddressHeader<H, KxSipReceivedHeader<H>>;

@@ -21,8 +21,8 @@ public:
     /** The value of a feature, such as "audio" or "+sip.instance", without quotes and escapes: {INVITE,BYE} of
         methods="INVITE,BYE". Empty for a feature without a value, which means TRUE; nil when absent. */
     KxString getFeature(std::string_view name) const { return KxSipParameterValue::sText(this->getParameter(name)); }
-    /** The feature is then written with its value in quotes; without "=" if there is no text. Throws KxSipParseError for
-        CR, LF and NUL. */
+    /** The feature is then written with its value in quotes; without "=" if there is no text. Throws KxSipParseError
+        for CR, LF and NUL. */
     void setFeature(KxSipText name, KxSipText value = {}) {
         this->setParameter(name.needed("feature").view(),
                            value.isNone() ? KxString("") : KxSipParameterValue::sQuoted(value));

@@ -6,7 +6,7 @@
     Geolocation = "Geolocation" HCOLON locationValue *(COMMA locationValue)   [RFC 6442 4.1]
     locationValue = LAQUOT locationURI RAQUOT *(SEMI geoloc-param)
     The URI is of any scheme. A display name before it and a URI without brackets are read, too.
-    "Geolocation: <cid:loc@h>, <https://l.example/a,b>;x" -> two values, "<cid:loc@h>" and "<https://l.example/a,b>;x" */
+    "Geolocation: <cid:loc@h>, <https://l.example/a,b>;x" -> two values */
 class KX_HEADERS_API KxSipGeolocationHeader final : public KxSipAddressFieldHeader<KxSipGeolocationHeader> {
 public:
     using KxSipAddressFieldHeader::KxSipAddressFieldHeader;

@@ -9,7 +9,7 @@
     "P-Access-Network-Info: 3GPP-E-UTRAN-FDD; utran-cell-id-3gpp=23415D0FCE11;network-provided" -> the same */
 class KX_HEADERS_API KxSipPAccessNetworkInfoHeader final : public KxSipFieldHeader<KxSipPAccessNetworkInfoHeader> {
 public:
-    /** @param accessType such as "IEEE-802.11". Throws KxSipParseError if it is empty or has a line end. */
+    /** @param accessType such as "IEEE-802.11". Throws KxSipParseError if it is no token. */
     explicit KxSipPAccessNetworkInfoHeader(KxSipText accessType) : KxSipFieldHeader(accessType) {}
 
     /** The access type, or the access class, such as "3GPP-GERAN". */
@@ -19,7 +19,7 @@ public:
     /** A part of the access information by its name, such as "eth-location" or "local-time-zone", without quotes and
         escapes; nil when absent. */
     KxString getAccessInfo(std::string_view name) const { return text(name); }
-    /** As all setters, throws KxSipParseError if the text is no token. */
+    /** This and the setters below throw KxSipParseError if the text is empty or contains CR, LF or NUL. */
     void setAccessInfo(KxSipText name, KxSipText value) { setText(name.checked().view(), value); }
     /** The cell of a UTRAN or E-UTRAN: MCC, MNC, area code and cell identity. Nil when absent. */
     KxString getUTRANCellID() const { return text("utran-cell-id-3gpp"); }

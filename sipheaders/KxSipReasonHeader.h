@@ -2,8 +2,8 @@
 
 #include "sipheaders/KxSipFieldHeader.h"
 
-/** Reason: why the request was sent, such as the cause of a hang-up. One object per reason; a message has at most one of
-    a protocol, except of SIP [RFC 8606].
+/** Reason: why the request was sent, such as the cause of a hang-up. One object per reason; a message has at most one
+    of a protocol, except of SIP [RFC 8606].
     Reason = "Reason" HCOLON reason-value *(COMMA reason-value)               [RFC 3326 2]
     reason-value = protocol *(SEMI ( protocol-cause / reason-text / generic-param ))
     "Reason: Q.850 ;cause=16 ;text=\"Terminated\"" -> the same */
@@ -15,6 +15,7 @@ public:
 
     /** "SIP", "Q.850" or another, in any letter case. */
     const KxString& getProtocol() const { return m_value; }
+    void setProtocol(KxSipText protocol) { setTokenText(protocol); }
     [[nodiscard]] bool isProtocol(std::string_view name) const { return m_value.equalsNoCase(name); }
     /** A status code for SIP, a cause value for Q.850; none if it is absent or no number. */
     std::optional<std::uint32_t> getCause() const { return KxSipParameterValue::sNumber(getParameter("cause")); }

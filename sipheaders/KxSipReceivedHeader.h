@@ -13,8 +13,8 @@
 template <class H, class Base = KxSipHeaderOf<H>>
 class KxSipReceivedHeader : public Base {
 public:
-    /** A header with this value. Throws KxSipParseError if the class can't read it, if there is text after it, or if it has
-        CR, LF or NUL. */
+    /** A header with this value. Throws KxSipParseError if the class can't read it, if there is text after it, or if it
+        has CR, LF or NUL. */
     [[nodiscard]] static KxHandle<H> sRead(KxSipText value) {
         KxHandle<KxSipHeader> made = KxHandle<KxSipHeader>::sOfNew(Base::sCreate());
         KxHandle<H> header(static_cast<H*>(made.get()));

@@ -18,8 +18,8 @@ public:
 
     /** The list itself, shared; never nil. */
     KxHandle<KxParameters> getParameters() const { return m_parameters.handle(); }
-    /** The getters return nil for what is absent. The setters throw KxSipParseError if the text is empty or contains CR,
-        LF or NUL; it has no quotes around it. */
+    /** The getters return nil for what is absent. The setters throw KxSipParseError if the text is empty or contains
+        CR, LF or NUL; it has no quotes around it. */
     KxString getNextnonce() const { return m_parameters.getValue("nextnonce"); }
     void setNextnonce(KxSipText nonce) { setProperty("nextnonce", nonce); }
     KxString getRspauth() const { return m_parameters.getValue("rspauth"); }

@@ -32,7 +32,7 @@ public:
     void setQValue(const KxString& q) { setParameter("q", q); }
     void setQValue(KxSipStdText q) { setQValue(q.line()); }
     void removeQValue() { removeParameter("q"); }
-    /** The preference in thousandths, 0 to 1000: 1000 when absent, none if it is not a qvalue. [RFC 3261 20.10, 25.1] */
+    /** The preference in thousandths, 0 to 1000: 1000 when absent, none if it is not a qvalue. [RFC 3261 20.10] */
     [[nodiscard]] std::optional<std::uint32_t> getQValueInThousandths() const { return KxSipQValue::sOf(m_parameters); }
     /** Writes the shortest form: 500 is "0.5". Throws KxSipParseError "Invalid q value" above 1000. */
     void setQValueInThousandths(std::uint32_t q) { setQValue(KxSipQValue::sWrite(q)); }
@@ -41,8 +41,8 @@ public:
     void setExpires(const KxString& seconds) { setParameter("expires", seconds); }
     void setExpires(KxSipStdText seconds) { setExpires(seconds.line()); }
     void removeExpires() { removeParameter("expires"); }
-    /** The same as a number, at most 4294967295; none when absent or not a number. A registrar takes what is not a number
-        for 3600. [RFC 3261 20.10] */
+    /** The same as a number, at most 4294967295; none when absent or not a number. A registrar takes what is not a
+        number for 3600. [RFC 3261 20.10] */
     [[nodiscard]] std::optional<std::uint32_t> getExpiresInSeconds() const {
         return KxSipNumberText::sSeconds(getExpires());
     }

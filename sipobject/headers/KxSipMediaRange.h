@@ -7,9 +7,9 @@
 
 class KxSipContentTypeHeader;
 
-/** A range of media types, such as that of an Accept header, and what it includes. Letter case is ignored. As subtype of
-    the range, "*" means any, and as its type too, if the subtype is "*". The parameters of the range before "q" must be
-    those of the media type, which may have others. Their values are compared without letter case and without quotes,
+/** A range of media types, such as that of an Accept header, and what it includes. Letter case is ignored. As subtype
+    of the range, "*" means any, and as its type too, if the subtype is "*". The parameters of the range before "q" must
+    be those of the media type, which may have others. Their values are compared without letter case and without quotes,
     except that two quoted strings must be the same. [RFC 2616 14.1, RFC 3261 7.3.1]
     "text/ *" includes "TEXT/plain;x=1"; "a/b;x=1;q=0.5" includes "a/b;x=1", but not "a/b" */
 class KX_SIP_API KxSipMediaRange {

@@ -55,8 +55,8 @@ public:
     void setQValue(const KxString& q) { this->setParameter("q", q); }
     void setQValue(KxSipStdText q) { setQValue(q.line()); }
     void removeQValue() { this->removeParameter("q"); }
-    /** The preference in thousandths, 0 to 1000: 1000 when absent. None if it is not a qvalue, or if the value was kept as
-        text and no q was set since. [RFC 3261 25.1] */
+    /** The preference in thousandths, 0 to 1000: 1000 when absent. None if it is not a qvalue, or if the value was kept
+        as text and no q was set since. [RFC 3261 25.1] */
     [[nodiscard]] std::optional<std::uint32_t> getQValueInThousandths() const {
         if constexpr (requires { this->getText(); }) {
             if (!this->getText().empty() && !this->isParameterPresent("q")) {

@@ -27,8 +27,8 @@ public:
     const KxString& getTimestamp() const { return m_timestamp; }
     /** Throws KxSipParseError if the text is empty or contains CR, LF or NUL. */
     void setTimestamp(KxSipText timestamp) { m_timestamp = timestamp.needed("Timestamp"); }
-    /** The time in microseconds, without the digits after the sixth decimal place, at most 2^64 - 1. None if the text is
-        not a decimal number, which only an application can set. */
+    /** The time in microseconds, without the digits after the sixth decimal place, at most 2^64 - 1. None if the text
+        is not a decimal number, which only an application can set. */
     [[nodiscard]] std::optional<std::uint64_t> getTimestampInMicroseconds() const {
         return KxSipDecimal::sRead(m_timestamp, kPlaces);
     }
