@@ -21,7 +21,8 @@ int main() {
                                 "From: <sip:a@example.com>;tag=1\r\nTo: <sip:b@example.net>\r\nCall-ID: c\r\n"
                                 "Max-Forwards: 70\r\nCSeq: 1 " +
                                 method + "\r\n\r\n");
-        const KxSipHeader* const via = reading.message->firstNamed("v");
-        std::cout << typeid(*reading.message).name() << " " << typeid(*via).name() << "\n";
+        const KxSipMessage& message = *reading.message;
+        const KxSipHeader& via = *message.firstNamed("v");
+        std::cout << typeid(message).name() << " " << typeid(via).name() << "\n";
     }
 }
