@@ -27,6 +27,7 @@ set(KX_PRIVATE_HEADERS
     sipobject/auth/KxSipPropertyWriter.h
     sipobject/auth/KxSipSchemeLine.h
     sipobject/auth/KxSipSha.h
+    sipobject/headers/KxSipCompactNames.h
     sipobject/headers/KxSipHeaderKinds.h
     sipobject/headers/KxSipLineValues.h
     sipobject/messages/KxSipLikeness.h

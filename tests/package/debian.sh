@@ -39,7 +39,7 @@ has libkxsipheaders-dev /libkxsipheaders.so /kxsipobject/sipheaders/KxSip{Header
 has kxsip /usr/bin/kxsip /man1/kxsip.1.gz /bash-completion/completions/kxsip /zsh/vendor-completions/_kxsip
 
 # What distinguishes the packages, and what an unreleased version is called.
-summaries=$(for package in "$stage"/*.deb; do dpkg-deb -f "$package" Description | head -n 1; done | sort -u | wc -l)
+summaries=$(for package in "$stage"/*.deb; do dpkg-deb -f "$package" Description | sed -n 1p; done | sort -u | wc -l)
 [ "$summaries" -eq 5 ] || fail "5 packages, $summaries summaries"
 version=$(dpkg-deb -f "$stage"/kxsip_*.deb Version)
 if grep -q '^## Unreleased: 1.0.0$' CHANGELOG.md; then
@@ -59,6 +59,14 @@ done
 # Nothing tells where it was built. Hosts need nothing that only the libraries use.
 paths=$(grep -rlF "$PWD" "$root") && fail "they have the path of the build: $paths"
 needless=$(grep -rlwE 'ACE|libcrypto' "$root"/usr/lib/*/{cmake,pkgconfig}) && fail "ACE or libcrypto in $needless"
+
+# A header without an exported class that no other header includes is private (cmake/KxHeaders.cmake), but for these.
+public='KxSip(Object|Headers|ResponseParts)\.h|DefaultStaticMemAllocator\.h|MemAllocatorFaults\.h'
+cd "$root/usr/include/kxsipobject"
+used=$(grep -rhoP --exclude=KxSip{Object,Headers}.h '#include "\K[^"]+' . && grep -rlE 'KX_[A-Z]+_API|#define' . | cut -c3-)
+private=$(find . -name '*.h' | cut -c3- | grep -vxF "$used" | grep -vE "/($public)$" || true)
+[ -z "$private" ] || fail "installed, but private: $private"
+cd - >/dev/null
 
 # Every library that a program or library needs comes with our packages or with one that is declared.
 declared=$(for package in "$stage"/*.deb; do dpkg-deb -f "$package" Depends; done | tr ',' '\n')
