@@ -1,37 +1,52 @@
-# Language, warnings and instrumentation, the same for every target of the tree.
+# Language, warnings and instrumentation, the same for every target of this project. What is set here is not seen by a
+# project that has this one as a sub-project; its flags, build type, output folders and hardening are kept.
 
-set(CMAKE_CXX_STANDARD 20)
+if(NOT CMAKE_CXX_STANDARD MATCHES "^2[0-9]$") # a later standard is kept
+    set(CMAKE_CXX_STANDARD 20)
+endif()
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
-
-if(NOT CMAKE_BUILD_TYPE)
-    set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+set(CMAKE_UNITY_BUILD OFF) # files have anonymous names in common
+if(NOT DEFINED BUILD_SHARED_LIBS)
+    set(BUILD_SHARED_LIBS ON)
 endif()
-set(CMAKE_CXX_FLAGS_RELEASE "-O3 -g -DNDEBUG")
-set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
-set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1") # for the sanitizers, whose reports need lines; variables double the time
 
-if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    find_program(KX_CCACHE ccache)
-    mark_as_advanced(KX_CCACHE)
-    if(KX_CCACHE)
-        set(CMAKE_CXX_COMPILER_LAUNCHER "${KX_CCACHE}")
+if(PROJECT_IS_TOP_LEVEL)
+    set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+    set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+    if(NOT CMAKE_BUILD_TYPE)
+        set(CMAKE_BUILD_TYPE RelWithDebInfo)
     endif()
+    if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+        find_program(KX_CCACHE ccache)
+        mark_as_advanced(KX_CCACHE)
+        if(KX_CCACHE)
+            set(CMAKE_CXX_COMPILER_LAUNCHER "${KX_CCACHE}")
+        endif()
+    endif()
+    add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast)
 endif()
-
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
+if(KX_WERROR)
+    add_compile_options(-Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # g++ 12 reports overlapping copies inside std::string's own operators (GCC bug 105651). At -O3 it also reports
     # reads beyond the end of a literal "" in loops that never begin, since its length is 0. clang++ compiles the same
     # code with its warnings on.
     add_compile_options(-Wno-restrict $<$<CONFIG:Release>:-Wno-array-bounds>)
 endif()
+
+# Assertions tell their file from the root of the sources, so that no library has the path of the machine that built it.
+# Neither have a release's debug symbols; those of other builds keep it, for debuggers and coverage.
+set(prefix_map "-fmacro-prefix-map=")
+if(PROJECT_IS_TOP_LEVEL)
+    set(prefix_map "$<IF:$<CONFIG:Release>,-ffile-prefix-map=,-fmacro-prefix-map=>")
+endif()
+add_compile_options("${prefix_map}${PROJECT_SOURCE_DIR}/=" "${prefix_map}${PROJECT_BINARY_DIR}/=")
 
 if(KX_HARDEN)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
@@ -73,7 +88,9 @@ if(NOT KX_SANITIZE AND NOT KX_FUZZ AND NOT KX_COVERAGE)
     # Functions of these libraries are not interposed, so calls within a library may be direct.
     add_compile_options(-fno-plt -fno-semantic-interposition)
     add_link_options(-Wl,-Bsymbolic-functions -Wl,-O1)
+endif()
 
+if(PROJECT_IS_TOP_LEVEL AND NOT KX_SANITIZE AND NOT KX_FUZZ AND NOT KX_COVERAGE)
     # These have no measurable cost: copies of a known size are checked, and the tables through which functions are
     # called are read-only after a library is loaded. The stack protector does have a cost.
     add_compile_options($<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)

@@ -27,7 +27,12 @@ set(KX_PRIVATE_HEADERS
     sipobject/auth/KxSipPropertyWriter.h
     sipobject/auth/KxSipSchemeLine.h
     sipobject/auth/KxSipSha.h
+    sipobject/headers/KxSipCompactNames.h
+    sipobject/headers/KxSipHeaderKinds.h
+    sipobject/headers/KxSipLineValues.h
+    sipobject/messages/KxSipLikeness.h
     sipobject/messages/KxSipMessageReader.h
+    sipobject/messages/KxSipReportedBytes.h
     sipobject/messages/KxSipRequestLine.h
     sipobject/messages/KxSipRequestOutline.h
     sipobject/messages/KxSipRequiredHeaders.h

@@ -1,18 +1,22 @@
 # shellcheck shell=bash
-# Sourced by the commands beside it. Changes to the checkout's root, installs what they need, and defines quiet builds.
+# Sourced by the commands beside it. Changes to the checkout's root, installs what they need (all of it, or the arguments
+# of scripts/setup in "needs"), and defines builds whose output is kept in logs.
 
 set -euo pipefail
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$ROOT"
-scripts/setup
+source scripts/progress.sh
+# shellcheck disable=SC2154 # may be set by those that source this file
+scripts/setup "${needs[@]}"
 LOGS=build/logs
 mkdir -p "$LOGS"
 
-# logged NAME COMMAND...: runs the command with its output in the log NAME. If it fails, shows the end of the log.
+# logged NAME COMMAND...: runs the command with its output in the log NAME, and tells how far it is. If it fails, shows
+# the end of the log.
 logged() {
-    local log="$LOGS/$1.log"
+    local name=$1 log="$LOGS/$1.log"
     shift
-    "$@" >"$log" 2>&1 && return
+    with_progress "$name" "$log" "$@" && return
     local status=$?
     echo "failed: $* (whole log: $log)" >&2
     tail -n 60 "$log" >&2
@@ -35,8 +39,8 @@ build() {
 run_tests() {
     local preset=$1 log="$LOGS/test-$1.log" status=0 total=0
     shift
-    "${fixed_addresses[@]}" ctest --preset "$preset" -j2 --output-on-failure --no-tests=error "$@" \
-        >"$log" 2>&1 || status=$?
+    with_progress "test-$preset" "$log" "${fixed_addresses[@]}" \
+        ctest --preset "$preset" -j2 --output-on-failure --no-tests=error "$@" || status=$?
     failed=$(sed -n 's/^.* tests passed, \([0-9]*\) tests failed out of [0-9]*$/\1/p' "$log")
     total=$(sed -n 's/^.* tests passed, [0-9]* tests failed out of \([0-9]*\)$/\1/p' "$log")
     failed=${failed:-0}

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,7 @@ namespace {
 struct Pair {
     std::string name; ///< In lower case.
     std::string value;
+    std::size_t place; ///< Its index in the list.
 };
 using Pairs = std::vector<Pair>;
 
@@ -22,14 +24,15 @@ std::string toLower(std::string text) {
     return text;
 }
 
-/** The pairs in their normal form, sorted by name. */
+/** The pairs in their normal form, sorted by name; those of one name in the order of the list. */
 Pairs normal(const KxSharedParameters& list) {
     Pairs pairs;
     pairs.reserve(list.size());
     for (const KxParameters::Pair& pair : list) {
-        pairs.push_back({toLower(KxSipEscapes::sNormal(pair.name)), KxSipEscapes::sNormal(pair.value)});
+        pairs.push_back({toLower(KxSipEscapes::sNormal(pair.name)), KxSipEscapes::sNormal(pair.value), pairs.size()});
     }
-    std::stable_sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) { return a.name < b.name; });
+    std::sort(pairs.begin(), pairs.end(),
+              [](const Pair& a, const Pair& b) { return std::tie(a.name, a.place) < std::tie(b.name, b.place); });
     return pairs;
 }
 
@@ -106,8 +109,8 @@ bool KxURIEquivalence::sMatchParameters(const KxSharedParameters& one, const KxS
     if (longer.size() >= shorter.size() + 2) {
         return false;
     }
-    return std::all_of(shorter.begin(), shorter.end(), [&longer = longer](const KxParameters::Pair& pair) {
-        const KxString* const twin = longer.findValue(pair.name);
+    return std::all_of(shorter.begin(), shorter.end(), [&all = longer](const KxParameters::Pair& pair) {
+        const KxString* const twin = all.findValue(pair.name);
         return pair.name.equalsNoCase("transport") || (twin != nullptr && twin->equalsNoCase(pair.value));
     });
 }
@@ -117,8 +120,8 @@ bool KxURIEquivalence::sMatchHeaders(const KxSharedParameters& one, const KxShar
     if (shorter.empty() != longer.empty()) {
         return false;
     }
-    return std::all_of(shorter.begin(), shorter.end(), [&longer = longer](const KxParameters::Pair& pair) {
-        const KxString* const twin = longer.findValue(pair.name);
+    return std::all_of(shorter.begin(), shorter.end(), [&all = longer](const KxParameters::Pair& pair) {
+        const KxString* const twin = all.findValue(pair.name);
         return twin != nullptr && *twin == pair.value;
     });
 }

@@ -97,8 +97,8 @@ TEST(RFCDigestTest, ResponsesAsOpensslComputesThem) {
         return letters;
     };
     for (const auto& [algorithm, digest, isSession] : algorithms) {
-        const auto hash = [&digest = digest](const std::string& text) {
-            return shell("printf %s '" + text + "' | openssl dgst -r -" + digest).substr(0, digest[0] == 'm' ? 32 : 64);
+        const auto hash = [&name = digest](const std::string& text) {
+            return shell("printf %s '" + text + "' | openssl dgst -r -" + name).substr(0, name[0] == 'm' ? 32 : 64);
         };
         for (const Row& row : {Row{algorithm, "", nullptr}, Row{algorithm, "auth", "body"},
                                Row{algorithm, "auth-int", "a body"}, Row{algorithm, "auth-int", nullptr}}) {

@@ -144,7 +144,7 @@ TEST(HeaderLibraryTest, AreReadFromAText) {
     for (const auto& [text, why] : {std::pair("SIP, Q.850", "SIP Header parse error : text after the value"),
                                     {"", "Invalid Reason header"},
                                     {";cause=1", "Invalid Reason header"}}) {
-        EXPECT_EQ(outcomeOf([text = text] { return linesOf(*KxSipReasonHeader::sRead(text)); }),
+        EXPECT_EQ(outcomeOf([value = text] { return linesOf(*KxSipReasonHeader::sRead(value)); }),
                   std::string("KxSipParseError: ") + why);
     }
     EXPECT_NE(outcomeOf([] { return linesOf(*KxSipReasonHeader::sRead("SIP\r\nX: y")); }).find("KxSipParseError"),

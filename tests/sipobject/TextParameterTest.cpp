@@ -218,7 +218,7 @@ TEST(TextParameterTest, PartsOfURLsAreReadBack) {
             const std::string c(1, static_cast<char>(byte));
             for (const std::string& text : {"a" + c + "b", c, "a" + c}) {
                 KxSipURL url("sip:user:pass@host:5;x=\"1\"");
-                const bool isTaken = outcomeOf([&, set = set] { (url.*set)(text); }).empty();
+                const bool isTaken = outcomeOf([&, member = set] { (url.*member)(text); }).empty();
                 EXPECT_EQ((url.*get)() == text, isTaken);
                 EXPECT_THAT(readBack(url), testing::Each(readBack(url)[0])) << escaped(text);
                 refused += !isTaken && byte > ' ' && text == c ? c : "";

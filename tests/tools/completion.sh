@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What bash proposes after a command line, and that kxsip accepts every option that is proposed.
+# What bash proposes after a command line, that kxsip accepts every option that is proposed, and that zsh has the same.
 set -euo pipefail
 source tools/kxsip/completion/kxsip
 
@@ -39,6 +39,15 @@ for command in show check flow key response "digest answer" "digest verify"; do
         grep -q -e "$option\b" <<<"$help" || fail "kxsip $command has no $option"
     done
 done
+
+# options FILE: all options that the file has
+options() {
+    grep -oE -e '--[a-z][a-z-]*' "$1" | sort -u
+}
+diff <(options tools/kxsip/completion/kxsip) <(options tools/kxsip/completion/_kxsip) || fail "zsh has other options"
+if command -v zsh >/dev/null; then
+    zsh -n tools/kxsip/completion/_kxsip
+fi
 
 # the manual describes every command and option, and the help of every command ends with an example
 for command in $("$KXSIP" --help | sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*/\1/p'); do

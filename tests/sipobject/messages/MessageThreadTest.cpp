@@ -242,7 +242,8 @@ TEST(MessageThreadTest, AForkedChildWorksWhateverOtherThreadsDo) {
         for (int i = 0; i < count; ++i) {
             held.push_back(readMessage(text));
             held.push_back(copyOf(*held.back()));
-            held.back()->getViaHeader()->getParameters()->setValue("x", KxString(std::string(70U * (i % 40U), 'v')));
+            held.back()->getViaHeader()->getParameters()->setValue(
+                "x", KxString(std::string(70U * (static_cast<unsigned>(i) % 40U), 'v')));
         }
         return held.back()->createKey() == held.front()->createKey();
     };

@@ -1,6 +1,7 @@
 #include "tools/kxsip/flow/CallBook.h"
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <tuple>
 
@@ -46,8 +47,9 @@ void findRepeats(Call& call) {
 }
 
 void order(Call& call) {
-    std::stable_sort(call.steps.begin(), call.steps.end(),
-                     [](const Step& a, const Step& b) { return a.origin.time < b.origin.time; });
+    std::sort(call.steps.begin(), call.steps.end(), [](const Step& a, const Step& b) {
+        return std::tie(a.origin.time, a.index) < std::tie(b.origin.time, b.index);
+    });
     findColumns(call);
     findRepeats(call);
 }
@@ -109,13 +111,17 @@ void CallBook::remember(const std::string& text) {
 }
 
 std::vector<Call> CallBook::finish() {
-    std::vector<Call> calls;
+    std::multimap<std::chrono::microseconds, Call> byTime;
     for (Entry& entry : m_entries) {
         if (entry.isWanted) {
             order(entry.call);
-            calls.push_back(std::move(entry.call));
+            byTime.emplace(entry.call.begin(), std::move(entry.call));
         }
     }
-    std::stable_sort(calls.begin(), calls.end(), [](const Call& a, const Call& b) { return a.begin() < b.begin(); });
+    std::vector<Call> calls;
+    calls.reserve(byTime.size());
+    for (auto& [begin, call] : byTime) {
+        calls.push_back(std::move(call));
+    }
     return calls;
 }
