@@ -1,94 +1,13 @@
-#include "sipheaders/KxSipHeaderLibrary.h"
-#include "sipobject/KxSipGrammar.h"
-#include "tools/kxsip/CheckCommand.h"
-#include "tools/kxsip/DeriveCommands.h"
-#include "tools/kxsip/DigestCommands.h"
-#include "tools/kxsip/FlowCommand.h"
-#include "tools/kxsip/KeyCommand.h"
-#include "tools/kxsip/ShowCommand.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/kxsip/CommandLine.h"
+#include "tools/kxsip/Outcome.h"
 
 #include <exception>
 #include <iostream>
-#include <map>
-#include <string>
-
-namespace {
-
-constexpr int kUsageError = 64; // EX_USAGE of sysexits.h
-
-constexpr const char* kFooter = R"(Exit code (the worst of all messages):
-  0   all messages are valid
-  1   a header line was dropped
-  2   a message was refused or can't be used
-  3   a file can't be read, or output can't be written
-  64  the command line is wrong
-
-Example:
-  kxsip show samples/invite.sip
-  kxsip show --help)";
-
-Outcome flushed(Outcome outcome) {
-    if (std::cout.flush()) {
-        return outcome;
-    }
-    std::cerr << "kxsip: cannot write standard output\n";
-    return Outcome::Failed;
-}
-
-/** Adds --grammar to all commands that read messages. Without the option, the RFC grammar is used: the tool shows what
-    others sent. */
-void addGrammarOption(CLI::App& app) {
-    using Choice = KxSipGrammar::Choice;
-    static const std::map<std::string, Choice> s_choices = {{"rfc", Choice::RFC}, {"classic", Choice::Classic}};
-    KxSipGrammar::sChoose(Choice::RFC);
-    for (CLI::App* const command : app.get_subcommands(nullptr)) {
-        if (!command->get_subcommands(nullptr).empty()) {
-            addGrammarOption(*command);
-            continue;
-        }
-        command
-            ->add_option_function<std::string>(
-                "--grammar", [](const std::string& name) { KxSipGrammar::sChoose(s_choices.at(name)); },
-                "How messages are read and written: rfc (the default) or classic")
-            ->check(CLI::IsMember(s_choices).description(""))
-            ->type_name("NAME");
-    }
-}
-
-int run(int argc, char** argv) {
-    Outcome outcome = Outcome::Valid;
-    CLI::App app("Reads SIP messages the way libkxsipobject does, and says what became of them.", "kxsip");
-    app.set_version_flag("--version", "kxsip " KX_VERSION);
-    app.footer(kFooter);
-    app.require_subcommand(1);
-    addShowCommand(app, outcome);
-    addCheckCommand(app, outcome);
-    addFlowCommand(app, outcome);
-    addKeyCommand(app, outcome);
-    addDeriveCommands(app, outcome);
-    addDigestCommands(app, outcome);
-    addGrammarOption(app);
-    app.parse_complete_callback([] { // comes after all options, and before the command
-        if (KxSipGrammar::sChosen() == KxSipGrammar::Choice::RFC) {
-            KxSipHeaderLibrary::sEnable();
-        }
-    });
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kUsageError;
-    }
-    return static_cast<int>(flushed(outcome));
-}
-
-} // namespace
 
 int main(int argc, char** argv) {
     try {
         std::ios::sync_with_stdio(false);
-        return run(argc, argv);
+        return runCommandLine(argc, argv);
     } catch (const std::exception& error) {
         std::cerr << "kxsip: " << error.what() << '\n';
         return static_cast<int>(Outcome::Failed);
