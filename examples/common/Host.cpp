@@ -29,14 +29,14 @@ std::string checkAddress(const std::string& text) {
     return addressOf(text).isNone() ? "not an IPv4 or IPv6 address: " + text : "";
 }
 
-void configureLog(const std::string& file, const char* logger) {
-    if (file.empty()) {
-        log4cplus::BasicConfigurator().configure();
-        log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL); // without the library's details
-        log4cplus::Logger::getInstance(logger).setLogLevel(log4cplus::INFO_LOG_LEVEL);
-    } else {
-        log4cplus::PropertyConfigurator::doConfigure(file);
+std::unique_ptr<log4cplus::ConfigureAndWatchThread> configureLog(const std::string& file, const char* logger) {
+    if (!file.empty()) {
+        return std::make_unique<log4cplus::ConfigureAndWatchThread>(file, 1000);
     }
+    log4cplus::BasicConfigurator().configure();
+    log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL); // without the library's details
+    log4cplus::Logger::getInstance(logger).setLogLevel(log4cplus::INFO_LOG_LEVEL);
+    return nullptr;
 }
 
 void seedRandom() {
@@ -84,14 +84,14 @@ void HostOptions::addTo(CLI::App& app) {
         ->check(CLI::ExistingFile);
 }
 
-void HostOptions::start(const char* logger) const {
+std::unique_ptr<log4cplus::ConfigureAndWatchThread> HostOptions::start(const char* logger) const {
     const bool isRFC = grammar == "rfc";
     if (!isRFC && addressOf(address).isIPv6()) {
         throw std::runtime_error("an IPv6 address needs --grammar rfc");
     }
     KxSipGrammar::sChoose(isRFC ? KxSipGrammar::Choice::RFC : KxSipGrammar::Choice::Classic);
-    configureLog(log, logger);
     seedRandom();
+    return configureLog(log, logger);
 }
 
 ACE_INET_Addr HostOptions::listenAt() const {

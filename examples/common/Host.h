@@ -3,10 +3,14 @@
 #include <ace/Event_Handler.h>
 #include <ace/INET_Addr.h>
 
+#include <memory>
 #include <string>
 
 namespace CLI {
 class App;
+}
+namespace log4cplus {
+class ConfigureAndWatchThread;
 }
 
 /** Ends the reactor's loop on SIGINT and SIGTERM. The signals are read as input of the reactor; they interrupt
@@ -35,7 +39,8 @@ struct HostOptions {
     void addTo(CLI::App& app);
     /** To be called once, before any message is built or read: chooses the grammar, configures the log and seeds the C
         library's generator, from which tags and CSeq numbers of the classic grammar come. Without a file, INFO of
-        `logger` and warnings of all other loggers are logged to standard output. Throws std::runtime_error. */
-    void start(const char* logger) const;
+        `logger` and warnings of all other loggers are logged to standard output. A file may be changed at any time:
+        while the object that is returned exists, log levels follow it within a second. Throws std::runtime_error. */
+    [[nodiscard]] std::unique_ptr<log4cplus::ConfigureAndWatchThread> start(const char* logger) const;
     ACE_INET_Addr listenAt() const;
 };

@@ -12,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 #include <ace/Reactor.h>
+#include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
 
 #include <iostream>
@@ -57,8 +58,8 @@ void call(UserAgent& agent, Transport& transport, ACE_Reactor& reactor, const Op
 bool run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
-    const log4cplus::Initializer log;
-    options.host.start("gateway");
+    const log4cplus::Initializer logging;
+    const auto log = options.host.start("gateway");
 
     Timers timers(reactor);
     UserAgent* receiver = nullptr;

@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 #include <ace/Reactor.h>
+#include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
 
 #include <algorithm>
@@ -26,8 +27,8 @@ struct Options {
 void run(const Options& options) {
     ACE_Reactor reactor;
     const Stop stop(reactor);
-    const log4cplus::Initializer log;
-    options.host.start("registrar");
+    const log4cplus::Initializer logging;
+    const auto log = options.host.start("registrar");
 
     Registrar registrar(options.realm, readUsers(options.users));
     UdpPort port(options.host.listenAt(), reactor, [&](std::string_view datagram, const ACE_INET_Addr& from) {

@@ -119,8 +119,11 @@ class Sipp:
         return tuple(int(total[f"{column}(C)"]) for column in ("SuccessfulCall", "FailedCall", "Retransmissions"))
 
     def why(self):
-        """The errors that sipp reported."""
+        """The beginning of the errors that sipp reported."""
+        return self.errors_text()[:3000] or f"ended with {self.process.returncode}"
+
+    def errors_text(self):
         if not os.path.exists(self.errors):
-            return f"ended with {self.process.returncode}"
+            return ""
         with open(self.errors, encoding="latin-1") as errors:
-            return errors.read(3000)
+            return errors.read()
