@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # run.sh BUILD_FOLDER SOURCE_FOLDER cmake|pkg-config: installs the build into a folder of its own, builds
-# every program of this folder against it the way that is named, and runs each with a sample message.
+# consumer.cpp and the examples of one file against it the way that is named, and runs each with a sample message.
 set -euo pipefail
 build=$1 source=$2 way=$3
 stage=$build/package/$way
+sources=("$source"/tests/package/consumer.cpp "$source"/examples/*.cpp)
 programs=$stage/build
 
 rm -rf "$stage"
@@ -24,12 +25,12 @@ case $way in
         found=$(find "$stage/installed" -name kxsipobject.pc)
         read -ra flags <<<"$(PKG_CONFIG_PATH=$(dirname "$found") pkg-config --cflags --libs kxsipheaders)"
         mkdir "$programs"
-        for program in "$source"/tests/package/*.cpp; do
+        for program in "${sources[@]}"; do
             "${CXX:-c++}" -std=c++20 "$program" -o "$programs/$(basename "$program" .cpp)" "${flags[@]}" \
                 -Wl,-rpath,"$(dirname "$(dirname "$found")")"
         done
         ;;
 esac
-for program in "$source"/tests/package/*.cpp; do
+for program in "${sources[@]}"; do
     "$programs/$(basename "$program" .cpp)" "$source/samples/invite.sip"
 done
