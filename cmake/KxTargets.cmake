@@ -29,6 +29,9 @@ function(kx_link_library name)
         add_library(${name} SHARED $<TARGET_OBJECTS:${ARG_OBJECTS}>)
         set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
             INSTALL_RPATH "$ORIGIN")
+        # dlclose leaves the library where it is: threads that used it need it when they end, log4cplus keeps loggers
+        # whose class is in it, and its classes are registered with the library that it links.
+        target_link_options(${name} PRIVATE LINKER:-z,nodelete)
     else()
         set(library ${name}_archive)
         add_library(${library} STATIC $<TARGET_OBJECTS:${ARG_OBJECTS}>)

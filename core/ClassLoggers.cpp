@@ -8,13 +8,17 @@
 #include <log4cplus/hierarchy.h>
 #include <log4cplus/spi/loggerimpl.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 namespace Oskan {
 
@@ -49,7 +53,12 @@ constexpr int kNothingDisabled = -1;
 
 constinit std::mutex s_mutex; ///< Guards making, updating and releasing.
 const ForkLockOf<s_mutex> s_forkLock{ForkLock::Order::Loggers};
-constinit bool s_released = false;
+constinit std::atomic<bool> s_released = false;
+
+constinit std::atomic<int> s_writing{0};  ///< Number of Writing objects.
+thread_local constinit int t_writing = 0; ///< Of this thread.
+constinit pid_t s_process =
+    0; ///< The one that made the first logger; in a child, other threads' objects are counted too.
 
 constinit std::atomic<int> s_disabled{kNothingDisabled}; ///< What the cached levels were computed from.
 
@@ -188,6 +197,14 @@ constinit std::atomic<ClassLoggers::State*> ClassLoggers::s_watched{nullptr};
 
 namespace {
 
+/** Waits until no other thread writes a record. */
+void awaitWriters() noexcept {
+    constexpr std::chrono::milliseconds kStep(1);
+    for (int steps = 0; steps < 1000 && s_writing > t_writing && getpid() == s_process; ++steps) {
+        std::this_thread::sleep_for(kStep);
+    }
+}
+
 void releaseAtExit(void*, void*) {
     ClassLoggers::sRelease();
 }
@@ -229,7 +246,7 @@ void ClassLoggers::Group::publish() {
 }
 
 Logger& ClassLoggers::sNone() {
-    static Logger none;
+    static Logger& none = *new Logger; // never destroyed
     return none;
 }
 
@@ -261,6 +278,7 @@ ClassLoggers::State& ClassLoggers::sState() {
         s_released = true; // The process is about to end.
         throw Exception("no logger is made while the process ends");
     }
+    s_process = getpid();
     s_state = new State;
     s_state->root.logger = Logger(log4cplus::Logger::getRoot());
     s_state->root.impl.store(Handle::sImpl(s_state->root.logger.m_logger), std::memory_order_release);
@@ -301,11 +319,11 @@ ClassLoggers::Node& ClassLoggers::sNodeNamed(State& state, const std::string& na
 Logger& ClassLoggers::sGet(const AceCleanupLogger& owner) {
     sMake(owner);
     Logger* const made = owner.m_logger.load(std::memory_order_acquire);
-    return made ? *made : sNone();
+    return made && !s_released ? *made : sNone();
 }
 
 Logger ClassLoggers::sCopy(const AceCleanupLogger& owner) {
-    Logger& made = sGet(owner);
+    const Logger& made = sGet(owner);
     const std::lock_guard lock(s_mutex);
     return made;
 }
@@ -344,21 +362,33 @@ void refreshLogLevels() noexcept {
     }
 }
 
+/** The loggers are kept, because another thread may be looking at their levels. */
 bool ClassLoggers::sRelease() noexcept {
-    const std::lock_guard lock(s_mutex);
-    const bool released = !s_released && s_state;
-    s_released = true;
-    if (!released) {
-        return false;
-    }
-    s_watched.store(nullptr, std::memory_order_release);
-    s_state->forEachNode([](Node& node) {
-        for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner) {
-            owner->m_level.store(kReleased, std::memory_order_relaxed);
+    {
+        const std::lock_guard lock(s_mutex);
+        if (s_released.exchange(true) || !s_state) {
+            return false;
         }
-        node.logger = Logger();
-    });
+        s_watched.store(nullptr, std::memory_order_release);
+        s_state->forEachNode([](Node& node) {
+            for (const AceCleanupLogger* owner = node.owners; owner; owner = owner->m_nextOwner) {
+                owner->m_level.store(kReleased, std::memory_order_relaxed);
+            }
+        });
+    }
+    awaitWriters();
     return true;
+}
+
+ClassLoggers::Writing::Writing() noexcept {
+    ++t_writing;
+    ++s_writing;
+    m_isAllowed = !s_released; // after the count, so that sRelease sees the one or this sees the other
+}
+
+ClassLoggers::Writing::~Writing() {
+    --s_writing;
+    --t_writing;
 }
 
 } // namespace Oskan

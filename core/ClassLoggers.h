@@ -21,8 +21,24 @@ public:
     /** Computes all cached levels. */
     static void sUpdate() noexcept;
 
-    /** Drops all loggers for good. False when that is done already or there never were any. */
+    /** Ends logging for good, since log4cplus is about to be torn down. Waits up to a second for the records that other
+        threads are writing. False when that is done already or there never were any loggers. */
     static bool sRelease() noexcept;
+
+    /** While such an object exists, a record may be written: sRelease waits for it, unless this thread calls it. */
+    class Writing {
+    public:
+        Writing() noexcept;
+        ~Writing();
+        Writing(const Writing&) = delete;
+        Writing& operator=(const Writing&) = delete;
+
+        /** False after sRelease: then log4cplus must not be called. */
+        bool isAllowed() const noexcept { return m_isAllowed; }
+
+    private:
+        bool m_isAllowed;
+    };
 
 private:
     friend void refreshLogLevels() noexcept;

@@ -1,5 +1,7 @@
 #include "core/Logger.h"
 
+#include "core/ClassLoggers.h"
+
 #include <log4cplus/appender.h>
 #include <log4cplus/tstring.h>
 
@@ -21,7 +23,8 @@ const std::string& Logger::getName() const {
 }
 
 void Logger::log(LogLevel level, std::string_view text, const char* source, int line) const {
-    if (isEnabledFor(level) && isRead()) {
+    const ClassLoggers::Writing writing;
+    if (writing.isAllowed() && isEnabledFor(level) && isRead()) {
         m_logger.forcedLog(static_cast<int>(level), log4cplus::tstring(text), source, line, "");
     }
 }
