@@ -235,11 +235,16 @@ private:
     const Live m_before;
 };
 
-/** Runs f on a thread whose stack is too small for a recursion per value. */
+/** Runs f on a thread whose stack is too small for a recursion per value. The frames of sanitizers are larger. */
 inline void onSmallStack(std::function<void()> f) {
+#ifdef KX_PLAIN_MALLOC
+    constexpr std::size_t kStack = 256 * 1024;
+#else
+    constexpr std::size_t kStack = 64 * 1024;
+#endif
     pthread_attr_t attributes;
     ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
     pthread_t thread{};
     const auto run = [](void* work) -> void* {
         (*static_cast<std::function<void()>*>(work))();

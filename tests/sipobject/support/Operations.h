@@ -1,6 +1,10 @@
 #pragma once
 
 #include "sipobject/auth/KxSipDigestCredentialsInfo.h"
+#include "sipobject/messages/KxSipDialog.h"
+#include "sipobject/messages/KxSipDialogParts.h"
+#include "sipobject/messages/KxSipRequestParts.h"
+#include "sipobject/messages/KxSipResponseParts.h"
 #include "tests/sipobject/support/Derivation.h"
 #include "tests/sipobject/support/HeaderSupport.h"
 
@@ -58,6 +62,21 @@ inline KxSipURL& senderURL(const Message& message) {
 /** Changes a list that was handed out. */
 inline void change(const KxHandle<KxParameters>& list) {
     list->setValue("x-long-enough-a-name", KxString("a text of its own block"));
+}
+
+inline constexpr const char* kLongTag = "a-tag-of-a-block-of-its-own";
+inline const KxSipViaPart kLongVia{.host = "192.0.2.9", .branch = "z9hG4bK-a-branch-of-a-block-of-its-own"};
+
+inline KxHandle<KxSipInviteMessage> buildInvite() {
+    return KxSipInviteMessage::sBuild({.from = "\"A long display name\" <sip:a@192.0.2.9>;tag=1",
+                                       .to = "<sip:b@example.com>",
+                                       .contact = "<sip:a@192.0.2.9>",
+                                       .callId = "a-call-id-of-a-block-of-its-own",
+                                       .cseq = 1,
+                                       .via = kLongVia,
+                                       .routes = {"<sip:proxy.example.com;lr>", "<sip:other.example.com;lr>"},
+                                       .contentType = "a/b",
+                                       .body = "text"});
 }
 
 /** Operations that threads may call on one message at the same time. */
@@ -146,6 +165,20 @@ inline const std::vector<Operation> kOtherOperations{
          return copy;
      }},
     {"digest", [](const Message& m) { return credentials(m).getRequestDigest(); }},
+    {"build a request", [](const Message&) { return buildInvite(); }},
+    {"build a response",
+     [](const Message& m) { return KxSipResponse::sBuild(request(m), {.statusCode = 486, .toTag = kLongTag}); }},
+    {"build a request within a dialog",
+     [](const Message& m) {
+         const auto response = KxSipResponse::sBuild(request(m), {.toTag = kLongTag, .contact = "<sip:b@192.0.2.3>"});
+         KxSipDialog dialog = KxSipDialog::sOfCallee(request(m), *response);
+         dialog.refresh(*m);
+         const auto info =
+             KxSipRequest::sWithin(dialog, "INFO", {.via = kLongVia, .contentType = "a/b", .body = "text"});
+         info->removeHeader("CSeq"); // whose number is a random one
+         return info;
+     }},
+    {"set body of a string", [](const Message& m) { m->setBody(std::string(100, 'x'), "application/x-of-the-host"); }},
 };
 
 /** The result of an operation, for comparison. */
