@@ -39,10 +39,9 @@ int Call::resultCode() const {
     return step == nullptr ? 0 : step->facts.code;
 }
 
-std::string dateText(std::chrono::microseconds time) {
-    std::string text = utcText(time);
-    text.replace(text.find('T'), 1, " ");
-    return text.erase(text.size() - 4) + " UTC";
+std::string Call::extent() const {
+    return std::to_string(steps.size()) + (steps.size() == 1 ? " message in " : " messages in ") +
+           secondsText(duration()) + " s" + (cut.empty() ? "" : " (did not end: " + cut + ")");
 }
 
 std::string secondsText(std::chrono::microseconds time) {

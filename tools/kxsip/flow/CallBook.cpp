@@ -8,6 +8,9 @@
 namespace {
 
 constexpr std::size_t kMostPast = 65536;
+constexpr std::size_t kMostMessages = 10000; // of a live call
+/// More than twice the default time between session refreshes [RFC 4028 4.2], and than common times of subscriptions.
+constexpr std::chrono::hours kMostSilence(2);
 
 /** Each host is a column; a host that sends to itself has a column for each port. */
 void findColumns(Call& call) {
@@ -60,13 +63,15 @@ CallBook::Entries::iterator CallBook::put(const ReadMessage& read, bool isWanted
     MessageFacts facts(read);
     const auto [known, isNew] = m_index.emplace(facts.callId, m_entries.end());
     if (isNew) {
-        known->second = m_entries.insert(m_entries.end(), Entry{{facts.callId, {}, {}}, false, {}});
+        known->second = m_entries.insert(m_entries.end(), Entry{{facts.callId, {}, {}, {}}, false, {}, {}});
     }
     Entry& entry = *known->second;
     entry.isWanted = entry.isWanted || isWanted;
     entry.progress.take(read, facts);
-    const std::string error = read.isRefused() ? std::string(read.error->getExceptionMessage().view()) : "";
-    entry.call.steps.push_back({std::move(facts), *read.origin, m_count++, read.text, error, 0, 0, {}});
+    entry.last = read.origin->time;
+    m_entries.splice(m_entries.end(), m_entries, known->second);
+    entry.call.steps.push_back(
+        {std::move(facts), *read.origin, m_count++, read.text, Verdict::sOf(read), read.packets, 0, 0, {}});
     return known->second;
 }
 
@@ -74,28 +79,42 @@ void CallBook::add(const ReadMessage& read, bool isWanted) {
     put(read, isWanted);
 }
 
-std::optional<Call> CallBook::addLive(const ReadMessage& read, bool isWanted) {
+std::vector<Call> CallBook::addLive(const ReadMessage& read, bool isWanted) {
+    std::vector<Call> calls;
+    takeOutSilent(read.origin->time, calls);
     if (m_past.contains(std::hash<std::string>()(read.text))) {
         ++m_count;
-        return std::nullopt;
+        return calls;
     }
     const Entries::iterator entry = put(read, isWanted);
     const bool hasEnded = !entry->call.id.empty() && entry->progress.hasEnded();
-    return hasEnded ? takeOut(entry) : std::nullopt;
+    const bool isFull = entry->call.steps.size() >= kMostMessages;
+    if (isFull && !hasEnded) {
+        entry->call.cut = "it has " + std::to_string(kMostMessages) + " messages";
+    }
+    if (hasEnded || isFull) {
+        takeOut(entry, calls);
+    }
+    return calls;
 }
 
-std::optional<Call> CallBook::takeOut(Entries::iterator entry) {
+void CallBook::takeOutSilent(std::chrono::microseconds now, std::vector<Call>& calls) {
+    while (!m_entries.empty() && now - m_entries.front().last > kMostSilence) {
+        m_entries.front().call.cut = "no message for " + std::to_string(kMostSilence.count()) + " hours";
+        takeOut(m_entries.begin(), calls);
+    }
+}
+
+void CallBook::takeOut(Entries::iterator entry, std::vector<Call>& calls) {
     for (const Step& step : entry->call.steps) {
         remember(step.text);
     }
     m_index.erase(entry->call.id);
-    std::optional<Call> call;
     if (entry->isWanted) {
         order(entry->call);
-        call = std::move(entry->call);
+        calls.push_back(std::move(entry->call));
     }
     m_entries.erase(entry);
-    return call;
 }
 
 void CallBook::remember(const std::string& text) {
@@ -111,11 +130,12 @@ void CallBook::remember(const std::string& text) {
 }
 
 std::vector<Call> CallBook::finish() {
-    std::multimap<std::chrono::microseconds, Call> byTime;
+    std::map<std::pair<std::chrono::microseconds, std::size_t>, Call> byTime;
     for (Entry& entry : m_entries) {
         if (entry.isWanted) {
             order(entry.call);
-            byTime.emplace(entry.call.begin(), std::move(entry.call));
+            const std::pair begin(entry.call.begin(), entry.call.steps.front().index);
+            byTime.emplace(begin, std::move(entry.call));
         }
     }
     std::vector<Call> calls;
