@@ -57,7 +57,7 @@ TEST(ColourTest, UrisStandOut) {
 }
 
 TEST_F(TerminalTest, LaddersAreAsWideAsTheTerminal) {
-    const std::string busy = "flow --status 486 " + sample("captures/call_udp.pcap");
+    const std::string busy = "flow --color never --status 486 " + sample("captures/call_udp.pcap");
     const std::tuple<const char*, const char*, bool> rows[] = {
         {"env COLUMNS=50", "", true},
         {"stty cols 50; env COLUMNS=500", "", true},
