@@ -67,7 +67,7 @@ TEST_F(TerminalTest, LaddersAreAsWideAsTheTerminal) {
     };
     for (const auto& [environment, option, isNarrow] : rows) {
         const std::string out = onTerminal(environment, busy + option);
-        EXPECT_EQ(out.find("127.0.0.1:5061  486") == std::string::npos, isNarrow) << environment << option;
+        EXPECT_EQ(out.find("127.0.0.1:5060  486") == std::string::npos, isNarrow) << environment << option;
         EXPECT_EQ(out.find("repeats 6)") == std::string::npos, isNarrow) << environment << option;
     }
 }
