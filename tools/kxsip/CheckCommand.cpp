@@ -5,6 +5,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Progress.h"
+#include "tools/kxsip/capture/PacketOption.h"
 
 #include <CLI/CLI.hpp>
 
@@ -40,6 +41,7 @@ struct Verdict {
 struct Options {
     std::vector<std::string> files;
     MessageFilter filter;
+    PacketOption packets;
     bool quiet = false;
 };
 
@@ -92,19 +94,22 @@ private:
     std::array<std::size_t, 4> m_counts{};
 };
 
-Outcome check(const Options& options) {
+Outcome check(Options& options) {
+    options.packets.open(options.files);
     Tally tally;
     std::unique_ptr<Progress> progress = options.quiet ? nullptr : std::make_unique<Progress>();
-    const Outcome worst =
-        forEachMessage({options.files, &options.filter, progress.get()}, [&](const ReadMessage& read) {
-            const Verdict verdict = judge(read);
-            tally.add(verdict.kind);
-            if (progress != nullptr) {
-                progress->makeRoom();
-            }
-            std::cout << printable(read.file) << '\t' << read.index << '\t' << kNames.at(verdict.kind) << '\t'
-                      << verdict.why << '\n';
-        });
+    const Outcome worst = forEachMessage({options.files, &options.filter, progress.get(), options.packets.isChosen()},
+                                         [&](const ReadMessage& read) {
+                                             const Verdict verdict = judge(read);
+                                             tally.add(verdict.kind);
+                                             if (progress != nullptr) {
+                                                 progress->makeRoom();
+                                             }
+                                             std::cout << printable(read.file) << '\t' << read.index << '\t'
+                                                       << kNames.at(verdict.kind) << '\t' << verdict.why << '\n';
+                                             options.packets.write(read.packets);
+                                         });
+    options.packets.finish();
     if (!options.quiet) {
         std::cout.flush();
         tally.print(std::cerr);
@@ -122,6 +127,7 @@ void addCheckCommand(CLI::App& app, Outcome& outcome) {
         ->required();
     command->add_flag("-q,--quiet", options->quiet, "No progress and no count at the end");
     options->filter.addOptions(*command);
+    options->packets.addTo(*command);
     command->footer(std::string(MessageFilter::sHelp) + "\n\n" + kFooter);
     command->callback([options, &outcome] { outcome = check(*options); });
 }

@@ -35,7 +35,7 @@ Outcome takeMessage(const ReadMessage& message, const Take& take) {
 Outcome takeFile(const std::string& name, const Reading& reading, const Take& take) {
     Outcome worst = Outcome::Valid;
     Input input(name);
-    const std::unique_ptr<MessageSource> source = MessageSource::sOpen(input);
+    const std::unique_ptr<MessageSource> source = MessageSource::sOpen(input, reading.keepsPackets);
     while (const std::optional<ReadMessage> message = source->next()) {
         if (reading.progress != nullptr) {
             reading.progress->show(name, input.position(), input.size());

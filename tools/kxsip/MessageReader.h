@@ -53,6 +53,7 @@ struct Reading {
     std::vector<std::string> files;        ///< If empty, standard input is read.
     const MessageFilter* filter = nullptr; ///< Null for all messages.
     Progress* progress = nullptr;          ///< Null if no progress is shown.
+    bool keepsPackets = false;             ///< Whether the messages get their packets; needs captures.
 };
 
 /** Calls `take` with every message of the files that the filter accepts. If a file can't be read, or `take` throws a

@@ -17,8 +17,9 @@ public:
 
     /** Returns a reader for the input, of which nothing must have been dropped: a CaptureReader for a capture, else a
         MessageReader. The input must outlive it. Throws CaptureError, with the file's name, for a capture that can't be
-        opened, and std::system_error. */
-    static std::unique_ptr<MessageSource> sOpen(Input& input);
+        opened, and std::system_error. With `keepsPackets`, the messages have their packets; an input that is no capture
+        is a CaptureError. */
+    static std::unique_ptr<MessageSource> sOpen(Input& input, bool keepsPackets = false);
 
     /** Returns the next message as soon as it has arrived, or nothing at the end. Throws std::system_error. */
     virtual std::optional<ReadMessage> next() = 0;

@@ -6,6 +6,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/TextView.h"
 #include "tools/kxsip/WireView.h"
+#include "tools/kxsip/capture/PacketOption.h"
 
 #include <CLI/CLI.hpp>
 
@@ -50,6 +51,7 @@ struct Options {
     bool log = false;
     ColourMode colour = ColourMode::Auto;
     MessageFilter filter;
+    PacketOption packets;
 };
 
 std::unique_ptr<MessageView> makeView(const Options& options) {
@@ -65,9 +67,16 @@ std::unique_ptr<MessageView> makeView(const Options& options) {
     return std::make_unique<TextView>(std::cout, Colour(options.colour));
 }
 
-Outcome show(const Options& options) {
+Outcome show(Options& options) {
     const std::unique_ptr<MessageView> view = makeView(options);
-    return forEachMessage({options.files, &options.filter}, [&view](const ReadMessage& read) { view->show(read); });
+    options.packets.open(options.files);
+    const Outcome worst = forEachMessage({options.files, &options.filter, nullptr, options.packets.isChosen()},
+                                         [&view, &options](const ReadMessage& read) {
+                                             view->show(read);
+                                             options.packets.write(read.packets);
+                                         });
+    options.packets.finish();
+    return worst;
 }
 
 } // namespace
@@ -87,6 +96,7 @@ void addShowCommand(CLI::App& app, Outcome& outcome) {
         ->excludes(json);
     addColourOption(*command, options->colour);
     options->filter.addOptions(*command);
+    options->packets.addTo(*command);
     command->footer(std::string(MessageFilter::sHelp) + "\n\n" + kFooter);
     command->callback([options, &outcome] { outcome = show(*options); });
 }

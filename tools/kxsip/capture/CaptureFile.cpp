@@ -93,7 +93,7 @@ std::optional<Frame> CaptureFile::next() {
     const int result = pcap_next_ex(m_capture.get(), &header, &bytes);
     if (result == 1) {
         const std::string_view text(reinterpret_cast<const char*>(bytes), header->caplen);
-        return Frame{timeOf(header->ts), text, header->caplen < header->len};
+        return Frame{timeOf(header->ts), text, header->len};
     }
     if (result == PCAP_ERROR && !Interrupt::sHasCome()) {
         m_damage = pcap_geterr(m_capture.get());

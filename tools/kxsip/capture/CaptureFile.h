@@ -21,7 +21,7 @@ public:
 struct Frame {
     std::chrono::microseconds time{}; ///< Since 1970.
     std::string_view bytes;           ///< Valid until the next frame is read.
-    bool isCut = false;               ///< The capture has only the beginning of the frame.
+    std::size_t length = 0;           ///< Bytes on the wire; more than `bytes` has if the frame was cut.
 };
 
 /** Reads the frames of a pcap or pcapng file, each when it has arrived. */

@@ -18,17 +18,19 @@ std::string_view bytesOf(const IpPacket& packet) {
 
 } // namespace
 
-std::optional<std::string> Fragments::take(const IpPacket& packet, std::chrono::microseconds now) {
+std::optional<Fragments::Whole> Fragments::take(const IpPacket& packet, std::chrono::microseconds now,
+                                                const Packets& carriers) {
     const FragmentPlace& place = *packet.fragment;
     const Datagrams::iterator datagram =
         find({packet.source, packet.destination, packet.protocol, place.datagram}, now);
-    add(*datagram, place, bytesOf(packet));
+    add(*datagram, place, bytesOf(packet), carriers);
     if (datagram->end != datagram->held) {
         return std::nullopt;
     }
-    std::string whole;
-    for (const auto& [offset, bytes] : datagram->pieces) {
-        whole += bytes;
+    Whole whole;
+    for (const auto& [offset, piece] : datagram->pieces) {
+        whole.bytes += piece.bytes;
+        whole.packets.insert(whole.packets.end(), piece.carriers.begin(), piece.carriers.end());
     }
     drop(datagram);
     return whole;
@@ -55,13 +57,13 @@ void Fragments::drop(Datagrams::iterator datagram) {
     m_datagrams.erase(datagram);
 }
 
-void Fragments::add(Datagram& datagram, const FragmentPlace& place, std::string_view bytes) {
+void Fragments::add(Datagram& datagram, const FragmentPlace& place, std::string_view bytes, const Packets& carriers) {
     const std::size_t end = place.offset + bytes.size();
     if (bytes.empty() || end > kLongestDatagram || end > datagram.end.value_or(end) ||
         !isFree(datagram, place.offset, end)) {
         return;
     }
-    datagram.pieces.emplace(place.offset, bytes);
+    datagram.pieces.emplace(place.offset, Piece{std::string(bytes), carriers});
     datagram.held += bytes.size();
     if (place.isLast && datagram.pieces.rbegin()->first == place.offset) {
         datagram.end = end;
@@ -73,5 +75,5 @@ bool Fragments::isFree(const Datagram& datagram, std::size_t begin, std::size_t 
     if (next != datagram.pieces.end() && next->first < end) {
         return false;
     }
-    return next == datagram.pieces.begin() || std::prev(next)->first + std::prev(next)->second.size() <= begin;
+    return next == datagram.pieces.begin() || std::prev(next)->first + std::prev(next)->second.bytes.size() <= begin;
 }

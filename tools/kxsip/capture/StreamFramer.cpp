@@ -14,25 +14,27 @@ void StreamFramer::feed(std::string_view bytes) {
     m_bytes += bytes;
 }
 
-std::optional<std::string> StreamFramer::next() {
+std::optional<StreamFramer::Message> StreamFramer::next() {
     if (!m_inMessage && !findMessage()) {
         return std::nullopt;
     }
     const KxSipFramer::Frame frame = m_framer.next(unread());
     m_begin += frame.consumed;
+    m_position += frame.consumed;
     if (frame.kind == KxSipFramer::Kind::Incomplete) {
         return std::nullopt;
     }
     m_inMessage = false;
-    std::string message(frame.bytes);
+    Message message{std::string(frame.bytes), m_messageBegin, m_position};
     m_framer.reset(); // after an error, too: the next start line is searched
     return message;
 }
 
-std::optional<std::string> StreamFramer::cutOff() {
-    std::optional<std::string> message;
+std::optional<StreamFramer::Message> StreamFramer::cutOff() {
+    std::optional<Message> message;
     if (m_inMessage) {
-        message = std::string(m_framer.pending()).append(unread());
+        message =
+            Message{std::string(m_framer.pending()).append(unread()), m_messageBegin, m_position + unread().size()};
     }
     m_framer.reset();
     drop(unread().size());
@@ -43,6 +45,7 @@ std::optional<std::string> StreamFramer::cutOff() {
 
 void StreamFramer::drop(std::size_t count) {
     m_begin += count;
+    m_position += count;
     m_scanned = 0;
 }
 
@@ -62,6 +65,7 @@ bool StreamFramer::findMessage() {
         m_scanned = 0;
         if (!m_midLine && KxSipStartLine::sIsLikely(bytes.substr(0, end + 1))) {
             m_inMessage = true;
+            m_messageBegin = m_position;
             return true;
         }
         m_midLine = false;

@@ -12,15 +12,24 @@
     KxSipFramer finds the end. Holds at most two mebibytes. */
 class StreamFramer {
 public:
+    struct Message {
+        std::string bytes;
+        std::size_t begin; ///< Number of bytes that were fed before it.
+        std::size_t end;
+    };
+
     void feed(std::string_view bytes);
 
     /** Returns the next complete message, or nothing if there is none yet. Of a message that can't be framed, returns
         the header section. To be called until it returns nothing. */
-    std::optional<std::string> next();
+    std::optional<Message> next();
 
     /** For a message whose end will not come: returns the bytes of the message so far, or nothing if none has begun.
         Drops all bytes that were fed. */
-    std::optional<std::string> cutOff();
+    std::optional<Message> cutOff();
+
+    /** Returns the number of bytes that were fed before the next message, as far as it is known. */
+    std::size_t begin() const { return m_inMessage ? m_messageBegin : m_position; }
 
 private:
     static constexpr std::size_t kLargest = 1U << 20; // bytes, of the header section and of the body
@@ -31,8 +40,10 @@ private:
 
     KxSipFramer m_framer{KxSipFramer::Mode::Stream, {kLargest, kLargest}};
     std::string m_bytes;
-    std::size_t m_begin = 0;   ///< Beginning of the bytes that were neither dropped nor given to m_framer.
-    std::size_t m_scanned = 0; ///< Offset from m_begin up to which a line end was searched.
+    std::size_t m_begin = 0;        ///< Beginning of the bytes that were neither dropped nor given to m_framer.
+    std::size_t m_position = 0;     ///< Number of all bytes that were fed before m_begin.
+    std::size_t m_messageBegin = 0; ///< Value of m_position at the beginning of the message.
+    std::size_t m_scanned = 0;      ///< Offset from m_begin up to which a line end was searched.
     bool m_inMessage = false;
     bool m_midLine = false; ///< The line at m_begin began in dropped bytes and is dropped too.
 };

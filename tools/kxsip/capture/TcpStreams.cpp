@@ -12,13 +12,13 @@ bool has(const Tins::TCP& segment, unsigned flag) {
 
 } // namespace
 
-void TcpStreams::take(const Tins::TCP& segment, const Origin& origin) {
+void TcpStreams::take(const Tins::TCP& segment, const Origin& origin, const Packets& carriers) {
     const Key key(origin.source, origin.destination);
     const Key reverse(origin.destination, origin.source);
     if (has(segment, Tins::TCP::SYN)) {
         takeSyn(key, segment, origin);
     } else {
-        takeData(key, segment, origin);
+        takeData(key, segment, origin, carriers);
     }
     if (has(segment, Tins::TCP::ACK)) {
         takeAck(reverse, segment, origin);
@@ -34,7 +34,7 @@ TcpStreams::Stream& TcpStreams::open(const Key& key, const Origin& origin, std::
         close(Key(m_order.front()));
     }
     const auto place = m_order.insert(m_order.end(), key);
-    return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}, place}).first->second;
+    return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}, {}, place}).first->second;
 }
 
 /** A new stream may have the addresses and ports of an earlier one. The same SYN may come twice. */
@@ -47,7 +47,7 @@ void TcpStreams::takeSyn(const Key& key, const Tins::TCP& segment, const Origin&
     }
 }
 
-void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin& origin) {
+void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin& origin, const Packets& carriers) {
     const auto* const raw = dynamic_cast<const Tins::RawPDU*>(segment.inner_pdu());
     const auto known = m_streams.find(key);
     if (raw == nullptr || (known == m_streams.end() && raw->payload().empty())) {
@@ -56,7 +56,8 @@ void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin
     Stream& stream = known == m_streams.end() ? open(key, origin, segment.seq()) : known->second;
     m_order.splice(m_order.end(), m_order, stream.place);
     stream.origin.time = origin.time;
-    stream.segments.put(segment.seq(), {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()});
+    stream.segments.put(segment.seq(), {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()},
+                        carriers);
     read(stream);
     while (stream.segments.isFull()) {
         skipGap(stream);
@@ -102,14 +103,23 @@ void TcpStreams::skipGap(Stream& stream) {
 }
 
 void TcpStreams::read(Stream& stream) {
-    stream.framer.feed(stream.segments.take());
-    while (std::optional<std::string> message = stream.framer.next()) {
-        m_sink(stream.origin, std::move(*message));
+    while (const std::optional<SegmentQueue::Segment> segment = stream.segments.take()) {
+        stream.framer.feed(segment->bytes);
+        stream.carriers.add(segment->bytes.size(), segment->carriers);
+        while (std::optional<StreamFramer::Message> message = stream.framer.next()) {
+            found(stream, std::move(*message));
+        }
+        stream.carriers.dropBefore(stream.framer.begin());
     }
 }
 
 void TcpStreams::cutOff(Stream& stream) {
-    if (std::optional<std::string> message = stream.framer.cutOff()) {
-        m_sink(stream.origin, std::move(*message));
+    if (std::optional<StreamFramer::Message> message = stream.framer.cutOff()) {
+        found(stream, std::move(*message));
     }
+    stream.carriers.dropBefore(stream.framer.begin());
+}
+
+void TcpStreams::found(Stream& stream, StreamFramer::Message message) {
+    m_sink(stream.origin, std::move(message.bytes), stream.carriers.find(message.begin, message.end));
 }

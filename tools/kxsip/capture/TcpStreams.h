@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/kxsip/Origin.h"
+#include "tools/kxsip/capture/PacketLog.h"
 #include "tools/kxsip/capture/SegmentQueue.h"
 #include "tools/kxsip/capture/StreamFramer.h"
 
@@ -18,13 +19,15 @@
     kept, one for each direction of a connection; for a new one, that which was idle longest is given up. */
 class TcpStreams {
 public:
-    /** Called with each message that is found. A message with missing bytes is cut off before them. */
-    using Sink = std::function<void(const Origin&, std::string message)>;
+    /** Called with each message that is found, and the packets that carried it if they are kept. A message with missing
+        bytes is cut off before them. */
+    using Sink = std::function<void(const Origin&, std::string message, Packets)>;
 
     explicit TcpStreams(Sink sink) : m_sink(std::move(sink)) {}
 
-    /** `origin` has the time, source and destination of the segment. */
-    void take(const Tins::TCP& segment, const Origin& origin);
+    /** `origin` has the time, source and destination of the segment, `carriers` the packets that carried it if they are
+        kept. */
+    void take(const Tins::TCP& segment, const Origin& origin, const Packets& carriers);
     /** No more segments come. */
     void finish();
 
@@ -38,18 +41,20 @@ private:
         std::uint32_t first = 0;
         SegmentQueue segments;
         StreamFramer framer;
+        PacketLog carriers;
         std::list<Key>::iterator place; ///< In m_order.
     };
     using Streams = std::map<Key, Stream>;
 
     Stream& open(const Key& key, const Origin& origin, std::uint32_t first);
     void takeSyn(const Key& key, const Tins::TCP& segment, const Origin& origin);
-    void takeData(const Key& key, const Tins::TCP& segment, const Origin& origin);
+    void takeData(const Key& key, const Tins::TCP& segment, const Origin& origin, const Packets& carriers);
     void takeAck(const Key& key, const Tins::TCP& segment, const Origin& origin);
     void close(const Key& key);
     void skipGap(Stream& stream);
     void read(Stream& stream);
     void cutOff(Stream& stream);
+    void found(Stream& stream, StreamFramer::Message message);
 
     Sink m_sink;
     Streams m_streams;
