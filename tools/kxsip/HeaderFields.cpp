@@ -6,6 +6,8 @@
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Origin.h"
 
+#include <algorithm>
+#include <array>
 #include <functional>
 #include <typeindex>
 #include <typeinfo>
@@ -171,7 +173,18 @@ void writeVia(const KxSipViaHeader& via, const char*, JsonWriter& json) {
     if (via.isPortPresent()) {
         json.key("port").number(via.getPort());
     }
-    writeParameters(via, json); // branch, received and rport among them
+    constexpr std::array<std::string_view, 3> kOwnKeys = {"branch", "received", "rport"};
+    KxParameters others;
+    for (const KxParameters::Pair& pair : *via.getParameters()) {
+        const auto own = std::find_if(kOwnKeys.begin(), kOwnKeys.end(),
+                                      [&pair](std::string_view key) { return pair.name.equalsNoCase(key); });
+        if (own != kOwnKeys.end()) {
+            json.key(*own).text(pair.value);
+        } else {
+            others.setValue(pair.name, pair.value);
+        }
+    }
+    writeList("parameters", others, json);
 }
 
 void writeCSeq(const KxSipCSeqHeader& cseq, const char*, JsonWriter& json) {
