@@ -5,6 +5,7 @@
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Progress.h"
 #include "tools/kxsip/capture/CaptureFile.h"
+#include "tools/kxsip/flow/Call.h"
 #include "tools/kxsip/flow/CallBook.h"
 #include "tools/kxsip/flow/Drawing.h"
 #include "tools/kxsip/flow/TextLadder.h"
@@ -80,6 +81,7 @@ public:
     Outcome finish(const std::vector<Call>& calls) {
         if (calls.empty() && !m_hasDrawn) {
             std::cerr << "kxsip: no call to draw\n";
+            return m_options.filter.isEmpty() ? Outcome::Valid : Outcome::NoMatch;
         }
         if (isFile() && !calls.empty()) {
             const std::string drawing = isHtml(m_options.output) ? htmlDrawing(calls) : svgDrawing(calls);
@@ -99,7 +101,7 @@ private:
 };
 
 Outcome flow(const Options& options) {
-    CallBook book;
+    CallBook<Call> book;
     Drawer drawer(options);
     const Outcome worst = forEachMessage({options.files, nullptr, &drawer.progress()}, [&](const ReadMessage& read) {
         if (!read.origin) {

@@ -2,6 +2,7 @@
 
 #include "tools/kxsip/HeaderValue.h"
 #include "tools/kxsip/ObjectText.h"
+#include "tools/kxsip/Terminal.h"
 
 namespace {
 
@@ -34,9 +35,9 @@ void WireView::show(const ReadMessage& read) {
         return;
     }
     try {
-        m_out << serialized(*read.message);
+        Terminal::write(m_out, serialized(*read.message));
     } catch (const KxHandle<KxException>&) {
-        m_out << writableOf(*read.message);
+        Terminal::write(m_out, writableOf(*read.message));
         throw;
     }
 }
