@@ -68,7 +68,8 @@ struct Shown {
     std::string operator()(std::size_t number) const { return std::to_string(number); }
     std::string operator()(std::chrono::microseconds time) const { return secondsText(time); }
     std::string operator()(const Moment& moment) const {
-        return isAligned ? dateText(moment.time).substr(0, 19) : utcText(moment.time);
+        std::string text = utcText(moment.time);
+        return isAligned ? text.replace(10, 1, " ").substr(0, 19) : text;
     }
     std::string operator()(const std::string& text) const { return printable(text); }
 };
@@ -84,7 +85,7 @@ struct AsJson {
 };
 
 std::string padded(const std::string& text, std::size_t width, bool isRight) {
-    const std::string blanks(width - std::min(width, Utf8::length(text)), ' ');
+    const std::string blanks(width - std::min(width, Utf8::width(text)), ' ');
     return isRight ? blanks + text : text + blanks;
 }
 
@@ -134,7 +135,7 @@ void CallTable::measure(const std::vector<Row>& rows) {
     }
     for (const Row& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            m_widths[i] = std::max(m_widths[i], Utf8::length(row[i]));
+            m_widths[i] = std::max(m_widths[i], Utf8::width(row[i]));
         }
     }
     if (!m_width) {

@@ -8,6 +8,7 @@
 #include "tools/kxsip/capture/PacketOption.h"
 #include "tools/kxsip/flow/CallBook.h"
 #include "tools/kxsip/flow/CallSelection.h"
+#include "tools/kxsip/flow/TextLadder.h"
 
 #include <CLI/CLI.hpp>
 
@@ -75,25 +76,25 @@ CallTable::Format formatOf(const Options& options) {
 class Lister {
 public:
     Lister(Options& options, std::optional<CallKeys> wanted)
-        : m_options(options), m_wanted(std::move(wanted)), m_table(std::cout, formatOf(options), Terminal::width()) {}
+        : m_options(options), m_wanted(std::move(wanted)), m_table(std::cout, formatOf(options), terminalWidth()) {}
 
     template <class Record>
     Outcome run() {
         constexpr bool kHoldsPackets = !std::is_same_v<Record, CallSummary>;
         CallBook<Record> book;
-        const Outcome worst = forEachMessage(
-            {m_options.files, nullptr, &m_progress, m_options.packets.isChosen()}, [&](const ReadMessage& read) {
-                demandCapture(read, "a list of calls");
-                const bool isWanted = wants(read);
-                if (isWanted && !kHoldsPackets) {
-                    m_options.packets.write(read.packets);
-                }
-                if (!read.isLive || !m_options.sort.empty()) {
-                    book.add(read, isWanted);
-                } else if (std::optional<Record> ended = book.addLive(read, isWanted)) {
-                    list<Record>({std::move(*ended)});
-                }
-            });
+        const Outcome worst = forEachMessage({m_options.files, nullptr, &m_progress, m_options.packets.isChosen()},
+                                             [&](const ReadMessage& read) {
+                                                 demandCapture(read, "a list of calls");
+                                                 const bool isWanted = wants(read);
+                                                 if (isWanted && !kHoldsPackets) {
+                                                     m_options.packets.write(read.packets);
+                                                 }
+                                                 if (!read.isLive || !m_options.sort.empty()) {
+                                                     book.add(read, isWanted);
+                                                 } else {
+                                                     list(book.addLive(read, isWanted));
+                                                 }
+                                             });
         list(book.finish());
         m_options.packets.finish();
         return worse(worst, m_options.filter.outcome(m_hasListed));
@@ -115,10 +116,13 @@ private:
         }
         std::vector<CallSummary> calls(std::make_move_iterator(records.begin()),
                                        std::make_move_iterator(records.end()));
+        if (calls.empty()) {
+            return;
+        }
         CallTable::sSort(calls, m_options.sort);
         m_progress.makeRoom();
         m_table.write(calls);
-        m_hasListed = m_hasListed || !calls.empty();
+        m_hasListed = true;
     }
 
     Options& m_options;

@@ -2,21 +2,10 @@
 
 #include "tools/kxsip/Printable.h"
 
-#include <algorithm>
-
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 bool Terminal::isOutput() {
     return isatty(STDOUT_FILENO) == 1;
-}
-
-std::optional<std::size_t> Terminal::width() {
-    winsize size{};
-    if (!isOutput() || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
-        return std::nullopt;
-    }
-    return size.ws_col;
 }
 
 void Terminal::write(std::ostream& out, std::string_view bytes) {

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace CLI {
@@ -14,6 +15,10 @@ class App;
 /** The option -o: writes the packets of the selected messages into a file. */
 class PacketOption {
 public:
+    PacketOption() = default;
+    /** As if the user gave the option with this name. */
+    explicit PacketOption(std::string name) : m_name(std::move(name)) {}
+
     /** This object must outlive the command. */
     void addTo(CLI::App& command);
 

@@ -52,8 +52,7 @@ void findRepeats(Call& call) {
 
 void Call::add(const ReadMessage& read, const MessageFacts& facts, std::size_t index) {
     id = facts.callId;
-    const std::string error = read.isRefused() ? std::string(read.error->getExceptionMessage().view()) : "";
-    steps.push_back({facts, *read.origin, index, read.text, error, 0, 0, {}});
+    steps.push_back({facts, *read.origin, index, read.text, Verdict::sOf(read), read.packets, 0, 0, {}});
 }
 
 void Call::finish() {
@@ -98,10 +97,9 @@ int Call::resultCode() const {
     return step == nullptr ? 0 : step->facts.code;
 }
 
-std::string dateText(std::chrono::microseconds time) {
-    std::string text = utcText(time);
-    text.replace(text.find('T'), 1, " ");
-    return text.erase(text.size() - 4) + " UTC";
+std::string Call::extent() const {
+    return std::to_string(steps.size()) + (steps.size() == 1 ? " message in " : " messages in ") +
+           secondsText(duration()) + " s" + (cut.empty() ? "" : " (did not end: " + cut + ")");
 }
 
 std::string secondsText(std::chrono::microseconds time) {

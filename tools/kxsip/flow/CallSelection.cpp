@@ -22,6 +22,7 @@ struct NamedCall {
         }
     }
     void finish() {}
+    void cutOff(const std::string&) {}
 };
 
 } // namespace

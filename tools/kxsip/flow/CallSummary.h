@@ -31,6 +31,7 @@ struct CallSummary {
 
     void add(const ReadMessage& read, const MessageFacts& facts, std::size_t index);
     void finish() { m_latest = {}; }
+    void cutOff(const std::string&) {}
 
     /** From the answer to the BYE; nothing unless an INVITE was answered. */
     std::optional<Time> duration() const;
