@@ -1,9 +1,14 @@
 #include "tools/kxsip/JsonWriter.h"
 
+#include "tools/kxsip/Printable.h"
+#include "tools/kxsip/Terminal.h"
+
 #include <rapidjson/encodings.h>
 #include <rapidjson/memorystream.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -13,6 +18,25 @@ std::size_t characterLength(std::string_view text) {
     rapidjson::MemoryStream in(text.data(), text.size());
     unsigned code = 0;
     return rapidjson::UTF8<>::Decode(in, &code) ? in.Tell() : 0;
+}
+
+/** Returns the JSON text with those characters escaped that would control a terminal. They are within strings. */
+std::string shown(std::string_view line) {
+    std::string result;
+    while (!line.empty()) {
+        const std::string_view character = line.substr(0, std::max<std::size_t>(characterLength(line), 1));
+        rapidjson::MemoryStream in(character.data(), character.size());
+        unsigned code = 0;
+        if (printable(character) != character && rapidjson::UTF8<>::Decode(in, &code) && code <= 0xFFFF) {
+            std::array<char, 8> escape{};
+            std::snprintf(escape.data(), escape.size(), "\\u%04X", code);
+            result += escape.data();
+        } else {
+            result += character;
+        }
+        line.remove_prefix(character.size());
+    }
+    return result;
 }
 
 constexpr std::uint64_t kOnes = 0x0101010101010101U;
@@ -42,8 +66,9 @@ bool allWords(std::string_view text, FaultOf faultOf) {
 } // namespace
 
 void JsonWriter::endLine() {
-    m_out.write(m_buffer.GetString(), static_cast<std::streamsize>(m_buffer.GetSize()));
-    m_out.put('\n');
+    const std::string_view line(m_buffer.GetString(), m_buffer.GetSize());
+    static const bool s_isTerminal = Terminal::isOutput();
+    m_out << (s_isTerminal ? shown(line) : line) << '\n';
     drop();
 }
 
