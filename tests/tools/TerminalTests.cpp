@@ -67,12 +67,12 @@ TEST_F(TerminalTest, NoBytesOfAMessageReachIt) {
 
 TEST_F(TerminalTest, CallsAreAlignedToItsWidth) {
     for (const int width : {60, 100, 200}) {
-        const std::string set = "stty cols " + std::to_string(width) + ";";
+        const std::string set = "stty cols " + std::to_string(width) + "; LC_ALL=C";
         std::istringstream out(onTerminal(set, "calls " + sample("captures/call_udp.pcap")));
         std::vector<std::string> lines;
         for (std::string line; std::getline(out, line);) {
             lines.push_back(line.substr(0, line.find('\r')));
-            EXPECT_LE(lines.back().size(), static_cast<std::size_t>(width) + 2); // the ellipsis has three bytes
+            EXPECT_LE(lines.back().size(), static_cast<std::size_t>(width));
         }
         ASSERT_EQ(lines.size(), 3U);
         EXPECT_EQ(lines[0].find("from"), lines[1].find("sip:"));

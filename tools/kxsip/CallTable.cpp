@@ -2,6 +2,7 @@
 
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/flow/Call.h"
+#include "tools/kxsip/flow/TextLadder.h"
 #include "tools/kxsip/flow/Utf8.h"
 
 #include <algorithm>
@@ -89,6 +90,11 @@ std::string padded(const std::string& text, std::size_t width, bool isRight) {
     return isRight ? blanks + text : text + blanks;
 }
 
+std::string shortened(const std::string& text, std::size_t width) {
+    static const bool s_isUtf8 = canDrawLines();
+    return Utf8::shortened(text, width, s_isUtf8 ? "\u2026" : "...");
+}
+
 bool isRight(std::size_t column) {
     static const CallSummary s_call = [] {
         CallSummary call;
@@ -159,11 +165,11 @@ void CallTable::writeRow(const Row& row) {
     for (std::size_t i = 0; i < row.size(); ++i) {
         const bool isAligned = m_format == Format::Aligned;
         line += i == 0 ? "" : isAligned ? "  " : "\t";
-        line += isAligned ? padded(Utf8::shortened(row[i], m_widths[i]), m_widths[i], isRight(i)) : row[i];
+        line += isAligned ? padded(shortened(row[i], m_widths[i]), m_widths[i], isRight(i)) : row[i];
     }
     if (m_format == Format::Aligned) {
         line.erase(line.find_last_not_of(' ') + 1);
-        line = m_width ? Utf8::shortened(line, *m_width) : line;
+        line = m_width ? shortened(line, *m_width) : line;
     }
     m_out << line << '\n';
 }

@@ -60,8 +60,8 @@ CLI::Option* asList(CLI::Option* option, const char* type) {
 
 const char* const MessageFilter::sHelp =
     R"(Filters:
-  Separate several values with commas (not those of --text), or repeat the option. A message is selected if it matches
-  every option given, and of each option at least one value. --method selects requests and the responses to them,
+  Separate several values with commas (those of --text have commas of their own), or repeat the option. A message is
+  selected if it matches every option given, and of each option at least one value. --method selects requests and the responses to them,
   --status only responses, --user messages with this user in From, To, P-Asserted-Identity or the Request-URI (or this
   number, if that is a tel URI).
   --text searches the bytes of the message, as received, for a regular expression of RE2: "^" and "$" are the beginning
