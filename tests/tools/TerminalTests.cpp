@@ -86,6 +86,22 @@ TEST(ColourTest, UrisStandOut) {
     EXPECT_THAT(out, HasSubstr("gossip: no, \x1B[35mtel:1\x1B[0m"));
 }
 
+TEST_F(TerminalTest, LaddersAreAsWideAsTheTerminal) {
+    const std::string busy = "flow --status 486 " + sample("captures/call_udp.pcap");
+    const std::tuple<const char*, const char*, bool> rows[] = {
+        {"env COLUMNS=50", "", true},
+        {"stty cols 50; env COLUMNS=500", "", true},
+        {"stty cols 500; env COLUMNS=50", "", false},
+        {"stty cols 50; env COLUMNS=50", " --width 500", false},
+        {"stty cols 50; env COLUMNS=50", " | cat", false},
+    };
+    for (const auto& [environment, option, isNarrow] : rows) {
+        const std::string out = onTerminal(environment, busy + option);
+        EXPECT_EQ(out.find("127.0.0.1:5061  486") == std::string::npos, isNarrow) << environment << option;
+        EXPECT_EQ(out.find("repeats 6)") == std::string::npos, isNarrow) << environment << option;
+    }
+}
+
 TEST_F(TerminalTest, ProgressOfLongInputs) {
     // longer than the half second before progress is shown, plus the start of the tool on a busy machine
     const std::string slow = "(sleep 2; cat " + sample("invite.sip") + ") |";

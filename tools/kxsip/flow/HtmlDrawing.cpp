@@ -18,8 +18,9 @@ void writeHeader(std::ostream& out, std::string_view line) {
     }
 }
 
-/** Writes the start line in bold, header names faint and the body unchanged. */
+/** Writes the start line in bold, header names faint and the body unchanged, without line ends at the end. */
 void writeMessage(std::ostream& out, std::string_view text) {
+    text = text.substr(0, text.find_last_not_of("\r\n") + 1);
     const auto nextLine = [&text] {
         const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
         text.remove_prefix(line.size());

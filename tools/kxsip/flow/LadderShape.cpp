@@ -9,9 +9,12 @@ namespace {
 
 constexpr int kNarrowest = 230;
 constexpr int kWidest = 430;
+constexpr int kWidestCrowded = 190;
+constexpr std::size_t kMostRoomy = 5; // columns; more make a ladder crowded
+constexpr int kBetweenBoxes = 24;
 constexpr int kLetter = 8; // approximate width of a character of a label
 constexpr int kNameLetter = 8;
-constexpr int kLeastLetters = 18; // of a name
+constexpr int kLeastLetters = 14; // of a name
 constexpr int kMostLetters = 30;
 constexpr int kArrowY = 25;
 constexpr int kHead = 9; // length of an arrowhead
@@ -46,10 +49,14 @@ int boxWidthOf(const std::vector<std::string>& names) {
     return letters * kNameLetter + 24;
 }
 
+/** Returns a spacing with room for the boxes and, up to a limit, for the labels. */
 int spacingOf(const Call& call, int boxWidth) {
-    int spacing = std::max(kNarrowest, boxWidth + 24);
+    const bool isCrowded = call.columns.size() > kMostRoomy;
+    const int widest = isCrowded ? kWidestCrowded : kWidest;
+    int spacing = std::max(isCrowded ? 0 : kNarrowest, boxWidth + kBetweenBoxes);
     for (const Step& step : call.steps) {
-        spacing = std::max(spacing, std::min(lengthOf(labelOf(step)) * kLetter + 60, kWidest));
+        const auto gaps = static_cast<int>(std::max(step.from, step.to) - std::min(step.from, step.to));
+        spacing = std::max(spacing, std::min((lengthOf(labelOf(step)) * kLetter + 60) / std::max(gaps, 1), widest));
     }
     return spacing;
 }
@@ -187,10 +194,9 @@ void LadderShape::drawLoop(std::ostream& out, const Step& step) const {
 
 /** A remark that has no room with the label is shortened, like the label. */
 void LadderShape::drawLabel(std::ostream& out, const Step& step, int x, const char* anchor, int room) const {
-    constexpr std::size_t kMostKept = 12; // letters of the remark that the label leaves room for
-    const auto letters = static_cast<std::size_t>(std::max(room / kLetter, 2 * static_cast<int>(kMostKept)));
+    const auto letters = static_cast<std::size_t>(std::max(room / kLetter, kLeastLetters));
     const std::string remark = step.remark();
-    const std::size_t kept = std::min(Utf8::width(remark), kMostKept);
+    const std::size_t kept = std::min(Utf8::width(remark), letters / 2);
     const std::string label = Utf8::shortened(step.facts.label(), letters - (kept > 0 ? kept + 1 : 0));
     const std::size_t rest = letters - std::min(Utf8::width(label) + 1, letters);
     out << "<text class=\"what\" text-anchor=\"" << anchor << "\" x=\"" << x << "\" y=\"" << kArrowY - 7 << "\">"

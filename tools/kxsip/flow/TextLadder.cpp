@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <map>
 #include <sstream>
 
 #include <sys/ioctl.h>
@@ -198,15 +199,28 @@ void TextLadder::drawStep(const Call& call, const Step& step) {
 
 /** Says after the ladder what is wrong with which messages. */
 void TextLadder::drawFlaws(const Call& call) {
+    std::map<std::string, std::vector<Piece>> numbers; // of the messages with this flaw
+    std::vector<std::string> flaws;
     for (const Step& step : call.steps) {
-        if (step.isFlawed() && !step.repeats) {
-            std::vector<Piece> words = {
-                {Ink::Failure, rightAligned(std::to_string(step.index), m_layout->numberWidth())}};
-            std::istringstream text(step.verdict.text());
-            for (std::string word; text >> word;) {
-                words.push_back({Ink::Failure, word});
-            }
-            drawPieces(words, 1, m_layout->numberWidth() + 1);
+        if (!step.isFlawed()) {
+            continue;
         }
+        const auto [known, isNew] = numbers.try_emplace(step.verdict.text());
+        std::string number = std::to_string(step.index);
+        if (isNew) {
+            flaws.push_back(known->first);
+            number = rightAligned(number, m_layout->numberWidth());
+        } else {
+            known->second.back().text += ',';
+        }
+        known->second.push_back({Ink::Failure, number});
+    }
+    for (const std::string& flaw : flaws) {
+        std::vector<Piece>& pieces = numbers[flaw];
+        std::istringstream words(flaw);
+        for (std::string word; words >> word;) {
+            pieces.push_back({Ink::Failure, word});
+        }
+        drawPieces(pieces, 1, m_layout->numberWidth() + 1);
     }
 }
