@@ -216,6 +216,15 @@ TEST(LiveTest, ACallIsDrawnOnceWhenItHasEnded) {
     }
 }
 
+TEST(LiveTest, ListsCallsThatHaveEnded) {
+    CaptureBytes capture;
+    capture.add(datagram(sipOptions(1))).add(datagram(sipMessage("SIP/2.0 200 x", "CSeq: 1 OPTIONS\r\n")));
+    LiveRun run("calls -");
+    run.write(capture.bytes());
+    EXPECT_TRUE(run.await("\tOPTIONS\t200\t"));
+    EXPECT_EQ(run.finish(0).exit, 0);
+}
+
 TEST(LiveTest, CallsThatMayNeverEndAreLetGo) {
     const std::string invite = inCall("a 1 INVITE", "");
     std::string other = invite;

@@ -9,6 +9,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
+#include "tools/kxsip/Terminal.h"
 #include "tools/kxsip/capture/CaptureFile.h"
 
 #include <CLI/CLI.hpp>
@@ -95,7 +96,7 @@ Outcome derive(const ReadMessage& parent, const Derivation& derivation, const Op
         return Outcome::Refused;
     }
     try {
-        std::cout << serialized(*derivation.make(parent.message, options));
+        Terminal::write(std::cout, serialized(*derivation.make(parent.message, options)));
         return parent.outcome();
     } catch (const KxHandle<KxException>& why) {
         parent.complain(*why);

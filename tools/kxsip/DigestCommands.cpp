@@ -10,6 +10,7 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/ObjectText.h"
 #include "tools/kxsip/Printable.h"
+#include "tools/kxsip/Terminal.h"
 #include "util/KxByteArrayInputStream.h"
 
 #include <CLI/CLI.hpp>
@@ -137,9 +138,9 @@ Outcome answer(const ReadMessage& read, const Options& options, const Inputs& in
     credentials->setEntityBody(inputs.body.c_str());
     const KxHandle<KxSipCredentialsInfo> answer(credentials);
     if (header.getHeaderID() == KxHeaderIDs::kWWWAuthenticate) {
-        std::cout << serialized(*KxMake<KxSipAuthorizationHeader>(answer));
+        Terminal::write(std::cout, serialized(*KxMake<KxSipAuthorizationHeader>(answer)));
     } else {
-        std::cout << serialized(*KxMake<KxSipProxyAuthorizationHeader>(answer));
+        Terminal::write(std::cout, serialized(*KxMake<KxSipProxyAuthorizationHeader>(answer)));
     }
     return read.outcome();
 }

@@ -7,7 +7,9 @@
 #include "tools/kxsip/WholeFile.h"
 #include "tools/kxsip/capture/CaptureFile.h"
 #include "tools/kxsip/capture/PacketOption.h"
+#include "tools/kxsip/flow/Call.h"
 #include "tools/kxsip/flow/CallBook.h"
+#include "tools/kxsip/flow/CallSelection.h"
 #include "tools/kxsip/flow/Drawing.h"
 #include "tools/kxsip/flow/TextLadder.h"
 #include "tools/kxsip/flow/TimeText.h"
@@ -31,7 +33,9 @@ of the local time zone (after the first day with "+1d" before it); the date abov
   unusable    the message was kept, but can't be used
   refused     the message was not kept
 After the ladder, or with the text of the message, is why; as "kxsip check" prints it.
-Filters select whole calls: those with a matching message. If the character set of the terminal is not UTF-8, the ladder
+Filters select whole calls: those with a matching message. Messages without a Call-ID are a call for each two addresses.
+--call N draws the call to which "kxsip calls" gives this number for the same files. Files are read twice if filters or
+--call select calls, unless by Call-IDs alone, and only those calls are kept in memory. If the character set of the terminal is not UTF-8, the ladder
 is drawn in ASCII.
 A ladder is as wide as the terminal at most, or as --width says; otherwise (a pipe, a file) there is no limit. Names and
 labels are shortened as needed; "!" before a label that lost its end means incomplete, unusable or refused. Where the
@@ -51,6 +55,7 @@ Examples:
   kxsip flow samples/captures/call_udp.pcap
   kxsip flow --time local --width 100 samples/captures/call_udp.pcap
   tcpdump -i any -U -w - | kxsip flow -
+  kxsip flow --call 2 samples/captures/call_udp.pcap
   kxsip flow --status 486 -o busy.pcap samples/captures/call_udp.pcap
   kxsip flow --status 486 -o busy.html samples/captures/call_udp.pcap)";
 
@@ -59,8 +64,11 @@ struct Options {
     std::string output;
     ColourMode colour = ColourMode::Auto;
     TimeMode time = TimeMode::Elapsed;
-    std::size_t width = 0; ///< 0 if the user gave none.
+    std::size_t width = 0;           ///< 0 if the user gave none.
+    std::optional<std::size_t> call; ///< The number of the only call to be drawn.
     MessageFilter filter;
+
+    bool selects() const { return call || !filter.isEmpty(); }
 };
 
 bool isHtml(const std::string& name) {
@@ -146,6 +154,7 @@ public:
     Outcome finish(const std::vector<Call>& calls) {
         if (calls.empty() && !m_hasDrawn) {
             std::cerr << "kxsip: no call to draw\n";
+            return m_options.selects() ? Outcome::NoMatch : Outcome::Valid;
         }
         if (isFile() && !calls.empty()) {
             return writeFile(calls);
@@ -182,25 +191,44 @@ void addTimeOption(CLI::App& command, TimeMode& mode) {
         ->type_name("WHICH");
 }
 
+/** Returns the calls to be drawn if files have to be read twice to know them: the first time only to find them, so that no
+    other call is kept in memory. */
+std::optional<CallKeys> findWanted(const Options& options, Progress& progress) {
+    const bool isKnownAtOnce = !options.call && (options.filter.isEmpty() || options.filter.hasOnlyCallIds());
+    if (isKnownAtOnce || !canReadAgain(options.files)) {
+        return std::nullopt;
+    }
+    return findCalls(options.files, options.filter, options.call, &progress);
+}
+
 Outcome flow(const Options& options) {
-    CallBook book;
+    CallBook<Call> book;
     Drawer drawer(options);
+    const std::optional<CallKeys> wanted = findWanted(options, drawer.progress());
+    const bool onlyCallIds = options.filter.hasOnlyCallIds() && !options.call;
+    const auto isOther = [&options, &wanted](const Call& call) {
+        return options.call && !wanted && call.number != *options.call;
+    };
     const Outcome worst = forEachMessage(
         {options.files, nullptr, &drawer.progress(), isCapture(options.output)}, [&](const ReadMessage& read) {
-            if (!read.origin) {
-                throw CaptureError(printable(read.file) +
-                                   " is no capture: a ladder needs times and addresses; give a pcap or pcapng file");
-            }
-            const bool isWanted = options.filter.accepts(read);
-            if (!read.isLive || drawer.isFile()) {
+            demandCapture(read, "a ladder");
+            const bool isWanted =
+                wanted ? wanted->contains(callKeyOf(read, MessageFacts(read))) : options.filter.accepts(read);
+            if (!isWanted && (wanted || onlyCallIds)) {
+                book.skip();
+            } else if (!read.isLive || drawer.isFile()) {
                 book.add(read, isWanted);
             } else {
                 for (const Call& call : book.addLive(read, isWanted)) {
-                    drawer.draw(call);
+                    if (!isOther(call)) {
+                        drawer.draw(call);
+                    }
                 }
             }
         });
-    return worse(worst, drawer.finish(book.finish()));
+    std::vector<Call> calls = book.finish();
+    std::erase_if(calls, isOther);
+    return worse(worst, drawer.finish(calls));
 }
 
 } // namespace
@@ -222,6 +250,9 @@ void addFlowCommand(CLI::App& app, Outcome& outcome) {
                      "Columns that the ladder may take; on a terminal, those of the terminal")
         ->type_name("COLUMNS")
         ->check(CLI::Range(20, 100000).description(""));
+    command->add_option("--call", options->call, "Only the call with this number, as kxsip calls prints it")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber.description(""));
     addColourOption(*command, options->colour);
     options->filter.addOptions(*command);
     command->footer(std::string(MessageFilter::sHelp) + "\n\n" + kFooter);

@@ -32,7 +32,8 @@ Outcome takeMessage(const ReadMessage& message, const Take& take) {
     return message.outcome();
 }
 
-Outcome takeFile(const std::string& name, const Reading& reading, const Take& take) {
+/** Adds the number of messages that were accepted to `accepted`. */
+Outcome takeFile(const std::string& name, const Reading& reading, const Take& take, std::size_t& accepted) {
     Outcome worst = Outcome::Valid;
     Input input(name);
     const std::unique_ptr<MessageSource> source = MessageSource::sOpen(input, reading.keepsPackets);
@@ -41,13 +42,14 @@ Outcome takeFile(const std::string& name, const Reading& reading, const Take& ta
             reading.progress->show(name, input.position(), input.size());
         }
         if (reading.filter == nullptr || reading.filter->accepts(*message)) {
+            ++accepted;
             worst = worse(worst, takeMessage(*message, take));
         }
     }
     if (reading.progress != nullptr) {
         reading.progress->wipe();
     }
-    for (const std::string& note : source->notes()) {
+    for (const std::string& note : reading.isSilent ? std::vector<std::string>() : source->notes()) {
         std::cerr << "kxsip: " << printable(name) << ": " << note << '\n';
     }
     return worse(worst, source->outcome());
@@ -193,19 +195,24 @@ std::optional<ReadMessage> readMessage(const InputFile& file, std::size_t number
 Outcome forEachMessage(const Reading& reading, const Take& take) {
     const Interrupt interrupt;
     Outcome worst = Outcome::Valid;
+    std::size_t accepted = 0;
     for (const std::string& name : reading.files.empty() ? std::vector<std::string>{"-"} : reading.files) {
         if (Interrupt::sHasCome()) {
             break;
         }
         try {
-            worst = worse(worst, takeFile(name, reading, take));
+            worst = worse(worst, takeFile(name, reading, take, accepted));
         } catch (const std::system_error& error) {
-            complainOfFile(name, error);
             worst = Outcome::Failed;
+            if (!reading.isSilent) {
+                complainOfFile(name, error);
+            }
         } catch (const CaptureError& error) {
-            std::cerr << "kxsip: " << error.what() << '\n';
             worst = Outcome::Failed;
+            if (!reading.isSilent) {
+                std::cerr << "kxsip: " << error.what() << '\n';
+            }
         }
     }
-    return worst;
+    return reading.filter == nullptr ? worst : worse(worst, reading.filter->outcome(accepted > 0));
 }

@@ -54,8 +54,10 @@ struct Reading {
     const MessageFilter* filter = nullptr; ///< Null for all messages.
     Progress* progress = nullptr;          ///< Null if no progress is shown.
     bool keepsPackets = false;             ///< Whether the messages get their packets; needs captures.
+    bool isSilent = false;                 ///< Whether nothing is reported, since the files are read again.
 };
 
 /** Calls `take` with every message of the files that the filter accepts. If a file can't be read, or `take` throws a
-    KxException, this is reported on standard error, and reading continues. Returns the worst outcome. */
+    KxException, this is reported on standard error, and reading continues. Also reports that nothing was accepted. Returns
+    the worst outcome. */
 Outcome forEachMessage(const Reading& reading, const std::function<void(const ReadMessage&)>& take);

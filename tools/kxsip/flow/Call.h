@@ -8,12 +8,18 @@
 #include <string_view>
 #include <vector>
 
-/** All messages of one Call-ID, ordered by time. */
+/** All messages of one Call-ID, ordered by time; a record of a CallBook. */
 struct Call {
-    std::string id;
+    std::string id;          ///< Empty for messages without Call-ID.
+    std::size_t number = 0;  ///< See CallBook.
     std::vector<Step> steps; ///< At least one.
     std::vector<Column> columns;
     std::string cut; ///< Why a call that had not ended is drawn before the end of the input; else empty.
+
+    void add(const ReadMessage& read, const MessageFacts& facts, std::size_t index);
+    /** Orders the messages, and finds columns and repetitions. */
+    void finish();
+    void cutOff(const std::string& why) { cut = why; }
 
     std::chrono::microseconds begin() const { return steps.front().origin.time; }
     std::chrono::microseconds duration() const { return steps.back().origin.time - begin(); }
