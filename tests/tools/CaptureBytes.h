@@ -35,9 +35,14 @@ public:
             m_bytes.append(frame.substr(0, kept)).append(padding, '\0');
             number(32 + kept + padding);
         } else {
-            number(1000), number(m_time), number(kept), number(size);
+            number(m_seconds), number(m_time), number(kept), number(size);
             m_bytes.append(frame.substr(0, kept));
         }
+        return *this;
+    }
+    /** Lets time pass before the next frame. Not for pcapng. */
+    CaptureBytes& wait(std::uint32_t seconds) {
+        m_seconds += seconds;
         return *this;
     }
     CaptureBytes& add(Tins::PDU&& packet) { return add(bytesOf(packet)); }
@@ -53,6 +58,7 @@ private:
     void number(std::uint32_t value) { m_bytes.append(reinterpret_cast<const char*>(&value), sizeof value); }
 
     bool m_isNext;
-    std::uint32_t m_time = 0; ///< Microseconds.
+    std::uint32_t m_seconds = 1000;
+    std::uint32_t m_time = 0; ///< Microseconds after those.
     std::string m_bytes;
 };

@@ -24,6 +24,10 @@ TEST(DigestCommandTest, AnAnswerIsVerified) {
                        "WWW-Authenticate: " +
                            kChallenge),
          " --qop auth-int --cnonce c --nc 17", "body", "Authorization:"},
+        {response(407, "Proxy-Authenticate: Digest realm=r,nonce=n\r\n"), " --grammar classic --algorithm MD5", "",
+         "Proxy-Authorization:"},
+        {response(401, "WWW-Authenticate: Digest realm=\"o\",nonce=n,algorithm=x\r\nWWW-Authenticate: " + kChallenge),
+         " --algorithm md5", "", "Authorization:"},
     };
     const Scratch scratch;
     const std::string password = " --password-file " + scratch.write("password", "pa ss\r\nno more\n");
@@ -72,7 +76,8 @@ TEST(DigestCommandTest, WhatIsRefused) {
     for (const std::string& wrong : {""s, " verify --user u"s, " answer --qop auth" + options}) {
         EXPECT_EQ(kxsip("digest" + wrong).exit, 64) << wrong;
     }
-    // a message that can't be written is reported, and the next one is shown
+    // a header that can't be written is reported, the rest of the message and the next one are written
     EXPECT_EQ(kxsip("show --wire --grammar classic", request("Authorization: Digest username=u\r\n") + request("")),
-              (ToolRun{2, request(""), refusal("KxException: Unsupported Algorithm: Only MD5 is supported !!!").err}));
+              (ToolRun{2, request("") + request(""),
+                       refusal("KxException: Unsupported Algorithm: Only MD5 is supported !!!").err}));
 }

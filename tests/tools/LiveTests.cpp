@@ -215,3 +215,35 @@ TEST(LiveTest, ACallIsDrawnOnceWhenItHasEnded) {
         EXPECT_THAT(run.finish(0).out, Not(HasSubstr("Call-ID")));
     }
 }
+
+TEST(LiveTest, ListsCallsThatHaveEnded) {
+    CaptureBytes capture;
+    capture.add(datagram(sipOptions(1))).add(datagram(sipMessage("SIP/2.0 200 x", "CSeq: 1 OPTIONS\r\n")));
+    LiveRun run("calls -");
+    run.write(capture.bytes());
+    EXPECT_TRUE(run.await("\tOPTIONS\t200\t"));
+    EXPECT_EQ(run.finish(0).exit, 0);
+}
+
+TEST(LiveTest, CallsThatMayNeverEndAreLetGo) {
+    const std::string invite = inCall("a 1 INVITE", "");
+    std::string other = invite;
+    other.replace(other.find("x@y"), 3, "z@y");
+    CaptureBytes silent;
+    silent.add(datagram(invite)).wait(3599).add(datagram(other)).wait(3600).add(datagram(inCall("b 2 INFO", "")));
+    silent.wait(7201).add(datagram(other));
+    CaptureBytes full;
+    for (int i = 0; i < 10000; ++i) {
+        full.add(datagram(invite));
+    }
+    for (const auto& [capture, begin] :
+         {std::pair(silent, "Call-ID z@y, 1 message in 0.000 s (did not end: no message for 2 hours)"),
+          std::pair(silent, "Call-ID x@y, 2 messages in 7199.002 s (did not end: no message for 2 hours)"),
+          std::pair(full, "Call-ID x@y, 10000 messages in 0.999 s (did not end: it has 10000 messages)")}) {
+        LiveRun run("flow -");
+        run.write(capture.bytes());
+        const bool isDrawn = run.await(begin);
+        const ToolRun end = run.finish(0);
+        EXPECT_TRUE(isDrawn) << begin << end.out.substr(0, 1500);
+    }
+}

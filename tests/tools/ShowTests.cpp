@@ -82,6 +82,70 @@ TEST(ShowJsonTest, ListsHeaderValuesAsTheyAreWritten) {
                                             "55KxSipUnknownHeader 55KxSipUnknownHeader 55KxSipUnknownHeader "));
 }
 
+TEST(ShowJsonTest, HasThePartsOfHeaders) {
+    const std::string more =
+        "CSeq: 1 OPTIONS\r\nVia: SIP/2.0/TCP [2001:db8::1]:5070;branch=z9hG4bKb;rport;x=\"y z\"\r\n"
+        "m: \"B \\\"o\\\"\" <sip:b:p@h:5062;lr?Subject=s>;q=0.5\r\nContact: *\r\nRoute: <tel:+1-2;phone-context=e>\r\n"
+        "Session-Expires: 90;refresher=uac\r\nReason: Q.850;cause=16;text=\"a b\"\r\nPrivacy: id;none\r\n"
+        "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\"\r\nProxy-Authorization: Basic eDp5\r\n"
+        "Alert-Info: bell\r\nRetry-After: 5 (busy);duration=6\r\nExpires: 7\r\nSubject: s\r\n";
+    const std::pair<const char*, const char*> rows[] = {
+        {"Via", R"({"transport":"TCP","host":"2001:db8::1","port":5070,"branch":"z9hG4bKb","rport":"",)"
+                R"("parameters":{"x":"y z"}})"},
+        {"CSeq", R"({"number":1,"method":"OPTIONS"})"},
+        {"m", R"({"display_name":"B \"o\"","uri":"sip:b:p@h:5062;lr?Subject=s","scheme":"sip","user":"b","host":"h",)"
+              R"("port":5062,"uri_parameters":{"lr":""},"uri_headers":{"Subject":"s"},"parameters":{"q":"0.5"}})"},
+        {"Contact", R"({"wildcard":true})"},
+        {"Route", R"({"uri":"tel:+1-2;phone-context=e","scheme":"tel","number":"+1-2",)"
+                  R"("uri_parameters":{"phone-context":"e"}})"},
+        {"Session-Expires", R"({"seconds":90,"parameters":{"refresher":"uac"}})"},
+        {"Reason", R"({"protocol":"Q.850","parameters":{"cause":"16","text":"a b"}})"},
+        {"Privacy", R"({"values":["id","none"]})"},
+        {"WWW-Authenticate", R"({"scheme":"Digest","parameters":{"realm":"r","nonce":"n"}})"},
+        {"Proxy-Authorization", R"({"scheme":"Basic"})"},
+        {"Alert-Info", "{}"},
+        {"Retry-After", R"({"seconds":5,"comment":"busy","parameters":{"duration":"6"}})"},
+        {"Expires", R"({"seconds":7})"},
+        {"Subject", "null"},
+    };
+    const Json message = kxsip("show --json", "OPTIONS sip:c@d SIP/2.0\r\n" + kDialog + more + kNoBody).json().at(0);
+    for (const auto& [name, fields] : rows) {
+        Json last;
+        for (const Json& header : message["headers"]) {
+            last = header["name"] == name ? header.value("fields", Json()) : last;
+        }
+        EXPECT_EQ(last, Json::parse(fields)) << name;
+    }
+}
+
+TEST(ShowJsonTest, HasDialogAndBody) {
+    const std::string response = "SIP/2.0 200 OK\r\n" + kDialog + "CSeq: 7 BYE\r\n";
+    const std::pair<std::string, const char*> rows[] = {
+        {withBody("v=\xC3\xA9\r\n", 6), R"({"body":"v=\u00E9\r\n","body_base64":null})"},
+        {withBody("\xFB\xFF\xFE!", 4), R"({"body":null,"body_base64":"+//+IQ=="})"},
+        {withBody(std::string(1, '\0'), 1), R"({"body":null,"body_base64":"AA=="})"},
+        {kNoBody, R"({"body":null,"body_base64":null,"call_id":"x@y","from_tag":"1","to_tag":null,)"
+                  R"("cseq":{"number":7,"method":"BYE"}})"},
+    };
+    for (const auto& [rest, fields] : rows) {
+        expectFields(kxsip("show --json", response + rest).json().at(0), Json::parse(fields));
+    }
+}
+
+/** The classic grammar computes a response that is missing. */
+TEST(ShowTest, HeadersThatCannotBeWritten) {
+    const std::string credentials = "Authorization: Digest username=\"u\", algorithm=SHA-256, realm=\"r\"\r\n";
+    const std::string before = "OPTIONS sip:c@d SIP/2.0\r\n" + kDialog + "CSeq: 1 OPTIONS\r\n";
+    const std::string text = before + credentials + "X-A: b\r\n" + kNoBody;
+    const std::string why = "Unsupported Algorithm: Only MD5 is supported !!!";
+    const Json header = kxsip("show --grammar classic --json", text).json().at(0)["headers"][5];
+    EXPECT_TRUE(header["value"].is_null());
+    EXPECT_EQ(header["error"], Json({{"class", "KxException"}, {"text", why}}));
+    const ToolRun shown = kxsip("show --grammar classic", text);
+    EXPECT_THAT(shown.out, testing::HasSubstr("can't be written, KxException: " + why + "\n    X-A"));
+    EXPECT_EQ(shown.exit, 0);
+}
+
 TEST(ShowTest, ExitCodeIsTheWorstOfAllFiles) {
     EXPECT_EQ(kxsip("show " + sample("broken/header_without_colon.sip") + " " + sample("invite.sip")).exit, 1);
 

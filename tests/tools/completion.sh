@@ -23,7 +23,9 @@ expect() {
     [ "$joined" = "$*" ] || fail "kxsip ${words[*]}: $joined, not $*"
 }
 
-expect c = check cancel
+expect c = check calls cancel
+expect calls --sort -d = -duration
+expect check --u = --user --until
 expect show --me = --method
 expect flow --status 4 = 4xx
 expect key --grammar c = classic
@@ -33,7 +35,7 @@ expect digest answer --qop auth- = auth-int
 expect show samples/in = samples/invite.sip
 expect flow --call-id x =
 
-for command in show check flow key response "digest answer" "digest verify"; do
+for command in show check flow calls key response "digest answer" "digest verify"; do
     help=$("$KXSIP" $command --help)
     for option in $(_kxsip_options "${command##* }"); do
         grep -q -e "$option\b" <<<"$help" || fail "kxsip $command has no $option"
@@ -54,7 +56,7 @@ for command in $("$KXSIP" --help | sed -n '/^Subcommands/,/^$/s/^  \([a-z]*\) .*
     grep -q "^\.\(Cm\|It Cm\).*\b$command\b" tools/kxsip/kxsip.1 || fail "kxsip.1 does not tell of $command"
     "$KXSIP" "$command" --help | tail -n 1 | grep -q "^  kxsip $command" || fail "kxsip $command --help has no example"
 done
-for option in $("$KXSIP" show --help; "$KXSIP" check --help; "$KXSIP" flow --help); do
+for option in $("$KXSIP" show --help; "$KXSIP" check --help; "$KXSIP" flow --help; "$KXSIP" calls --help); do
     option=${option%%,*}
     case $option in
         --help) ;;

@@ -5,6 +5,8 @@
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Progress.h"
+#include "tools/kxsip/Verdict.h"
+#include "tools/kxsip/capture/PacketOption.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,57 +24,24 @@ and the reason. The verdicts:
   unusable    the message was kept, but can't be used
   refused     the message was not kept
 From a pipe, each line is printed when its message has arrived; Control-C ends the input.
-At the end the number of messages with each verdict, and the grammar in use, are printed on standard error. If standard
-error is a terminal, it shows progress.
+At the end the number of messages with each verdict, the grammar in use, and of a capture what was passed over
+(keep-alives, datagrams without SIP) are printed on standard error. If standard error is a terminal, it shows progress.
 
 Examples:
   kxsip check samples/*.sip samples/broken/*.sip | grep refused
   kxsip check --quiet --method INVITE samples/captures/call_udp.pcap)";
 
-enum Kind { Valid, Incomplete, Unusable, Refused };
-constexpr std::array<const char*, 4> kNames = {"valid", "incomplete", "unusable", "refused"};
-
-struct Verdict {
-    Kind kind;
-    std::string why;
-};
-
 struct Options {
     std::vector<std::string> files;
     MessageFilter filter;
+    PacketOption packets;
     bool quiet = false;
 };
-
-std::string whyIncomplete(const ReadMessage& read) {
-    const std::string why = "a header line could not be read";
-    if (read.dropped.empty()) {
-        return why;
-    }
-    const DroppedLine& first = read.dropped.front();
-    return why + ": line " + std::to_string(first.line) + ", \"" + first.shown() + "\": " + printable(first.why);
-}
-
-Verdict judge(const ReadMessage& read) {
-    if (read.isRefused()) {
-        return {Refused, printable(read.error->getExceptionMessage())};
-    }
-    if (read.message->isValid()) {
-        return {Valid, ""};
-    }
-    switch (read.message->getStatus()) {
-    case KX_STATUS_INCOMPLETE:
-        return {Incomplete, whyIncomplete(read)};
-    case KX_STATUS_VALID:
-        return {Unusable, "the CSeq method is not spelled as the request's"};
-    default:
-        return {Unusable, "the Accept header does not list the body's type"};
-    }
-}
 
 /** The number of messages of each kind. */
 class Tally {
 public:
-    void add(Kind kind) { ++m_counts.at(kind); }
+    void add(Verdict::Kind kind) { ++m_counts.at(kind); }
 
     void print(std::ostream& out) const {
         std::size_t total = 0;
@@ -80,7 +49,7 @@ public:
         for (std::size_t i = 0; i < m_counts.size(); ++i) {
             total += m_counts.at(i);
             if (m_counts.at(i) > 0) {
-                parts += (parts.empty() ? ": " : ", ") + std::to_string(m_counts.at(i)) + " " + kNames.at(i);
+                parts += (parts.empty() ? ": " : ", ") + std::to_string(m_counts.at(i)) + " " + Verdict::sNames.at(i);
             }
         }
         const bool isRFC = KxSipGrammar::sChosen() == KxSipGrammar::Choice::RFC;
@@ -92,19 +61,23 @@ private:
     std::array<std::size_t, 4> m_counts{};
 };
 
-Outcome check(const Options& options) {
+Outcome check(Options& options) {
+    options.packets.open(options.files);
     Tally tally;
     std::unique_ptr<Progress> progress = options.quiet ? nullptr : std::make_unique<Progress>();
     const Outcome worst =
-        forEachMessage({options.files, &options.filter, progress.get()}, [&](const ReadMessage& read) {
-            const Verdict verdict = judge(read);
-            tally.add(verdict.kind);
-            if (progress != nullptr) {
-                progress->makeRoom();
-            }
-            std::cout << printable(read.file) << '\t' << read.index << '\t' << kNames.at(verdict.kind) << '\t'
-                      << verdict.why << '\n';
-        });
+        forEachMessage({options.files, &options.filter, progress.get(), options.packets.isChosen(), !options.quiet},
+                       [&](const ReadMessage& read) {
+                           const Verdict verdict = Verdict::sOf(read);
+                           tally.add(verdict.kind);
+                           if (progress != nullptr) {
+                               progress->makeRoom();
+                           }
+                           std::cout << printable(read.file) << '\t' << read.index << '\t' << verdict.name() << '\t'
+                                     << verdict.why << '\n';
+                           options.packets.write(read.packets);
+                       });
+    options.packets.finish();
     if (!options.quiet) {
         std::cout.flush();
         tally.print(std::cerr);
@@ -122,6 +95,7 @@ void addCheckCommand(CLI::App& app, Outcome& outcome) {
         ->required();
     command->add_flag("-q,--quiet", options->quiet, "No progress and no count at the end");
     options->filter.addOptions(*command);
+    options->packets.addTo(*command);
     command->footer(std::string(MessageFilter::sHelp) + "\n\n" + kFooter);
     command->callback([options, &outcome] { outcome = check(*options); });
 }

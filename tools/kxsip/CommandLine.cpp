@@ -2,6 +2,7 @@
 
 #include "sipheaders/KxSipHeaderLibrary.h"
 #include "sipobject/KxSipGrammar.h"
+#include "tools/kxsip/CallsCommand.h"
 #include "tools/kxsip/CheckCommand.h"
 #include "tools/kxsip/DeriveCommands.h"
 #include "tools/kxsip/DigestCommands.h"
@@ -24,6 +25,7 @@ constexpr const char* kFooter = R"(Exit code (the worst of all messages):
   1   a header line was dropped
   2   a message was refused or can't be used
   3   a file can't be read, or output can't be written
+  4   no message matches the filters
   64  the command line is wrong
 
 Example:
@@ -69,6 +71,7 @@ int runCommandLine(int argc, const char* const* argv) {
     addShowCommand(app, outcome);
     addCheckCommand(app, outcome);
     addFlowCommand(app, outcome);
+    addCallsCommand(app, outcome);
     addKeyCommand(app, outcome);
     addDeriveCommands(app, outcome);
     addDigestCommands(app, outcome);

@@ -1,102 +1,201 @@
 #include "tools/kxsip/JsonView.h"
 
+#include "sipheaders/KxSipBase64Url.h"
+#include "sipobject/headers/KxSipCSeqHeader.h"
+#include "sipobject/headers/KxSipCallIdHeader.h"
+#include "sipobject/headers/KxSipFromHeader.h"
+#include "sipobject/headers/KxSipToHeader.h"
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
+#include "tools/kxsip/HeaderFields.h"
 #include "tools/kxsip/HeaderValue.h"
 #include "tools/kxsip/ObjectText.h"
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-/** Returns an object with all keys. Every object has all of them, in this order. */
-Json blank(const ReadMessage& read) {
-    Json json;
-    json["file"] = read.file;
-    json["index"] = read.index;
-    for (const char* key : {"kind", "method", "uri", "code", "reason", "version", "status"}) {
-        json[key] = nullptr;
-    }
-    json["valid"] = false;
-    json["key"] = nullptr;
-    json["error"] = nullptr;
-    json["headers"] = Json::array();
-    json["body_bytes"] = 0;
-    json["unread_bytes"] = read.unread ? Json(*read.unread) : Json();
-    json["line"] = read.line == 0 ? Json() : Json(read.line);
-    for (const char* key : {"time", "transport", "source", "destination"}) {
-        json[key] = nullptr;
-    }
-    json["dropped"] = Json::array();
-    return json;
+/** [RFC 4648 4] */
+std::string base64Of(std::string_view bytes) {
+    std::string text = KxSipBase64Url::sEncode(bytes);
+    std::replace(text.begin(), text.end(), '-', '+');
+    std::replace(text.begin(), text.end(), '_', '/');
+    return text.append((4 - text.size() % 4) % 4, '=');
 }
 
-Json end(const Endpoint& endpoint) {
-    return {{"address", endpoint.address}, {"port", endpoint.port}};
-}
-
-void addOrigin(Json& json, const Origin& origin) {
-    json["time"] = utcText(origin.time);
-    json["transport"] = origin.transport;
-    json["source"] = end(origin.source);
-    json["destination"] = end(origin.destination);
-}
-
-void addRequestLine(Json& json, const KxSipRequest& request) {
-    json["kind"] = "request";
-    json["method"] = request.getMethod();
-    if (!request.getURI().isNil()) {
-        json["uri"] = serialized(*request.getURI());
-    }
-}
-
-void addStatusLine(Json& json, const KxSipResponse& response) {
-    json["kind"] = "response";
-    json["code"] = response.getStatusCode();
-    json["reason"] = response.getReasonPhrase().view();
-}
-
-Json keyOf(const KxSipMessage& message) {
-    try {
-        return message.createKey().view();
-    } catch (const KxHandle<KxException>&) {
-        return nullptr;
-    }
-}
-
-void addMessage(Json& json, const KxSipMessage& message) {
-    if (const auto* const request = message.as<KxSipRequest>()) {
-        addRequestLine(json, *request);
-    } else if (const auto* const response = message.as<KxSipResponse>()) {
-        addStatusLine(json, *response);
-    }
-    json["version"] = std::to_string(message.getVersionHigh()) + "." + std::to_string(message.getVersionLow());
-    json["status"] = static_cast<unsigned>(message.getStatus());
-    json["valid"] = message.isValid();
-    json["key"] = keyOf(message);
-    for (const HeaderValue& header : HeaderValue::sAllOf(message)) {
-        json["headers"].push_back(
-            {{"id", header.id}, {"name", header.name}, {"class", header.className}, {"value", header.value}});
-    }
-    json["body_bytes"] = message.getStoredBodyLength();
+void writeError(const KxException& error, JsonWriter& json) {
+    json.begin();
+    json.key("class").text(classNameOf(error));
+    json.key("text").text(error.getExceptionMessage());
+    json.end();
 }
 
 } // namespace
 
 void JsonView::show(const ReadMessage& read) {
-    Json json = blank(read);
-    if (read.origin) {
-        addOrigin(json, *read.origin);
+    m_json.drop();
+    m_json.begin();
+    m_json.key("file").text(read.file);
+    m_json.key("index").number(read.index);
+    showStartLine(read.message.get());
+    m_json.key("error");
+    read.isRefused() ? writeError(*read.error, m_json) : m_json.null();
+    m_json.key("headers").beginArray();
+    if (!read.isRefused()) {
+        showHeaders(*read.message);
     }
-    if (read.isRefused()) {
-        json["error"] = {{"class", classNameOf(*read.error)}, {"text", read.error->getExceptionMessage().view()}};
+    m_json.endArray();
+    m_json.key("body_bytes").number(read.isRefused() ? 0 : read.message->getStoredBodyLength());
+    numberOrNull("unread_bytes", read.unread);
+    numberOrNull("line", read.line == 0 ? std::nullopt : std::optional(read.line));
+    showOrigin(read.origin);
+    showDropped(read.dropped);
+    showDialog(read.object().get());
+    showBody(read.message.get());
+    m_json.end();
+    m_json.endLine();
+}
+
+/** Null for a refused message. */
+void JsonView::showStartLine(const KxSipMessage* message) {
+    const auto* const request = message == nullptr ? nullptr : message->as<KxSipRequest>();
+    const auto* const response = message == nullptr ? nullptr : message->as<KxSipResponse>();
+    textOrNull("kind", request != nullptr ? "request" : response != nullptr ? "response" : nullptr);
+    textOrNull("method", request == nullptr ? nullptr : request->getMethod());
+    m_json.key("uri");
+    request == nullptr || request->getURI().isNil() ? m_json.null() : m_json.serialized(*request->getURI());
+    m_json.key("code");
+    response == nullptr ? m_json.null() : m_json.number(response->getStatusCode());
+    m_json.key("reason");
+    response == nullptr ? m_json.null() : m_json.text(response->getReasonPhrase());
+    m_json.key("version");
+    if (message == nullptr) {
+        m_json.null();
+        m_json.key("status").null();
     } else {
-        addMessage(json, *read.message);
+        m_json.text(std::to_string(message->getVersionHigh()) + "." + std::to_string(message->getVersionLow()));
+        m_json.key("status").number(static_cast<unsigned>(message->getStatus()));
     }
-    for (const DroppedLine& line : read.dropped) {
-        json["dropped"].push_back({{"line", line.line}, {"text", line.text}, {"why", line.why}});
+    m_json.key("valid").truth(message != nullptr && message->isValid());
+    showKey(message);
+}
+
+void JsonView::showKey(const KxSipMessage* message) {
+    KxString key;
+    try {
+        key = message == nullptr ? KxString() : message->createKey();
+    } catch (const KxHandle<KxException>&) {
+        key = KxString();
     }
-    m_out << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    textOrNull("key", key);
+}
+
+void JsonView::showHeaders(const KxSipMessage& message) {
+    for (const HeaderID id : message.getHeaderOrder()) {
+        for (const KxSipHeader* header = message.getHeaderByID(id).get(); header != nullptr;
+             header = header->getNext().get()) {
+            showHeader(*header);
+        }
+    }
+}
+
+void JsonView::showHeader(const KxSipHeader& header) {
+    const HeaderFields& fields = HeaderFields::sOf(header);
+    m_json.begin();
+    m_json.key("id").number(header.getHeaderID());
+    m_json.key("name").text(header.getToken());
+    m_json.key("class").text(fields.className);
+    m_json.key("value");
+    const HeaderText value = HeaderText::sOf(header);
+    if (value.error.isNil()) {
+        m_json.text(value.text);
+    } else {
+        m_json.null();
+        m_json.key("error");
+        writeError(*value.error, m_json);
+    }
+    if (fields.hasAny()) {
+        m_json.key("fields").begin();
+        fields.write(header, m_json);
+        m_json.end();
+    }
+    m_json.end();
+}
+
+void JsonView::showOrigin(const std::optional<Origin>& origin) {
+    textOrNull("time", origin ? utcText(origin->time).c_str() : nullptr);
+    textOrNull("transport", origin ? origin->transport : nullptr);
+    showEnd("source", origin ? &origin->source : nullptr);
+    showEnd("destination", origin ? &origin->destination : nullptr);
+}
+
+void JsonView::showEnd(const char* key, const Endpoint* endpoint) {
+    m_json.key(key);
+    if (endpoint == nullptr) {
+        m_json.null();
+        return;
+    }
+    m_json.begin();
+    m_json.key("address").text(endpoint->address);
+    m_json.key("port").number(endpoint->port);
+    m_json.end();
+}
+
+void JsonView::showDropped(const std::vector<DroppedLine>& lines) {
+    m_json.key("dropped").beginArray();
+    for (const DroppedLine& line : lines) {
+        m_json.begin();
+        m_json.key("line").number(line.line);
+        m_json.key("text").text(line.text);
+        m_json.key("why").text(line.why);
+        m_json.end();
+    }
+    m_json.endArray();
+}
+
+/** Of a refused message what could be read of it; null if that is nothing. */
+void JsonView::showDialog(const KxSipMessage* message) {
+    const auto* const callId = message == nullptr ? nullptr : message->first<KxSipCallIdHeader>();
+    const auto* const from = message == nullptr ? nullptr : message->first<KxSipFromHeader>();
+    const auto* const to = message == nullptr ? nullptr : message->first<KxSipToHeader>();
+    const auto* const cseq = message == nullptr ? nullptr : message->first<KxSipCSeqHeader>();
+    textOrNull("call_id", callId == nullptr ? KxString() : callId->getCallId());
+    textOrNull("from_tag", from == nullptr ? KxString() : from->getTag());
+    textOrNull("to_tag", to == nullptr ? KxString() : to->getTag());
+    m_json.key("cseq");
+    if (cseq == nullptr) {
+        m_json.null();
+        return;
+    }
+    m_json.begin();
+    m_json.key("number").number(cseq->getSeqNumber());
+    m_json.key("method").text(cseq->getMethod());
+    m_json.end();
+}
+
+void JsonView::showBody(const KxSipMessage* message) {
+    const bool hasBody = message != nullptr && message->hasBody();
+    const std::string_view body =
+        hasBody ? std::string_view(message->getBody(), message->getStoredBodyLength()) : std::string_view();
+    const bool isText = body.find('\0') == std::string_view::npos && JsonWriter::sIsUtf8(body);
+    m_json.key("body");
+    hasBody&& isText ? m_json.text(body) : m_json.null();
+    m_json.key("body_base64");
+    hasBody && !isText ? m_json.text(base64Of(body)) : m_json.null();
+}
+
+void JsonView::textOrNull(const char* key, const char* text) {
+    m_json.key(key);
+    text == nullptr ? m_json.null() : m_json.text(text);
+}
+
+/** Nil is null. */
+void JsonView::textOrNull(const char* key, const KxString& text) {
+    m_json.key(key);
+    text.isNil() ? m_json.null() : m_json.text(text);
+}
+
+void JsonView::numberOrNull(const char* key, const std::optional<std::size_t>& number) {
+    m_json.key(key);
+    number ? m_json.number(*number) : m_json.null();
 }

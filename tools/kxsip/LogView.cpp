@@ -1,9 +1,15 @@
 #include "tools/kxsip/LogView.h"
 
+#include "tools/kxsip/Terminal.h"
+
+#include <sstream>
+
 void LogView::show(const ReadMessage& read) {
     if (read.isRefused()) {
         read.complain(*read.error);
-    } else {
-        read.message->formatMessage(m_out, true, nullptr, nullptr, Oskan::LogLevel::Info);
+        return;
     }
+    std::ostringstream text;
+    read.message->formatMessage(text, true, nullptr, nullptr, Oskan::LogLevel::Info);
+    Terminal::write(m_out, text.view());
 }

@@ -21,5 +21,5 @@ struct MessageFacts {
 
 private:
     void takeStartLine(std::string_view text);
-    void takeHeaders(const KxSipMessage& message);
+    void takeHeaders(const KxSipMessage& message, std::string_view text);
 };

@@ -13,5 +13,6 @@ std::string serialized(const T& object) {
     return std::string(out.view());
 }
 
-/** Returns the name of the class of the object, for example "KxSipViaHeader". */
-std::string classNameOf(const KxObject& object);
+/** Returns the name of the class of the object, for example "KxSipViaHeader". It lives as long as the process. For one
+    thread. */
+const std::string& classNameOf(const KxObject& object);

@@ -6,16 +6,10 @@
 
 namespace {
 
-/** Whether the character changes the direction of the text around it. [UAX #9 2] */
-bool changesDirection(std::string_view character) {
-    return character == "\u200E" || character == "\u200F" || (character >= "\u202A" && character <= "\u202E") ||
-           (character >= "\u2066" && character <= "\u2069");
-}
-
 /** Returns the length of the first character if it may be shown, else 0. */
 std::size_t shownLength(std::string_view text) {
     const std::size_t length = Utf8::characterLength(text);
-    return text.front() == '\t' || text.front() == '\n' || changesDirection(text.substr(0, length)) ? 0 : length;
+    return text.front() == '\t' || text.front() == '\n' || Utf8::changesDirection(text.substr(0, length)) ? 0 : length;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "sipobject/messages/KxSipMessage.h"
 #include "tools/kxsip/Origin.h"
 #include "tools/kxsip/Outcome.h"
+#include "tools/kxsip/capture/Packet.h"
 #include "util/KxException.h"
 
 #include <cstddef>
@@ -32,9 +33,11 @@ struct ReadMessage {
     std::size_t line = 0;             ///< Line of the file where it begins, 1 for the first; 0 in a capture.
     std::string text;                 ///< Its bytes; those of a refused message as far as they were read.
     std::optional<Origin> origin;     ///< Only for a message from a capture.
+    Packets packets;                  ///< That carried the message; only if Reading::keepsPackets.
     bool isLive = false;              ///< Whether it was read from a live input.
     bool isIncomplete = false;        ///< Whether the message was refused because its bytes end too early.
-    /** Bytes of the file after this message; in a capture, of the datagram. Nothing for text from a live input. */
+    /** Bytes of the file after this message; in a capture, of the datagram. Nothing for text from a live input or a
+        packed file. */
     std::optional<std::size_t> unread;
 
     /** Parses a message at the beginning of the bytes. Returns the number of bytes that were read; if the message is

@@ -76,6 +76,14 @@ void TextView::showVerdict(const ReadMessage& read) {
     m_out << '\n';
 }
 
+std::string TextView::shown(const HeaderText& value) const {
+    if (value.error.isNil()) {
+        return m_colour.value(printable(value.text));
+    }
+    const std::string why = classNameOf(*value.error) + ": " + printable(value.error->getExceptionMessage());
+    return m_colour(Ink::Failure, "can't be written") + ", " + why;
+}
+
 void TextView::showHeaders(const std::vector<HeaderValue>& headers) {
     const std::size_t nameWidth = widthOf(headers, &HeaderValue::name);
     const std::size_t classWidth = widthOf(headers, &HeaderValue::className);
@@ -86,8 +94,7 @@ void TextView::showHeaders(const std::vector<HeaderValue>& headers) {
         const std::string name = further ? "" : printable(header.name);
         const std::string className = further ? "" : header.className;
         m_out << "    " << m_colour(Ink::Name, padded(name, nameWidth)) << "  "
-              << m_colour(Ink::Class, padded(className, classWidth)) << "  " << m_colour.value(printable(header.value))
-              << '\n';
+              << m_colour(Ink::Class, padded(className, classWidth)) << "  " << shown(header.value) << '\n';
         previous = &header;
     }
 }

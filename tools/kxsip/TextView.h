@@ -16,6 +16,7 @@ private:
     void showOrigin(const Origin& origin);
     void showStartLine(const KxSipMessage& message);
     void showVerdict(const ReadMessage& read);
+    std::string shown(const HeaderText& value) const;
     void showHeaders(const std::vector<HeaderValue>& headers);
 
     Colour m_colour;

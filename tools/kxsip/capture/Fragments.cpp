@@ -1,34 +1,26 @@
 #include "tools/kxsip/capture/Fragments.h"
 
-#include <tins/rawpdu.h>
-
 namespace {
 
 constexpr std::size_t kMostDatagrams = 1024;
 constexpr std::size_t kLongestDatagram = 65535;
 constexpr std::chrono::seconds kLifetime(30);
 
-std::string_view bytesOf(const IpPacket& packet) {
-    const auto* const raw = dynamic_cast<const Tins::RawPDU*>(packet.payload.get());
-    if (raw == nullptr) {
-        return {};
-    }
-    return {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()};
-}
-
 } // namespace
 
-std::optional<std::string> Fragments::take(const IpPacket& packet, std::chrono::microseconds now) {
+std::unique_ptr<Fragments::Whole> Fragments::take(const IpPacket& packet, std::chrono::microseconds now,
+                                                  const Packets& carriers) {
     const FragmentPlace& place = *packet.fragment;
     const Datagrams::iterator datagram =
         find({packet.source, packet.destination, packet.protocol, place.datagram}, now);
-    add(*datagram, place, bytesOf(packet));
+    add(*datagram, place, packet.payload, carriers);
     if (datagram->end != datagram->held) {
-        return std::nullopt;
+        return nullptr;
     }
-    std::string whole;
-    for (const auto& [offset, bytes] : datagram->pieces) {
-        whole += bytes;
+    auto whole = std::make_unique<Whole>();
+    for (const auto& [offset, piece] : datagram->pieces) {
+        whole->bytes += piece.bytes;
+        whole->packets.insert(whole->packets.end(), piece.carriers.begin(), piece.carriers.end());
     }
     drop(datagram);
     return whole;
@@ -55,13 +47,13 @@ void Fragments::drop(Datagrams::iterator datagram) {
     m_datagrams.erase(datagram);
 }
 
-void Fragments::add(Datagram& datagram, const FragmentPlace& place, std::string_view bytes) {
+void Fragments::add(Datagram& datagram, const FragmentPlace& place, std::string_view bytes, const Packets& carriers) {
     const std::size_t end = place.offset + bytes.size();
     if (bytes.empty() || end > kLongestDatagram || end > datagram.end.value_or(end) ||
         !isFree(datagram, place.offset, end)) {
         return;
     }
-    datagram.pieces.emplace(place.offset, bytes);
+    datagram.pieces.emplace(place.offset, Piece{std::string(bytes), carriers});
     datagram.held += bytes.size();
     if (place.isLast && datagram.pieces.rbegin()->first == place.offset) {
         datagram.end = end;
@@ -73,5 +65,5 @@ bool Fragments::isFree(const Datagram& datagram, std::size_t begin, std::size_t 
     if (next != datagram.pieces.end() && next->first < end) {
         return false;
     }
-    return next == datagram.pieces.begin() || std::prev(next)->first + std::prev(next)->second.size() <= begin;
+    return next == datagram.pieces.begin() || std::prev(next)->first + std::prev(next)->second.bytes.size() <= begin;
 }

@@ -13,30 +13,32 @@ std::uint64_t SegmentQueue::position(std::uint32_t sequence) const {
     return m_next + static_cast<std::uint64_t>(std::int64_t{distance});
 }
 
-void SegmentQueue::put(std::uint32_t sequence, std::string_view bytes) {
+void SegmentQueue::put(std::uint32_t sequence, std::string_view bytes, const Packets& carriers) {
     const std::uint64_t begin = position(sequence);
     if (begin + bytes.size() <= m_next || begin > m_next + kWindow) {
         return;
     }
-    std::string& held = m_waiting[begin];
-    if (bytes.size() > held.size()) {
-        m_held += bytes.size() - held.size();
-        held.append(bytes.substr(held.size()));
+    Segment& held = m_waiting[begin];
+    if (bytes.size() > held.bytes.size()) {
+        m_held += bytes.size() - held.bytes.size();
+        held.bytes.append(bytes.substr(held.bytes.size()));
+        held.carriers = carriers; // of the longer segment, which has all of the bytes
     }
 }
 
-std::string SegmentQueue::take() {
-    std::string bytes;
+std::optional<SegmentQueue::Segment> SegmentQueue::take() {
     while (!m_waiting.empty() && m_waiting.begin()->first <= m_next) {
-        const auto& [begin, held] = *m_waiting.begin();
-        if (const std::uint64_t end = begin + held.size(); end > m_next) {
-            bytes.append(held, static_cast<std::size_t>(m_next - begin));
+        const auto first = m_waiting.extract(m_waiting.begin());
+        Segment& held = first.mapped();
+        const std::uint64_t end = first.key() + held.bytes.size();
+        m_held -= held.bytes.size();
+        if (end > m_next) {
+            held.bytes.erase(0, static_cast<std::size_t>(m_next - first.key()));
             m_next = end;
+            return std::move(held);
         }
-        m_held -= held.size();
-        m_waiting.erase(m_waiting.begin());
     }
-    return bytes;
+    return std::nullopt;
 }
 
 bool SegmentQueue::isFull() const {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "tools/kxsip/capture/Packet.h"
+
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,14 +12,20 @@
     of bytes that come twice, the first are used. */
 class SegmentQueue {
 public:
+    /** Bytes that follow each other, and the packets that carried them if they are kept. */
+    struct Segment {
+        std::string bytes;
+        Packets carriers;
+    };
+
     /** `next` is the sequence number of the first byte of the stream. */
     explicit SegmentQueue(std::uint32_t next) : m_next(kStart + next) {}
 
     /** Takes a segment. A segment that is too far from the next byte to be in the stream's window is dropped. */
-    void put(std::uint32_t sequence, std::string_view bytes);
+    void put(std::uint32_t sequence, std::string_view bytes, const Packets& carriers);
 
-    /** Returns the available bytes that follow those returned before, up to the next gap. */
-    std::string take();
+    /** Returns available bytes that follow those returned before, or nothing if there is a gap. */
+    std::optional<Segment> take();
 
     /** Whether segments wait for a missing segment before them. */
     bool isWaiting() const { return !m_waiting.empty(); }
@@ -35,6 +44,6 @@ private:
     static constexpr std::uint64_t kStart = std::uint64_t{1} << 32; ///< So that no position is below 0.
 
     std::uint64_t m_next;
-    std::map<std::uint64_t, std::string> m_waiting; ///< By position; all after m_next once take() was called.
-    std::size_t m_held = 0;                         ///< Bytes of all waiting segments.
+    std::map<std::uint64_t, Segment> m_waiting; ///< By position; all after m_next once take() returned nothing.
+    std::size_t m_held = 0;                     ///< Bytes of all waiting segments.
 };

@@ -2,8 +2,66 @@
 
 #include "tools/kxsip/Printable.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <map>
+#include <set>
+#include <tuple>
+
+namespace {
+
+/** Each host is a column; a host that sends to itself has a column for each port. */
+void findColumns(Call& call) {
+    std::set<std::string> loops;
+    for (const Step& step : call.steps) {
+        if (step.origin.source.address == step.origin.destination.address) {
+            loops.insert(step.origin.source.address);
+        }
+    }
+    std::map<std::string, std::size_t> known;
+    const auto columnOf = [&](const Endpoint& end) {
+        const bool isSplit = loops.contains(end.address);
+        const auto [found, isNew] = known.emplace(isSplit ? end.text() : end.address, call.columns.size());
+        if (isNew) {
+            call.columns.push_back({found->first, {}});
+        }
+        if (!isSplit) {
+            call.columns[found->second].ports.insert(end.port);
+        }
+        return found->second;
+    };
+    for (Step& step : call.steps) {
+        step.from = columnOf(step.origin.source);
+        step.to = columnOf(step.origin.destination);
+    }
+}
+
+void findRepeats(Call& call) {
+    std::map<std::tuple<Endpoint, Endpoint, std::string_view>, std::size_t> first;
+    for (Step& step : call.steps) {
+        const auto [known, isNew] = first.emplace(
+            std::tuple(step.origin.source, step.origin.destination, std::string_view(step.text)), step.index);
+        if (!isNew) {
+            step.repeats = known->second;
+        }
+    }
+}
+
+} // namespace
+
+void Call::add(const ReadMessage& read, const MessageFacts& facts, std::size_t index) {
+    id = facts.callId;
+    steps.push_back({facts, *read.origin, index, read.text, Verdict::sOf(read), read.packets, 0, 0, {}});
+}
+
+void Call::finish() {
+    std::sort(steps.begin(), steps.end(), [](const Step& a, const Step& b) {
+        return std::tie(a.origin.time, a.index) < std::tie(b.origin.time, b.index);
+    });
+    findColumns(*this);
+    findRepeats(*this);
+}
 
 std::string Call::title(std::string_view between) const {
     const MessageFacts& facts = steps.front().facts;
@@ -39,10 +97,9 @@ int Call::resultCode() const {
     return step == nullptr ? 0 : step->facts.code;
 }
 
-std::string dateText(std::chrono::microseconds time) {
-    std::string text = utcText(time);
-    text.replace(text.find('T'), 1, " ");
-    return text.erase(text.size() - 4) + " UTC";
+std::string Call::extent() const {
+    return std::to_string(steps.size()) + (steps.size() == 1 ? " message in " : " messages in ") +
+           secondsText(duration()) + " s" + (cut.empty() ? "" : " (did not end: " + cut + ")");
 }
 
 std::string secondsText(std::chrono::microseconds time) {

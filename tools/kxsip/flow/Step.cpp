@@ -8,14 +8,14 @@ std::string Step::remark() const {
     if (facts.isResponse() && facts.method != "INVITE") {
         add("to " + printable(facts.method)); // several requests may be open at once
     }
+    if (isFlawed()) {
+        add(verdict.name());
+    }
     if (facts.hasSdp) {
         add("SDP");
     }
     if (repeats) {
         add("repeats " + std::to_string(*repeats));
-    }
-    if (!error.empty()) {
-        add("refused");
     }
     return result;
 }

@@ -3,105 +3,177 @@
 #include "tools/kxsip/flow/Utf8.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
 
+constexpr int kMargin = 28;
+constexpr int kTop = 56; // below the legend
 constexpr int kTitleHeight = 80;
 constexpr int kBetweenCalls = 36;
 constexpr std::size_t kStepsBetweenNames = 30; // so that the names of a long ladder stay visible
 constexpr int kBreak = 12;                     // before names that are repeated
+constexpr int kNumberEnd = 58;                 // where the message's number ends
 constexpr int kTitleLetter = 11;
 constexpr int kWidest = 1000;
 constexpr const char* kArrow = " \u2192 ";
 
-/** Writes parts below each other. */
-class Stack {
-public:
-    explicit Stack(std::ostream& out, int top) : m_out(out), m_y(top) {}
-
-    template <class Draw>
-    void add(int height, const Draw& draw) {
-        m_out << "<g transform=\"translate(0," << m_y << ")\">";
-        draw();
-        m_out << "</g>\n";
-        m_y += height;
+/** Where the parts of a ladder begin, below its title. */
+struct Rows {
+    explicit Rows(const LadderShape& shape, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i % kStepsBetweenNames == 0) {
+                end += i == 0 ? 0 : kBreak;
+                names.push_back(end);
+                end += LadderShape::kNamesHeight;
+            }
+            end += shape.pauseBefore(i).count() > 0 ? LadderShape::kPauseHeight : 0;
+            steps.push_back(end);
+            end += LadderShape::kStepHeight;
+        }
+        end += LadderShape::kFootHeight;
     }
-    void skip(int height) { m_y += height; }
-    int height() const { return m_y; }
 
-private:
-    std::ostream& m_out;
-    int m_y;
+    std::vector<int> names;
+    std::vector<int> steps;
+    int end = 0;
 };
 
-std::string metaText(const Call& call) {
-    return "Call-ID " + call.id + "  \u00B7  " + dateText(call.begin()) + "  \u00B7  " +
-           std::to_string(call.steps.size()) + " messages in " + secondsText(call.duration()) + " s";
+/** Draws calls below each other. */
+class SvgDrawing {
+public:
+    SvgDrawing(std::ostream& out, TimeText time) : m_out(out), m_time(time) {}
+
+    void draw(const std::vector<Call>& calls);
+
+private:
+    void drawCall(const Call& call, int top, const std::string& id);
+    void drawTitle(const Call& call, int width);
+    void drawNames(const LadderShape& shape, const Rows& rows, const std::string& id);
+    void drawStep(const Call& call, const LadderShape& shape, const Step& step, int top);
+    void drawPause(const LadderShape& shape, std::chrono::microseconds length, int top);
+    void drawLegend();
+    std::string metaText(const Call& call) const;
+    int widthOf(const Call& call, const LadderShape& shape) const;
+    int timeEnd() const { return m_time.isElapsed() ? 138 : 180; }
+    int gutter() const { return timeEnd() + 24; }
+    template <class Draw>
+    void moved(int x, int y, const Draw& draw, const std::string& id = "");
+
+    std::ostream& m_out;
+    TimeText m_time;
+    int m_width = 0;
+};
+
+/** Draws something at this place. */
+template <class Draw>
+void SvgDrawing::moved(int x, int y, const Draw& draw, const std::string& id) {
+    m_out << "<g" << (id.empty() ? "" : " id=\"" + id + "\"") << " transform=\"translate(" << x << ',' << y << ")\">";
+    draw();
+    m_out << "</g>\n";
+}
+
+std::string SvgDrawing::metaText(const Call& call) const {
+    return "Call-ID " + call.id + "  \u00B7  " + m_time.date(call.begin()) + "  \u00B7  " + call.extent();
 }
 
 /** Returns a width that is enough for the ladder and, up to a limit, for the title. */
-int widthOf(const Call& call) {
-    const auto letters =
-        static_cast<int>(std::max(Utf8::length(call.title(kArrow)), Utf8::length(metaText(call)) * 3 / 4));
-    return std::max(LadderShape(call).width(), std::min(letters * kTitleLetter + 2 * LadderShape::kMargin, kWidest));
+int SvgDrawing::widthOf(const Call& call, const LadderShape& shape) const {
+    const auto letters = static_cast<int>(
+        std::max({Utf8::width(call.title(kArrow)), Utf8::width(call.result()), Utf8::width(metaText(call)) * 3 / 4}));
+    return std::max(gutter() + shape.width() + kMargin, std::min(letters * kTitleLetter + 2 * kMargin, kWidest));
 }
 
-void drawTitle(std::ostream& out, const Call& call) {
-    const auto letters = static_cast<std::size_t>((widthOf(call) - 2 * LadderShape::kMargin) / kTitleLetter);
-    const int x = LadderShape::kMargin;
-    out << "<text class=\"title\" x=\"" << x << "\" y=\"18\">"
-        << Utf8::escaped(Utf8::shortened(call.title(kArrow), letters)) << "</text><text class=\"result "
-        << LadderShape::sClassOf(call) << "\" x=\"" << x << "\" y=\"40\">"
-        << Utf8::escaped(Utf8::shortened(call.result(), letters)) << "</text><text class=\"meta\" x=\"" << x
-        << "\" y=\"60\">" << Utf8::escaped(Utf8::shortened(metaText(call), letters * 4 / 3 + 2)) << "</text>";
-}
-
-void drawStep(std::ostream& out, const LadderShape& shape, const Step& step) {
-    out << "<g class=\"step " << LadderShape::sClassOf(step) << (step.repeats ? " again" : "") << "\"><title>"
-        << Utf8::escaped(step.error.empty() ? "" : "refused: " + step.error + "\n\n") << Utf8::escaped(step.text)
-        << "</title>";
-    shape.drawStep(out, step);
-    out << "</g>";
-}
-
-void drawCall(std::ostream& out, Stack& stack, const Call& call) {
-    const LadderShape shape(call);
-    stack.add(kTitleHeight, [&] { drawTitle(out, call); });
-    for (std::size_t i = 0; i < call.steps.size(); ++i) {
-        if (i % kStepsBetweenNames == 0) {
-            stack.skip(i == 0 ? 0 : kBreak);
-            stack.add(LadderShape::kNamesHeight, [&] { shape.drawNames(out); });
-        }
-        if (const auto pause = shape.pauseBefore(i); pause.count() > 0) {
-            stack.add(LadderShape::kPauseHeight, [&] { shape.drawPause(out, pause); });
-        }
-        stack.add(LadderShape::kStepHeight, [&] { drawStep(out, shape, call.steps[i]); });
+void SvgDrawing::draw(const std::vector<Call>& calls) {
+    for (const LadderShape::Key& key : LadderShape::sLegend) {
+        m_width += key.width;
     }
-    stack.add(LadderShape::kFootHeight, [&] { shape.drawFoot(out); });
+    m_width += 2 * kMargin;
+    std::vector<int> tops = {kTop};
+    for (const Call& call : calls) {
+        const LadderShape shape(call);
+        m_width = std::max(m_width, widthOf(call, shape));
+        tops.push_back(tops.back() + kTitleHeight + Rows(shape, call.steps.size()).end + kBetweenCalls);
+    }
+    m_out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << m_width << "\" height=\"" << tops.back()
+          << "\" viewBox=\"0 0 " << m_width << ' ' << tops.back()
+          << "\" role=\"img\">\n<title>SIP ladder</title>\n<style>" << LadderShape::sStyle
+          << "</style>\n<defs><pattern id=\"pause\" width=\"8\" height=\"7\" patternUnits=\"userSpaceOnUse\">"
+             "<rect class=\"page\" width=\"8\" height=\"5\"/></pattern></defs>\n"
+             "<rect class=\"page\" width=\"100%\" height=\"100%\"/>\n";
+    moved(kMargin, 20, [this] { drawLegend(); });
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        drawCall(calls[i], tops[i], "names-" + std::to_string(i));
+    }
+    m_out << "</svg>\n";
+}
+
+void SvgDrawing::drawLegend() {
+    int x = 0;
+    for (const LadderShape::Key& key : LadderShape::sLegend) {
+        moved(x, 0, [&] {
+            LadderShape::sDrawKey(m_out, key);
+            m_out << "<text class=\"key\" x=\"" << LadderShape::kKeyWidth + 7 << "\" y=\""
+                  << LadderShape::kKeyHeight / 2 + 4 << "\">" << key.text << "</text>";
+        });
+        x += key.width;
+    }
+}
+
+void SvgDrawing::drawCall(const Call& call, int top, const std::string& id) {
+    const LadderShape shape(call);
+    const Rows rows(shape, call.steps.size());
+    moved(kMargin, top, [&] { drawTitle(call, widthOf(call, shape)); });
+    moved(0, top + kTitleHeight, [&] {
+        moved(gutter(), LadderShape::kBoxHeight,
+              [&] { shape.drawLifelines(m_out, rows.end - LadderShape::kBoxHeight - LadderShape::kFootHeight / 2); });
+        drawNames(shape, rows, id);
+        for (std::size_t i = 0; i < call.steps.size(); ++i) {
+            if (const auto pause = shape.pauseBefore(i); pause.count() > 0) {
+                drawPause(shape, pause, rows.steps[i] - LadderShape::kPauseHeight);
+            }
+            drawStep(call, shape, call.steps[i], rows.steps[i]);
+        }
+    });
+}
+
+void SvgDrawing::drawTitle(const Call& call, int width) {
+    const auto letters = static_cast<std::size_t>((width - 2 * kMargin) / kTitleLetter);
+    m_out << "<text class=\"title\" y=\"18\">" << Utf8::escaped(Utf8::shortened(call.title(kArrow), letters))
+          << "</text><text class=\"result " << LadderShape::sClassOf(call) << "\" y=\"40\">"
+          << Utf8::escaped(Utf8::shortened(call.result(), letters)) << "</text><text class=\"meta\" y=\"60\">"
+          << Utf8::escaped(Utf8::shortened(metaText(call), letters * 4 / 3 + 2)) << "</text>";
+}
+
+/** The names are drawn once; wherever else they are seen, they are used again. */
+void SvgDrawing::drawNames(const LadderShape& shape, const Rows& rows, const std::string& id) {
+    moved(
+        gutter(), 0, [&] { shape.drawNames(m_out); }, id);
+    std::for_each(rows.names.begin() + 1, rows.names.end(),
+                  [&](int top) { m_out << "<use href=\"#" << id << "\" y=\"" << top << "\"/>\n"; });
+}
+
+void SvgDrawing::drawPause(const LadderShape& shape, std::chrono::microseconds length, int top) {
+    m_out << "<rect fill=\"url(#pause)\" x=\"" << gutter() << "\" y=\"" << top << "\" width=\"" << shape.width()
+          << "\" height=\"" << LadderShape::kPauseHeight << "\"/><text class=\"pause\" text-anchor=\"end\" x=\""
+          << timeEnd() << "\" y=\"" << top + LadderShape::kPauseHeight / 2 + 4 << "\">+" << secondsText(length)
+          << "</text>\n";
+}
+
+void SvgDrawing::drawStep(const Call& call, const LadderShape& shape, const Step& step, int top) {
+    const std::string flaw = step.verdict.text();
+    m_out << "<g class=\"step " << LadderShape::sClassOf(step) << (step.repeats ? " again" : "")
+          << "\" transform=\"translate(0," << top << ")\"><title>" << Utf8::escaped(flaw.empty() ? "" : flaw + "\n\n")
+          << Utf8::escaped(step.text) << "</title><rect class=\"hit\" x=\"8\" width=\"" << gutter() + shape.width() - 8
+          << "\" height=\"" << LadderShape::kStepHeight
+          << "\" rx=\"4\"/><text class=\"number\" text-anchor=\"end\" x=\"" << kNumberEnd << "\" y=\"29\">"
+          << step.index << "</text><text class=\"time\" text-anchor=\"end\" x=\"" << timeEnd() << "\" y=\"29\">"
+          << m_time.of(step, call) << "</text>";
+    moved(gutter(), 0, [&] { shape.drawArrow(m_out, step); });
+    m_out << "</g>\n";
 }
 
 } // namespace
 
-std::string svgDrawing(const std::vector<Call>& calls) {
-    std::ostringstream body;
-    int width = 0;
-    Stack stack(body, 20);
-    stack.add(LadderShape::kLegendHeight + 16, [&] {
-        body << "<g transform=\"translate(" << LadderShape::kMargin << ",0)\">";
-        LadderShape::sDrawLegend(body);
-        body << "</g>";
-    });
-    for (const Call& call : calls) {
-        drawCall(body, stack, call);
-        stack.skip(kBetweenCalls);
-        width = std::max(width, widthOf(call));
-    }
-    std::ostringstream out;
-    out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\"" << stack.height()
-        << "\" viewBox=\"0 0 " << width << ' ' << stack.height()
-        << "\" role=\"img\">\n<title>SIP ladder</title>\n<style>" << LadderShape::sStyle
-        << "</style>\n<rect class=\"page\" width=\"100%\" height=\"100%\"/>\n"
-        << body.str() << "</svg>\n";
-    return out.str();
+void drawSvg(std::ostream& out, const std::vector<Call>& calls, TimeText time) {
+    SvgDrawing(out, time).draw(calls);
 }
