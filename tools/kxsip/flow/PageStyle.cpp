@@ -41,7 +41,7 @@ border:1px solid var(--life);border-radius:6px;background:var(--box)}
 display:flex;justify-content:flex-end;align-items:center;gap:18px;background:var(--page);color:var(--faint);
 font:12px/1.25 "SF Mono",Consolas,"DejaVu Sans Mono",monospace;white-space:pre}
 .names .when{margin-right:calc(0px - var(--gap));align-self:stretch}
-summary{display:flex;height:36px;cursor:pointer}
+summary{display:flex;height:36px;cursor:pointer;scroll-margin-top:60px}
 summary::-webkit-details-marker{display:none}
 summary:hover{background:rgba(29,95,191,.08)}
 summary:hover .when,summary:focus-visible .when{background:var(--hover)}
