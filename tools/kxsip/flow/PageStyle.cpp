@@ -1,7 +1,7 @@
 #include "tools/kxsip/flow/PageStyle.h"
 
-// A ladder may be wider than the window. Then the whole page is scrolled, and what is "sticky" stays in view: the number
-// and time of a message and its text at the left, the names of the columns at the top. The lifelines are a background
+// A ladder may be wider than the window. Then the whole page is scrolled, and what is "sticky" stays in view: the
+// number and time of a message and its text at the left, the names of the columns at the top. The lifelines are a background
 // of the ladder, so that their number does not matter.
 const char* const kPageStyle = R"(
 :root{color-scheme:light dark;--gutter:150px;--edge:28px;--page:#fff;--text:#1f2933;--faint:#5c6874;--line:#e4e8ec;
