@@ -2,57 +2,15 @@
 
 namespace {
 
+using namespace requests;
 using namespace std::string_literals;
 using testing::HasSubstr;
-
-const std::string kOne = sipOptions(1);
-const std::string kTwo = sipOptions(2);
-const std::string kBody =
-    sipMessage("OPTIONS sip:3@d SIP/2.0", "CSeq: 3 OPTIONS\r\nContent-Type: a/b\r\n", "0123456789");
-
-/** A piece of a TCP stream from 192.0.2.1; `at` counts from the first byte of the stream. */
-struct Piece {
-    std::size_t at;
-    std::string bytes;
-    unsigned flags = Tins::TCP::ACK;
-};
-
-Tins::IP segment(const Piece& piece, std::uint32_t first) {
-    Tins::TCP tcp(5060, 40000);
-    tcp.seq(first + static_cast<std::uint32_t>(piece.at));
-    tcp.flags(static_cast<Tins::small_uint<12>>(static_cast<std::uint16_t>(piece.flags)));
-    Tins::IP ip = Tins::IP("192.0.2.2", "192.0.2.1") / tcp;
-    return piece.bytes.empty() ? ip : ip / Tins::RawPDU(piece.bytes);
-}
 
 Tins::IP acknowledgement(std::uint32_t number) {
     Tins::TCP tcp(40000, 5060);
     tcp.flags(Tins::TCP::ACK);
     tcp.ack_seq(number);
     return Tins::IP("192.0.2.1", "192.0.2.2") / tcp;
-}
-
-ToolRun showAll(const std::string& capture) {
-    return kxsip("show --json", capture);
-}
-
-void put16(std::string& bytes, std::size_t at, std::size_t number) {
-    bytes[at] = static_cast<char>(number >> 8);
-    bytes[at + 1] = static_cast<char>(number);
-}
-
-/** Three fragments of an IPv4 packet without options. */
-std::vector<std::string> fragments(Tins::IP packet) {
-    packet.id(77);
-    const std::string whole = CaptureBytes::bytesOf(packet);
-    std::vector<std::string> result;
-    for (const auto& [at, end] : {std::pair{0U, 64U}, std::pair{64U, 72U}, std::pair{72U, 1000U}}) {
-        std::string bytes = whole.substr(0, 20) + whole.substr(20 + at, end - at);
-        put16(bytes, 2, bytes.size());
-        put16(bytes, 6, at / 8 + (end < whole.size() ? 0x2000 : 0));
-        result.push_back(bytes);
-    }
-    return result;
 }
 
 } // namespace
@@ -180,7 +138,7 @@ TEST(CaptureTest, StreamsAreCutIntoMessages) {
 
 TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
     const std::string good = CaptureBytes().add(datagram(kOne)).bytes();
-    Tins::IP rtp = datagram("\x80\x08xyz");
+    Tins::IP rtp = Tins::IP("192.0.2.2", "192.0.2.1") / Tins::UDP(4000, 40000) / Tins::RawPDU("\x80\x08xyz");
     const std::string media = CaptureBytes::bytesOf(rtp);
     CaptureBytes quiet;
     quiet.add(datagram("\r\n\r\n")).add(datagram(std::string(1, '\0')));
@@ -195,7 +153,9 @@ TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
         {"the file ends in a packet", good + good.substr(24, 30), 3, "sip:1@d", "damaged after packet 1 ("},
         {"a length from nowhere", good + std::string(16, '\xFF'), 3, "sip:1@d", "damaged after packet 1 ("},
         {"header only", good.substr(0, 10), 3, "", "kxsip: cannot read -: the capture's header is damaged"},
-        {"compressed", "\x1F\x8B\x08 and so on", 3, "", "gunzip -c FILE | kxsip COMMAND -"},
+        {"an image", "\x89PNG\r\n\x1A\n", 2, "", "kxsip: -: no capture and no SIP\n"},
+        {"another packer", "\xFD\x37zXZ\0 and so on"s, 2, "", "it is compressed with xz, unpack it first\n"},
+        {"text with a body that is none", kOne + "\r\n\0"s, 2, "sip:1@d !", ""},
     };
     for (const auto& [name, bytes, exit, expected, note] : rows) {
         SCOPED_TRACE(name);
@@ -208,6 +168,53 @@ TEST(CaptureTest, WhatIsNoSipAndWhatIsBroken) {
     EXPECT_THAT(derived.out, testing::StartsWith("SIP/2.0 486 Busy Here\r\n"));
     EXPECT_EQ(kxsip("key -", good.substr(0, 10)).exit, 3);
     EXPECT_EQ(kxsip("ack -", good.substr(0, 10)).exit, 3);
+}
+
+TEST(CaptureTest, BrokenMessagesAreRefused) {
+    const auto between = [](const std::string& payload, std::uint16_t from, std::uint16_t to) {
+        const bool isBack = from > to;
+        return Tins::IP(isBack ? "192.0.2.1" : "192.0.2.2", isBack ? "192.0.2.2" : "192.0.2.1") / Tins::UDP(to, from) /
+               Tins::RawPDU(payload);
+    };
+    const std::string blank = "OPTIONS sip:1@d SIP/2.0 " + kOne.substr(kOne.find('\r'));
+    const std::string stun = "\0\1\0\0\x21\x12\xA4\x42"s + std::string(12, 'x');
+    CaptureBytes datagrams;
+    datagrams.add(between("\r\n" + blank, 5080, 7)).add(between("\x80\x08 media", 4000, 4001));
+    datagrams.add(between(kOne, 4000, 4002)).add(between("\x80 garbage", 4002, 4000)).add(between("\x80\0", 4002, 40));
+    for (const std::string& quiet : {"\r\n\r\n"s, std::string(9, '\0'), stun, "jaK\0"s, ""s}) {
+        datagrams.add(between(quiet, 7, 5060));
+    }
+    datagrams.add(between("\x16\xFE\xFD\0\0 and so on"s, 7, 5061)).add("\x45 is cut");
+    const ToolRun udp = kxsip("check -", datagrams.bytes());
+    EXPECT_EQ(udp.out, "-\t0\trefused\tInvalid Start-Line for SIP request: does not contain 1 or 2 spaces\n"
+                       "-\t1\tvalid\t\n-\t2\trefused\tInvalid Start-Line for SIP request: reached end of message "
+                       "looking for end-of-line\n");
+    EXPECT_EQ(udp.err, "kxsip: -: 1 malformed packet passed over\n"
+                       "kxsip: -: passed over: 5 keep-alives, 1 datagram of DTLS, 2 datagrams without SIP\n"
+                       "3 messages (RFC grammar): 1 valid, 2 refused\n");
+    EXPECT_EQ(kxsip("show --json -", datagrams.bytes()).err, "kxsip: -: 1 malformed packet passed over\n");
+
+    const Piece syn{~std::size_t{0}, "", Tins::TCP::SYN};
+    const std::string ended = "a\r\nContent-Length: 4\r\n\r\nbody";
+    const std::tuple<const char*, std::vector<Piece>, std::string> rows[] = {
+        {"with a body", {syn, {0, "\r\n\r\n" + ended + kOne}}, "! sip:1@d"},
+        {"without an end", {syn, {0, "a\r\nb\r\n"}, {6, kOne}}, "! sip:1@d"},
+        {"after a message", {{0, "lost\r\n" + kOne + blank + kTwo}}, "sip:1@d ! sip:2@d"},
+        {"without a line end", {syn, {0, std::string(9000, 'a')}, {9000, "\r\n" + kOne}}, "! sip:1@d"},
+        {"the stream ends", {syn, {0, kOne + "abcdef"}}, "sip:1@d !"},
+        {"TLS", {syn, {0, "\x16\3\1\0\5 client hello"s}}, ""},
+        {"keep-alives",
+         {syn, {0, std::string(4, '\0')}, {4, "\r\n\r\n" + kOne}, {4 + 4 + kOne.size(), "\r\n"}},
+         "sip:1@d"},
+    };
+    for (const auto& [name, pieces, expected] : rows) {
+        SCOPED_TRACE(name);
+        CaptureBytes capture;
+        for (const Piece& piece : pieces) {
+            capture.add(segment(piece, 1));
+        }
+        EXPECT_EQ(found(showAll(capture.bytes())), expected);
+    }
 }
 
 TEST(CaptureTest, Filters) {

@@ -24,6 +24,10 @@ TEST(DigestCommandTest, AnAnswerIsVerified) {
                        "WWW-Authenticate: " +
                            kChallenge),
          " --qop auth-int --cnonce c --nc 17", "body", "Authorization:"},
+        {response(407, "Proxy-Authenticate: Digest realm=r,nonce=n\r\n"), " --grammar classic --algorithm MD5", "",
+         "Proxy-Authorization:"},
+        {response(401, "WWW-Authenticate: Digest realm=\"o\",nonce=n,algorithm=x\r\nWWW-Authenticate: " + kChallenge),
+         " --algorithm md5", "", "Authorization:"},
     };
     const Scratch scratch;
     const std::string password = " --password-file " + scratch.write("password", "pa ss\r\nno more\n");

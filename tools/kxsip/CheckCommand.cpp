@@ -24,8 +24,8 @@ and the reason. The verdicts:
   unusable    the message was kept, but can't be used
   refused     the message was not kept
 From a pipe, each line is printed when its message has arrived; Control-C ends the input.
-At the end the number of messages with each verdict, and the grammar in use, are printed on standard error. If standard
-error is a terminal, it shows progress.
+At the end the number of messages with each verdict, the grammar in use, and of a capture what was passed over
+(keep-alives, datagrams without SIP) are printed on standard error. If standard error is a terminal, it shows progress.
 
 Examples:
   kxsip check samples/*.sip samples/broken/*.sip | grep refused
@@ -65,17 +65,18 @@ Outcome check(Options& options) {
     options.packets.open(options.files);
     Tally tally;
     std::unique_ptr<Progress> progress = options.quiet ? nullptr : std::make_unique<Progress>();
-    const Outcome worst = forEachMessage({options.files, &options.filter, progress.get(), options.packets.isChosen()},
-                                         [&](const ReadMessage& read) {
-                                             const Verdict verdict = Verdict::sOf(read);
-                                             tally.add(verdict.kind);
-                                             if (progress != nullptr) {
-                                                 progress->makeRoom();
-                                             }
-                                             std::cout << printable(read.file) << '\t' << read.index << '\t'
-                                                       << verdict.name() << '\t' << verdict.why << '\n';
-                                             options.packets.write(read.packets);
-                                         });
+    const Outcome worst =
+        forEachMessage({options.files, &options.filter, progress.get(), options.packets.isChosen(), !options.quiet},
+                       [&](const ReadMessage& read) {
+                           const Verdict verdict = Verdict::sOf(read);
+                           tally.add(verdict.kind);
+                           if (progress != nullptr) {
+                               progress->makeRoom();
+                           }
+                           std::cout << printable(read.file) << '\t' << read.index << '\t' << verdict.name() << '\t'
+                                     << verdict.why << '\n';
+                           options.packets.write(read.packets);
+                       });
     options.packets.finish();
     if (!options.quiet) {
         std::cout.flush();

@@ -8,15 +8,12 @@
 #include "sipobject/messages/KxSipResponse.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/ObjectText.h"
-#include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Terminal.h"
-#include "tools/kxsip/capture/CaptureFile.h"
 
 #include <CLI/CLI.hpp>
 
 #include <iostream>
 #include <memory>
-#include <system_error>
 
 namespace {
 
@@ -105,18 +102,8 @@ Outcome derive(const ReadMessage& parent, const Derivation& derivation, const Op
 }
 
 Outcome run(const Derivation& derivation, const Options& options) {
-    try {
-        const InputFile file = InputFile::sRead(options.file);
-        if (const std::optional<ReadMessage> parent = readMessage(file, options.number)) {
-            return derive(*parent, derivation, options);
-        }
-        std::cerr << "kxsip: " << printable(options.file) << " has no message " << options.number << '\n';
-    } catch (const std::system_error& error) {
-        complainOfFile(options.file, error);
-    } catch (const CaptureError& error) {
-        std::cerr << "kxsip: " << error.what() << '\n';
-    }
-    return Outcome::Failed;
+    return withMessage(options.file, options.number,
+                       [&](const ReadMessage& parent) { return derive(parent, derivation, options); });
 }
 
 void addCommand(CLI::App& app, const Derivation& derivation, Outcome& outcome) {
@@ -125,7 +112,7 @@ void addCommand(CLI::App& app, const Derivation& derivation, Outcome& outcome) {
     if (&derivation == &kResponse) {
         command->add_option("CODE", options->code, "Status code, 100 to 699")->type_name("")->required();
     }
-    command->add_option("FILE", options->file, "File of one or more messages; \"-\" or none is standard input")
+    command->add_option("FILE", options->file, "File of messages, or a capture; \"-\" or none is standard input")
         ->type_name("");
     command->add_option("--number", options->number, "Which message of the file, 0 for the first")
         ->type_name("N")

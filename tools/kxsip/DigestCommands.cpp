@@ -7,10 +7,11 @@
 #include "sipobject/headers/KxSipWWWAuthenticateHeader.h"
 #include "sipobject/messages/KxSipRequest.h"
 #include "sipobject/messages/KxSipResponse.h"
+#include "tools/kxsip/InputFile.h"
 #include "tools/kxsip/MessageReader.h"
 #include "tools/kxsip/ObjectText.h"
-#include "tools/kxsip/Printable.h"
 #include "tools/kxsip/Terminal.h"
+#include "util/KxAscii.h"
 #include "util/KxByteArrayInputStream.h"
 
 #include <CLI/CLI.hpp>
@@ -46,6 +47,7 @@ struct Options {
     std::string method;
     // Only for "answer":
     std::string uri;
+    std::string algorithm;
     std::string qop;
     std::string cnonce;
     std::int32_t nc = 1;
@@ -54,7 +56,6 @@ struct Options {
 
 /** The contents of the files that the options name. */
 struct Inputs {
-    InputFile message;
     KxString password;
     std::string body;
 };
@@ -82,26 +83,33 @@ T& required(const KxHandle<T>& handle, const char* otherwise) {
     return *handle;
 }
 
-/** Returns the topmost header of the class whose challenge can be answered, or else the first. [RFC 8760 2.4] */
+/** Returns the topmost header of the class whose challenge can be answered, or else the first. [RFC 8760 2.4] With the
+    name of an algorithm, the topmost whose challenge has this algorithm, or else that is of the Digest scheme. */
 template <class H>
-const KxSipAuthenticateHeader* answerable(const KxSipMessage& message) {
+const KxSipAuthenticateHeader* answerable(const KxSipMessage& message, const std::string& algorithm) {
+    const KxSipAuthenticateHeader* best = nullptr;
     for (const H& header : message.values<H>()) {
-        if (KxSipDigestCredentialsInfo::sCanAnswer(header.getChallenge())) {
+        const auto digest = header.getDigestChallenge();
+        const bool isDigest = !digest.isNil();
+        if (algorithm.empty() ? KxSipDigestCredentialsInfo::sCanAnswer(header.getChallenge())
+                              : isDigest && KxAscii::equalsNoCase(digest->getAlgorithm().view(), algorithm)) {
             return &header;
         }
+        best = best == nullptr && !algorithm.empty() && isDigest ? &header : best;
     }
-    return message.first<H>();
+    return best == nullptr ? message.first<H>() : best;
 }
 
 /** Returns the header with the challenge of a 401 or 407. Throws KxException for any other message. */
-const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message) {
+const KxSipAuthenticateHeader& challengeOf(const KxSipMessage& message, const std::string& algorithm) {
     const auto* const response = message.as<KxSipResponse>();
     const std::uint32_t code = response == nullptr ? 0 : response->getStatusCode();
     if (code != 401 && code != 407) {
         KxException::sThrow("Only a 401 or 407 can be answered");
     }
-    const KxSipAuthenticateHeader* const header = code == 401 ? answerable<KxSipWWWAuthenticateHeader>(message)
-                                                              : answerable<KxSipProxyAuthenticateHeader>(message);
+    const KxSipAuthenticateHeader* const header = code == 401
+                                                      ? answerable<KxSipWWWAuthenticateHeader>(message, algorithm)
+                                                      : answerable<KxSipProxyAuthenticateHeader>(message, algorithm);
     if (header == nullptr) {
         KxException::sThrow("The response has no challenge");
     }
@@ -123,9 +131,13 @@ KxHandle<KxURI> uriOf(const KxSipMessage& message, const Options& options) {
 }
 
 Outcome answer(const ReadMessage& read, const Options& options, const Inputs& inputs) {
-    const KxSipAuthenticateHeader& header = challengeOf(*read.message);
-    const auto challenge = header.getDigestChallenge();
-    required(challenge, "The challenge is not of the Digest scheme");
+    const KxSipAuthenticateHeader& header = challengeOf(*read.message, options.algorithm);
+    const auto received = header.getDigestChallenge();
+    const KxHandle<KxSipDigestChallengeInfo> challenge(
+        required(received, "The challenge is not of the Digest scheme").clone());
+    if (!options.algorithm.empty()) {
+        challenge->setProperty("algorithm", textOf(options.algorithm));
+    }
     const auto credentials = KxMake<KxSipDigestCredentialsInfo>(challenge, textOf(options.user), inputs.password);
     credentials->setMethod(methodOf(*read.message, options));
     credentials->setDigestURI(uriOf(*read.message, options));
@@ -167,19 +179,14 @@ std::optional<InputFile> read(const std::string& name) {
     }
 }
 
-Outcome work(const Options& options, const Inputs& inputs, Work how) {
-    const std::optional<ReadMessage> message = readMessage(inputs.message, options.number);
-    if (!message) {
-        std::cerr << "kxsip: " << printable(options.file) << " has no message " << options.number << '\n';
-        return Outcome::Failed;
-    }
+Outcome work(const ReadMessage& message, const Options& options, const Inputs& inputs, Work how) {
     try {
-        if (!message->isRefused()) {
-            return how(*message, options, inputs);
+        if (!message.isRefused()) {
+            return how(message, options, inputs);
         }
-        message->complain(*message->error);
+        message.complain(*message.error);
     } catch (const KxHandle<KxException>& why) {
-        message->complain(*why);
+        message.complain(*why);
     }
     return Outcome::Refused;
 }
@@ -189,19 +196,20 @@ Outcome run(const Options& options, Work how) {
     if (std::count_if(std::begin(names), std::end(names), [](const auto* name) { return *name == "-"; }) > 1) {
         throw CLI::ValidationError("only one of message, password and body can be read from standard input");
     }
-    const std::optional<InputFile> message = read(options.file);
     const std::optional<InputFile> password = read(options.passwordFile);
     const std::optional<InputFile> body = read(options.bodyFile);
-    if (!message || !password || !body) {
+    if (!password || !body) {
         return Outcome::Failed;
     }
-    return work(options, {*message, firstLineOf(password->bytes), body->bytes}, how);
+    const Inputs inputs{firstLineOf(password->bytes), body->bytes};
+    return withMessage(options.file, options.number,
+                       [&](const ReadMessage& message) { return work(message, options, inputs, how); });
 }
 
 CLI::App* addCommand(CLI::App& group, const char* name, const char* description,
                      const std::shared_ptr<Options>& options, Work how, Outcome& outcome) {
     CLI::App* const command = group.add_subcommand(name, description);
-    command->add_option("FILE", options->file, "File of one or more messages; \"-\" or none is standard input")
+    command->add_option("FILE", options->file, "File of messages, or a capture; \"-\" or none is standard input")
         ->type_name("");
     command->add_option("--number", options->number, "Which message of the file, 0 for the first")
         ->type_name("N")
@@ -227,6 +235,10 @@ void addDigestCommands(CLI::App& app, Outcome& outcome) {
     CLI::App* const answering =
         addCommand(*group, "answer", "Print the header that answers a 401 or 407", options, answer, outcome);
     answering->add_option("--uri", options->uri, "URI of the request; without it, that of To")->type_name("U");
+    answering
+        ->add_option("--algorithm", options->algorithm,
+                     "Algorithm of the answer, such as MD5 or SHA-256; without it, the challenge's")
+        ->type_name("A");
     CLI::Option* const qop =
         answering->add_option("--qop", options->qop, "Quality of protection, auth or auth-int; without it, none");
     CLI::Option* const cnonce = answering->add_option("--cnonce", options->cnonce, "The client's nonce");

@@ -3,9 +3,9 @@
 #include "tools/kxsip/Interrupt.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <iostream>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -29,16 +29,16 @@ std::optional<std::size_t> sizeOf(int descriptor) {
 
 } // namespace
 
-Input::Input(const std::string& name)
-    : m_name(name), m_descriptor(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+Input::Input(const std::string& name, Packed packed)
+    : m_name(name),
+      m_descriptor(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)),
+      m_block(65536, '\0'),
+      m_isKnown(packed == Packed::AsIs) {
     if (m_descriptor == -1) {
         fail();
     }
-    m_size = sizeOf(m_descriptor);
+    m_fileSize = sizeOf(m_descriptor);
 }
-
-Input::Input(const InputFile& file)
-    : m_name(file.name), m_bytes(file.bytes), m_size(file.bytes.size()), m_isEnded(true) {}
 
 Input::~Input() {
     if (m_descriptor > STDIN_FILENO) {
@@ -51,33 +51,85 @@ void Input::drop(std::size_t count) {
     m_position += count;
 }
 
-/** After an interrupt, what a live input has at hand is still read. */
 bool Input::more() {
-    std::array<char, 65536> block;
+    m_bytes.erase(0, m_begin);
+    m_begin = 0;
+    if (!m_isKnown) {
+        recognise();
+        if (m_gunzip == nullptr && !m_bytes.empty()) {
+            return true;
+        }
+    }
+    if (m_gunzip != nullptr) {
+        m_isEnded = m_isEnded || !unpack();
+    } else {
+        const std::string_view block = read();
+        m_bytes += block;
+        m_isEnded = block.empty();
+    }
+    return !m_isEnded;
+}
+
+/** Reads the first bytes, and finds out from them whether the file is packed. */
+void Input::recognise() {
+    m_isKnown = true;
+    while (m_bytes.size() < Gunzip::kMagicLength && Gunzip::sBegins(m_bytes)) {
+        const std::string_view block = read();
+        if (block.empty()) {
+            return;
+        }
+        m_bytes += block;
+    }
+    if (Gunzip::sBegins(m_bytes)) {
+        m_gunzip = std::make_unique<Gunzip>();
+        m_gunzip->feed(m_bytes);
+        m_bytes.clear();
+    }
+}
+
+/** Appends unpacked bytes. Returns false if there are no more. */
+bool Input::unpack() {
+    while (!m_gunzip->unpack(m_bytes)) {
+        const std::string_view block = m_gunzip->damage().empty() ? read() : std::string_view();
+        if (block.empty()) {
+            if (!Interrupt::sHasCome()) {
+                m_gunzip->finish();
+            }
+            return false;
+        }
+        m_gunzip->feed(block);
+    }
+    return true;
+}
+
+/** Waits for bytes of the file. Returns none if no more will come. After an interrupt, what a live input has at hand is
+    still read. */
+std::string_view Input::read() {
     ssize_t count = -1;
-    while (!m_isEnded && count < 0) {
+    while (!m_isFileEnded && count < 0) {
         if (isLive()) {
             std::cout.flush();
         }
         const bool isCut = !Interrupt::sWaitFor(m_descriptor);
-        const std::size_t room = isCut ? std::min(arrived(), block.size()) : block.size();
-        count = room == 0 ? 0 : read(m_descriptor, block.data(), room);
+        const std::size_t room = isCut ? std::min(arrived(), m_block.size()) : m_block.size();
+        count = room == 0 ? 0 : ::read(m_descriptor, m_block.data(), room);
         if (count < 0 && errno != EINTR && errno != EAGAIN) {
             fail();
         }
-        m_isEnded = isCut || count == 0;
+        m_isFileEnded = isCut || count == 0;
     }
-    if (count <= 0) {
-        return false;
-    }
-    m_bytes.erase(0, m_begin);
-    m_begin = 0;
-    m_bytes.append(block.data(), static_cast<std::size_t>(count));
-    return true;
+    const auto length = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    m_fileRead += length;
+    return std::string_view(m_block).substr(0, length);
 }
 
 /** Returns the number of bytes that a live input can give at once. */
 std::size_t Input::arrived() const {
     int count = 0;
     return isLive() && ioctl(m_descriptor, FIONREAD, &count) == 0 ? static_cast<std::size_t>(count) : 0;
+}
+
+const std::string& Input::damage() const {
+    static const std::string s_none;
+    return m_gunzip == nullptr ? s_none : m_gunzip->damage();
 }

@@ -1,20 +1,21 @@
 #pragma once
 
-#include "tools/kxsip/InputFile.h"
+#include "tools/kxsip/Gunzip.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-/** The bytes of a file as they arrive. A live input (a pipe, a terminal) gives them at once; before it waits for more,
-    standard output is flushed. An Interrupt ends the input. */
+/** The bytes of a file as they arrive; of a file that is packed by gzip, the unpacked ones. A live input (a pipe, a
+    terminal) gives them at once; before it waits for more, standard output is flushed. An Interrupt ends the input. */
 class Input {
 public:
+    enum class Packed { Unpack, AsIs };
+
     /** Opens the file; "-" is standard input. A FIFO need not have a writer yet. Throws std::system_error. */
-    explicit Input(const std::string& name);
-    /** Gives the bytes of a file that was read. */
-    explicit Input(const InputFile& file);
+    explicit Input(const std::string& name, Packed packed = Packed::Unpack);
     ~Input();
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
@@ -29,14 +30,26 @@ public:
 
     /** Whether it is known that no more bytes will come. */
     bool isEnded() const { return m_isEnded; }
-    /** Whether more bytes may come at any time, so that the number of all is not known. */
-    bool isLive() const { return !m_size.has_value(); }
-    /** Returns the number of all bytes, nothing for a live input. */
-    std::optional<std::size_t> size() const { return m_size; }
+    /** Whether more bytes may come at any time. */
+    bool isLive() const { return !m_fileSize.has_value(); }
+    /** Returns the number of all bytes; nothing if it is not known, for a live input and a packed file. */
+    std::optional<std::size_t> size() const { return m_gunzip == nullptr ? m_fileSize : std::nullopt; }
     /** Returns the number of bytes that were dropped. */
     std::size_t position() const { return m_position; }
+    /** Returns what is wrong with a packed file after the bytes that were unpacked, empty if nothing is. */
+    const std::string& damage() const;
+
+    /** How much of the file was read; the size is not known of a live input. */
+    struct Progress {
+        std::size_t done;
+        std::optional<std::size_t> size;
+    };
+    Progress progress() const { return {m_gunzip == nullptr ? m_position : m_fileRead, m_fileSize}; }
 
 private:
+    std::string_view read();
+    void recognise();
+    bool unpack();
     std::size_t arrived() const;
 
     std::string m_name;
@@ -44,6 +57,11 @@ private:
     std::size_t m_begin = 0; ///< Number of bytes of m_bytes that were dropped.
     std::size_t m_position = 0;
     int m_descriptor = -1;
-    std::optional<std::size_t> m_size;
+    std::optional<std::size_t> m_fileSize;
+    std::size_t m_fileRead = 0;
+    std::string m_block; ///< Has what was read last.
+    bool m_isFileEnded = false;
+    bool m_isKnown;                   ///< It is known whether the file is packed.
+    std::unique_ptr<Gunzip> m_gunzip; ///< Null if the file is not packed.
     bool m_isEnded = false;
 };

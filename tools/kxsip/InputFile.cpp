@@ -6,7 +6,7 @@
 #include <iostream>
 
 InputFile InputFile::sRead(const std::string& name) {
-    Input input(name);
+    Input input(name, Input::Packed::AsIs);
     while (input.more()) {
     }
     return {name, std::string(input.bytes())};

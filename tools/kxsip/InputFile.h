@@ -8,7 +8,7 @@ struct InputFile {
     std::string name;
     std::string bytes;
 
-    /** Reads the file, or standard input if the name is "-". Throws std::system_error. */
+    /** Reads the file as it is, packed or not, or standard input if the name is "-". Throws std::system_error. */
     static InputFile sRead(const std::string& name);
 };
 

@@ -139,6 +139,10 @@ bool MessageFilter::isEmpty() const {
            !needsCapture();
 }
 
+bool MessageFilter::mayAccept(std::string_view bytes) const {
+    return anyOf(m_callIds, [bytes](const auto& text) { return bytes.find(text) != std::string_view::npos; });
+}
+
 bool MessageFilter::accepts(const ReadMessage& read) const {
     if (needsCapture() && !read.origin) {
         throw CaptureError(printable(read.file) +

@@ -28,6 +28,8 @@ public:
     /** Adds the options of filters to the command. The filter must outlive the run of the command. */
     void addOptions(CLI::App& command);
 
+    /** Whether a message with these bytes may be accepted; to be asked before the message is parsed. */
+    bool mayAccept(std::string_view bytes) const;
     /** Throws CaptureError if there is a filter for times or addresses, and the message is not from a capture. */
     bool accepts(const ReadMessage& read) const;
     bool isEmpty() const;

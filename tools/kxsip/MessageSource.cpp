@@ -1,6 +1,7 @@
 #include "tools/kxsip/MessageSource.h"
 
 #include "tools/kxsip/MessageReader.h"
+#include "tools/kxsip/NotSip.h"
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/capture/CaptureReader.h"
 
@@ -16,6 +17,9 @@ std::unique_ptr<MessageSource> MessageSource::sOpen(Input& input, bool keepsPack
     }
     if (keepsPackets) {
         throw CaptureError("cannot take packets from " + printable(input.name()) + ": it is no capture");
+    }
+    if (NotSip::sIs(input.bytes())) {
+        return std::make_unique<NotSip>(input.bytes());
     }
     return std::make_unique<MessageReader>(input);
 }

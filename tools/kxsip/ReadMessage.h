@@ -36,7 +36,8 @@ struct ReadMessage {
     Packets packets;                  ///< That carried the message; only if Reading::keepsPackets.
     bool isLive = false;              ///< Whether it was read from a live input.
     bool isIncomplete = false;        ///< Whether the message was refused because its bytes end too early.
-    /** Bytes of the file after this message; in a capture, of the datagram. Nothing for text from a live input. */
+    /** Bytes of the file after this message; in a capture, of the datagram. Nothing for text from a live input or a
+        packed file. */
     std::optional<std::size_t> unread;
 
     /** Parses a message at the beginning of the bytes. Returns the number of bytes that were read; if the message is

@@ -15,9 +15,11 @@
 
 namespace {
 
-constexpr const char* kFooter = R"(Captures (pcap, pcapng):
-  SIP is found on any port, in UDP and TCP, IPv4 and IPv6; fragments and segments are put together. The time (UTC) and
-  the addresses of each message are printed too.
+constexpr const char* kFooter = R"(Captures (pcap, pcapng; captures and text may be gzipped):
+  SIP is found on any port, in UDP and TCP, IPv4 and IPv6, also within VLAN, PPPoE, GRE, VXLAN and IP in IP; fragments
+  and segments are put together. The time (UTC) and the addresses of each message are printed too. On the ports 5060,
+  5061 and 5080, and between endpoints that have exchanged SIP, what does not begin like a message is a refused message,
+  unless it is a keep-alive or encrypted.
 
 Several messages in one file:
   Line ends before a message are skipped; in a file that holds nothing else they are a keep-alive, which is reported.
@@ -41,7 +43,8 @@ JSON:
   version, status (null when the message was refused), valid, key (of the transaction; null if there is none), error
   (null, or class and text of the exception), headers (in written order, one object for each value: id, name, class,
   value, fields), body_bytes, unread_bytes (the bytes of the file, or of a capture's datagram, after this message; null
-  for text from a live input), line (of the file, where the message begins; null in a capture). Null except in a capture:
+  for text from a live input or a gzipped file), line (of the file, where the message begins; null in a capture). Null
+  except in a capture:
   time ("2026-11-21T13:22:21.935691Z"), transport ("UDP" or "TCP"), source and destination (objects of address and
   port). dropped: the header lines that can't be read, of a refused message too, one object for each: line (1 for the
   start line of the message), text, why. call_id, from_tag, to_tag, cseq (an object of number and method): null if the

@@ -3,20 +3,27 @@
 #include "tools/kxsip/MessageSource.h"
 #include "tools/kxsip/capture/CaptureFile.h"
 #include "tools/kxsip/capture/Fragments.h"
+#include "tools/kxsip/capture/PacketKeeper.h"
+#include "tools/kxsip/capture/SipPairs.h"
 #include "tools/kxsip/capture/TcpStreams.h"
 
 #include <deque>
 
 /** Finds the messages of a capture, on any port. A UDP datagram is a message if its first line, after any line ends,
-    looks like a start line. A StreamFramer cuts TCP streams. Packets that can't be read are counted and skipped. */
+    looks like a start line; on a port for SIP, or between two endpoints that have exchanged SIP, any datagram but a
+    keep-alive is one, so that the library can refuse it. A StreamFramer cuts TCP streams. Packets that can't be read,
+    or have no SIP, are counted and skipped. */
 class CaptureReader final : public MessageSource {
 public:
-    /** The input must outlive the reader. With `keepsPackets`, the messages have their packets; at most 512 MiB of packets
-        are held at a time. Throws CaptureError. */
+    /** The input must outlive the reader. With `keepsPackets`, the messages have their packets. Throws CaptureError. */
     CaptureReader(Input& input, bool keepsPackets);
 
+    void skipUnless(std::function<bool(std::string_view)> mayBeWanted) override {
+        m_mayBeWanted = std::move(mayBeWanted);
+    }
     std::optional<ReadMessage> next() override;
     std::vector<std::string> notes() const override;
+    std::string passedOver() const override;
     Outcome outcome() const override;
 
 private:
@@ -25,25 +32,36 @@ private:
         std::string bytes;
         Packets packets;
     };
+    /** What was passed over. */
+    struct Counts {
+        std::size_t keepAlives = 0;
+        std::size_t encrypted = 0;
+        std::size_t datagrams = 0; ///< Without SIP.
+        std::size_t others = 0;    ///< Packets that are neither UDP nor TCP.
+    };
 
     void take(const Frame& frame);
-    Packets kept(const Frame& frame);
-    void take(IpPacket packet, std::chrono::microseconds time, const Packets& carriers);
-    void takeTransport(const Tins::PDU& transport, Origin origin, const Packets& carriers);
-    void takeWhole(const Fragments::Whole& datagram, std::uint8_t protocol, const Origin& origin);
+    void takeTransport(const IpPacket& packet, std::chrono::microseconds time, const Packets& carriers);
+    void takeDatagram(const Flow& flow, std::string_view payload, std::chrono::microseconds time,
+                      const Packets& carriers);
+    void found(const Flow& flow, Found found);
+    bool findNext();
     ReadMessage parsed(Found found);
+    const std::string& damage() const;
 
     const Input& m_input;
-    CaptureFile m_capture;
+    std::unique_ptr<CaptureFile> m_capture;
+    PacketKeeper m_keeper;
     Fragments m_fragments;
+    SipPairs m_pairs;
     TcpStreams m_streams;
     std::deque<Found> m_found;
-    bool m_keepsPackets;
-    std::shared_ptr<std::size_t> m_held; ///< Bytes of the packets that were kept and still exist.
-    std::size_t m_notKept = 0;
+    std::function<bool(std::string_view)> m_mayBeWanted; ///< Null for all.
     bool m_ended = false;
     std::size_t m_index = 0;
     std::size_t m_packets = 0;
     std::size_t m_malformed = 0;
     std::size_t m_cut = 0;
+    std::size_t m_unsupported = 0; ///< Packets of unknown link types.
+    Counts m_counts;
 };

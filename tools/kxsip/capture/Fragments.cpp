@@ -1,36 +1,26 @@
 #include "tools/kxsip/capture/Fragments.h"
 
-#include <tins/rawpdu.h>
-
 namespace {
 
 constexpr std::size_t kMostDatagrams = 1024;
 constexpr std::size_t kLongestDatagram = 65535;
 constexpr std::chrono::seconds kLifetime(30);
 
-std::string_view bytesOf(const IpPacket& packet) {
-    const auto* const raw = dynamic_cast<const Tins::RawPDU*>(packet.payload.get());
-    if (raw == nullptr) {
-        return {};
-    }
-    return {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()};
-}
-
 } // namespace
 
-std::optional<Fragments::Whole> Fragments::take(const IpPacket& packet, std::chrono::microseconds now,
-                                                const Packets& carriers) {
+std::unique_ptr<Fragments::Whole> Fragments::take(const IpPacket& packet, std::chrono::microseconds now,
+                                                  const Packets& carriers) {
     const FragmentPlace& place = *packet.fragment;
     const Datagrams::iterator datagram =
         find({packet.source, packet.destination, packet.protocol, place.datagram}, now);
-    add(*datagram, place, bytesOf(packet), carriers);
+    add(*datagram, place, packet.payload, carriers);
     if (datagram->end != datagram->held) {
-        return std::nullopt;
+        return nullptr;
     }
-    Whole whole;
+    auto whole = std::make_unique<Whole>();
     for (const auto& [offset, piece] : datagram->pieces) {
-        whole.bytes += piece.bytes;
-        whole.packets.insert(whole.packets.end(), piece.carriers.begin(), piece.carriers.end());
+        whole->bytes += piece.bytes;
+        whole->packets.insert(whole->packets.end(), piece.carriers.begin(), piece.carriers.end());
     }
     drop(datagram);
     return whole;

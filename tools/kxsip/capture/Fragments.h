@@ -20,14 +20,14 @@ public:
     };
 
     /** Takes a fragment, and the packets that carried it if they are kept. Returns the datagram if it is now complete,
-        else nothing. */
-    std::optional<Whole> take(const IpPacket& packet, std::chrono::microseconds now, const Packets& carriers);
+        else null. */
+    std::unique_ptr<Whole> take(const IpPacket& packet, std::chrono::microseconds now, const Packets& carriers);
 
     /** Returns the number of datagrams that were given up or are still incomplete. */
     std::size_t unfinished() const { return m_givenUp + m_datagrams.size(); }
 
 private:
-    using Key = std::tuple<std::string, std::string, std::uint8_t, std::uint32_t>;
+    using Key = std::tuple<IpAddress, IpAddress, std::uint8_t, std::uint32_t>;
     struct Piece {
         std::string bytes;
         Packets carriers;

@@ -1,5 +1,7 @@
 #include "tools/kxsip/capture/TcpStreams.h"
 
+#include "tools/kxsip/capture/Datagram.h"
+
 #include <tins/rawpdu.h>
 
 namespace {
@@ -12,52 +14,55 @@ bool has(const Tins::TCP& segment, unsigned flag) {
 
 } // namespace
 
-void TcpStreams::take(const Tins::TCP& segment, const Origin& origin, const Packets& carriers) {
-    const Key key(origin.source, origin.destination);
-    const Key reverse(origin.destination, origin.source);
+void TcpStreams::take(const Tins::TCP& segment, const Flow& flow, std::chrono::microseconds time,
+                      const Packets& carriers) {
     if (has(segment, Tins::TCP::SYN)) {
-        takeSyn(key, segment, origin);
+        takeSyn(flow, time, segment);
     } else {
-        takeData(key, segment, origin, carriers);
+        takeData(flow, time, segment, carriers);
     }
     if (has(segment, Tins::TCP::ACK)) {
-        takeAck(reverse, segment, origin);
+        takeAck(flow.reversed(), time, segment);
     }
     if (has(segment, Tins::TCP::RST)) {
-        close(key);
-        close(reverse);
+        close(flow);
+        close(flow.reversed());
     }
 }
 
-TcpStreams::Stream& TcpStreams::open(const Key& key, const Origin& origin, std::uint32_t first) {
+TcpStreams::Stream& TcpStreams::open(const Flow& flow, std::chrono::microseconds time, std::uint32_t first,
+                                     bool isWhole) {
     if (m_streams.size() == kMostStreams) {
-        close(Key(m_order.front()));
+        close(Flow(m_order.front()));
     }
-    const auto place = m_order.insert(m_order.end(), key);
-    return m_streams.emplace(key, Stream{origin, first, SegmentQueue(first), {}, {}, place}).first->second;
+    const auto place = m_order.insert(m_order.end(), flow);
+    Stream stream{flow, time, first, SegmentQueue(first), StreamFramer(isWhole), place};
+    return m_streams.emplace(flow, std::move(stream)).first->second;
 }
 
 /** A new stream may have the addresses and ports of an earlier one. The same SYN may come twice. */
-void TcpStreams::takeSyn(const Key& key, const Tins::TCP& segment, const Origin& origin) {
+void TcpStreams::takeSyn(const Flow& flow, std::chrono::microseconds time, const Tins::TCP& segment) {
     const std::uint32_t first = segment.seq() + 1;
-    const auto known = m_streams.find(key);
+    const auto known = m_streams.find(flow);
     if (known == m_streams.end() || known->second.first != first) {
-        close(key);
-        open(key, origin, first);
+        close(flow);
+        open(flow, time, first, true);
     }
 }
 
-void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin& origin, const Packets& carriers) {
+void TcpStreams::takeData(const Flow& flow, std::chrono::microseconds time, const Tins::TCP& segment,
+                          const Packets& carriers) {
     const auto* const raw = dynamic_cast<const Tins::RawPDU*>(segment.inner_pdu());
-    const auto known = m_streams.find(key);
+    const auto known = m_streams.find(flow);
     if (raw == nullptr || (known == m_streams.end() && raw->payload().empty())) {
         return;
     }
-    Stream& stream = known == m_streams.end() ? open(key, origin, segment.seq()) : known->second;
+    Stream& stream = known == m_streams.end() ? open(flow, time, segment.seq(), false) : known->second;
     m_order.splice(m_order.end(), m_order, stream.place);
-    stream.origin.time = origin.time;
-    stream.segments.put(segment.seq(), {reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size()},
-                        carriers);
+    stream.time = time;
+    const std::string_view bytes(reinterpret_cast<const char*>(raw->payload().data()), raw->payload().size());
+    judge(stream, bytes);
+    stream.segments.put(segment.seq(), bytes, carriers);
     read(stream);
     while (stream.segments.isFull()) {
         skipGap(stream);
@@ -67,31 +72,49 @@ void TcpStreams::takeData(const Key& key, const Tins::TCP& segment, const Origin
     }
 }
 
-void TcpStreams::takeAck(const Key& key, const Tins::TCP& segment, const Origin& origin) {
-    const auto known = m_streams.find(key);
+void TcpStreams::takeAck(const Flow& flow, std::chrono::microseconds time, const Tins::TCP& segment) {
+    const auto known = m_streams.find(flow);
     while (known != m_streams.end() && known->second.segments.isWaitingAcknowledged(segment.ack_seq())) {
-        known->second.origin.time = origin.time;
+        known->second.time = time;
         skipGap(known->second);
     }
 }
 
 void TcpStreams::finish() {
     while (!m_streams.empty()) {
-        close(Key(m_streams.begin()->first));
+        close(Flow(m_streams.begin()->first));
     }
 }
 
-void TcpStreams::close(const Key& key) {
-    const auto known = m_streams.find(key);
+void TcpStreams::close(const Flow& flow) {
+    const auto known = m_streams.find(flow);
     if (known == m_streams.end()) {
         return;
     }
-    while (known->second.segments.isWaiting()) {
-        skipGap(known->second);
+    Stream& stream = known->second;
+    while (stream.segments.isWaiting()) {
+        skipGap(stream);
     }
-    cutOff(known->second);
-    m_order.erase(known->second.place);
+    cutOff(stream);
+    m_counts.encrypted += stream.content == Content::Encrypted ? 1U : 0U;
+    m_counts.others += stream.content == Content::Unknown && stream.hasBytes ? 1U : 0U;
+    m_order.erase(stream.place);
     m_streams.erase(known);
+}
+
+/** Decides what the stream carries, before the segment is read. */
+void TcpStreams::judge(Stream& stream, std::string_view segment) {
+    const bool isFirst = !stream.hasBytes;
+    stream.hasBytes = stream.hasBytes || !segment.empty();
+    const bool isSip = stream.flow.hasSipPort() || m_pairs.has(stream.flow);
+    if (isFirst && datagramKind(segment) == DatagramKind::Encrypted) {
+        stream.content = Content::Encrypted;
+    } else if (isSip && stream.content != Content::Encrypted) {
+        stream.framer.setSip();
+        if (!segment.empty() && stream.framer.isBetween() && datagramKind(segment) == DatagramKind::KeepAlive) {
+            ++m_counts.keepAlives;
+        }
+    }
 }
 
 /** A message that began before the gap is cut off. */
@@ -121,5 +144,6 @@ void TcpStreams::cutOff(Stream& stream) {
 }
 
 void TcpStreams::found(Stream& stream, StreamFramer::Message message) {
-    m_sink(stream.origin, std::move(message.bytes), stream.carriers.find(message.begin, message.end));
+    stream.content = Content::Sip;
+    m_sink({stream.flow, stream.time, std::move(message.bytes), stream.carriers.find(message.begin, message.end)});
 }
