@@ -40,7 +40,8 @@ is drawn in ASCII.
 A ladder is as wide as the terminal at most, or as --width says; otherwise (a pipe, a file) there is no limit. Names and
 labels are shortened as needed; "!" before a label that lost its end means incomplete, unusable or refused. Where the
 arrows would be too short for labels, the columns have letters, which a key above the ladder explains, and the labels are
-at the right. With still more columns the ladder is wider than the terminal.
+at the right. With still more columns the ladder is wider than the terminal. A call with more than 100 columns is a list
+of its messages, each with both addresses.
 From a pipe, a call is drawn when it has ended: all requests have final responses, a refused INVITE has its ACK, the BYE
 of an accepted one is answered, and the last response is not 401 or 407. Later messages that repeat those of a drawn
 call are not drawn; others begin a new ladder. A call that has not ended is kept in memory and drawn at the end, or when

@@ -10,8 +10,8 @@
 /** Writes the ladders of all calls as one SVG picture. Each message has its text as tooltip. */
 void drawSvg(std::ostream& out, const std::vector<Call>& calls, TimeText time);
 
-/** Writes the ladders of all calls as one HTML page, which is also XML, with a list of the calls. Each message unfolds to
-    its text. */
+/** Writes the ladders of all calls as one HTML page, which is also XML, with a list of the calls. Each message unfolds
+    to its text. */
 void drawHtml(std::ostream& out, const std::vector<Call>& calls, TimeText time);
 
 /** Returns about how many bytes a picture of these calls has. */

@@ -121,9 +121,9 @@ void drawHtml(std::ostream& out, const std::vector<Call>& calls, TimeText time) 
 }
 
 std::size_t drawingSize(const std::vector<Call>& calls) {
-    constexpr std::size_t kForStep = 800;
-    constexpr std::size_t kForColumn = 200;
-    constexpr std::size_t kForCall = 2000;
+    constexpr std::size_t kForStep = 400;
+    constexpr std::size_t kForColumn = 150;
+    constexpr std::size_t kForCall = 1500;
     std::size_t size = 0;
     for (const Call& call : calls) {
         size += kForCall + call.columns.size() * kForColumn;

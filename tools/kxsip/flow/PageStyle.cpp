@@ -1,7 +1,7 @@
 #include "tools/kxsip/flow/PageStyle.h"
 
-// A ladder may be wider than the window. Then the whole page is scrolled, and what is "sticky" stays in view: the number
-// and time of a message and its text at the left, the names of the columns at the top. The lifelines are a background
+// A ladder may be wider than the window. Then the whole page is scrolled, and what is "sticky" stays in view: the
+// number and time of a message and its text at the left, the names of the columns at the top. The lifelines are a background
 // of the ladder, so that their number does not matter.
 const char* const kPageStyle = R"(
 :root{color-scheme:light dark;--gutter:150px;--edge:28px;--page:#fff;--text:#1f2933;--faint:#5c6874;--line:#e4e8ec;
@@ -41,7 +41,7 @@ border:1px solid var(--life);border-radius:6px;background:var(--box)}
 display:flex;justify-content:flex-end;align-items:center;gap:18px;background:var(--page);color:var(--faint);
 font:12px/1.25 "SF Mono",Consolas,"DejaVu Sans Mono",monospace;white-space:pre}
 .names .when{margin-right:calc(0px - var(--gap));align-self:stretch}
-summary{display:flex;height:36px;cursor:pointer}
+summary{display:flex;height:36px;cursor:pointer;scroll-margin-top:60px}
 summary::-webkit-details-marker{display:none}
 summary:hover{background:rgba(29,95,191,.08)}
 summary:hover .when,summary:focus-visible .when{background:var(--hover)}

@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr std::size_t kMostColumns = 100;
+
 std::string blanks(std::size_t count) {
     return std::string(count, ' ');
 }
@@ -29,6 +31,10 @@ std::string repeated(const char* text, std::size_t count) {
 
 std::string rightAligned(const std::string& text, std::size_t width) {
     return blanks(width - std::min(width, text.size())) + text;
+}
+
+Ink inkOf(const Step& step) {
+    return step.repeats ? Ink::Faint : step.isUseless() ? Ink::Failure : Colour::sInkOf(step.facts.code);
 }
 
 } // namespace
@@ -71,6 +77,15 @@ void TextLadder::draw(const Call& call) {
     m_first = false;
     m_layout.emplace(call, m_style.time, m_style.width, m_strokes.ellipsis);
     drawTitle(call);
+    if (call.columns.size() > kMostColumns) {
+        drawList(call);
+    } else {
+        drawLadder(call);
+    }
+    drawFlaws(call);
+}
+
+void TextLadder::drawLadder(const Call& call) {
     if (m_layout->isKeyed()) {
         drawKey(call);
     }
@@ -78,7 +93,23 @@ void TextLadder::draw(const Call& call) {
     for (const Step& step : call.steps) {
         drawStep(call, step);
     }
-    drawFlaws(call);
+}
+
+/** Draws no lifelines, which would take more room than all messages, but names both ends of each message. */
+void TextLadder::drawList(const Call& call) {
+    const auto endsOf = [](const Step& step) {
+        return step.origin.source.text() + " > " + step.origin.destination.text();
+    };
+    std::size_t width = 0;
+    for (const Step& step : call.steps) {
+        width = std::max(width, endsOf(step).size());
+    }
+    for (const Step& step : call.steps) {
+        const std::string ends = endsOf(step);
+        drawGutter(call, step);
+        m_out << ends << blanks(width - ends.size() + 2)
+              << m_colour(inkOf(step), labelOf(step, m_layout->roomAt(m_layout->at(0) + width + 2))) << '\n';
+    }
 }
 
 std::string TextLadder::shortened(const std::string& text, std::size_t most) const {
@@ -173,7 +204,7 @@ void TextLadder::drawGutter(const Call& call, const Step& step) {
 }
 
 void TextLadder::drawStep(const Call& call, const Step& step) {
-    const Ink ink = step.repeats ? Ink::Faint : step.isUseless() ? Ink::Failure : Colour::sInkOf(step.facts.code);
+    const Ink ink = inkOf(step);
     const std::size_t left = std::min(step.from, step.to);
     const std::size_t right = std::max(step.from, step.to);
     const std::size_t end = call.columns.size();

@@ -16,7 +16,7 @@ bool canDrawLines();
 /** Returns the columns of the terminal, or else COLUMNS; nothing if standard output is no terminal. */
 std::optional<std::size_t> terminalWidth();
 
-/** Draws calls as ladders of text, one line for each message. */
+/** Draws calls as ladders of text, one line for each message. A call of more than 100 columns is drawn as a list. */
 class TextLadder {
 public:
     struct Style {
@@ -46,6 +46,8 @@ private:
 
     void drawPieces(const std::vector<Piece>& pieces, std::size_t between, std::size_t indent = 0);
     void drawTitle(const Call& call);
+    void drawLadder(const Call& call);
+    void drawList(const Call& call);
     void drawKey(const Call& call);
     void drawNames(const Call& call);
     void drawGutter(const Call& call, const Step& step);

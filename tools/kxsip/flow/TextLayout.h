@@ -14,8 +14,8 @@
     tells what these are, and the labels follow after the last column. */
 class TextLayout {
 public:
-    /** Without a width, everything gets the room that it needs. With one that is too small, the ladder is as wide as the
-        least distance between the lifelines and the shortest labels need. */
+    /** Without a width, everything gets the room that it needs. With one that is too small, the ladder is as wide as
+        the least distance between the lifelines and the shortest labels need. */
     TextLayout(const Call& call, TimeText time, std::optional<std::size_t> width, std::string_view ellipsis);
 
     /** Returns the label of a message, "INVITE (SDP)". */
