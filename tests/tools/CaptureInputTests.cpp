@@ -173,6 +173,7 @@ TEST(CaptureInputTest, PacketsOfMessagesAreWritten) {
     joined.add(CaptureBytes::bytesOf(cut), 3);
     const std::string kept = written("--method OPTIONS", joined.bytes(), "b.pcapng");
     EXPECT_EQ(kept, joined.bytes());
+    EXPECT_EQ(kxsip("check -q -", written("", joined.bytes(), "b.pcap")).out, kxsip("check -q -", kept).out);
     EXPECT_EQ(written("--status 200", joined.bytes(), "c.pcapng").size(), 28U);
 
     CaptureBytes ethernet(1);
