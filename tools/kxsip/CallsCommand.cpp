@@ -28,19 +28,19 @@ constexpr const char* kFooter =
   ring      seconds from the beginning to the first 18x
   answer    seconds from the beginning to the first 2xx to this method
   duration  seconds from the 2xx to an INVITE to the first BYE
-  repeats   how many messages have the same bytes, source and destination as an earlier one (of the last 256 of the call)
+  repeats   how many messages have the same bytes, source and destination as one of the 256 of the call before them
   messages  how many messages there are, with these
   call_id   the Call-ID
-A terminal shows columns that are aligned and shortened to its width. Elsewhere the columns are separated by tabs, and the
-first line has their names. A value that is not known is "-".
---json prints an object for each call with these keys: times as "2026-11-21T13:22:21.935691Z", seconds as numbers, and null
-for what is not known.
-Filters select whole calls: those with a matching message. The memory needed grows with the number of calls, not with the
-size of the files.
-From a pipe, a call is printed when it has ended, as kxsip flow --help tells; its number is its place in the order of first
-messages. With --sort all calls are printed at the end.
--o writes all packets of the selected calls. For it, filters make files be read twice, and keep the packets of a pipe in
-memory.
+A terminal shows columns that are aligned and shortened to its width. Elsewhere the columns are separated by tabs, and
+the first line has their names. A value that is not known is "-".
+--json prints an object for each call with these keys: times as "2026-11-21T13:22:21.935691Z", seconds as numbers, and
+null for what is not known.
+Filters select whole calls: those with a matching message. The memory needed grows with the number of calls, not with
+the size of the files.
+From a pipe, a call is printed when it has ended, as kxsip flow --help tells; its number is its place in the order of
+first messages. With --sort all calls are printed at the end.
+-o writes all packets of the selected calls. For it, filters make files be read twice, and keep the packets of a pipe
+in memory.
 
 Examples:
   kxsip calls samples/captures/call_udp.pcap | awk -F '\t' '$6 >= 400'

@@ -79,10 +79,9 @@ void writeAddress(const H& header, const char*, JsonWriter& json) {
     }
     if (isWildCard) {
         json.key("wildcard").truth(true);
-    } else {
-        const KxSipNameAddress& address = *header.getNameAddress();
-        writeText("display_name", KxSipParameterValue::sText(address.getDisplayName()), json);
-        writeURI(address.getURI(), json);
+    } else if (const KxHandle<KxSipNameAddress>& address = header.getNameAddress(); !address.isNil()) {
+        writeText("display_name", KxSipParameterValue::sText(address->getDisplayName()), json);
+        writeURI(address->getURI(), json);
     }
     writeParameters(header, json);
 }

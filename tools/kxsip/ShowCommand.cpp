@@ -19,7 +19,7 @@ constexpr const char* kFooter = R"(Captures (pcap, pcapng; captures and text may
   SIP is found on any port, in UDP and TCP, IPv4 and IPv6, also within VLAN, PPPoE, GRE, VXLAN and IP in IP; fragments
   and segments are put together. The time (UTC) and the addresses of each message are printed too. On the ports 5060,
   5061 and 5080, and between endpoints that have exchanged SIP, what does not begin like a message is a refused message,
-  unless it is a keep-alive or encrypted.
+  unless it is a keep-alive, encrypted, or on such a port media (RTP).
 
 Several messages in one file:
   Line ends before a message are skipped; in a file that holds nothing else they are a keep-alive, which is reported.

@@ -37,8 +37,9 @@ UserPattern::UserPattern(const std::string& name) : m_name(decoded(name)), m_num
 bool UserPattern::matches(const KxSipMessage& message) const {
     const auto* const request = message.as<KxSipRequest>();
     const auto isIn = [this](const auto& headers) {
-        return std::any_of(headers.begin(), headers.end(),
-                           [this](const auto& header) { return isOf(header.getNameAddress()->getURI()); });
+        return std::any_of(headers.begin(), headers.end(), [this](const auto& header) {
+            return !header.getNameAddress().isNil() && isOf(header.getNameAddress()->getURI());
+        });
     };
     return isIn(message.values<KxSipFromHeader>()) || isIn(message.values<KxSipToHeader>()) ||
            isIn(message.values<KxSipPAssertedIdentityHeader>()) || (request != nullptr && isOf(request->getURI()));

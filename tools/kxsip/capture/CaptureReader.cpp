@@ -21,8 +21,9 @@ CaptureReader::CaptureReader(Input& input, bool keepsPackets)
       m_capture(CaptureFile::sOpen(input)),
       m_keeper(keepsPackets),
       m_streams(m_pairs, [this](TcpStreams::Found message) {
-          found(message.flow,
-                {message.flow.origin(message.time, "TCP"), std::move(message.bytes), std::move(message.packets)});
+          m_pairs.add(message.flow);
+          m_found.push_back(
+              {message.flow.origin(message.time, "TCP"), std::move(message.bytes), std::move(message.packets)});
       }) {}
 
 std::optional<ReadMessage> CaptureReader::next() {
@@ -85,10 +86,10 @@ void CaptureReader::takeTransport(const IpPacket& packet, std::chrono::microseco
     if (packet.protocol == IpPacket::kUdp) {
         const Tins::UDP udp(octets, size);
         const std::string_view payload = packet.payload.substr(udp.header_size());
-        takeDatagram({packet.source, packet.destination, udp.sport(), udp.dport()}, payload, time, carriers);
+        takeDatagram({udp.sport(), udp.dport(), packet.source, packet.destination}, payload, time, carriers);
     } else if (packet.protocol == IpPacket::kTcp) {
         const Tins::TCP tcp(octets, size);
-        m_streams.take(tcp, {packet.source, packet.destination, tcp.sport(), tcp.dport()}, time, carriers);
+        m_streams.take(tcp, {tcp.sport(), tcp.dport(), packet.source, packet.destination}, time, carriers);
     } else {
         ++m_counts.others;
     }
@@ -97,7 +98,8 @@ void CaptureReader::takeTransport(const IpPacket& packet, std::chrono::microseco
 void CaptureReader::takeDatagram(const Flow& flow, std::string_view payload, std::chrono::microseconds time,
                                  const Packets& carriers) {
     const DatagramKind kind = datagramKind(payload);
-    const bool isSip = kind == DatagramKind::Message || flow.hasSipPort() || m_pairs.has(flow);
+    const bool isMessage = kind == DatagramKind::Message;
+    const bool isSip = isMessage || (flow.hasSipPort() && kind != DatagramKind::Media) || m_pairs.has(flow);
     if (!isSip) {
         ++m_counts.datagrams;
     } else if (kind == DatagramKind::KeepAlive) {
@@ -106,13 +108,11 @@ void CaptureReader::takeDatagram(const Flow& flow, std::string_view payload, std
         ++m_counts.encrypted;
     } else {
         payload.remove_prefix(std::min(payload.find_first_not_of("\r\n"), payload.size()));
-        found(flow, {flow.origin(time, "UDP"), std::string(payload), carriers});
+        if (isMessage) {
+            m_pairs.add(flow);
+        }
+        m_found.push_back({flow.origin(time, "UDP"), std::string(payload), carriers});
     }
-}
-
-void CaptureReader::found(const Flow& flow, Found found) {
-    m_pairs.add(flow);
-    m_found.push_back(std::move(found));
 }
 
 ReadMessage CaptureReader::parsed(Found found) {

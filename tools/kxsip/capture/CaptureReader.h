@@ -44,7 +44,6 @@ private:
     void takeTransport(const IpPacket& packet, std::chrono::microseconds time, const Packets& carriers);
     void takeDatagram(const Flow& flow, std::string_view payload, std::chrono::microseconds time,
                       const Packets& carriers);
-    void found(const Flow& flow, Found found);
     bool findNext();
     ReadMessage parsed(Found found);
     const std::string& damage() const;

@@ -15,6 +15,12 @@ bool isStun(std::string_view payload) {
     return payload.size() >= kHeader && (payload[0] & 0xC0) == 0 && payload.substr(4, 4) == kMagicCookie;
 }
 
+/** [RFC 3550 5.1, 6.1] */
+bool isMedia(std::string_view payload) {
+    constexpr std::size_t kShortest = 8;
+    return payload.size() >= kShortest && (payload[0] & 0xC0) == 0x80;
+}
+
 /** [RFC 8446 5.1, RFC 9147 4] */
 bool isEncrypted(std::string_view payload) {
     constexpr std::size_t kHeader = 5;
@@ -35,6 +41,9 @@ DatagramKind datagramKind(std::string_view payload) {
     if (payload.size() <= kLongestKeepAlive || isStun(payload) ||
         payload.find_first_not_of(std::string_view("\r\n\0", 3)) == std::string_view::npos) {
         return DatagramKind::KeepAlive;
+    }
+    if (isMedia(payload)) {
+        return DatagramKind::Media;
     }
     return isEncrypted(payload) ? DatagramKind::Encrypted : DatagramKind::Other;
 }

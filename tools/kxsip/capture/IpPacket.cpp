@@ -238,13 +238,12 @@ struct Link {
     std::size_t typeAt; ///< Of Typed: the offset of the type in the header.
 };
 
-constexpr std::array<Link, 9> kLinks = {{{DLT_EN10MB, Layer::Kind::Ethernet, 0, 0},
+constexpr std::array<Link, 8> kLinks = {{{DLT_EN10MB, Layer::Kind::Ethernet, 0, 0},
                                          {DLT_LINUX_SLL, Layer::Kind::Typed, 16, 14},
                                          {DLT_LINUX_SLL2, Layer::Kind::Typed, 20, 0},
                                          {DLT_NULL, Layer::Kind::Ip, 4, 0},
                                          {DLT_LOOP, Layer::Kind::Ip, 4, 0},
                                          {DLT_RAW, Layer::Kind::Ip, 0, 0},
-                                         {101, Layer::Kind::Ip, 0, 0}, // raw IP, by its number in files
                                          {DLT_IPV4, Layer::Kind::Ip, 0, 0},
                                          {DLT_IPV6, Layer::Kind::Ip, 0, 0}}};
 

@@ -20,6 +20,9 @@ void PacketOption::open(const std::vector<std::string>& inputs) {
     if (!isChosen()) {
         return;
     }
+    if (m_name == "-") {
+        throw CaptureError("cannot write packets on standard output; name a file");
+    }
     for (const std::string& input : inputs) {
         std::error_code ignored;
         if (std::filesystem::equivalent(input, m_name, ignored)) {

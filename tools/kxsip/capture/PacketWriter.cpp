@@ -2,6 +2,7 @@
 
 #include "tools/kxsip/Printable.h"
 #include "tools/kxsip/capture/CaptureFile.h"
+#include "tools/kxsip/capture/PcapngFile.h"
 
 #include <pcap/pcap.h>
 
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <utility>
 
 class PacketWriter::Format {
 public:
@@ -91,11 +93,13 @@ private:
         }
         m_linkType = linkType;
         m_capture = pcap_open_dead(linkType, kSnapLength);
-        m_dump = m_capture == nullptr ? nullptr : pcap_dump_fopen(m_capture, m_file);
-        if (m_dump == nullptr) {
-            fail(m_capture == nullptr ? std::strerror(errno) : pcap_geterr(m_capture));
+        if (m_capture == nullptr) {
+            fail();
         }
-        m_file = nullptr; // m_dump closes it
+        m_dump = pcap_dump_fopen(m_capture, std::exchange(m_file, nullptr)); // which closes it, also after an error
+        if (m_dump == nullptr) {
+            fail(pcap_geterr(m_capture));
+        }
     }
 
     std::FILE* m_file;
@@ -155,9 +159,8 @@ private:
     std::uint32_t interfaceOf(int linkType) {
         const auto [known, isNew] = m_interfaces.emplace(linkType, static_cast<std::uint32_t>(m_interfaces.size()));
         if (isNew) {
-            constexpr std::uint32_t kRawIp = 101; // the number of DLT_RAW in files
             Block block(1);
-            block.number(linkType == DLT_RAW ? kRawIp : static_cast<std::uint32_t>(linkType)).number(0);
+            block.number(PcapngFile::sNumberOf(linkType)).number(0);
             put(block);
         }
         return known->second;

@@ -1,12 +1,15 @@
 #include "tools/kxsip/capture/PcapngFile.h"
 
+#include <pcap/dlt.h>
+
 #include <algorithm>
 
 namespace {
 
 constexpr std::size_t kMostInterfaces = 65536;
 constexpr std::size_t kLongestBlock = 16U << 20;
-constexpr std::size_t kFraming = 12; // a block's type, and its length at both ends
+constexpr std::uint32_t kRawIp = 101; // the number of DLT_RAW in files
+constexpr std::size_t kFraming = 12;  // a block's type, and its length at both ends
 
 constexpr std::size_t kHeader = 20; // of the body of a packet's block
 
@@ -63,6 +66,10 @@ std::uint64_t microsecondsOf(std::uint64_t units, std::uint64_t unitsPerSecond) 
 bool PcapngFile::sBegins(std::string_view bytes) {
     const std::string_view order = bytes.substr(std::min<std::size_t>(bytes.size(), 8), 4);
     return bytes.starts_with(kSectionType) && (order == kBigEndian || order == kLittleEndian);
+}
+
+std::uint32_t PcapngFile::sNumberOf(int linkType) {
+    return linkType == DLT_RAW ? kRawIp : static_cast<std::uint32_t>(linkType);
 }
 
 std::optional<Frame> PcapngFile::next() {
@@ -167,7 +174,8 @@ void PcapngFile::addInterface(std::string_view body) {
         throw BadBlock{"too many interfaces"};
     }
     Interface interface;
-    interface.linkType = static_cast<int>(number(body, 0, 2));
+    const std::uint64_t linkType = number(body, 0, 2);
+    interface.linkType = linkType == kRawIp ? DLT_RAW : static_cast<int>(linkType);
     interface.snapLength = number(body, 4, 4);
     readOptions(body.substr(kOptions), interface);
     m_interfaces.push_back(interface);

@@ -11,6 +11,8 @@ class PcapngFile final : public CaptureFile {
 public:
     /** Whether the bytes begin like a pcapng file. */
     static bool sBegins(std::string_view bytes);
+    /** Returns the number in files for a link type of libpcap: raw IP has another one. */
+    static std::uint32_t sNumberOf(int linkType);
 
     /** The input must outlive this object. */
     explicit PcapngFile(Input& input) : m_input(input) {}
