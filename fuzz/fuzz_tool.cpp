@@ -36,7 +36,14 @@ const std::array kCommands = {
     Command{{"flow"}},
     Command{{"flow", "-o", "ladders.html"}},
     Command{{"flow", "-o", "ladders.svg"}},
-    Command{{"show", "--method", "INVITE,OPTIONS", "--status", "2xx,486"}},
+    Command{{"show", "--method", "INVITE,OPTIONS", "--status", "2xx,486", "-o", "packets.pcap"}},
+    Command{{"calls"}},
+    Command{{"calls", "--json", "--sort", "-duration"}, Shown::Json},
+    Command{{"calls", "--user", "a", "--text", "(a|b)+", "-o", "packets.pcapng"}},
+    Command{{"flow", "--width", "40", "--time", "utc"}},
+    Command{{"flow", "--address", "192.0.2.0/24,2001:db8::/32", "--until", "2026-11-22", "-o", "packets.pcapng"}},
+    Command{{"check", "-o", "packets.pcap"}},
+    Command{{"flow", "--call", "1"}},
 };
 
 /** Takes what a stream gets while this object exists. */
