@@ -10,9 +10,9 @@
 #include <deque>
 
 /** Finds the messages of a capture, on any port. A UDP datagram is a message if its first line, after any line ends,
-    looks like a start line; on a port for SIP, or between two endpoints that have exchanged SIP, any datagram but a
-    keep-alive is one, so that the library can refuse it. A StreamFramer cuts TCP streams. Packets that can't be read,
-    or have no SIP, are counted and skipped. */
+    looks like a start line. On a port for SIP, or between two endpoints that have exchanged SIP, others are messages
+    too, so that the library can refuse them, except keep-alives, encrypted datagrams and, on such a port, media. A
+    StreamFramer cuts TCP streams. Packets that can't be read, or have no SIP, are counted and skipped. */
 class CaptureReader final : public MessageSource {
 public:
     /** The input must outlive the reader. With `keepsPackets`, the messages have their packets. Throws CaptureError. */
