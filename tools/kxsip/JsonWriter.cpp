@@ -59,7 +59,7 @@ bool allWords(std::string_view text, FaultOf faultOf) {
         text.remove_prefix(sizeof word);
     }
     word = kOnes * ' ';
-    std::memcpy(&word, text.data(), text.size());
+    text.copy(reinterpret_cast<char*>(&word), text.size());
     return faultOf(word) == 0;
 }
 
