@@ -30,7 +30,7 @@ public:
         return header;
     }
 
-    /** The value as it was received, without white space around it; empty for a header that was built. */
+    /** The value as it was received, without blanks around it; empty for a header that was built. */
     const KxString& getReceived() const { return m_received; }
 
 protected:
@@ -42,7 +42,8 @@ protected:
         const std::string_view before = line.window();
         const KxSipFault fault = Base::readValue(line);
         if (!fault) {
-            m_received = KxString(KxAscii::trimEnd(before.substr(0, before.size() - line.window().size())));
+            const std::string_view read = before.substr(0, before.size() - line.window().size());
+            m_received = KxString(read.substr(0, read.find_last_not_of(" \t\r\n") + 1)); // a token may end in a FF
         }
         return fault;
     }
