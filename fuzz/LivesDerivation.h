@@ -12,15 +12,15 @@
 
 #include <string>
 
-using Message = KxHandle<KxSipMessage>;
+using LivesMessage = KxHandle<KxSipMessage>;
 
 template <class M>
-KxHandle<M> as(const Message& message) {
+KxHandle<M> as(const LivesMessage& message) {
     return KxHandle<M>(dynamic_cast<M*>(message.get()));
 }
 
-inline Message copyOf(const KxSipMessage& message) {
-    return Message(static_cast<KxSipMessage*>(message.clone()));
+inline LivesMessage copyOf(const KxSipMessage& message) {
+    return LivesMessage(static_cast<KxSipMessage*>(message.clone()));
 }
 
 /** The key, or the reason why there is none. */
@@ -60,7 +60,7 @@ struct LivesIds {
 /** Derives a message from another one in one of nine ways, of which a parent that is no INVITE has only the first. */
 class LivesDerivation {
 public:
-    LivesDerivation(const Message& parent, unsigned how, unsigned with)
+    LivesDerivation(const LivesMessage& parent, unsigned how, unsigned with)
         : m_response(as<KxSipResponse>(parent)),
           m_request(as<KxSipRequest>(parent)),
           m_invite(as<KxSipInviteMessage>(parent)),
@@ -81,7 +81,7 @@ public:
         }
     }
 
-    Message derived; ///< Nil if the parent lacks what is needed.
+    LivesMessage derived; ///< Nil if the parent lacks what is needed.
 
 private:
     void make(int code, const std::string& body) {
@@ -177,7 +177,7 @@ inline void spoil(KxSipMessage& message) {
 }
 
 /** Builds a request from the parts of another message, with one of the constructors; nil if there are too few. */
-inline Message buildFromPartsOf(const KxSipMessage& message, unsigned with) {
+inline LivesMessage buildFromPartsOf(const KxSipMessage& message, unsigned with) {
     const auto copy = [&]<class H>(const KxHandle<H>& header) {
         return KxHandle<H>(header.isNil() ? nullptr : static_cast<H*>(header->clone()));
     };
@@ -187,7 +187,7 @@ inline Message buildFromPartsOf(const KxSipMessage& message, unsigned with) {
     const KxHandle<KxSipNameAddress> target = to.isNil() ? KxHandle<KxSipNameAddress>() : to->getNameAddress();
     const auto text = [](const auto& header) { return header.isNil() ? "" : written(*header->getNameAddress()); };
     const auto length = static_cast<std::uint32_t>(with / 64);
-    Message built;
+    LivesMessage built;
     outcomeOf([&] {
         switch (with % 4) {
         case 0:

@@ -25,14 +25,14 @@ inline void checkMade(const KxSipMessage& made) {
 }
 
 /** Makes a message from two others, or from texts; nil if they do not allow it. */
-inline Message makeMessage(const Message& parent, const Message& other, const LivesProgram& program,
-                           const LivesStep& step) {
+inline LivesMessage makeMessage(const LivesMessage& parent, const LivesMessage& other, const LivesProgram& program,
+                                const LivesStep& step) {
     const auto request = as<KxSipRequest>(parent);
     const auto response = as<KxSipResponse>(other);
     const auto invite = as<KxSipInviteMessage>(parent);
     const std::string text = program.text(step.argument);
     const std::string more = program.text(step.argument / 8 + step.flags / 8);
-    Message made;
+    LivesMessage made;
     thrownBy([&] {
         switch (step.flags % 8) {
         case 0:
@@ -91,7 +91,7 @@ inline Message makeMessage(const Message& parent, const Message& other, const Li
 class LivesDialog {
 public:
     /** Makes the dialog, changes it, or makes a request within it, which is returned. */
-    Message step(const Message& message, const Message& other, unsigned how, const std::string& text) {
+    LivesMessage step(const LivesMessage& message, const LivesMessage& other, unsigned how, const std::string& text) {
         const auto request = as<KxSipRequest>(message);
         const auto response = as<KxSipResponse>(other);
         if (how % 8 < 2) {
@@ -109,7 +109,7 @@ public:
         const std::string state = stateOf(*m_dialog);
         const std::uint32_t sequence = m_dialog->getLocalSequence();
         const KxSipDialogParts parts{.contact = "<sip:n@h>", .via = {.host = "h"}, .contentType = "a/b", .body = text};
-        Message made;
+        LivesMessage made;
         const std::string why = thrownBy([&] {
             switch (how % 8) {
             case 2:

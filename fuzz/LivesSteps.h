@@ -53,13 +53,13 @@ inline constexpr std::array<const char*, 5> kURIs = {"sip:new@h:5070;lr?a=b", "<
     can be read again, and has the key of its transaction. */
 class Life {
 public:
-    explicit Life(const Message& message) : m_message(message), m_text(written(*message)) {}
+    explicit Life(const LivesMessage& message) : m_message(message), m_text(written(*message)) {}
 
-    const Message& message() const { return m_message; }
+    const LivesMessage& message() const { return m_message; }
     /** The message as it was written after the last step. */
     const std::string& text() const { return m_text; }
     /** Takes another message. */
-    void become(const Message& message) {
+    void become(const LivesMessage& message) {
         m_message = message;
         note();
     }
@@ -123,7 +123,7 @@ private:
     }
 
     void look(unsigned with) {
-        const Message copy = copyOf(*m_message);
+        const LivesMessage copy = copyOf(*m_message);
         const std::string all = MessageReading(*m_message).text();
         same("a copy reads as its original does", all, MessageReading(*copy).text());
         if (m_message->getStatus() != KX_STATUS_UNUSABLE) {
@@ -160,7 +160,7 @@ private:
             found.append(value.getValueText().view()) += '|';
         }
         same("all headers of a name are found", plain, found);
-        const Message copy = copyOf(*m_message);
+        const LivesMessage copy = copyOf(*m_message);
         copy->removeAllNamed(name);
         if (copy->hasNamed(name)) {
             fail("all headers of a name are removed", m_text, written(*copy));
@@ -310,7 +310,7 @@ private:
     }
 
     void derive(unsigned how, unsigned with) {
-        const Message derived = LivesDerivation(m_message, how, with).derived;
+        const LivesMessage derived = LivesDerivation(m_message, how, with).derived;
         if (derived.isNil()) {
             return;
         }
@@ -323,7 +323,7 @@ private:
     }
 
     void build(unsigned with) {
-        const Message built = buildFromPartsOf(*m_message, with);
+        const LivesMessage built = buildFromPartsOf(*m_message, with);
         if (!built.isNil()) {
             checkEdited(*built, written(*built));
             if (!built->getCSeqHeader().isNil()) {
@@ -333,7 +333,7 @@ private:
         same("a message of whose parts another is built stays as it is", m_text, written(*m_message));
     }
 
-    Message m_message;
+    LivesMessage m_message;
     std::string m_text;      ///< What it wrote after the last change.
     bool m_isChecked = true; ///< Nothing has changed since it was read or copied.
 };

@@ -9,7 +9,7 @@
     whatever a refused operation has thrown: each step begins with what was written after the last one. */
 class Lives {
 public:
-    Lives(const Message& first, const LivesProgram& program)
+    Lives(const LivesMessage& first, const LivesProgram& program)
         : m_program(program), m_lives{Life(first), Life(copyOf(*first)), Life(copyOf(*first))} {}
 
     void step(const LivesStep& step) {
@@ -29,7 +29,7 @@ public:
             read(life, step);
             break;
         case 12:
-            if (const Message made =
+            if (const LivesMessage made =
                     m_dialog.step(life.message(), other.message(), step.flags, m_program.text(step.argument));
                 !made.isNil()) {
                 m_lives[(step.message + 2) % 3].become(made);
@@ -59,7 +59,7 @@ public:
 
 private:
     struct Copy {
-        Message message;
+        LivesMessage message;
         std::string text;
     };
 
@@ -303,7 +303,7 @@ private:
 
     /** Makes a message from another one, or from texts, and puts it into the place of the other one. */
     void make(const Life& life, Life& other, const LivesStep& step) const {
-        const Message made = makeMessage(life.message(), other.message(), m_program, step);
+        const LivesMessage made = makeMessage(life.message(), other.message(), m_program, step);
         if (!made.isNil()) {
             life.checkUnchanged();
             other.become(made);
