@@ -42,8 +42,7 @@ protected:
         const std::string_view before = line.window();
         const KxSipFault fault = Base::readValue(line);
         if (!fault) {
-            const std::string_view read = before.substr(0, before.size() - line.window().size());
-            m_received = KxString(read.substr(0, read.find_last_not_of(" \t\r\n") + 1)); // a token may end in a FF
+            m_received = KxString(sTrimEnd(before.substr(0, before.size() - line.window().size())));
         }
         return fault;
     }
@@ -52,6 +51,13 @@ protected:
     }
 
 private:
+    /** Without blanks and line end. Other white space may be the end of a token. */
+    static std::string_view sTrimEnd(std::string_view text) {
+        while (!text.empty() && KxAscii::isSpace(text.back()) && text.back() != '\f' && text.back() != '\v') {
+            text.remove_suffix(1);
+        }
+        return text;
+    }
     bool isAsReceived() const {
         if (m_received.empty()) {
             return false;
