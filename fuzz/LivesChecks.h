@@ -87,13 +87,15 @@ private:
 /** The messages that were written one after the other, as a peer reads them from a stream. */
 class LivesWire {
 public:
-    /** Adds a message, unless it can't be framed: it has no Content-Length of its body, or a host has called another
-        header so, or has read a name that continues the line before. */
+    /** Adds a message, unless it can't be framed: it has no start line, or no Content-Length of its body, or a host has
+        called another header so, or has read a name that continues the line before. */
     void take(const KxSipMessage& message, const std::string& text) {
         const KxSipHeader* const length = message.getHeaderByID(KxHeaderIDs::kContentLength).get();
+        const auto* const request = message.as<KxSipRequest>();
+        const bool hasStart = request == nullptr || (!request->getURI().isNil() && *request->getMethod() != '\0');
         const std::size_t stored = message.hasBody() ? message.getStoredBodyLength() : 0;
         if (length == nullptr || !length->getNext().isNil() || message.getBodyLength() > stored ||
-            message.getContentLengthHeader().isNil() || text.starts_with("\r\n")) {
+            message.getContentLengthHeader().isNil() || !hasStart) {
             return;
         }
         for (const HeaderID id : message.getHeaderOrder()) {
