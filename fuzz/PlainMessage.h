@@ -11,20 +11,28 @@
 class PlainMessage {
 public:
     /** The text before the headers is taken as the start line. */
-    explicit PlainMessage(const KxSipMessage& message) {
+    explicit PlainMessage(const KxSipMessage& message) : PlainMessage(message, ::written(message)) {}
+    /** @param text what the message writes. */
+    PlainMessage(const KxSipMessage& message, std::string_view text) {
+        const std::size_t size =
+            message.hasBody() ? std::min<std::size_t>(message.getBodyLength(), message.getStoredBodyLength()) : 0;
+        const std::string_view head = text.substr(0, text.size() - std::min(size, text.size()));
+        m_body = std::string(text.substr(head.size()));
+        same("a message ends in its body", m_body, {size == 0 ? "" : message.getBody(), size});
+        std::string_view rest = head;
+        const bool hasStart = std::count(head.begin(), head.end(), '\n') != valuesOf(message) + 1;
+        m_start = hasStart ? takeLine(rest) : "";
         for (const HeaderID id : message.getHeaderOrder()) {
-            m_kinds.push_back({id, linesOf(*message.getHeaderByID(id))});
+            Kind& kind = m_kinds.emplace_back(Kind{id, {}});
+            for (const KxSipHeader* value = message.getHeaderByID(id).get(); value != nullptr;
+                 value = value->getNext().get()) {
+                if (!isLineOf(rest, value->getToken().view())) {
+                    fail("a message has its headers, a line each", text, value->getToken().view());
+                }
+                kind.lines.push_back(lineOf(*value, takeLine(rest)));
+            }
         }
-        const std::string text = ::written(message);
-        if (message.hasBody()) {
-            m_body.assign(message.getBody(),
-                          std::min<std::size_t>(message.getBodyLength(), message.getStoredBodyLength()));
-        }
-        const std::string rest = written();
-        if (!text.ends_with(rest)) {
-            fail("a message ends in its headers, a line each, and its body", text, rest);
-        }
-        m_start = text.substr(0, text.size() - rest.size());
+        same("an empty line is after the headers", "\r\n", rest);
     }
 
     /** Adds the header's values after those of its kind. With `first`, adds only the first value, before those of its
@@ -39,6 +47,16 @@ public:
             m_kinds.push_back({header.getHeaderID(), lines});
         } else {
             kind->lines.insert(first ? kind->lines.begin() : kind->lines.end(), lines.begin(), lines.end());
+        }
+    }
+    /** Puts the first value into the place of all of its kind. */
+    void replace(const KxSipHeader& header) {
+        std::vector<Line> lines = linesOf(header);
+        lines.resize(1);
+        if (Kind* const kind = find(header.getHeaderID()); kind != nullptr) {
+            kind->lines = lines;
+        } else {
+            m_kinds.push_back({header.getHeaderID(), lines});
         }
     }
     /** Removes the first value of the kind whose first value has the name; if there is no such kind, the first unknown
@@ -73,6 +91,10 @@ public:
         }
         return "";
     }
+    /** How many kinds have a first line that is found by the name. */
+    std::ptrdiff_t kindsNamed(std::string_view name) const {
+        return std::count_if(m_kinds.begin(), m_kinds.end(), [name](const Kind& kind) { return isNamed(kind, name); });
+    }
     /** Drops the lines of a kind, to see what else has changed. */
     PlainMessage& without(HeaderID id) {
         std::erase_if(m_kinds, [id](const Kind& kind) { return kind.id == id; });
@@ -99,24 +121,56 @@ public:
 
 private:
     struct Line {
-        std::string token; ///< The name as written, by which the line is found.
+        KxString token; ///< The name as written, by which the line is found.
         std::string text;
-        std::string full;    ///< In the RFC grammar, a known kind is also found by its other names.
-        std::string compact; ///< As above.
+        KxString full;    ///< In the RFC grammar, a known kind is also found by its other names.
+        KxString compact; ///< As above.
     };
     struct Kind {
         HeaderID id;
         std::vector<Line> lines;
     };
 
+    static bool isNamed(const Kind& kind, std::string_view name) {
+        const Line& first = kind.lines[0];
+        const bool hasNames = isRFC() && kind.id != KxHeaderIDs::kUnknown;
+        return KxAscii::equalsNoCase(first.token, name) ||
+               (hasNames && (KxAscii::equalsNoCase(first.full, name) || KxAscii::equalsNoCase(first.compact, name)));
+    }
+    static bool isLineOf(std::string_view text, std::string_view name) {
+        return text.starts_with(name) && text.substr(name.size()).starts_with(": ");
+    }
+    static std::ptrdiff_t valuesOf(const KxSipMessage& message) {
+        std::ptrdiff_t count = 0;
+        for (const HeaderID id : message.getHeaderOrder()) {
+            for (const KxSipHeader* value = message.getHeaderByID(id).get(); value != nullptr;
+                 value = value->getNext().get()) {
+                ++count;
+            }
+        }
+        return count;
+    }
+    /** Takes the first line, of which no other character may end a line. */
+    static std::string takeLine(std::string_view& rest) {
+        const std::size_t end = rest.find_first_of("\r\n");
+        if (end == rest.npos || rest.substr(end, 2) != "\r\n") {
+            fail("a line ends in CR LF", rest.substr(0, end), rest.substr(std::min(end, rest.size())));
+        }
+        const std::string line(rest.substr(0, end + 2));
+        rest.remove_prefix(end + 2);
+        return line;
+    }
+    static Line lineOf(const KxSipHeader& value, std::string line) {
+        return {value.getToken(), std::move(line), value.getExpandedToken(), value.getCompactToken()};
+    }
     static std::vector<Line> linesOf(const KxSipHeader& chain) {
         std::vector<Line> lines;
+        const std::string text = ::written(chain);
+        std::string_view rest = text;
         for (const KxSipHeader* value = &chain; value != nullptr; value = value->getNext().get()) {
-            const KxHandle<KxSipHeader> alone(static_cast<KxSipHeader*>(value->clone()));
-            lines.push_back({std::string(value->getToken().view()), ::written(*alone),
-                             std::string(value->getExpandedToken().view()),
-                             std::string(value->getCompactToken().view())});
+            lines.push_back(lineOf(*value, takeLine(rest)));
         }
+        same("a header has a line for each value", "", rest);
         return lines;
     }
     Kind* find(HeaderID id) {
@@ -124,13 +178,8 @@ private:
         return kind == m_kinds.end() ? nullptr : &*kind;
     }
     Kind* findToken(std::string_view name) {
-        const auto kind = std::find_if(m_kinds.begin(), m_kinds.end(), [name](const Kind& candidate) {
-            const Line& first = candidate.lines[0];
-            const bool hasNames = isRFC() && candidate.id != KxHeaderIDs::kUnknown;
-            return KxAscii::equalsNoCase(first.token, name) ||
-                   (hasNames &&
-                    (KxAscii::equalsNoCase(first.full, name) || KxAscii::equalsNoCase(first.compact, name)));
-        });
+        const auto kind = std::find_if(m_kinds.begin(), m_kinds.end(),
+                                       [name](const Kind& candidate) { return isNamed(candidate, name); });
         return kind == m_kinds.end() ? find(KxHeaderIDs::kUnknown) : &*kind;
     }
 

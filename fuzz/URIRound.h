@@ -30,14 +30,15 @@ inline bool showsUserPart(std::string_view printed) {
     return at != printed.end();
 }
 
-/** When a value is replaced, its quotes are gone, and a blank that they protected is no longer between quotes. */
-inline bool showsBlank(const KxParameters& headers) {
+/** Whether one of the characters is outside quotes: when a value is replaced, or text before it is dropped, the quotes
+    that protected it are gone, and others pair. */
+inline bool showsAnyOf(std::string_view characters, const KxParameters& list) {
     bool quoted = false;
-    const auto shows = [&quoted](char c) {
+    const auto shows = [&](char c) {
         quoted ^= c == '"';
-        return c == ' ' && !quoted;
+        return !quoted && characters.find(c) != std::string_view::npos;
     };
-    return std::any_of(headers.begin(), headers.end(), [&shows](const KxParameters::Pair& pair) {
+    return std::any_of(list.begin(), list.end(), [&shows](const KxParameters::Pair& pair) {
         const std::string text = std::string(pair.name.view()) + std::string(pair.value.view());
         return std::any_of(text.begin(), text.end(), shows);
     });
@@ -60,8 +61,10 @@ inline bool changes(const KxSipURL& url, std::string_view printed) {
     }
     // An "@" before the scheme is dropped, but the delimiters of URLs are ordinary text as long as a user is expected.
     // They are so, too, when a colon after the host has emptied the user; quotes then continue after a line end.
+    // A quote in a user that a further colon drops changes which quotes in the parameters pair.
+    const bool hasQuotes = hasAnyOf(url.getParameters()->getString(), "\"");
     return hasAnyOf(url.getHost(), ";,?\"") || hasAnyOf(url.getUser(), "\n") || hasOddQuotes(*url.getParameters()) ||
-           showsBlank(*url.getHeaders());
+           (hasQuotes && showsAnyOf(" ,<>", *url.getParameters())) || showsAnyOf(" ", *url.getHeaders());
 }
 
 inline bool changes(const KxTelURL& url, std::string_view printed) {

@@ -30,7 +30,7 @@ public:
         return header;
     }
 
-    /** The value as it was received, without white space around it; empty for a header that was built. */
+    /** The value as it was received, without blanks around it; empty for a header that was built. */
     const KxString& getReceived() const { return m_received; }
 
 protected:
@@ -42,7 +42,7 @@ protected:
         const std::string_view before = line.window();
         const KxSipFault fault = Base::readValue(line);
         if (!fault) {
-            m_received = KxString(KxAscii::trimEnd(before.substr(0, before.size() - line.window().size())));
+            m_received = KxString(sTrimEnd(before.substr(0, before.size() - line.window().size())));
         }
         return fault;
     }
@@ -51,6 +51,13 @@ protected:
     }
 
 private:
+    /** Without blanks and line end. Other white space may be the end of a token. */
+    static std::string_view sTrimEnd(std::string_view text) {
+        while (!text.empty() && KxAscii::isSpace(text.back()) && text.back() != '\f' && text.back() != '\v') {
+            text.remove_suffix(1);
+        }
+        return text;
+    }
     bool isAsReceived() const {
         if (m_received.empty()) {
             return false;

@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
         std::ifstream file(argv[i], std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
         for (std::size_t steps = 0; steps < 256; ++steps) {
-            run(static_cast<char>(steps), dice.text(bytes, steps % 16 * 2) + text);
+            run(static_cast<char>(steps), dice.text(bytes, steps % 9 * 3) + text);
         }
     }
     if (argc > 2) {

@@ -52,6 +52,7 @@ protected:
     }
 
 private:
+    friend class KxSipDialog;
     friend class KxSipParameterAddressHeader<H>;
 
     void storeTag(const KxString& tag) {

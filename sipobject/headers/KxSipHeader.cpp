@@ -265,9 +265,11 @@ void KxSipHeader::parse(KxInputStream& in) {
         const KxSipHeader& changed;
     } const change(*this);
     KxSipLine line;
-    const KxSipFault fault = line.takeUnnamed(in);
+    line.takeUnnamed(in).raiseIfAny();
+    const KxHandle<KxSipHeader> trial(static_cast<KxSipHeader*>(clone())); // it is refused before anything has changed
+    KxSipLine again(line.window());
+    trial->parseValues(again).raiseIfAny();
     setToken(line.name());
-    fault.raiseIfAny();
     parseValues(line).raiseIfAny();
 }
 

@@ -77,7 +77,7 @@ public:
     /** Whether a header of a message may have this identifier: below KxHeaderIDs::kCount, or from sNewHeaderID. */
     static bool sIsHeaderID(HeaderID id);
 
-    /** Reads one header line into this object and its chain. Throws as sConstructFrom does. */
+    /** Reads one header line into this object and its chain. Throws as sConstructFrom does; nothing is changed then. */
     void parse(KxInputStream& in);
     /** Writes this value and all values after it, one line each. */
     void serialize(KxOutputStream& out) const;

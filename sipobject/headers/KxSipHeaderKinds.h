@@ -73,7 +73,8 @@ inline constexpr std::uint64_t KxSipHeaderKinds::kOnce = sSet({KxHeaderIDs::kCon
 inline constexpr std::uint64_t KxSipHeaderKinds::kAlone =
     sSet({KxHeaderIDs::kFrom, KxHeaderIDs::kTo, KxHeaderIDs::kCallId, KxHeaderIDs::kCSeq, KxHeaderIDs::kContentLength,
           KxHeaderIDs::kMaxForwards, KxHeaderIDs::kAuthorization, KxHeaderIDs::kProxyAuthorization,
-          KxHeaderIDs::kWWWAuthenticate, KxHeaderIDs::kProxyAuthenticate, KxHeaderIDs::kAuthenticationInfo});
+          KxHeaderIDs::kWWWAuthenticate, KxHeaderIDs::kProxyAuthenticate, KxHeaderIDs::kAuthenticationInfo,
+          KxHeaderIDs::kResponseKey});
 inline constexpr std::uint64_t KxSipHeaderKinds::kTokenLists =
     sSet({KxHeaderIDs::kAllow, KxHeaderIDs::kAllowEvents, KxHeaderIDs::kContentEncoding, KxHeaderIDs::kInReplyTo,
           KxHeaderIDs::kProxyRequire, KxHeaderIDs::kRequire, KxHeaderIDs::kSession, KxHeaderIDs::kSupported,

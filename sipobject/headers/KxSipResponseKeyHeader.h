@@ -6,7 +6,8 @@
     Response-Key = "Response-Key" ":" key-scheme 1*SP #key-param              [RFC 2543 6.34]
     key-param = token "=" ( token | quoted-string )
     The whole line is one value: commas, or ";", separate the parameters. A value without a scheme throws
-    "Invalid Response-Key header".      "Response-Key: pgp a=\"1,2\" , b=3" -> "Response-Key: pgp a=\"1,2\",b=3" */
+    "Invalid Response-Key header"; in the RFC grammar also one whose parameters are not what KxParameters::parseExactly
+    reads.      "Response-Key: pgp a=\"1,2\" , b=3" -> "Response-Key: pgp a=\"1,2\",b=3" */
 class KX_SIP_API KxSipResponseKeyHeader final : public KxSipParameterHeader<KxSipResponseKeyHeader> {
 public:
     explicit KxSipResponseKeyHeader(const KxString& scheme) : m_scheme(scheme) {}
@@ -25,6 +26,7 @@ private:
 
     KxSipResponseKeyHeader() = default;
     KxSipFault parseValue(KxSipLine& line);
+    KxSipFault parseStrictly(KxSipLine& line);
     void serializeValue(KxOutputStream& out) const;
 
     KxString m_scheme;

@@ -240,7 +240,16 @@ void KxSipViaHeader::serializeValue(KxOutputStream& out) const {
     if (m_hasPort) {
         out << ':' << m_port;
     }
-    m_parameters.serializeWithSemicolon(out);
+    if (KxSipGrammar::sReadsViasStrictly()) { // after the parameters, it would be read as part of the last one
+        serializeComment(out);
+        m_parameters.serializeWithSemicolon(out);
+    } else {
+        m_parameters.serializeWithSemicolon(out);
+        serializeComment(out);
+    }
+}
+
+void KxSipViaHeader::serializeComment(KxOutputStream& out) const {
     if (!m_comment.empty()) {
         out << " (" << m_comment << ')';
     }

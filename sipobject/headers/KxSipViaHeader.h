@@ -110,6 +110,7 @@ private:
     void serializeValue(KxOutputStream& out) const;
     void parseProtocol(KxSipLine& line);
     void serializeUnusual(KxOutputStream& out) const;
+    void serializeComment(KxOutputStream& out) const;
     KxSipFault parseStrictly(KxSipLine& line);
     template <bool kStrict>
     KxSipFault parseAfterTransport(KxSipLine& line);

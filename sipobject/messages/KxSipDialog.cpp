@@ -32,7 +32,9 @@ KxSipDialog::Party KxSipDialog::Party::sOf(const KxSipMessage& message) {
 template <class H>
 KxHandle<KxSipHeader> KxSipDialog::Party::header() const {
     auto made = KxMake<H>(address);
-    made->setTag(tag.c_str());
+    if (!tag.empty()) {
+        made->storeTag(tag); // the peer's, whatever it contains
+    }
     return made;
 }
 

@@ -71,6 +71,9 @@ TEST(RFCLineTest, Lines) {
         {"Organization:\r\ns: \t\r\nX-A:", "0 | Organization:  | s:  | X-A: "},
         {"Contact:", "1 | ?Contact:  @7 " + kEmpty},
         {"Require:", kEmpty + " @7 " + kEmpty},
+        {"Response-Key: pgp\r\nResponse-Key: pgp a=\"1,2\" ;b , c\r\nResponse-Key: p b=1,a=2,b=\"a;=",
+         "1 | Response-Key: pgp | Response-Key: pgp a=\"1,2\",b,c | ?Response-Key: p b=1,a=2,b=\"a;= @9 Invalid "
+         "Response-Key header"},
         // empty elements
         {"Allow: ,INVITE,, ACK ,", "0 | Allow: INVITE | Allow: ACK"},
         {"k: timer,, 100rel,", "0 | k: timer | Supported: 100rel"},

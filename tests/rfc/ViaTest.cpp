@@ -32,6 +32,7 @@ TEST(ViaTest, Reads) {
          "Via: SIP/2.0/TLS h & Via: SIP/2.0/TLS-SCTP h"},
         {"Via: SIP/2.0/UDP h;x=\"1, 2\";y, SIP/2.0/UDP g", "UDP|0|h|0|5060|x=\"1, 2\";y & UDP|0|g|0|5060|",
          "Via: SIP/2.0/UDP h;x=\"1, 2\";y & Via: SIP/2.0/UDP g"},
+        {"Via: SIP/2.0/UDP h (,);x", "UDP|0|h|0|5060|x"}, // a comment of RFC 2543
         {"Via: SIP/2.0/UDP h:65535", "UDP|0|h|1|65535|"},
         {"Via: SIP/2.0/UDP h:65536", "", kInvalid},
         {"Via: SIP/2.0/UDP h:", "", kInvalid},

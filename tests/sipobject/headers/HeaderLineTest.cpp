@@ -76,7 +76,8 @@ TEST(HeaderLineTest, ParseFillsAnObjectAndItsChain) {
     EXPECT_EQ(parse(": D, E"), ": D & Allow: C & Allow: E");
     EXPECT_EQ(parse("Allow"), kNoColon);
     EXPECT_EQ(parse("Allow: \r\n"), kNothing);
-    EXPECT_FALSE(allow->getNext().isNil());
+    EXPECT_EQ(parse("Allow: F, ;"), "KxSipParseError: Empty method in Allow header");
+    EXPECT_EQ(linesOf(*allow), ": D & Allow: C & Allow: E");
     EXPECT_TRUE(KxMake<KxSipAllowHeader>(*allow)->getNext().isNil());
 }
 

@@ -34,12 +34,14 @@ std::string IpAddress::text() const {
         inet_ntop(AF_INET6, octets.data(), text.data(), text.size());
         return text.data();
     }
-    char* end = text.data(); // inet_ntop formats IPv4 with sprintf, which costs more than all else that is done here
+    std::size_t length = 0; // inet_ntop formats IPv4 with sprintf, which costs more than all else that is done here
     for (int shift = 24; shift >= 0; shift -= 8) {
-        end = std::to_chars(end, text.data() + text.size(), low >> shift & 0xFFU).ptr;
-        *end++ = '.';
+        const char* const end =
+            std::to_chars(text.data() + length, text.data() + text.size(), low >> shift & 0xFFU).ptr;
+        length = static_cast<std::size_t>(end - text.data());
+        text.at(length++) = '.';
     }
-    return {text.data(), end - 1};
+    return {text.data(), length - 1};
 }
 
 bool Flow::hasSipPort() const {
