@@ -16,8 +16,8 @@ struct LivesStep {
 };
 
 /** What the bytes of an input say. The first byte gives the number of steps, modulo 9. Each step has three bytes: the
-    operation with the message, flags, and an argument. The rest are texts, which the byte 0xFF separates: a message, and
-    what is written into messages. */
+    operation with the message, flags, and an argument. The rest are texts, which the byte 0xFF separates: a message,
+    and what is written into messages. */
 class LivesProgram {
 public:
     explicit LivesProgram(std::string_view bytes) {

@@ -49,8 +49,8 @@ inline constexpr std::array<const char*, 5> kURIs = {"sip:new@h:5070;lr?a=b", "<
                                                      "sip:h;transport=tls", ""};
 
 /** A message, and what is done to it alone. Laws: an operation that only reads changes nothing, and returns the same
-    for a copy. An edit changes only what it is to change. A derived message leaves its parent unchanged, is of its dialog,
-    can be read again, and has the key of its transaction. */
+    for a copy. An edit changes only what it is to change. A derived message leaves its parent unchanged, is of its
+    dialog, can be read again, and has the key of its transaction. */
 class Life {
 public:
     explicit Life(const LivesMessage& message) : m_message(message), m_text(written(*message)) {}

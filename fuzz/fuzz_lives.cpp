@@ -3,8 +3,8 @@
 // only reads changes nothing, and returns the same for a copy. An edit changes only what it is to change, as a plain
 // model of lines does. What throws changes nothing. A derived message leaves its parents unchanged, is of their dialog,
 // can be read again, and has the key of its transaction. No text makes two lines of one. Messages that are written one
-// after the other are framed and read as they were written. No object is part of two messages; a copy shares nothing that
-// can be changed. Whatever is read with the right password is accepted. In the end, all memory is given back.
+// after the other are framed and read as they were written. No object is part of two messages; a copy shares nothing
+// that can be changed. Whatever is read with the right password is accepted. In the end, all memory is given back.
 
 #include "fuzz/LivesWorld.h"
 

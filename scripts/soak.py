@@ -1,9 +1,9 @@
 """soak.py REGISTRAR GATEWAY [--calls N] [--rate N]: the example hosts under load, as days of service in minutes.
 
 Valid traffic is calls and registrations by sipp, over UDP and TCP, with both grammars. At the same time messages with
-changed bytes come, connections are cut at every byte of a message, log levels change, and twice INVITEs come that nobody
-ends until there is no more room. Laws: no valid call fails but those that got 503; in the second half memory does not
-grow; at the end no host has more open handles than before."""
+changed bytes come, connections are cut at every byte of a message, log levels change, and twice INVITEs come that
+nobody ends until there is no more room. Laws: no valid call fails but those that got 503; in the second half memory
+does not grow; at the end no host has more open handles than before."""
 
 import argparse
 import collections
@@ -160,8 +160,8 @@ def check(watched, calls):
     seconds = last.time - first.time
     per_call = watched.slope() * seconds / calls
     peak = max(sample.memory for sample in watched.samples)
-    print(f"{watched.name}: memory {first.memory >> 10} KiB at first, {peak >> 10} at most, {last.memory >> 10} at last, "
-          f"slope {watched.slope():.0f} bytes a second, {per_call:.1f} a call; handles {first.handles}, at most "
+    print(f"{watched.name}: memory {first.memory >> 10} KiB at first, {peak >> 10} at most, {last.memory >> 10} at "
+          f"last, slope {watched.slope():.0f} bytes a second, {per_call:.1f} a call; handles {first.handles}, at most "
           f"{max(sample.handles for sample in watched.samples)}, at last {last.handles}")
     return per_call > GROWTH or last.handles > first.handles
 
@@ -195,7 +195,8 @@ def main():
         for name, count, run in runs:
             done, lost, repeats = run.result()
             refused = len(re.findall(r"SIP/2\.0 503 ", run.errors_text()))
-            print(f"{name}: {done} of {count} calls as expected, {lost} not, {repeats} retransmissions, 503 {refused} times")
+            print(f"{name}: {done} of {count} calls as expected, {lost} not, {repeats} retransmissions, "
+                  f"503 {refused} times")
             failed = failed or done + min(lost, refused) != count
         for watched in hosts.values():
             watched.sample()
