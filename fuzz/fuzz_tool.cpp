@@ -22,8 +22,9 @@ namespace {
 enum class Shown { Text, Json, Bytes };
 
 struct Command {
-    std::vector<const char*> arguments; ///< Without the input.
+    std::vector<const char*> arguments; ///< Without input and output.
     Shown shown = Shown::Text;
+    const char* output = nullptr; ///< The name of the file that it writes, if any.
 };
 
 const std::array kCommands = {
@@ -34,15 +35,16 @@ const std::array kCommands = {
     Command{{"check"}},
     Command{{"key"}},
     Command{{"flow"}},
-    Command{{"flow", "-o", "ladders.html"}},
-    Command{{"flow", "-o", "ladders.svg"}},
-    Command{{"show", "--method", "INVITE,OPTIONS", "--status", "2xx,486", "-o", "packets.pcap"}},
+    Command{{"flow"}, Shown::Text, "ladders.html"},
+    Command{{"flow"}, Shown::Text, "ladders.svg"},
+    Command{{"show", "--method", "INVITE,OPTIONS", "--status", "2xx,486"}, Shown::Text, "packets.pcap"},
     Command{{"calls"}},
     Command{{"calls", "--json", "--sort", "-duration"}, Shown::Json},
-    Command{{"calls", "--user", "a", "--text", "(a|b)+", "-o", "packets.pcapng"}},
+    Command{{"calls", "--user", "a", "--text", "(a|b)+"}, Shown::Text, "packets.pcapng"},
     Command{{"flow", "--width", "40", "--time", "utc"}},
-    Command{{"flow", "--address", "192.0.2.0/24,2001:db8::/32", "--until", "2026-11-22", "-o", "packets.pcapng"}},
-    Command{{"check", "-o", "packets.pcap"}},
+    Command{
+        {"flow", "--address", "192.0.2.0/24,2001:db8::/32", "--until", "2026-11-22"}, Shown::Text, "packets.pcapng"},
+    Command{{"check"}, Shown::Text, "packets.pcap"},
     Command{{"flow", "--call", "1"}},
 };
 
@@ -116,9 +118,27 @@ void checkJson(const std::string& text) {
     }
 }
 
+/** A folder for what the tool writes, removed at the end. */
+class ScratchFolder {
+public:
+    ScratchFolder() : m_path(std::filesystem::temp_directory_path() / ("kxfuzz-" + std::to_string(getpid()))) {
+        std::filesystem::create_directories(m_path);
+    }
+    ~ScratchFolder() { std::filesystem::remove_all(m_path); }
+    std::string path(const char* name) const { return (m_path / name).string(); }
+
+private:
+    std::filesystem::path m_path;
+};
+
 void run(const Command& command, const std::string& input) {
+    static const ScratchFolder s_folder;
+    const std::string output = command.output == nullptr ? "" : s_folder.path(command.output);
     std::vector<const char*> arguments{"kxsip"};
     arguments.insert(arguments.end(), command.arguments.begin(), command.arguments.end());
+    if (command.output != nullptr) {
+        arguments.insert(arguments.end(), {"-o", output.c_str()});
+    }
     arguments.insert(arguments.end(), {"--grammar", isRFC() ? "rfc" : "classic", input.c_str()});
     const Caught out(std::cout);
     const Caught errors(std::cerr);
@@ -134,17 +154,6 @@ void run(const Command& command, const std::string& input) {
     }
 }
 
-/** Changes to a folder of its own, for the files that the tool writes. */
-void enterScratchFolder() {
-    static const bool s_done = [] {
-        const auto folder = std::filesystem::temp_directory_path() / ("kxfuzz-" + std::to_string(getpid()));
-        std::filesystem::create_directories(folder);
-        std::filesystem::current_path(folder);
-        return true;
-    }();
-    static_cast<void>(s_done);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -153,7 +162,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const Command& command = kCommands.at(data[0] % kCommands.size());
     const std::string_view rest(reinterpret_cast<const char*>(data) + 2, size - 2);
-    enterScratchFolder();
     switch (data[1] % 4) {
     case 0:
         run(command, MemoryFile(rest).name());
