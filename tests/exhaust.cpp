@@ -43,7 +43,8 @@ int main(int argc, char** argv) {
         return 0;
     }
     for (const char choice : {'\0', '\1'}) {
-        forEveryText(alphabet, name == "digest" ? 5 + kLonger : 5, [choice](const std::string& text) { run(choice, text); });
+        forEveryText(alphabet, name == "digest" ? 5 + kLonger : 5,
+                     [choice](const std::string& text) { run(choice, text); });
         for (int i = 0; i < 2000; ++i) {
             run(choice, dice.text("aAbc==;;;,\"\"\\ \t\r\n\xC4\xE4"s + alphabet, dice(60)));
             run(2, dice.text(bytes, dice(400)));
