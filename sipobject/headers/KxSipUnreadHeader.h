@@ -5,7 +5,8 @@
 /** A value for which there is no object of its header's class. The RFC grammar makes one, in the place of the value,
     for a text that the class can't read, such as "soon" in "Expires: soon", and for a list that has no element, such as
     "Allow:". It is of the kind that its name says, but no value of the class: typed access skips it. Unreadable
-    values that follow each other in a line are one text. The text is written as it was received, after unfolding.
+    values that follow each other in a line are one text. The text is written as it was received, after unfolding,
+    without the white space around it.
     "Contact: <sip:a>, ;;, <sip:b>" -> "Contact: <sip:a>", "Contact: ;;", "Contact: <sip:b>" */
 class KX_SIP_API KxSipUnreadHeader final : public KxSipHeader {
 public:

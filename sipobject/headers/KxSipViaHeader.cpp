@@ -99,12 +99,10 @@ void KxSipViaHeader::setBranchRFC3261() {
 
 void KxSipViaHeader::setSource(KxSipText address, std::uint32_t port) {
     const KxString source = address.needed("source address");
-    const bool isAsked = isRPortPresent();
-    if (isAsked) {
-        setParameter("rport", KxString(std::to_string(port)));
-    }
     const bool isSame = KxSipGrammar::sReadsViasStrictly() ? KxSipHost::sAreEqual(source, m_host) : source == m_host;
-    if (isAsked || !isSame) {
+    if (isRPortPresent()) {
+        m_parameters.write().setValues({{KxString("rport"), KxString(std::to_string(port))}, {sReceived, source}});
+    } else if (!isSame) {
         setReceived(source);
     }
 }
