@@ -45,12 +45,14 @@ private:
         credentials.setEntityBody(std::string_view(m_request.hasBody() ? m_request.getBody() : "",
                                                    m_request.hasBody() ? m_request.getStoredBodyLength() : 0));
     }
-    /** Whether both grammars keep the text as it is. The classic one drops what needs quotes, and what they protect. */
+    /** Whether the grammar keeps the text as it is. The classic one drops what needs quotes, and what they protect; the
+        RFC grammar has no NUL in quotes. */
     static bool isKept(std::string_view text) {
-        return !text.empty() && (isRFC() || std::all_of(text.begin(), text.end(), [](char c) {
-                                     return KxAscii::isAlpha(c) || KxAscii::isDigit(c) || c == '-' || c == '.' ||
-                                            c == ':' || c == '@' || c == '/';
-                                 }));
+        return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+            return isRFC() ? c != '\0'
+                           : KxAscii::isAlpha(c) || KxAscii::isDigit(c) ||
+                                 std::string_view("-.:@/").find(c) != std::string_view::npos;
+        });
     }
     /** The challenge as the client reads it. */
     KxHandle<KxSipDigestChallengeInfo> received(const KxHandle<KxSipDigestChallengeInfo>& challenge) const {

@@ -95,8 +95,11 @@ private:
     /** The list itself takes all texts: only texts that can be part of a line. */
     void editList(KxParameters& list) {
         if constexpr (std::is_same_v<T, KxString>) {
-            list.setValue("y", m_text);
-            list.appendToValue("y", m_text.view());
+            if (m_which % 2 == 0) {
+                list.setValue("y", m_text);
+            } else {
+                list.appendToValue("x", m_text.view());
+            }
         } else {
             list.removeValue(m_text);
         }

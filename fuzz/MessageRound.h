@@ -89,8 +89,9 @@ private:
         KxByteArrayInputStream in{std::string_view(line)};
         try {
             const KxHandle<KxSipHeader> again = KxSipHeader::sConstructFrom(in);
-            // A name that was folded, or that had control characters around it, is written without these.
-            m_unsure = m_unsure || again->getHeaderID() != value.getHeaderID();
+            // A name that was folded, or that had control characters around it, is written without these. A comma that
+            // a host has put into a parameter ends the value.
+            m_unsure = m_unsure || again->getHeaderID() != value.getHeaderID() || !again->getNext().isNil();
             m_text += written(*again);
         } catch (const KxHandle<KxException>&) {
             m_loses = true;
