@@ -13,7 +13,7 @@ SOURCE = WORK / "source"
 BUILD = WORK / "build"
 # Not the tests of costs, packages, pages and the tool, which are not about what the libraries do.
 OTHER_TESTS = r"guard|package|docs|tool|messages"
-LONG_TESTS = r"exhaust|replay|loading|scans"
+PROGRAMS = {"core": "kxcore_tests", "util": "kxutil_tests", "sipobject": "kxsip_tests", "sipheaders": "kxheaders_tests"}
 
 STATEMENT = re.compile(r"\s+(?:[\w.\[\]]|->|::)+(?:\(.*\)| (?:[-+|&]?=) .*);\s*(?://.*)?$")
 STEP = re.compile(r"\s+(?:\+\+|--)[\w.]+;$")
@@ -68,15 +68,16 @@ RULES = {
 }
 
 
-def mutants():
+def mutants(root):
     """All (file, line number, rule, new line)."""
     found = []
-    names = subprocess.run(["git", "ls-files", *FOLDERS], check=True, capture_output=True, text=True).stdout.split()
+    names = subprocess.run(["git", "-C", root, "ls-files", *FOLDERS], check=True, capture_output=True,
+                           text=True).stdout.split()  # fmt: skip
     for name in names:
         if not name.endswith((".h", ".cpp")):
             continue
         in_comment = False
-        for number, line in enumerate(pathlib.Path(name).read_text().split("\n")):
+        for number, line in enumerate((root / name).read_text().split("\n")):
             in_comment = in_comment or line.lstrip().startswith("/*")
             if not in_comment and not line.lstrip().startswith("//"):
                 for rule, change in RULES.items():
@@ -87,8 +88,8 @@ def mutants():
     return found
 
 
-def shown(name, number, rule, new):
-    line = new or pathlib.Path(name).read_text().split("\n")[number]
+def shown(root, name, number, rule, new):
+    line = new or (root / name).read_text().split("\n")[number]
     return f"{name}:{number + 1}: {rule}: {line.strip()}"
 
 
@@ -100,15 +101,30 @@ def run(name, *command, timeout=None):
             return "timeout"
 
 
-def build():
-    return run("build", "cmake", "--build", BUILD, "-j2") == 0
+def build(*targets):
+    return run("build", "cmake", "--build", BUILD, "-j2", "--target", *(targets or ["all"])) == 0
 
 
-def tests_notice():
-    """Runs the short tests, then the long ones if nothing was noticed."""
-    parts = (["-E", f"^({OTHER_TESTS}|{LONG_TESTS})"], ["-R", f"^({LONG_TESTS})"])
-    return any(run("tests", "ctest", "--test-dir", BUILD, "-j2", *part, "--no-tests=error", "--stop-on-failure",
-                   "--timeout", "300", "--output-on-failure") != 0 for part in parts)  # fmt: skip
+def all_tests_pass():
+    return run("tests", "ctest", "--test-dir", BUILD, "-j2", "-E", f"^({OTHER_TESTS})", "--no-tests=error",
+               "--stop-on-failure", "--timeout", "300", "--output-on-failure") == 0  # fmt: skip
+
+
+def noticed_by(folder):
+    """Whose tests notice the mutant: first those that are built and run in a short time. None if it does not compile."""
+    replays = sorted({f"replay_{path.stem[5:]}" for path in SOURCE.glob("fuzz/fuzz_*.cpp")} - {"replay_tool"})
+    if not build(*replays):
+        return None
+    if run("tests", "ctest", "--test-dir", BUILD, "-j2", "-R", "^replay", "--stop-on-failure", "--timeout", "60") != 0:
+        return "replay"
+    program = PROGRAMS[folder]
+    if not build(program):
+        return None
+    if run("tests", f"{BUILD.absolute()}/bin/{program}", "--gtest_brief=1", "--gtest_fail_fast", timeout=600) != 0:
+        return program
+    if not build():
+        return None
+    return "" if all_tests_pass() else "another test"
 
 
 def prepare():
@@ -120,20 +136,20 @@ def prepare():
     options = ["-DCMAKE_BUILD_TYPE=None", "-DCMAKE_CXX_FLAGS=-O1", "-DKX_HARDEN=ON", "-DKX_BUILD_TOOL=OFF",
                "-DKX_BUILD_BENCH=OFF", "-DKX_BUILD_EXAMPLES=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]  # fmt: skip
     run("configure", "cmake", "-G", "Ninja", "-S", SOURCE, "-B", BUILD, *options)
-    if not build() or tests_notice():
+    if not build() or not all_tests_pass():
         sys.exit(f"without a mutant, the build or a test fails: see {WORK}/build.log and {WORK}/tests.log")
 
 
 def judged(name, number, new):
-    """Returns whether the tests notice the mutant, or None if it does not compile."""
+    """As noticed_by, for the mutant."""
     path = SOURCE / name
     text = path.read_text()
     lines = text.split("\n")
     lines[number] = new
     path.write_text("\n".join(lines))
-    noticed = tests_notice() if build() else None
+    result = noticed_by(name.split("/")[0])
     path.write_text(text)
-    return noticed
+    return result
 
 
 def main():
@@ -141,25 +157,30 @@ def main():
     parser.add_argument("--count", type=int, default=60)
     parser.add_argument("--seed", type=int, default=20261122)
     parser.add_argument("--list", action="store_true", help="only print what would be tried")
+    parser.add_argument("--after", type=int, default=0, help="how many to leave out, to continue a run")
     options = parser.parse_args()
-    candidates = mutants()
+    if not options.list:
+        prepare()
+    root = pathlib.Path() if options.list else SOURCE
+    candidates = mutants(root)
     random.Random(options.seed).shuffle(candidates)
-    if options.list:
-        for name, number, rule, new in candidates[: options.count]:
-            print(shown(name, number, rule, new))
-        return
-    prepare()
     tried, survivors = 0, 0
-    for name, number, rule, new in candidates:
+    for at, mutant in enumerate(candidates):
         if tried == options.count:
             break
-        noticed = judged(name, number, new)
-        if noticed is None:
+        if at < options.after:
+            continue
+        if options.list:
+            by = "possible"
+        else:
+            by = judged(*mutant[:2], mutant[3])
+        if by is None:
             continue
         tried += 1
-        survivors += not noticed
-        print("noticed " if noticed else "SURVIVED", shown(name, number, rule, new), flush=True)
-    print(f"{tried - survivors} of {tried} were noticed, of {len(candidates)} possible ones (seed {options.seed})")
+        survivors += not by
+        print(f"{at}:", by or "SURVIVED", shown(root, *mutant), flush=True)
+    if not options.list:
+        print(f"{tried - survivors} of {tried} were noticed, of {len(candidates)} possible ones (seed {options.seed})")
 
 
 main()
