@@ -25,6 +25,7 @@
 #include "sipobject/headers/KxSipSessionExpiresHeader.h"
 #include "sipobject/headers/KxSipSessionHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
+#include "sipobject/headers/KxSipUnreadHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "tests/sipobject/support/PlainPropertyList.h"
 

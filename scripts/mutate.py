@@ -107,7 +107,7 @@ def build(*targets):
 
 def all_tests_pass():
     return run("tests", "ctest", "--test-dir", BUILD, "-j2", "-E", f"^({OTHER_TESTS})", "--no-tests=error",
-               "--stop-on-failure", "--timeout", "300", "--output-on-failure") == 0  # fmt: skip
+               "--stop-on-failure", "--timeout", "150", "--output-on-failure") == 0  # fmt: skip
 
 
 def noticed_by(folder):
@@ -120,7 +120,7 @@ def noticed_by(folder):
     program = PROGRAMS[folder]
     if not build(program):
         return None
-    if run("tests", f"{BUILD.absolute()}/bin/{program}", "--gtest_brief=1", "--gtest_fail_fast", timeout=600) != 0:
+    if run("tests", f"{BUILD.absolute()}/bin/{program}", "--gtest_brief=1", "--gtest_fail_fast", timeout=300) != 0:
         return program
     if not build():
         return None
