@@ -14,12 +14,7 @@ namespace {
 
 struct Operation {
     std::string name;
-    std::function<std::string(const LivesMessage&)> f;
-
-    /** What it returned or threw. */
-    std::string run(const LivesMessage& message) const {
-        return outcomeOf([&] { return f(message); });
-    }
+    std::function<std::string(const LivesMessage&)> run; ///< Returns what it found or threw.
 };
 
 std::size_t g_faults = 0;
@@ -37,22 +32,24 @@ bool tried(const Operation& operation, const std::string& text, const std::strin
            std::uint64_t n) {
     const LivesMessage message = readOf(text);
     const std::string before = written(*message);
+    bool hasFailed = false;
     bool isThrown = false;
     std::string got;
-    const bool hasFailed = withFaultAt(n, [&] {
-        try {
-            got = operation.run(message);
-        } catch (const std::bad_alloc&) {
-            isThrown = true;
-        }
-    });
+    try {
+        got = outcomeOf([&] {
+            const AllocationFault fault(n, hasFailed);
+            return operation.run(message);
+        });
+    } catch (const std::bad_alloc&) {
+        isThrown = true;
+    }
     if (!hasFailed) {
         return false;
     }
     const std::string name = operation.name + ", allocation " + std::to_string(n);
     if (isThrown || got.find("failed to allocate a SIP message body") != got.npos) {
         same(("what fails changes nothing: " + name).c_str(), before, written(*message));
-        got = operation.run(message);
+        got = outcomeOf([&] { return operation.run(message); });
     }
     same(("what failed succeeds when it is repeated: " + name).c_str(), outcome, got);
     same(("what failed does the same when it is repeated: " + name).c_str(), after, written(*message));
@@ -64,7 +61,7 @@ void tryAll(const Operation& operation, const std::string& text) {
     std::string after;
     {
         const LivesMessage message = readOf(text);
-        outcome = operation.run(message);
+        outcome = outcomeOf([&] { return operation.run(message); });
         after = written(*message);
     }
     for (std::uint64_t n = 1;; ++n, ++g_faults) {

@@ -21,20 +21,28 @@ void* operator new[](std::size_t size) {
 }
 #endif
 
-/** Runs f with the n-th allocation failing. Returns whether there were that many; f may have caught the failure. */
-template <class F>
-bool withFaultAt(std::uint64_t n, F f) {
-    struct Armed {
-        explicit Armed(std::uint64_t count) { Oskan::MemAllocatorFaults::sFailAfter(count); }
-        ~Armed() { Oskan::MemAllocatorFaults::sDisarm(); }
-    } const armed(n);
-    f();
-    try {
-        for (std::uint64_t i = 0; i < n; ++i) {
-            Oskan::MemPool::sFaultPoint();
-        }
-    } catch (const std::bad_alloc&) {
-        return false;
+/** While it is in scope, the n-th allocation fails. In the end, `hasFailed` tells whether there were that many; what
+    failed may have been caught. */
+class AllocationFault {
+public:
+    AllocationFault(std::uint64_t n, bool& hasFailed) : m_n(n), m_hasFailed(hasFailed) {
+        Oskan::MemAllocatorFaults::sFailAfter(n);
     }
-    return true;
-}
+    ~AllocationFault() {
+        m_hasFailed = true;
+        try {
+            for (std::uint64_t i = 0; i < m_n; ++i) {
+                Oskan::MemPool::sFaultPoint();
+            }
+        } catch (const std::bad_alloc&) {
+            m_hasFailed = false;
+        }
+        Oskan::MemAllocatorFaults::sDisarm();
+    }
+    AllocationFault(const AllocationFault&) = delete;
+    AllocationFault& operator=(const AllocationFault&) = delete;
+
+private:
+    std::uint64_t m_n;
+    bool& m_hasFailed;
+};
