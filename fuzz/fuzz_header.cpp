@@ -25,7 +25,6 @@
 #include "sipobject/headers/KxSipSessionExpiresHeader.h"
 #include "sipobject/headers/KxSipSessionHeader.h"
 #include "sipobject/headers/KxSipToHeader.h"
-#include "sipobject/headers/KxSipUnreadHeader.h"
 #include "sipobject/headers/KxSipViaHeader.h"
 #include "tests/sipobject/support/PlainPropertyList.h"
 
@@ -220,11 +219,12 @@ void checkReceived(const KxSipHeader& header, std::string_view line) {
     std::string_view text = value.substr(0, value.find_first_of("\r\n"));
     text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
     text = text.substr(0, text.find_last_not_of(" \t") + 1);
-    text = isExactly<KxSipUnreadHeader>(header) ? KxAscii::trim(text) : text; // of form feeds, too
-    const bool hasEmpty = text.starts_with(',') || text.ends_with(',');       // elements of the list
+    const bool hasEmpty = text.starts_with(',') || text.ends_with(','); // elements of the list
     const bool isFolded = value.substr(value.find_first_of("\r\n") + 1).find_first_not_of("\r\n") != value.npos;
     if (header.getHeaderID() >= KxHeaderIDs::kCount && header.getNext().isNil() && !hasEmpty && !isFolded) {
-        same("a value that nobody changed is written as received", text, header.getValueText().view());
+        const KxString kept = header.getValueText();
+        // Form feeds around a value are part of it, or white space: a line that can't be read with them is without.
+        same("a value that nobody changed is written as received", kept == KxAscii::trim(text) ? kept : text, kept);
     }
 }
 

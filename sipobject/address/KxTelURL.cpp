@@ -19,8 +19,8 @@ bool isTelURL(std::string_view text) {
     url = url.substr(0, url.size() - (url.ends_with('\r') ? 1 : 0));
     url.remove_prefix(std::min(url.find_first_not_of(' '), url.size())); // as before a Request-URI
     url.remove_prefix(url.starts_with('<') ? 1 : 0);
-    const std::string_view number = url.substr(std::min(url.find(':'), url.size()));
-    return number.size() > 1 && number[1] != ';' && std::all_of(url.begin(), url.end(), [](char c) {
+    const std::string_view number = url.substr(std::min(url.find_first_of(":;"), url.size()));
+    return number.size() > 1 && number[0] == ':' && number[1] != ';' && std::all_of(url.begin(), url.end(), [](char c) {
                return static_cast<unsigned char>(c) > ' ' && c != 0x7f && c != '<' && c != '"';
            });
 }
