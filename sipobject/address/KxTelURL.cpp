@@ -12,17 +12,18 @@ namespace {
 
 constexpr std::size_t kLongest = 1023;
 
-/** Whether a number follows the scheme, and no character up to the ">" or the line end is white space, a control
-    character or one of <". [RFC 3966 3] */
+/** Whether a number follows the scheme, with a "+" only at its start and without a colon, and no character up to the ">"
+    or the line end is white space, a control character or one of <". [RFC 3966 3] */
 bool isTelURL(std::string_view text) {
     std::string_view url = text.substr(0, text.find_first_of(">\n"));
     url = url.substr(0, url.size() - (url.ends_with('\r') ? 1 : 0));
     url.remove_prefix(std::min(url.find_first_not_of(' '), url.size())); // as before a Request-URI
     url.remove_prefix(url.starts_with('<') ? 1 : 0);
-    const std::string_view number = url.substr(std::min(url.find_first_of(":;"), url.size()));
-    return number.size() > 1 && number[0] == ':' && number[1] != ';' && std::all_of(url.begin(), url.end(), [](char c) {
-               return static_cast<unsigned char>(c) > ' ' && c != 0x7f && c != '<' && c != '"';
-           });
+    std::string_view number = url.substr(0, url.find(';'));
+    number.remove_prefix(std::min(number.find(':'), number.size()));
+    return number.size() > 1 && number[1] != ':' && number.find_first_of(":+", 2) == std::string_view::npos &&
+           std::all_of(url.begin(), url.end(),
+                       [](char c) { return static_cast<unsigned char>(c) > ' ' && c != 0x7f && c != '<' && c != '"'; });
 }
 
 KxURI* makeTelURL() {
@@ -83,7 +84,8 @@ void KxTelURL::parse(KxInputStream& in) {
 
 KxSipFault KxTelURL::parse(KxSipLine& line) {
     constexpr KxSipFault kInvalid("Invalid TelURL");
-    if (KxSipGrammar::sReadsURLsStrictly() && !isTelURL(line.window())) {
+    const bool isStrict = KxSipGrammar::sReadsURLsStrictly();
+    if (isStrict && !isTelURL(line.window())) {
         return kInvalid;
     }
     Oskan::FastString<256> text;
@@ -106,6 +108,7 @@ KxSipFault KxTelURL::parse(KxSipLine& line) {
                 own = true;
                 previous = ':';
             }
+            keep = isStrict && previous == ';'; // of a parameter
             break;
         case '+':
             keep = previous == ':' || previous == '<' || previous == ';';
