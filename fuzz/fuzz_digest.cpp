@@ -112,7 +112,7 @@ public:
     KxString next() {
         const std::string_view line = m_rest.substr(0, m_rest.find('\n'));
         m_rest.remove_prefix(line.size() == m_rest.size() ? line.size() : line.size() + 1);
-        m_isPlain = m_isPlain && !hasAnyOf(line, "\" ,");
+        m_isPlain = m_isPlain && !hasAnyOf(line, "\" ,") && !(isRFC() && hasControls(line));
         m_size += line.size();
         return KxString(line);
     }
@@ -120,6 +120,10 @@ public:
     bool isPlain() const { return m_isPlain && m_size < 800; }
 
 private:
+    static bool hasControls(std::string_view line) {
+        return std::any_of(line.begin(), line.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7f; });
+    }
+
     std::string_view m_rest;
     bool m_isPlain = true;
     std::size_t m_size = 0;
@@ -161,7 +165,9 @@ void checkDigest(std::string_view text) {
     made->setQop(options.view().substr(0, 4) == "auth" ? options : KxString("auth-int"), cnonce, 7);
     KxByteArrayOutputStream out;
     made->serialize(out);
-    if (lines.isPlain()) {
+    const bool isToken = std::all_of(options.view().begin(), options.view().end(),
+                                     [](char c) { return c == '-' || KxAscii::isAlpha(c) || KxAscii::isDigit(c); });
+    if (lines.isPlain() && (isToken || !isRFC())) {
         const KxHandle<KxSipDigestCredentialsInfo> received =
             KxSipDigestCredentialsInfo::sCreateFrom(KxByteArray::sCreate(out.size(), out.view().data()));
         received->setMethod(method);
