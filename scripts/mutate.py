@@ -138,8 +138,9 @@ def prepare(is_new):
     WORK.mkdir(parents=True, exist_ok=True)
     if not SOURCE.exists():
         subprocess.run(["git", "clone", "-q", "--shared", ".", SOURCE], check=True)
-    subprocess.run(["git", "-C", SOURCE, "fetch", "-q"], check=True)
-    subprocess.run(["git", "-C", SOURCE, "reset", "-q", "--hard", "@{upstream}"], check=True)
+    if is_new:
+        subprocess.run(["git", "-C", SOURCE, "fetch", "-q"], check=True)
+    subprocess.run(["git", "-C", SOURCE, "reset", "-q", "--hard", "@{upstream}" if is_new else "HEAD"], check=True)
     options = ["-DCMAKE_BUILD_TYPE=None", "-DCMAKE_CXX_FLAGS=-O1", "-DKX_HARDEN=ON", "-DKX_BUILD_TOOL=OFF",
                "-DKX_BUILD_BENCH=OFF", "-DKX_BUILD_EXAMPLES=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]  # fmt: skip
     run("configure", "cmake", "-G", "Ninja", "-S", SOURCE, "-B", BUILD, *options)
