@@ -24,8 +24,13 @@ const std::string& Logger::getName() const {
 
 void Logger::log(LogLevel level, std::string_view text, const char* source, int line) const {
     const ClassLoggers::Writing writing;
-    if (writing.isAllowed() && isEnabledFor(level) && isRead()) {
+    if (!writing.isAllowed() || !isEnabledFor(level) || !isRead()) {
+        return;
+    }
+    try {
         m_logger.forcedLog(static_cast<int>(level), log4cplus::tstring(text), source, line, "");
+    } catch (...) {
+        // The work that was to be logged goes on.
     }
 }
 

@@ -22,7 +22,7 @@ public:
     const std::string& getName() const;
 
     /** Logs the text unchanged, if the level is enabled. A record that no appender would receive is dropped silently,
-        so that a host without logging is not disturbed.
+        so that a host without logging is not disturbed; and so is what an appender throws.
         @param source passed to log4cplus as the file; nil for none. */
     void log(LogLevel level, std::string_view text, const char* source = nullptr, int line = -1) const;
 
