@@ -52,6 +52,24 @@ TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
     }
 }
 
+TEST(GlobalConfigThreadTest, ValuesAreSetReadAndUnsetAtOnce) {
+    GlobalConfig& config = GlobalConfig::getInstance();
+    const auto work = [&config](int thread) {
+        for (int round = 0; round < 2000; ++round) {
+            const std::string name = "test.of-a-thread." + std::to_string(thread * 10 + round % 10);
+            bool value = false;
+            config.set(name, "true");
+            EXPECT_TRUE(config.getBool(name, value) && value) << name;
+            config.unset(name);
+            EXPECT_FALSE(config.getBool(name, value)) << name;
+        }
+    };
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back(work, thread);
+    }
+}
+
 TEST(SingletonRegistryTest, MakesOneObjectAName) {
     SingletonRegistry& registry = SingletonRegistry::getInstance();
     EXPECT_THROW(registry.getOrCreate<std::string>(
