@@ -55,7 +55,7 @@ TEST(GlobalConfigTest, ReadsWhatIsSetElseTheDefault) {
 TEST(GlobalConfigThreadTest, ValuesAreSetReadAndUnsetAtOnce) {
     GlobalConfig& config = GlobalConfig::getInstance();
     const auto work = [&config](int thread) {
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < 20000; ++round) {
             const std::string name = "test.of-a-thread." + std::to_string(thread * 10 + round % 10);
             bool value = false;
             config.set(name, "true");
