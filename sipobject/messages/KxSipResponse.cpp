@@ -320,7 +320,12 @@ void KxSipResponse::parseStartLine(KxInputStream& in) {
         checkCode(m_statusCode);
     }
     const bool ended = !in.fill();
-    m_reasonPhrase = KxSipLineText::sOf(KxStreamTokenizer::sGetLine(in).view());
+    const KxString line = KxStreamTokenizer::sGetLine(in);
+    std::string_view phrase = line.view();
+    if (phrase.starts_with('\r')) { // it is dropped, so that the blanks after it are the leading ones
+        phrase.remove_prefix(std::min(phrase.find_first_not_of(" \t\r"), phrase.size()));
+    }
+    m_reasonPhrase = KxSipLineText::sOf(phrase);
     if (ended || !fits(m_reasonPhrase)) {
         KxSipParseError::sThrow("unexpected end of response start line");
     }

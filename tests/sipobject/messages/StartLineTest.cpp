@@ -89,6 +89,7 @@ TEST(StartLineTest, Responses) {
     const std::string kLong(127, 'x');
     const std::pair<std::string, std::string> rows[] = {
         {"SIP/2.0 200 OK\n", "SIP/2.0 200 OK"},
+        {"SIP/2.0 200 \r \tA\rB\r\n", "SIP/2.0 200 AB"},
         {"SIP/2.0 404 \t Not  Found \r\n", "SIP/2.0 404 Not  Found "},
         {"SIP 7.10 99999 Odd\r\n", "SIP/7.10 99999 Odd"}, // neither the slash nor the numbers are checked
         {"SIP/257.256 200 OK\r\n", "SIP/1.0 200 OK"},
