@@ -25,6 +25,7 @@ public:
             setNumber(std::string(
                 url.substr(colon + 1, semicolon == std::string_view::npos ? semicolon : semicolon - colon - 1)));
             std::string rest(semicolon == std::string_view::npos ? "" : url.substr(semicolon + 1));
+            std::erase(rest, '\r');
             if (!isRFC()) {
                 std::erase(rest, ':');
             }
@@ -44,7 +45,7 @@ public:
 private:
     /** A "+" makes the number global; any further "+" is dropped. */
     void setNumber(std::string text) {
-        std::erase(text, ':');
+        std::erase_if(text, [](char c) { return c == ':' || c == '\r'; });
         const std::size_t plus = text.find('+');
         isGlobal = plus != std::string::npos;
         if (isGlobal) {

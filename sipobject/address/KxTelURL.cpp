@@ -12,18 +12,18 @@ namespace {
 
 constexpr std::size_t kLongest = 1023;
 
-/** Whether a number follows the scheme, with a "+" only at its start and without a colon, and no character up to the ">"
-    or the line end is white space, a control character or one of <". [RFC 3966 3] */
+/** Whether there are "tel:" and a number, with a "+" only at its start and without a colon, and no character up to the
+    ">" or the line end is white space, a control character or one of <". [RFC 3966 3] */
 bool isTelURL(std::string_view text) {
     std::string_view url = text.substr(0, text.find_first_of(">\n"));
     url = url.substr(0, url.size() - (url.ends_with('\r') ? 1 : 0));
     url.remove_prefix(std::min(url.find_first_not_of(' '), url.size())); // as before a Request-URI
     url.remove_prefix(url.starts_with('<') ? 1 : 0);
-    std::string_view number = url.substr(0, url.find(';'));
-    number.remove_prefix(std::min(number.find(':'), number.size()));
-    return number.size() > 1 && number[1] != ':' && number.find_first_of(":+", 2) == std::string_view::npos &&
-           std::all_of(url.begin(), url.end(),
-                       [](char c) { return static_cast<unsigned char>(c) > ' ' && c != 0x7f && c != '<' && c != '"'; });
+    const std::string_view start = url.substr(0, url.find(';'));
+    return start.size() > 4 && KxAscii::equalsNoCase(start.substr(0, 4), "tel:") && start[4] != ':' &&
+           start.find_first_of(":+", 5) == std::string_view::npos && std::all_of(url.begin(), url.end(), [](char c) {
+               return static_cast<unsigned char>(c) > ' ' && c != 0x7f && c != '<' && c != '"';
+           });
 }
 
 KxURI* makeTelURL() {
