@@ -137,12 +137,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         same("a stream that dribbles reads as memory", first, read(slow, dribble));
     }
     std::string letters(text.substr(0, text.find_first_not_of(" <TELtel")));
-    const bool isScheme = !isRFC() || text.substr(letters.size()).starts_with(':');
+    const bool isScheme = !isRFC() || text.substr(letters.size()).starts_with(':'); // not of "tel2:"
     std::erase(letters, ' ');
     if (isScheme && KxAscii::equalsNoCase(letters, "tel")) {
         KxByteArrayInputStream again(text);
-        same("the factory reads a tel URL as its class does", first,
-             outcomeOf([&] { return written(*KxURI::sConstructFrom(again, false)); }));
+        const std::string made = outcomeOf([&] { return written(*KxURI::sConstructFrom(again, false)); });
+        if (!isRFC() || made[0] != '!' || first[0] != '!') { // for "tel :" there are two reasons
+            same("the factory reads a tel URL as its class does", first, made);
+        }
     }
     if (first.starts_with('!')) {
         if (!isRFC() && !hasAnyOf(text, "<") && PlainTelURL(text).kept < 1024) {

@@ -174,6 +174,9 @@ TEST(URLTest, OfAnyClass) {
 
 TEST(URLTest, PartsThatAreSetReadBack) {
     KxSipURL url("sip:a:@h");
+    url.setUser("");
+    url.setUser("a");
+    EXPECT_EQ(url.getString(), "sip:a@h") << "the empty password is gone, too";
     url.setUser("a&b,c;d?");
     url.setUserPassword("p&,");
     url.setHost("[2001:db8::1]");
