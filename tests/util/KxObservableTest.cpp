@@ -3,6 +3,8 @@
 
 #include "tests/util/Streams.h"
 
+#include <malloc.h>
+
 namespace {
 
 /** Appends its name to `called`. */
@@ -50,6 +52,12 @@ TEST(KxObservableTest, CallsEachOnceInOrder) {
     };
     EXPECT_EQ(notify(), "acbc");
     EXPECT_EQ(notify(), "cb");
+    b.onCall = [&] { EXPECT_TRUE(subject.detachObserver(b) && subject.attachObserver(b)); };
+    const std::size_t used = mallinfo2().uordblks;
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_EQ(notify(), "cb");
+    }
+    EXPECT_LT(mallinfo2().uordblks, used + 1000) << "the places of those that were detached are kept";
 }
 
 TEST(KxObservableThreadTest, DetachedObserverMayBeDestroyed) {
