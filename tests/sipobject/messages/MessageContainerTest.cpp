@@ -89,6 +89,10 @@ TEST(MessageContainerTest, ValuesOfAClass) {
     EXPECT_EQ(message->removeAll<KxSipViaHeader>(), 2U);
     message->replace(message->getContentLengthHeader()); // a copy of what it holds
     EXPECT_EQ(linesOf(*message), "l: 3|Subject: s|");
+    const auto read = readMessage("OPTIONS sip:h SIP/2.0\r\n" + requiredHeaders("OPTIONS") + "Supported: a\r\n\r\n");
+    read->replace(KxMake<KxSipSupportedHeader>("b")); // of what was read last
+    read->addHeader(KxMake<KxSipSupportedHeader>("c"), false);
+    EXPECT_EQ(linesOf(*read->getHeader("Supported")), "Supported: b & Supported: c");
 }
 
 TEST(MessageContainerTest, KindsOfTheHostsOwn) {
