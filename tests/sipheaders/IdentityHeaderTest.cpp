@@ -15,6 +15,8 @@ TEST(Base64UrlTest, ReadsAndWrites) {
         EXPECT_EQ(KxSipBase64Url::sEncode(bytes), text);
         EXPECT_EQ(KxSipBase64Url::sDecode(text), bytes);
     }
+    const std::string all = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+    EXPECT_EQ(KxSipBase64Url::sEncode(*KxSipBase64Url::sDecode(all)), all);
     for (const auto& [text, bytes] :
          std::initializer_list<std::pair<std::string, std::string>>{{"+//+", "\xfb\xff\xfe"},
                                                                     {"Zg==", "f"},
