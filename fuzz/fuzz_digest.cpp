@@ -94,7 +94,7 @@ void checkReading(std::string_view text) {
     if (!isRFC()) { // the plain reader knows the classic grammar only
         checkPlain(first, plain, text.size() - plain.read, in.window());
     }
-    if (!first.isWritten) {
+    if (!first.isWritten || (isRFC() && first.text.empty())) { // of a password only, which is not written
         return;
     }
     checkWriting(first.info, first.text);

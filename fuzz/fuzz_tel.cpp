@@ -104,6 +104,7 @@ void checkAnyScheme(std::string_view text) {
         uri.parse(in);
         return written(uri);
     });
+    text.remove_prefix(isRFC() ? std::min(text.find_first_not_of(" \t\r\n\v\f"), text.size()) : 0);
     text.remove_prefix(text.starts_with('<') ? 1 : 0);
     const std::size_t colon = text.find(':');
     std::string plain = "! INVALID URI";

@@ -153,6 +153,9 @@ void KxURI::parse(KxInputStream& in) {
 }
 
 KxSipFault KxURI::parse(KxSipLine& line) {
+    if (KxSipGrammar::sReadsURLsStrictly()) {
+        line.skipSpace(); // as isAbsolute does
+    }
     if (line.peek() == '<') {
         line.read();
     }
