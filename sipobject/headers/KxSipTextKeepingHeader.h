@@ -86,7 +86,9 @@ private:
         if (KxAscii::trim(text).empty()) {
             return fault;
         }
-        KxString kept(KxSipGrammar::sReadsLinesByValue() ? KxAscii::trimEnd(text) : text);
+        // Other white space may be why it is not read, and is not when it is read again without.
+        const std::size_t end = KxSipGrammar::sReadsLinesByValue() ? text.find_last_not_of(" \t\r\n") + 1 : text.size();
+        KxString kept(text.substr(0, end));
         self().forgetValue();
         m_text = std::move(kept);
         line.consume(text.size());
