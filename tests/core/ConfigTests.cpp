@@ -64,10 +64,7 @@ TEST(GlobalConfigThreadTest, ValuesAreSetReadAndUnsetAtOnce) {
             EXPECT_FALSE(config.getBool(name, value)) << name;
         }
     };
-    std::vector<std::jthread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back(work, thread);
-    }
+    const std::jthread threads[] = {std::jthread(work, 0), std::jthread(work, 1), std::jthread(work, 2)};
 }
 
 TEST(SingletonRegistryTest, MakesOneObjectAName) {

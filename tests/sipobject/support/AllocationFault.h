@@ -40,7 +40,6 @@ public:
         Oskan::MemAllocatorFaults::sDisarm();
     }
     AllocationFault(const AllocationFault&) = delete;
-    AllocationFault& operator=(const AllocationFault&) = delete;
 
 private:
     std::uint64_t m_n;
